@@ -1,0 +1,13 @@
+# The libraries of the project, all from the distribution's packages (scripts/install-packages names them).
+find_package(PkgConfig REQUIRED)
+find_package(LibXml2 REQUIRED)
+pkg_check_modules(PCRE2 REQUIRED IMPORTED_TARGET libpcre2-16)
+pkg_check_modules(SODIUM REQUIRED IMPORTED_TARGET libsodium)
+find_package(CLI11 REQUIRED)
+find_package(nlohmann_json REQUIRED)
+if(KX_TESTS)
+  find_package(GTest REQUIRED)
+endif()
+if(KX_BENCH)
+  find_package(benchmark REQUIRED)
+endif()

@@ -1,0 +1,20 @@
+// The user's terminal: UTF-8 text out, and what can be shown there.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kx::platform {
+
+enum class ConsoleStream { Output, Error };
+
+bool IsTerminal(ConsoleStream stream);
+int TerminalWidth(ConsoleStream stream); // columns; 80 when unknown
+// Writes everything or gives up silently when nobody reads any more.
+void WriteConsole(ConsoleStream stream, std::string_view utf8);
+
+// The arguments of main as UTF-16, however the system hands them over.
+std::vector<std::u16string> CommandLineArguments(int argc, char** argv);
+
+} // namespace kx::platform

@@ -1,0 +1,23 @@
+// Text files: a byte-order mark says the encoding, else the text is in the ANSI code page (the system's on Windows,
+// Windows-1252 elsewhere, in which every byte has its character).
+#pragma once
+
+#include "platform/Result.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace kx::platform {
+
+std::u16string DecodeTextFile(std::string_view bytes); // without the byte-order mark
+Result<std::u16string> ReadTextFile(std::u16string_view path);
+
+std::u16string FromAnsi(std::string_view bytes);
+std::optional<std::string> ToAnsi(std::u16string_view text); // nothing when a character is not in the page
+
+// A Windows code page by its number (932, 1250, ...). Nothing when the system lacks the page or the bytes are
+// malformed in it.
+std::optional<std::u16string> FromCodePage(std::string_view bytes, unsigned page);
+
+} // namespace kx::platform
