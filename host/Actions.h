@@ -1,0 +1,173 @@
+// The base of all actions, and the one interface through which an action reaches the host that runs it.
+#pragma once
+
+#include "host/Exceptions.h"
+#include "host/Process.h"
+#include "host/PropertySets.h"
+#include "host/PublishedProperties.h"
+#include "text/StringList.h"
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <variant>
+
+namespace kx {
+
+class TCustomKxAction;
+class TKxBaseIterator;
+class TKxOptionsObject;
+
+// The status of a message or group. The ordinals are part of the contract.
+enum class TStatusTag { stNormal = 0, stSuccess = 1, stWarning = 2, stError = 3 };
+
+enum class TMessageGroupType { mgtGeneral };
+
+// A figure that an action reports. `Flag` is passed on to whoever listens; the package always sends False.
+struct TKxMetric {
+  std::u16string Category;
+  std::u16string Name;
+  std::variant<std::int64_t, std::u16string> Value;
+  bool Flag = false;
+};
+
+// The running host, as an action sees it. Called on the thread that runs the action, except Stop.
+class IKxActionHost {
+public:
+  virtual ~IKxActionHost() = default;
+
+  // The log: messages stand in the innermost open group.
+  virtual void SendMessage(TCustomKxAction& action, std::u16string_view text, TStatusTag status) = 0;
+  virtual void StartMessageGroup(TCustomKxAction& action, std::u16string_view title, TMessageGroupType type,
+                                 TStatusTag status) = 0;
+  virtual void EndMessageGroup(TCustomKxAction& action, std::optional<TStatusTag> status) = 0;
+  virtual void SendMetric(TCustomKxAction& action, const TKxMetric& metric) = 0;
+
+  // Values. Expand raises EExpressionError with a text for the user.
+  virtual std::u16string Expand(TCustomKxAction& action, std::u16string_view text) = 0;
+  virtual std::optional<std::u16string> GetVariable(std::u16string_view name) = 0;
+  virtual void SetVariable(std::u16string_view name, std::u16string_view value) = 0;
+  virtual IPropertySetService& PropertySets() = 0;
+  // The host's own protection of stored secrets. Decrypt gives empty text for what cannot be read on this machine.
+  virtual std::u16string EncryptString(std::u16string_view clear) = 0;
+  virtual std::u16string DecryptString(std::u16string_view secret) = 0;
+
+  // Running.
+  virtual std::shared_ptr<IKxProcess> NewProcess(TCustomKxAction& action) = 0;
+  virtual const TKxEvent& Stop() const = 0; // raised once the user has asked the run to stop
+  virtual bool RunChildren(TKxBaseIterator& iterator) = 0;
+  virtual bool IsValidating() const = 0;
+};
+
+// Collects what an action finds wrong with its settings.
+class IKxActionValidationError {
+public:
+  virtual ~IKxActionValidationError() = default;
+  // `page` names the field or page; with `options` the host can offer the options page. Not owned.
+  virtual void Add(std::u16string_view page, std::u16string_view message,
+                   TKxOptionsObject* options = nullptr) = 0;
+};
+
+// Base of every action. Made by the host from a registered class, attached to the host at once, then loaded, run any
+// number of times and destroyed by the host. An action is used on one thread; TerminateAction alone may come from
+// another.
+class TCustomKxAction {
+public:
+  TCustomKxAction();
+  virtual ~TCustomKxAction();
+  TCustomKxAction(const TCustomKxAction&) = delete;
+  TCustomKxAction& operator=(const TCustomKxAction&) = delete;
+
+  void Attach(IKxActionHost& host) { host_ = &host; } // the host outlives the action
+  bool IsAttached() const { return host_ != nullptr; }
+
+  // What the host asks of an action.
+  virtual const TKxPropertyTable& PublishedProperties() const = 0;
+  virtual std::u16string GetActionName() const = 0; // the type's display name
+  virtual std::u16string GetActionKeywords() const { return {}; }
+  virtual std::u16string GetFormattedDescription() const { return GetDescription(); }
+  virtual std::u16string GetQuickHelpFilename() const { return {}; }
+  virtual int GetHelpTopicID() const { return 0; }
+  virtual bool RequiresSync() const { return true; }
+  virtual bool CanTerminate() const { return false; }
+  virtual void TerminateAction() {} // from any thread
+  virtual bool Validate(IKxActionValidationError& errors); // True when nothing was added
+  virtual bool Execute() = 0;                              // any exception fails the action too
+
+  virtual void GetHiddenProperties(text::TStringList& names) const;
+  virtual void GetPropertyAlias(text::TStringList& aliases) const; // lines Name=Alias and [Group]
+  virtual void GetPropertyHelp(text::TStringList& help) const;     // lines Name=Text
+
+  // Variables of the action's own; the names with a type ("NAME=btString") or a description behind them.
+  virtual void CollectLocalVariables(text::TStringList& names, bool withTypes, bool withDescriptions) const;
+  virtual bool GetLocalVariableValue(std::u16string_view name, std::u16string& value) const;
+  // The action's own hook in the expansion: gets a reference as the user wrote it ("%NAME%", "$(NAME)") and gives its
+  // value, or the text unchanged.
+  virtual std::u16string ActionExpandExpression(std::u16string_view text) const { return std::u16string(text); }
+
+  // What the project says about this action.
+  std::u16string GetDescription() const; // the user's own, else the action's name
+  void SetDescription(std::u16string_view description) { description_ = description; }
+  bool IsDynamicProperty(std::u16string_view name) const { return dynamicProperties_.contains(name); }
+
+  // What an action asks of the host.
+  void SendMessage(std::u16string_view text, TStatusTag status = TStatusTag::stNormal);
+  void StartMessageGroup(std::u16string_view title, TMessageGroupType type = TMessageGroupType::mgtGeneral,
+                         TStatusTag status = TStatusTag::stNormal);
+  void EndMessageGroup(std::optional<TStatusTag> status = std::nullopt);
+  void SendMetricInt(std::u16string_view category, std::u16string_view name, std::int64_t value, bool flag = false);
+  void SendMetricString(std::u16string_view category, std::u16string_view name, std::u16string_view value,
+                        bool flag = false);
+  std::u16string ExpandExpression(std::u16string_view text); // raises EExpressionError
+  // False, with the reason in the log under `label`, when the text cannot be expanded, or when the result is empty
+  // although `required`. Never raises.
+  bool TryExpandExpression(std::u16string_view label, std::u16string_view text, bool required,
+                           std::u16string& result);
+  std::u16string GetVariableValue(std::u16string_view name); // empty for an unknown name
+  IPropertySetService& GetPropertySetService();
+  std::u16string EncryptString(std::u16string_view clear);
+  std::u16string DecryptString(std::u16string_view secret) const;
+  bool IsValidating() const;
+  void Sleep(std::uint32_t milliseconds); // ends early on a stop request
+
+  // A dynamic property takes part in the host's property system while the action is edited.
+  void RegisterDynamicProperty(std::u16string_view name);
+  void UnRegisterDynamicProperty(std::u16string_view name);
+
+protected:
+  IKxActionHost& Host() const; // raises EKxException when the action is not attached
+
+private:
+  IKxActionHost* host_ = nullptr;
+  std::u16string description_;
+  std::set<std::u16string, std::less<>> dynamicProperties_;
+};
+
+// Opens a message group and closes it on every path: as an error unless Succeed or Close was called.
+class TKxMessageGroup {
+public:
+  TKxMessageGroup(TCustomKxAction& action, std::u16string_view title);
+  ~TKxMessageGroup();
+  TKxMessageGroup(const TKxMessageGroup&) = delete;
+  TKxMessageGroup& operator=(const TKxMessageGroup&) = delete;
+
+  // Closes with success or error, and returns `succeeded`.
+  bool Close(bool succeeded);
+  void CloseNormal();
+
+private:
+  TCustomKxAction& action_;
+  bool open_ = true;
+};
+
+// A type of action as it is registered. One static object a class; the host compares addresses.
+struct TKxActionClass {
+  std::u16string_view ClassName;
+  std::unique_ptr<TCustomKxAction> (*Create)();
+};
+
+} // namespace kx

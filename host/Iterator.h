@@ -1,0 +1,31 @@
+// The base of loop actions.
+#pragma once
+
+#include "host/Actions.h"
+
+namespace kx {
+
+// Runs its child actions once a pass; on each pass the loop variable holds the current value. The first pass that fails
+// and a stop request end the loop.
+class TKxBaseIterator : public TCustomKxAction {
+public:
+  bool Execute() override;
+
+  const std::u16string& GetLoopVariable() const { return loopVariable_; }
+  void SetLoopVariable(std::u16string name) { loopVariable_ = std::move(name); }
+
+  int GetIterationCount() const { return count_; }
+  int GetCurrentIteration() const { return current_; } // from 1 while the loop runs, 0 outside it
+
+protected:
+  virtual bool BeforeFirstIteration() = 0; // sets the count; False ends the loop as failed
+  virtual std::u16string GetCurrentValue() = 0;
+  void SetIterationCount(int count) { count_ = count; }
+
+private:
+  std::u16string loopVariable_;
+  int count_ = 0;
+  int current_ = 0;
+};
+
+} // namespace kx

@@ -1,0 +1,62 @@
+// Structured output of MSBuild: the logger assembly TandemorLogger writes one line an event, this helper turns the lines
+// back into messages, groups and counts.
+#pragma once
+
+#include "host/Actions.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kx {
+
+// Verbosity, by the ordinals of MSBuild's own levels.
+enum class TMSLogLevel { llQuiet, llMinimal, llNormal, llDetailed, llDiagnostic };
+const TKxEnumeration& MSLogLevelEnumeration();
+
+// One value of an MSBuild command line. On Windows a value with blanks or ";" stands in double quotes, since MSBuild
+// reads its command line itself; elsewhere ";" becomes %3B, which every MSBuild-compatible tool turns back. A backslash
+// before the closing quote is doubled everywhere.
+std::u16string QuoteMSBuildArg(std::u16string_view value);
+
+// Belongs to one action, which outlives it.
+class TKxMSBuildStructuredOutputHelper {
+public:
+  explicit TKxMSBuildStructuredOutputHelper(TCustomKxAction& action);
+
+  // The file name of the logger assembly for a framework ("2.0", "3.5", "4.0"): one assembly serves all.
+  std::u16string GetLoggerAssembly(std::u16string_view frameworkVersion) const;
+
+  // Begins an execution over `solutionFile`; without `structured` lines are passed on unread.
+  void Start(std::u16string_view solutionFile, bool structured);
+  void ProcessLine(std::u16string_view line); // lines that no logger wrote become plain messages
+  void EndRun();                              // closes the groups that the tool left open
+
+  std::int32_t ErrorCount() const { return errors_; }
+  std::int32_t WarningCount() const { return warnings_; }
+  void ResetCounts(); // the counts of one configuration are those since the last
+
+private:
+  struct TEvent;
+  bool Read(std::u16string_view line, TEvent& event) const;
+  void Handle(const TEvent& event);
+  void SendDiagnostic(const TEvent& event, TStatusTag status);
+  void OpenProject(const TEvent& event);
+  void CloseProject(const TEvent& event);
+  std::u16string ShortName(std::u16string_view file) const;
+
+  struct TOpenProject {
+    std::u16string File;
+    bool Finished = false;
+    bool Succeeded = true;
+  };
+  TCustomKxAction& action_;
+  std::u16string solutionFolder_;
+  bool structured_ = true;
+  std::int32_t errors_ = 0;
+  std::int32_t warnings_ = 0;
+  std::vector<TOpenProject> open_;
+};
+
+} // namespace kx
