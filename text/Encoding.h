@@ -1,6 +1,6 @@
-// Bytes to UTF-16 and back. Ill-formed input never fails: each maximal ill-formed piece of UTF-8 and each lone
-// surrogate becomes U+FFFD. The single-byte pages map all 256 bytes and back without loss; bytes that a page leaves
-// undefined map to the code point of the same number.
+// Bytes to UTF-16 and back. Ill-formed input never fails: each maximal ill-formed piece of UTF-8 and each
+// lone surrogate becomes U+FFFD. The single-byte pages map all 256 bytes and back without loss; bytes that a
+// page leaves undefined map to the code point of the same number.
 #pragma once
 
 #include <optional>
@@ -32,8 +32,8 @@ std::u16string FromSingleByte(std::string_view bytes, SingleBytePage page);
 // Nothing when a character is not in the page.
 std::optional<std::string> ToSingleByte(std::u16string_view text, SingleBytePage page);
 
-// Which of the two pages West European tool output without byte-order mark was written in: counts the bytes above
-// 0x7F that are a letter of French, German or Spanish in each; Windows-1252 when both fit equally well.
+// Which of the two pages West European tool output without byte-order mark was written in: counts the bytes
+// above 0x7F that are a letter of French, German or Spanish in each; Windows-1252 when both fit equally well.
 class SingleByteGuess {
 public:
   void Feed(std::string_view bytes);
@@ -44,8 +44,8 @@ private:
   std::size_t dos_ = 0;
 };
 
-// Decodes the output lines of one tool: a line of well-formed UTF-8 is that, any other is in the page that all such
-// lines so far point to. One object a stream and run.
+// Decodes the output lines of one tool: a line of well-formed UTF-8 is that, any other is in the page that
+// all such lines so far point to. One object a stream and run.
 class ToolOutputDecoder {
 public:
   std::u16string Decode(std::string_view line);

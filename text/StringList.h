@@ -1,5 +1,6 @@
-// An ordered list of text lines with the conventions of the host's string lists: lines of the form Name=Value, comma
-// text, delimited text. Comparisons ignore letter case. A bad index gives empty text, never an error.
+// An ordered list of text lines with the conventions of the host's string lists: lines of the form
+// Name=Value, comma text, delimited text. Comparisons ignore letter case. A bad index gives empty text, never
+// an error.
 #pragma once
 
 #include <optional>
@@ -38,12 +39,12 @@ public:
   std::u16string GetText() const;
   void SetText(std::u16string_view text);
 
-  // Comma text: items separated by commas and, outside double quotes, also by blanks; a quoted item loses its quotes
-  // and a doubled quote inside it stands for one. Written with quotes where an item needs them.
+  // Comma text: items separated by commas and, outside double quotes, also by blanks; a quoted item loses its
+  // quotes and a doubled quote inside it stands for one. Written with quotes where an item needs them.
   std::u16string GetCommaText() const;
   void SetCommaText(std::u16string_view text);
 
-  // Delimited text: as comma text, but only `delimiter` separates; blanks belong to an item that is not quoted.
+  // Delimited text: the same with `delimiter` in place of the comma; blanks separate here too.
   std::u16string GetDelimitedText(char16_t delimiter, char16_t quote = u'"') const;
   void SetDelimitedText(std::u16string_view text, char16_t delimiter, char16_t quote = u'"');
 

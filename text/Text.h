@@ -13,8 +13,8 @@
 
 namespace kx::text {
 
-// One-to-one lower-case folding: ASCII, Latin, Greek, Cyrillic and full-width letters; others stay as they are.
-// It is the one folding behind every comparison "without regard to letter case".
+// One-to-one lower-case folding: ASCII, Latin, Greek, Cyrillic and full-width letters; others stay as they
+// are. It is the one folding behind every comparison "without regard to letter case".
 char16_t FoldCase(char16_t c);
 
 bool EqualsIgnoreCase(std::u16string_view a, std::u16string_view b);
@@ -38,8 +38,12 @@ struct IgnoreCaseEqual {
   bool operator()(std::u16string_view a, std::u16string_view b) const { return EqualsIgnoreCase(a, b); }
 };
 
-constexpr bool IsBlank(char16_t c) { return c <= u' '; }
-constexpr bool IsDigit(char16_t c) { return c >= u'0' && c <= u'9'; }
+constexpr bool IsBlank(char16_t c) {
+  return c <= u' ';
+}
+constexpr bool IsDigit(char16_t c) {
+  return c >= u'0' && c <= u'9';
+}
 
 std::u16string_view Trim(std::u16string_view text);
 std::u16string_view TrimLeft(std::u16string_view text);
@@ -50,18 +54,20 @@ enum class Case { Respect, Ignore };
 std::u16string ReplaceAll(std::u16string_view text, std::u16string_view old, std::u16string_view replacement,
                           Case letters = Case::Respect);
 
-// Lines end at CR LF, LF or CR; a line end at the end of the text adds no empty line. The views point into `text`.
+// Lines end at CR LF, LF or CR; a line end at the end of the text adds no empty line. The views point into
+// `text`.
 std::vector<std::u16string_view> SplitLines(std::u16string_view text);
 std::vector<std::u16string_view> Split(std::u16string_view text, char16_t separator);
 std::u16string Join(std::span<const std::u16string> parts, std::u16string_view separator);
 
-// A decimal number with an optional sign; leading blanks are allowed, anything else around it is not. Nothing when
-// the text is no number or does not fit.
+// A decimal number with an optional sign; leading blanks are allowed, anything else around it is not. Nothing
+// when the text is no number or does not fit.
 std::optional<std::int32_t> ToInteger(std::u16string_view text);
 std::int32_t ToIntegerOr(std::u16string_view text, std::int32_t otherwise);
 std::u16string FromInteger(std::int64_t number);
 
-// For "did you mean": the candidate with the fewest edits (case ignored), or empty when none is near enough to help.
+// For "did you mean": the candidate with the fewest edits (case ignored), or empty when none is near enough
+// to help.
 std::u16string NearestName(std::u16string_view name, std::span<const std::u16string> candidates);
 
 } // namespace kx::text
