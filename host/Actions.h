@@ -52,7 +52,8 @@ public:
   virtual std::optional<std::u16string> GetVariable(std::u16string_view name) = 0;
   virtual void SetVariable(std::u16string_view name, std::u16string_view value) = 0;
   virtual IPropertySetService& PropertySets() = 0;
-  // The host's own protection of stored secrets. Decrypt gives empty text for what cannot be read on this machine.
+  // The host's own protection of stored secrets. Decrypt gives empty text for what cannot be read on this
+  // machine.
   virtual std::u16string EncryptString(std::u16string_view clear) = 0;
   virtual std::u16string DecryptString(std::u16string_view secret) = 0;
 
@@ -72,9 +73,9 @@ public:
                    TKxOptionsObject* options = nullptr) = 0;
 };
 
-// Base of every action. Made by the host from a registered class, attached to the host at once, then loaded, run any
-// number of times and destroyed by the host. An action is used on one thread; TerminateAction alone may come from
-// another.
+// Base of every action. Made by the host from a registered class, attached to the host at once, then loaded,
+// run any number of times and destroyed by the host. An action is used on one thread; TerminateAction alone
+// may come from another.
 class TCustomKxAction {
 public:
   TCustomKxAction();
@@ -94,7 +95,7 @@ public:
   virtual int GetHelpTopicID() const { return 0; }
   virtual bool RequiresSync() const { return true; }
   virtual bool CanTerminate() const { return false; }
-  virtual void TerminateAction() {} // from any thread
+  virtual void TerminateAction() {}                        // from any thread
   virtual bool Validate(IKxActionValidationError& errors); // True when nothing was added
   virtual bool Execute() = 0;                              // any exception fails the action too
 
@@ -105,9 +106,11 @@ public:
   // Variables of the action's own; the names with a type ("NAME=btString") or a description behind them.
   virtual void CollectLocalVariables(text::TStringList& names, bool withTypes, bool withDescriptions) const;
   virtual bool GetLocalVariableValue(std::u16string_view name, std::u16string& value) const;
-  // The action's own hook in the expansion: gets a reference as the user wrote it ("%NAME%", "$(NAME)") and gives its
-  // value, or the text unchanged.
-  virtual std::u16string ActionExpandExpression(std::u16string_view text) const { return std::u16string(text); }
+  // The action's own hook in the expansion: gets a reference as the user wrote it ("%NAME%", "$(NAME)") and
+  // gives its value, or the text unchanged.
+  virtual std::u16string ActionExpandExpression(std::u16string_view text) const {
+    return std::u16string(text);
+  }
 
   // What the project says about this action.
   std::u16string GetDescription() const; // the user's own, else the action's name
@@ -119,12 +122,13 @@ public:
   void StartMessageGroup(std::u16string_view title, TMessageGroupType type = TMessageGroupType::mgtGeneral,
                          TStatusTag status = TStatusTag::stNormal);
   void EndMessageGroup(std::optional<TStatusTag> status = std::nullopt);
-  void SendMetricInt(std::u16string_view category, std::u16string_view name, std::int64_t value, bool flag = false);
+  void SendMetricInt(std::u16string_view category, std::u16string_view name, std::int64_t value,
+                     bool flag = false);
   void SendMetricString(std::u16string_view category, std::u16string_view name, std::u16string_view value,
                         bool flag = false);
   std::u16string ExpandExpression(std::u16string_view text); // raises EExpressionError
-  // False, with the reason in the log under `label`, when the text cannot be expanded, or when the result is empty
-  // although `required`. Never raises.
+  // False, with the reason in the log under `label`, when the text cannot be expanded, or when the result is
+  // empty although `required`. Never raises.
   bool TryExpandExpression(std::u16string_view label, std::u16string_view text, bool required,
                            std::u16string& result);
   std::u16string GetVariableValue(std::u16string_view name); // empty for an unknown name

@@ -18,7 +18,8 @@ private:
   std::string utf8_;
 };
 
-// A reader met something that it cannot read. Caught by the actions, which log it or turn it into EFailAction.
+// A reader met something that it cannot read. Caught by the actions, which log it or turn it into
+// EFailAction.
 class EKxParseError : public EKxException {
 public:
   explicit EKxParseError(std::u16string message, std::u16string file = {}, int line = 0);

@@ -5,8 +5,8 @@
 
 namespace kx {
 
-// Runs its child actions once a pass; on each pass the loop variable holds the current value. The first pass that fails
-// and a stop request end the loop.
+// Runs its child actions once a pass; on each pass the loop variable holds the current value. The first pass
+// that fails and a stop request end the loop.
 class TKxBaseIterator : public TCustomKxAction {
 public:
   bool Execute() override;

@@ -1,5 +1,5 @@
-// Structured output of MSBuild: the logger assembly TandemorLogger writes one line an event, this helper turns the lines
-// back into messages, groups and counts.
+// Structured output of MSBuild: the logger assembly TandemorLogger writes one line an event, this helper
+// turns the lines back into messages, groups and counts.
 #pragma once
 
 #include "host/Actions.h"
@@ -15,9 +15,15 @@ namespace kx {
 enum class TMSLogLevel { llQuiet, llMinimal, llNormal, llDetailed, llDiagnostic };
 const TKxEnumeration& MSLogLevelEnumeration();
 
-// One value of an MSBuild command line. On Windows a value with blanks or ";" stands in double quotes, since MSBuild
-// reads its command line itself; elsewhere ";" becomes %3B, which every MSBuild-compatible tool turns back. A backslash
-// before the closing quote is doubled everywhere.
+// Who splits the command line into arguments: MSBuild itself, which honours quotes around ";" (Windows), or
+// somebody before it, who takes the quotes away (every other system).
+enum class TCommandLineReader { MSBuildItself, SplitArguments };
+
+// One value of an MSBuild command line, quoted where it has blanks or quotes. A ";" would separate two
+// properties: it is kept inside quotes for MSBuild itself, and becomes %3B otherwise, which every
+// MSBuild-compatible tool turns back. A backslash before the closing quote is doubled. Without a reader: the
+// one of this system.
+std::u16string QuoteMSBuildArg(std::u16string_view value, TCommandLineReader reader);
 std::u16string QuoteMSBuildArg(std::u16string_view value);
 
 // Belongs to one action, which outlives it.
@@ -39,7 +45,7 @@ public:
 
 private:
   struct TEvent;
-  bool Read(std::u16string_view line, TEvent& event) const;
+  static bool Read(std::u16string_view line, TEvent& event);
   void Handle(const TEvent& event);
   void SendDiagnostic(const TEvent& event, TStatusTag status);
   void OpenProject(const TEvent& event);

@@ -23,13 +23,14 @@ public:
   virtual void WriteInteger(std::u16string_view key, std::int32_t value) = 0;
 };
 
-// Base of the options objects. The host makes the one object of each registered class, loads it at start and saves it
-// when it is modified.
+// Base of the options objects. The host makes the one object of each registered class, loads it at start and
+// saves it when it is modified.
 class TKxOptionsObject {
 public:
   virtual ~TKxOptionsObject() = default;
-  virtual void LoadOptions(const IKxOptionsReader& reader); // overrides call it first; clears the modified flag
-  virtual void SaveOptions(IKxOptionsWriter& writer);       // likewise
+  virtual void
+  LoadOptions(const IKxOptionsReader& reader);        // overrides call it first; clears the modified flag
+  virtual void SaveOptions(IKxOptionsWriter& writer); // likewise
   bool IsModified() const { return modified_; }
 
 protected:

@@ -5,8 +5,8 @@
 
 namespace kx {
 
-// The page contract. InitFrame once after creation, InitPage for each action shown, then ReadActionData; OnPageActivate
-// and OnPageDeActivate as the user comes and goes; WriteActionData when the user accepts.
+// The page contract. InitFrame once after creation, InitPage for each action shown, then ReadActionData;
+// OnPageActivate and OnPageDeActivate as the user comes and goes; WriteActionData when the user accepts.
 class TKxPropertyPage {
 public:
   virtual ~TKxPropertyPage() = default;

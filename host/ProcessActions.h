@@ -7,9 +7,9 @@ namespace kx {
 
 // How TKxCommandLineBuilder writes a value behind its switch.
 enum class TCommandLineOption {
-  Plain = 0,       // as it is
-  QuoteValue = 4,  // in double quotes where it has blanks, quotes or a backslash at its end, so that it arrives as one
-                   // argument; a backslash before the closing quote is doubled
+  Plain = 0,      // as it is
+  QuoteValue = 4, // in double quotes where it has blanks, quotes or a backslash at its end, so that it
+                  // arrives as one argument; a backslash before the closing quote is doubled
 };
 
 // Builds the parameters of one program, switch by switch.

@@ -12,7 +12,8 @@ namespace kx {
 
 enum class TPropertySetKind { Win32, DotNet };
 
-// One set. Names are compared without regard to letter case. The host owns it; it lives as long as the project.
+// One set. Names are compared without regard to letter case. The host owns it; it lives as long as the
+// project.
 class IPropertySet {
 public:
   virtual ~IPropertySet() = default;
@@ -24,7 +25,8 @@ public:
 class IPropertySetService {
 public:
   virtual ~IPropertySetService() = default;
-  virtual std::shared_ptr<const IPropertySet> Find(std::u16string_view name) const = 0; // null when there is none
+  virtual std::shared_ptr<const IPropertySet>
+  Find(std::u16string_view name) const = 0; // null when there is none
   virtual text::TStringList GetNames(TPropertySetKind kind) const = 0;
 };
 

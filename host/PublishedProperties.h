@@ -1,5 +1,5 @@
-// The properties that an action publishes, as one table per class in declaration order. Saving, loading, the command
-// line, the listings and the editors are loops over it.
+// The properties that an action publishes, as one table per class in declaration order. Saving, loading, the
+// command line, the listings and the editors are loops over it.
 #pragma once
 
 #include "text/StringList.h"
@@ -19,7 +19,8 @@ namespace kx {
 
 class TCustomKxAction;
 
-// An enumeration as scripts and project files know it: the position of a name is its ordinal, the stored value.
+// An enumeration as scripts and project files know it: the position of a name is its ordinal, the stored
+// value.
 struct TKxEnumeration {
   std::u16string_view Name;
   std::span<const std::u16string_view> Values;
@@ -56,11 +57,11 @@ private:
   std::vector<TKxPublishedProperty> rows_;
 };
 
-// The text of a value as project files and command lines hold it: True/False, decimal numbers, enumeration names, the
-// lines of a list each ended by CR LF.
+// The text of a value as project files and command lines hold it: True/False, decimal numbers, enumeration
+// names, the lines of a list each ended by CR LF.
 std::u16string PropertyToText(const TKxPublishedProperty& property, const TKxPropertyValue& value);
-// The reverse; enumerations by name or ordinal, Booleans as True/False/1/0/yes/no. Raises EKxException that names the
-// property and what it takes.
+// The reverse; enumerations by name or ordinal, Booleans as True/False/1/0/yes/no. Raises EKxException that
+// names the property and what it takes.
 TKxPropertyValue PropertyFromText(const TKxPublishedProperty& property, std::u16string_view text);
 
 // Writes a table row by row: table.Boolean(u"UseEnv", &TAction::UseEnv, u"...").

@@ -1,7 +1,8 @@
-// Regular expressions of Perl's syntax on UTF-16 text (PCRE2: https://www.pcre.org/current/doc/html/pcre2syntax.html).
+// Regular expressions of Perl's syntax on UTF-16 text (PCRE2:
+// https://www.pcre.org/current/doc/html/pcre2syntax.html).
 //
-// "." never matches a line break; \s, \d and \w are ASCII. Matching is bounded in time and memory, so an expression
-// that backtracks for ever ends with an error instead.
+// "." never matches a line break; \s, \d and \w are ASCII. Matching is bounded in time and memory, so an
+// expression that backtracks for ever ends with an error instead.
 #pragma once
 
 #include "host/Exceptions.h"
@@ -29,8 +30,8 @@ public:
   using EKxException::EKxException;
 };
 
-// Groups of one match; views into the text that was matched. Group 0 is the whole; a group that took no part and a bad
-// index are empty.
+// Groups of one match; views into the text that was matched. Group 0 is the whole; a group that took no part
+// and a bad index are empty.
 class IGroupCollection {
 public:
   virtual ~IGroupCollection() = default;
@@ -55,7 +56,8 @@ private:
   std::size_t position_ = 0;
 };
 
-// A compiled expression. Not to be used by two threads at once. Matching raises ERegExError beyond its limits.
+// A compiled expression. Not to be used by two threads at once. Matching raises ERegExError beyond its
+// limits.
 class IRegularExpression {
 public:
   virtual ~IRegularExpression() = default;
@@ -68,8 +70,10 @@ namespace RegEx {
 std::shared_ptr<const IRegularExpression> NewRegularExpression(std::u16string_view pattern,
                                                                TRegExOptions options = TRegExOptions::None);
 // The expression is compiled anew on each call; the match's views point into `input`.
-TRegExMatch Match(std::u16string_view input, std::u16string_view pattern, TRegExOptions options = TRegExOptions::None);
-bool IsMatch(std::u16string_view input, std::u16string_view pattern, TRegExOptions options = TRegExOptions::None);
+TRegExMatch Match(std::u16string_view input, std::u16string_view pattern,
+                  TRegExOptions options = TRegExOptions::None);
+bool IsMatch(std::u16string_view input, std::u16string_view pattern,
+             TRegExOptions options = TRegExOptions::None);
 // The pieces between the matches; the whole input where there is none.
 std::vector<std::u16string> Split(std::u16string_view input, std::u16string_view pattern);
 } // namespace RegEx

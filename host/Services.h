@@ -1,4 +1,5 @@
-// The host's services. The host sets them before it calls a plug-in's entry and keeps them for the life of the process.
+// The host's services. The host sets them before it calls a plug-in's entry and keeps them for the life of
+// the process.
 #pragma once
 
 #include "host/Actions.h"
@@ -62,7 +63,8 @@ public:
   virtual ~IKxDesignService() = default;
   virtual text::TStringList GetVariableNames() = 0; // of the current project
   // The chosen folder or file, seen from the one given; nothing when the user gave up.
-  virtual std::optional<std::u16string> BrowseForDirectory(std::u16string_view title, std::u16string_view start) = 0;
+  virtual std::optional<std::u16string> BrowseForDirectory(std::u16string_view title,
+                                                           std::u16string_view start) = 0;
   virtual std::optional<std::u16string> BrowseForFile(std::u16string_view title, std::u16string_view start,
                                                       std::u16string_view filter) = 0;
   virtual void ShowMessage(std::u16string_view text) = 0;

@@ -1,7 +1,9 @@
-// XML documents with XPath 1.0 (libxml2), read without document types, entities of their own or network access.
+// XML documents with XPath 1.0 (libxml2), read without document types, entities of their own or network
+// access.
 //
-// A document may be in any encoding that Visual Studio wrote: UTF-8, UTF-16, ISO-8859-x and the Windows code pages under
-// the names it used for them ("Windows-1252", "Shift_JIS" for page 932, "GB2312" for page 936, ...).
+// A document may be in any encoding that Visual Studio wrote: UTF-8, UTF-16, ISO-8859-x and the Windows code
+// pages under the names it used for them ("Windows-1252", "Shift_JIS" for page 932, "GB2312" for page 936,
+// ...).
 #pragma once
 
 #include <memory>
@@ -52,8 +54,8 @@ private:
   std::u16string error_;
 };
 
-// A new empty document; the flag asks for white space to be kept.
-std::shared_ptr<TXmlDocument> NewXMLDocument(bool preserveWhiteSpace = false);
+// A new empty document.
+std::shared_ptr<TXmlDocument> NewXMLDocument();
 // The namespace of the root element, empty when it has none.
 std::u16string GetNamespacesFromDocumentRootNode(const TXmlDocument& document);
 

@@ -1,0 +1,292 @@
+#include "host/Xml.h"
+
+#include "host/Exceptions.h"
+#include "platform/Files.h"
+#include "platform/TextFiles.h"
+#include "text/Encoding.h"
+#include "text/Text.h"
+
+#include <libxml/parser.h>
+#include <libxml/parserInternals.h>
+#include <libxml/tree.h>
+#include <libxml/xpath.h>
+#include <libxml/xpathInternals.h>
+
+#include <algorithm>
+#include <array>
+
+namespace kx {
+
+namespace {
+
+struct TFree {
+  void operator()(xmlDoc* document) const { xmlFreeDoc(document); }
+  void operator()(xmlParserCtxt* context) const { xmlFreeParserCtxt(context); }
+  void operator()(xmlXPathContext* context) const { xmlXPathFreeContext(context); }
+  void operator()(xmlXPathObject* object) const { xmlXPathFreeObject(object); }
+  void operator()(xmlChar* text) const { xmlFree(text); }
+};
+template <typename T>
+using TOwned = std::unique_ptr<T, TFree>;
+
+struct TState {
+  TOwned<xmlDoc> Document;
+  std::vector<std::pair<std::string, std::string>> Namespaces; // prefix, address
+};
+
+TState& StateOf(const std::shared_ptr<void>& state) {
+  return *static_cast<TState*>(state.get());
+}
+
+std::u16string FromXml(const xmlChar* text) {
+  return text == nullptr ? std::u16string() : text::FromUtf8(reinterpret_cast<const char*>(text));
+}
+
+const xmlChar* ToXml(const std::string& utf8) {
+  return reinterpret_cast<const xmlChar*>(utf8.c_str());
+}
+
+// The code pages that Visual Studio means by the names it writes; other names are the parser's business.
+struct TEncodingName {
+  std::u16string_view Name;
+  unsigned Page;
+};
+constexpr std::array<TEncodingName, 22> EncodingNames{{
+    {u"windows-874", 874},   {u"windows-1250", 1250}, {u"windows-1251", 1251},  {u"windows-1252", 1252},
+    {u"windows-1253", 1253}, {u"windows-1254", 1254}, {u"windows-1255", 1255},  {u"windows-1256", 1256},
+    {u"windows-1257", 1257}, {u"windows-1258", 1258}, {u"shift_jis", 932},      {u"shift-jis", 932},
+    {u"sjis", 932},          {u"ms_kanji", 932},      {u"windows-31j", 932},    {u"gb2312", 936},
+    {u"gbk", 936},           {u"big5", 950},          {u"ks_c_5601-1987", 949}, {u"euc-kr", 949},
+    {u"iso-2022-kr", 949},   {u"us-ascii", 1252},
+}};
+
+// The encoding that the XML declaration names; empty when the document begins with none.
+std::u16string DeclaredEncoding(std::string_view bytes) {
+  if (bytes.substr(0, 5) != "<?xml") return {};
+  const std::string_view declaration = bytes.substr(0, std::min(bytes.find("?>"), std::size_t{256}));
+  const std::size_t key = declaration.find("encoding");
+  if (key == std::string_view::npos) return {};
+  const std::size_t open = declaration.find_first_of("\"'", key);
+  if (open == std::string_view::npos) return {};
+  const std::size_t close = declaration.find(declaration[open], open + 1);
+  if (close == std::string_view::npos) return {};
+  return text::FromAscii(declaration.substr(open + 1, close - open - 1));
+}
+
+std::optional<unsigned> WindowsPage(std::u16string_view encoding) {
+  const auto found =
+      std::find_if(EncodingNames.begin(), EncodingNames.end(), [encoding](const TEncodingName& row) {
+        return text::EqualsIgnoreCase(row.Name, encoding);
+      });
+  return found == EncodingNames.end() ? std::nullopt : std::optional(found->Page);
+}
+
+// A document that needs document types cannot be trusted to be small, or to stay on this machine.
+void RefuseDocumentType(void* context, const xmlChar* /*name*/, const xmlChar* /*publicId*/,
+                        const xmlChar* /*systemId*/) {
+  auto* parser = static_cast<xmlParserCtxtPtr>(context);
+  parser->_private = parser;
+  xmlStopParser(parser);
+}
+
+std::u16string ErrorOf(const xmlParserCtxt& parser) {
+  if (parser._private != nullptr) return u"A document type declaration (DTD) is not allowed.";
+  const xmlError* error = xmlCtxtGetLastError(const_cast<xmlParserCtxt*>(&parser));
+  if (error == nullptr || error->message == nullptr) return u"The document is empty or not well-formed.";
+  return std::u16string(text::Trim(text::FromUtf8(error->message))) + u" (line " +
+         text::FromInteger(error->line) + u")";
+}
+
+TOwned<xmlDoc> Parse(std::string_view bytes, const char* encoding, std::u16string& error) {
+  if (bytes.size() > static_cast<std::size_t>(INT_MAX)) {
+    error = u"The document is too large.";
+    return nullptr;
+  }
+  const TOwned<xmlParserCtxt> parser(xmlNewParserCtxt());
+  parser->sax->internalSubset = RefuseDocumentType;
+  TOwned<xmlDoc> document(xmlCtxtReadMemory(parser.get(), bytes.data(), static_cast<int>(bytes.size()),
+                                            nullptr, encoding,
+                                            XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING));
+  if (parser->_private != nullptr) document.reset();
+  if (!document) error = ErrorOf(*parser);
+  return document;
+}
+
+xmlNode* NodeOf(void* node) {
+  return static_cast<xmlNode*>(node);
+}
+
+template <typename TVisit>
+void VisitElements(xmlNode* first, const TVisit& visit) {
+  // Without recursion: the depth of a document is its author's choice.
+  for (xmlNode* node = first; node != nullptr;) {
+    if (node->type == XML_ELEMENT_NODE) visit(node);
+    if (node->children != nullptr && node->type == XML_ELEMENT_NODE) {
+      node = node->children;
+      continue;
+    }
+    while (node != nullptr && node->next == nullptr) {
+      node = node->parent;
+      if (node == nullptr || node == first->parent) return;
+    }
+    node = node->next;
+  }
+}
+
+} // namespace
+
+std::u16string TXmlElement::Name() const {
+  return FromXml(NodeOf(node_)->name);
+}
+
+std::u16string TXmlElement::NamespaceUri() const {
+  const xmlNs* space = NodeOf(node_)->ns;
+  return space == nullptr ? std::u16string() : FromXml(space->href);
+}
+
+std::optional<std::u16string> TXmlElement::GetAttribute(std::u16string_view name) const {
+  const std::string key = text::ToUtf8(name);
+  const TOwned<xmlChar> value(xmlGetNoNsProp(NodeOf(node_), ToXml(key)));
+  return value ? std::optional(FromXml(value.get())) : std::nullopt;
+}
+
+std::u16string TXmlElement::Text() const {
+  const TOwned<xmlChar> value(xmlNodeGetContent(NodeOf(node_)));
+  return FromXml(value.get());
+}
+
+int TXmlElement::Line() const {
+  return static_cast<int>(xmlGetLineNo(NodeOf(node_)));
+}
+
+std::vector<TXmlElement> TXmlElement::GetElementsByTagName(std::u16string_view name) const {
+  std::vector<TXmlElement> found;
+  const std::string wanted = text::ToUtf8(name);
+  VisitElements(NodeOf(node_)->children, [&](xmlNode* node) {
+    if (xmlStrEqual(node->name, ToXml(wanted)) != 0) found.push_back(TXmlElement(document_, node));
+  });
+  return found;
+}
+
+bool TXmlDocument::Load(std::u16string_view fileName) {
+  const auto bytes = platform::ReadFile(fileName);
+  if (bytes) return LoadBytes(*bytes);
+  state_.reset();
+  error_ = bytes.Message();
+  return false;
+}
+
+bool TXmlDocument::LoadBytes(std::string_view bytes) {
+  auto state = std::make_shared<TState>();
+  error_.clear();
+  state_.reset();
+  const std::u16string encoding = DeclaredEncoding(bytes);
+  if (const auto page = WindowsPage(encoding)) {
+    const auto decoded = platform::FromCodePage(bytes, *page);
+    if (!decoded) {
+      error_ = u"The document is not valid in its encoding " + encoding + u".";
+      return false;
+    }
+    state->Document = Parse(text::ToUtf8(*decoded), "UTF-8", error_);
+  } else {
+    state->Document = Parse(bytes, nullptr, error_);
+  }
+  if (!state->Document) return false;
+  state_ = std::move(state);
+  return true;
+}
+
+std::optional<TXmlElement> TXmlDocument::DocumentElement() const {
+  if (!state_) return std::nullopt;
+  return TXmlElement(state_, xmlDocGetRootElement(StateOf(state_).Document.get()));
+}
+
+void TXmlDocument::SetSelectionNamespace(std::u16string_view prefix, std::u16string_view uri) {
+  if (state_) StateOf(state_).Namespaces.emplace_back(text::ToUtf8(prefix), text::ToUtf8(uri));
+}
+
+namespace {
+
+std::vector<xmlNode*> Select(TState& state, xmlNode* from, std::u16string_view xpath) {
+  const TOwned<xmlXPathContext> context(xmlXPathNewContext(state.Document.get()));
+  context->error = [](void*, xmlErrorPtr) {}; // what is wrong is raised, not printed
+  for (const auto& [prefix, uri] : state.Namespaces)
+    xmlXPathRegisterNs(context.get(), ToXml(prefix), ToXml(uri));
+  context->node = from;
+  const std::string expression = text::ToUtf8(xpath);
+  const TOwned<xmlXPathObject> result(xmlXPathEvalExpression(ToXml(expression), context.get()));
+  if (!result) throw EKxException(u"Invalid XPath expression : " + std::u16string(xpath));
+  std::vector<xmlNode*> nodes;
+  if (result->type != XPATH_NODESET || result->nodesetval == nullptr) return nodes;
+  xmlXPathNodeSetSort(result->nodesetval);
+  for (int i = 0; i < result->nodesetval->nodeNr; ++i)
+    if (result->nodesetval->nodeTab[i]->type == XML_ELEMENT_NODE)
+      nodes.push_back(result->nodesetval->nodeTab[i]);
+  return nodes;
+}
+
+} // namespace
+
+std::vector<TXmlElement> TXmlElement::SelectNodes(std::u16string_view xpath) const {
+  std::vector<TXmlElement> found;
+  for (xmlNode* node : Select(StateOf(document_), NodeOf(node_), xpath))
+    found.push_back(TXmlElement(document_, node));
+  return found;
+}
+
+std::vector<TXmlElement> TXmlDocument::SelectNodes(std::u16string_view xpath) const {
+  std::vector<TXmlElement> found;
+  if (!state_) return found;
+  auto* top = reinterpret_cast<xmlNode*>(StateOf(state_).Document.get());
+  for (xmlNode* node : Select(StateOf(state_), top, xpath))
+    found.push_back(TXmlElement(state_, node));
+  return found;
+}
+
+std::optional<TXmlElement> TXmlDocument::SelectSingleNode(std::u16string_view xpath) const {
+  const auto found = SelectNodes(xpath);
+  return found.empty() ? std::nullopt : std::optional(found.front());
+}
+
+std::shared_ptr<TXmlDocument> NewXMLDocument() {
+  return std::make_shared<TXmlDocument>();
+}
+
+std::u16string GetNamespacesFromDocumentRootNode(const TXmlDocument& document) {
+  const auto root = document.DocumentElement();
+  return root ? root->NamespaceUri() : std::u16string();
+}
+
+std::u16string XmlEscape(std::u16string_view text) {
+  std::u16string escaped;
+  escaped.reserve(text.size());
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const char16_t c = text[i];
+    const bool high = c >= 0xD800 && c < 0xDC00;
+    const bool low = c >= 0xDC00 && c < 0xE000;
+    const bool pair = high && i + 1 < text.size() && text[i + 1] >= 0xDC00 && text[i + 1] < 0xE000;
+    const bool forbidden =
+        (c < 0x20 && c != u'\t' && c != u'\n' && c != u'\r') || c >= 0xFFFE || low || (high && !pair);
+    if (forbidden) continue;
+    switch (c) {
+    case u'&':
+      escaped += u"&amp;";
+      break;
+    case u'<':
+      escaped += u"&lt;";
+      break;
+    case u'>':
+      escaped += u"&gt;";
+      break;
+    case u'"':
+      escaped += u"&quot;";
+      break;
+    default:
+      escaped += c;
+      if (pair) escaped += text[++i];
+    }
+  }
+  return escaped;
+}
+
+} // namespace kx
