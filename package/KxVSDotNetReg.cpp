@@ -1,0 +1,34 @@
+#include "package/KxVSDotNetReg.h"
+
+#include "build/KxVSDotNetAction.h"
+#include "build/KxVSDotNetOptions.h"
+
+namespace kx {
+
+namespace {
+
+void RegisterBuildAction() {
+  const TKxActionClass& action = TKxVSDotNetAction::Class();
+  ActionService().RegisterAction(u"DEVENV", u"Compilers", action);
+  IKxCoreScriptingService& scripting = CoreScriptingService();
+  scripting.RegisterFunction(action, u"GetProjectID", &TKxVSDotNetAction::GetProjectIDFunction);
+  scripting.RegisterFunction(action, u"GetProjectName", &TKxVSDotNetAction::GetProjectNameFunction);
+  scripting.RegisterFunction(action, u"GetProjectPath", &TKxVSDotNetAction::GetProjectPathFunction);
+}
+
+void RegisterScriptConstants() {
+  const TKxEnumeration& actions = VSDotNetBuildActionEnumeration();
+  for (std::size_t i = 0; i < actions.Values.size(); ++i)
+    CoreScriptingService().RegisterConstant(actions.Values[i], static_cast<std::int32_t>(i));
+}
+
+} // namespace
+
+void RegisterVisualStudioDotNet(const IKxRegistrationContext& context) {
+  RegisterBuildAction();
+  RegisterOptions();
+  if (!context.HasDesignEnvironment()) return;
+  RegisterScriptConstants();
+}
+
+} // namespace kx

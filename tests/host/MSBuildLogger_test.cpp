@@ -1,0 +1,116 @@
+#include "host/MSBuildLogger.h"
+
+#include "tests/support/RecordingHost.h"
+#include "text/CommandLine.h"
+#include "text/Encoding.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace kx {
+namespace {
+
+using testing::ElementsAre;
+
+class TBuilder : public TCustomKxAction {
+public:
+  const TKxPropertyTable& PublishedProperties() const override {
+    static const TKxPropertyTable none;
+    return none;
+  }
+  std::u16string GetActionName() const override { return u"Builder"; }
+  bool Execute() override { return true; }
+};
+
+class MSBuildLogger : public testing::Test {
+protected:
+  MSBuildLogger() { action_.Attach(host_); }
+
+  void Feed(std::initializer_list<std::u16string_view> lines, bool structured = true) {
+    helper_.Start(u"/src/App.sln", structured);
+    for (const auto line : lines)
+      helper_.ProcessLine(line);
+    helper_.EndRun();
+  }
+
+  tests::TRecordingHost host_;
+  TBuilder action_;
+  TKxMSBuildStructuredOutputHelper helper_{action_};
+};
+
+TEST_F(MSBuildLogger, CountsAndShowsErrorsAndWarningsWithTheirPlace) {
+  Feed({u"TandemorLogger|error|file=/src/Lib/A.cs|line=3|column=7|code=CS0103|project=/src/Lib/"
+        u"Lib.csproj|text=no %7Cx%7C%0D%0Ahere",
+        u"TandemorLogger|warning|file=/other/B.cs|line=9|column=0|code=CS0219|project=|text=unused 100%25",
+        u"TandemorLogger|warning|file=|line=0|column=0|code=|project=|text=general",
+        u"TandemorLogger|error|file=MSBUILD|line=0|column=0|code=MSB1|project=|text=bad"});
+  EXPECT_THAT(host_.Log(), ElementsAre("3 Lib/A.cs(3,7): error CS0103: no |x|\r\nhere [Lib/Lib.csproj]",
+                                       "2 /other/B.cs(9): warning CS0219: unused 100%", "2 warning: general",
+                                       "3 MSBUILD: error MSB1: bad"));
+  EXPECT_EQ(helper_.ErrorCount(), 2);
+  EXPECT_EQ(helper_.WarningCount(), 2);
+  helper_.ResetCounts();
+  EXPECT_EQ(helper_.ErrorCount() + helper_.WarningCount(), 0);
+}
+
+TEST_F(MSBuildLogger, PassesOnWhatNoLoggerWrote) {
+  struct TCase {
+    std::u16string Line;
+    std::string Message;
+  };
+  const TCase cases[] = {
+      {u"plain text with error in it", "0 plain text with error in it"},
+      {u"TandemorLogger|message|importance", "0 TandemorLogger|message|importance"},
+      {u" TandemorLogger|error|text=x", "0  TandemorLogger|error|text=x"},
+      {u"TandemorLogger|message|text=50% %zz %4", "0 50% %zz %4"},
+      {u"TandemorLogger|targetStarted|project=p|target=Build", "0 Target Build:"},
+  };
+  for (const auto& row : cases) {
+    host_.ClearLog();
+    Feed({row.Line});
+    EXPECT_THAT(host_.Log(), ElementsAre(row.Message));
+  }
+  host_.ClearLog();
+  Feed({u"TandemorLogger|error|text=x"}, false);
+  EXPECT_THAT(host_.Log(), ElementsAre("0 TandemorLogger|error|text=x"));
+  EXPECT_EQ(helper_.ErrorCount(), 0);
+}
+
+TEST_F(MSBuildLogger, NestsTheGroupsOfProjectsThatOverlap) {
+  Feed({u"TandemorLogger|projectStarted|project=/src/A.csproj|targets=Build",
+        u"TandemorLogger|projectStarted|project=/src/B.csproj|targets=",
+        u"TandemorLogger|projectFinished|project=/src/A.csproj|succeeded=true",
+        u"TandemorLogger|projectFinished|project=/src/B.csproj|succeeded=false",
+        u"TandemorLogger|projectFinished|project=/src/C.csproj|succeeded=true",
+        u"TandemorLogger|projectStarted|project=/src/D.csproj|targets="});
+  EXPECT_THAT(host_.Log(), ElementsAre("> Project A.csproj (Build)", "> Project B.csproj", "< 3", "< 1",
+                                       "> Project D.csproj", "< 3"));
+}
+
+TEST(QuoteMSBuildArg, ArrivesAsOneValueWhoeverReadsTheLine) {
+  struct TCase {
+    std::u16string Value;
+    std::u16string ForMSBuild;
+    std::u16string ForOthers;
+  };
+  const TCase cases[] = {
+      {u"Debug", u"Debug", u"Debug"},
+      {u"", u"", u""},
+      {u"Any CPU", u"\"Any CPU\"", u"\"Any CPU\""},
+      {u"A;B", u"\"A;B\"", u"A%3BB"},
+      {u"C:\\out dir\\", u"\"C:\\out dir\\\\\"", u"\"C:\\out dir\\\\\""},
+      {u"C:\\out\\", u"C:\\out\\", u"C:\\out\\"},
+      {u"a\"b", u"\"a\\\"b\"", u"\"a\\\"b\""},
+  };
+  for (const auto& row : cases) {
+    EXPECT_EQ(QuoteMSBuildArg(row.Value, TCommandLineReader::MSBuildItself), row.ForMSBuild);
+    EXPECT_EQ(QuoteMSBuildArg(row.Value, TCommandLineReader::SplitArguments), row.ForOthers);
+    const auto arguments = text::SplitCommandLine(
+        u"/p:X=" + QuoteMSBuildArg(row.Value, TCommandLineReader::MSBuildItself) + u" /m");
+    ASSERT_EQ(arguments.size(), 2U) << text::ToUtf8(row.Value);
+    EXPECT_EQ(arguments[0], u"/p:X=" + row.Value);
+  }
+}
+
+} // namespace
+} // namespace kx
