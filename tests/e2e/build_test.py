@@ -1,0 +1,60 @@
+"""The main job: kxhost builds a real solution with the real MSBuild of this machine."""
+import re
+import unittest
+
+import e2e
+
+
+class BuildTest(e2e.EndToEndTest):
+    def setUp(self):
+        super().setUp()
+        self.examples = self.copy_example()
+
+    def run_project(self, name, *options):
+        return self.run_program(e2e.BIN / "kxhost", "run", self.examples / name, "--color", "never", *options)
+
+    def break_the_library(self):
+        """Returns the number of the line that no longer compiles."""
+        file = self.examples / "Greeter/Greeter.Text/Greeting.cs"
+        lines = file.read_text(encoding="utf-8").splitlines()
+        number = next(i for i, line in enumerate(lines) if "return" in line)
+        lines[number] = lines[number].replace("name", "nobody")
+        file.write_text("\n".join(lines), encoding="utf-8")
+        return number + 1
+
+    def table_rows(self, output):
+        """(result, errors, warnings) of each row of the table at the end."""
+        head = output.rindex("Warnings")
+        return [row.groups() for row in
+                re.finditer(r"^.*?\b(succeeded|failed|stopped)\s+(\d+)\s+(\d+)\s", output[head:], re.MULTILINE | re.IGNORECASE)]
+
+    def test_every_configuration_that_matches_is_built(self):
+        run = self.run_project("greeter.kxproj")
+        self.assertEqual(run.returncode, 0, run.stdout)
+        for configuration in ("Debug", "Release"):
+            program = self.examples / f"Greeter/Greeter.App/bin/{configuration}/greeter.exe"
+            said = self.run_program("mono", program, "you").stdout
+            self.assertIn(f", you!\nGreeter 1.0.0.0, {configuration} build\n", said)
+        self.assertEqual(run.stdout.count("CS0219"), 2, "the warning shows once a configuration: " + run.stdout)
+        self.assertEqual(sum(int(warnings) for _, _, warnings in self.table_rows(run.stdout)), 2, run.stdout)
+        self.assertEqual(sum(int(errors) for _, errors, _ in self.table_rows(run.stdout)), 0, run.stdout)
+
+    def test_selected_projects_only(self):
+        run = self.run_project("greeter-selected.kxproj", "--set", "Configuration=Debug")
+        self.assertEqual(run.returncode, 0, run.stdout)
+        built = sorted(file.name for file in self.examples.glob("Greeter/*/bin/*/*") if file.suffix in (".dll", ".exe")
+                       and file.parts[-4] == file.stem)
+        self.assertEqual(built, ["Greeter.Core.dll", "Greeter.Text.dll"])
+        self.assertLess(run.stdout.index("Greeter.Core"), run.stdout.index("Greeter.Text"), "in dependency order")
+
+    def test_an_error_is_shown_with_its_file_and_line(self):
+        line = self.break_the_library()
+        run = self.run_project("greeter.kxproj")
+        self.assertEqual(run.returncode, 1, run.stdout)
+        place = re.escape(str(self.examples / "Greeter/Greeter.Text/Greeting.cs"))
+        self.assertRegex(run.stdout, rf"{place}\({line},\d+\): error CS0103: .*nobody")
+        self.assertGreaterEqual(sum(int(errors) for _, errors, _ in self.table_rows(run.stdout)), 1, run.stdout)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,78 @@
+"""MSBuild.exe of this system: what the tool it finds is given, and that it becomes that tool."""
+import json
+import signal
+import subprocess
+import unittest
+
+import e2e
+
+RECORDER = """#!/usr/bin/env python3
+import json, os, sys, time
+json.dump({"arguments": sys.argv[1:], "pid": os.getpid()}, open(os.environ["RECORD"] + ".new", "w"))
+os.rename(os.environ["RECORD"] + ".new", os.environ["RECORD"])
+time.sleep(float(os.environ.get("SLEEP", "0")))
+sys.exit(7)
+"""
+
+
+class LauncherTest(e2e.EndToEndTest):
+    def setUp(self):
+        super().setUp()
+        self.record = self.folder / "record.json"
+        self.environment["RECORD"] = str(self.record)
+        self.xbuild = self.write("tools/xbuild", RECORDER, executable=True)
+        self.environment["KX_MSBUILD"] = str(self.xbuild)
+
+    def launch(self, *arguments, **environment):
+        return self.run_program(e2e.BIN / "MSBuild.exe", *arguments, **environment)
+
+    def recorded(self):
+        return json.loads(self.record.read_text(encoding="utf-8"))
+
+    def test_the_tool_gets_the_file_as_it_is_on_disk(self):
+        file = self.write("Lib Été/Lib.csproj", "")
+        run = self.launch("/t:Build", "/m", "lib Été\\LIB.csproj", '/p:A="x y"', "")
+        self.assertEqual(run.returncode, 7, "the tool's own exit code: " + run.stdout)
+        arguments = self.recorded()["arguments"]
+        self.assertEqual(arguments[0:1] + arguments[2:], ["/t:Build", '/p:A="x y"', ""])
+        self.assertTrue((self.folder / arguments[1]).samefile(file), arguments[1])
+
+    def test_a_file_that_is_missing_is_named(self):
+        run = self.launch("/t:Build", "Lib\\Gone.csproj")
+        self.assertEqual((run.returncode, self.record.exists()), (1, False))
+        self.assertIn(r"'Lib\Gone.csproj' does not exist", run.stdout)
+
+    def test_no_tool_is_said(self):
+        empty = str(self.folder / "nothing")
+        rows = [({"KX_MSBUILD": "", "PATH": empty}, "mono-xbuild"),
+                ({"KX_MSBUILD": str(self.folder / "gone")}, "named by KX_MSBUILD"),
+                ({"KX_MSBUILD": str(self.write("text.txt", ""))}, "text.txt")]
+        for environment, words in rows:
+            run = self.launch("/t:Build", **environment)
+            self.assertEqual(run.returncode, 1, words)
+            self.assertIn(words, run.stdout)
+
+    def test_a_tool_on_the_search_path_is_found(self):
+        self.launch("/nologo", KX_MSBUILD="", PATH=f"{self.xbuild.parent}:/usr/bin:/bin")
+        self.assertEqual(self.recorded()["arguments"], ["/nologo"])
+
+    def test_it_becomes_the_tool(self):
+        with subprocess.Popen([e2e.BIN / "MSBuild.exe"], env={**self.environment, "SLEEP": "100"}) as launcher:
+            self.addCleanup(e2e.kill_quietly, launcher.pid)
+            self.assertTrue(e2e.wait_until(self.record.exists))
+            self.assertEqual(self.recorded()["pid"], launcher.pid)
+            launcher.send_signal(signal.SIGTERM)
+            self.assertEqual(launcher.wait(), -signal.SIGTERM)
+
+    def test_a_real_xbuild_takes_what_an_msbuild_takes(self):
+        solution = self.copy_example() / "Greeter"
+        out = self.folder / "Out Put"
+        run = self.launch("/t:Rebuild", "/p:Configuration=Release;Platform=Any CPU;OutDir=" + f"{out}\\", "/V:minimal", "/m:2",
+                          "/nr:false", "/nologo", f"{solution}\\greeter.SLN", KX_MSBUILD="xbuild")
+        self.assertEqual(run.returncode, 0, run.stdout)
+        program = self.run_program("mono", out / "greeter.exe", "everyone")
+        self.assertIn(", everyone!\nGreeter 1.0.0.0, Release build", program.stdout)
+
+
+if __name__ == "__main__":
+    unittest.main()
