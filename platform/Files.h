@@ -1,9 +1,10 @@
 // Files by their Windows paths.
 //
-// On Windows a path is used as it is (long paths included). Elsewhere a path that begins with "/" is the system's own,
-// "\" in any path is a separator, drive letters are those given to MapDrive, and where the exact name is missing a
-// file or folder is found without regard to letter case, since solutions written on Windows rely on it. Relative
-// paths are seen from the current folder. Messages name the file and the system's reason.
+// On Windows a path is used as it is (long paths included). Elsewhere a path that begins with "/" is the
+// system's own,
+// "\" in any path is a separator, drive letters are those given to MapDrive, and where the exact name is
+// missing a file or folder is found without regard to letter case, since solutions written on Windows rely on
+// it. Relative paths are seen from the current folder. Messages name the file and the system's reason.
 #pragma once
 
 #include "platform/Result.h"
@@ -21,15 +22,17 @@ namespace kx::platform {
 // From now on `letter` stands for the folder, in every path of this process (no effect on Windows).
 void MapDrive(char16_t letter, std::u16string_view folder);
 
-bool FileExists(std::u16string_view path);      // anything but a folder: a file, or a device of that name
+bool FileExists(std::u16string_view path); // anything but a folder: a file, or a device of that name
 bool DirectoryExists(std::u16string_view path);
 // The system's own spelling of an existing file or folder: separators, drive and letter case mended.
 std::optional<std::u16string> ResolveExisting(std::u16string_view path);
-// The system's own spelling of a path that need not exist (for a folder to start a process in, a file to be made).
+// The system's own spelling of a path that need not exist (for a folder to start a process in, a file to be
+// made).
 std::u16string ResolveForWriting(std::u16string_view path);
 
-// Answers many existence questions about one tree with few system calls: each folder is listed once. A listing is
-// trusted again only while the folder's time stamp shows no change since, so one object may be kept for long.
+// Answers many existence questions about one tree with few system calls: each folder is listed once. A
+// listing is trusted again only while the folder's time stamp shows no change since, so one object may be
+// kept for long.
 class FileLookup {
 public:
   FileLookup();
@@ -68,9 +71,9 @@ private:
   std::unique_ptr<State> state_;
 };
 
-// Replaces or makes a file so that a crash, a kill or a full disk leaves the old content or the new one: a temporary
-// file beside the target, flushed, then renamed over it. Mode and owner of the old file are kept; a symbolic link is
-// followed. A target that is not writable is refused, though a rename would succeed.
+// Replaces or makes a file so that a crash, a kill or a full disk leaves the old content or the new one: a
+// temporary file beside the target, flushed, then renamed over it. Mode and owner of the old file are kept; a
+// symbolic link is followed. A target that is not writable is refused, though a rename would succeed.
 Status ReplaceFile(std::u16string_view path, std::string_view bytes);
 
 Status CreateDirectories(std::u16string_view path);

@@ -15,16 +15,17 @@ namespace kx::platform {
 
 struct ProcessRequest {
   std::u16string Executable; // a full path
-  // Everything behind the program's name, exactly as it is to be passed. Where a system wants single arguments, the
-  // text is split by the rules of the Windows C runtime (text/CommandLine.h).
+  // Everything behind the program's name, exactly as it is to be passed. Where a system wants single
+  // arguments, the text is split by the rules of the Windows C runtime (text/CommandLine.h).
   std::u16string Arguments;
-  std::u16string WorkingDirectory;                                     // empty: the current folder
-  std::vector<std::pair<std::u16string, std::u16string>> Environment; // added to, or replacing, the caller's own
+  std::u16string WorkingDirectory; // empty: the current folder
+  std::vector<std::pair<std::u16string, std::u16string>>
+      Environment; // added to, or replacing, the caller's own
 };
 
-// Whole lines, without their line ends, in the order read; what the tool wrote last without a line end is a line too.
-// Called on the thread that runs the process. A line of well-formed UTF-8 is that; any other is in the console's or
-// the ANSI page (text::ToolOutputDecoder). A line beyond 64 MiB is delivered in pieces.
+// Whole lines, without their line ends, in the order read; what the tool wrote last without a line end is a
+// line too. Called on the thread that runs the process. A line of well-formed UTF-8 is that; any other is in
+// the console's or the ANSI page (text::ToolOutputDecoder). A line beyond 64 MiB is delivered in pieces.
 struct ProcessOutput {
   std::function<void(std::u16string_view line)> OnStdOut;
   std::function<void(std::u16string_view line)> OnStdErr;
@@ -35,9 +36,10 @@ struct ProcessOutcome {
   bool Stopped = false; // ended by one of the stop signals; the exit code then means nothing
 };
 
-// Starts the program and returns when it has ended. A stop signal, raised before or during the run, ends the program
-// and everything it started: first politely, then by force. Pipes that the tool's own left-behind servers still hold
-// open are not waited for. Standard input is empty. An exception of a callback ends the tool and passes on.
+// Starts the program and returns when it has ended. A stop signal, raised before or during the run, ends the
+// program and everything it started: first politely, then by force. Pipes that the tool's own left-behind
+// servers still hold open are not waited for. Standard input is empty. An exception of a callback ends the
+// tool and passes on.
 Result<ProcessOutcome> RunProcess(const ProcessRequest& request, const ProcessOutput& output,
                                   std::span<const StopSignal* const> stops);
 

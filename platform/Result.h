@@ -1,5 +1,5 @@
-// What the operating system answers: a value, or the reason why there is none. This room never throws; its callers
-// decide what a failure means.
+// What the operating system answers: a value, or the reason why there is none. This room never throws; its
+// callers decide what a failure means.
 #pragma once
 
 #include <string>

@@ -15,12 +15,13 @@ std::optional<std::u16string> EnvironmentVariable(std::u16string_view name);
 std::vector<std::u16string> EnvironmentNames();
 bool IsWindows();
 
-// The string value below HKEY_LOCAL_MACHINE, in the 32-bit view (Visual Studio 7 to 10 are 32-bit programs), opened
-// for reading only. Nothing when key or value are missing, and on systems without a registry.
+// The string value below HKEY_LOCAL_MACHINE, in the 32-bit view (Visual Studio 7 to 10 are 32-bit programs),
+// opened for reading only. Nothing when key or value are missing, and on systems without a registry.
 std::optional<std::u16string> ReadLocalMachineString(std::u16string_view key, std::u16string_view value);
 
-// Secrets that only this user on this machine reads again. `keyFile` is used, and made with access for its owner only,
-// where the system has no protection service of its own. Unprotect gives nothing for what was made elsewhere or changed.
+// Secrets that only this user on this machine reads again. `keyFile` is used, and made with access for its
+// owner only, where the system has no protection service of its own. Unprotect gives nothing for what was
+// made elsewhere or changed.
 Result<std::string> ProtectSecret(std::string_view clear, std::u16string_view keyFile);
 std::optional<std::string> UnprotectSecret(std::string_view secret, std::u16string_view keyFile);
 

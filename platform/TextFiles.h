@@ -1,5 +1,5 @@
-// Text files: a byte-order mark says the encoding, else the text is in the ANSI code page (the system's on Windows,
-// Windows-1252 elsewhere, in which every byte has its character).
+// Text files: a byte-order mark says the encoding, else the text is in the ANSI code page (the system's on
+// Windows, Windows-1252 elsewhere, in which every byte has its character).
 #pragma once
 
 #include "platform/Result.h"

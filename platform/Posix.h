@@ -1,0 +1,53 @@
+// What the POSIX sources of this room share: owned descriptors, native paths, messages.
+#pragma once
+
+#include "platform/Result.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace kx::platform::posix {
+
+// Owns a file descriptor.
+class Descriptor {
+public:
+  explicit Descriptor(int fd = -1) : fd_(fd) {}
+  Descriptor(Descriptor&& other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
+  Descriptor& operator=(Descriptor&& other) noexcept {
+    std::swap(fd_, other.fd_);
+    return *this;
+  }
+  ~Descriptor() { Close(); }
+
+  int Get() const { return fd_; }
+  bool IsOpen() const { return fd_ >= 0; }
+  // The system's error number, for those whose data is only safe after a clean close; else 0.
+  int Close() noexcept;
+
+private:
+  int fd_;
+};
+
+// The system's words for an error number.
+std::u16string Reason(int error);
+// "Cannot <action> <path>. <reason>", the path as the caller wrote it.
+Failure FileFailure(std::u16string_view action, std::u16string_view path, std::u16string_view reason);
+
+// The path with "/" and its drive replaced; nothing is looked up. A failure's message is the bare reason.
+Result<std::string> ToNative(std::u16string_view path);
+// The existing file or folder of that name; without regard to letter case where the exact one is missing.
+std::optional<std::string> FindNative(std::u16string_view path);
+// The same for the part of the path that exists; the rest as written.
+Result<std::string> NativeForWriting(std::u16string_view path);
+
+// Letters and digits for names that must not be guessed or taken.
+std::string RandomLetters(std::size_t count);
+
+// A small file for its owner's eyes only. Reading refuses one that others may read.
+Result<std::string> ReadPrivateFile(std::u16string_view path);
+// Makes the file and its folder; when it exists already, it stays as it is and that is no failure.
+Status CreatePrivateFile(std::u16string_view path, std::string_view bytes);
+
+} // namespace kx::platform::posix
