@@ -36,6 +36,7 @@ int NoTool(const std::string& wanted) {
 
 int Become(const std::vector<std::string>& command) {
   std::vector<char*> pointers;
+  pointers.reserve(command.size() + 1);
   for (const auto& argument : command)
     pointers.push_back(const_cast<char*>(argument.c_str()));
   pointers.push_back(nullptr);
