@@ -108,13 +108,19 @@ private:
   // The number of groups set; 0 when nothing matched.
   int Run(std::u16string_view input, std::size_t from) const {
     if (from > input.size()) return 0;
-    static constexpr char16_t empty = 0;
-    const char16_t* begin = input.data() != nullptr ? input.data() : &empty;
-    const int result = pcre2_match_16(code_.get(), reinterpret_cast<PCRE2_SPTR16>(begin), input.size(), from,
-                                      0, data_.get(), context_.get());
+    int result = Try(input, from, 0);
+    // The interpreter is slower, but keeps what it may still try on the heap.
+    if (result == PCRE2_ERROR_JIT_STACKLIMIT) result = Try(input, from, PCRE2_NO_JIT);
     if (result == PCRE2_ERROR_NOMATCH) return 0;
     if (result < 0) throw ERegExError(ErrorText(result));
     return result;
+  }
+
+  int Try(std::u16string_view input, std::size_t from, std::uint32_t options) const {
+    static constexpr char16_t empty = 0;
+    const char16_t* begin = input.data() != nullptr ? input.data() : &empty;
+    return pcre2_match_16(code_.get(), reinterpret_cast<PCRE2_SPTR16>(begin), input.size(), from, options,
+                          data_.get(), context_.get());
   }
 
   TOwned<pcre2_code_16> code_;

@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <array>
+#include <climits>
 
 namespace kx {
 
@@ -81,20 +82,29 @@ std::optional<unsigned> WindowsPage(std::u16string_view encoding) {
   return found == EncodingNames.end() ? std::nullopt : std::optional(found->Page);
 }
 
+// What went wrong first; what follows is mostly a consequence of it.
+struct TFailure {
+  std::u16string Reason;
+
+  static TFailure& Of(void* parser) {
+    return *static_cast<TFailure*>(static_cast<xmlParserCtxtPtr>(parser)->_private);
+  }
+  void Note(std::u16string reason) {
+    if (Reason.empty()) Reason = std::move(reason);
+  }
+};
+
 // A document that needs document types cannot be trusted to be small, or to stay on this machine.
-void RefuseDocumentType(void* context, const xmlChar* /*name*/, const xmlChar* /*publicId*/,
+void RefuseDocumentType(void* parser, const xmlChar* /*name*/, const xmlChar* /*publicId*/,
                         const xmlChar* /*systemId*/) {
-  auto* parser = static_cast<xmlParserCtxtPtr>(context);
-  parser->_private = parser;
-  xmlStopParser(parser);
+  TFailure::Of(parser).Note(u"A document type declaration (DTD) is not allowed.");
+  xmlStopParser(static_cast<xmlParserCtxtPtr>(parser));
 }
 
-std::u16string ErrorOf(const xmlParserCtxt& parser) {
-  if (parser._private != nullptr) return u"A document type declaration (DTD) is not allowed.";
-  const xmlError* error = xmlCtxtGetLastError(const_cast<xmlParserCtxt*>(&parser));
-  if (error == nullptr || error->message == nullptr) return u"The document is empty or not well-formed.";
-  return std::u16string(text::Trim(text::FromUtf8(error->message))) + u" (line " +
-         text::FromInteger(error->line) + u")";
+void NoteError(void* parser, xmlErrorPtr error) {
+  if (error->level < XML_ERR_ERROR || error->message == nullptr) return;
+  const std::u16string text(text::Trim(text::FromUtf8(error->message)));
+  TFailure::Of(parser).Note(text + u" (line " + text::FromInteger(error->line) + u")");
 }
 
 TOwned<xmlDoc> Parse(std::string_view bytes, const char* encoding, std::u16string& error) {
@@ -102,13 +112,15 @@ TOwned<xmlDoc> Parse(std::string_view bytes, const char* encoding, std::u16strin
     error = u"The document is too large.";
     return nullptr;
   }
+  TFailure failure;
   const TOwned<xmlParserCtxt> parser(xmlNewParserCtxt());
+  parser->_private = &failure;
   parser->sax->internalSubset = RefuseDocumentType;
+  parser->sax->serror = NoteError;
   TOwned<xmlDoc> document(xmlCtxtReadMemory(parser.get(), bytes.data(), static_cast<int>(bytes.size()),
-                                            nullptr, encoding,
-                                            XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING));
-  if (parser->_private != nullptr) document.reset();
-  if (!document) error = ErrorOf(*parser);
+                                            nullptr, encoding, XML_PARSE_NONET));
+  if (!failure.Reason.empty()) document.reset();
+  if (!document) error = failure.Reason.empty() ? u"The document is not well-formed." : failure.Reason;
   return document;
 }
 

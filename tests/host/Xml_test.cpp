@@ -55,7 +55,7 @@ TEST(Xml, RefusesWhatCannotBeTrustedOrRead) {
       {"bytes outside the declared page", "<?xml version=\"1.0\" encoding=\"Shift_JIS\"?><a>\x81</a>",
        u"The document is not valid in its encoding Shift_JIS."},
       {"an unclosed element", "<a>\n<b></a>", u"Opening and ending tag mismatch: b line 2 and a (line 2)"},
-      {"nothing", "", u"The document is empty or not well-formed."},
+      {"nothing", "", u"Document is empty (line 1)"},
   };
   for (const auto& row : cases) {
     TXmlDocument document;

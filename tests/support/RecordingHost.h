@@ -18,11 +18,11 @@ namespace kx::tests {
 
 // What a fake process plays back when it is run.
 struct TPlayback {
-  std::vector<std::u16string> StdOut;
+  std::vector<std::u16string> StdOut = {};
   int ExitCode = 0;
-  std::vector<std::u16string> StdErr;
-  std::u16string Exception;     // when not empty: Run raises EKxException with it
-  std::function<void()> During; // called before the output
+  std::vector<std::u16string> StdErr = {};
+  std::u16string Exception = {};     // when not empty: Run raises EKxException with it
+  std::function<void()> During = {}; // called before the output
 };
 
 // What an action had run.
