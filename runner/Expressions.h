@@ -1,0 +1,41 @@
+// Expressions in the texts of actions.
+//
+//   %Name%  $(Name)                       a variable, a constant or an enumeration's name (its ordinal)
+//   $(GetProjectPath("App"))              a script function of the current action
+//   $(Build.GetProjectPath("App"))        the same of the action named Build
+//   %%  $$                                one of them
+//
+// Names are letters, digits, "_" and "."; their letter case is ignored. A "%" or "$" that opens none of these
+// stands for itself. The argument of a function may hold references; a doubled quote in it stands for one.
+#pragma once
+
+#include "runner/Project.h"
+#include "runner/Variables.h"
+
+#include <string>
+#include <string_view>
+
+namespace kx {
+
+// A name is looked up in the action (its hook ActionExpandExpression, then its local variables), in the
+// variables, among the registered constants, in the environment. What the user wrote as a variable's value is
+// expanded in turn.
+class TExpressionEngine {
+public:
+  TExpressionEngine(const TProject& project, const TVariables& variables); // both outlive it
+
+  // Raises EExpressionError with a sentence for the user: an unknown name and the nearest known one, a
+  // variable that refers to itself, a text that grows beyond all measure.
+  std::u16string Expand(TCustomKxAction& action, std::u16string_view text) const;
+  // The expanded value of a variable; nothing for an unknown name. Raises as Expand.
+  std::optional<std::u16string> VariableValue(std::u16string_view name) const;
+
+private:
+  const TProject& project_;
+  const TVariables& variables_;
+};
+
+// The references of a text as they are written ("%Name%", "$(Name)", "$(F(\"x\"))"), in their order.
+std::vector<std::u16string_view> ReferencesOf(std::u16string_view text);
+
+} // namespace kx

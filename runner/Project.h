@@ -1,0 +1,118 @@
+// A build project in memory: variables, property sets and the tree of actions.
+#pragma once
+
+#include "host/Iterator.h"
+#include "runner/ServiceRegistry.h"
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kx {
+
+struct TProjectVariable {
+  std::u16string Name;
+  std::u16string Value; // may hold references to others
+
+  static TProjectVariable Parse(std::u16string_view assignment); // "NAME=VALUE"; raises EKxException
+};
+
+// Letters, digits, "_" and ".": what expressions can refer to.
+bool IsVariableName(std::u16string_view name);
+
+class TProjectPropertySet : public IPropertySet {
+public:
+  TProjectPropertySet(std::u16string name, TPropertySetKind kind) : name_(std::move(name)), kind_(kind) {}
+  std::u16string GetName() const override { return name_; }
+  TPropertySetKind GetKind() const override { return kind_; }
+  std::optional<std::u16string> GetValue(std::u16string_view name) const override;
+  bool Add(std::u16string_view name, std::u16string_view value); // False when it has the name already
+
+private:
+  std::u16string name_;
+  TPropertySetKind kind_;
+  std::map<std::u16string, std::u16string, text::IgnoreCaseLess> values_;
+};
+
+class TProjectPropertySets : public IPropertySetService {
+public:
+  bool Add(std::shared_ptr<TProjectPropertySet> set); // False when the name is taken
+  std::shared_ptr<const IPropertySet> Find(std::u16string_view name) const override;
+  text::TStringList GetNames(TPropertySetKind kind) const override;
+
+private:
+  std::vector<std::shared_ptr<TProjectPropertySet>> sets_;
+};
+
+// One action of a project with what the project says about it. Owns the action and its children.
+class TActionNode {
+public:
+  // Makes the action and attaches it to the host, which outlives it.
+  TActionNode(const TRegisteredAction& type, IKxActionHost& host);
+  TActionNode(const TActionNode&) = delete;
+  TActionNode& operator=(const TActionNode&) = delete;
+
+  const TRegisteredAction& Type() const { return type_; }
+  TCustomKxAction& Action() const { return *action_; }
+  TKxBaseIterator* Iterator() const { return iterator_; } // null unless the action is a loop
+  const std::vector<std::unique_ptr<TActionNode>>& Children() const { return children_; }
+
+  const std::u16string& Name() const { return name_; }
+  void SetName(std::u16string_view name); // is the action's description too
+  std::u16string DisplayName() const;     // the name, else that of the type
+  bool ContinueOnError() const { return continueOnError_; }
+  void SetContinueOnError(bool value) { continueOnError_ = value; }
+
+  // The action's published properties in declaration order; a loop's own LoopVariable comes first.
+  const std::vector<const TKxPublishedProperty*>& Properties() const { return properties_; }
+  const TKxPublishedProperty* FindProperty(std::u16string_view name) const;
+  // Raises EKxException for an unknown name (with the nearest one) and for one that cannot be set.
+  const TKxPublishedProperty& RequireProperty(std::u16string_view name) const;
+  // As RequireProperty and PropertyFromText.
+  void Set(std::u16string_view property, std::u16string_view text);
+
+private:
+  friend class TProject;
+  const TRegisteredAction& type_;
+  std::unique_ptr<TCustomKxAction> action_;
+  TKxBaseIterator* iterator_;
+  std::vector<const TKxPublishedProperty*> properties_;
+  std::vector<std::unique_ptr<TActionNode>> children_;
+  std::u16string name_;
+  bool continueOnError_ = false;
+};
+
+// The registry and the host outlive the project. Actions stay where they are as long as the project lives.
+class TProject {
+public:
+  TProject(const TServiceRegistry& services, IKxActionHost& host) : services_(services), host_(host) {}
+  TProject(const TProject&) = delete;
+  TProject& operator=(const TProject&) = delete;
+
+  std::u16string Name;
+  std::u16string FileName; // full path; empty for a project that was made in memory
+  std::vector<TProjectVariable> Variables;
+  TProjectPropertySets PropertySets;
+
+  std::u16string Directory() const; // of the file; the current folder without one
+  const TServiceRegistry& Services() const { return services_; }
+  const std::vector<std::unique_ptr<TActionNode>>& Actions() const { return actions_; }
+
+  // Adds an action at the end, inside `parent` when it is given. Raises EKxException for an unknown type and
+  // for a parent that is no loop.
+  TActionNode& AddAction(std::u16string_view type, TActionNode* parent = nullptr);
+
+  TActionNode* FindNode(const TCustomKxAction& action) const; // null when it is not of this project
+  TActionNode* FindNamed(std::u16string_view name) const; // the first of that name; null when there is none
+
+private:
+  const TServiceRegistry& services_;
+  IKxActionHost& host_;
+  std::vector<std::unique_ptr<TActionNode>> actions_;
+};
+
+} // namespace kx

@@ -1,0 +1,91 @@
+// What the loaded plug-ins have registered.
+#pragma once
+
+#include "host/Services.h"
+#include "runner/OptionsStore.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kx {
+
+struct TRegisteredAction {
+  std::u16string Identifier; // "DEVENV"
+  std::u16string Category;
+  const TKxActionClass* Class = nullptr;
+};
+
+struct TRegisteredFunction {
+  const TKxActionClass* Class = nullptr;
+  std::u16string Name;
+  TKxScriptFunction Function = nullptr;
+};
+
+struct TRegisteredOptions {
+  const TKxOptionsClass* Class = nullptr;
+  std::unique_ptr<TKxOptionsObject> Object; // loaded
+};
+
+struct TRegisteredPages {
+  const TKxActionClass* Class = nullptr;
+  std::vector<const TKxPageClass*> Pages; // in the order registered
+};
+
+// The services behind ActionService(), CoreScriptingService() and OptionsService(). Identifiers are compared
+// without regard to letter case; registering one twice raises EKxException. Keeps the one object of each
+// options class, loaded from the store when it is registered. What is registered points into the plug-ins,
+// which stay loaded to the end.
+class TServiceRegistry : public IKxActionService, public IKxCoreScriptingService, public IKxOptionsService {
+public:
+  explicit TServiceRegistry(TOptionsStore& store); // which outlives the registry
+
+  // Lookups; null when there is none.
+  const std::vector<TRegisteredAction>& Actions() const { return actions_; }
+  const TRegisteredAction* FindAction(std::u16string_view identifier) const;
+  // Raises EKxException that says the nearest identifier.
+  const TRegisteredAction& RequireAction(std::u16string_view identifier) const;
+  const TRegisteredFunction* FindFunction(const TKxActionClass& actionClass, std::u16string_view name) const;
+  std::vector<std::u16string> FunctionNames(const TKxActionClass& actionClass) const;
+  // A registered constant, or a name of a registered enumeration: its ordinal.
+  std::optional<std::int32_t> FindConstant(std::u16string_view name) const;
+  std::vector<std::u16string> ConstantNames() const; // those of enumerations too
+  const std::vector<const TKxEnumeration*>& Enumerations() const { return enumerations_; }
+  const std::vector<TRegisteredOptions>& Options() const { return options_; }
+  const std::vector<TRegisteredPages>& Pages() const { return pages_; }
+
+  // Writes what the options objects filled in by themselves into the store, and the store into its file. What
+  // this run overrides is not written, nor what an object derived from it.
+  platform::Status SaveOptions();
+
+  void RegisterAction(std::u16string_view identifier, std::u16string_view category,
+                      const TKxActionClass& actionClass) override;
+  void RegisterPropertyEditor(TKxPropertyKind kind, const TKxActionClass& actionClass,
+                              std::u16string_view property, const TKxPropertyEditorClass& editor) override;
+  void RegisterPropertyPages(const TKxActionClass& actionClass,
+                             std::span<const TKxPageClass* const> pages) override;
+  void RegisterFunction(const TKxActionClass& actionClass, std::u16string_view name,
+                        TKxScriptFunction function) override;
+  void RegisterConstant(std::u16string_view name, std::int32_t value) override;
+  void RegisterEnumeration(const TKxEnumeration& enumeration) override;
+  void RegisterOptions(const TKxOptionsClass& optionsClass) override;
+  void RegisterOptionsPage(const TKxOptionsClass& optionsClass, const TKxPageClass& page) override;
+  TKxOptionsObject* GetOptions(std::u16string_view name, std::u16string_view category) override;
+
+private:
+  struct TConstant {
+    std::u16string Name;
+    std::int32_t Value;
+  };
+  TOptionsStore& store_;
+  std::vector<TRegisteredAction> actions_;
+  std::vector<TRegisteredFunction> functions_;
+  std::vector<TConstant> constants_;
+  std::vector<const TKxEnumeration*> enumerations_;
+  std::vector<TRegisteredOptions> options_;
+  std::vector<TRegisteredPages> pages_;
+};
+
+} // namespace kx

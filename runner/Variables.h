@@ -1,0 +1,39 @@
+// The values that expressions find by name, apart from an action's own.
+#pragma once
+
+#include "runner/Project.h"
+#include "text/Text.h"
+
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kx {
+
+struct TVariableValue {
+  std::u16string Text;
+  bool MayHoldReferences = false; // written by the user, so references in it are meant
+};
+
+// Looked up in this order: what actions have set in this run (loop variables), what the command line sets,
+// the project's variables, the host's own (ProjectDir, ProjectFile), the environment. Letter case is ignored.
+class TVariables {
+public:
+  TVariables(const TProject& project, std::vector<TProjectVariable> commandLine); // project: outlives it
+
+  std::optional<TVariableValue> Find(std::u16string_view name) const; // without the environment
+  static std::optional<std::u16string> FindInEnvironment(std::u16string_view name);
+  std::vector<std::u16string> Names() const; // those of the environment too
+
+  void Set(std::u16string_view name, std::u16string_view value); // as an action does
+  void ForgetRun() { run_.clear(); }
+
+private:
+  const TProject& project_;
+  std::vector<TProjectVariable> commandLine_;
+  std::map<std::u16string, std::u16string, text::IgnoreCaseLess> run_;
+};
+
+} // namespace kx
