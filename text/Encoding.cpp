@@ -215,23 +215,26 @@ constexpr const HighHalf& HighHalfOf(SingleBytePage page) {
 
 // Letters of French, German and Spanish. Left out are the ligatures and the y with diaeresis: their codes in
 // one page are quotation marks, blanks or frequent letters in the other, which are far more common.
-constexpr std::u16string_view kWesternLetters = u"àâçéèêëîïôùûüÀÂÇÉÈÊËÎÏÔÙÛÜäößÄÖáíóúñÁÍÓÚÑ";
+constexpr std::u16string_view kSmallLetters = u"àâçéèêëîïôùûüäößáíóúñ";
+constexpr std::u16string_view kCapitalLetters = u"ÀÂÇÉÈÊËÎÏÔÙÛÜÄÖÁÍÓÚÑ";
 
 using LetterTable = std::array<bool, 128>;
 
-constexpr LetterTable LettersOf(SingleBytePage page) {
+// A capital letter proves nothing where its byte is a small one, far more frequent, in the other page.
+constexpr LetterTable LettersOf(const HighHalf& page, const HighHalf& other) {
+  constexpr auto npos = std::u16string_view::npos;
   LetterTable letters{};
   for (std::size_t i = 0; i < letters.size(); ++i) {
-    letters[i] = kWesternLetters.find(HighHalfOf(page)[i]) != std::u16string_view::npos;
+    const bool small = kSmallLetters.find(page[i]) != npos;
+    const bool capital = kCapitalLetters.find(page[i]) != npos && kSmallLetters.find(other[i]) == npos;
+    // The no-break space, which French sets before a colon, must not pass for a letter of the other page.
+    letters[i] = (small || capital) && other[i] != 0x00A0;
   }
-  // The no-break space of Windows-1252, which French sets before a colon, would pass for an "a" with acute
-  // accent.
-  if (page == SingleBytePage::Dos850) letters[0xA0 - 0x80] = false;
   return letters;
 }
 
-constexpr LetterTable kWindowsLetters = LettersOf(SingleBytePage::Windows1252);
-constexpr LetterTable kDosLetters = LettersOf(SingleBytePage::Dos850);
+constexpr LetterTable kWindowsLetters = LettersOf(kWindows1252, kDos850);
+constexpr LetterTable kDosLetters = LettersOf(kDos850, kWindows1252);
 
 std::size_t AsciiPrefix(std::string_view bytes, std::size_t from) {
   constexpr std::uint64_t highBits = 0x8080808080808080U;
