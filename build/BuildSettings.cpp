@@ -1,0 +1,48 @@
+#include "build/BuildSettings.h"
+
+#include "text/Text.h"
+#include "text/WindowsPath.h"
+
+namespace kx {
+
+const TKxEnumeration& VSDotNetBuildTypeEnumeration() {
+  static constexpr std::array<std::u16string_view, 3> names{u"btAllProjects", u"btSelectedProjects",
+                                                            u"btIncludeDisabledProjects"};
+  static constexpr TKxEnumeration enumeration{u"TVSDotNetBuildType", names};
+  return enumeration;
+}
+
+const TKxEnumeration& VSDotNetBuildActionEnumeration() {
+  static constexpr std::array<std::u16string_view, 4> names{u"baBuild", u"baRebuild", u"baClean",
+                                                            u"baDeploy"};
+  static constexpr TKxEnumeration enumeration{u"TVSDotNetBuildAction", names};
+  return enumeration;
+}
+
+const TKxEnumeration& VSDotNetTargetFxEnumeration() {
+  static constexpr std::array<std::u16string_view, 4> names{u"fx20", u"fx30", u"fx35", u"fx40"};
+  static constexpr TKxEnumeration enumeration{u"TVSDotNetTargetFx", names};
+  return enumeration;
+}
+
+void TVersionQuadruple::SetText(std::u16string text) {
+  text_ = std::move(text);
+  const auto given = text::Split(text_, u'|');
+  for (std::size_t i = 0; i < PartCount; ++i)
+    parts_[i] = i < given.size() ? std::u16string(given[i]) : std::u16string();
+}
+
+void TVersionQuadruple::SetPart(std::size_t index, std::u16string part) {
+  parts_[index] = std::move(part);
+  text_ = text::Join(parts_, u"|");
+}
+
+std::u16string SolutionDirectory(const IVSDotNetSolution& solution) {
+  return text::ExtractFilePath(solution.GetFileName());
+}
+
+void EnsureTrailingSpace(std::u16string& text) {
+  if (!text.empty() && text.back() != u' ') text += u' ';
+}
+
+} // namespace kx

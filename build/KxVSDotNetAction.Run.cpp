@@ -1,0 +1,342 @@
+#include "build/KxVSDotNetAction.Run.h"
+
+#include "build/DevEnvCommandLine.h"
+#include "build/MSBuildCommandLine.h"
+#include "build/ProjectSearch.h"
+#include "host/RegEx.h"
+#include "host/Utilities.h"
+#include "platform/Files.h"
+#include "text/Text.h"
+#include "text/WindowsPath.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace kx {
+
+namespace {
+
+// A log can claim any number of errors; the counters stay at their largest value.
+void AddSaturating(std::int32_t& total, std::int32_t number) {
+  const std::int64_t sum = std::int64_t{total} + number;
+  total = sum > std::numeric_limits<std::int32_t>::max() ? std::numeric_limits<std::int32_t>::max()
+                                                         : static_cast<std::int32_t>(sum);
+}
+
+} // namespace
+
+TBuildRun::TBuildRun(TKxCustomVSDotNetAction& action) : action_(action) {
+  action_.run_ = this;
+}
+TBuildRun::~TBuildRun() {
+  action_.run_ = nullptr;
+}
+
+bool TBuildRun::Execute() {
+  action_.compilerErrors_ = 0;
+  action_.compilerWarnings_ = 0;
+  std::u16string configuration;
+  if (!action_.TryExpandExpression(u"Solution Configuration Name", action_.solution_.SolutionConfiguration,
+                                   true, configuration))
+    return false;
+  if (!action_.VerifyExecutable()) return false;
+  solution_ = LoadSolution();
+  const auto configurations = MatchConfigurations(configuration);
+  if (!StampVersions()) return false;
+  action_.structuredOutput_.Start(solution_->GetFileName(), action_.msbuild_.StructuredOutput);
+  bool succeeded = false;
+  for (const auto& name : configurations)
+    succeeded = BuildConfiguration(name);
+  return succeeded;
+}
+
+std::shared_ptr<IVSDotNetSolution> TBuildRun::LoadSolution() {
+  std::u16string name;
+  if (!action_.TryExpandExpression(u"Solution File Name", action_.solution_.Solution, true, name))
+    throw EFailAction(u"Failed to expand solution file name.");
+  name = action_.FullSolutionName(name);
+  if (!platform::FileExists(name))
+    throw EFailAction(u"Solution File " + DoubleQuoteString(name) + u" does not exist");
+  try {
+    return OpenSolution(name, false, &action_.Host().Stop());
+  } catch (const std::exception& error) {
+    if (action_.Host().Stop().IsRaised()) throw;
+    throw EFailAction(u"Error Parsing Solution File : " + MessageOf(error));
+  }
+}
+
+std::vector<std::u16string> TBuildRun::MatchConfigurations(const std::u16string& wanted) {
+  if (const auto known = solution_->GetConfigurations())
+    for (int i = 0; i < known->GetCount(); ++i)
+      if (const auto& name = known->GetItem(i)->GetName(); text::EqualsIgnoreCase(name, wanted))
+        return {name};
+  std::vector<std::u16string> matched;
+  if (action_.solution_.UseRegExOnConfigName) matched = ConfigurationsLike(wanted);
+  // A name that the solution does not know still goes to the tool, which then says so.
+  if (matched.empty()) matched.push_back(wanted);
+  return matched;
+}
+
+std::vector<std::u16string> TBuildRun::ConfigurationsLike(const std::u16string& expression) {
+  std::vector<std::u16string> matched;
+  const auto known = solution_->GetConfigurations();
+  if (!known) return matched;
+  try {
+    const auto compiled = RegEx::NewRegularExpression(expression);
+    for (int i = 0; i < known->GetCount(); ++i)
+      if (const auto& name = known->GetItem(i)->GetName(); compiled->IsMatch(name)) matched.push_back(name);
+  } catch (const ERegExError& error) {
+    action_.SendMessage(u"Error matching config regular expression : " + error.Message(),
+                        TStatusTag::stError);
+  }
+  return matched;
+}
+
+bool TBuildRun::StampVersions() {
+  if (action_.assemblyInfo_.UpdateAssemblyInfo && !UpdateAssemblyInfo()) return false;
+  return !action_.win32Stamp_.UpdateWin32Resource || UpdateWin32Resource();
+}
+
+bool TBuildRun::UpdateAssemblyInfo() {
+  const TKxMessageGroup group(action_, u"Updating AssemblyInfo");
+  const TAssemblyInfoSettings& settings = action_.assemblyInfo_;
+  if (settings.UsePropertySet &&
+      !CheckPropertySet(settings.PropertySetName, u"DotNet PropertySet name is blank"))
+    return false;
+  throw EFailAction(u"UpdateAssemblyInfo: writing AssemblyInfo files is not available in this build.");
+}
+
+bool TBuildRun::UpdateWin32Resource() {
+  const TKxMessageGroup group(action_, u"Updating Win32 Version Info");
+  const TWin32StampSettings& settings = action_.win32Stamp_;
+  if (settings.UsePropertySet &&
+      !CheckPropertySet(settings.PropertySetName, u"Win32 PropertySet name is blank"))
+    return false;
+  throw EFailAction(u"UpdateWin32Resource: writing version resources is not available in this build.");
+}
+
+bool TBuildRun::CheckPropertySet(const std::u16string& name, std::u16string_view blankMessage) {
+  if (name.empty()) {
+    action_.SendMessage(blankMessage, TStatusTag::stError);
+    return false;
+  }
+  if (action_.GetPropertySetService().Find(name)) return true;
+  action_.SendMessage(u"Unable to find property set: " + name, TStatusTag::stError);
+  return false;
+}
+
+bool TBuildRun::BuildConfiguration(const std::u16string& configuration) {
+  const auto parts = text::Split(configuration, u'|');
+  action_.currentConfigName_ = parts.size() > 1 ? parts[0] : std::u16string_view(configuration);
+  action_.currentPlatformName_ = parts.size() > 1 ? parts[1] : std::u16string_view();
+  action_.structuredOutput_.ResetCounts();
+  const bool succeeded = PerformBuild(configuration);
+  if (action_.msbuild_.StructuredOutput && action_.UsingMSBuild()) ReportStructuredCounts();
+  return succeeded;
+}
+
+void TBuildRun::ReportStructuredCounts() {
+  Count(TBuildCount::Errors, action_.structuredOutput_.ErrorCount());
+  Count(TBuildCount::Warnings, action_.structuredOutput_.WarningCount());
+}
+
+bool TBuildRun::PerformBuild(const std::u16string& configuration) {
+  analysis_.emplace(TBuildOutputOptions{action_.UsingMSBuild(), action_.msbuild_.StructuredOutput,
+                                        action_.solution_.VStudioVersion},
+                    static_cast<IBuildOutputSink&>(*this));
+  if (action_.solution_.BuildType == TVSDotNetBuildType::btAllProjects) return BuildSolution(configuration);
+  if (action_.solution_.BuildAction == TVSDotNetBuildAction::baRebuild) return RebuildProjects(configuration);
+  return BuildProjects(configuration, action_.solution_.BuildAction);
+}
+
+bool TBuildRun::BuildSolution(const std::u16string& configuration) {
+  TKxMessageGroup group(action_, u"Solution " + solution_->GetFileName());
+  std::u16string parameters;
+  if (!ExpandExtraParameters(parameters)) return false;
+  const bool useMSBuild = action_.UsingMSBuild();
+  const TVSDotNetBuildAction buildAction = action_.solution_.BuildAction;
+  parameters += useMSBuild ? MSBuildParameters(configuration, false, buildAction)
+                           : DevEnvCommandLine(action_.solution_, configuration, buildAction);
+  EnsureTrailingSpace(parameters);
+  parameters += DoubleQuoteString(solution_->GetFileName());
+  return group.Close(RunCompiler(parameters, useMSBuild));
+}
+
+// All of them are cleaned before the first is built: a project by project rebuild would clean what the next
+// one needs.
+bool TBuildRun::RebuildProjects(const std::u16string& configuration) {
+  TKxMessageGroup group(action_, u"Cleaning Projects");
+  if (!group.Close(BuildProjects(configuration, TVSDotNetBuildAction::baClean))) return false;
+  return BuildProjects(configuration, TVSDotNetBuildAction::baBuild);
+}
+
+bool TBuildRun::BuildProjects(const std::u16string& configuration, TVSDotNetBuildAction buildAction) {
+  text::TStringList ids;
+  if (!ReadProjects(ids)) return false;
+  for (const auto& id : ids) {
+    const auto project = solution_->GetProjects()->FindByID(id);
+    if (!project) {
+      action_.SendMessage(u"Warning : Project " + id +
+                              u" was not found in the solution file. You may need to reconfigure the action.",
+                          TStatusTag::stWarning);
+    } else if (!BuildProject(*project, configuration, action_.UsingMSBuild(), buildAction)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+bool TBuildRun::ReadProjects(text::TStringList& ids) {
+  if (action_.solution_.BuildType == TVSDotNetBuildType::btSelectedProjects) return ReadSelectedProjects(ids);
+  const auto projects = solution_->GetProjects();
+  for (int i = 0; i < projects->GetCount(); ++i)
+    ids.Add(projects->GetItem(i)->GetProjectID());
+  return true;
+}
+
+bool TBuildRun::ReadSelectedProjects(text::TStringList& ids) {
+  text::TStringList& selected = action_.solution_.SelectedProjects;
+  action_.SanitiseProjectIDs(selected, solution_);
+  if (selected.IsEmpty()) {
+    action_.SendMessage(u"No Projects selected to build", TStatusTag::stError);
+    return false;
+  }
+  text::TStringList known;
+  const auto projects = solution_->GetProjects();
+  for (int i = 0; i < projects->GetCount(); ++i) {
+    const std::u16string& id = projects->GetItem(i)->GetProjectID();
+    known.Add(id);
+    if (selected.IndexOf(id)) ids.Add(id);
+  }
+  const auto isKnown = [&known](const std::u16string& entry) { return known.IndexOf(entry).has_value(); };
+  if (std::all_of(selected.begin(), selected.end(), isKnown)) return true;
+  action_.SendMessage(
+      u"A Project selected is no longer part of this solution, please open the action properties "
+      u"dialog and select the correct projects",
+      TStatusTag::stError);
+  return false;
+}
+
+bool TBuildRun::BuildProject(const IVSDotNetProject& project, const std::u16string& configuration,
+                             bool useMSBuild, TVSDotNetBuildAction buildAction) {
+  if (useMSBuild && text::EqualsIgnoreCase(text::ExtractFileExt(project.GetFileName()), u".vdproj")) {
+    action_.SendMessage(
+        u"Warning : Setup project " + project.GetName() +
+            u" cannot be built with MSBuild. This project will be built with VisualStudio instead.",
+        TStatusTag::stWarning);
+    return BuildProject(project, configuration, false, buildAction);
+  }
+  TKxMessageGroup group(action_, u"Project " + project.GetName());
+  action_.SendMessage(u"Processing Project : " + project.GetName());
+  std::u16string parameters;
+  if (!ExpandExtraParameters(parameters)) return false;
+  const auto projectConfiguration = project.GetConfig(configuration);
+  if (projectConfiguration.empty()) {
+    action_.SendMessage(u"Project " + DoubleQuoteString(project.GetName()) +
+                        u" is not built in solution configuration " + configuration);
+    return group.Close(true);
+  }
+  action_.SendMessage(u"Building project configuration " + DoubleQuoteString(projectConfiguration) +
+                      u" for solution configuration " + DoubleQuoteString(configuration));
+  parameters += ProjectParameters(project, projectConfiguration, configuration, useMSBuild, buildAction);
+  return group.Close(RunCompiler(parameters, useMSBuild));
+}
+
+// The text of ExtraCmdLineParams, which stands in front of all other parameters.
+bool TBuildRun::ExpandExtraParameters(std::u16string& parameters) {
+  if (!action_.TryExpandExpression(u"ExtraCmdLineParams", action_.solution_.ExtraCmdLineParams, false,
+                                   parameters))
+    return false;
+  EnsureTrailingSpace(parameters);
+  return true;
+}
+
+std::u16string TBuildRun::ProjectParameters(const IVSDotNetProject& project,
+                                            std::u16string_view projectConfiguration,
+                                            const std::u16string& configuration, bool useMSBuild,
+                                            TVSDotNetBuildAction buildAction) {
+  const std::u16string file = DoubleQuoteString(project.GetFileName());
+  if (!useMSBuild)
+    return DevEnvCommandLine(action_.solution_, configuration, buildAction) + u" /project " + file + u" " +
+           DoubleQuoteString(solution_->GetFileName());
+  const bool anyCPU = WritesAnyCPUWithoutBlank(*solution_, project, projectConfiguration);
+  std::u16string parameters = MSBuildParameters(projectConfiguration, anyCPU, buildAction);
+  EnsureTrailingSpace(parameters);
+  parameters += u"/p:solutionDir=" + SolutionDirectory(*solution_);
+  EnsureTrailingSpace(parameters);
+  return parameters + file;
+}
+
+// With the properties in the log, since the switch that holds them is hard to read.
+std::u16string TBuildRun::MSBuildParameters(std::u16string_view configuration, bool anyCPU,
+                                            TVSDotNetBuildAction buildAction) {
+  const TTextExpander expander{
+      [this](std::u16string_view label, std::u16string_view text, std::u16string& result) {
+        return action_.TryExpandExpression(label, text, false, result);
+      },
+      [this](std::u16string_view text) { return action_.ExpandExpression(text); }};
+  const auto framework = LoggerFrameworkVersion(action_.solution_.VStudioVersion);
+  const std::u16string logger =
+      text::JoinPath(TPathUtils::GetAppPath(), action_.structuredOutput_.GetLoggerAssembly(framework));
+  const auto line = MSBuildCommandLine(action_.solution_, action_.msbuild_,
+                                       {configuration, anyCPU, buildAction, logger}, expander);
+  TKxMessageGroup group(action_, u"MSBuild Properties");
+  for (const auto& property : line.Properties)
+    action_.SendMessage(property);
+  group.CloseNormal();
+  return line.Text;
+}
+
+bool TBuildRun::RunCompiler(const std::u16string& parameters, bool useMSBuild) {
+  const auto process = action_.NewActionProcess();
+  TKxProcessSettings& settings = process->Settings();
+  settings.Executable = action_.GetExecutable(useMSBuild);
+  settings.Parameters = parameters;
+  settings.StartingDirectory = text::ExtractFileDir(solution_->GetFileName());
+  settings.TerminateEvent = &action_.terminate_;
+  action_.SendMessage(u"Running " + settings.Executable + u" with parameters : " + parameters);
+  action_.SendMessage(u"------");
+  analysis_->BeginRun();
+  RunProcess(*process);
+  return JudgeRun(*process);
+}
+
+void TBuildRun::RunProcess(IKxProcess& process) {
+  try {
+    process.Run();
+  } catch (const std::exception& error) {
+    action_.structuredOutput_.EndRun();
+    action_.SendMessage(u"Error Running " + process.Settings().Executable + u" : " + MessageOf(error),
+                        TStatusTag::stError);
+    throw;
+  }
+  action_.structuredOutput_.EndRun();
+}
+
+bool TBuildRun::JudgeRun(IKxProcess& process) {
+  if (process.GetExitCode() == ExitCodeTerminated) {
+    action_.SendMessage(u"Action Terminated by User.", TStatusTag::stError);
+    return false;
+  }
+  if (!TKxCustomVSDotNetAction::CheckProcessCleanExit(process)) {
+    action_.SendMessage(process.Settings().Executable + u" returned Error code : " +
+                            text::FromInteger(process.GetExitCode()),
+                        TStatusTag::stError);
+    return false;
+  }
+  if (!analysis_->HasFailed()) return true;
+  action_.SendMessage(u"One or more projects failed to build.", TStatusTag::stError);
+  return false;
+}
+
+void TBuildRun::ReadOutput(std::u16string_view chunk) {
+  if (analysis_) analysis_->Feed(chunk);
+}
+
+void TBuildRun::Count(TBuildCount what, std::int32_t number) {
+  const bool isErrors = what == TBuildCount::Errors;
+  AddSaturating(isErrors ? action_.compilerErrors_ : action_.compilerWarnings_, number);
+  action_.SendMetricInt(u"Compiler", isErrors ? u"Errors" : u"Warnings", number);
+}
+
+} // namespace kx

@@ -1,0 +1,72 @@
+#include "build/KxVSDotNetAction.h"
+
+#include "build/KxVSDotNetOptions.h"
+#include "platform/Files.h"
+#include "text/WindowsPath.h"
+
+namespace kx {
+
+namespace {
+
+// As the host's framework information knows it; empty for a version without MSBuild.
+std::u16string_view FrameworkOf(TVSDotNetVersion version) {
+  switch (version) {
+  case TVSDotNetVersion::vs2005:
+    return u"v2.0";
+  case TVSDotNetVersion::vs2008:
+    return u"v3.5";
+  case TVSDotNetVersion::vs2010:
+    return u"v4.0";
+  default:
+    return {};
+  }
+}
+
+std::u16string MSBuildOf(TVSDotNetVersion version) {
+  const auto framework = FrameworkOf(version);
+  if (framework.empty()) return {};
+  const auto folder = KxDotNetInfo().GetFrameworkDirectory(framework);
+  return folder ? text::IncludeTrailingPathDelimiter(*folder) + u"MSBuild.exe" : std::u16string();
+}
+
+} // namespace
+
+std::u16string TKxCustomVSDotNetAction::GetExecutable(bool useMSBuild) {
+  if (useMSBuild) return MSBuildOf(solution_.VStudioVersion);
+  const auto* options = VSDotNetOptions();
+  if (options == nullptr) return {};
+  std::u16string folder;
+  if (!TryExpandExpression(u"devenv.com location", options->GetDevEnvLocation(solution_.VStudioVersion),
+                           false, folder))
+    return {};
+  return folder.empty() ? std::u16string() : text::IncludeTrailingPathDelimiter(folder) + u"devenv.com";
+}
+
+bool TKxCustomVSDotNetAction::VerifyExecutable() {
+  const std::u16string executable = GetExecutable(UsingMSBuild());
+  if (executable.empty()) {
+    SendMessage(UsingMSBuild() ? u".NET Framework not found."
+                               : u"Path to Visual Studio installation not set in Options.",
+                TStatusTag::stError);
+    return false;
+  }
+  if (!platform::FileExists(executable)) throw EFailAction(u"Executable not found : " + executable);
+  return true;
+}
+
+bool TKxCustomVSDotNetAction::Validate(IKxActionValidationError& errors) {
+  bool valid = TKxMultiExecAction::Validate(errors);
+  if (solution_.Solution.empty()) {
+    errors.Add(u"Solution file", u"A solution file has not been set");
+    valid = false;
+  }
+  if (!GetExecutable(UsingMSBuild()).empty()) return valid;
+  if (UsingMSBuild()) {
+    errors.Add(u".NET Framework Settings", u"The selected version of the .NET Framework was not found.");
+  } else {
+    errors.Add(u"VisualStudio.NET Options", u"Path to devenv.com has not been set", VSDotNetOptions());
+  }
+  return false;
+}
+
+} // namespace kx

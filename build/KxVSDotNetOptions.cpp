@@ -1,0 +1,104 @@
+#include "build/KxVSDotNetOptions.h"
+
+#include "host/Services.h"
+#include "platform/System.h"
+#include "text/Text.h"
+
+namespace kx {
+
+namespace {
+
+struct TVersionRow {
+  std::u16string_view DisplayName;
+  std::u16string_view OptionKey;
+  std::u16string_view RegistryVersion;
+};
+
+// vs2002 to vs2010. The key of the first carries no year, and its name no ".NET": stores and users know them
+// so.
+constexpr std::array<TVersionRow, 5> VersionRows{{
+    {u"Visual Studio 2002", u"MSDevPath", u"7.0"},
+    {u"Visual Studio.NET 2003", u"MSDevPath2003", u"7.1"},
+    {u"Visual Studio.NET 2005", u"MSDevPath2005", u"8.0"},
+    {u"Visual Studio.NET 2008", u"MSDevPath2008", u"9.0"},
+    {u"Visual Studio.NET 2010", u"MSDevPath2010", u"10.0"},
+}};
+
+constexpr std::u16string_view DefaultVersionKey = u"DefVSVersion";
+constexpr std::u16string_view StandaloneMSTestKey = u"StandaloneMSTestDir";
+
+} // namespace
+
+TVSDotNetOptions::TVSDotNetOptions() : registry_(&platform::ReadLocalMachineString) {}
+
+const TKxOptionsClass& TVSDotNetOptions::Class() {
+  static const TKxOptionsClass optionsClass{
+      GetName(), GetOptionKey(), GetCategory(), u"DEVENV",
+      []() -> std::unique_ptr<TKxOptionsObject> { return std::make_unique<TVSDotNetOptions>(); }};
+  return optionsClass;
+}
+
+void TVSDotNetOptions::LoadOptions(const IKxOptionsReader& reader) {
+  TKxOptionsObject::LoadOptions(reader);
+  for (std::size_t i = 0; i < VersionRows.size(); ++i) {
+    locations_[i] = reader.ReadString(VersionRows[i].OptionKey, u"");
+    if (!locations_[i].empty()) continue;
+    const std::u16string key =
+        u"SOFTWARE\\Microsoft\\VisualStudio\\" + std::u16string(VersionRows[i].RegistryVersion);
+    Assign(locations_[i], registry_(key, u"InstallDir").value_or(std::u16string()));
+  }
+  const std::int32_t version = reader.ReadInteger(DefaultVersionKey, -1);
+  defaultVersion_ = version <= -1 ? GetHighestInstalledVSVersion() : static_cast<TVSDotNetVersion>(version);
+  standaloneMSTestDir_ = reader.ReadString(StandaloneMSTestKey, u"");
+}
+
+void TVSDotNetOptions::SaveOptions(IKxOptionsWriter& writer) {
+  TKxOptionsObject::SaveOptions(writer);
+  for (std::size_t i = 0; i < VersionRows.size(); ++i)
+    writer.WriteString(VersionRows[i].OptionKey, locations_[i]);
+  writer.WriteInteger(DefaultVersionKey, static_cast<std::int32_t>(defaultVersion_));
+  writer.WriteString(StandaloneMSTestKey, standaloneMSTestDir_);
+}
+
+void TVSDotNetOptions::SetDefaultVSVersion(TVSDotNetVersion value) {
+  if (value == defaultVersion_) return;
+  defaultVersion_ = value;
+  SetModified();
+}
+
+void TVSDotNetOptions::Assign(std::u16string& field, std::u16string_view value) {
+  if (field == value) return;
+  field = value;
+  SetModified();
+}
+
+std::u16string TVSDotNetOptions::GetDevEnvLocation(TVSDotNetVersion version) const {
+  const auto index = static_cast<std::size_t>(version);
+  return index < locations_.size() ? std::u16string(text::Trim(locations_[index])) : std::u16string();
+}
+
+TVSDotNetVersion TVSDotNetOptions::GetHighestInstalledVSVersion() const {
+  for (auto i = static_cast<std::int32_t>(TVSDotNetVersion::vsUnknown); i >= 0; --i)
+    if (const auto version = static_cast<TVSDotNetVersion>(i); !GetDevEnvLocation(version).empty())
+      return version;
+  return TVSDotNetVersion::vs2005;
+}
+
+std::u16string GetVSName(TVSDotNetVersion version) {
+  const auto index = static_cast<std::size_t>(version);
+  return std::u16string(index < VersionRows.size() ? VersionRows[index].DisplayName : u"Visual Studio");
+}
+
+TVSDotNetOptions* VSDotNetOptions() {
+  IKxOptionsService* service = CurrentServices().Options;
+  if (service == nullptr) return nullptr;
+  return static_cast<TVSDotNetOptions*>(
+      service->GetOptions(TVSDotNetOptions::GetName(), TVSDotNetOptions::GetCategory()));
+}
+
+void RegisterOptions() {
+  OptionsService().RegisterOptions(TVSDotNetOptions::Class());
+  CoreScriptingService().RegisterEnumeration(VSDotNetVersionEnumeration);
+}
+
+} // namespace kx

@@ -1,0 +1,74 @@
+#include "build/ProjectSearch.h"
+
+#include "build/BuildSettings.h"
+#include "host/Utilities.h"
+#include "platform/Files.h"
+#include "text/Text.h"
+#include "text/WindowsPath.h"
+
+#include <array>
+#include <functional>
+
+namespace kx {
+
+namespace {
+
+bool IsWebAddress(std::u16string_view name) {
+  return name.find(u"://") != std::u16string_view::npos;
+}
+
+std::u16string FullPath(std::u16string_view folder, std::u16string_view name) {
+  return IsWebAddress(name) ? std::u16string(name) : text::ExpandPath(name, folder);
+}
+
+std::shared_ptr<IVSDotNetProject> FirstProject(const IVSDotNetProjects& projects,
+                                               const std::function<bool(const IVSDotNetProject&)>& fits) {
+  for (int i = 0; i < projects.GetCount(); ++i)
+    if (auto project = projects.GetItem(i); fits(*project)) return project;
+  return nullptr;
+}
+
+} // namespace
+
+std::shared_ptr<IVSDotNetProject> FindProject(const IVSDotNetSolution& solution, std::u16string_view text) {
+  const auto projects = solution.GetProjects();
+  if (auto project = projects->FindByFileName(text)) return project;
+  const std::u16string folder = SolutionDirectory(solution);
+  if (text::StartsWithIgnoreCase(text, folder))
+    if (auto project = projects->FindByFileName(text.substr(folder.size()))) return project;
+
+  const std::u16string path = FullPath(folder, text);
+  const auto is = [](std::u16string_view a, std::u16string_view b) { return text::EqualsIgnoreCase(a, b); };
+  const std::array<std::function<bool(const IVSDotNetProject&)>, 4> tests{
+      [&](const IVSDotNetProject& project) { return is(FullPath(folder, project.GetFileName()), path); },
+      [&](const IVSDotNetProject& project) { return is(text::ExtractFileName(project.GetFileName()), text); },
+      [&](const IVSDotNetProject& project) { return is(project.GetName(), text); },
+      [&](const IVSDotNetProject& project) { return is(project.GetProjectID(), text); }};
+  for (const auto& test : tests)
+    if (auto project = FirstProject(*projects, test)) return project;
+  return nullptr;
+}
+
+std::u16string ProjectPath(const IVSDotNetSolution& solution, const IVSDotNetProject& project) {
+  return FullPath(SolutionDirectory(solution), project.GetFileName());
+}
+
+bool WritesAnyCPUWithoutBlank(const IVSDotNetSolution& solution, const IVSDotNetProject& project,
+                              std::u16string_view configuration) {
+  const auto bar = configuration.find(u'|');
+  if (bar == std::u16string_view::npos) return false;
+  if (!text::EqualsIgnoreCase(configuration.substr(bar + 1), u"any cpu")) return false;
+  std::u16string file = project.GetFileName();
+  if (!platform::FileExists(file)) file = text::JoinPath(SolutionDirectory(solution), file);
+  std::u16string content;
+  try {
+    content = TFileReader::LoadFromFile(file);
+  } catch (const EKxException&) {
+    return false;
+  }
+  const std::u16string config(configuration.substr(0, bar));
+  return content.find(config + u"|Any CPU") == std::u16string::npos &&
+         content.find(config + u"|AnyCPU") != std::u16string::npos;
+}
+
+} // namespace kx

@@ -1,0 +1,26 @@
+// Finding projects of a solution by what users and saved selections call them.
+#pragma once
+
+#include "solution/VSNETSLN.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace kx {
+
+// By the file as the solution writes it, the same with the solution's folder in front, then without regard to
+// letter case by full path, file name, name and id. Null when nothing fits; of several the first in build
+// order.
+std::shared_ptr<IVSDotNetProject> FindProject(const IVSDotNetSolution& solution, std::u16string_view text);
+
+// The full path of a project's file; the address of a web project.
+std::u16string ProjectPath(const IVSDotNetSolution& solution, const IVSDotNetProject& project);
+
+// Solutions call the platform "Any CPU", most project files "AnyCPU": True when this one knows
+// `configuration`
+// ("Debug|Any CPU") only without the blank. A file that cannot be read answers False.
+bool WritesAnyCPUWithoutBlank(const IVSDotNetSolution& solution, const IVSDotNetProject& project,
+                              std::u16string_view configuration);
+
+} // namespace kx
