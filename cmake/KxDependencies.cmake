@@ -1,5 +1,6 @@
 # The libraries of the project, all from the distribution's packages (scripts/install-packages names them).
 find_package(PkgConfig REQUIRED)
+find_package(Threads REQUIRED)
 find_package(LibXml2 REQUIRED)
 pkg_check_modules(PCRE2 REQUIRED IMPORTED_TARGET libpcre2-16)
 pkg_check_modules(SODIUM REQUIRED IMPORTED_TARGET libsodium)

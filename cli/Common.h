@@ -1,0 +1,89 @@
+// What all subcommands share: the common options of the command line, and the host they open.
+#pragma once
+
+#include "cli/Output.h"
+#include "platform/StopSignal.h"
+#include "runner/DotNetInfo.h"
+#include "runner/OptionsStore.h"
+#include "runner/Run.h"
+#include "runner/ServiceRegistry.h"
+
+#include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+}
+
+namespace kx::cli {
+
+// Exit codes of kxhost.
+inline constexpr int ExitSuccess = 0;
+inline constexpr int ExitFailed = 1;
+inline constexpr int ExitUsage = 2;
+inline constexpr int ExitInvalid = 3; // project file or validation
+inline constexpr int ExitStopped = 130;
+
+enum class TVerbosity { Quiet, Minimal, Normal, Detailed, Diagnostic };
+enum class TColorChoice { Auto, Always, Never };
+
+// Texts are UTF-8 as the command-line library delivers them.
+struct TCommonOptions {
+  std::string OptionsFile;
+  std::vector<std::string> Overrides;
+  std::vector<std::string> Plugins;
+  std::vector<std::string> Drives;
+  std::string LogFile;
+  TVerbosity Verbosity = TVerbosity::Normal;
+  TColorChoice Color = TColorChoice::Auto;
+};
+
+// The command line is wrong: exit code ExitUsage.
+class EUsage : public EKxException {
+public:
+  using EKxException::EKxException;
+};
+
+// The host of one invocation: options store, services and plug-ins. Made once.
+class THostSession {
+public:
+  // Raises EKxException for a broken options file or plug-in, EUsage for wrong options.
+  explicit THostSession(const TCommonOptions& options);
+  ~THostSession();
+  THostSession(const THostSession&) = delete;
+  THostSession& operator=(const THostSession&) = delete;
+
+  TOptionsStore& Store() { return store_; }
+  const TServiceRegistry& Services() const { return registry_; }
+  platform::StopSignal& Stop() { return stop_; }
+  std::u16string KeyFile() const; // beside the options store
+  // Settings that the options objects filled in by themselves; a failure is reported and not fatal.
+  void SaveOptions();
+
+private:
+  TOptionsStore store_;
+  TServiceRegistry registry_{store_};
+  TDotNetInfo dotNet_{store_};
+  platform::StopSignal stop_;
+};
+
+// Runs what the runner's project holds with all sinks of the common options, prints the end table, and gives
+// the exit code.
+int RunProject(TProjectRunner& runner, THostSession& session, const TCommonOptions& options);
+
+std::vector<TProjectVariable> ParseVariables(const std::vector<std::string>& assignments); // raises EUsage
+
+// A subcommand: describes its options and, once they are parsed, runs with the result in `exitCode`.
+struct TCommand {
+  const char* Name;
+  const char* Help;
+  void (*Define)(CLI::App& command, const TCommonOptions& common, int& exitCode);
+};
+void DefineRun(CLI::App& command, const TCommonOptions& common, int& exitCode);
+void DefineDo(CLI::App& command, const TCommonOptions& common, int& exitCode);
+void DefineValidate(CLI::App& command, const TCommonOptions& common, int& exitCode);
+void DefineInspect(CLI::App& command, const TCommonOptions& common, int& exitCode);
+void DefineActions(CLI::App& command, const TCommonOptions& common, int& exitCode);
+void DefineOptions(CLI::App& command, const TCommonOptions& common, int& exitCode);
+
+} // namespace kx::cli

@@ -1,0 +1,159 @@
+#include "cli/ConsoleSink.h"
+
+#include "platform/Console.h"
+#include "platform/System.h"
+#include "text/Encoding.h"
+#include "text/Text.h"
+
+#include <array>
+#include <ctime>
+
+namespace kx::cli {
+
+namespace {
+
+constexpr int IndentWidth = 2;
+
+std::string Padded(const std::string& number) {
+  return number.size() < 2 ? "0" + number : number;
+}
+
+std::string TimeStamp(std::chrono::system_clock::time_point time) {
+  const std::time_t seconds = std::chrono::system_clock::to_time_t(time);
+  const auto milliseconds =
+      std::chrono::duration_cast<std::chrono::milliseconds>(time.time_since_epoch()).count() % 1000;
+  std::array<char, 16> clock{};
+  std::strftime(clock.data(), clock.size(), "%H:%M:%S", std::localtime(&seconds));
+  std::string fraction = std::to_string(milliseconds);
+  fraction.insert(0, 3 - fraction.size(), '0');
+  return std::string(clock.data()) + "." + fraction + "  ";
+}
+
+const char* ResultWord(TStatusTag status) {
+  switch (status) {
+  case TStatusTag::stError:
+    return "failed";
+  case TStatusTag::stWarning:
+    return "warnings";
+  case TStatusTag::stSuccess:
+    return "succeeded";
+  case TStatusTag::stNormal:
+    break;
+  }
+  return "done";
+}
+
+std::string ValueText(const TKxMetric& metric) {
+  const auto* number = std::get_if<std::int64_t>(&metric.Value);
+  return number != nullptr ? std::to_string(*number) : ForTerminal(std::get<std::u16string>(metric.Value));
+}
+
+} // namespace
+
+std::string TPalette::Wrap(const char* code, std::string_view text) const {
+  return enabled_ ? std::string("\x1b[") + code + "m" + std::string(text) + "\x1b[0m" : std::string(text);
+}
+
+std::string TPalette::Bold(std::string_view text) const {
+  return Wrap("1", text);
+}
+std::string TPalette::Dim(std::string_view text) const {
+  return Wrap("2", text);
+}
+
+std::string TPalette::Paint(std::string_view text, TStatusTag status) const {
+  static constexpr std::array<const char*, 4> codes{"0", "32", "33", "31"};
+  return status == TStatusTag::stNormal ? std::string(text)
+                                        : Wrap(codes[static_cast<std::size_t>(status)], text);
+}
+
+TPalette ChoosePalette(TColorChoice choice) {
+  if (choice != TColorChoice::Auto) return TPalette(choice == TColorChoice::Always);
+  const bool refused = !platform::EnvironmentVariable(u"NO_COLOR").value_or(u"").empty();
+  return TPalette(!refused && platform::IsTerminal(platform::ConsoleStream::Output));
+}
+
+std::string FormatElapsed(std::chrono::milliseconds time) {
+  const auto minutes = std::chrono::duration_cast<std::chrono::minutes>(time);
+  if (minutes.count() > 0)
+    return std::to_string(minutes.count()) + " min " +
+           Padded(std::to_string(std::chrono::duration_cast<std::chrono::seconds>(time - minutes).count())) +
+           " s";
+  const auto hundredths = time.count() / 10;
+  return std::to_string(hundredths / 100) + "." + Padded(std::to_string(hundredths % 100)) + " s";
+}
+
+TConsoleSink::TConsoleSink(TVerbosity verbosity, TPalette palette)
+    : verbosity_(verbosity), palette_(palette),
+      status_(verbosity != TVerbosity::Quiet && platform::IsTerminal(platform::ConsoleStream::Output)) {}
+
+void TConsoleSink::On(const TRunEvent& event) {
+  if (verbosity_ == TVerbosity::Diagnostic) stamp_ = TimeStamp(event.Time);
+  std::visit([this, &event](const auto& what) { Show(event.Depth, what); }, event.What);
+}
+
+// Below the normal verbosity only what went wrong is shown, without the groups around it.
+bool TConsoleSink::Shows(TStatusTag status) const {
+  switch (verbosity_) {
+  case TVerbosity::Quiet:
+    return status == TStatusTag::stError;
+  case TVerbosity::Minimal:
+    return status == TStatusTag::stError || status == TStatusTag::stWarning;
+  default:
+    return true;
+  }
+}
+
+void TConsoleSink::Line(int depth, std::string_view text) {
+  const int shownDepth = verbosity_ < TVerbosity::Normal ? 0 : depth;
+  status_.Print(palette_.Dim(stamp_) + std::string(static_cast<std::size_t>(shownDepth * IndentWidth), ' ') +
+                std::string(text) + "\n");
+}
+
+void TConsoleSink::Show(int depth, const TActionStarted& event) {
+  status_.Push(text::ToUtf8(event.Name));
+  if (!Shows(TStatusTag::stNormal)) return;
+  const std::u16string pass = event.Pass.empty() ? u"" : u"  (" + event.Pass + u")";
+  Line(depth, palette_.Bold(ForTerminal(event.Description + pass)));
+}
+
+void TConsoleSink::Show(int depth, const TActionEnded& event) {
+  status_.Pop();
+  const TStatusTag status = event.Result.Succeeded ? TStatusTag::stSuccess : TStatusTag::stError;
+  if (!Shows(status)) return;
+  Line(depth, palette_.Paint(text::ToUtf8(event.Result.Name) + " " + ResultWord(status), status) +
+                  palette_.Dim(" (" + FormatElapsed(event.Result.Elapsed) + ")"));
+}
+
+void TConsoleSink::Show(int depth, const TMessageSent& event) {
+  if (event.Status == TStatusTag::stError || event.Status == TStatusTag::stWarning)
+    status_.Count(event.Status == TStatusTag::stError);
+  if (!Shows(event.Status)) return;
+  const auto lines = text::SplitLines(event.Text);
+  for (const auto line : lines)
+    Line(depth, palette_.Paint(ForTerminal(line), event.Status));
+  if (lines.empty()) Line(depth, "");
+}
+
+void TConsoleSink::Show(int depth, const TGroupStarted& event) {
+  const std::string title = ForTerminal(event.Title);
+  status_.Push(title);
+  if (Shows(TStatusTag::stNormal)) Line(depth, palette_.Bold(palette_.Paint(title, event.Status)));
+}
+
+void TConsoleSink::Show(int depth, const TGroupEnded& event) {
+  status_.Pop();
+  const TStatusTag status = event.Status.value_or(TStatusTag::stNormal);
+  if (Shows(TStatusTag::stNormal))
+    Line(depth, palette_.Paint(ResultWord(status), status) +
+                    palette_.Dim(" (" + FormatElapsed(event.Elapsed) + ")"));
+}
+
+void TConsoleSink::Show(int depth, const TMetricSent& event) {
+  if (verbosity_ < TVerbosity::Detailed) return;
+  const TKxMetric& metric = event.Metric;
+  Line(depth, palette_.Dim("metric " + ForTerminal(metric.Category + u"." + metric.Name) + " = " +
+                           ValueText(metric)));
+}
+
+} // namespace kx::cli

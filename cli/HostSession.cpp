@@ -1,0 +1,74 @@
+#include "cli/Common.h"
+
+#include "platform/Files.h"
+#include "runner/PluginLoader.h"
+#include "text/Encoding.h"
+#include "text/WindowsPath.h"
+
+namespace kx::cli {
+
+namespace {
+
+std::u16string DefaultOptionsFile() {
+  const std::u16string folder = platform::ConfigDirectory();
+  return folder.empty() ? std::u16string()
+                        : text::JoinPath(text::JoinPath(folder, u"kxhost"), u"options.ini");
+}
+
+void MapDrives(const std::vector<std::string>& drives) {
+  for (const auto& drive : drives) {
+    const std::u16string text = text::FromUtf8(drive);
+    const bool letter =
+        text.size() > 2 && text[1] == u'=' && ((text[0] | 0x20) >= u'a') && ((text[0] | 0x20) <= u'z');
+    if (!letter) throw EUsage(u"--drive takes LETTER=FOLDER, such as C=/srv/c, not " + text + u".");
+    platform::MapDrive(text[0], text.substr(2));
+  }
+}
+
+} // namespace
+
+THostSession::THostSession(const TCommonOptions& options) {
+  MapDrives(options.Drives);
+  store_.Load(options.OptionsFile.empty() ? DefaultOptionsFile() : text::FromUtf8(options.OptionsFile));
+  for (const auto& assignment : options.Overrides) {
+    try {
+      store_.Override(text::FromUtf8(assignment));
+    } catch (const EKxException& error) {
+      throw EUsage(u"--option: " + error.Message());
+    }
+  }
+  SetServices({&registry_, &registry_, &registry_, nullptr, &dotNet_});
+  const THeadlessContext context;
+  LoadPlugin(DefaultPluginFile(), context);
+  for (const auto& plugin : options.Plugins)
+    LoadPlugin(text::FromUtf8(plugin), context);
+}
+
+THostSession::~THostSession() {
+  SetServices({});
+}
+
+std::u16string THostSession::KeyFile() const {
+  const std::u16string& store = store_.FileName();
+  return store.empty() ? std::u16string() : text::JoinPath(text::ExtractFileDir(store), u"secret.key");
+}
+
+void THostSession::SaveOptions() {
+  if (store_.FileName().empty()) return;
+  const auto saved = registry_.SaveOptions();
+  if (!saved) WriteError(u"Warning : the options could not be saved. " + saved.Message());
+}
+
+std::vector<TProjectVariable> ParseVariables(const std::vector<std::string>& assignments) {
+  std::vector<TProjectVariable> variables;
+  for (const auto& assignment : assignments) {
+    try {
+      variables.push_back(TProjectVariable::Parse(text::FromUtf8(assignment)));
+    } catch (const EKxException& error) {
+      throw EUsage(u"--set: " + error.Message());
+    }
+  }
+  return variables;
+}
+
+} // namespace kx::cli

@@ -1,0 +1,38 @@
+// What kxhost writes for people and programs.
+#pragma once
+
+#include <nlohmann/json.hpp>
+
+#include <string>
+#include <string_view>
+
+namespace kx::cli {
+
+// Standard output in large pieces; what is left is written at the end.
+class TOutput {
+public:
+  TOutput() = default;
+  ~TOutput() { Flush(); }
+  TOutput(const TOutput&) = delete;
+  TOutput& operator=(const TOutput&) = delete;
+
+  void Write(std::string_view utf8);
+  void Flush();
+
+private:
+  std::string buffer_;
+};
+
+// One object on one line; text that is no UTF-8 is mended, non-ASCII letters stay letters.
+std::string ToLine(const nlohmann::ordered_json& object);
+
+// One line on standard error, control characters made harmless.
+void WriteError(std::u16string_view message);
+
+// A message that quotes a whole line of a binary or broken file would fill the terminal.
+std::u16string Shortened(const std::u16string& message);
+
+// Text from a tool or a file with its control characters made visible, so that it cannot steer the terminal.
+std::string ForTerminal(std::u16string_view text);
+
+} // namespace kx::cli

@@ -1,0 +1,91 @@
+// kxhost run and kxhost validate: build projects from files.
+#include "cli/Common.h"
+#include "platform/Console.h"
+#include "platform/Files.h"
+#include "runner/ProjectFile.h"
+#include "text/Encoding.h"
+#include "text/Text.h"
+#include "text/WindowsPath.h"
+
+#include <CLI/CLI.hpp>
+
+#include <memory>
+
+namespace kx::cli {
+
+namespace {
+
+struct TProjectArguments {
+  std::string File;
+  std::vector<std::string> Variables;
+  bool NoSave = false;
+};
+
+// A project file with the host that runs it.
+class TOpenProject {
+public:
+  TOpenProject(const TProjectArguments& arguments, THostSession& session)
+      : runner_(session.Services(), session.Stop(), {ParseVariables(arguments.Variables), session.KeyFile()}),
+        file_(runner_.Project()) {
+    file_.Load(text::ExpandPath(text::FromUtf8(arguments.File), platform::CurrentDirectory()));
+  }
+  TProjectRunner& Runner() { return runner_; }
+  TProjectFile& File() { return file_; }
+
+private:
+  TProjectRunner runner_;
+  TProjectFile file_;
+};
+
+int RunFile(const TProjectArguments& arguments, const TCommonOptions& common) {
+  THostSession session(common);
+  TOpenProject project(arguments, session);
+  const int exitCode = RunProject(project.Runner(), session, common);
+  session.SaveOptions();
+  if (arguments.NoSave) return exitCode;
+  const auto saved = project.File().Save();
+  if (saved) return exitCode;
+  WriteError(u"Changed properties could not be saved. " + saved.Message());
+  return exitCode == ExitSuccess ? ExitFailed : exitCode;
+}
+
+std::string LineOf(const TValidationEntry& entry) {
+  return ForTerminal(entry.Action + u": " + entry.Page + u": " + entry.Message) + "\n";
+}
+
+int ValidateFile(const TProjectArguments& arguments, const TCommonOptions& common) {
+  THostSession session(common);
+  TOpenProject project(arguments, session);
+  const auto entries = project.Runner().Validate();
+  std::string out;
+  for (const auto& entry : entries)
+    out += LineOf(entry);
+  if (entries.empty()) out = "No problems found.\n";
+  platform::WriteConsole(platform::ConsoleStream::Output, out);
+  return entries.empty() ? ExitSuccess : ExitInvalid;
+}
+
+std::shared_ptr<TProjectArguments> DefineProject(CLI::App& command) {
+  auto arguments = std::make_shared<TProjectArguments>();
+  command.add_option("PROJECT", arguments->File, "The build project (*.kxproj)")->required();
+  command.add_option("--set", arguments->Variables, "NAME=VALUE: a variable, before those of the project")
+      ->type_name("NAME=VALUE")
+      ->allow_extra_args(false);
+  return arguments;
+}
+
+} // namespace
+
+void DefineRun(CLI::App& command, const TCommonOptions& common, int& exitCode) {
+  const auto arguments = DefineProject(command);
+  command.add_flag("--no-save", arguments->NoSave,
+                   "Do not write incremented version numbers back into the project file");
+  command.callback([arguments, &common, &exitCode] { exitCode = RunFile(*arguments, common); });
+}
+
+void DefineValidate(CLI::App& command, const TCommonOptions& common, int& exitCode) {
+  const auto arguments = DefineProject(command);
+  command.callback([arguments, &common, &exitCode] { exitCode = ValidateFile(*arguments, common); });
+}
+
+} // namespace kx::cli

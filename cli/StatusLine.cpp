@@ -1,0 +1,90 @@
+#include "cli/StatusLine.h"
+
+#include "cli/Output.h"
+#include "platform/Console.h"
+#include "text/Encoding.h"
+
+namespace kx::cli {
+
+namespace {
+
+constexpr auto Interval = std::chrono::milliseconds(250);
+
+void Out(std::string_view text) {
+  platform::WriteConsole(platform::ConsoleStream::Output, text);
+}
+
+std::string Clock(std::chrono::steady_clock::duration time) {
+  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(time).count();
+  const std::string rest = std::to_string(seconds % 60);
+  return std::to_string(seconds / 60) + (rest.size() < 2 ? ":0" : ":") + rest;
+}
+
+} // namespace
+
+TStatusLine::TStatusLine(bool enabled) : enabled_(enabled) {
+  if (enabled_) thread_ = std::thread([this] { Work(); });
+}
+
+TStatusLine::~TStatusLine() {
+  if (!enabled_) return;
+  {
+    const std::scoped_lock lock(mutex_);
+    ending_ = true;
+  }
+  changed_.notify_one();
+  thread_.join();
+}
+
+void TStatusLine::Print(std::string_view text) {
+  const std::scoped_lock lock(mutex_);
+  Erase();
+  Out(text);
+}
+
+void TStatusLine::Push(std::string_view title) {
+  const std::scoped_lock lock(mutex_);
+  if (titles_.empty()) since_ = std::chrono::steady_clock::now();
+  titles_.emplace_back(title);
+}
+
+void TStatusLine::Pop() {
+  const std::scoped_lock lock(mutex_);
+  if (!titles_.empty()) titles_.pop_back();
+}
+
+void TStatusLine::Count(bool error) {
+  const std::scoped_lock lock(mutex_);
+  ++(error ? errors_ : warnings_);
+}
+
+void TStatusLine::Work() {
+  std::unique_lock lock(mutex_);
+  while (!changed_.wait_for(lock, Interval, [this] { return ending_; }))
+    Draw();
+  Erase();
+}
+
+std::string TStatusLine::Text() const {
+  std::string text = Clock(std::chrono::steady_clock::now() - since_) + "  " + titles_.back();
+  if (errors_ > 0) text += "  " + std::to_string(errors_) + " errors";
+  if (warnings_ > 0) text += "  " + std::to_string(warnings_) + " warnings";
+  return text;
+}
+
+void TStatusLine::Draw() {
+  if (titles_.empty()) return;
+  const int width = platform::TerminalWidth(platform::ConsoleStream::Output);
+  const auto columns = static_cast<std::size_t>(width > 1 ? width - 1 : 1);
+  std::u16string text = text::FromUtf8(Text());
+  if (text.size() > columns) text.resize(columns);
+  Out("\r\x1b[2K\x1b[2m" + ForTerminal(text) + "\x1b[0m");
+  drawn_ = true;
+}
+
+void TStatusLine::Erase() {
+  if (drawn_) Out("\r\x1b[2K");
+  drawn_ = false;
+}
+
+} // namespace kx::cli

@@ -1,0 +1,47 @@
+// The last line of a terminal while a tool runs: what is being done, for how long, and what it has found so
+// far.
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+namespace kx::cli {
+
+// Draws itself every quarter of a second from a thread of its own; without a terminal it does nothing at all.
+// Everything else that goes to the terminal goes through Print, so that the line never mixes with it.
+class TStatusLine {
+public:
+  explicit TStatusLine(bool enabled);
+  ~TStatusLine();
+  TStatusLine(const TStatusLine&) = delete;
+  TStatusLine& operator=(const TStatusLine&) = delete;
+
+  void Print(std::string_view text);
+  void Push(std::string_view title); // what is being done now
+  void Pop();
+  void Count(bool error); // one more error or warning
+
+private:
+  void Draw();
+  void Erase();
+  void Work();
+  std::string Text() const;
+
+  const bool enabled_;
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  bool ending_ = false;
+  bool drawn_ = false;
+  std::vector<std::string> titles_;
+  std::chrono::steady_clock::time_point since_;
+  int errors_ = 0;
+  int warnings_ = 0;
+  std::thread thread_;
+};
+
+} // namespace kx::cli

@@ -1,0 +1,122 @@
+// kxhost: runs build projects with the actions of its plug-ins.
+#include "cli/Common.h"
+#include "host/Exceptions.h"
+#include "platform/Console.h"
+#include "text/Encoding.h"
+#include "text/Text.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <array>
+#include <map>
+
+namespace kx::cli {
+
+namespace {
+
+constexpr std::array<TCommand, 6> Commands{{
+    {"run", "Run a build project", DefineRun},
+    {"do", "Run one action without a project file", DefineDo},
+    {"validate", "Validate every action of a build project, run nothing", DefineValidate},
+    {"inspect", "Show what the package reads in a solution or a build log", DefineInspect},
+    {"actions", "List the action types, or the properties of one", DefineActions},
+    {"options", "Read and write the options store", DefineOptions},
+}};
+
+const std::map<std::string, TVerbosity> Verbosities{{"quiet", TVerbosity::Quiet},
+                                                    {"minimal", TVerbosity::Minimal},
+                                                    {"normal", TVerbosity::Normal},
+                                                    {"detailed", TVerbosity::Detailed},
+                                                    {"diagnostic", TVerbosity::Diagnostic}};
+const std::map<std::string, TColorChoice> Colors{
+    {"auto", TColorChoice::Auto}, {"always", TColorChoice::Always}, {"never", TColorChoice::Never}};
+
+// Each takes one value and may be repeated, before the subcommand or behind it.
+void DefineCommon(CLI::App& app, TCommonOptions& options) {
+  app.fallthrough();
+  app.add_option("--options", options.OptionsFile,
+                 "The options store (default: in the user's configuration folder)")
+      ->type_name("FILE");
+  app.add_option("--option", options.Overrides, "An option for this run only")
+      ->type_name("SECTION.KEY=VALUE")
+      ->allow_extra_args(false);
+  app.add_option("--plugin", options.Plugins, "Load this plug-in too")
+      ->type_name("FILE")
+      ->allow_extra_args(false);
+  app.add_option("--drive", options.Drives, "What a drive letter stands for")
+      ->type_name("LETTER=FOLDER")
+      ->allow_extra_args(false);
+  app.add_option("--color", options.Color, "auto, always or never")
+      ->type_name("WHEN")
+      ->transform(CLI::CheckedTransformer(Colors, CLI::ignore_case).description(""));
+  app.add_option("--verbosity", options.Verbosity, "quiet, minimal, normal, detailed or diagnostic")
+      ->type_name("LEVEL")
+      ->transform(CLI::CheckedTransformer(Verbosities, CLI::ignore_case).description(""));
+  app.add_option("--log", options.LogFile, "Write every event of the run as a line of JSON")
+      ->type_name("FILE.jsonl");
+}
+
+// A mistyped subcommand reaches the library as an argument too many.
+std::u16string DidYouMean(const std::vector<std::u16string>& arguments) {
+  std::vector<std::u16string> names;
+  for (const auto& command : Commands)
+    names.push_back(text::FromAscii(command.Name));
+  const auto word = std::find_if(arguments.begin(), arguments.end(),
+                                 [](const std::u16string& argument) { return !argument.starts_with(u"-"); });
+  if (word == arguments.end() || std::find(names.begin(), names.end(), *word) != names.end()) return {};
+  const std::u16string nearest = text::NearestName(*word, names);
+  return nearest.empty() ? std::u16string() : u" Did you mean \"" + nearest + u"\"?";
+}
+
+int Parse(CLI::App& app, const std::vector<std::u16string>& arguments) {
+  std::vector<std::string> reversed;
+  for (const auto& argument : arguments)
+    reversed.insert(reversed.begin(), text::ToUtf8(argument));
+  try {
+    app.parse(std::move(reversed));
+    return ExitSuccess;
+  } catch (const CLI::CallForHelp&) {
+    platform::WriteConsole(platform::ConsoleStream::Output, app.help());
+    return ExitSuccess;
+  } catch (const CLI::CallForVersion& version) {
+    platform::WriteConsole(platform::ConsoleStream::Output, std::string(version.what()) + "\n");
+    return ExitSuccess;
+  } catch (const CLI::ParseError& error) {
+    WriteError(u"kxhost: " + text::FromUtf8(error.what()) + DidYouMean(arguments));
+    WriteError(u"Run \"kxhost --help\" for the usage.");
+    return ExitUsage;
+  }
+}
+
+int Main(const std::vector<std::u16string>& arguments) {
+  CLI::App app("Runs build projects with the actions of its plug-ins.", "kxhost");
+  app.require_subcommand(1);
+  app.set_version_flag("--version", "kxhost " KX_VERSION);
+  TCommonOptions common;
+  DefineCommon(app, common);
+  int exitCode = ExitSuccess;
+  for (const auto& command : Commands)
+    command.Define(*app.add_subcommand(command.Name, command.Help), common, exitCode);
+  try {
+    const int parsed = Parse(app, arguments);
+    return parsed == ExitSuccess ? exitCode : parsed;
+  } catch (const EUsage& error) {
+    WriteError(u"kxhost: " + error.Message());
+    return ExitUsage;
+  } catch (const EKxParseError& error) { // the project file, or the options store
+    WriteError(u"kxhost: " + error.Message());
+    return ExitInvalid;
+  } catch (const std::exception& error) {
+    WriteError(u"kxhost: " + MessageOf(error));
+    return ExitFailed;
+  }
+}
+
+} // namespace
+
+} // namespace kx::cli
+
+int main(int argc, char** argv) {
+  return kx::cli::Main(kx::platform::CommandLineArguments(argc, argv));
+}
