@@ -3,7 +3,6 @@
 #include "text/Text.h"
 
 #include <algorithm>
-#include <vector>
 
 namespace kx::text {
 
@@ -73,7 +72,10 @@ std::size_t ExtensionStart(std::u16string_view path) {
 }
 
 std::u16string Append(std::u16string_view folder, std::u16string_view name) {
-  std::u16string path = IncludeTrailingPathDelimiter(folder);
+  std::u16string path;
+  path.reserve(folder.size() + 1 + name.size());
+  path.append(folder);
+  if (!folder.empty() && !EndsWithSeparator(folder)) path.push_back(SeparatorOf(folder));
   return path.append(name);
 }
 
@@ -106,30 +108,30 @@ std::u16string Anchored(std::u16string_view path, std::u16string_view folder) {
   return path.empty() ? std::u16string(folder) : Append(folder, path);
 }
 
-// The steps below the root with "." and ".." resolved; only a path without a root may begin with "..".
-std::vector<std::u16string_view> ResolvedSteps(std::u16string_view rest, bool rooted) {
-  std::vector<std::u16string_view> steps;
-  for (std::size_t start = 0; start < rest.size();) {
-    const std::size_t end = FindSeparator(rest, start);
-    const std::u16string_view step = rest.substr(start, end - start);
-    start = end + 1;
-    if (step.empty() || step == u".") continue;
-    if (step != u"..") {
-      steps.push_back(step);
-    } else if (!steps.empty() && steps.back() != u"..") {
-      steps.pop_back();
-    } else if (!rooted) {
-      steps.push_back(step);
-    }
-  }
-  return steps;
+// Takes the last step off a path that was built so far. False when there is none that ".." could leave.
+bool StepUp(std::u16string& path, std::size_t root, char16_t separator) {
+  if (path.size() <= root) return false;
+  const std::size_t before = path.rfind(separator);
+  const std::size_t start = before == npos || before < root ? root : before + 1;
+  if (std::u16string_view(path).substr(start) == u"..") return false;
+  path.resize(start > root ? start - 1 : root);
+  return true;
 }
 
+// "." and ".." steps resolved; only a path without a root may begin with "..".
 std::u16string Normalised(std::u16string_view path) {
   const Root root = RootOf(path);
   const char16_t separator = SeparatorOf(path);
-  std::u16string result = WithOwnSeparators(std::u16string(path.substr(0, root.Length)));
-  for (const auto step : ResolvedSteps(path.substr(root.Length), root.Kind != RootKind::None)) {
+  std::u16string result;
+  result.reserve(path.size() + 1);
+  result = path.substr(0, root.Length);
+  std::ranges::replace_if(result, IsPathSeparator, separator);
+  for (std::size_t start = root.Length; start < path.size();) {
+    const std::size_t end = FindSeparator(path, start);
+    const std::u16string_view step = path.substr(start, end - start);
+    start = end + 1;
+    if (step.empty() || step == u".") continue;
+    if (step == u".." && (StepUp(result, root.Length, separator) || root.Kind != RootKind::None)) continue;
     if (!result.empty() && result.back() != separator) result.push_back(separator);
     result.append(step);
   }
