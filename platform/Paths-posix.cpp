@@ -148,7 +148,7 @@ std::optional<std::string> FindNative(std::u16string_view path) {
   if (!native) return std::nullopt;
   if (Exists(*native)) return *std::move(native);
   Walked walked = WalkIgnoringCase(*native);
-  return walked.Complete && !walked.Path.empty() ? std::optional(std::move(walked.Path)) : std::nullopt;
+  return walked.Complete && Exists(walked.Path) ? std::optional(std::move(walked.Path)) : std::nullopt;
 }
 
 Result<std::string> NativeForWriting(std::u16string_view path) {
