@@ -15,13 +15,29 @@ TStatusTag StatusOf(unsigned findings) {
   return TStatusTag::stNormal;
 }
 
+// The first CR or LF, else the size. Whole blocks are looked at without a branch a character: chunks are mostly one line,
+// and this would cost more than all that is found out about it.
+std::size_t FindLineEnd(std::u16string_view text) {
+  constexpr std::size_t block = 32;
+  const auto isEnd = [](char16_t c) { return (c == u'\r') | (c == u'\n'); };
+  const char16_t* data = text.data();
+  std::size_t at = 0;
+  for (; at + block <= text.size(); at += block) {
+    char16_t found = 0; // as wide as the characters, so that the compiler compares many at once
+    for (std::size_t i = 0; i < block; ++i) found |= isEnd(data[at + i]) ? char16_t{1} : char16_t{0};
+    if (found != 0) break;
+  }
+  while (at < text.size() && !isEnd(text[at])) ++at;
+  return at;
+}
+
 } // namespace
 
 void TBuildOutputAnalysis::Feed(std::u16string_view chunk) {
   do {
-    const auto end = chunk.find_first_of(u"\r\n");
+    const std::size_t end = FindLineEnd(chunk);
     ReadLine(chunk.substr(0, end));
-    if (end == std::u16string_view::npos) return;
+    if (end == chunk.size()) return;
     const bool isPair = chunk[end] == u'\r' && chunk.substr(end + 1).starts_with(u'\n');
     chunk.remove_prefix(end + (isPair ? 2 : 1));
   } while (!chunk.empty());
