@@ -1,0 +1,40 @@
+// A folder that lives as long as the test.
+#pragma once
+
+#include "platform/Files.h"
+#include "text/Encoding.h"
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+namespace kx::tests {
+
+class TTemporaryFolder {
+public:
+  TTemporaryFolder() {
+    // The file reserves a name; a folder takes its place.
+    path_ = std::filesystem::path(
+        text::ToUtf8(*platform::CreateTemporaryFile(platform::TemporaryDirectory(), u"kxtest")));
+    std::filesystem::remove(path_);
+    std::filesystem::create_directory(path_);
+  }
+  ~TTemporaryFolder() { std::filesystem::remove_all(path_); }
+  TTemporaryFolder(const TTemporaryFolder&) = delete;
+  TTemporaryFolder& operator=(const TTemporaryFolder&) = delete;
+
+  std::u16string Path() const { return path_.u16string(); }
+
+  // Makes a file, its folders too; its full path.
+  std::u16string Write(const std::string& name, const std::string& bytes) const {
+    const std::filesystem::path file = path_ / name;
+    std::filesystem::create_directories(file.parent_path());
+    std::ofstream(file, std::ios::binary) << bytes;
+    return file.u16string();
+  }
+
+private:
+  std::filesystem::path path_;
+};
+
+} // namespace kx::tests
