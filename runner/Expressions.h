@@ -12,6 +12,7 @@
 #include "runner/Project.h"
 #include "runner/Variables.h"
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -27,15 +28,15 @@ public:
   // Raises EExpressionError with a sentence for the user: an unknown name and the nearest known one, a
   // variable that refers to itself, a text that grows beyond all measure.
   std::u16string Expand(TCustomKxAction& action, std::u16string_view text) const;
-  // The expanded value of a variable; nothing for an unknown name. Raises as Expand.
-  std::optional<std::u16string> VariableValue(std::u16string_view name) const;
+  // The expanded value of a variable, as `action` sees it (null: nobody); nothing for an unknown name. Raises
+  // as Expand.
+  std::optional<std::u16string> VariableValue(TCustomKxAction* action, std::u16string_view name) const;
 
 private:
   const TProject& project_;
   const TVariables& variables_;
+  // Script functions may expand texts in turn: how many of them are under way.
+  mutable int calls_ = 0;
 };
-
-// The references of a text as they are written ("%Name%", "$(Name)", "$(F(\"x\"))"), in their order.
-std::vector<std::u16string_view> ReferencesOf(std::u16string_view text);
 
 } // namespace kx

@@ -5,6 +5,7 @@
 // counts. A value in double quotes keeps the blanks at its ends.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -30,15 +31,17 @@ public:
 private:
   struct TLine {
     std::u16string Text; // without the line end
-    std::u16string End;  // empty only for the last line
+    std::u16string End;  // empty for a last line that has none
     std::u16string Section;
-    std::u16string Key; // empty unless the line sets a value
-    std::u16string_view Value() const;
+    std::u16string Key;      // empty unless the line sets a value
+    std::size_t ValueAt = 0; // where the value begins in Text
+    std::u16string_view RawValue() const;
   };
-  TLine ParseLine(std::u16string_view text, std::u16string& section) const;
-  const TLine* Find(std::u16string_view section, std::u16string_view key) const;
-  std::u16string LineEnd() const; // what new lines end with
-  void Insert(std::u16string_view section, std::u16string text, std::u16string_view key);
+  static const char16_t* Read(TLine& line, std::u16string& section);
+  std::size_t Find(std::u16string_view section, std::u16string_view key) const; // lines_.size(): not there
+  std::size_t EndOfSection(std::u16string_view section) const; // behind its last value; 0: no such section
+  void Insert(std::size_t at, TLine line);
+  void AddSection(std::u16string_view section);
 
   std::vector<TLine> lines_;
 };

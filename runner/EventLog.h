@@ -1,0 +1,44 @@
+// Hands the events of a run to its sinks and keeps count of what is open.
+#pragma once
+
+#include "runner/Events.h"
+
+#include <chrono>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace kx {
+
+using TRunClock = std::chrono::steady_clock;
+
+std::chrono::milliseconds ElapsedSince(TRunClock::time_point start);
+
+class TEventLog {
+public:
+  void AddSink(IRunEventSink& sink) { sinks_.push_back(&sink); }
+
+  void StartAction(TActionStarted started);
+  void EndAction(TActionResult result); // closes what the action left open
+  void Send(std::u16string_view text, TStatusTag status);
+  void Send(const TKxMetric& metric);
+  void StartGroup(std::u16string_view title, TStatusTag status);
+  // The innermost group of the running action; none open: nothing happens.
+  void EndGroup(std::optional<TStatusTag> status);
+
+private:
+  struct TOpen {
+    std::u16string Title;
+    bool IsAction = false;
+    TRunClock::time_point Start = TRunClock::now();
+  };
+  template <typename TWhat>
+  void Emit(TWhat what);
+
+  std::vector<IRunEventSink*> sinks_;
+  std::vector<TOpen> open_;
+};
+
+} // namespace kx

@@ -1,0 +1,133 @@
+#include "runner/JsonLinesSink.h"
+
+#include "platform/Files.h"
+#include "text/Encoding.h"
+
+#include <nlohmann/json.hpp>
+
+#include <array>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+
+namespace kx {
+
+namespace {
+
+// Keys stay in the order in which they are written here.
+using TJson = nlohmann::ordered_json;
+
+template <typename... TCases>
+struct TOverloaded : TCases... {
+  using TCases::operator()...;
+};
+template <typename... TCases>
+TOverloaded(TCases...) -> TOverloaded<TCases...>;
+
+std::string Utf8(std::u16string_view text) {
+  return text::ToUtf8(text);
+}
+
+// ISO 8601 in universal time, with milliseconds.
+std::string TimeText(std::chrono::system_clock::time_point time) {
+  using namespace std::chrono;
+  const auto day = floor<days>(time);
+  const year_month_day date(day);
+  const hh_mm_ss clock(floor<milliseconds>(time - day));
+  std::array<char, 40> text{};
+  const int length = std::snprintf(
+      text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02d.%03dZ", static_cast<int>(date.year()),
+      static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
+      static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
+      static_cast<int>(clock.seconds().count()), static_cast<int>(clock.subseconds().count()));
+  return {text.data(), static_cast<std::size_t>(length)};
+}
+
+TJson ConfigurationsOf(const TActionResult& result) {
+  TJson list = TJson::array();
+  for (const auto& row : result.Configurations)
+    list.push_back({{"configuration", Utf8(row.Configuration)},
+                    {"succeeded", row.Succeeded},
+                    {"errors", row.Errors},
+                    {"warnings", row.Warnings},
+                    {"elapsedMs", row.Elapsed.count()}});
+  return list;
+}
+
+TJson Fields(const TActionStarted& action) {
+  return {{"event", "action"},         {"name", Utf8(action.Name)},
+          {"type", Utf8(action.Type)}, {"description", Utf8(action.Description)},
+          {"pass", Utf8(action.Pass)}, {"nesting", action.Nesting}};
+}
+
+TJson Fields(const TActionEnded& ended) {
+  const TActionResult& result = ended.Result;
+  return {{"event", "actionEnd"},
+          {"name", Utf8(result.Name)},
+          {"type", Utf8(result.Type)},
+          {"pass", Utf8(result.Pass)},
+          {"nesting", result.Nesting},
+          {"succeeded", result.Succeeded},
+          {"errors", result.Errors},
+          {"warnings", result.Warnings},
+          {"elapsedMs", result.Elapsed.count()},
+          {"configurations", ConfigurationsOf(result)}};
+}
+
+TJson Fields(const TMessageSent& message) {
+  return {{"event", "message"}, {"status", static_cast<int>(message.Status)}, {"text", Utf8(message.Text)}};
+}
+
+TJson Fields(const TGroupStarted& group) {
+  return {{"event", "group"}, {"status", static_cast<int>(group.Status)}, {"title", Utf8(group.Title)}};
+}
+
+TJson Fields(const TGroupEnded& group) {
+  return {{"event", "groupEnd"},
+          {"status", group.Status ? TJson(static_cast<int>(*group.Status)) : TJson()},
+          {"title", Utf8(group.Title)},
+          {"elapsedMs", group.Elapsed.count()}};
+}
+
+TJson Fields(const TMetricSent& sent) {
+  const auto value = std::visit(TOverloaded{[](std::int64_t number) { return TJson(number); },
+                                            [](const std::u16string& text) { return TJson(Utf8(text)); }},
+                                sent.Metric.Value);
+  return {{"event", "metric"},
+          {"category", Utf8(sent.Metric.Category)},
+          {"name", Utf8(sent.Metric.Name)},
+          {"value", value}};
+}
+
+} // namespace
+
+std::string ToJsonLine(const TRunEvent& event) {
+  TJson line{{"time", TimeText(event.Time)}, {"depth", event.Depth}};
+  line.update(std::visit([](const auto& what) { return Fields(what); }, event.What));
+  return line.dump();
+}
+
+struct TJsonLinesSink::TState {
+  std::ofstream File;
+};
+
+TJsonLinesSink::TJsonLinesSink(std::unique_ptr<TState> state) : state_(std::move(state)) {}
+TJsonLinesSink::~TJsonLinesSink() = default;
+
+platform::Result<std::unique_ptr<TJsonLinesSink>> TJsonLinesSink::Create(std::u16string_view fileName) {
+  auto state = std::make_unique<TState>();
+  state->File.open(std::filesystem::path(platform::ResolveForWriting(fileName)),
+                   std::ios::binary | std::ios::trunc);
+  if (!state->File) return platform::Failure{u"Cannot write log file " + std::u16string(fileName)};
+  return std::unique_ptr<TJsonLinesSink>(new TJsonLinesSink(std::move(state)));
+}
+
+void TJsonLinesSink::On(const TRunEvent& event) {
+  state_->File << ToJsonLine(event) << '\n' << std::flush;
+}
+
+bool TJsonLinesSink::HasFailed() const {
+  return !state_->File;
+}
+
+} // namespace kx

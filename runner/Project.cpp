@@ -1,0 +1,151 @@
+#include "runner/Project.h"
+
+#include "platform/Files.h"
+#include "runner/Messages.h"
+#include "text/WindowsPath.h"
+
+#include <algorithm>
+
+namespace kx {
+
+namespace {
+
+// Part of every loop, whatever the properties of its own.
+const TKxPublishedProperty& LoopVariableProperty() {
+  static const auto rows =
+      TKxPropertyRows<TKxBaseIterator>()
+          .Accessors(u"LoopVariable", &TKxBaseIterator::GetLoopVariable, &TKxBaseIterator::SetLoopVariable,
+                     u"The variable that holds the current value on each pass.")
+          .Take();
+  return rows.front();
+}
+
+std::vector<const TKxPublishedProperty*> CollectProperties(const TCustomKxAction& action, bool isLoop) {
+  std::vector<const TKxPublishedProperty*> properties;
+  const TKxPropertyTable& table = action.PublishedProperties();
+  if (isLoop && table.Find(LoopVariableProperty().Name) == nullptr)
+    properties.push_back(&LoopVariableProperty());
+  for (const auto& row : table.Rows())
+    properties.push_back(&row);
+  return properties;
+}
+
+template <typename TMatch>
+TActionNode* FindIn(const std::vector<std::unique_ptr<TActionNode>>& nodes, const TMatch& matches) {
+  for (const auto& node : nodes) {
+    if (matches(*node)) return node.get();
+    if (TActionNode* inside = FindIn(node->Children(), matches)) return inside;
+  }
+  return nullptr;
+}
+
+bool IsNameCharacter(char16_t c) {
+  // From U+00C0 on scripts of letters begin.
+  return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') || text::IsDigit(c) || c == u'_' || c == u'.' ||
+         c >= 0xC0;
+}
+
+} // namespace
+
+bool IsVariableName(std::u16string_view name) {
+  return !name.empty() && std::ranges::all_of(name, IsNameCharacter);
+}
+
+TProjectVariable TProjectVariable::Parse(std::u16string_view assignment) {
+  const std::size_t equals = assignment.find(u'=');
+  if (equals == std::u16string_view::npos || !IsVariableName(assignment.substr(0, equals)))
+    throw EKxException(Quoted(assignment) + u" sets no variable: expected NAME=VALUE, the name of letters, "
+                                            u"digits, \"_\" and \".\".");
+  return {std::u16string(assignment.substr(0, equals)), std::u16string(assignment.substr(equals + 1))};
+}
+
+std::optional<std::u16string> TProjectPropertySet::GetValue(std::u16string_view name) const {
+  const auto found = values_.find(name);
+  return found == values_.end() ? std::nullopt : std::optional(found->second);
+}
+
+bool TProjectPropertySet::Add(std::u16string_view name, std::u16string_view value) {
+  return values_.emplace(name, value).second;
+}
+
+bool TProjectPropertySets::Add(std::shared_ptr<TProjectPropertySet> set) {
+  if (Find(set->GetName()) != nullptr) return false;
+  sets_.push_back(std::move(set));
+  return true;
+}
+
+std::shared_ptr<const IPropertySet> TProjectPropertySets::Find(std::u16string_view name) const {
+  const auto found = std::ranges::find_if(
+      sets_, [name](const auto& set) { return text::EqualsIgnoreCase(set->GetName(), name); });
+  return found == sets_.end() ? nullptr : *found;
+}
+
+text::TStringList TProjectPropertySets::GetNames(TPropertySetKind kind) const {
+  text::TStringList names;
+  for (const auto& set : sets_)
+    if (set->GetKind() == kind) names.Add(set->GetName());
+  return names;
+}
+
+TActionNode::TActionNode(const TRegisteredAction& type, IKxActionHost& host)
+    : type_(type), action_(type.Class->Create()), iterator_(dynamic_cast<TKxBaseIterator*>(action_.get())) {
+  action_->Attach(host);
+  properties_ = CollectProperties(*action_, iterator_ != nullptr);
+}
+
+void TActionNode::SetName(std::u16string_view name) {
+  name_ = name;
+  action_->SetDescription(name);
+}
+
+std::u16string TActionNode::DisplayName() const {
+  return name_.empty() ? action_->GetActionName() : name_;
+}
+
+const TKxPublishedProperty* TActionNode::FindProperty(std::u16string_view name) const {
+  const auto found = std::ranges::find_if(
+      properties_, [name](const auto* row) { return text::EqualsIgnoreCase(row->Name, name); });
+  return found == properties_.end() ? nullptr : *found;
+}
+
+const TKxPublishedProperty& TActionNode::RequireProperty(std::u16string_view name) const {
+  const auto* property = FindProperty(name);
+  if (property == nullptr) {
+    std::vector<std::u16string> names;
+    for (const auto* row : properties_)
+      names.emplace_back(row->Name);
+    throw EKxException(u"The action " + type_.Identifier + u" has no property " + Quoted(name) + u"." +
+                       DidYouMean(name, names));
+  }
+  if (property->ReadOnly)
+    throw EKxException(u"The property " + Quoted(property->Name) + u" is computed and cannot be set.");
+  return *property;
+}
+
+void TActionNode::Set(std::u16string_view property, std::u16string_view text) {
+  const TKxPublishedProperty& row = RequireProperty(property);
+  row.Set(*action_, PropertyFromText(row, text));
+}
+
+std::u16string TProject::Directory() const {
+  return FileName.empty() ? platform::CurrentDirectory() : text::ExtractFileDir(FileName);
+}
+
+TActionNode& TProject::AddAction(std::u16string_view type, TActionNode* parent) {
+  const TRegisteredAction& registered = services_.RequireAction(type);
+  if (parent != nullptr && parent->Iterator() == nullptr)
+    throw EKxException(u"The action " + parent->Type().Identifier + u" is no loop and cannot hold actions.");
+  auto& siblings = parent != nullptr ? parent->children_ : actions_;
+  return *siblings.emplace_back(std::make_unique<TActionNode>(registered, host_));
+}
+
+TActionNode* TProject::FindNode(const TCustomKxAction& action) const {
+  return FindIn(actions_, [&action](const TActionNode& node) { return &node.Action() == &action; });
+}
+
+TActionNode* TProject::FindNamed(std::u16string_view name) const {
+  return FindIn(actions_,
+                [name](const TActionNode& node) { return text::EqualsIgnoreCase(node.Name(), name); });
+}
+
+} // namespace kx

@@ -1,0 +1,33 @@
+// The grammar of references in texts; what they stand for is the expression engine's business.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kx {
+
+// One reference; views into the text it was read from.
+struct TReference {
+  std::u16string_view Written; // the whole of it: "%Name%", "$(Name)", "$(Build.F(\"x\"))"
+  std::u16string_view Name;    // of the variable or the function
+  bool IsCall = false;
+  std::u16string_view Action; // in front of a function's name; empty: the current action
+  std::u16string Argument;    // as it is, its quotes undone
+};
+
+// The reference at the very start of the text; nothing when its "%" or "$" stands for itself.
+std::optional<TReference> ReadReference(std::u16string_view text);
+
+// The parts of a text in their order: plain text ("%%" and "$$" undone) and references.
+struct TTextPart {
+  std::u16string Plain;
+  std::optional<TReference> Reference; // else Plain counts
+};
+std::vector<TTextPart> SplitReferences(std::u16string_view text);
+
+// Every reference that `was` holds is in `is` too.
+bool KeepsReferences(std::u16string_view was, std::u16string_view is);
+
+} // namespace kx

@@ -1,0 +1,64 @@
+#include "runner/Variables.h"
+
+#include "platform/System.h"
+
+#include <algorithm>
+
+namespace kx {
+
+namespace {
+
+constexpr std::u16string_view ProjectDirName = u"ProjectDir";
+constexpr std::u16string_view ProjectFileName = u"ProjectFile";
+
+const TProjectVariable* FindNamed(const std::vector<TProjectVariable>& variables, std::u16string_view name,
+                                  bool last) {
+  const TProjectVariable* found = nullptr;
+  for (const auto& variable : variables)
+    if (text::EqualsIgnoreCase(variable.Name, name) && (found == nullptr || last)) found = &variable;
+  return found;
+}
+
+} // namespace
+
+TVariables::TVariables(const TProject& project, std::vector<TProjectVariable> commandLine)
+    : project_(project), commandLine_(std::move(commandLine)) {}
+
+std::optional<TVariableValue> TVariables::Find(std::u16string_view name) const {
+  if (const auto set = run_.find(name); set != run_.end()) return TVariableValue{set->second, false};
+  // On a command line the last word holds.
+  if (const auto* variable = FindNamed(commandLine_, name, true))
+    return TVariableValue{variable->Value, true};
+  if (const auto* variable = FindNamed(project_.Variables, name, false))
+    return TVariableValue{variable->Value, true};
+  if (text::EqualsIgnoreCase(name, ProjectDirName)) return TVariableValue{project_.Directory(), false};
+  if (text::EqualsIgnoreCase(name, ProjectFileName)) return TVariableValue{project_.FileName, false};
+  return std::nullopt;
+}
+
+std::optional<std::u16string> TVariables::FindInEnvironment(std::u16string_view name) {
+  if (auto exact = platform::EnvironmentVariable(name)) return exact;
+  const auto names = platform::EnvironmentNames();
+  const auto found =
+      std::ranges::find_if(names, [name](const auto& known) { return text::EqualsIgnoreCase(known, name); });
+  return found == names.end() ? std::nullopt : platform::EnvironmentVariable(*found);
+}
+
+std::vector<std::u16string> TVariables::Names() const {
+  std::vector<std::u16string> names;
+  for (const auto& [name, value] : run_)
+    names.push_back(name);
+  for (const auto* variables : {&commandLine_, &project_.Variables})
+    for (const auto& variable : *variables)
+      names.push_back(variable.Name);
+  names.insert(names.end(), {std::u16string(ProjectDirName), std::u16string(ProjectFileName)});
+  const auto environment = platform::EnvironmentNames();
+  names.insert(names.end(), environment.begin(), environment.end());
+  return names;
+}
+
+void TVariables::Set(std::u16string_view name, std::u16string_view value) {
+  run_.insert_or_assign(std::u16string(name), std::u16string(value));
+}
+
+} // namespace kx
