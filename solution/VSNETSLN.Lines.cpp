@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <utility>
 
 namespace kx {
 
@@ -54,7 +55,7 @@ platform::FileReader Open(std::u16string_view fileName) {
 } // namespace
 
 TSolutionLines::TSolutionLines(std::u16string_view fileName, const TKxEvent* stop)
-    : fileName_(fileName), stop_(stop), file_(Open(fileName)), buffer_(std::move(SpareBuffer())) {
+    : fileName_(fileName), stop_(stop), file_(Open(fileName)), buffer_(std::exchange(SpareBuffer(), {})) {
   MakeRoom(BufferSize);
 }
 

@@ -1,0 +1,60 @@
+// A folder with solutions in it, written and opened by tests.
+#pragma once
+
+#include "host/Exceptions.h"
+#include "solution/VSNETSLN.h"
+#include "tests/platform/TestFolder.h"
+
+#include <gmock/gmock.h>
+
+namespace kx::tests {
+
+using Strings = std::vector<std::string>;
+
+// The message of what an action raises, or "no error".
+inline std::string Raised(const auto& action) {
+  try {
+    action();
+  } catch (const EKxException& error) {
+    return error.what();
+  }
+  return "no error";
+}
+
+class SolutionFolder : public platform::TestFolder {
+protected:
+  std::shared_ptr<IVSDotNetSolution> Open(std::string_view name = "a.sln", bool all = true) const {
+    return OpenSolution(Path(name), all);
+  }
+  std::shared_ptr<IVSDotNetSolution> OpenText(std::string_view text, bool all = true) const {
+    Write("a.sln", text);
+    return Open("a.sln", all);
+  }
+  // "message @ line", or "no error".
+  std::string RefusalOf(std::string_view text) const {
+    try {
+      OpenText(text);
+    } catch (const EKxParseError& error) {
+      if (error.File() == Path("a.sln"))
+        return error.what() + std::string(" @ ") + std::to_string(error.Line());
+      return error.what();
+    }
+    return "no error";
+  }
+};
+
+inline Strings Names(const IVSDotNetSolution& solution) {
+  Strings names;
+  for (int i = 0; i < solution.GetProjects()->GetCount(); ++i)
+    names.push_back(text::ToUtf8(solution.GetProjects()->GetItem(i)->GetName()));
+  return names;
+}
+
+inline Strings Lines(const text::TStringList& list) {
+  Strings lines;
+  for (const std::u16string& line : list)
+    lines.push_back(text::ToUtf8(line));
+  return lines;
+}
+
+} // namespace kx::tests
