@@ -44,6 +44,7 @@ void WriteConsole(ConsoleStream stream, std::string_view utf8) {
 
 std::vector<std::u16string> CommandLineArguments(int argc, char** argv) {
   std::vector<std::u16string> arguments;
+  arguments.reserve(static_cast<std::size_t>(argc));
   for (int i = 0; i < argc; ++i)
     arguments.push_back(text::FromUtf8(argv[i]));
   return arguments;

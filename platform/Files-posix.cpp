@@ -289,7 +289,7 @@ std::u16string ProgramDirectory() {
 }
 
 std::u16string ConfigDirectory() {
-  const std::u16string named = FromEnvironment("XDG_CONFIG_HOME");
+  std::u16string named = FromEnvironment("XDG_CONFIG_HOME");
   if (named.starts_with(u'/')) return named; // a relative one is to be ignored
   const std::u16string home = FromEnvironment("HOME");
   return home.empty() ? home : home + u"/.config";

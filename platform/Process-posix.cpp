@@ -108,6 +108,7 @@ std::vector<std::string> EnvironmentFor(const ProcessRequest& request, const std
 
 std::vector<char*> Pointers(std::vector<std::string>& texts) {
   std::vector<char*> pointers;
+  pointers.reserve(texts.size() + 1);
   for (std::string& text : texts)
     pointers.push_back(text.data());
   pointers.push_back(nullptr);
@@ -220,7 +221,7 @@ private:
   const std::function<void(std::u16string_view)>& receiver_;
   text::ToolOutputDecoder decoder_;
   LineSplitter splitter_;
-  std::array<char, 64 * 1024> block_; // filled by read
+  std::array<char, 65536> block_; // filled by read
 };
 
 bool AnyRaised(std::span<const StopSignal* const> stops) {

@@ -213,25 +213,28 @@ TEST_F(Files, OfPrograms) {
   fs::permissions(Native("bin/tool"), fs::perms(0755));
   Write("bin/data");
   fs::create_directory(Native("bin/folder"));
-  const std::string saved = getenv("PATH");
-  setenv("PATH", ("::relative:" + Native("none").string() + ":" + Native("bin").string()).c_str(), 1);
+  const std::string folders = "::relative:" + Native("none").string() + ":" + Native("bin").string();
+  const ScopedVariable path("PATH", folders);
   EXPECT_EQ(FindProgram(u"tool"), Path("bin/tool"));
   for (const auto name : {u"data", u"folder", u"none", u"../bin/tool", u""})
     EXPECT_FALSE(FindProgram(name));
-  setenv("PATH", saved.c_str(), 1);
 }
 
 TEST_F(Files, OfTheUsersSettings) {
-  const std::string home = getenv("HOME") == nullptr ? "" : getenv("HOME");
-  setenv("HOME", "/home/someone", 1);
-  setenv("XDG_CONFIG_HOME", "/etc/xdg-mine", 1);
-  EXPECT_EQ(ConfigDirectory(), u"/etc/xdg-mine");
-  setenv("XDG_CONFIG_HOME", "relative", 1);
-  EXPECT_EQ(ConfigDirectory(), u"/home/someone/.config");
-  unsetenv("XDG_CONFIG_HOME");
-  unsetenv("HOME");
-  EXPECT_EQ(ConfigDirectory(), u"");
-  setenv("HOME", home.c_str(), 1);
+  const struct {
+    std::optional<std::string> Named, Home;
+    std::u16string_view Folder;
+  } rows[] = {
+      {"/etc/xdg-mine", "/home/someone", u"/etc/xdg-mine"},
+      {"relative", "/home/someone", u"/home/someone/.config"},
+      {std::nullopt, "/home/someone", u"/home/someone/.config"},
+      {std::nullopt, std::nullopt, u""},
+  };
+  for (const auto& row : rows) {
+    const ScopedVariable named("XDG_CONFIG_HOME", row.Named);
+    const ScopedVariable home("HOME", row.Home);
+    EXPECT_EQ(ConfigDirectory(), row.Folder);
+  }
 }
 
 } // namespace

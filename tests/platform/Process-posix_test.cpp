@@ -222,9 +222,8 @@ TEST_F(Process, EndsWhenAReceiverThrows) {
 }
 
 TEST_F(Process, CarriesTheMarksOfTheRunsAroundIt) {
-  setenv("KX_RUN_ID", "outer", 1);
+  const ScopedVariable around("KX_RUN_ID", "outer");
   ExitCode(u"echo $KX_RUN_ID");
-  unsetenv("KX_RUN_ID");
   ASSERT_EQ(out_.size(), 1U);
   EXPECT_TRUE(out_[0].starts_with(u"outer:" + std::u16string(text::FromUtf8(std::to_string(getpid())))))
       << testing::PrintToString(out_[0]);

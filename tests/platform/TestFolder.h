@@ -1,4 +1,5 @@
-// A folder of the test's own, gone when the test ends.
+// What tests of the file system share: a folder of the test's own, gone when the test ends, and changes of
+// the environment that end with their scope.
 #pragma once
 
 #include "platform/Files.h"
@@ -9,8 +10,32 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
+#include <optional>
 
 namespace kx::platform {
+
+class ScopedVariable {
+public:
+  ScopedVariable(const char* name, const std::optional<std::string>& value) : name_(name) {
+    if (const char* old = getenv(name)) old_ = old;
+    Set(value);
+  }
+  ScopedVariable(const ScopedVariable&) = delete;
+  ScopedVariable& operator=(const ScopedVariable&) = delete;
+  ~ScopedVariable() { Set(old_); }
+
+private:
+  void Set(const std::optional<std::string>& value) const {
+    if (value) {
+      setenv(name_, value->c_str(), 1);
+    } else {
+      unsetenv(name_);
+    }
+  }
+
+  const char* name_;
+  std::optional<std::string> old_;
+};
 
 class TestFolder : public testing::Test {
 protected:
