@@ -1,0 +1,121 @@
+// A Build action over a small real solution, fake tools and the recording host.
+#pragma once
+
+#include "build/KxVSDotNetAction.h"
+#include "build/KxVSDotNetOptions.h"
+#include "host/Utilities.h"
+#include "tests/support/RecordingHost.h"
+#include "tests/support/TemporaryFolder.h"
+#include "text/Encoding.h"
+#include "text/Text.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace kx::tests {
+
+// App needs Lib and is named before it; Setup is built in Debug only.
+inline constexpr const char* SmallSolution = R"(
+Microsoft Visual Studio Solution File, Format Version 10.00
+# Visual Studio 2008
+Project("{FAE04EC0-301F-11D3-BF4B-00C04F79EFBC}") = "App", "App\App.csproj", "{11111111-1111-1111-1111-111111111111}"
+	ProjectSection(ProjectDependencies) = postProject
+		{22222222-2222-2222-2222-222222222222} = {22222222-2222-2222-2222-222222222222}
+	EndProjectSection
+EndProject
+Project("{FAE04EC0-301F-11D3-BF4B-00C04F79EFBC}") = "Lib", "Lib\Lib.csproj", "{22222222-2222-2222-2222-222222222222}"
+EndProject
+Project("{54435603-DBB4-11D2-8724-00A0C9A8B90C}") = "Installer", "Setup\Setup.vdproj", "{33333333-3333-3333-3333-333333333333}"
+EndProject
+Global
+	GlobalSection(SolutionConfigurationPlatforms) = preSolution
+		Debug|Any CPU = Debug|Any CPU
+		Release|Any CPU = Release|Any CPU
+	EndGlobalSection
+	GlobalSection(ProjectConfigurationPlatforms) = postSolution
+		{11111111-1111-1111-1111-111111111111}.Debug|Any CPU.ActiveCfg = Debug|Any CPU
+		{11111111-1111-1111-1111-111111111111}.Release|Any CPU.ActiveCfg = Release|Any CPU
+		{22222222-2222-2222-2222-222222222222}.Debug|Any CPU.ActiveCfg = Debug|x86
+		{22222222-2222-2222-2222-222222222222}.Release|Any CPU.ActiveCfg = Release|x86
+		{33333333-3333-3333-3333-333333333333}.Debug|Any CPU.ActiveCfg = Debug
+	EndGlobalSection
+EndGlobal
+)";
+inline constexpr std::u16string_view AppId = u"{11111111-1111-1111-1111-111111111111}";
+inline constexpr std::u16string_view LibId = u"{22222222-2222-2222-2222-222222222222}";
+inline constexpr std::u16string_view SetupId = u"{33333333-3333-3333-3333-333333333333}";
+
+using TSettings = std::vector<std::pair<std::u16string, std::u16string>>;
+
+class TBuildActionTest : public testing::Test {
+protected:
+  TBuildActionTest() {
+    folder_.Write("App.sln", SmallSolution);
+    folder_.Write("App/App.csproj", "<Project Condition=\"'Debug|AnyCPU'\"/>");
+    folder_.Write("Lib/Lib.csproj", "<Project/>");
+    folder_.Write("Setup/Setup.vdproj", "");
+    folder_.Write("MSBuild.exe", "");
+    folder_.Write("devenv.com", "");
+    RegisterOptions();
+    services_.Frameworks[u"v3.5"] = folder_.Path();
+    VSDotNetOptions()->SetDevEnv2008Location(folder_.Path());
+    host_.Variables[u"ProjectDir"] = folder_.Path();
+    action_.Attach(host_);
+    Set({{u"VStudioVersion", u"vs2008"},
+         {u"Solution", u"App.sln"},
+         {u"SolutionConfiguration", u"debug|any cpu"}});
+  }
+
+  const TKxPublishedProperty& Row(std::u16string_view name) {
+    const auto* row = action_.PublishedProperties().Find(name);
+    if (row == nullptr) throw EKxException(u"no property " + std::u16string(name));
+    return *row;
+  }
+  void Set(const TSettings& settings) {
+    for (const auto& [name, value] : settings)
+      Row(name).Set(action_, PropertyFromText(Row(name), value));
+  }
+  std::string Get(std::u16string_view name) {
+    return text::ToUtf8(PropertyToText(Row(name), Row(name).Get(action_)));
+  }
+
+  // The result, or the message of the exception that ended the action.
+  std::string Execute() {
+    try {
+      return action_.Execute() ? "succeeded" : "failed";
+    } catch (const std::exception& error) {
+      return Plain(error.what());
+    }
+  }
+  // The log as one text; the folders of this machine and of the program are DIR and BIN.
+  std::string Log() {
+    std::string text;
+    for (const auto& line : host_.Log())
+      text += line + "\n";
+    return Plain(text);
+  }
+  std::string Plain(const std::string& text) const {
+    std::u16string plain = text::ReplaceAll(text::FromUtf8(text), folder_.Path(), u"DIR");
+    plain = text::ReplaceAll(plain, TPathUtils::GetAppPath(), u"BIN/");
+    return text::ToUtf8(plain);
+  }
+  // The parameters of all runs, a line each.
+  std::string Parameters() {
+    std::string text;
+    for (const auto& run : host_.Runs())
+      text += run.Parameters + "\n";
+    return Plain(text);
+  }
+
+  TTemporaryFolder folder_;
+  TFakeServices services_;
+  TRecordingHost host_;
+  TKxVSDotNetAction action_;
+};
+
+} // namespace kx::tests
