@@ -118,5 +118,7 @@ int Main(const std::vector<std::u16string>& arguments) {
 } // namespace kx::cli
 
 int main(int argc, char** argv) {
-  return kx::cli::Main(kx::platform::CommandLineArguments(argc, argv));
+  auto arguments = kx::platform::CommandLineArguments(argc, argv);
+  if (!arguments.empty()) arguments.erase(arguments.begin()); // the program's name
+  return kx::cli::Main(arguments);
 }
