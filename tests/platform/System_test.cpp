@@ -10,11 +10,7 @@
 namespace kx::platform {
 namespace {
 
-#ifdef _WIN32
-constexpr std::u16string_view kPlugin = u"kx_platform_test_plugin.dll";
-#else
-constexpr std::u16string_view kPlugin = u"kx_platform_test_plugin.so";
-#endif
+constexpr std::u16string_view kPlugin = KX_TEST_PLUGIN;
 
 TEST(LoadLibraryEntry, GivesAnEntryThatCanBeCalled) {
   const std::u16string path = text::JoinPath(ProgramDirectory(), kPlugin);
