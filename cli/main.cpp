@@ -57,16 +57,17 @@ void DefineCommon(CLI::App& app, TCommonOptions& options) {
       ->type_name("FILE.jsonl");
 }
 
-// A mistyped subcommand reaches the library as an argument too many.
-std::u16string DidYouMean(const std::vector<std::u16string>& arguments) {
+// What the library says of a mistyped subcommand is only that one is missing.
+std::u16string UsageMessage(const std::vector<std::u16string>& arguments, const CLI::ParseError& error) {
   std::vector<std::u16string> names;
   for (const auto& command : Commands)
     names.push_back(text::FromAscii(command.Name));
-  const auto word = std::find_if(arguments.begin(), arguments.end(),
-                                 [](const std::u16string& argument) { return !argument.starts_with(u"-"); });
-  if (word == arguments.end() || std::find(names.begin(), names.end(), *word) != names.end()) return {};
-  const std::u16string nearest = text::NearestName(*word, names);
-  return nearest.empty() ? std::u16string() : u" Did you mean \"" + nearest + u"\"?";
+  const bool isWord = !arguments.empty() && !arguments.front().starts_with(u"-");
+  if (!isWord || std::find(names.begin(), names.end(), arguments.front()) != names.end())
+    return text::FromUtf8(error.what());
+  const std::u16string nearest = text::NearestName(arguments.front(), names);
+  return u"Unknown subcommand \"" + arguments.front() + u"\"." +
+         (nearest.empty() ? u"" : u" Did you mean \"" + nearest + u"\"?");
 }
 
 int Parse(CLI::App& app, const std::vector<std::u16string>& arguments) {
@@ -83,7 +84,7 @@ int Parse(CLI::App& app, const std::vector<std::u16string>& arguments) {
     platform::WriteConsole(platform::ConsoleStream::Output, std::string(version.what()) + "\n");
     return ExitSuccess;
   } catch (const CLI::ParseError& error) {
-    WriteError(u"kxhost: " + text::FromUtf8(error.what()) + DidYouMean(arguments));
+    WriteError(u"kxhost: " + UsageMessage(arguments, error));
     WriteError(u"Run \"kxhost --help\" for the usage.");
     return ExitUsage;
   }
