@@ -44,20 +44,43 @@ bool IsFolderProperty(std::string_view assignment) {
          name.ends_with("folder");
 }
 
-// `assignments` is "Name=Value;Name=Value"; a ";" inside a value arrives as %3B.
-std::string WithSystemFolders(std::string_view assignments) {
+std::string SystemFolder(std::string folder, const FolderOnDrive& folderOnDrive) {
+  std::ranges::replace(folder, '\\', '/');
+  const bool onDrive = folder.size() > 2 && std::isalpha(static_cast<unsigned char>(folder[0])) != 0 &&
+                       folder[1] == ':' && folder[2] == '/';
+  if (!onDrive) return folder;
+  const bool closed = folder.ends_with('/');
+  auto found = folderOnDrive(folder);
+  if (closed && !found.ends_with('/')) found += '/';
+  return found;
+}
+
+// Calls `part` for the text between the separators and joins what it gives.
+template <typename Part>
+std::string MapParts(std::string_view text, std::string_view separator, Part part) {
   std::string result;
-  for (std::size_t start = 0; start <= assignments.size();) {
-    const auto end = std::min(assignments.find(';', start), assignments.size());
-    std::string one(assignments.substr(start, end - start));
-    if (IsFolderProperty(one)) std::ranges::replace(one, '\\', '/');
-    result += (start == 0 ? "" : ";") + one;
-    start = end + 1;
+  for (std::size_t start = 0; start <= text.size();) {
+    const auto end = std::min(text.find(separator, start), text.size());
+    if (start != 0) result += separator;
+    result += part(std::string(text.substr(start, end - start)));
+    start = end + separator.size();
   }
   return result;
 }
 
-std::optional<std::string> Translate(ToolKind kind, const std::string& argument) {
+// `assignments` is "Name=Value;Name=Value"; a ";" inside a value arrives as %3B.
+std::string WithSystemFolders(std::string_view assignments, const FolderOnDrive& folderOnDrive) {
+  return MapParts(assignments, ";", [&](std::string assignment) {
+    if (!IsFolderProperty(assignment)) return assignment;
+    const auto value = assignment.find('=') + 1;
+    return assignment.substr(0, value) +
+           MapParts(std::string_view(assignment).substr(value), "%3B",
+                    [&](auto folder) { return SystemFolder(std::move(folder), folderOnDrive); });
+  });
+}
+
+std::optional<std::string> Translate(ToolKind kind, const std::string& argument,
+                                     const FolderOnDrive& folderOnDrive) {
   const auto parsed = ParseSwitch(argument);
   if (!parsed) return argument;
   if (kind == ToolKind::XBuild && std::ranges::find(XBuildLacks, parsed->Name) != XBuildLacks.end())
@@ -65,7 +88,7 @@ std::optional<std::string> Translate(ToolKind kind, const std::string& argument)
   const auto head = kind == ToolKind::XBuild ? "/" + parsed->Name
                                              : argument.substr(0, argument.size() - parsed->Value.size());
   const bool properties = parsed->Name == "p" || parsed->Name == "property";
-  return head + (properties ? WithSystemFolders(parsed->Value) : std::string(parsed->Value));
+  return head + (properties ? WithSystemFolders(parsed->Value, folderOnDrive) : std::string(parsed->Value));
 }
 
 } // namespace
@@ -78,11 +101,13 @@ std::optional<std::size_t> FindFileArgument(std::span<const std::string> argumen
   return static_cast<std::size_t>(found - arguments.begin());
 }
 
-std::vector<std::string> ToolCommand(const Tool& tool, std::span<const std::string> arguments) {
+std::vector<std::string> ToolCommand(const Tool& tool, std::span<const std::string> arguments,
+                                     const FolderOnDrive& folderOnDrive) {
   std::vector<std::string> command{tool.Path};
   if (tool.Kind == ToolKind::DotNet) command.emplace_back("msbuild");
   for (const auto& argument : arguments)
-    if (auto translated = Translate(tool.Kind, argument)) command.push_back(*std::move(translated));
+    if (auto translated = Translate(tool.Kind, argument, folderOnDrive))
+      command.push_back(*std::move(translated));
   return command;
 }
 

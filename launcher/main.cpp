@@ -28,6 +28,10 @@ std::optional<std::string> FindProgram(std::string_view nameOrPath) {
   return text::ToUtf8(*found);
 }
 
+std::string FolderOnDrive(const std::string& folder) {
+  return text::ToUtf8(platform::ResolveForWriting(text::FromUtf8(folder)));
+}
+
 int NoTool(const std::string& wanted) {
   if (!wanted.empty()) return Fail("The tool '" + wanted + "', named by KX_MSBUILD, was not found.");
   return Fail("No build tool was found: install an SDK with 'dotnet msbuild', or 'msbuild', or 'xbuild' "
@@ -58,5 +62,5 @@ int main(int argc, char** argv) {
     if (!resolved) return Fail("The project or solution file '" + file + "' does not exist.");
     file = text::ToUtf8(*resolved);
   }
-  return Become(launcher::ToolCommand(*tool, arguments));
+  return Become(launcher::ToolCommand(*tool, arguments, FolderOnDrive));
 }

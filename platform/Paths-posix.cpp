@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdlib>
 #include <dirent.h>
 #include <mutex>
 #include <sys/stat.h>
@@ -20,10 +21,18 @@ namespace posix {
 
 namespace {
 
+// Kept in the environment as well (KX_DRIVE_C=/srv/c), so that programs of ours that this one starts see the
+// same.
 class DriveMap {
 public:
+  DriveMap() {
+    for (std::size_t drive = 0; drive < folders_.size(); ++drive)
+      if (const char* folder = std::getenv(VariableOf(drive).c_str())) folders_[drive] = folder;
+  }
+
   void Set(std::size_t drive, std::string folder) {
     const std::lock_guard lock(mutex_);
+    setenv(VariableOf(drive).c_str(), folder.c_str(), 1);
     folders_[drive] = std::move(folder);
   }
 
@@ -33,6 +42,10 @@ public:
   }
 
 private:
+  static std::string VariableOf(std::size_t drive) {
+    return std::string("KX_DRIVE_") + static_cast<char>('A' + drive);
+  }
+
   std::mutex mutex_;
   std::array<std::string, 26> folders_;
 };

@@ -46,6 +46,13 @@ class BuildTest(e2e.EndToEndTest):
         self.assertEqual(built, ["Greeter.Core.dll", "Greeter.Text.dll"])
         self.assertLess(run.stdout.index("Greeter.Core"), run.stdout.index("Greeter.Text"), "in dependency order")
 
+    def test_a_solution_on_a_mapped_drive(self):
+        run = self.run_program(
+            e2e.BIN / "kxhost", "do", "DEVENV", "--drive", f"S={self.folder}", "Solution=S:\\EXAMPLES\\greeter\\Greeter.sln",
+            "SolutionConfiguration=Release|Any CPU", "VStudioVersion=vs2010", "OutputDirectory=S:\\out put")
+        self.assertEqual(run.returncode, 0, run.stdout)
+        self.assertIn("Release build", self.run_program("mono", self.folder / "out put/greeter.exe").stdout)
+
     def test_an_error_is_shown_with_its_file_and_line(self):
         line = self.break_the_library()
         run = self.run_project("greeter.kxproj")

@@ -47,6 +47,10 @@ TEST(ToolCommand, TranslatesForEachTool) {
        ToolKind::DotNet,
        {"--property:ReferencePath=/a\\b%3B/c\\d"},
        {"msbuild", "--property:ReferencePath=/a/b%3B/c/d"}},
+      {"mapped drives in folders only",
+       ToolKind::MSBuild,
+       {"/p:OutDir=C:\\out\\;ReferencePath=c:\\a%3Brel\\b%3Bd:/e;Tool=C:\\t\\;WorkDir=C:x;BaseDir="},
+       {"/p:OutDir=/drive/out/;ReferencePath=/drive/a%3Brel/b%3B/drive/e;Tool=C:\\t\\;WorkDir=C:x;BaseDir="}},
       {"empty properties and a closing semicolon survive", ToolKind::MSBuild, {"/p:A=;B=1;"}, {"/p:A=;B=1;"}},
       {"a logger with its path",
        ToolKind::XBuild,
@@ -58,10 +62,13 @@ TEST(ToolCommand, TranslatesForEachTool) {
        {"/App.sln", "/m.sln"}},
       {"response files and empty arguments", ToolKind::XBuild, {"@Build.rsp", ""}, {"@Build.rsp", ""}},
   };
+  const auto folderOnDrive = [](const std::string& folder) {
+    return "/drive" + folder.substr(2, folder.find_last_not_of('/') - 1);
+  };
   for (const auto& row : rows) {
     auto expected = row.Expected;
     expected.insert(expected.begin(), "/bin/tool");
-    EXPECT_EQ(ToolCommand({row.Kind, "/bin/tool"}, row.Given), expected) << row.Case;
+    EXPECT_EQ(ToolCommand({row.Kind, "/bin/tool"}, row.Given, folderOnDrive), expected) << row.Case;
   }
 }
 
