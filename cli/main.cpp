@@ -119,6 +119,7 @@ int Main(const std::vector<std::u16string>& arguments) {
 } // namespace kx::cli
 
 int main(int argc, char** argv) {
+  kx::platform::IgnoreBrokenPipes();
   auto arguments = kx::platform::CommandLineArguments(argc, argv);
   if (!arguments.empty()) arguments.erase(arguments.begin()); // the program's name
   return kx::cli::Main(arguments);

@@ -3,6 +3,7 @@
 #include "text/Encoding.h"
 
 #include <cerrno>
+#include <csignal>
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -40,6 +41,10 @@ void WriteConsole(ConsoleStream stream, std::string_view utf8) {
       return;
     }
   }
+}
+
+void IgnoreBrokenPipes() {
+  std::signal(SIGPIPE, SIG_IGN);
 }
 
 std::vector<std::u16string> CommandLineArguments(int argc, char** argv) {

@@ -14,6 +14,10 @@ int TerminalWidth(ConsoleStream stream); // columns; 80 when unknown
 // Writes everything or gives up silently when nobody reads any more.
 void WriteConsole(ConsoleStream stream, std::string_view utf8);
 
+// From now on writing to a pipe that nobody reads any more fails instead of ending the program, which may
+// have a tool to look after. Programs started later are not affected.
+void IgnoreBrokenPipes();
+
 // The arguments of main as UTF-16, however the system hands them over.
 std::vector<std::u16string> CommandLineArguments(int argc, char** argv);
 
