@@ -206,10 +206,13 @@ Result<FileReader> FileReader::Open(std::u16string_view path) {
   const auto fail = [&](std::u16string_view reason) { return FileFailure(u"open file", path, reason); };
   const Result<std::string> lexical = ToNative(path);
   if (!lexical) return fail(lexical.Message());
-  const std::string native = FindNative(path).value_or(*lexical);
+  std::string native = *lexical;
   struct stat info {};
   // Looked at before it is opened: opening a pipe or a device may wait for others, or do something.
-  if (stat(native.c_str(), &info) != 0) return fail(Reason(errno));
+  if (stat(native.c_str(), &info) != 0) {
+    native = FindNative(path).value_or(native);
+    if (stat(native.c_str(), &info) != 0) return fail(Reason(errno));
+  }
   if (S_ISDIR(info.st_mode)) return fail(Reason(EISDIR));
   if (!S_ISREG(info.st_mode)) return fail(u"It is not a regular file");
   Descriptor file(open(native.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
