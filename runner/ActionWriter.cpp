@@ -13,11 +13,6 @@ namespace {
 
 constexpr auto npos = std::string_view::npos;
 
-// Accepted where the user writes it, but only its encrypted twin is kept.
-bool IsClearSecret(const TKxPublishedProperty& property) {
-  return property.Secret && !property.Stored;
-}
-
 bool IsCompared(const TKxPublishedProperty& property) {
   return property.Kind != TKxPropertyKind::StringList && !property.ReadOnly && !IsClearSecret(property);
 }

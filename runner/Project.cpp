@@ -47,6 +47,10 @@ bool IsNameCharacter(char16_t c) {
 
 } // namespace
 
+bool IsClearSecret(const TKxPublishedProperty& property) {
+  return property.Secret && !property.Stored;
+}
+
 bool IsVariableName(std::u16string_view name) {
   return !name.empty() && std::ranges::all_of(name, IsNameCharacter);
 }

@@ -48,6 +48,9 @@ private:
   std::vector<std::shared_ptr<TProjectPropertySet>> sets_;
 };
 
+// Accepted where the user writes it, but only its encrypted twin is kept.
+bool IsClearSecret(const TKxPublishedProperty& property);
+
 // One action of a project with what the project says about it. Owns the action and its children.
 class TActionNode {
 public:

@@ -30,6 +30,11 @@ std::u16string WithHostLineEnds(std::u16string_view text) {
   return result;
 }
 
+bool NamesSecret(const TActionNode& node, const TProjectElement& element) {
+  const auto* property = node.FindProperty(element.Name);
+  return property != nullptr && IsClearSecret(*property);
+}
+
 class TProjectReader {
 public:
   TProjectReader(std::u16string_view fileName, TProject& project) : fileName_(fileName), project_(project) {}
@@ -164,8 +169,10 @@ private:
     if (const auto name = element.Attribute(u"Name")) node.SetName(*name);
     if (const auto value = element.Attribute(u"ContinueOnError"))
       node.SetContinueOnError(ReadBoolean(element, *value));
-    for (const auto& child : element.Children)
-      if (child.Name != ActionsName) ReadProperty(child, node);
+    // A new secret in clear text replaces the encrypted one, wherever it stands.
+    for (const bool secrets : {false, true})
+      for (const auto& child : element.Children)
+        if (child.Name != ActionsName && NamesSecret(node, child) == secrets) ReadProperty(child, node);
     if (const auto* actions = element.Child(ActionsName)) ReadNestedActions(*actions, node);
   }
 

@@ -44,7 +44,7 @@ void RefuseDocumentType(void* context, const xmlChar* /*name*/, const xmlChar* /
     RefuseFile(fileName, parser.input == nullptr ? 1 : parser.input->line,
                u"A document type declaration is not allowed.");
   const xmlError* error = xmlCtxtGetLastError(&parser);
-  if (error == nullptr || error->message == nullptr) RefuseFile(fileName, 1, u"The file is empty.");
+  if (error == nullptr || error->message == nullptr) RefuseFile(fileName, 1, u"The file is not well-formed.");
   RefuseFile(fileName, error->line, text::Trim(text::FromUtf8(error->message)));
 }
 
@@ -170,6 +170,7 @@ std::optional<std::u16string> TProjectElement::Attribute(std::u16string_view nam
 TProjectElement ParseProjectXml(std::string_view bytes, std::u16string_view fileName) {
   if (bytes.size() > MaximumSize) RefuseFile(fileName, 0, u"The file is too large for a build project.");
   const std::string_view xml = RequireUtf8(bytes, fileName);
+  if (xml.find_first_not_of(" \t\r\n") == xml.npos) RefuseFile(fileName, 1, u"The file is empty.");
   if (const std::size_t null = xml.find('\0'); null != std::string_view::npos)
     RefuseFile(fileName, LineOfByte(xml, null), u"The file holds a null character.");
   const TOwned<xmlDoc> document = ParseDocument(xml, fileName);

@@ -1,0 +1,55 @@
+#include "runner/JsonLinesSink.h"
+
+#include "tests/runner/TestActions.h"
+
+#include <gmock/gmock.h>
+
+namespace kx::tests {
+namespace {
+
+TEST(JsonLinesSink, WritesEachEventAsOneLine) {
+  using namespace std::chrono_literals;
+  const std::chrono::system_clock::time_point time{1270117230s + 7ms}; // 2010-04-01 10:20:30.007
+  const std::string start = R"({"time":"2010-04-01T10:20:30.007Z","depth":2,"event":)";
+  TActionResult result;
+  result.Name = u"Build";
+  result.Type = u"DEVENV";
+  result.Errors = 3;
+  result.Elapsed = 1500ms;
+  result.Configurations = {{u"Debug|x86", false, 3, 0, 20ms}};
+  const struct {
+    decltype(TRunEvent::What) What;
+    const char* Rest;
+  } cases[] = {
+      {TActionStarted{u"Build", u"DEVENV", u"Build [ a.sln ]", u"p", 1},
+       R"("action","name":"Build","type":"DEVENV","description":"Build [ a.sln ]","pass":"p","nesting":1})"},
+      {TActionEnded{result},
+       R"("actionEnd","name":"Build","type":"DEVENV","pass":"","nesting":0,"succeeded":false,"errors":3,)"
+       R"("warnings":0,"elapsedMs":1500,"configurations":[{"configuration":"Debug|x86","succeeded":false,)"
+       R"("errors":3,"warnings":0,"elapsedMs":20}]})"},
+      {TMessageSent{u"\u00E9 \"q\"\r\n\xD800", TStatusTag::stError},
+       "\"message\",\"status\":3,\"text\":\"\xC3\xA9 \\\"q\\\"\\r\\n\xEF\xBF\xBD\"}"},
+      {TGroupStarted{u"G", TStatusTag::stNormal}, R"("group","status":0,"title":"G"})"},
+      {TGroupEnded{u"G", std::nullopt, 5ms}, R"("groupEnd","status":null,"title":"G","elapsedMs":5})"},
+      {TMetricSent{{u"Compiler", u"Errors", std::int64_t{2}}},
+       R"("metric","category":"Compiler","name":"Errors","value":2})"},
+      {TMetricSent{{u"T", u"N", u"x"}}, R"("metric","category":"T","name":"N","value":"x"})"},
+  };
+  for (const auto& row : cases)
+    EXPECT_EQ(ToJsonLine({time, 2, row.What}), start + row.Rest);
+}
+
+TEST(JsonLinesSink, HasEachLineInTheFileAtOnce) {
+  TEmbeddedHost host;
+  host.Write("run.jsonl", "old log\n");
+  auto sink = TJsonLinesSink::Create(host.Path("run.jsonl"));
+  ASSERT_TRUE(sink);
+  const TRunEvent event{{}, 0, TMessageSent{u"m"}};
+  (*sink)->On(event);
+  EXPECT_EQ(host.Read("run.jsonl"), ToJsonLine(event) + "\n");
+  EXPECT_FALSE((*sink)->HasFailed());
+  EXPECT_FALSE(TJsonLinesSink::Create(host.Path("no/such/run.jsonl")));
+}
+
+} // namespace
+} // namespace kx::tests

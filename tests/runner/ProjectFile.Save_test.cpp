@@ -1,0 +1,195 @@
+#include "runner/ProjectFile.h"
+
+#include "tests/runner/TestActions.h"
+
+#include <gmock/gmock.h>
+
+namespace kx::tests {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+// The elements that a changed action gets when it states nothing itself, a line each.
+constexpr std::string_view Number = "<Number>7</Number>";
+constexpr std::string_view Flag = "<Flag>False</Flag>";
+constexpr std::string_view Colour = "<Colour Name=\"Green\">1</Colour>";
+
+std::string Joined(std::initializer_list<std::string_view> elements, std::string_view before) {
+  std::string text;
+  for (const auto element : elements)
+    text.append(before).append(element);
+  return text;
+}
+
+std::string Project(std::string_view actions) {
+  return "<BuildProject>\n  <Actions>\n" + std::string(actions) + "\n  </Actions>\n</BuildProject>\n";
+}
+
+class ProjectFileSave : public testing::Test {
+protected:
+  // Loads the text, lets `change` work on the first action and gives the text to be saved.
+  std::string Changed(std::string_view before, const std::function<void(TStepAction&)>& change) {
+    TEmbeddedHost host;
+    TProjectFile file(host.Project());
+    file.Load(host.Write("p.kxproj", before));
+    change(static_cast<TStepAction&>(host.Project().Actions().front()->Action()));
+    const std::string text = file.Text();
+    EXPECT_TRUE(file.Save());
+    EXPECT_EQ(file.Text(), text) << "saving twice changes more";
+    const std::string saved = host.Read("p.kxproj");
+    EXPECT_EQ(saved, text);
+    ExpectUntouched(saved);
+    return saved;
+  }
+
+  static void ExpectUntouched(std::string_view saved) {
+    TEmbeddedHost again;
+    TProjectFile file(again.Project());
+    file.LoadBytes(std::string(saved), u"/p/p.kxproj");
+    EXPECT_EQ(file.Text(), saved) << "what was saved does not read back unchanged";
+  }
+};
+
+TEST_F(ProjectFileSave, AnUntouchedProjectKeepsEveryByte) {
+  const std::string text =
+      "\xEF\xBB\xBF<?xml version='1.0'?>\r\n<!-- <Action> -->\n<BuildProject\tName='a>b' >\r\n"
+      " <Actions ><Action Type='STEP'\r\n/> <![CDATA[ ]]> <?pi <x> ?>\r\n"
+      "  <Action Type=\"STEP\"><Text>&#65;\r\n</Text ><Lines>\r\n x\r\n</Lines></Action>"
+      "</Actions></BuildProject>\r\n<!-- end -->";
+  EXPECT_EQ(Changed(text, [](TStepAction&) {}), text);
+}
+
+TEST_F(ProjectFileSave, OnlyTheChangedActionIsWritten) {
+  const auto indented = [](std::initializer_list<std::string_view> elements) {
+    return Joined(elements, "\n      ");
+  };
+  const struct {
+    const char* Name;
+    std::string Before;
+    std::function<void(TStepAction&)> Change;
+    std::string After;
+  } cases[] = {
+      {"a number where it stands, missing elements behind the present ones, in declaration order",
+       Project("    <!-- first --><Action  Type='STEP' >\n"
+               "      <Number>1</Number>  <!-- the build -->\n"
+               "      <Text>t</Text> <!-- stays here -->\n\n    </Action><Action Type='STEP'/>"),
+       [](TStepAction& a) { a.Number = 2; },
+       Project("    <!-- first --><Action  Type='STEP' >\n"
+               "      <Number>2</Number>  <!-- the build -->\n"
+               "      <Text>t</Text> <!-- stays here -->" +
+               indented({Flag, Colour, "<Lines/>", "<_Password/>"}) +
+               "\n\n    </Action><Action Type='STEP'/>")},
+      {"an empty element opens", Project("    <Action Type=\"STEP\" />"),
+       [](TStepAction& a) { a.Number = 2; },
+       Project("    <Action Type=\"STEP\">" +
+               indented({"<Text/>", "<Number>2</Number>", Flag, Colour, "<Lines/>", "<_Password/>"}) +
+               "\n    </Action>")},
+      {"an element on one line", Project("    <Action Type=\"STEP\"><Text>t</Text></Action>"),
+       [](TStepAction& a) { a.Flag = true; },
+       Project("    <Action Type=\"STEP\"><Text>t</Text>" +
+               indented({Number, "<Flag>True</Flag>", Colour, "<Lines/>", "<_Password/>"}) +
+               "\n    </Action>")},
+      {"an enumeration by name becomes its ordinal with the name beside it",
+       Project("    <Action Type=\"STEP\">\n      <Colour>red</Colour>\n    </Action>"),
+       [](TStepAction& a) { a.Colour = TColour::Blue; },
+       Project("    <Action Type=\"STEP\">\n      <Colour Name=\"Blue\">2</Colour>" +
+               indented({"<Text/>", Number, Flag, "<Lines/>", "<_Password/>"}) + "\n    </Action>")},
+      {"a value that is not stored by itself changes where the file states it",
+       Project("    <Action Type=\"STEP\">\n      <Part>1</Part>\n    </Action>"),
+       [](TStepAction& a) { a.Part = u"2"; },
+       Project("    <Action Type=\"STEP\">\n      <Part>2</Part>" +
+               indented({"<Text/>", Number, Flag, Colour, "<Lines/>", "<_Password/>"}) + "\n    </Action>")},
+      {"a value that the file does not state and that is not stored changes nothing",
+       Project("    <Action Type=\"STEP\"/>"), [](TStepAction& a) { a.Part = u"2"; },
+       Project("    <Action Type=\"STEP\"/>")},
+      {"lists stay as they are written", Project("    <Action Type=\"STEP\"><Lines>\n x\n</Lines></Action>"),
+       [](TStepAction& a) { a.Lines = {u"{id of x}"}; },
+       Project("    <Action Type=\"STEP\"><Lines>\n x\n</Lines></Action>")},
+      {"a text with references is not replaced by what they gave",
+       Project("    <Action Type=\"STEP\"><Text>%Major%|1</Text></Action>"),
+       [](TStepAction& a) { a.Text = u"4|2"; },
+       Project("    <Action Type=\"STEP\"><Text>%Major%|1</Text></Action>")},
+  };
+  for (const auto& row : cases) {
+    SCOPED_TRACE(row.Name);
+    EXPECT_EQ(Changed(row.Before, row.Change), row.After);
+  }
+}
+
+TEST_F(ProjectFileSave, KeepsTabsLineEndsAndTheMark) {
+  const auto crlf = [](std::string_view elements) {
+    return "\xEF\xBB\xBF<BuildProject>\r\n\t<Actions>\r\n\t\t<Action Type=\"STEP\">" + std::string(elements) +
+           "\r\n\t\t</Action>\r\n\t</Actions>\r\n</BuildProject>";
+  };
+  const std::string before =
+      Joined({"<Text>old</Text>", Flag, Colour, "<Lines/>", "<_Password/>"}, "\r\n\t\t\t");
+  const std::string after =
+      Joined({"<Text>a\r\n\xC3\xA9&amp;&lt;\"&#13;</Text>", Flag, Colour, "<Lines/>", "<_Password/>", Number},
+             "\r\n\t\t\t");
+  EXPECT_EQ(Changed(crlf(before), [](TStepAction& a) { a.Text = u"a\r\n\u00E9&<\"\r"; }), crlf(after));
+}
+
+TEST_F(ProjectFileSave, AClearSecretIsReplacedByItsEncryptedForm) {
+  TEmbeddedHost host;
+  TProjectFile file(host.Project());
+  file.Load(host.Write("p.kxproj", Project("    <Action Type=\"STEP\">\n      <Password>hush</Password>\n"
+                                           "      <_Password>old</_Password>\n    </Action>")));
+  ASSERT_TRUE(file.Save());
+  const std::string saved = host.Read("p.kxproj");
+  EXPECT_THAT(saved, Not(HasSubstr("hush")));
+  EXPECT_THAT(saved, Not(HasSubstr("<Password>")));
+  EXPECT_THAT(saved, Not(HasSubstr("old")));
+  const auto& step = static_cast<TStepAction&>(host.Project().Actions().front()->Action());
+  EXPECT_THAT(saved, HasSubstr("<_Password>" + text::ToUtf8(step.Secret) + "</_Password>"));
+  EXPECT_EQ(step.DecryptString(step.Secret), u"hush");
+  ExpectUntouched(saved);
+}
+
+TEST_F(ProjectFileSave, NewActionsAreWrittenWithAllTheirProperties) {
+  TEmbeddedHost host;
+  TProjectFile file(host.Project());
+  file.Load(host.Write("p.kxproj", "<BuildProject Name=\"x\"/>"));
+  TActionNode& loop = host.Project().AddAction(u"LOOP");
+  loop.SetName(u"\"All\" <1>");
+  loop.Set(u"Values", u"a\r\nb&c");
+  host.Project().AddAction(u"STEP", &loop).SetContinueOnError(true);
+  ASSERT_TRUE(file.Save());
+  const std::string step =
+      Joined({"<Text/>", Number, Flag, Colour, "<Lines/>", "<_Password/>"}, "\n          ");
+  EXPECT_EQ(host.Read("p.kxproj"), "<BuildProject Name=\"x\">\n"
+                                   "  <Actions>\n"
+                                   "    <Action Type=\"LOOP\" Name=\"&quot;All&quot; &lt;1&gt;\">\n"
+                                   "      <LoopVariable/>\n"
+                                   "      <Values>\n"
+                                   "        <Line>a</Line>\n"
+                                   "        <Line>b&amp;c</Line>\n"
+                                   "      </Values>\n"
+                                   "      <Actions>\n"
+                                   "        <Action Type=\"STEP\" ContinueOnError=\"true\">" +
+                                       step +
+                                       "\n        </Action>\n"
+                                       "      </Actions>\n"
+                                       "    </Action>\n"
+                                       "  </Actions>\n"
+                                       "</BuildProject>");
+  host.Project().AddAction(u"LOOP");
+  ASSERT_TRUE(file.Save());
+  EXPECT_THAT(host.Read("p.kxproj"),
+              HasSubstr("\n    </Action>\n    <Action Type=\"LOOP\">\n      <LoopVariable/>\n"
+                        "      <Values/>\n    </Action>\n  </Actions>\n</BuildProject>"));
+  ExpectUntouched(host.Read("p.kxproj"));
+}
+
+TEST_F(ProjectFileSave, DoesNotOverwriteWhatSomebodyElseHasEdited) {
+  TEmbeddedHost host;
+  TProjectFile file(host.Project());
+  file.Load(host.Write("p.kxproj", Project("<Action Type=\"STEP\"/>")));
+  static_cast<TStepAction&>(host.Project().Actions().front()->Action()).Number = 8;
+  host.Write("p.kxproj", "<BuildProject/>");
+  EXPECT_FALSE(file.Save());
+  EXPECT_EQ(host.Read("p.kxproj"), "<BuildProject/>");
+}
+
+} // namespace
+} // namespace kx::tests

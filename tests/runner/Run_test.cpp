@@ -1,0 +1,220 @@
+#include "runner/Run.h"
+
+#include "tests/runner/TestActions.h"
+
+#include <gmock/gmock.h>
+
+namespace kx::tests {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class RunTest : public testing::Test {
+protected:
+  using TDeed = std::function<bool(TStepAction&)>;
+
+  // Adds a step that does this.
+  TStepAction& Add(std::u16string_view name, TDeed deed, TActionNode* parent = nullptr) {
+    TActionNode& node = Host.Project().AddAction(u"STEP", parent);
+    node.SetName(name);
+    auto& step = static_cast<TStepAction&>(node.Action());
+    step.Text = name;
+    TStepAction::Deeds().emplace(name, std::move(deed));
+    return step;
+  }
+  TActionNode& AddLoop(std::initializer_list<std::u16string_view> values, TActionNode* parent = nullptr) {
+    TActionNode& node = Host.Project().AddAction(u"LOOP", parent);
+    node.SetName(u"Loop");
+    auto& loop = static_cast<TLoopAction&>(node.Action());
+    loop.SetLoopVariable(u"P");
+    loop.Values = values;
+    return node;
+  }
+  std::vector<std::string> Run() { return Host.Run(); }
+
+  static bool Succeed(TStepAction&) { return true; }
+  static bool Fail(TStepAction&) { return false; }
+
+  TEmbeddedHost Host;
+};
+
+TEST_F(RunTest, TheFirstFailureEndsTheRunUnlessItMayContinue) {
+  Add(u"a", Succeed);
+  Add(u"b", Fail);
+  Host.Project().FindNamed(u"b")->SetContinueOnError(true);
+  Add(u"c", Fail);
+  Add(u"d", Succeed);
+  EXPECT_THAT(Run(), ElementsAre("a {", "} True", "b {", "} False", "c {", "} False"));
+  EXPECT_FALSE(Host.Report.Succeeded);
+  Host.Project().FindNamed(u"c")->SetContinueOnError(true);
+  EXPECT_THAT(Run(), testing::Contains("d {"));
+  EXPECT_TRUE(Host.Report.Succeeded);
+  EXPECT_FALSE(Host.Report.Stopped);
+  EXPECT_THAT(Host.Report.Actions, testing::SizeIs(4)) << "the results of the second run alone";
+}
+
+TEST_F(RunTest, ExceptionsFailTheActionWithTheirMessage) {
+  const struct {
+    const char* Message;
+    TDeed Deed;
+  } cases[] = {
+      {"  3 own", [](TStepAction&) -> bool { throw EFailAction(u"own"); }},
+      {"  3 any", [](TStepAction&) -> bool { throw std::runtime_error("any"); }},
+      {"  3 The action failed without a message.", [](TStepAction&) -> bool { throw 1; }},
+      {"  3 Unknown name \"zzqqxxyyvv\".",
+       [](TStepAction& a) { return a.ExpandExpression(u"%zzqqxxyyvv%").empty(); }},
+  };
+  TStepAction& step = Add(u"a", Succeed);
+  for (const auto& row : cases) {
+    TStepAction::Deeds().at(u"a") = row.Deed;
+    EXPECT_THAT(Run(), ElementsAre("a {", row.Message, "} False"));
+  }
+  EXPECT_EQ(step.Text, u"a");
+}
+
+TEST_F(RunTest, GroupsLeftOpenAreClosedAndForeignOnesStay) {
+  TActionNode& loop = AddLoop({u"x"});
+  Add(
+      u"a",
+      [](TStepAction& a) {
+        a.EndMessageGroup(TStatusTag::stSuccess); // none of its own is open
+        a.StartMessageGroup(u"one");
+        a.StartMessageGroup(u"two");
+        a.SendMessage(u"in", TStatusTag::stWarning);
+        a.EndMessageGroup(TStatusTag::stSuccess);
+        a.StartMessageGroup(u"three");
+        return true;
+      },
+      &loop);
+  Add(u"b", [](TStepAction& a) -> bool {
+    a.StartMessageGroup(u"four");
+    throw EFailAction(u"no");
+  });
+  EXPECT_THAT(Run(), ElementsAre("Loop {", "  a [x] {", "    > one", "      > two", "        2 in",
+                                 "      < 1", "      > three", "      <", "    <", "  } True", "} True", //
+                                 "b {", "  > four", "    3 no", "  < 3", "} False"));
+}
+
+TEST_F(RunTest, LoopsRunTheirChildrenWithTheLoopVariable) {
+  TActionNode& outer = AddLoop({u"1", u"%P%"});
+  TActionNode& inner = AddLoop({u"x", u"y"}, &outer);
+  static_cast<TLoopAction&>(inner.Action()).SetLoopVariable(u"Q");
+  Host.Project().AddAction(u"STEP", &inner).Set(u"Text", u"%P%-$(q)");
+  Add(u"after", Succeed);
+  EXPECT_THAT(Run(), ElementsAre("Loop {", "  Loop [1] {", "    Step [x] {", "      0 1-x", "    } True",
+                                 "    Step [y] {", "      0 1-y", "    } True", "  } True", "  Loop [%P%] {",
+                                 "    Step [x] {", "      0 %P%-x", "    } True", "    Step [y] {",
+                                 "      0 %P%-y", "    } True", "  } True", "} True", "after {", "} True"));
+  ASSERT_EQ(Host.Report.Actions.size(), 8U);
+  EXPECT_EQ(Host.Report.Actions[1].Pass, u"y");
+  EXPECT_EQ(Host.Report.Actions[1].Nesting, 2);
+  EXPECT_EQ(Host.Report.Actions.back().Pass, u"");
+}
+
+TEST_F(RunTest, AFailingChildEndsTheLoop) {
+  TActionNode& loop = AddLoop({u"1", u"2", u"3"});
+  Add(
+      u"a", [](TStepAction& a) { return a.GetVariableValue(u"P") != u"2"; }, &loop);
+  Add(u"b", Succeed, &loop);
+  EXPECT_THAT(Run(), ElementsAre("Loop {", "  a [1] {", "  } True", "  b [1] {", "  } True", "  a [2] {",
+                                 "  } False", "} False"));
+}
+
+TEST_F(RunTest, AVariableOfARunIsGoneInTheNext) {
+  Add(u"a", [](TStepAction& a) {
+    a.SendMessage(a.GetVariableValue(u"Left"));
+    return true;
+  });
+  Host.Runner.SetVariable(u"Left", u"over");
+  EXPECT_THAT(Run(), ElementsAre("a {", "  0 ", "} True"));
+}
+
+TEST_F(RunTest, AStopRequestEndsTheActionAndNothingMoreStarts) {
+  Host.Stop.Raise(); // before the run: forgotten
+  TActionNode& loop = AddLoop({u"1", u"2"});
+  Add(
+      u"a",
+      [this](TStepAction& a) {
+        Host.Stop.Raise();
+        EXPECT_TRUE(a.Terminated.WaitFor(std::chrono::minutes(1))) << "TerminateAction was not called";
+        return false;
+      },
+      &loop);
+  Host.Project().FindNamed(u"a")->SetContinueOnError(true);
+  Add(u"b", Succeed, &loop);
+  Add(u"c", Succeed);
+  EXPECT_THAT(Run(), ElementsAre("Loop {", "  a [1] {", "  } False", "} False"));
+  EXPECT_TRUE(Host.Report.Stopped);
+  EXPECT_FALSE(Host.Report.Succeeded);
+}
+
+TEST_F(RunTest, MetricsAreSummedPerActionAndConfiguration) {
+  Add(u"a", [](TStepAction& a) {
+    a.SendMetricInt(u"Unit_Tests", u"Errors", 100);
+    for (const std::u16string_view name : {u"Debug", u"Release"}) {
+      a.CurrentName = name;
+      a.CurrentPlatform = u"Any CPU";
+      a.StartMessageGroup(u"Solution");
+      a.EndMessageGroup(name == u"Debug" ? TStatusTag::stError : TStatusTag::stSuccess);
+      a.SendMetricInt(u"Compiler", u"Errors", 2);
+      a.SendMetricInt(u"Compiler", u"Warnings", 3);
+    }
+    a.SendMetricInt(u"Compiler", u"Warnings", 1);
+    a.SendMetricString(u"Compiler", u"Errors", u"9");
+    return true;
+  });
+  Run();
+  const TActionResult& result = Host.Report.Actions.at(0);
+  EXPECT_EQ(result.Errors, 4);
+  EXPECT_EQ(result.Warnings, 7);
+  ASSERT_EQ(result.Configurations.size(), 2U);
+  EXPECT_EQ(result.Configurations[0].Configuration, u"Debug|Any CPU");
+  EXPECT_FALSE(result.Configurations[0].Succeeded);
+  EXPECT_EQ(result.Configurations[0].Warnings, 3);
+  EXPECT_EQ(result.Configurations[1].Configuration, u"Release|Any CPU");
+  EXPECT_TRUE(result.Configurations[1].Succeeded);
+  EXPECT_EQ(result.Configurations[1].Errors, 2);
+  EXPECT_EQ(result.Configurations[1].Warnings, 4);
+}
+
+TEST_F(RunTest, ValidationAsksEveryActionAndRunsNone) {
+  TActionNode& loop = AddLoop({});
+  Host.Project().AddAction(u"STEP", &loop).SetName(u"nested");
+  Host.AddStep(u"throws", u"thrower");
+  Host.AddStep(u"fine", u"fine");
+  const auto entries = Host.Runner.Validate();
+  ASSERT_EQ(entries.size(), 2U);
+  EXPECT_EQ(entries[0].Action, u"nested");
+  EXPECT_EQ(entries[0].Page, u"Text");
+  EXPECT_EQ(entries[0].Message, u"A text has not been set");
+  EXPECT_EQ(entries[1].Action, u"thrower");
+  EXPECT_EQ(entries[1].Message, u"cannot validate");
+  EXPECT_THAT(Host.Sink.Lines, IsEmpty());
+  EXPECT_FALSE(Host.Runner.IsValidating());
+}
+
+TEST_F(RunTest, NobodyHearsAnActionThatDoesNotRun) {
+  TStepAction& step = Add(u"a", Succeed);
+  step.SendMessage(u"from a getter");
+  step.StartMessageGroup(u"g");
+  EXPECT_THAT(Run(), ElementsAre("a {", "} True"));
+}
+
+TEST_F(RunTest, SecretsComeBackOnlyFromWhatThisHostMade) {
+  for (const std::u16string_view clear : {u"a", u"ab", u"abc", u"p\u00E4ss \u4E2D", u"\r\n"}) {
+    const auto secret = Host.Runner.EncryptString(clear);
+    EXPECT_NE(secret, clear);
+    EXPECT_NE(secret, Host.Runner.EncryptString(clear)) << "equal secrets show";
+    EXPECT_EQ(Host.Runner.DecryptString(secret), clear);
+    auto changed = secret;
+    changed[8] = changed[8] == u'A' ? u'B' : u'A';
+    EXPECT_EQ(Host.Runner.DecryptString(changed), u"");
+  }
+  EXPECT_EQ(Host.Runner.EncryptString(u""), u"");
+  for (const std::u16string_view foreign : {u"", u"clear text", u"AAAA", u"AA==", u"====", u"\u4E2DAAA"})
+    EXPECT_EQ(Host.Runner.DecryptString(foreign), u"") << text::ToUtf8(foreign);
+}
+
+} // namespace
+} // namespace kx::tests

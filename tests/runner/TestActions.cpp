@@ -1,0 +1,199 @@
+#include "tests/runner/TestActions.h"
+
+#include "platform/Files.h"
+
+#include <array>
+#include <iterator>
+
+namespace kx::tests {
+
+namespace {
+
+TRunSettings SettingsIn(const std::filesystem::path& folder) {
+  return {{{u"FromCommandLine", u"set"}, {u"Both", u"command line"}}, (folder / "keys").u16string()};
+}
+
+std::filesystem::path MakeFolder() {
+  const auto file = platform::CreateTemporaryFile(platform::TemporaryDirectory(), u"kxtest");
+  std::filesystem::path folder(*file);
+  std::filesystem::remove(folder);
+  std::filesystem::create_directory(folder);
+  return folder;
+}
+
+} // namespace
+
+const TKxEnumeration& ColourEnumeration() {
+  static constexpr std::array<std::u16string_view, 3> names{u"Red", u"Green", u"Blue"};
+  static const TKxEnumeration enumeration{u"TColour", names};
+  return enumeration;
+}
+
+const TKxActionClass& TStepAction::Class() {
+  static const TKxActionClass stepClass{
+      u"TStepAction", []() -> std::unique_ptr<TCustomKxAction> { return std::make_unique<TStepAction>(); }};
+  return stepClass;
+}
+
+std::map<std::u16string, std::function<bool(TStepAction&)>>& TStepAction::Deeds() {
+  static std::map<std::u16string, std::function<bool(TStepAction&)>> deeds;
+  return deeds;
+}
+
+const TKxPropertyTable& TStepAction::PublishedProperties() const {
+  using T = TStepAction;
+  static const TKxPropertyTable table(
+      TKxPropertyRows<T>()
+          .Field(
+              u"Text", [](T & a) -> auto& { return a.Text; }, u"What is sent.")
+          .Field(
+              u"Number", [](T & a) -> auto& { return a.Number; }, u"A number.")
+          .Field(
+              u"Flag", [](T & a) -> auto& { return a.Flag; }, u"A flag.")
+          .Field(
+              u"Colour", [](T & a) -> auto& { return a.Colour; }, ColourEnumeration(), u"A colour.")
+          .Field(
+              u"Lines", [](T & a) -> auto& { return a.Lines; }, u"Lines.")
+          .Accessors(u"Part", &T::GetPart, &T::SetPart, u"Not stored.")
+          .NotStored()
+          .Accessors(
+              u"Password", [](T& a) { return a.DecryptString(a.Secret); },
+              [](T& a, const std::u16string& clear) { a.Secret = a.EncryptString(clear); }, u"Clear text.")
+          .NotStored()
+          .Secret()
+          .Field(
+              u"_Password", [](T & a) -> auto& { return a.Secret; }, u"Encrypted.")
+          .Secret()
+          .Computed(
+              u"Size", [](T& a) { return static_cast<std::int32_t>(a.Text.size()); }, u"Computed.")
+          .Take());
+  return table;
+}
+
+bool TStepAction::Validate(IKxActionValidationError& errors) {
+  if (Text == u"throws") throw EKxException(u"cannot validate");
+  if (Text.empty()) errors.Add(u"Text", u"A text has not been set");
+  return !Text.empty();
+}
+
+bool TStepAction::Execute() {
+  const auto deed = Deeds().find(Text);
+  if (deed != Deeds().end()) return deed->second(*this);
+  SendMessage(ExpandExpression(Text));
+  return true;
+}
+
+bool TStepAction::GetLocalVariableValue(std::u16string_view name, std::u16string& value) const {
+  if (text::EqualsIgnoreCase(name, u"CURRENTCONFIGNAME")) {
+    value = CurrentName;
+  } else if (text::EqualsIgnoreCase(name, u"CURRENTPLATFORMNAME")) {
+    value = CurrentPlatform;
+  } else if (text::EqualsIgnoreCase(name, u"Local")) {
+    value = u"100%Own%";
+  } else {
+    return false;
+  }
+  return true;
+}
+
+void TStepAction::CollectLocalVariables(text::TStringList& names, bool /*withTypes*/,
+                                        bool /*withDescriptions*/) const {
+  names.Add(u"Local");
+}
+
+std::u16string TStepAction::ActionExpandExpression(std::u16string_view text) const {
+  return text::EqualsIgnoreCase(text, u"$(Hooked)") ? u"hook" : std::u16string(text);
+}
+
+const TKxActionClass& TLoopAction::Class() {
+  static const TKxActionClass loopClass{
+      u"TLoopAction", []() -> std::unique_ptr<TCustomKxAction> { return std::make_unique<TLoopAction>(); }};
+  return loopClass;
+}
+
+const TKxPropertyTable& TLoopAction::PublishedProperties() const {
+  static const TKxPropertyTable table(
+      TKxPropertyRows<TLoopAction>()
+          .Field(
+              u"Values", [](TLoopAction & a) -> auto& { return a.Values; }, u"One a pass.")
+          .Take());
+  return table;
+}
+
+bool TLoopAction::BeforeFirstIteration() {
+  SetIterationCount(static_cast<int>(Values.Count()));
+  return true;
+}
+
+std::u16string TLoopAction::GetCurrentValue() {
+  return Values[static_cast<std::size_t>(GetCurrentIteration() - 1)];
+}
+
+void TRecordingSink::On(const TRunEvent& event) {
+  const auto number = [](TStatusTag status) { return std::to_string(static_cast<int>(status)); };
+  std::string line(static_cast<std::size_t>(event.Depth) * 2, ' ');
+  if (const auto* action = std::get_if<TActionStarted>(&event.What)) {
+    const std::string pass = action->Pass.empty() ? "" : "[" + text::ToUtf8(action->Pass) + "] ";
+    line += text::ToUtf8(action->Name) + " " + pass + "{";
+  } else if (const auto* ended = std::get_if<TActionEnded>(&event.What)) {
+    line += ended->Result.Succeeded ? "} True" : "} False";
+  } else if (const auto* message = std::get_if<TMessageSent>(&event.What)) {
+    line += number(message->Status) + " " + text::ToUtf8(message->Text);
+  } else if (const auto* group = std::get_if<TGroupStarted>(&event.What)) {
+    line += "> " + text::ToUtf8(group->Title);
+  } else if (const auto* groupEnd = std::get_if<TGroupEnded>(&event.What)) {
+    line += groupEnd->Status ? "< " + number(*groupEnd->Status) : "<";
+  } else if (const auto* metric = std::get_if<TMetricSent>(&event.What)) {
+    line += "# " + text::ToUtf8(metric->Metric.Name);
+  }
+  Lines.push_back(std::move(line));
+}
+
+TEmbeddedHost::TEmbeddedHost()
+    : folder_(MakeFolder()), Services(Store), Runner(Services, Stop, SettingsIn(folder_)) {
+  Services.RegisterAction(u"STEP", u"Tests", TStepAction::Class());
+  Services.RegisterAction(u"LOOP", u"Tests", TLoopAction::Class());
+  Services.RegisterEnumeration(ColourEnumeration());
+  Services.RegisterConstant(u"answer", 42);
+  Services.RegisterFunction(TStepAction::Class(), u"Describe",
+                            [](TCustomKxAction& action, std::u16string_view argument) {
+                              return action.GetDescription() + u"<" + std::u16string(argument) + u">";
+                            });
+  Runner.AddSink(Sink);
+}
+
+TEmbeddedHost::~TEmbeddedHost() {
+  TStepAction::Deeds().clear();
+  std::error_code ignored;
+  std::filesystem::remove_all(folder_, ignored);
+}
+
+std::u16string TEmbeddedHost::Path(std::string_view name) const {
+  return (folder_ / name).u16string();
+}
+
+std::u16string TEmbeddedHost::Write(std::string_view name, std::string_view bytes) const {
+  std::ofstream(folder_ / name, std::ios::binary) << bytes;
+  return Path(name);
+}
+
+std::string TEmbeddedHost::Read(std::string_view name) const {
+  std::ifstream file(folder_ / name, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+TStepAction& TEmbeddedHost::AddStep(std::u16string_view text, std::u16string_view name) {
+  TActionNode& node = Project().AddAction(u"STEP");
+  node.SetName(name);
+  auto& step = static_cast<TStepAction&>(node.Action());
+  step.Text = text;
+  return step;
+}
+
+std::vector<std::string> TEmbeddedHost::Run() {
+  Sink.Lines.clear();
+  Report = Runner.Run();
+  return Sink.Lines;
+}
+
+} // namespace kx::tests

@@ -1,0 +1,109 @@
+// Small actions, and the embedded host with them registered.
+#pragma once
+
+#include "host/Iterator.h"
+#include "host/Services.h"
+#include "runner/ProjectFile.h"
+#include "runner/Run.h"
+#include "runner/ServiceRegistry.h"
+#include "text/Encoding.h"
+
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace kx::tests {
+
+enum class TColour { Red, Green, Blue };
+
+// Does what the test gave it; publishes one property of each kind.
+class TStepAction : public TCustomKxAction {
+public:
+  std::u16string Text;
+  std::int32_t Number = 7;
+  bool Flag = false;
+  TColour Colour = TColour::Green;
+  text::TStringList Lines;
+  std::u16string Part;
+  std::u16string Secret; // as the host encrypted it
+  std::u16string CurrentName;
+  std::u16string CurrentPlatform;
+
+  static const TKxActionClass& Class();
+  // By the text of the property Text; without an entry the action sends the expanded text and succeeds.
+  static std::map<std::u16string, std::function<bool(TStepAction&)>>& Deeds();
+
+  const TKxPropertyTable& PublishedProperties() const override;
+  std::u16string GetActionName() const override { return u"Step"; }
+  bool CanTerminate() const override { return true; }
+  void TerminateAction() override { Terminated.Raise(); }
+  bool Validate(IKxActionValidationError& errors) override;
+  bool Execute() override;
+  bool GetLocalVariableValue(std::u16string_view name, std::u16string& value) const override;
+  void CollectLocalVariables(text::TStringList& names, bool withTypes, bool withDescriptions) const override;
+  std::u16string ActionExpandExpression(std::u16string_view text) const override;
+
+  const std::u16string& GetPart() const { return Part; }
+  void SetPart(std::u16string value) { Part = std::move(value); }
+  TKxEvent Terminated;
+};
+
+// One pass for each value.
+class TLoopAction : public TKxBaseIterator {
+public:
+  text::TStringList Values;
+  static const TKxActionClass& Class();
+  const TKxPropertyTable& PublishedProperties() const override;
+  std::u16string GetActionName() const override { return u"Loop"; }
+
+protected:
+  bool BeforeFirstIteration() override;
+  std::u16string GetCurrentValue() override;
+};
+
+const TKxEnumeration& ColourEnumeration();
+
+// The log of a run as lines:
+//   "Name {"  "} True"      an action begins and ends (with its pass behind the name: "Name [a] {")
+//   "3 text"                a message with its status
+//   "> title"  "< 1"        a group opens and closes ("<" without a status)
+//   "# Errors 3"            a metric
+// each indented by its depth.
+class TRecordingSink : public IRunEventSink {
+public:
+  std::vector<std::string> Lines;
+  void On(const TRunEvent& event) override;
+};
+
+// An embedded host over a folder of its own, which goes with it.
+class TEmbeddedHost {
+public:
+  TEmbeddedHost();
+  ~TEmbeddedHost();
+  TEmbeddedHost(const TEmbeddedHost&) = delete;
+  TEmbeddedHost& operator=(const TEmbeddedHost&) = delete;
+
+  std::u16string Path(std::string_view name) const; // of a file in the folder
+  std::u16string Write(std::string_view name, std::string_view bytes) const;
+  std::string Read(std::string_view name) const;
+
+  TProject& Project() { return Runner.Project(); }
+  TStepAction& AddStep(std::u16string_view text, std::u16string_view name = u"");
+  // Runs the project and gives the log.
+  std::vector<std::string> Run();
+
+private:
+  std::filesystem::path folder_;
+
+public:
+  TOptionsStore Store;
+  TServiceRegistry Services;
+  TKxEvent Stop;
+  TRecordingSink Sink;
+  TRunReport Report;
+  TProjectRunner Runner;
+};
+
+} // namespace kx::tests
