@@ -41,10 +41,7 @@ TVSDotNetProjectConfig TProjectConfigList::operator[](std::size_t index) const {
 }
 
 std::optional<std::size_t> TProjectConfigList::IndexOf(std::u16string_view name) const {
-  if (index_) {
-    const auto found = index_->find(name);
-    return found == index_->end() ? std::nullopt : std::optional(*found);
-  }
+  if (index_) return index_->Find(name, [this](std::size_t line) { return NameOf(line); });
   for (std::size_t i = 0; i < lines_.size(); ++i) {
     if (text::EqualsIgnoreCase(NameOf(i), name)) return i;
   }
@@ -54,12 +51,11 @@ std::optional<std::size_t> TProjectConfigList::IndexOf(std::u16string_view name)
 // Of lines with equal names the first one is found.
 void TProjectConfigList::Index(std::size_t line) {
   if (index_) {
-    index_->insert(line);
+    if (!IndexOf(NameOf(line))) index_->Add(NameOf(line), static_cast<std::uint32_t>(line));
   } else if (lines_.size() == ManyConfigs) {
-    index_ = std::make_unique<std::unordered_set<std::size_t, THash, TEqual>>(2 * ManyConfigs,
-                                                                              THash{{}, this}, TEqual{this});
-    for (std::size_t i = 0; i < lines_.size(); ++i)
-      index_->insert(i);
+    index_ = std::make_unique<TNameIndex>();
+    for (std::size_t i = 0; i < ManyConfigs; ++i)
+      Index(i);
   }
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/Files.h"
+#include "solution/VSNETSLN.NameIndex.h"
 #include "solution/VSNETSLN.Resources.h"
 #include "solution/VSNETSLN.h"
 #include "text/Text.h"
@@ -9,7 +10,6 @@
 #include <memory>
 #include <optional>
 #include <unordered_map>
-#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -64,28 +64,14 @@ private:
     std::size_t NameLength;
     bool Flag;
   };
-  // Line numbers, hashed by the names of their lines.
-  struct THash : text::IgnoreCaseHash {
-    using is_transparent = void;
-    using text::IgnoreCaseHash::operator();
-    std::size_t operator()(std::size_t line) const { return (*this)(List->NameOf(line)); }
-    const TProjectConfigList* List;
-  };
-  struct TEqual {
-    using is_transparent = void;
-    bool operator()(auto a, auto b) const { return text::EqualsIgnoreCase(List->NameOf(a), List->NameOf(b)); }
-    const TProjectConfigList* List;
-  };
-
   std::u16string_view NameOf(std::size_t line) const {
     return std::u16string_view(lines_[line].Text).substr(0, lines_[line].NameLength);
   }
-  static std::u16string_view NameOf(std::u16string_view name) { return name; }
   std::optional<std::size_t> IndexOf(std::u16string_view name) const;
   void Index(std::size_t line);
 
   std::vector<TLine> lines_;
-  std::unique_ptr<std::unordered_set<std::size_t, THash, TEqual>> index_; // once there are many lines
+  std::unique_ptr<TNameIndex> index_; // once there are many lines
 };
 
 class TVSDotNetProject final : public TVSDotNetImplementation<IVSDotNetProject> {
@@ -151,19 +137,19 @@ private:
   std::u16string name_;
 };
 
+// Keeps names only; the objects are made for those who ask for them.
 class TVSDotNetSolutionConfigurations final
     : public TVSDotNetImplementation<IVSDotNetSolutionConfigurations> {
 public:
-  void Add(std::shared_ptr<IVSDotNetSolutionConfiguration> item) {
-    configurations_.push_back(std::move(item));
-  }
+  explicit TVSDotNetSolutionConfigurations(std::vector<std::u16string> names) : names_(std::move(names)) {}
   std::shared_ptr<IVSDotNetSolutionConfiguration> GetItem(int index) const override {
-    return ItemAt(configurations_, index);
+    if (index < 0 || index >= GetCount()) return nullptr;
+    return std::make_shared<TVSDotNetSolutionConfiguration>(names_[static_cast<std::size_t>(index)]);
   }
-  int GetCount() const override { return static_cast<int>(configurations_.size()); }
+  int GetCount() const override { return static_cast<int>(names_.size()); }
 
 private:
-  std::vector<std::shared_ptr<IVSDotNetSolutionConfiguration>> configurations_;
+  std::vector<std::u16string> names_;
 };
 
 class TVSDotNetSolution final : public TVSDotNetImplementation<IVSDotNetSolution> {

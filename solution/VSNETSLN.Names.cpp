@@ -12,9 +12,12 @@ constexpr unsigned char LetterBit = 0x20;
 } // namespace
 
 void TNamedValues::Want(std::string_view name) {
-  const auto [known, isNew] = names_.try_emplace(text::FromUtf8(name), values_.size());
-  wanted_.push_back(known->second);
-  if (!isNew) return;
+  const std::u16string wide = text::FromUtf8(name);
+  const auto known = NumberOf(wide);
+  wanted_.push_back(known.value_or(static_cast<std::uint32_t>(names_.size())));
+  if (known) return;
+  index_.Add(wide, wanted_.back());
+  names_.push_back(Keep(wide));
   values_.emplace_back();
   const std::string begins = std::string(name) + '=';
   bool anything = false;
@@ -41,14 +44,20 @@ void TNamedValues::Offer(std::string_view line) {
   if (!MayBeWanted(line)) return;
   const auto split = slnsyntax::SplitNameValue(line);
   if (!split) return;
-  const auto known = names_.find(text::FromUtf8(split->Name));
-  if (known == names_.end() || values_[known->second]) return;
-  values_[known->second] = text::FromUtf8(slnsyntax::Trim(split->Value));
+  const auto known = NumberOf(text::FromUtf8(split->Name));
+  if (!known || values_[*known].IsThere()) return;
+  values_[*known] = Keep(text::FromUtf8(slnsyntax::Trim(split->Value)));
   ++found_;
 }
 
-std::u16string TNamedValues::ValueOf(std::size_t index) const {
-  return values_[wanted_[index]].value_or(std::u16string());
+TNamedValues::TPiece TNamedValues::Keep(std::u16string_view piece) {
+  const TPiece kept{text_.size(), piece.size()};
+  text_.append(piece);
+  return kept;
+}
+
+std::optional<std::uint32_t> TNamedValues::NumberOf(std::u16string_view name) const {
+  return index_.Find(name, [this](std::uint32_t number) { return names_[number].In(text_); });
 }
 
 } // namespace kx

@@ -38,7 +38,7 @@ public:
   }
 
 private:
-  std::vector<std::size_t> starts_;
+  std::vector<TNumber> starts_;
   std::vector<TNumber> items_;
 };
 

@@ -159,10 +159,11 @@ private:
     lines_.Rewind();
     while (!configs_->IsComplete() && lines_.Next())
       configs_->Offer(lines_.Line());
-    auto made = std::make_shared<TVSDotNetSolutionConfigurations>();
+    std::vector<std::u16string> names;
+    names.reserve(configs_->Count());
     for (std::size_t i = 0; i < configs_->Count(); ++i)
-      made->Add(std::make_shared<TVSDotNetSolutionConfiguration>(configs_->ValueOf(i)));
-    return made;
+      names.emplace_back(configs_->ValueOf(i));
+    return std::make_shared<TVSDotNetSolutionConfigurations>(std::move(names));
   }
 
   void ReadProjectConfigs() {
