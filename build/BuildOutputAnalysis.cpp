@@ -15,8 +15,8 @@ TStatusTag StatusOf(unsigned findings) {
   return TStatusTag::stNormal;
 }
 
-// The first CR or LF, else the size. Whole blocks are looked at without a branch a character: chunks are mostly one line,
-// and this would cost more than all that is found out about it.
+// The first CR or LF, else the size. Whole blocks are looked at without a branch a character: chunks are
+// mostly one line, and this would cost more than all that is found out about it.
 std::size_t FindLineEnd(std::u16string_view text) {
   constexpr std::size_t block = 32;
   const auto isEnd = [](char16_t c) { return (c == u'\r') | (c == u'\n'); };
@@ -24,10 +24,12 @@ std::size_t FindLineEnd(std::u16string_view text) {
   std::size_t at = 0;
   for (; at + block <= text.size(); at += block) {
     char16_t found = 0; // as wide as the characters, so that the compiler compares many at once
-    for (std::size_t i = 0; i < block; ++i) found |= isEnd(data[at + i]) ? char16_t{1} : char16_t{0};
+    for (std::size_t i = 0; i < block; ++i)
+      found |= isEnd(data[at + i]) ? char16_t{1} : char16_t{0};
     if (found != 0) break;
   }
-  while (at < text.size() && !isEnd(text[at])) ++at;
+  while (at < text.size() && !isEnd(text[at]))
+    ++at;
   return at;
 }
 

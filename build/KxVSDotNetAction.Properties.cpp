@@ -36,8 +36,8 @@ auto& Web(TKxVSDotNetAction& action) {
 
 // Stores what a getter of the action reads in its own way.
 template <auto Place>
-void SetList(TKxVSDotNetAction& action, text::TStringList list) {
-  Place(action) = std::move(list);
+void SetList(TKxVSDotNetAction& action, const text::TStringList& list) {
+  Place(action) = list;
 }
 
 std::u16string AssemblyInfoLabel(TKxVSDotNetAction& /*action*/) {

@@ -68,7 +68,7 @@ std::shared_ptr<IVSDotNetSolution> TBuildRun::LoadSolution() {
 std::vector<std::u16string> TBuildRun::MatchConfigurations(const std::u16string& wanted) {
   if (const auto known = solution_->GetConfigurations())
     for (int i = 0; i < known->GetCount(); ++i)
-      if (const auto& name = known->GetItem(i)->GetName(); text::EqualsIgnoreCase(name, wanted))
+      if (const std::u16string name = known->GetItem(i)->GetName(); text::EqualsIgnoreCase(name, wanted))
         return {name};
   std::vector<std::u16string> matched;
   if (action_.solution_.UseRegExOnConfigName) matched = ConfigurationsLike(wanted);
@@ -84,7 +84,8 @@ std::vector<std::u16string> TBuildRun::ConfigurationsLike(const std::u16string& 
   try {
     const auto compiled = RegEx::NewRegularExpression(expression);
     for (int i = 0; i < known->GetCount(); ++i)
-      if (const auto& name = known->GetItem(i)->GetName(); compiled->IsMatch(name)) matched.push_back(name);
+      if (const std::u16string name = known->GetItem(i)->GetName(); compiled->IsMatch(name))
+        matched.push_back(name);
   } catch (const ERegExError& error) {
     action_.SendMessage(u"Error matching config regular expression : " + error.Message(),
                         TStatusTag::stError);
@@ -204,7 +205,7 @@ bool TBuildRun::ReadSelectedProjects(text::TStringList& ids) {
   text::TStringList known;
   const auto projects = solution_->GetProjects();
   for (int i = 0; i < projects->GetCount(); ++i) {
-    const std::u16string& id = projects->GetItem(i)->GetProjectID();
+    const std::u16string id = projects->GetItem(i)->GetProjectID();
     known.Add(id);
     if (selected.IndexOf(id)) ids.Add(id);
   }
