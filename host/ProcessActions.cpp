@@ -16,7 +16,7 @@ void TKxCommandLineBuilder::Add(std::u16string_view switchText, std::u16string_v
   const bool endsInBackslash = !value.empty() && value.back() == u'\\';
   if (option == TCommandLineOption::QuoteValue && endsInBackslash) {
     text_ += text::QuoteArgument(value);
-  } else if (option == TCommandLineOption::QuoteValue) {
+  } else if (option == TCommandLineOption::QuoteValue && !value.empty()) {
     text_ += text::QuoteArgumentIfNeeded(value);
   } else {
     text_ += value;

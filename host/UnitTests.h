@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace kx {
 
@@ -20,5 +22,44 @@ struct TKxUnitTestResult {
   std::optional<TKxDateTime> StartTime;
   std::optional<TKxDateTime> EndTime;
 };
+
+// An action reports a run as metrics of one category. The text metric TestResultsMetric is the run's
+// AsXmlString: from it a host has the single tests.
+inline constexpr std::u16string_view UnitTestCategory = u"Unit_Tests";
+inline constexpr std::u16string_view TestResultsMetric = u"Test_Results";
+inline constexpr std::u16string_view TestRunNameMetric = u"Test_Run_Name";
+
+// One run of a set of tests.
+class TKxUnitTestRun {
+public:
+  // Counts what was executed as passed or failed, and its time; what was not as not run.
+  explicit TKxUnitTestRun(std::vector<TKxUnitTestResult> results);
+
+  void SetName(std::u16string_view name) { name_ = name; }
+
+  const std::vector<TKxUnitTestResult>& Results() const { return results_; }
+  const std::u16string& Name() const { return name_; }
+  std::int64_t TotalCount() const { return PassedCount() + FailedCount() + NotRunCount(); }
+  std::int64_t PassedCount() const { return passed_; }
+  std::int64_t FailedCount() const { return failed_; }
+  std::int64_t NotRunCount() const { return notRun_; }
+  std::int64_t TotalTime() const { return totalTime_; } // milliseconds
+
+  // One element "testsuite" as JUnit reports have it, a document of its own or a part of a larger report. The
+  // class of every test is the run's name, since results know no class. Characters that XML forbids are left
+  // out, line ends are kept.
+  std::u16string AsXmlString() const;
+
+private:
+  std::vector<TKxUnitTestResult> results_;
+  std::u16string name_;
+  std::int64_t passed_ = 0;
+  std::int64_t failed_ = 0;
+  std::int64_t notRun_ = 0;
+  std::int64_t totalTime_ = 0;
+};
+
+// "2010-04-01T10:20:30.123"
+std::u16string DateTimeText(TKxDateTime time);
 
 } // namespace kx

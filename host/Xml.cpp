@@ -1,34 +1,23 @@
 #include "host/Xml.h"
 
 #include "host/Exceptions.h"
+#include "host/LibXml.h"
 #include "platform/Files.h"
 #include "platform/TextFiles.h"
 #include "text/Encoding.h"
 #include "text/Text.h"
 
-#include <libxml/parser.h>
-#include <libxml/parserInternals.h>
-#include <libxml/tree.h>
-#include <libxml/xpath.h>
 #include <libxml/xpathInternals.h>
 
-#include <algorithm>
-#include <array>
 #include <climits>
 
 namespace kx {
 
 namespace {
 
-struct TFree {
-  void operator()(xmlDoc* document) const { xmlFreeDoc(document); }
-  void operator()(xmlParserCtxt* context) const { xmlFreeParserCtxt(context); }
-  void operator()(xmlXPathContext* context) const { xmlXPathFreeContext(context); }
-  void operator()(xmlXPathObject* object) const { xmlXPathFreeObject(object); }
-  void operator()(xmlChar* text) const { xmlFree(text); }
-};
-template <typename T>
-using TOwned = std::unique_ptr<T, TFree>;
+using libxml::NewParser;
+using libxml::TFailure;
+using libxml::TOwned;
 
 struct TState {
   TOwned<xmlDoc> Document;
@@ -47,76 +36,13 @@ const xmlChar* ToXml(const std::string& utf8) {
   return reinterpret_cast<const xmlChar*>(utf8.c_str());
 }
 
-// The code pages that Visual Studio means by the names it writes; other names are the parser's business.
-struct TEncodingName {
-  std::u16string_view Name;
-  unsigned Page;
-};
-constexpr std::array<TEncodingName, 22> EncodingNames{{
-    {u"windows-874", 874},   {u"windows-1250", 1250}, {u"windows-1251", 1251},  {u"windows-1252", 1252},
-    {u"windows-1253", 1253}, {u"windows-1254", 1254}, {u"windows-1255", 1255},  {u"windows-1256", 1256},
-    {u"windows-1257", 1257}, {u"windows-1258", 1258}, {u"shift_jis", 932},      {u"shift-jis", 932},
-    {u"sjis", 932},          {u"ms_kanji", 932},      {u"windows-31j", 932},    {u"gb2312", 936},
-    {u"gbk", 936},           {u"big5", 950},          {u"ks_c_5601-1987", 949}, {u"euc-kr", 949},
-    {u"iso-2022-kr", 949},   {u"us-ascii", 1252},
-}};
-
-// The encoding that the XML declaration names; empty when the document begins with none.
-std::u16string DeclaredEncoding(std::string_view bytes) {
-  if (bytes.substr(0, 5) != "<?xml") return {};
-  const std::string_view declaration = bytes.substr(0, std::min(bytes.find("?>"), std::size_t{256}));
-  const std::size_t key = declaration.find("encoding");
-  if (key == std::string_view::npos) return {};
-  const std::size_t open = declaration.find_first_of("\"'", key);
-  if (open == std::string_view::npos) return {};
-  const std::size_t close = declaration.find(declaration[open], open + 1);
-  if (close == std::string_view::npos) return {};
-  return text::FromAscii(declaration.substr(open + 1, close - open - 1));
-}
-
-std::optional<unsigned> WindowsPage(std::u16string_view encoding) {
-  const auto found =
-      std::find_if(EncodingNames.begin(), EncodingNames.end(), [encoding](const TEncodingName& row) {
-        return text::EqualsIgnoreCase(row.Name, encoding);
-      });
-  return found == EncodingNames.end() ? std::nullopt : std::optional(found->Page);
-}
-
-// What went wrong first; what follows is mostly a consequence of it.
-struct TFailure {
-  std::u16string Reason;
-
-  static TFailure& Of(void* parser) {
-    return *static_cast<TFailure*>(static_cast<xmlParserCtxtPtr>(parser)->_private);
-  }
-  void Note(std::u16string reason) {
-    if (Reason.empty()) Reason = std::move(reason);
-  }
-};
-
-// A document that needs document types cannot be trusted to be small, or to stay on this machine.
-void RefuseDocumentType(void* parser, const xmlChar* /*name*/, const xmlChar* /*publicId*/,
-                        const xmlChar* /*systemId*/) {
-  TFailure::Of(parser).Note(u"A document type declaration (DTD) is not allowed.");
-  xmlStopParser(static_cast<xmlParserCtxtPtr>(parser));
-}
-
-void NoteError(void* parser, xmlErrorPtr error) {
-  if (error->level < XML_ERR_ERROR || error->message == nullptr) return;
-  const std::u16string text(text::Trim(text::FromUtf8(error->message)));
-  TFailure::Of(parser).Note(text + u" (line " + text::FromInteger(error->line) + u")");
-}
-
 TOwned<xmlDoc> Parse(std::string_view bytes, const char* encoding, std::u16string& error) {
   if (bytes.size() > static_cast<std::size_t>(INT_MAX)) {
     error = u"The document is too large.";
     return nullptr;
   }
   TFailure failure;
-  const TOwned<xmlParserCtxt> parser(xmlNewParserCtxt());
-  parser->_private = &failure;
-  parser->sax->internalSubset = RefuseDocumentType;
-  parser->sax->serror = NoteError;
+  const auto parser = NewParser(failure);
   TOwned<xmlDoc> document(xmlCtxtReadMemory(parser.get(), bytes.data(), static_cast<int>(bytes.size()),
                                             nullptr, encoding, XML_PARSE_NONET));
   if (!failure.Reason.empty()) document.reset();
@@ -192,11 +118,10 @@ bool TXmlDocument::LoadBytes(std::string_view bytes) {
   auto state = std::make_shared<TState>();
   error_.clear();
   state_.reset();
-  const std::u16string encoding = DeclaredEncoding(bytes);
-  if (const auto page = WindowsPage(encoding)) {
-    const auto decoded = platform::FromCodePage(bytes, *page);
+  if (const auto declared = libxml::DeclaredPage(bytes)) {
+    const auto decoded = platform::FromCodePage(bytes, declared->Page);
     if (!decoded) {
-      error_ = u"The document is not valid in its encoding " + encoding + u".";
+      error_ = u"The document is not valid in its encoding " + declared->Name + u".";
       return false;
     }
     state->Document = Parse(text::ToUtf8(*decoded), "UTF-8", error_);
