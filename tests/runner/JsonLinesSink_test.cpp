@@ -23,6 +23,8 @@ TEST(JsonLinesSink, WritesEachEventAsOneLine) {
   } cases[] = {
       {TActionStarted{u"Build", u"DEVENV", u"Build [ a.sln ]", u"p", 1},
        R"("action","name":"Build","type":"DEVENV","description":"Build [ a.sln ]","pass":"p","nesting":1})"},
+      {TActionStarted{u"Build", u"DEVENV", u"", u"", 1, TLoopPosition{u"project", 2, 3}},
+       R"("action","name":"Build","type":"DEVENV","description":"","pass":"","nesting":1,"iteration":2,"iterations":3})"},
       {TActionEnded{result},
        R"("actionEnd","name":"Build","type":"DEVENV","pass":"","nesting":0,"succeeded":false,"errors":3,)"
        R"("warnings":0,"elapsedMs":1500,"configurations":[{"configuration":"Debug|x86","succeeded":false,)"

@@ -135,19 +135,20 @@ TEST(ProjectFile, DamageAnywhereIsReadOrRefused) {
   const std::string whole = "<?xml version='1.0'?><!--c--><BuildProject Name=\"a>b\"><Actions>"
                             "<Action Type='STEP'><Text><![CDATA[<x>]]></Text><Part/></Action></Actions>"
                             "</BuildProject><?p i?>";
-  const auto read = [](const std::string& bytes) {
-    TEmbeddedHost host;
-    TProjectFile file(host.Project());
+  TEmbeddedHost host;
+  const auto read = [&host](const std::string& bytes) {
+    TProjectRunner runner(host.Services, host.Stop, {});
+    TProjectFile file(runner.Project());
     try {
       file.LoadBytes(bytes, u"/p/p.kxproj");
     } catch (const EKxParseError&) {
       return;
     }
     EXPECT_EQ(file.Text(), bytes);
-    for (const auto& node : host.Project().Actions())
+    for (const auto& node : runner.Project().Actions())
       node->Set(u"Text", u"changed");
     const std::string changed = file.Text();
-    TEmbeddedHost again;
+    TProjectRunner again(host.Services, host.Stop, {});
     EXPECT_NO_THROW(TProjectFile(again.Project()).LoadBytes(changed, u"/p/p.kxproj")) << bytes << "\n"
                                                                                       << changed;
   };
