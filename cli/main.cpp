@@ -71,9 +71,11 @@ std::u16string UsageMessage(const std::vector<std::u16string>& arguments, const 
 }
 
 int Parse(CLI::App& app, const std::vector<std::u16string>& arguments) {
+  // The library takes arguments from the end.
   std::vector<std::string> reversed;
-  for (const auto& argument : arguments)
-    reversed.insert(reversed.begin(), text::ToUtf8(argument));
+  reversed.reserve(arguments.size());
+  for (auto argument = arguments.rbegin(); argument != arguments.rend(); ++argument)
+    reversed.push_back(text::ToUtf8(*argument));
   try {
     app.parse(std::move(reversed));
     return ExitSuccess;

@@ -16,7 +16,9 @@ namespace kx::platform {
 
 namespace {
 
-constexpr std::size_t kMostNames = 400'000;
+// Beyond this what was learned is forgotten, so that a walk over any number of folders stays small: some ten megabytes.
+constexpr std::size_t kMostNames = 64'000;
+constexpr std::size_t kFolderInNames = 8; // a listing costs as much as so many names, even when it is empty
 constexpr std::int64_t kTimeStampGrain =
     50'000'000; // nanoseconds; generous, time stamps follow the kernel's tick
 
@@ -162,7 +164,7 @@ struct FileLookup::State {
   std::uint64_t Round = 0;
 
   void Drop(decltype(Listings)::iterator known) {
-    Names -= known->second.Count();
+    Names -= known->second.Count() + kFolderInNames;
     Listings.erase(known);
   }
 
@@ -172,7 +174,7 @@ struct FileLookup::State {
     if (!stamp) return nullptr;
     Listing& listing = Listings.try_emplace(std::u16string(folder), std::move(native), *stamp).first->second;
     listing.CheckedIn = Round;
-    Names += listing.Count();
+    Names += listing.Count() + kFolderInNames;
     return &listing;
   }
 
