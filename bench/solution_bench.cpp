@@ -27,8 +27,10 @@ std::string MakeSolution(std::int64_t projects, const std::function<std::int64_t
   std::string configs;
   for (std::int64_t p = 0; p < projects; ++p) {
     const std::string name = "Module" + std::to_string(p);
-    text += "Project(\"{FAE04EC0-301F-11D3-BF4B-00C04F79EFBC}\") = \"" + name + "\", \"src\\" + name + "\\" +
-            name + ".csproj\", \"" + Id(p) + "\"\r\n";
+    text.append("Project(\"{FAE04EC0-301F-11D3-BF4B-00C04F79EFBC}\") = \"")
+        .append(name)
+        .append("\", \"src\\");
+    text.append(name).append("\\").append(name).append(".csproj\", \"").append(Id(p)).append("\"\r\n");
     if (needs(p) >= 0)
       text += "\tProjectSection(ProjectDependencies) = postProject\r\n\t\t" + Id(needs(p)) + " = " +
               Id(needs(p)) + "\r\n\tEndProjectSection\r\n";
@@ -71,7 +73,7 @@ void Read(benchmark::State& state, bool all) {
 void BM_PlainRead(benchmark::State& state) {
   const std::string text = MakeSolution(state.range(0), [](std::int64_t p) { return p % 4 - 1; });
   const TSolutionFile file(text);
-  std::string buffer(128 * 1024, '\0');
+  std::string buffer(std::size_t{128} << 10, '\0');
   for (auto _ : state) {
     auto reader = platform::FileReader::Open(file.Path());
     while (*reader->Read(buffer.data(), buffer.size()) > 0)

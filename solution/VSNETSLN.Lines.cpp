@@ -14,8 +14,8 @@ namespace kx {
 namespace {
 
 // Small enough to stay in a processor's cache while its lines are looked at.
-constexpr std::size_t BufferSize = 128 * 1024;
-constexpr std::size_t LargestSpare = 1024 * 1024;
+constexpr std::size_t BufferSize = std::size_t{128} << 10;
+constexpr std::size_t LargestSpare = std::size_t{1} << 20;
 
 struct TByteKinds {
   bool BeyondAscii = false;

@@ -130,26 +130,28 @@ private:
 
 class TVSDotNetSolutionConfiguration final : public TVSDotNetImplementation<IVSDotNetSolutionConfiguration> {
 public:
-  explicit TVSDotNetSolutionConfiguration(std::u16string name) : name_(std::move(name)) {}
+  explicit TVSDotNetSolutionConfiguration(std::u16string_view name) : name_(name) {}
   const std::u16string& GetName() const override { return name_; }
 
 private:
   std::u16string name_;
 };
 
-// Keeps names only; the objects are made for those who ask for them.
+// The items live in one block of memory and as long as a reference to the list or to one of them.
 class TVSDotNetSolutionConfigurations final
     : public TVSDotNetImplementation<IVSDotNetSolutionConfigurations> {
 public:
-  explicit TVSDotNetSolutionConfigurations(std::vector<std::u16string> names) : names_(std::move(names)) {}
+  using TItems = std::vector<TVSDotNetSolutionConfiguration>;
+  explicit TVSDotNetSolutionConfigurations(TItems items)
+      : items_(std::make_shared<TItems>(std::move(items))) {}
   std::shared_ptr<IVSDotNetSolutionConfiguration> GetItem(int index) const override {
     if (index < 0 || index >= GetCount()) return nullptr;
-    return std::make_shared<TVSDotNetSolutionConfiguration>(names_[static_cast<std::size_t>(index)]);
+    return {items_, &(*items_)[static_cast<std::size_t>(index)]};
   }
-  int GetCount() const override { return static_cast<int>(names_.size()); }
+  int GetCount() const override { return static_cast<int>(items_->size()); }
 
 private:
-  std::vector<std::u16string> names_;
+  std::shared_ptr<TItems> items_;
 };
 
 class TVSDotNetSolution final : public TVSDotNetImplementation<IVSDotNetSolution> {

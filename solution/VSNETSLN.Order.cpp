@@ -23,8 +23,7 @@ public:
   // Pairs (list, item); sorts them and drops those that are there twice.
   TLists(std::size_t count, std::vector<std::pair<TNumber, TNumber>> pairs) : starts_(count + 1) {
     std::ranges::sort(pairs);
-    const auto twice = std::ranges::unique(pairs);
-    pairs.erase(twice.begin(), twice.end());
+    pairs.erase(std::unique(pairs.begin(), pairs.end()), pairs.end());
     items_.reserve(pairs.size());
     for (const auto& [list, item] : pairs) {
       ++starts_[list + 1];

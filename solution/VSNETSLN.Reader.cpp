@@ -159,11 +159,11 @@ private:
     lines_.Rewind();
     while (!configs_->IsComplete() && lines_.Next())
       configs_->Offer(lines_.Line());
-    std::vector<std::u16string> names;
-    names.reserve(configs_->Count());
+    TVSDotNetSolutionConfigurations::TItems items;
+    items.reserve(configs_->Count());
     for (std::size_t i = 0; i < configs_->Count(); ++i)
-      names.emplace_back(configs_->ValueOf(i));
-    return std::make_shared<TVSDotNetSolutionConfigurations>(std::move(names));
+      items.emplace_back(configs_->ValueOf(i));
+    return std::make_shared<TVSDotNetSolutionConfigurations>(std::move(items));
   }
 
   void ReadProjectConfigs() {

@@ -91,7 +91,7 @@ public:
   }
 
 private:
-  static constexpr std::size_t Piece = 64 * 1024;
+  static constexpr std::size_t Piece = std::size_t{64} << 10;
   static constexpr std::uint64_t MostBytes = std::uint64_t{1}
                                              << 30; // more is no text that anybody could load
 

@@ -78,8 +78,8 @@ TEST_F(Lines, AreThoseOfThePlainReadingForRandomFiles) {
                                      "{1}.A = "};
   const std::string_view marks[] = {"", "\xEF\xBB\xBF"};
   for (int file = 0; file < 40; ++file) {
-    const std::size_t size =
-        file < 20 ? random() % 200 : 128 * 1024 - 20 + random() % 40 + (file % 3) * 128 * 1024;
+    const std::size_t fills = std::size_t{128} << (10 + file % 3);
+    const std::size_t size = file < 20 ? random() % 200 : fills - 20 + random() % 40;
     const std::size_t most = file % 4 == 0 ? std::size(pieces) : 4 + random() % 4;
     std::string bytes(marks[file % 2]);
     while (bytes.size() < size) {

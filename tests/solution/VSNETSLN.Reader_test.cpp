@@ -302,7 +302,7 @@ TEST_F(OpenedSolution, NeedsAReadableFileAndStopsWhenAsked) {
 }
 
 TEST_F(OpenedSolution, SurvivesOneLineOfManyMegabytes) {
-  const std::string line(20'000'000, 'x');
+  const std::string line(std::size_t{1} << 24, 'x');
   EXPECT_EQ(OpenText(Header + line + "\n" + Project('A') + "Global\nEndGlobal\n")->GetProjects()->GetCount(),
             1);
 }
