@@ -194,6 +194,7 @@ void TActionWriter::Append(const TProjectElement& parent, const std::vector<cons
     return;
   }
   std::vector<std::string> elements;
+  elements.reserve(added.size());
   for (const auto* node : added)
     elements.push_back(Action(*node, ChildIndent(*list)));
   InsertInto(*list, list->Children.empty() ? nullptr : &list->Children.back(), elements);
