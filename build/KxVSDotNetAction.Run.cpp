@@ -54,7 +54,7 @@ std::shared_ptr<IVSDotNetSolution> TBuildRun::LoadSolution() {
   std::u16string name;
   if (!action_.TryExpandExpression(u"Solution File Name", action_.solution_.Solution, true, name))
     throw EFailAction(u"Failed to expand solution file name.");
-  name = action_.FullSolutionName(name);
+  name = action_.FullProjectPath(name);
   if (!platform::FileExists(name))
     throw EFailAction(u"Solution File " + DoubleQuoteString(name) + u" does not exist");
   try {
@@ -196,7 +196,8 @@ bool TBuildRun::ReadProjects(text::TStringList& ids) {
 }
 
 bool TBuildRun::ReadSelectedProjects(text::TStringList& ids) {
-  text::TStringList& selected = action_.solution_.SelectedProjects;
+  // A copy: in a loop an entry may mean another project on each pass.
+  text::TStringList selected = action_.solution_.SelectedProjects;
   action_.SanitiseProjectIDs(selected, solution_);
   if (selected.IsEmpty()) {
     action_.SendMessage(u"No Projects selected to build", TStatusTag::stError);

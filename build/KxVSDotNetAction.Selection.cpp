@@ -1,9 +1,6 @@
 #include "build/KxVSDotNetAction.h"
 
 #include "build/ProjectSearch.h"
-#include "host/Utilities.h"
-#include "platform/Files.h"
-#include "text/WindowsPath.h"
 
 namespace kx {
 
@@ -28,19 +25,12 @@ std::u16string IdOf(const IVSDotNetSolution& solution, std::u16string_view text)
 
 } // namespace
 
-std::u16string TKxCustomVSDotNetAction::FullSolutionName(std::u16string_view expanded) {
-  if (text::IsAbsolutePath(expanded)) return std::u16string(expanded);
-  std::u16string folder = GetVariableValue(u"ProjectDir");
-  if (folder.empty()) folder = platform::CurrentDirectory();
-  return TPathUtils::ExpandRelativePath(expanded, folder);
-}
-
 std::shared_ptr<IVSDotNetSolution> TKxCustomVSDotNetAction::TryOpenSolution() {
   if (opening_) return nullptr;
   const TFlagGuard guard(opening_);
   try {
     const std::u16string name = ExpandExpression(solution_.Solution);
-    return name.empty() ? nullptr : OpenSolution(FullSolutionName(name), false, &Host().Stop());
+    return name.empty() ? nullptr : OpenSolution(FullProjectPath(name), false, &Host().Stop());
   } catch (const std::exception&) {
     return nullptr;
   }

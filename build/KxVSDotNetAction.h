@@ -84,8 +84,6 @@ protected:
 private:
   friend class TBuildRun;
 
-  // The full name that `Solution` expands to. Raises EExpressionError.
-  std::u16string FullSolutionName(std::u16string_view expanded);
   // Null when it cannot be opened, or is being opened already (an expression in `Solution` that asks for a
   // project).
   std::shared_ptr<IVSDotNetSolution> TryOpenSolution();

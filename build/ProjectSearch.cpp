@@ -13,12 +13,8 @@ namespace kx {
 
 namespace {
 
-bool IsWebAddress(std::u16string_view name) {
-  return name.find(u"://") != std::u16string_view::npos;
-}
-
 std::u16string FullPath(std::u16string_view folder, std::u16string_view name) {
-  return IsWebAddress(name) ? std::u16string(name) : text::ExpandPath(name, folder);
+  return TPathUtils::ExpandRelativePath(name, folder);
 }
 
 std::shared_ptr<IVSDotNetProject> FirstProject(const IVSDotNetProjects& projects,

@@ -1,5 +1,9 @@
 #include "host/Actions.h"
 
+#include "host/Utilities.h"
+#include "platform/Files.h"
+#include "text/WindowsPath.h"
+
 namespace kx {
 
 TCustomKxAction::TCustomKxAction() = default;
@@ -71,6 +75,13 @@ bool TCustomKxAction::TryExpandExpression(std::u16string_view label, std::u16str
 
 std::u16string TCustomKxAction::GetVariableValue(std::u16string_view name) {
   return Host().GetVariable(name).value_or(std::u16string());
+}
+
+std::u16string TCustomKxAction::FullProjectPath(std::u16string_view path) {
+  if (text::IsAbsolutePath(path)) return std::u16string(path);
+  std::u16string folder = GetVariableValue(u"ProjectDir");
+  if (folder.empty()) folder = platform::CurrentDirectory();
+  return TPathUtils::ExpandRelativePath(path, folder);
 }
 
 IPropertySetService& TCustomKxAction::GetPropertySetService() {

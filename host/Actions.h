@@ -132,6 +132,9 @@ public:
   bool TryExpandExpression(std::u16string_view label, std::u16string_view text, bool required,
                            std::u16string& result);
   std::u16string GetVariableValue(std::u16string_view name); // empty for an unknown name
+  // The full path of what a property names: a relative one is seen from the project's folder, without a
+  // project file from the current folder.
+  std::u16string FullProjectPath(std::u16string_view path);
   IPropertySetService& GetPropertySetService();
   std::u16string EncryptString(std::u16string_view clear);
   std::u16string DecryptString(std::u16string_view secret) const;

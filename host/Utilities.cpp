@@ -10,7 +10,8 @@ namespace kx {
 
 std::u16string TPathUtils::ExpandRelativePath(std::u16string_view path, std::u16string_view baseFolder,
                                               bool keepAbsent) {
-  if (keepAbsent && path.empty()) return {};
+  const bool isWebAddress = path.find(u"://") != std::u16string_view::npos;
+  if (isWebAddress || (keepAbsent && path.empty())) return std::u16string(path);
   return text::ExpandPath(path, baseFolder);
 }
 

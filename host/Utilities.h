@@ -10,8 +10,8 @@ namespace kx {
 
 class TPathUtils {
 public:
-  // The full path of `path` seen from `baseFolder`. With `keepAbsent` set an empty path stays empty instead
-  // of becoming the folder.
+  // The full path of `path` seen from `baseFolder`; a web address is one already. With `keepAbsent` set an
+  // empty path stays empty instead of becoming the folder.
   static std::u16string ExpandRelativePath(std::u16string_view path, std::u16string_view baseFolder,
                                            bool keepAbsent = false);
   static std::u16string GetAppPath();       // the running program's folder, with a trailing delimiter

@@ -373,5 +373,15 @@ TEST_F(BuildRun, EndsAnExpressionThatBacktracksForEver) {
   EXPECT_THAT(Log(), testing::HasSubstr("3 Error matching config regular expression : "));
 }
 
+TEST_F(BuildRun, ASelectionByVariableIsLookedUpInEachRun) {
+  Set({{u"UseMSBuild", u"False"}, {u"BuildType", u"btSelectedProjects"}, {u"SelectedProjects", u"%Which%"}});
+  for (const std::u16string_view name : {u"App", u"Lib"}) {
+    host_.ClearLog();
+    host_.Variables[u"Which"] = name;
+    EXPECT_EQ(Execute(), "succeeded");
+    EXPECT_THAT(Log(), testing::HasSubstr("> Project " + text::ToUtf8(name) + "\n"));
+  }
+}
+
 } // namespace
 } // namespace kx::tests

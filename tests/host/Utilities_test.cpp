@@ -10,6 +10,8 @@ namespace {
 TEST(Utilities, PathsAreExpandedAgainstTheirFolder) {
   EXPECT_EQ(TPathUtils::ExpandRelativePath(u"..\\Lib\\Lib.csproj", u"C:\\src\\App"),
             u"C:\\src\\Lib\\Lib.csproj");
+  EXPECT_EQ(TPathUtils::ExpandRelativePath(u"http://host/../a.csproj", u"C:\\src"),
+            u"http://host/../a.csproj");
   EXPECT_EQ(TPathUtils::ExpandRelativePath(u"", u"C:\\src", true), u"");
   EXPECT_EQ(TPathUtils::ExpandRelativePath(u"", u"C:\\src"), u"C:\\src");
 }
