@@ -48,6 +48,13 @@ std::string ValueText(const TKxMetric& metric) {
   return number != nullptr ? std::to_string(*number) : ForTerminal(std::get<std::u16string>(metric.Value));
 }
 
+// "project 3 of 17".
+std::string ProgressText(const std::optional<TLoopPosition>& position) {
+  if (!position) return {};
+  return text::ToUtf8(position->Unit) + " " + std::to_string(position->Number) + " of " +
+         std::to_string(position->Count);
+}
+
 } // namespace
 
 std::string TPalette::Wrap(const char* code, std::string_view text) const {
@@ -111,7 +118,7 @@ void TConsoleSink::Line(int depth, std::string_view text) {
 }
 
 void TConsoleSink::Show(int depth, const TActionStarted& event) {
-  status_.Push(text::ToUtf8(event.Name));
+  status_.Push(text::ToUtf8(event.Name), ProgressText(event.Position));
   if (!Shows(TStatusTag::stNormal)) return;
   const std::u16string pass = event.Pass.empty() ? u"" : u"  (" + event.Pass + u")";
   Line(depth, palette_.Bold(ForTerminal(event.Description + pass)));

@@ -42,15 +42,19 @@ void TStatusLine::Print(std::string_view text) {
   Out(text);
 }
 
-void TStatusLine::Push(std::string_view title) {
+void TStatusLine::Push(std::string_view title, std::string_view progress) {
   const std::scoped_lock lock(mutex_);
-  if (titles_.empty()) since_ = std::chrono::steady_clock::now();
-  titles_.emplace_back(title);
+  if (entries_.empty()) {
+    since_ = std::chrono::steady_clock::now();
+  } else if (progress.empty()) {
+    progress = entries_.back().Progress;
+  }
+  entries_.push_back({std::string(title), std::string(progress)});
 }
 
 void TStatusLine::Pop() {
   const std::scoped_lock lock(mutex_);
-  if (!titles_.empty()) titles_.pop_back();
+  if (!entries_.empty()) entries_.pop_back();
 }
 
 void TStatusLine::Count(bool error) {
@@ -66,14 +70,17 @@ void TStatusLine::Work() {
 }
 
 std::string TStatusLine::Text() const {
-  std::string text = Clock(std::chrono::steady_clock::now() - since_) + "  " + titles_.back();
+  const TEntry& now = entries_.back();
+  std::string text = Clock(std::chrono::steady_clock::now() - since_);
+  if (!now.Progress.empty()) text += "  " + now.Progress;
+  text += "  " + now.Title;
   if (errors_ > 0) text += "  " + std::to_string(errors_) + " errors";
   if (warnings_ > 0) text += "  " + std::to_string(warnings_) + " warnings";
   return text;
 }
 
 void TStatusLine::Draw() {
-  if (titles_.empty()) return;
+  if (entries_.empty()) return;
   const int width = platform::TerminalWidth(platform::ConsoleStream::Output);
   const auto columns = static_cast<std::size_t>(width > 1 ? width - 1 : 1);
   std::u16string text = text::FromUtf8(Text());

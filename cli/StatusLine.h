@@ -22,11 +22,17 @@ public:
   TStatusLine& operator=(const TStatusLine&) = delete;
 
   void Print(std::string_view text);
-  void Push(std::string_view title); // what is being done now
+  // What is being done now, and how far the loop around it has come; without `progress` that of what is
+  // around it holds on.
+  void Push(std::string_view title, std::string_view progress = {});
   void Pop();
   void Count(bool error); // one more error or warning
 
 private:
+  struct TEntry {
+    std::string Title;
+    std::string Progress;
+  };
   void Draw();
   void Erase();
   void Work();
@@ -37,7 +43,7 @@ private:
   std::condition_variable changed_;
   bool ending_ = false;
   bool drawn_ = false;
-  std::vector<std::string> titles_;
+  std::vector<TEntry> entries_; // the innermost last
   std::chrono::steady_clock::time_point since_;
   int errors_ = 0;
   int warnings_ = 0;

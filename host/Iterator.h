@@ -14,6 +14,8 @@ public:
   const std::u16string& GetLoopVariable() const { return loopVariable_; }
   void SetLoopVariable(std::u16string name) { loopVariable_ = std::move(name); }
 
+  // What one pass stands for, as a status line counts them: "project 3 of 17".
+  virtual std::u16string GetPassUnit() const { return u"pass"; }
   int GetIterationCount() const { return count_; }
   int GetCurrentIteration() const { return current_; } // from 1 while the loop runs, 0 outside it
 

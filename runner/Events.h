@@ -35,12 +35,20 @@ struct TActionResult {
   std::vector<TConfigurationResult> Configurations; // in the order built; empty for other actions
 };
 
+// Where a loop stands: "project" 3 of 17.
+struct TLoopPosition {
+  std::u16string Unit;
+  int Number = 0; // from 1
+  int Count = 0;
+};
+
 struct TActionStarted {
   std::u16string Name;
   std::u16string Type;
   std::u16string Description; // one line: the name with what the action adds to it
   std::u16string Pass;
   int Nesting = 0;
+  std::optional<TLoopPosition> Position = {}; // of the innermost loop
 };
 struct TActionEnded {
   TActionResult Result;

@@ -55,9 +55,14 @@ TJson ConfigurationsOf(const TActionResult& result) {
 }
 
 TJson Fields(const TActionStarted& action) {
-  return {{"event", "action"},         {"name", Utf8(action.Name)},
-          {"type", Utf8(action.Type)}, {"description", Utf8(action.Description)},
-          {"pass", Utf8(action.Pass)}, {"nesting", action.Nesting}};
+  TJson fields{{"event", "action"},         {"name", Utf8(action.Name)},
+               {"type", Utf8(action.Type)}, {"description", Utf8(action.Description)},
+               {"pass", Utf8(action.Pass)}, {"nesting", action.Nesting}};
+  if (action.Position) {
+    fields["iteration"] = action.Position->Number;
+    fields["iterations"] = action.Position->Count;
+  }
+  return fields;
 }
 
 TJson Fields(const TActionEnded& ended) {

@@ -94,14 +94,15 @@ struct TProjectRunner::TState {
   TFrame* Current(const TCustomKxAction& action) {
     return !Frames.empty() && &Frames.back().Node->Action() == &action ? &Frames.back() : nullptr;
   }
-  std::u16string Pass() const {
-    for (auto frame = Frames.rbegin(); frame != Frames.rend(); ++frame) {
-      const TKxBaseIterator* loop = frame->Node->Iterator();
-      if (loop == nullptr || loop->GetCurrentIteration() == 0) continue;
-      const auto value = Variables.Find(loop->GetLoopVariable());
-      return value ? value->Text : text::FromInteger(loop->GetCurrentIteration());
-    }
-    return {};
+  const TKxBaseIterator* InnermostLoop() const {
+    for (auto frame = Frames.rbegin(); frame != Frames.rend(); ++frame)
+      if (const auto* loop = frame->Node->Iterator(); loop != nullptr && loop->GetCurrentIteration() > 0)
+        return loop;
+    return nullptr;
+  }
+  std::u16string Pass(const TKxBaseIterator& loop) const {
+    const auto value = Variables.Find(loop.GetLoopVariable());
+    return value ? value->Text : text::FromInteger(loop.GetCurrentIteration());
   }
 
   bool RunNodes(const std::vector<std::unique_ptr<TActionNode>>& nodes);
@@ -145,10 +146,14 @@ void TProjectRunner::TState::Begin(const TActionNode& node) {
   frame.Node = &node;
   frame.Result.Name = node.DisplayName();
   frame.Result.Type = node.Type().Identifier;
-  frame.Result.Pass = Pass();
   frame.Result.Nesting = static_cast<int>(Frames.size());
-  Log.StartAction({frame.Result.Name, frame.Result.Type, node.Action().GetFormattedDescription(),
-                   frame.Result.Pass, frame.Result.Nesting});
+  const TKxBaseIterator* loop = InnermostLoop();
+  if (loop != nullptr) frame.Result.Pass = Pass(*loop);
+  TActionStarted started{frame.Result.Name, frame.Result.Type, node.Action().GetFormattedDescription(),
+                         frame.Result.Pass, frame.Result.Nesting};
+  if (loop != nullptr)
+    started.Position = {loop->GetPassUnit(), loop->GetCurrentIteration(), loop->GetIterationCount()};
+  Log.StartAction(std::move(started));
   Frames.push_back(std::move(frame));
   Watcher->Enter(node.Action());
 }
