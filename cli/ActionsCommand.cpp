@@ -60,6 +60,7 @@ TJson ActionToJson(const TRegisteredAction& type, TProject& project) {
           {"name", text::ToUtf8(node.Action().GetActionName())},
           {"category", text::ToUtf8(type.Category)},
           {"keywords", text::ToUtf8(node.Action().GetActionKeywords())},
+          {"image", project.Services().FindImage(type.Identifier)},
           {"properties", std::move(properties)}};
 }
 

@@ -34,6 +34,9 @@ public:
                                       std::u16string_view property, const TKxPropertyEditorClass& editor) = 0;
   virtual void RegisterPropertyPages(const TKxActionClass& actionClass,
                                      std::span<const TKxPageClass* const> pages) = 0;
+  // The picture of the actions and options that are registered under this name: SVG, which scales to every
+  // size and needs no decoder of the plug-in's. The text outlives the host's use of the plug-in.
+  virtual void RegisterImage(std::u16string_view name, std::string_view svg) = 0;
 };
 
 // A function of an action that expressions may call with one text. It never raises.

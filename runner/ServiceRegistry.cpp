@@ -37,6 +37,12 @@ const TRegisteredAction& TServiceRegistry::RequireAction(std::u16string_view ide
   throw EKxException(u"Unknown action type " + Quoted(identifier) + u"." + DidYouMean(identifier, names));
 }
 
+std::string_view TServiceRegistry::FindImage(std::u16string_view name) const {
+  const auto* found =
+      FindRow(images_, [&](const TRegisteredImage& row) { return text::EqualsIgnoreCase(row.Name, name); });
+  return found == nullptr ? std::string_view() : found->Svg;
+}
+
 const TRegisteredFunction* TServiceRegistry::FindFunction(const TKxActionClass& actionClass,
                                                           std::u16string_view name) const {
   return FindRow(functions_, [&](const TRegisteredFunction& row) {
@@ -55,7 +61,7 @@ std::optional<std::int32_t> TServiceRegistry::FindConstant(std::u16string_view n
   const auto* found = FindRow(
       constants_, [&](const TConstant& constant) { return text::EqualsIgnoreCase(constant.Name, name); });
   if (found != nullptr) return found->Value;
-  for (const auto* enumeration : enumerations_)
+  for (const auto* enumeration : Enumerations())
     if (const auto ordinal = enumeration->OrdinalOf(name)) return ordinal;
   return std::nullopt;
 }
@@ -64,9 +70,22 @@ std::vector<std::u16string> TServiceRegistry::ConstantNames() const {
   std::vector<std::u16string> names;
   for (const auto& constant : constants_)
     names.push_back(constant.Name);
-  for (const auto* enumeration : enumerations_)
+  for (const auto* enumeration : Enumerations())
     names.insert(names.end(), enumeration->Values.begin(), enumeration->Values.end());
   return names;
+}
+
+// Only an action itself can show its properties, and it may look at options, which are registered after it:
+// so one of each is made no sooner than somebody asks.
+const std::vector<const TKxEnumeration*>& TServiceRegistry::Enumerations() const {
+  if (!knownEnumerations_.empty()) return knownEnumerations_;
+  knownEnumerations_ = enumerations_;
+  for (const auto& action : actions_) {
+    const auto example = action.Class->Create();
+    for (const auto& property : example->PublishedProperties().Rows())
+      if (property.Enumeration != nullptr) knownEnumerations_.push_back(property.Enumeration);
+  }
+  return knownEnumerations_;
 }
 
 platform::Status TServiceRegistry::SaveOptions() {
@@ -89,6 +108,7 @@ void TServiceRegistry::RegisterAction(std::u16string_view identifier, std::u16st
   if (FindAction(identifier) != nullptr)
     throw EKxException(u"The action type " + Quoted(identifier) + u" is registered already.");
   actions_.push_back({std::u16string(identifier), std::u16string(category), &actionClass});
+  knownEnumerations_.clear();
 }
 
 void TServiceRegistry::RegisterPropertyEditor(TKxPropertyKind /*kind*/, const TKxActionClass& /*actionClass*/,
@@ -102,6 +122,10 @@ void TServiceRegistry::RegisterPropertyPages(const TKxActionClass& actionClass,
   pages_.push_back({&actionClass, {pages.begin(), pages.end()}});
 }
 
+void TServiceRegistry::RegisterImage(std::u16string_view name, std::string_view svg) {
+  images_.push_back({std::u16string(name), svg});
+}
+
 void TServiceRegistry::RegisterFunction(const TKxActionClass& actionClass, std::u16string_view name,
                                         TKxScriptFunction function) {
   functions_.push_back({&actionClass, std::u16string(name), function});
@@ -113,6 +137,7 @@ void TServiceRegistry::RegisterConstant(std::u16string_view name, std::int32_t v
 
 void TServiceRegistry::RegisterEnumeration(const TKxEnumeration& enumeration) {
   enumerations_.push_back(&enumeration);
+  knownEnumerations_.clear();
 }
 
 void TServiceRegistry::RegisterOptions(const TKxOptionsClass& optionsClass) {

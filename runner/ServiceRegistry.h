@@ -18,6 +18,11 @@ struct TRegisteredAction {
   const TKxActionClass* Class = nullptr;
 };
 
+struct TRegisteredImage {
+  std::u16string Name;
+  std::string_view Svg;
+};
+
 struct TRegisteredFunction {
   const TKxActionClass* Class = nullptr;
   std::u16string Name;
@@ -47,12 +52,13 @@ public:
   const TRegisteredAction* FindAction(std::u16string_view identifier) const;
   // Raises EKxException that says the nearest identifier.
   const TRegisteredAction& RequireAction(std::u16string_view identifier) const;
+  std::string_view FindImage(std::u16string_view name) const; // SVG; empty when there is none
   const TRegisteredFunction* FindFunction(const TKxActionClass& actionClass, std::u16string_view name) const;
   std::vector<std::u16string> FunctionNames(const TKxActionClass& actionClass) const;
-  // A registered constant, or a name of a registered enumeration: its ordinal.
+  // A registered constant, or a name of an enumeration that is registered or that an action's properties
+  // take: its ordinal.
   std::optional<std::int32_t> FindConstant(std::u16string_view name) const;
   std::vector<std::u16string> ConstantNames() const; // those of enumerations too
-  const std::vector<const TKxEnumeration*>& Enumerations() const { return enumerations_; }
   const std::vector<TRegisteredOptions>& Options() const { return options_; }
   const std::vector<TRegisteredPages>& Pages() const { return pages_; }
 
@@ -66,6 +72,7 @@ public:
                               std::u16string_view property, const TKxPropertyEditorClass& editor) override;
   void RegisterPropertyPages(const TKxActionClass& actionClass,
                              std::span<const TKxPageClass* const> pages) override;
+  void RegisterImage(std::u16string_view name, std::string_view svg) override;
   void RegisterFunction(const TKxActionClass& actionClass, std::u16string_view name,
                         TKxScriptFunction function) override;
   void RegisterConstant(std::u16string_view name, std::int32_t value) override;
@@ -79,11 +86,16 @@ private:
     std::u16string Name;
     std::int32_t Value;
   };
+  const std::vector<const TKxEnumeration*>& Enumerations() const;
+
   TOptionsStore& store_;
   std::vector<TRegisteredAction> actions_;
+  std::vector<TRegisteredImage> images_;
   std::vector<TRegisteredFunction> functions_;
   std::vector<TConstant> constants_;
-  std::vector<const TKxEnumeration*> enumerations_;
+  std::vector<const TKxEnumeration*> enumerations_; // those registered
+  // With those of the actions' properties behind them; empty until somebody asks after a registration.
+  mutable std::vector<const TKxEnumeration*> knownEnumerations_;
   std::vector<TRegisteredOptions> options_;
   std::vector<TRegisteredPages> pages_;
 };

@@ -214,6 +214,10 @@ void TFakeServices::RegisterPropertyPages(const TKxActionClass& actionClass,
     Note({u"page", actionClass.ClassName, page->ClassName});
 }
 
+void TFakeServices::RegisterImage(std::u16string_view name, std::string_view /*svg*/) {
+  Note({u"image", name});
+}
+
 void TFakeServices::RegisterFunction(const TKxActionClass& actionClass, std::u16string_view name,
                                      TKxScriptFunction function) {
   Note({u"function", actionClass.ClassName, name});

@@ -150,6 +150,7 @@ public:
                               std::u16string_view property, const TKxPropertyEditorClass& editor) override;
   void RegisterPropertyPages(const TKxActionClass& actionClass,
                              std::span<const TKxPageClass* const> pages) override;
+  void RegisterImage(std::u16string_view name, std::string_view svg) override;
   void RegisterFunction(const TKxActionClass& actionClass, std::u16string_view name,
                         TKxScriptFunction function) override;
   void RegisterConstant(std::u16string_view name, std::int32_t value) override;
