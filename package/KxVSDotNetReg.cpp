@@ -2,6 +2,9 @@
 
 #include "build/KxVSDotNetAction.h"
 #include "build/KxVSDotNetOptions.h"
+#include "mstest/KxMSTestAction.h"
+#include "iterator/KxVSDotNetSolutionIterator.h"
+#include "package/Images.h"
 
 namespace kx {
 
@@ -16,6 +19,11 @@ void RegisterBuildAction() {
   scripting.RegisterFunction(action, u"GetProjectPath", &TKxVSDotNetAction::GetProjectPathFunction);
 }
 
+void RegisterImages() {
+  for (const auto& image : PackageImages)
+    ActionService().RegisterImage(image.Name, image.Svg);
+}
+
 void RegisterScriptConstants() {
   const TKxEnumeration& actions = VSDotNetBuildActionEnumeration();
   for (std::size_t i = 0; i < actions.Values.size(); ++i)
@@ -25,8 +33,11 @@ void RegisterScriptConstants() {
 } // namespace
 
 void RegisterVisualStudioDotNet(const IKxRegistrationContext& context) {
+  RegisterImages();
   RegisterBuildAction();
   RegisterOptions();
+  ActionService().RegisterAction(u"MSTEST", u"Testing Tools", TKxMSTestAction::Class());
+  ActionService().RegisterAction(u"SOLUTIONITERATOR", u"Compilers", TKxVSSolutionIterator::Class());
   if (!context.HasDesignEnvironment()) return;
   RegisterScriptConstants();
 }
