@@ -30,7 +30,10 @@ TEST_F(LogReader, FindsTheEncodingOfConsolesAndRedirections) {
   };
   const TCase cases[] = {
       {"UTF-8", "\xC3\xA9\xC3\xA8\n", {u"éè"}},
-      {"UTF-8 with its mark", "\xEF\xBB\xBFa\n", {u"a"}},
+      {"UTF-8 with its mark",
+       "\xEF\xBB\xBF"
+       "a\n",
+       {u"a"}},
       {"UTF-16 little-endian",
        std::string("\xFF\xFE"
                    "a\0\n\0\xE9\0\r\0\n\0",
