@@ -1,19 +1,26 @@
 # kx_room(NAME <room> [KIND OBJECT|STATIC] [TARGET <target>] SOURCES <files> [USES <rooms>] [LINKS <targets>])
 #
 # One folder, one target, one sentence of docs/architecture.md. USES names every room whose headers this room may
-# include; the includes are read here, so that an arrow in the wrong direction stops the configuration.
+# include, or a target that is part of one (build_options: that part of build/); the includes are read here, so that an
+# arrow in the wrong direction stops the configuration.
 # The rooms text, platform and host are linked into one shared library, kxcore, so that the program and every plug-in
 # share one copy of the services, the exceptions and the classes of the host contract.
 set(KX_CORE_ROOMS text platform host)
 
 function(kx_check_includes room uses)
+  set(folders "${room}")
+  foreach(used IN LISTS uses)
+    get_target_property(folder kx_${used} SOURCE_DIR)
+    get_filename_component(folder "${folder}" NAME)
+    list(APPEND folders "${folder}")
+  endforeach()
   foreach(file IN LISTS ARGN)
     set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${file}")
     file(STRINGS "${file}" includes REGEX "^#include \"[a-z]+/")
     foreach(line IN LISTS includes)
       string(REGEX REPLACE "^#include \"([a-z]+)/.*" "\\1" used "${line}")
-      if(NOT used STREQUAL room AND NOT used IN_LIST uses)
-        message(FATAL_ERROR "${file}: ${line}\nThe room '${room}' may include only: ${room};${uses}")
+      if(NOT used IN_LIST folders)
+        message(FATAL_ERROR "${file}: ${line}\nThe room '${room}' may include only: ${folders}")
       endif()
     endforeach()
   endforeach()

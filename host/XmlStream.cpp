@@ -54,8 +54,8 @@ class TReading : public libxml::TFailure {
 public:
   TReading(IXmlEvents& events, TRead read) : events_(events), read_(std::move(read)) {}
 
-  // True when the whole document was read.
-  bool Run(const char* encoding);
+  // True when the whole document was read. One that was converted still declares what it was before.
+  bool Run(bool isConverted);
 
 private:
   static TReading& Of(void* parser) {
@@ -85,7 +85,7 @@ private:
   std::exception_ptr raised_;
 };
 
-bool TReading::Run(const char* encoding) {
+bool TReading::Run(bool isConverted) {
   const auto parser = libxml::NewParser(*this);
   xmlSAXHandler& handler = *parser->sax;
   handler.startElementNs = OnStart;
@@ -98,8 +98,9 @@ bool TReading::Run(const char* encoding) {
   handler.processingInstruction = nullptr;
   // "&amp;" in an attribute comes decoded only on request; entities other than the five cannot exist without
   // a document type.
-  const libxml::TOwned<xmlDoc> rest(xmlCtxtReadIO(parser.get(), OnRead, nullptr, this, nullptr, encoding,
-                                                  XML_PARSE_NONET | XML_PARSE_NOENT));
+  const int options = XML_PARSE_NONET | XML_PARSE_NOENT | (isConverted ? XML_PARSE_IGNORE_ENC : 0);
+  const libxml::TOwned<xmlDoc> rest(
+      xmlCtxtReadIO(parser.get(), OnRead, nullptr, this, nullptr, nullptr, options));
   if (raised_) std::rethrow_exception(raised_);
   if (parser->wellFormed == 0) Note(u"The document is not well-formed.");
   return Reason.empty();
@@ -221,17 +222,44 @@ private:
   std::size_t at_ = 0;
 };
 
+// Finds the character 0, which no document may hold: the parser would take it for the end of its buffer and
+// might read on behind it.
+class TZeroFinder {
+public:
+  explicit TZeroFinder(std::string_view beginning)
+      : isWide_(beginning.starts_with("\xFF\xFE") || beginning.starts_with("\xFE\xFF") ||
+                beginning.substr(0, 2).find('\0') != std::string_view::npos) {}
+
+  bool IsIn(std::string_view piece) {
+    if (!isWide_) return piece.find('\0') != std::string_view::npos;
+    for (const char byte : piece) {
+      if (isSecond_ && first_ == '\0' && byte == '\0') return true;
+      first_ = byte;
+      isSecond_ = !isSecond_;
+    }
+    return false;
+  }
+
+private:
+  bool isWide_; // UTF-16
+  bool isSecond_ = false;
+  char first_ = '\0';
+};
+
 std::u16string ReadDocument(IXmlEvents& events, TRead read) {
   TPeekedSource source(std::move(read));
   const auto beginning = source.Peek();
   if (!beginning) return beginning.Message();
   const auto page = libxml::DeclaredPage(beginning->substr(0, libxml::LongestDeclaration));
   TPageSource pageSource(source, page.value_or(libxml::TDeclaredPage{}));
-  const auto readPiece = [&](char* buffer, std::size_t size) {
-    return page ? pageSource.Read(buffer, size) : source.Read(buffer, size);
+  TZeroFinder zero(*beginning);
+  const auto readPiece = [&](char* buffer, std::size_t size) -> platform::Result<std::size_t> {
+    auto count = page ? pageSource.Read(buffer, size) : source.Read(buffer, size);
+    if (count && zero.IsIn({buffer, *count})) return platform::Failure{u"The document holds a character 0."};
+    return count;
   };
   TReading reading(events, readPiece);
-  return reading.Run(page ? "UTF-8" : nullptr) ? std::u16string() : reading.Reason;
+  return reading.Run(page.has_value()) ? std::u16string() : reading.Reason;
 }
 
 } // namespace

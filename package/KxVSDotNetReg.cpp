@@ -2,6 +2,7 @@
 
 #include "build/KxVSDotNetAction.h"
 #include "build/KxVSDotNetOptions.h"
+#include "mstest/KxMSTestAction.h"
 #include "iterator/KxVSDotNetSolutionIterator.h"
 #include "package/Images.h"
 
@@ -35,6 +36,7 @@ void RegisterVisualStudioDotNet(const IKxRegistrationContext& context) {
   RegisterImages();
   RegisterBuildAction();
   RegisterOptions();
+  ActionService().RegisterAction(u"MSTEST", u"Testing Tools", TKxMSTestAction::Class());
   ActionService().RegisterAction(u"SOLUTIONITERATOR", u"Compilers", TKxVSSolutionIterator::Class());
   if (!context.HasDesignEnvironment()) return;
   RegisterScriptConstants();

@@ -1,0 +1,104 @@
+#include "mstest/KxMSTestAction.h"
+#include "host/Utilities.h"
+#include "platform/Files.h"
+#include "text/StringList.h"
+#include "text/Text.h"
+#include "text/WindowsPath.h"
+
+namespace kx {
+
+namespace {
+
+constexpr auto QuoteValue = TCommandLineOption::QuoteValue;
+
+text::TStringList SplitDelimited(std::u16string_view text, char16_t delimiter) {
+  text::TStringList items;
+  items.SetDelimitedText(text, delimiter);
+  return items;
+}
+
+// A list with line breaks becomes one of quoted items, so that each line keeps its blanks. Text without a
+// line break is left as it is: an unquoted path with a blank in it has always been two containers.
+std::u16string QuoteLines(std::u16string_view text) {
+  if (text.find(u"\r\n") == std::u16string_view::npos) return std::u16string(text);
+  std::u16string lines = text::ReplaceAll(text, u"\"", u"");
+  lines = text::ReplaceAll(lines, u"|", u"\"|\"");
+  return u'"' + text::ReplaceAll(lines, u"\r\n", u"\"|\"") + u'"';
+}
+
+} // namespace
+
+bool TKxMSTestAction::GetCommandLine(ICommandLineBuilder& builder) {
+  builder.Reset(0);
+  if (!AddTestInput(builder) || !AddResultsFile(builder) || !AddRunConfiguration(builder) ||
+      !AddTestLists(builder) || !AddTests(builder))
+    return false;
+  if (!run_.ShowBanner) builder.Add(u"/nologo", u"", TCommandLineOption::Plain);
+  return GetPublishArguments(builder);
+}
+
+bool TKxMSTestAction::AddTestInput(ICommandLineBuilder& builder) {
+  std::u16string files;
+  if (input_.UseMetadataFile) {
+    if (!TryExpandExpression(u"Test Metadata File", input_.MetadataFile, true, files)) return false;
+    builder.Add(u"/testmetadata:", files, QuoteValue);
+    return true;
+  }
+  if (!TryExpandExpression(u"Test Container File", input_.AssemblyFileName, true, files)) return false;
+  for (const auto& container : SplitDelimited(QuoteLines(files), u'|'))
+    if (!container.empty()) builder.Add(u"/testcontainer:", container, QuoteValue);
+  return true;
+}
+
+bool TKxMSTestAction::AddResultsFile(ICommandLineBuilder& builder) {
+  resultsFileIsTemporary_ = false;
+  if (!TryExpandExpression(u"Results File", run_.OutputFileName, false, effectiveResultsFile_)) return false;
+  if (effectiveResultsFile_.empty()) {
+    effectiveResultsFile_ = TFileInfo::GetTemporaryFileName(u"", u"MSTRE");
+    // MSTest does not write over a file; where this one stays, MSTest says so.
+    static_cast<void>(platform::RemoveFile(effectiveResultsFile_));
+    resultsFileIsTemporary_ = true;
+  }
+  builder.Add(u"/resultsfile:", effectiveResultsFile_, QuoteValue);
+  return true;
+}
+
+bool TKxMSTestAction::AddRunConfiguration(ICommandLineBuilder& builder) {
+  std::u16string file;
+  if (!TryExpandExpression(u"Run Configuration File", run_.ConfigFileName, false, file)) return false;
+  if (!file.empty()) builder.Add(u"/runconfig:", file, QuoteValue);
+  return true;
+}
+
+bool TKxMSTestAction::AddTestLists(ICommandLineBuilder& builder) {
+  if (!input_.UseMetadataFile || !input_.SpecifyTestList) return true;
+  std::u16string lists;
+  if (!TryExpandExpression(u"Test Lists", input_.TestList, true, lists)) return false;
+  for (const auto& list : SplitDelimited(lists, u','))
+    builder.Add(u"/testlist:", list, QuoteValue);
+  return true;
+}
+
+bool TKxMSTestAction::AddTests(ICommandLineBuilder& builder) {
+  if (!input_.SpecifyTests) return true;
+  std::u16string tests;
+  if (!TryExpandExpression(u"Test Names", input_.Tests, true, tests)) return false;
+  for (const auto& test : SplitDelimited(tests, u','))
+    builder.Add(u"/test:", test, QuoteValue);
+  return true;
+}
+
+std::u16string TKxMSTestAction::GetStartingDir() {
+  std::u16string text;
+  if (!run_.StartingDirectory.empty())
+    return TryExpandExpression(u"Starting Directory", run_.StartingDirectory, false, text) ? text : u"";
+  if (input_.UseMetadataFile)
+    return TryExpandExpression(u"Metadata File", input_.MetadataFile, false, text)
+               ? text::ExtractFilePath(text)
+               : u"";
+  if (!TryExpandExpression(u"Assembly File", input_.AssemblyFileName, false, text)) return {};
+  // Semicolons here, bars on the command line: so it has always been.
+  return text::ExtractFilePath(SplitDelimited(text, u';')[0]);
+}
+
+} // namespace kx

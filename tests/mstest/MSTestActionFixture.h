@@ -1,0 +1,65 @@
+// An MSTest action over the recording host, which plays MSTest.exe.
+#pragma once
+
+#include "build/KxVSDotNetOptions.h"
+#include "mstest/KxMSTestAction.h"
+#include "tests/support/RecordingHost.h"
+#include "tests/support/TemporaryFolder.h"
+#include "text/Encoding.h"
+#include "text/Text.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <regex>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace kx::tests {
+
+using TSettings = std::vector<std::pair<std::u16string, std::u16string>>;
+
+// The options stand before the action is made, as in the host.
+struct TMSTestServices : TFakeServices {
+  TMSTestServices() {
+    kx::RegisterOptions();
+    VSDotNetOptions()->SetDefaultVSVersion(TVSDotNetVersion::vs2008);
+    VSDotNetOptions()->SetDevEnv2008Location(u"C:\\VS9\\IDE");
+  }
+};
+
+class TMSTestActionTest : public testing::Test {
+protected:
+  TMSTestActionTest() { action_.Attach(host_); }
+
+  const TKxPublishedProperty& Row(std::u16string_view name) {
+    const auto* row = action_.PublishedProperties().Find(name);
+    if (row == nullptr) throw EKxException(u"no property " + std::u16string(name));
+    return *row;
+  }
+  void Set(const TSettings& settings) {
+    for (const auto& [name, value] : settings)
+      Row(name).Set(action_, PropertyFromText(Row(name), value));
+  }
+  std::string Get(std::u16string_view name) {
+    return text::ToUtf8(PropertyToText(Row(name), Row(name).Get(action_)));
+  }
+
+  // The parameters of the run that these settings make, with the random letters of a temporary file left out;
+  // the last line of the log where nothing was run.
+  std::string ParametersOf(const TSettings& settings) {
+    Set(settings);
+    action_.Execute();
+    if (host_.Runs().empty()) return host_.Log().back();
+    static const std::regex temporary("/resultsfile:\\S*MSTRE\\w+(\\S*)");
+    return std::regex_replace(host_.Runs().back().Parameters, temporary, "/resultsfile:TEMP$1");
+  }
+
+  TMSTestServices services_;
+  TRecordingHost host_;
+  TKxMSTestAction action_;
+};
+
+} // namespace kx::tests
