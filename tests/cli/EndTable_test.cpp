@@ -24,10 +24,10 @@ TEST(EndTable, HasARowForEachConfigurationThatWasBuilt) {
   nested.Pass = u"Lib";
   EXPECT_EQ(EndTable({build, nested}, TPalette(false)),
             "\n"
-            "Action             Configuration    Result     Errors  Warnings         Time\n"
-            "Build              Debug|Any CPU    succeeded       0         2       0.40 s\n"
+            "Action             Configuration    Result     Errors  Warnings        Time\n"
+            "Build              Debug|Any CPU    succeeded       0         2      0.40 s\n"
             "Build              Release|Any CPU  failed          1         0  1 min 05 s\n"
-            "  Étiqueter (Lib)                   failed          0         0       1.23 s\n");
+            "  Étiqueter (Lib)                   failed          0         0      1.23 s\n");
 }
 
 TEST(EndTable, ShowsAnActionThatFailedAfterItsConfigurationsSucceeded) {
