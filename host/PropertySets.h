@@ -30,6 +30,13 @@ public:
   virtual text::TStringList GetNames(TPropertySetKind kind) const = 0;
 };
 
+// What editors of actions ask of the design environment about property sets.
+class IKxPropertySetDesignServices {
+public:
+  virtual ~IKxPropertySetDesignServices() = default;
+  virtual bool EditPropertySet(std::u16string_view name) = 0; // False when the user gave up
+};
+
 // The names of the project's version property sets, for editors.
 text::TStringList GetWin32PropertySetsStrs(const IPropertySetService& service);
 text::TStringList GetDotNetPropertySetStrs(const IPropertySetService& service);

@@ -33,6 +33,9 @@ IKxOptionsService& OptionsService() {
 IKxDesignService& DesignService() {
   return Require(services.Design, u"design service");
 }
+IKxPropertySetDesignServices& KxPropertySetDesignServices() {
+  return Require(services.PropertySetDesign, u"editor of property sets");
+}
 IKxDotNetInfo& KxDotNetInfo() {
   return Require(services.DotNet, u".NET framework information");
 }

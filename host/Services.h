@@ -95,7 +95,8 @@ struct TKxServices {
   IKxActionService* Actions = nullptr;
   IKxCoreScriptingService* Scripting = nullptr;
   IKxOptionsService* Options = nullptr;
-  IKxDesignService* Design = nullptr; // null without a design environment
+  IKxDesignService* Design = nullptr;                        // null without a design environment
+  IKxPropertySetDesignServices* PropertySetDesign = nullptr; // likewise
   IKxDotNetInfo* DotNet = nullptr;
 };
 // Null members make the accessor below raise EKxException that names the service.
@@ -106,6 +107,7 @@ IKxActionService& ActionService();
 IKxCoreScriptingService& CoreScriptingService();
 IKxOptionsService& OptionsService();
 IKxDesignService& DesignService();
+IKxPropertySetDesignServices& KxPropertySetDesignServices();
 IKxDotNetInfo& KxDotNetInfo();
 
 } // namespace kx
