@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <ranges>
 
 namespace kx {
 
@@ -95,8 +96,8 @@ struct TProjectRunner::TState {
     return !Frames.empty() && &Frames.back().Node->Action() == &action ? &Frames.back() : nullptr;
   }
   const TKxBaseIterator* InnermostLoop() const {
-    for (auto frame = Frames.rbegin(); frame != Frames.rend(); ++frame)
-      if (const auto* loop = frame->Node->Iterator(); loop != nullptr && loop->GetCurrentIteration() > 0)
+    for (const TFrame& frame : std::views::reverse(Frames))
+      if (const auto* loop = frame.Node->Iterator(); loop != nullptr && loop->GetCurrentIteration() > 0)
         return loop;
     return nullptr;
   }

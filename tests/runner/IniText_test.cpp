@@ -9,7 +9,6 @@ namespace kx::tests {
 namespace {
 
 using testing::ElementsAre;
-using testing::Eq;
 
 TIniText Parsed(std::u16string_view text) {
   TIniText ini;

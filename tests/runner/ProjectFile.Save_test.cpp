@@ -37,7 +37,7 @@ protected:
     const std::string text = file.Text();
     EXPECT_TRUE(file.Save());
     EXPECT_EQ(file.Text(), text) << "saving twice changes more";
-    const std::string saved = host.Read("p.kxproj");
+    std::string saved = host.Read("p.kxproj");
     EXPECT_EQ(saved, text);
     ExpectUntouched(saved);
     return saved;
