@@ -14,14 +14,26 @@ namespace kx::cli {
 
 namespace {
 
+// Files that become one object.
+template <auto Inspect, auto Describe>
+void PrintObject(const TInspectedFile& file, const TInspectOptions& options, TOutput& output) {
+  TJson object = Inspect(file.Path, options);
+  if (options.Json && !file.Name.empty()) {
+    TJson line{{"file", file.Name}};
+    line.update(object);
+    object = std::move(line);
+  }
+  output.Write(options.Json ? ToLine(object) : Describe(object));
+}
+
 struct TInspector {
   std::u16string_view Extension;
-  TJson (*Inspect)(const std::u16string& file, const TInspectOptions& options);
-  std::string (*Describe)(const TJson& object);
+  void (*Print)(const TInspectedFile& file, const TInspectOptions& options, TOutput& output);
 };
 
-constexpr std::array<TInspector, 1> Inspectors{{{u".sln", InspectSolution, DescribeSolution}}};
-constexpr TInspector LogInspector{u"", InspectBuildLog, DescribeBuildLog};
+constexpr std::array<TInspector, 2> Inspectors{
+    {{u".sln", PrintObject<InspectSolution, DescribeSolution>}, {u".trx", PrintTestResults}}};
+constexpr TInspector LogInspector{u"", PrintObject<InspectBuildLog, DescribeBuildLog>};
 
 const TInspector& InspectorFor(const std::u16string& file, const TInspectOptions& options) {
   if (options.MSBuild) return LogInspector;
@@ -31,8 +43,8 @@ const TInspector& InspectorFor(const std::u16string& file, const TInspectOptions
   });
   if (found != Inspectors.end()) return *found;
   throw EKxException(u"Cannot tell what " + file +
-                     u" is: solutions (.sln) are read by their extension; for a build log "
-                     u"say --tool devenv or --tool msbuild.");
+                     u" is: solutions (.sln) and test results (.trx) are known by their extension; for a "
+                     u"build log say --tool devenv or --tool msbuild.");
 }
 
 // Many files give one line each, so that the output of a whole tree can be read line by line.
@@ -44,14 +56,10 @@ bool InspectOne(const std::u16string& file, const TInspectOptions& options, TOut
       return true;
     }
     const TInspector& inspector = InspectorFor(file, options);
-    TJson object = inspector.Inspect(text::ExpandPath(file, platform::CurrentDirectory()), options);
-    if (options.Json && many) {
-      TJson line{{"file", text::ToUtf8(file)}};
-      line.update(object);
-      object = std::move(line);
-    }
     if (!options.Json && many) output.Write(text::ToUtf8(file) + "\n");
-    output.Write(options.Json ? ToLine(object) : inspector.Describe(object));
+    inspector.Print(
+        {text::ExpandPath(file, platform::CurrentDirectory()), many ? text::ToUtf8(file) : std::string()},
+        options, output);
     return true;
   } catch (const std::exception& error) {
     const std::u16string message = Shortened(MessageOf(error));

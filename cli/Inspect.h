@@ -23,12 +23,20 @@ struct TInspectOptions {
   std::u16string Encoding;     // logs: empty to find out
 };
 
+struct TInspectedFile {
+  std::u16string Path; // full
+  std::string Name;    // as the user wrote it, where several are inspected; else empty
+};
+
 // What one kind of file is turned into. Raises EKxException for a file that is refused.
 TJson InspectSolution(const std::u16string& file, const TInspectOptions& options);
 TJson InspectBuildLog(const std::u16string& file, const TInspectOptions& options);
 // The same for people, from the same object.
 std::string DescribeSolution(const TJson& solution);
 std::string DescribeBuildLog(const TJson& log);
+
+// Writes the results of a .trx file, as JSON or for people, without making one object of them.
+void PrintTestResults(const TInspectedFile& file, const TInspectOptions& options, TOutput& output);
 
 // Writes every message of a log with its status; nothing else.
 void PrintBuildLogLines(const std::u16string& file, const TInspectOptions& options, TOutput& output);

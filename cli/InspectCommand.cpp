@@ -38,7 +38,10 @@ int Inspect(TArguments& arguments) {
 
 void DefineInspect(CLI::App& command, const TCommonOptions& /*common*/, int& exitCode) {
   const auto arguments = std::make_shared<TArguments>();
-  command.add_option("FILES", arguments->Files, "Solutions (.sln), or build logs with --tool")->required();
+  command
+      .add_option("FILES", arguments->Files,
+                  "Solutions (.sln), test results (.trx), or build logs with --tool")
+      ->required();
   command.add_flag("--json", arguments->Options.Json, "One JSON object; with several files one a line");
   command.add_flag("--all-projects", arguments->Options.AllProjects,
                    "Solutions: keep projects that are not on disk");

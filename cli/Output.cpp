@@ -23,8 +23,12 @@ void TOutput::Flush() {
   buffer_.clear();
 }
 
+std::string ToText(const nlohmann::ordered_json& object) {
+  return object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+}
+
 std::string ToLine(const nlohmann::ordered_json& object) {
-  return object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+  return ToText(object) + "\n";
 }
 
 void WriteError(std::u16string_view message) {

@@ -23,7 +23,9 @@ private:
   std::string buffer_;
 };
 
-// One object on one line; text that is no UTF-8 is mended, non-ASCII letters stay letters.
+// An object without line breaks; text that is no UTF-8 is mended, non-ASCII letters stay letters.
+std::string ToText(const nlohmann::ordered_json& object);
+// The same as a line of its own.
 std::string ToLine(const nlohmann::ordered_json& object);
 
 // One line on standard error, control characters made harmless.

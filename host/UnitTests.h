@@ -15,12 +15,12 @@ using TKxDateTime = std::chrono::time_point<std::chrono::system_clock, std::chro
 struct TKxUnitTestResult {
   bool Passed = false;
   bool Executed = false;
-  std::u16string TestName;
-  std::u16string ErrorMessage;
-  std::u16string StackTrace;
+  std::u16string TestName = {};
+  std::u16string ErrorMessage = {};
+  std::u16string StackTrace = {};
   std::int64_t Duration = 0; // milliseconds
-  std::optional<TKxDateTime> StartTime;
-  std::optional<TKxDateTime> EndTime;
+  std::optional<TKxDateTime> StartTime = {};
+  std::optional<TKxDateTime> EndTime = {};
 };
 
 // An action reports a run as metrics of one category. The text metric TestResultsMetric is the run's

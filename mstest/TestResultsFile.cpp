@@ -171,9 +171,16 @@ std::optional<TKxDateTime> DateTimeAt(std::u16string_view text) {
 } // namespace
 
 TKxArrayOfMSTestResult InterpretMSTestOutput(std::u16string_view fileName) {
+  std::u16string reason;
+  return InterpretMSTestOutput(fileName, reason);
+}
+
+TKxArrayOfMSTestResult InterpretMSTestOutput(std::u16string_view fileName, std::u16string& reason) {
   TResultsReader reader;
-  if (!TXmlStream(reader).Load(fileName)) return {};
-  return reader.Take();
+  TXmlStream stream(reader);
+  const bool loaded = stream.Load(fileName);
+  reason = stream.ParseError();
+  return loaded ? reader.Take() : TKxArrayOfMSTestResult();
 }
 
 TKxArrayOfMSTestResult InterpretMSTestBytes(std::string_view bytes) {
