@@ -25,7 +25,7 @@ if(MSVC)
 else()
   target_compile_options(kx_warnings INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
   # With -O3, g++ 12 finds overlapping copies where a literal and a temporary string are joined; there are none.
-  target_compile_options(kx_warnings INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
+  target_compile_options(kx_warnings INTERFACE $<$<AND:$<CXX_COMPILER_ID:GNU>,$<CONFIG:Release>>:-Wno-restrict>)
 endif()
 
 if(KX_SANITIZE)
