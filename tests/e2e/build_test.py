@@ -46,6 +46,12 @@ class BuildTest(e2e.EndToEndTest):
         self.assertEqual(built, ["Greeter.Core.dll", "Greeter.Text.dll"])
         self.assertLess(run.stdout.index("Greeter.Core"), run.stdout.index("Greeter.Text"), "in dependency order")
 
+    def test_project_by_project_in_a_loop(self):
+        run = self.run_project("greeter-loop.kxproj", "--set", "Configuration=Debug")
+        self.assertEqual(run.returncode, 0, run.stdout)
+        program = self.examples / "Greeter/Greeter.App/bin/Debug/greeter.exe"
+        self.assertIn("Debug build", self.run_program("mono", program).stdout)
+
     def test_a_solution_on_a_mapped_drive(self):
         run = self.run_program(
             e2e.BIN / "kxhost", "do", "DEVENV", "--drive", f"S={self.folder}", "Solution=S:\\EXAMPLES\\greeter\\Greeter.sln",
