@@ -3,6 +3,7 @@
 #include "host/Exceptions.h"
 #include "platform/TextFiles.h"
 #include "solution/VSNETSLN.Stop.h"
+#include "solution/VSNETSLN.Syntax.h"
 
 #include <algorithm>
 #include <cstring>
@@ -93,6 +94,30 @@ void TSolutionLines::Rewind() {
   first_ = begin_ = scanned_ = examined_ = end_ = 0;
   total_ = 0;
   started_ = atEnd_ = forgotten_ = false;
+}
+
+bool TSolutionLines::NextBeginningWith(char first) {
+  do {
+    if (!loneReturns_) PassLinesInBuffer(first);
+    if (!Next()) return false;
+  } while (!slnsyntax::Trim(line_).starts_with(first));
+  return true;
+}
+
+// Stops in front of a line that begins so, or whose end is not in the buffer.
+void TSolutionLines::PassLinesInBuffer(char first) {
+  const char* bytes = buffer_.Bytes.get();
+  for (;;) {
+    const void* found = std::memchr(bytes + begin_, '\n', end_ - begin_);
+    if (found == nullptr) return;
+    const auto end = static_cast<std::size_t>(static_cast<const char*>(found) - bytes);
+    std::size_t at = begin_;
+    while (at < end && slnsyntax::IsBlank(bytes[at]))
+      ++at;
+    if (bytes[at] == first) return;
+    begin_ = scanned_ = end + 1;
+    ++index_;
+  }
 }
 
 bool TSolutionLines::Step() {

@@ -28,6 +28,9 @@ public:
   // Steps to the next line, at first to line 0; False behind the last one, where Index is the number of
   // lines.
   bool Next();
+  // Steps to the next line whose first character behind blanks is `first`, with little work for the lines
+  // between.
+  bool NextBeginningWith(char first);
   // Back before line 0. A file larger than the buffer is read again.
   void Rewind();
 
@@ -43,6 +46,7 @@ private:
   static TBuffer& SpareBuffer();
 
   bool Step();
+  void PassLinesInBuffer(char first);
   bool StepAtAnyLineEnd();
   bool TakeRest();
   void Take(std::size_t end, std::size_t next);

@@ -1,9 +1,9 @@
 #include "host/Exceptions.h"
-#include "host/Utilities.h"
 #include "platform/Files.h"
 #include "solution/VSNETSLN.Lines.h"
 #include "solution/VSNETSLN.Model.h"
 #include "solution/VSNETSLN.Names.h"
+#include "solution/VSNETSLN.Paths.h"
 #include "solution/VSNETSLN.Stop.h"
 #include "solution/VSNETSLN.Syntax.h"
 #include "text/Encoding.h"
@@ -34,7 +34,7 @@ std::u16string FullPath(std::u16string_view fileName) {
 class TSolutionReader {
 public:
   TSolutionReader(std::u16string_view fileName, bool includeProjectsNotFound, const TKxEvent* stop)
-      : fileName_(fileName), fullPath_(FullPath(fileName)), folder_(text::ExtractFileDir(fullPath_)),
+      : fileName_(fileName), fullPath_(FullPath(fileName)), paths_(text::ExtractFileDir(fullPath_)),
         includeNotFound_(includeProjectsNotFound), stop_(stop), files_(ThreadsLookup()),
         lines_(fileName, stop), projects_(std::make_shared<TVSDotNetProjects>(stop)) {
     files_.Refresh();
@@ -59,6 +59,11 @@ private:
   }
   [[noreturn]] void FailBehindEnd() const {
     Fail(u"List index out of bounds (" + text::FromInteger(lines_.Index()) + u")");
+  }
+  void SkipTo(std::string_view last) {
+    do {
+      if (!lines_.NextBeginningWith(last.front())) FailBehindEnd();
+    } while (Trim(lines_.Line()) != last);
   }
   void StepTo(std::string_view last, const auto& read) {
     for (Step(); Trim(lines_.Line()) != last; Step())
@@ -93,19 +98,18 @@ private:
     const auto declared = slnsyntax::SplitNameValue(cut_.Rest());
     if (!declared || items_.Split(Trim(declared->Value)) < 3) Fail(u"Error parsing project string");
     current_ = nullptr;
-    path_ = text::FromUtf8(items_[1]);
     if (!IsWanted()) return;
     RaiseIfStopped(stop_); // a project may be anywhere, on a slow network too
-    current_ = std::make_shared<TVSDotNetProject>(fullPath_, text::FromUtf8(items_[0]), path_,
-                                                  text::FromUtf8(items_[2]),
+    current_ = std::make_shared<TVSDotNetProject>(fullPath_, text::FromUtf8(items_[0]),
+                                                  text::FromUtf8(items_[1]), text::FromUtf8(items_[2]),
                                                   std::u16string(cut_.Identifier()), files_);
     projects_->Add(current_);
   }
 
-  bool IsWanted() const {
+  bool IsWanted() {
     const bool web =
         items_[1].find("http://") != std::string::npos || items_[1].find("https://") != std::string::npos;
-    return web || includeNotFound_ || files_.FileExists(TPathUtils::ExpandRelativePath(path_, folder_));
+    return web || includeNotFound_ || files_.FileExists(paths_.Expand(items_[1]));
   }
 
   void ReadDependencies() {
@@ -167,7 +171,7 @@ private:
   }
 
   void ReadProjectConfigs() {
-    if (projects_->GetCount() == 0) return StepTo("EndGlobalSection", [] {});
+    if (projects_->GetCount() == 0) return SkipTo("EndGlobalSection");
     StepTo("EndGlobalSection", [this] {
       const auto project = CutProject(Trim(lines_.Line()));
       if (!project) return;
@@ -192,7 +196,7 @@ private:
 
   std::u16string fileName_;
   std::u16string fullPath_;
-  std::u16string folder_;
+  TProjectPaths paths_;
   bool includeNotFound_;
   const TKxEvent* stop_;
   platform::FileLookup& files_;
@@ -204,7 +208,6 @@ private:
 
   slnsyntax::TIdentifierCut cut_;
   slnsyntax::TCommaItems items_;
-  std::u16string path_;
 };
 
 } // namespace

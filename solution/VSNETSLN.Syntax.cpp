@@ -11,10 +11,6 @@ namespace {
 
 constexpr std::size_t npos = std::string_view::npos;
 
-constexpr bool IsBlank(char c) {
-  return static_cast<unsigned char>(c) <= ' ';
-}
-
 std::string_view TrimLeft(std::string_view text) {
   while (!text.empty() && IsBlank(text.front()))
     text.remove_prefix(1);

@@ -11,6 +11,9 @@
 
 namespace kx::slnsyntax {
 
+constexpr bool IsBlank(char c) {
+  return static_cast<unsigned char>(c) <= ' ';
+}
 std::string_view Trim(std::string_view text);
 
 // The version that the header names, wherever it stands in the line; nothing when it is no header.

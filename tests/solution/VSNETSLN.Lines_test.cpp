@@ -19,6 +19,15 @@ protected:
     EXPECT_EQ(lines.Index(), static_cast<std::int64_t>(all.size()));
     return all;
   }
+  // Only the lines that begin with the letter, each behind its number.
+  Strings ReadBeginningWith(char first) const {
+    TSolutionLines lines(Path("a.sln"), nullptr);
+    Strings found;
+    if (!lines.Next()) return found;
+    while (lines.NextBeginningWith(first))
+      found.push_back(std::to_string(lines.Index()) + std::string(lines.Line()));
+    return found;
+  }
   Strings ReadBytes(std::string_view bytes) const {
     Write("a.sln", bytes);
     TSolutionLines lines(Path("a.sln"), nullptr);
@@ -41,6 +50,16 @@ Strings PlainReading(std::string_view bytes) {
     if (!lines.empty() || !line.empty()) lines.push_back(text::ToUtf8(line));
   }
   return lines;
+}
+
+Strings Beginning(const Strings& lines, char first) {
+  Strings found;
+  for (std::size_t i = 1; i < lines.size(); ++i) {
+    const std::u16string line = text::FromUtf8(lines[i]);
+    if (text::TrimLeft(line).starts_with(static_cast<char16_t>(first)))
+      found.push_back(std::to_string(i) + lines[i]);
+  }
+  return found;
 }
 
 TEST_F(Lines, EndInEveryWay) {
@@ -74,7 +93,7 @@ TEST_F(Lines, EndInEveryWay) {
 // fills.
 TEST_F(Lines, AreThoseOfThePlainReadingForRandomFiles) {
   std::mt19937 random(20);
-  const std::string_view pieces[] = {"\r",      "\n", "\r\n", "x", "\xC3\xA9", "\xE9", "\xF0\x9F\x98\x80",
+  const std::string_view pieces[] = {"\r",      "\n", "\r\n", " x", "\xC3\xA9", "\xE9", "\xF0\x9F\x98\x80",
                                      "{1}.A = "};
   const std::string_view marks[] = {"", "\xEF\xBB\xBF"};
   for (int file = 0; file < 40; ++file) {
@@ -87,6 +106,7 @@ TEST_F(Lines, AreThoseOfThePlainReadingForRandomFiles) {
       if (random() % 8 == 0) bytes.append(std::min<std::size_t>(random() % 5000, size), 'y');
     }
     EXPECT_TRUE(WellFormed(ReadBytes(bytes)) == PlainReading(bytes)) << "file " << file;
+    EXPECT_TRUE(WellFormed(ReadBeginningWith('x')) == Beginning(PlainReading(bytes), 'x')) << "file " << file;
     const std::string wide =
         "\xFF\xFE" + text::ToUtf16LE(text::FromUtf8(bytes)) + (file % 3 == 0 ? "\x3D" : "");
     EXPECT_TRUE(ReadBytes(wide) == PlainReading(wide)) << "file " << file << " in UTF-16";
