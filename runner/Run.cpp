@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <optional>
-#include <ranges>
 
 namespace kx {
 
@@ -96,8 +95,8 @@ struct TProjectRunner::TState {
     return !Frames.empty() && &Frames.back().Node->Action() == &action ? &Frames.back() : nullptr;
   }
   const TKxBaseIterator* InnermostLoop() const {
-    for (const TFrame& frame : std::views::reverse(Frames))
-      if (const auto* loop = frame.Node->Iterator(); loop != nullptr && loop->GetCurrentIteration() > 0)
+    for (std::size_t i = Frames.size(); i-- > 0;)
+      if (const auto* loop = Frames[i].Node->Iterator(); loop != nullptr && loop->GetCurrentIteration() > 0)
         return loop;
     return nullptr;
   }
