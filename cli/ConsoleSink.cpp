@@ -13,6 +13,7 @@ namespace kx::cli {
 namespace {
 
 constexpr int IndentWidth = 2;
+constexpr std::size_t LongestValue = 200; // of a metric; that of a test run is a whole document
 
 std::string Padded(const std::string& number) {
   return number.size() < 2 ? "0" + number : number;
@@ -45,7 +46,10 @@ const char* ResultWord(TStatusTag status) {
 
 std::string ValueText(const TKxMetric& metric) {
   const auto* number = std::get_if<std::int64_t>(&metric.Value);
-  return number != nullptr ? std::to_string(*number) : ForTerminal(std::get<std::u16string>(metric.Value));
+  if (number != nullptr) return std::to_string(*number);
+  const auto& value = std::get<std::u16string>(metric.Value);
+  return value.size() > LongestValue ? "(" + std::to_string(value.size()) + " characters)"
+                                     : ForTerminal(value);
 }
 
 // "project 3 of 17".
