@@ -5,12 +5,14 @@
 
 #include <chrono>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <thread>
 #include <unistd.h>
 
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
-  static const std::string path = "/tmp/kx-fuzz-" + std::to_string(getpid()) + ".sln";
+  static const std::string path =
+      std::filesystem::temp_directory_path() / ("kx-fuzz-" + std::to_string(getpid()) + ".sln");
   static kx::TKxEvent stop;
   // Dependencies in a circle are looked at for ever; this ends them.
   static std::jthread ticker([](const std::stop_token& over) {
