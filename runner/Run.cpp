@@ -95,10 +95,11 @@ struct TProjectRunner::TState {
     return !Frames.empty() && &Frames.back().Node->Action() == &action ? &Frames.back() : nullptr;
   }
   const TKxBaseIterator* InnermostLoop() const {
-    for (std::size_t i = Frames.size(); i-- > 0;)
-      if (const auto* loop = Frames[i].Node->Iterator(); loop != nullptr && loop->GetCurrentIteration() > 0)
-        return loop;
-    return nullptr;
+    const auto found = std::find_if(Frames.rbegin(), Frames.rend(), [](const TFrame& frame) {
+      const TKxBaseIterator* loop = frame.Node->Iterator();
+      return loop != nullptr && loop->GetCurrentIteration() > 0;
+    });
+    return found == Frames.rend() ? nullptr : found->Node->Iterator();
   }
   std::u16string Pass(const TKxBaseIterator& loop) const {
     const auto value = Variables.Find(loop.GetLoopVariable());
