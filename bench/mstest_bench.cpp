@@ -42,14 +42,14 @@ const std::string& ResultsFile() {
 
 void ReadResults(benchmark::State& state) {
   const std::string& file = ResultsFile();
-  for (auto _ : state)
+  for ([[maybe_unused]] const auto step : state)
     benchmark::DoNotOptimize(InterpretMSTestBytes(file));
   state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * file.size()));
 }
 
 void WriteTestRun(benchmark::State& state) {
   const TKxUnitTestRun run(InterpretMSTestBytes(ResultsFile()));
-  for (auto _ : state)
+  for ([[maybe_unused]] const auto step : state)
     benchmark::DoNotOptimize(run.AsXmlString());
 }
 

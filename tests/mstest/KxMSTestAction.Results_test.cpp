@@ -1,13 +1,11 @@
 #include "tests/mstest/MSTestActionFixture.h"
 
-#include "host/Xml.h"
 #include "platform/Files.h"
 
 namespace kx::tests {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 constexpr const char* ThreeResults = R"(<TestRun xmlns="urn:results"><Results>
 <UnitTestResult testName="A" outcome="Passed" duration="00:00:01.2345678"/>

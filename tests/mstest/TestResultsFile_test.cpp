@@ -168,13 +168,14 @@ TKxArrayOfMSTestResult ReadByTree(const std::string& xml) {
 
 std::string SomeResults() {
   std::string xml = "<!-- c --><?p i?><TestRun xmlns='u'><Results>";
-  for (int i = 0; i < 40; ++i)
+  for (int i = 0; i < 40; ++i) {
+    xml.append("<UnitTestResult testName='&quot;").append(std::to_string(i)).append("&quot; \t' outcome='");
+    xml.append(i % 3 == 0 ? "Passed" : "Failed").append("' duration='00:00:0").append(std::to_string(i % 10));
     xml +=
-        "<UnitTestResult testName='&quot;" + std::to_string(i) + "&quot; \t' outcome='" +
-        (i % 3 == 0 ? "Passed" : "Failed") + "' duration='00:00:0" + std::to_string(i % 10) +
         ".1234' startTime='2015-07-23T12:26:53.3455070+02:00'><Output><StdOut>x &gt; y</StdOut><ErrorInfo>"
         "<Message>m <![CDATA[&]]>\r\n<i>&#xD;</i></Message><StackTrace>at \xC3\xA9</StackTrace></ErrorInfo>"
         "</Output></UnitTestResult>";
+  }
   return xml + "</Results></TestRun>";
 }
 
