@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <string_view>
 
 namespace kx::tests {
 
@@ -24,9 +25,11 @@ public:
   TTemporaryFolder& operator=(const TTemporaryFolder&) = delete;
 
   std::u16string Path() const { return path_.u16string(); }
+  std::u16string Path(std::string_view name) const { return Native(name).u16string(); }
+  std::filesystem::path Native(std::string_view name) const { return path_ / name; }
 
   // Makes a file, its folders too; its full path.
-  std::u16string Write(const std::string& name, const std::string& bytes) const {
+  std::u16string Write(const std::string& name, const std::string& bytes = {}) const {
     const std::filesystem::path file = path_ / name;
     std::filesystem::create_directories(file.parent_path());
     std::ofstream(file, std::ios::binary) << bytes;

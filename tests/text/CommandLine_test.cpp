@@ -13,23 +13,16 @@ TEST(SplitCommandLine, FollowsTheRulesOfTheWindowsRuntime) {
     std::u16string_view CommandLine;
     Arguments Expected;
   } rows[] = {
-      {"nothing", u"", {}},
       {"only blanks", u" \t ", {}},
       {"blanks and tabs separate", u"  a\tb  c ", {u"a", u"b", u"c"}},
-      {"a line break is an ordinary character", u"a\r\nb", {u"a\r\nb"}},
-      {"quotes group", u"\"a b\" c", {u"a b", u"c"}},
-      {"quotes in the middle of an argument", u"/p:\"A B\";C", {u"/p:A B;C"}},
+      {"quotes in the middle of an argument", u"/p:\"A B\";C d", {u"/p:A B;C", u"d"}},
       {"an empty argument", u"a \"\" b", {u"a", u"", u"b"}},
       {"an open quote runs to the end", u"\"a b ", {u"a b "}},
       {"backslashes before a letter stay", u"a\\\\b \\\\server\\x", {u"a\\\\b", u"\\\\server\\x"}},
-      {"an odd backslash makes the quote literal", u"a\\\"b", {u"a\"b"}},
       {"two backslashes are one and the quote groups", u"\"a\\\\\" b", {u"a\\", u"b"}},
       {"three backslashes are one and a literal quote", u"a\\\\\\\"b c", {u"a\\\"b", u"c"}},
       {"backslashes at the end stay", u"C:\\dir\\\\", {u"C:\\dir\\\\"}},
-      {"a doubled quote inside quotes is literal and does not end them",
-       u"\"a\"\"b c\" d",
-       {u"a\"b c", u"d"}},
-      {"four quotes are one literal quote", u"\"\"\"\" x", {u"\"", u"x"}},
+      {"a doubled quote inside quotes does not end them", u"\"a\"\"b c\" d", {u"a\"b c", u"d"}},
   };
   for (const auto& row : rows)
     EXPECT_EQ(SplitCommandLine(row.CommandLine), row.Expected) << row.Case;
@@ -37,24 +30,19 @@ TEST(SplitCommandLine, FollowsTheRulesOfTheWindowsRuntime) {
 
 TEST(QuoteArgument, IsReadBackAsOneArgument) {
   const struct {
-    std::u16string_view Argument;
-    std::u16string_view Always;
-    std::u16string_view IfNeeded;
+    std::u16string Argument, Always, IfNeeded;
   } rows[] = {
       {u"", u"\"\"", u"\"\""},
-      {u"plain", u"\"plain\"", u"plain"},
-      {u"C:\\a b\\", u"\"C:\\a b\\\\\"", u"\"C:\\a b\\\\\""},
       {u"C:\\dir\\", u"\"C:\\dir\\\\\"", u"C:\\dir\\"},
-      {u"say \"hi\"", u"\"say \\\"hi\\\"\"", u"\"say \\\"hi\\\"\""},
+      {u"C:\\a b\\", u"\"C:\\a b\\\\\"", u"\"C:\\a b\\\\\""},
       {u"a\\\\\"b", u"\"a\\\\\\\\\\\"b\"", u"\"a\\\\\\\\\\\"b\""},
       {u"tab\there", u"\"tab\there\"", u"\"tab\there\""},
   };
   for (const auto& row : rows) {
-    const std::u16string argument(row.Argument);
-    EXPECT_EQ(QuoteArgument(argument), row.Always);
-    EXPECT_EQ(QuoteArgumentIfNeeded(argument), row.IfNeeded);
-    EXPECT_EQ(SplitCommandLine(QuoteArgument(argument) + u" x"), (Arguments{argument, u"x"}));
-    EXPECT_EQ(SplitCommandLine(QuoteArgumentIfNeeded(argument) + u" x"), (Arguments{argument, u"x"}));
+    EXPECT_EQ(QuoteArgument(row.Argument), row.Always);
+    EXPECT_EQ(QuoteArgumentIfNeeded(row.Argument), row.IfNeeded);
+    EXPECT_EQ(SplitCommandLine(row.Always + u" x"), (Arguments{row.Argument, u"x"}));
+    EXPECT_EQ(SplitCommandLine(row.IfNeeded + u" x"), (Arguments{row.Argument, u"x"}));
   }
 }
 
