@@ -99,7 +99,7 @@ TEST_F(Process, SaysWhyItCannotStart) {
       {u"/bin/sh", Path("nowhere"), u"Its folder does not exist: " + Path("nowhere")},
   };
   for (const auto& [program, folder, reason] : rows)
-    EXPECT_EQ(Run({program, u"", folder, {}}).Message(), u"Cannot run " + program + u". " + reason);
+    EXPECT_EQ(Run({program, u"", folder, {}}).Message(), (u"Cannot run " + program + u". ").append(reason));
 }
 
 TEST_F(Process, EndsPolitelyAtAStop) {

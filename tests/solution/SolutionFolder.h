@@ -3,7 +3,7 @@
 
 #include "host/Exceptions.h"
 #include "solution/VSNETSLN.h"
-#include "tests/platform/TestFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 
@@ -21,7 +21,7 @@ inline std::string Raised(const auto& action) {
   return "no error";
 }
 
-class SolutionFolder : public platform::TestFolder {
+class SolutionFolder : public testing::Test, protected TTemporaryFolder {
 protected:
   std::shared_ptr<IVSDotNetSolution> Open(std::string_view name = "a.sln", bool all = true) const {
     return OpenSolution(Path(name), all);

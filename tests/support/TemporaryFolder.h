@@ -29,7 +29,7 @@ public:
   std::filesystem::path Native(std::string_view name) const { return path_ / name; }
 
   // Makes a file, its folders too; its full path.
-  std::u16string Write(const std::string& name, const std::string& bytes = {}) const {
+  std::u16string Write(std::string_view name, std::string_view bytes = "") const {
     const std::filesystem::path file = path_ / name;
     std::filesystem::create_directories(file.parent_path());
     std::ofstream(file, std::ios::binary) << bytes;
