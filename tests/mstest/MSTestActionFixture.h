@@ -11,7 +11,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <regex>
+#include <algorithm>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -53,8 +53,12 @@ protected:
     Set(settings);
     action_.Execute();
     if (host_.Runs().empty()) return host_.Log().back();
-    static const std::regex temporary("/resultsfile:\\S*MSTRE\\w+(\\S*)");
-    return std::regex_replace(host_.Runs().back().Parameters, temporary, "/resultsfile:TEMP$1");
+    std::string parameters = host_.Runs().back().Parameters;
+    constexpr std::string_view resultsFile = "/resultsfile:";
+    const std::size_t file = parameters.find(resultsFile) + resultsFile.size();
+    const std::size_t end = std::min(parameters.find(' ', file), parameters.size());
+    if (parameters.find("MSTRE", file) < end) parameters.replace(file, end - file, "TEMP");
+    return parameters;
   }
 
   TMSTestServices services_;
