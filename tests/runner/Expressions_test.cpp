@@ -1,7 +1,6 @@
 #include "runner/Expressions.h"
 
 #include "platform/System.h"
-#include "runner/References.h"
 #include "tests/runner/TestActions.h"
 
 #include <gmock/gmock.h>
@@ -13,17 +12,11 @@ class ExpressionsTest : public testing::Test {
 protected:
   ExpressionsTest() {
     Host.Project().FileName = u"/srv/100%x%/nightly.kxproj";
-    Host.Project().Variables = {{u"Root", u"/src"},
-                                {u"App", u"%Root%/App.sln"},
-                                {u"Both", u"project"},
-                                {u"Local", u"hidden"},
-                                {u"A", u"$(b)"},
-                                {u"B", u"%C%"},
-                                {u"C", u"%a%"},
-                                {u"Own", u"never"},
-                                {u"Broken", u"%Rooot%"},
-                                {u"Mixed.Case_1", u"m"},
-                                {u"answer", u"the project's own"}};
+    Host.Project().Variables = {{u"Root", u"/src"},      {u"App", u"%Root%/App.sln"},
+                                {u"Both", u"project"},   {u"Local", u"hidden"},
+                                {u"A", u"$(b)"},         {u"B", u"%C%"},
+                                {u"C", u"%a%"},          {u"Own", u"never"},
+                                {u"Broken", u"%Rooot%"}, {u"Mixed.Case_1", u"m"}};
     Host.AddStep(u"", u"Other Build");
   }
 
@@ -50,19 +43,13 @@ TEST_F(ExpressionsTest, Expand) {
       {"letter case is ignored", u"%rOOT%$(MIXED.case_1)", u"/srcm"},
       {"values hold references in turn", u"<%App%>", u"</src/App.sln>"},
       {"a doubled sign stands for one", u"100%% $$(Root) %%Root%%", u"100% $(Root) %Root%"},
-      {"neighbours", u"%Root%%Root%", u"/src/src"},
       {"signs that open nothing", u"5% of $5, ^(a|b)$ 50 % x % $( $() $(a b) %a-b%",
        u"5% of $5, ^(a|b)$ 50 % x % $( $() $(a b) %a-b%"},
-      {"a sign that opens nothing does not hide a reference", u"5% %Root%", u"5% /src"},
-      {"the action's hook comes first", u"$(Hooked)", u"hook"},
       {"the action's own variables come before the project's, and are not expanded", u"%Local%", u"100%Own%"},
       {"the command line comes before the project", u"%Both% %FromCommandLine%", u"command line set"},
       {"the host's own, not expanded", u"%ProjectDir%", u"/srv/100%x%"},
-      {"the file", u"$(projectfile)", u"/srv/100%x%/nightly.kxproj"},
       {"constants and enumeration names are numbers", u"$(Blue)-$(red)", u"2-0"},
-      {"a variable hides a constant", u"%answer%", u"the project's own"},
       {"a function of the action", u"$(Describe(\"x\"))", u"Build<x>"},
-      {"without an argument", u"[$(describe())]", u"[Build<>]"},
       {"of another action, whose name has a blank", u"$(Other Build.Describe(\"y\"))", u"Other Build<y>"},
       {"references and quotes in the argument", u"$(Describe(\"%Root% \"\"a)\"\"\"))", u"Build</src \"a)\">"},
       {"a call that is not complete", u"$(Describe(\"x\") $(Describe(x))",
@@ -87,8 +74,6 @@ TEST_F(ExpressionsTest, SayWhatIsWrong) {
   } cases[] = {
       {u"%Roto%", "Unknown name \"Roto\". Did you mean \"Root\"?"},
       {u"%Broken%", "Unknown name \"Rooot\". Did you mean \"Root\"?"},
-      {u"$(Loccal)", "Unknown name \"Loccal\". Did you mean \"Local\"?"},
-      {u"$(Bluee)", "Unknown name \"Bluee\". Did you mean \"Blue\"?"},
       {u"$(zzqqxxyyvv)", "Unknown name \"zzqqxxyyvv\"."},
       {u"%B%", "The variable \"b\" refers to itself: b, C, a, b."},
       {u"$(Descrbe(\"\"))", "The action STEP has no function \"Descrbe\". Did you mean \"Describe\"?"},
@@ -99,49 +84,6 @@ TEST_F(ExpressionsTest, SayWhatIsWrong) {
     // The chain names a variable as it was written or declared.
     EXPECT_STRCASEEQ(message.c_str(), row.Message) << text::ToUtf8(row.Text);
   }
-}
-
-TEST_F(ExpressionsTest, GrowthAndDepthHaveLimits) {
-  auto& variables = Host.Project().Variables;
-  for (int i = 0; i < 60; ++i)
-    variables.push_back({u"D" + text::FromInteger(i),
-                         u"%D" + text::FromInteger(i + 1) + u"%%D" + text::FromInteger(i + 1) + u"%"});
-  variables.push_back({u"D60", u"x"});
-  EXPECT_EQ(ErrorOf(u"%D0%"), "The expanded text is too long.");
-  variables.back().Value = u"";
-  EXPECT_EQ(ErrorOf(u"%D0%"), "no error: ");
-  for (int i = 0; i < 5000; ++i)
-    variables.push_back({u"E" + text::FromInteger(i), u"%E" + text::FromInteger(i + 1) + u"%"});
-  EXPECT_EQ(ErrorOf(u"%E0%"), "The variables refer to each other too deeply.");
-}
-
-TEST_F(ExpressionsTest, AFunctionThatExpandsItsOwnCallEnds) {
-  Host.Services.RegisterFunction(TStepAction::Class(), u"Again",
-                                 [](TCustomKxAction& action, std::u16string_view) {
-                                   return action.ExpandExpression(u"$(Again(\"\"))");
-                                 });
-  EXPECT_EQ(ErrorOf(u"$(Again(\"\"))"), "The function \"Again\" calls itself without end.");
-  EXPECT_EQ(ErrorOf(u"$(Describe(\"x\"))"), "no error: Build<x>");
-}
-
-TEST_F(ExpressionsTest, VariablesOutsideOfTexts) {
-  EXPECT_EQ(Host.Runner.GetVariable(u"app"), u"/src/App.sln");
-  EXPECT_EQ(Host.Runner.GetVariable(u"zzqqxxyyvv"), std::nullopt);
-  EXPECT_EQ(Host.Runner.GetVariable(u"Local"), u"hidden") << "no action is running";
-  EXPECT_EQ(Step.GetVariableValue(u"zzqqxxyyvv"), u"");
-}
-
-TEST(References, AreKeptOrNot) {
-  const struct {
-    std::u16string_view Was, Is;
-    bool Kept;
-  } cases[] = {{u"1|2", u"1|3", true},
-               {u"%Major%|2", u"%Major%|3", true},
-               {u"%Major%|2", u"7|3", false},
-               {u"$(F(\"a\"))", u"{id}", false},
-               {u"100%%", u"101", true}};
-  for (const auto& row : cases)
-    EXPECT_EQ(KeepsReferences(row.Was, row.Is), row.Kept) << text::ToUtf8(row.Was);
 }
 
 } // namespace

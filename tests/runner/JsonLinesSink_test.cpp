@@ -21,8 +21,6 @@ TEST(JsonLinesSink, WritesEachEventAsOneLine) {
     decltype(TRunEvent::What) What;
     const char* Rest;
   } cases[] = {
-      {TActionStarted{u"Build", u"DEVENV", u"Build [ a.sln ]", u"p", 1},
-       R"("action","name":"Build","type":"DEVENV","description":"Build [ a.sln ]","pass":"p","nesting":1})"},
       {TActionStarted{u"Build", u"DEVENV", u"", u"", 1, TLoopPosition{u"project", 2, 3}},
        R"("action","name":"Build","type":"DEVENV","description":"","pass":"","nesting":1,"iteration":2,"iterations":3})"},
       {TActionEnded{result},
@@ -31,26 +29,10 @@ TEST(JsonLinesSink, WritesEachEventAsOneLine) {
        R"("errors":3,"warnings":0,"elapsedMs":20}]})"},
       {TMessageSent{u"\u00E9 \"q\"\r\n\xD800", TStatusTag::stError},
        "\"message\",\"status\":3,\"text\":\"\xC3\xA9 \\\"q\\\"\\r\\n\xEF\xBF\xBD\"}"},
-      {TGroupStarted{u"G", TStatusTag::stNormal}, R"("group","status":0,"title":"G"})"},
       {TGroupEnded{u"G", std::nullopt, 5ms}, R"("groupEnd","status":null,"title":"G","elapsedMs":5})"},
-      {TMetricSent{{u"Compiler", u"Errors", std::int64_t{2}}},
-       R"("metric","category":"Compiler","name":"Errors","value":2})"},
-      {TMetricSent{{u"T", u"N", u"x"}}, R"("metric","category":"T","name":"N","value":"x"})"},
   };
   for (const auto& row : cases)
     EXPECT_EQ(ToJsonLine({time, 2, row.What}), start + row.Rest);
-}
-
-TEST(JsonLinesSink, HasEachLineInTheFileAtOnce) {
-  TEmbeddedHost host;
-  host.Write("run.jsonl", "old log\n");
-  auto sink = TJsonLinesSink::Create(host.Path("run.jsonl"));
-  ASSERT_TRUE(sink);
-  const TRunEvent event{{}, 0, TMessageSent{u"m"}};
-  (*sink)->On(event);
-  EXPECT_EQ(host.Read("run.jsonl"), ToJsonLine(event) + "\n");
-  EXPECT_FALSE((*sink)->HasFailed());
-  EXPECT_FALSE(TJsonLinesSink::Create(host.Path("no/such/run.jsonl")));
 }
 
 } // namespace

@@ -38,11 +38,10 @@ constexpr TKxOptionsClass ToolClass{
 class OptionsStoreTest : public testing::Test {
 protected:
   // Starts a host over the file, registers the options, saves, and gives what the file then holds.
-  std::string SavedBy(std::string_view file, std::initializer_list<std::u16string_view> overrides) {
+  std::string SavedBy(std::string_view file, std::u16string_view assignment) {
     Store = {};
     Store.Load(Host.Write("options.ini", file));
-    for (const auto assignment : overrides)
-      Store.Override(assignment);
+    if (!assignment.empty()) Store.Override(assignment);
     TServiceRegistry registry(Store);
     registry.RegisterOptions(ToolClass);
     const auto* loaded = static_cast<TToolOptions*>(registry.GetOptions(u"tool", u"COMPILERS"));
@@ -59,53 +58,22 @@ protected:
 };
 
 TEST_F(OptionsStoreTest, SavesWhatWasFilledInButNeverAnOverride) {
+  const std::string_view filled = "[Tools]\nFolder=C:\\Found\nLevel=8\n";
   const struct {
-    const char* Name;
     std::string_view File;
-    std::initializer_list<std::u16string_view> Overrides;
-    std::u16string_view Folder;
+    std::u16string_view Override, Folder;
     std::int32_t Level;
     std::string_view Saved;
+    const char* Name;
   } cases[] = {
-      {"stored values stay untouched",
-       "[Tools]\nFolder = C:\\Mine\n",
-       {},
-       u"C:\\Mine",
-       7,
-       "[Tools]\nFolder = C:\\Mine\n"},
-      {"what a load filled in is saved",
-       "; mine\n",
-       {},
-       u"C:\\Found",
-       8,
-       "; mine\n\n[Tools]\nFolder=C:\\Found\nLevel=8\n"},
-      {"an override hides the stored value for this run",
-       "[Tools]\nFolder=a\n",
-       {u"Tools.Folder=b:\\c"},
-       u"b:\\c",
-       4,
-       "[Tools]\nFolder=a\n"},
-      {"an override is not what the object fills in",
-       "",
-       {u"tools.folder=x"},
-       u"x",
-       1,
-       "[Tools]\nFolder=C:\\Found\nLevel=8\n"},
-      {"the derived value of an override is not saved either",
-       "",
-       {u"Tools.Level=99"},
-       u"C:\\Found",
-       99,
-       "[Tools]\nFolder=C:\\Found\nLevel=8\n"},
-      {"an override elsewhere changes nothing here",
-       "[Tools]\nFolder=a\n",
-       {u"Other.Folder=b"},
-       u"a",
-       1,
-       "[Tools]\nFolder=a\n"},
+      {"[Tools]\nFolder = a\n", u"", u"a", 1, "[Tools]\nFolder = a\n", "stored values stay untouched"},
+      {"", u"", u"C:\\Found", 8, filled, "what a load filled in is saved"},
+      {"[Tools]\nFolder=a\n", u"Tools.Folder=b:\\c", u"b:\\c", 4, "[Tools]\nFolder=a\n", "for this run only"},
+      {"", u"tools.folder=x", u"x", 1, filled, "an override is not what the object fills in"},
+      {"", u"Tools.Level=99", u"C:\\Found", 99, filled, "nor what the object derives"},
   };
   for (const auto& row : cases) {
-    EXPECT_EQ(SavedBy(row.File, row.Overrides), row.Saved) << row.Name;
+    EXPECT_EQ(SavedBy(row.File, row.Override), row.Saved) << row.Name;
     EXPECT_EQ(text::ToUtf8(Folder), text::ToUtf8(row.Folder)) << row.Name;
     EXPECT_EQ(Level, row.Level) << row.Name;
   }
@@ -119,23 +87,15 @@ TEST_F(OptionsStoreTest, KeepsMarkAndUnknownContentWhenItSaves) {
   EXPECT_EQ(Host.Read("options.ini"), "\xEF\xBB\xBF[A]\r\nk=\xC3\xBC\r\n");
 }
 
-TEST_F(OptionsStoreTest, AMissingFileIsEmptyAndIsMadeWithItsFolder) {
-  Store.Load(Host.Path("new/deep/options.ini"));
-  EXPECT_EQ(Store.Get({u"A", u"k"}), std::nullopt);
-  ASSERT_TRUE(Store.Save());
-  EXPECT_FALSE(std::filesystem::exists(Host.Path("new"))) << "nothing to save, so no file";
-  Store.Set({u"A", u"k"}, u"v");
-  ASSERT_TRUE(Store.Save());
-  EXPECT_EQ(Host.Read("new/deep/options.ini"), "[A]\nk=v\n");
-}
-
-TEST_F(OptionsStoreTest, SaysWhereAFileCannotBeRead) {
+TEST_F(OptionsStoreTest, RefusesWhatItCannotRead) {
   const struct {
     std::string_view Bytes;
     const char* Message;
   } cases[] = {{"[A]\nk=\xE9\n", "(2): The file must be in UTF-8"},
-               {"\xFF\xFE[\0A\0", "(1): The file must be in UTF-8"},
-               {"[A]\n\nwhat\n", "(3): Expected [Section]"}};
+
+               {"[A]\n\nwhat\n", "(3): Expected [Section]"},
+               {"\n\n[S\n", "(3): The section's name has no closing bracket."},
+               {"; c\r\nK=1\r\n", "(2): The value stands before the first [Section]."}};
   for (const auto& row : cases) {
     try {
       Store.Load(Host.Write("bad.ini", row.Bytes));
@@ -144,30 +104,8 @@ TEST_F(OptionsStoreTest, SaysWhereAFileCannotBeRead) {
       EXPECT_THAT(error.what(), HasSubstr(std::string("bad.ini") + row.Message));
     }
   }
-  EXPECT_THROW(Store.Load(Host.Path("")), EKxParseError) << "a folder";
-}
-
-TEST(OptionName, EndsItsSectionAtTheFirstDot) {
-  const auto name = TOptionName::Parse(u"DotNetFramework.v4.0");
-  EXPECT_EQ(name.Section, u"DotNetFramework");
-  EXPECT_EQ(name.Key, u"v4.0");
-  TOptionsStore store;
-  for (const std::u16string_view wrong : {u"", u"NoDot", u".key", u"Section."})
-    EXPECT_THROW(TOptionName::Parse(wrong), EKxException) << text::ToUtf8(wrong);
   for (const std::u16string_view wrong : {u"A.b", u"A=b", u".b=c", u"=A.b"})
-    EXPECT_THROW(store.Override(wrong), EKxException) << text::ToUtf8(wrong);
-}
-
-TEST(ServiceRegistry, RefusesWhatIsRegisteredTwiceAndHelpsWithNames) {
-  TEmbeddedHost host;
-  EXPECT_THROW(host.Services.RegisterAction(u"step", u"Tests", TStepAction::Class()), EKxException);
-  EXPECT_EQ(host.Services.RequireAction(u"step").Identifier, u"STEP");
-  try {
-    host.Services.RequireAction(u"STEPP");
-    FAIL();
-  } catch (const EKxException& error) {
-    EXPECT_STREQ(error.what(), "Unknown action type \"STEPP\". Did you mean \"STEP\"?");
-  }
+    EXPECT_THROW(Store.Override(wrong), EKxException) << text::ToUtf8(wrong);
 }
 
 } // namespace

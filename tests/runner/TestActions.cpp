@@ -44,25 +44,17 @@ const TKxPropertyTable& TStepAction::PublishedProperties() const {
   using T = TStepAction;
   static const TKxPropertyTable table(
       TKxPropertyRows<T>()
-          .Field(
-              u"Text", [](T & a) -> auto& { return a.Text; }, u"What is sent.")
-          .Field(
-              u"Number", [](T & a) -> auto& { return a.Number; }, u"A number.")
-          .Field(
-              u"Flag", [](T & a) -> auto& { return a.Flag; }, u"A flag.")
-          .Field(
-              u"Colour", [](T & a) -> auto& { return a.Colour; }, ColourEnumeration(), u"A colour.")
-          .Field(
-              u"Lines", [](T & a) -> auto& { return a.Lines; }, u"Lines.")
-          .Accessors(u"Part", &T::GetPart, &T::SetPart, u"Not stored.")
-          .NotStored()
+          .Field(u"Text", std::mem_fn(&T::Text), u"What is sent.")
+          .Field(u"Number", std::mem_fn(&T::Number), u"A number.")
+          .Field(u"Flag", std::mem_fn(&T::Flag), u"A flag.")
+          .Field(u"Colour", std::mem_fn(&T::Colour), ColourEnumeration(), u"A colour.")
+          .Field(u"Lines", std::mem_fn(&T::Lines), u"Lines.")
           .Accessors(
               u"Password", [](T& a) { return a.DecryptString(a.Secret); },
               [](T& a, const std::u16string& clear) { a.Secret = a.EncryptString(clear); }, u"Clear text.")
           .NotStored()
           .Secret()
-          .Field(
-              u"_Password", [](T & a) -> auto& { return a.Secret; }, u"Encrypted.")
+          .Field(u"_Password", std::mem_fn(&T::Secret), u"Encrypted.")
           .Secret()
           .Computed(
               u"Size", [](T& a) { return static_cast<std::int32_t>(a.Text.size()); }, u"Computed.")
@@ -84,25 +76,9 @@ bool TStepAction::Execute() {
 }
 
 bool TStepAction::GetLocalVariableValue(std::u16string_view name, std::u16string& value) const {
-  if (text::EqualsIgnoreCase(name, u"CURRENTCONFIGNAME")) {
-    value = CurrentName;
-  } else if (text::EqualsIgnoreCase(name, u"CURRENTPLATFORMNAME")) {
-    value = CurrentPlatform;
-  } else if (text::EqualsIgnoreCase(name, u"Local")) {
-    value = u"100%Own%";
-  } else {
-    return false;
-  }
+  if (!text::EqualsIgnoreCase(name, u"Local")) return false;
+  value = u"100%Own%";
   return true;
-}
-
-void TStepAction::CollectLocalVariables(text::TStringList& names, bool /*withTypes*/,
-                                        bool /*withDescriptions*/) const {
-  names.Add(u"Local");
-}
-
-std::u16string TStepAction::ActionExpandExpression(std::u16string_view text) const {
-  return text::EqualsIgnoreCase(text, u"$(Hooked)") ? u"hook" : std::u16string(text);
 }
 
 const TKxActionClass& TLoopAction::Class() {
@@ -112,11 +88,9 @@ const TKxActionClass& TLoopAction::Class() {
 }
 
 const TKxPropertyTable& TLoopAction::PublishedProperties() const {
-  static const TKxPropertyTable table(
-      TKxPropertyRows<TLoopAction>()
-          .Field(
-              u"Values", [](TLoopAction & a) -> auto& { return a.Values; }, u"One a pass.")
-          .Take());
+  static const TKxPropertyTable table(TKxPropertyRows<TLoopAction>()
+                                          .Field(u"Values", std::mem_fn(&TLoopAction::Values), u"One a pass.")
+                                          .Take());
   return table;
 }
 
@@ -143,8 +117,6 @@ void TRecordingSink::On(const TRunEvent& event) {
     line += "> " + text::ToUtf8(group->Title);
   } else if (const auto* groupEnd = std::get_if<TGroupEnded>(&event.What)) {
     line += groupEnd->Status ? "< " + number(*groupEnd->Status) : "<";
-  } else if (const auto* metric = std::get_if<TMetricSent>(&event.What)) {
-    line += "# " + text::ToUtf8(metric->Metric.Name);
   }
   Lines.push_back(std::move(line));
 }
@@ -154,7 +126,6 @@ TEmbeddedHost::TEmbeddedHost()
   Services.RegisterAction(u"STEP", u"Tests", TStepAction::Class());
   Services.RegisterAction(u"LOOP", u"Tests", TLoopAction::Class());
   Services.RegisterEnumeration(ColourEnumeration());
-  Services.RegisterConstant(u"answer", 42);
   Services.RegisterFunction(TStepAction::Class(), u"Describe",
                             [](TCustomKxAction& action, std::u16string_view argument) {
                               return action.GetDescription() + u"<" + std::u16string(argument) + u">";
@@ -182,8 +153,8 @@ std::string TEmbeddedHost::Read(std::string_view name) const {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-TStepAction& TEmbeddedHost::AddStep(std::u16string_view text, std::u16string_view name) {
-  TActionNode& node = Project().AddAction(u"STEP");
+TStepAction& TEmbeddedHost::AddStep(std::u16string_view text, std::u16string_view name, TActionNode* parent) {
+  TActionNode& node = Project().AddAction(u"STEP", parent);
   node.SetName(name);
   auto& step = static_cast<TStepAction&>(node.Action());
   step.Text = text;

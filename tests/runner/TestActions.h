@@ -26,10 +26,7 @@ public:
   bool Flag = false;
   TColour Colour = TColour::Green;
   text::TStringList Lines;
-  std::u16string Part;
   std::u16string Secret; // as the host encrypted it
-  std::u16string CurrentName;
-  std::u16string CurrentPlatform;
 
   static const TKxActionClass& Class();
   // By the text of the property Text; without an entry the action sends the expanded text and succeeds.
@@ -42,11 +39,7 @@ public:
   bool Validate(IKxActionValidationError& errors) override;
   bool Execute() override;
   bool GetLocalVariableValue(std::u16string_view name, std::u16string& value) const override;
-  void CollectLocalVariables(text::TStringList& names, bool withTypes, bool withDescriptions) const override;
-  std::u16string ActionExpandExpression(std::u16string_view text) const override;
 
-  const std::u16string& GetPart() const { return Part; }
-  void SetPart(std::u16string value) { Part = std::move(value); }
   TKxEvent Terminated;
 };
 
@@ -69,7 +62,6 @@ const TKxEnumeration& ColourEnumeration();
 //   "Name {"  "} True"      an action begins and ends (with its pass behind the name: "Name [a] {")
 //   "3 text"                a message with its status
 //   "> title"  "< 1"        a group opens and closes ("<" without a status)
-//   "# Errors 3"            a metric
 // each indented by its depth.
 class TRecordingSink : public IRunEventSink {
 public:
@@ -90,7 +82,8 @@ public:
   std::string Read(std::string_view name) const;
 
   TProject& Project() { return Runner.Project(); }
-  TStepAction& AddStep(std::u16string_view text, std::u16string_view name = u"");
+  TStepAction& AddStep(std::u16string_view text, std::u16string_view name = u"",
+                       TActionNode* parent = nullptr);
   // Runs the project and gives the log.
   std::vector<std::string> Run();
 
