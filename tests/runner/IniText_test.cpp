@@ -43,8 +43,6 @@ TEST(IniText, ChangesOnlyWhatIsSet) {
        u"[S]\r\nK=1\r\n; tail\r\n\r\n[T]\r\n", u"S", u"L", u"2",
        u"[S]\r\nK=1\r\nL=2\r\n; tail\r\n\r\n[T]\r\n"},
       {"a last line without end gets one", u"[S]\nK=1", u"S", u"L", u"2", u"[S]\nK=1\nL=2\n"},
-      {"a section in two places grows at its end", u"[S]\nA=1\n[T]\n[S]\nB=2\n", u"S", u"C", u"3",
-       u"[S]\nA=1\n[T]\n[S]\nB=2\nC=3\n"},
       {"of two equal keys the first counts", u"[S]\nK=1\nK=2\n", u"S", u"K", u"3", u"[S]\nK=3\nK=2\n"},
       {"blanks at the ends need quotes", u"[S]\nK=1\n", u"S", u"K", u" a ", u"[S]\nK=\" a \"\n"},
   };

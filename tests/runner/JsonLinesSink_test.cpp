@@ -29,7 +29,6 @@ TEST(JsonLinesSink, WritesEachEventAsOneLine) {
        R"("errors":3,"warnings":0,"elapsedMs":20}]})"},
       {TMessageSent{u"\u00E9 \"q\"\r\n\xD800", TStatusTag::stError},
        "\"message\",\"status\":3,\"text\":\"\xC3\xA9 \\\"q\\\"\\r\\n\xEF\xBF\xBD\"}"},
-      {TGroupEnded{u"G", std::nullopt, 5ms}, R"("groupEnd","status":null,"title":"G","elapsedMs":5})"},
   };
   for (const auto& row : cases)
     EXPECT_EQ(ToJsonLine({time, 2, row.What}), start + row.Rest);

@@ -15,7 +15,7 @@ constexpr std::string_view Number = "<Number>7</Number>";
 constexpr std::string_view Flag = "<Flag>False</Flag>";
 constexpr std::string_view Colour = "<Colour Name=\"Green\">1</Colour>";
 
-std::string Joined(std::initializer_list<std::string_view> elements, std::string_view before) {
+std::string Joined(std::initializer_list<std::string_view> elements, std::string_view before = "\n      ") {
   std::string text;
   for (const auto element : elements)
     text.append(before).append(element);
@@ -61,9 +61,6 @@ TEST_F(ProjectFileSave, AnUntouchedProjectKeepsEveryByte) {
 }
 
 TEST_F(ProjectFileSave, OnlyTheChangedActionIsWritten) {
-  const auto indented = [](std::initializer_list<std::string_view> elements) {
-    return Joined(elements, "\n      ");
-  };
   const struct {
     const char* Name;
     std::string Before;
@@ -78,18 +75,18 @@ TEST_F(ProjectFileSave, OnlyTheChangedActionIsWritten) {
        Project("    <!-- first --><Action  Type='STEP' >\n"
                "      <Number>2</Number>  <!-- the build -->\n"
                "      <Text>t</Text> <!-- stays here -->" +
-               indented({Flag, Colour, "<Lines/>", "<_Password/>"}) +
+               Joined({Flag, Colour, "<Lines/>", "<_Password/>"}) +
                "\n\n    </Action><Action Type='STEP'/>")},
       {"an empty element opens", Project("    <Action Type=\"STEP\" />"),
        [](TStepAction& a) { a.Number = 2; },
        Project("    <Action Type=\"STEP\">" +
-               indented({"<Text/>", "<Number>2</Number>", Flag, Colour, "<Lines/>", "<_Password/>"}) +
+               Joined({"<Text/>", "<Number>2</Number>", Flag, Colour, "<Lines/>", "<_Password/>"}) +
                "\n    </Action>")},
       {"an enumeration by name becomes its ordinal with the name beside it",
        Project("    <Action Type=\"STEP\">\n      <Colour>red</Colour>\n    </Action>"),
        [](TStepAction& a) { a.Colour = TColour::Blue; },
        Project("    <Action Type=\"STEP\">\n      <Colour Name=\"Blue\">2</Colour>" +
-               indented({"<Text/>", Number, Flag, "<Lines/>", "<_Password/>"}) + "\n    </Action>")},
+               Joined({"<Text/>", Number, Flag, "<Lines/>", "<_Password/>"}) + "\n    </Action>")},
       {"lists stay as they are written", Project("    <Action Type=\"STEP\"><Lines>\n x\n</Lines></Action>"),
        [](TStepAction& a) { a.Lines = {u"{id of x}"}; },
        Project("    <Action Type=\"STEP\"><Lines>\n x\n</Lines></Action>")},
@@ -105,16 +102,13 @@ TEST_F(ProjectFileSave, OnlyTheChangedActionIsWritten) {
 }
 
 TEST_F(ProjectFileSave, KeepsTabsLineEndsAndTheMark) {
-  const auto crlf = [](std::string_view elements) {
-    return "\xEF\xBB\xBF<BuildProject>\r\n\t<Actions>\r\n\t\t<Action Type=\"STEP\">" + std::string(elements) +
+  const auto file = [](std::string_view text, std::string_view added) {
+    return "\xEF\xBB\xBF<BuildProject>\r\n\t<Actions>\r\n\t\t<Action Type=\"STEP\">" +
+           Joined({text, Flag, Colour, "<Lines/>", "<_Password/>"}, "\r\n\t\t\t") + std::string(added) +
            "\r\n\t\t</Action>\r\n\t</Actions>\r\n</BuildProject>";
   };
-  const std::string before =
-      Joined({"<Text>old</Text>", Flag, Colour, "<Lines/>", "<_Password/>"}, "\r\n\t\t\t");
-  const std::string after =
-      Joined({"<Text>a\r\n\xC3\xA9&amp;&lt;\"&#13;</Text>", Flag, Colour, "<Lines/>", "<_Password/>", Number},
-             "\r\n\t\t\t");
-  EXPECT_EQ(Changed(crlf(before), [](TStepAction& a) { a.Text = u"a\r\n\u00E9&<\"\r"; }), crlf(after));
+  EXPECT_EQ(Changed(file("<Text>old</Text>", ""), [](TStepAction& a) { a.Text = u"a\r\n\u00E9&<\"\r"; }),
+            file("<Text>a\r\n\xC3\xA9&amp;&lt;\"&#13;</Text>", "\r\n\t\t\t<Number>7</Number>"));
 }
 
 TEST_F(ProjectFileSave, AClearSecretIsReplacedByItsEncryptedForm) {
@@ -129,6 +123,9 @@ TEST_F(ProjectFileSave, AClearSecretIsReplacedByItsEncryptedForm) {
   const auto& step = static_cast<TStepAction&>(host.Project().Actions().front()->Action());
   EXPECT_THAT(saved, HasSubstr("<_Password>" + text::ToUtf8(step.Secret) + "</_Password>"));
   EXPECT_EQ(step.DecryptString(step.Secret), u"hush");
+  auto tampered = step.Secret;
+  tampered[8] = tampered[8] == u'A' ? u'B' : u'A';
+  EXPECT_EQ(step.DecryptString(tampered), u"");
   ExpectUntouched(saved);
 }
 

@@ -42,8 +42,6 @@ TEST(ProjectFile, ReadsEverything) {
   TProject& project = host.Project();
   TProjectFile(project).Load(file);
 
-  EXPECT_EQ(project.Name, u"Nightly");
-  EXPECT_EQ(project.Directory() + u"/nightly.kxproj", file);
   ASSERT_EQ(project.Variables.size(), 2U);
   EXPECT_EQ(project.Variables[0].Value, u"/src & x");
   EXPECT_EQ(project.PropertySets.Find(u"REL")->GetValue(u"major"), u"3");
@@ -74,14 +72,10 @@ TEST(ProjectFile, SaysWhatIsWrongAndWhere) {
        "(1): A document type declaration is not allowed."},
       {"<?xml version=\"1.0\" encoding=\"iso-8859-1\"?><a/>", "(1): The file must be in UTF-8, not in"},
       {"<BuildProject>\n<!-- \xE9 --></BuildProject>", "(2): The file must be in UTF-8; this line is not."},
-      {std::string("<BuildProject/>\n\0</x>", 21), "(2): The file holds a null character."},
       {"<Project/>", "(1): Not a build project: expected <BuildProject>, not <Project>."},
       {"<BuildProject>\n<Action/></BuildProject>",
        "(2): Unknown element <Action> in <BuildProject>. Did you mean \"Actions\"?"},
-      {In("Actions", "stray"), "(1): Unexpected text in <Actions>: \"stray\""},
       {In("Variables", "<Variable Name=\"a b\"/>"), "(2): The variable name \"a b\" may hold only"},
-      {In("Variables", "<Variable Name=\"a\"/>\n<Variable Name=\"A\"/>"),
-       "(3): The variable \"A\" stands twice."},
       {In("Actions", "<Action Type=\"STP\"/>"), "(2): Unknown action type \"STP\". Did you mean \"STEP\"?"},
       {In("Actions", "<Action Type=\"STEP\" ContinueOnError=\"ja\"/>"), "(2): ContinueOnError takes True or"},
       {Wrapped("<Numbr>1</Numbr>"),
@@ -89,9 +83,6 @@ TEST(ProjectFile, SaysWhatIsWrongAndWhere) {
       {Wrapped("<Number>1</Number>\n<number>2</number>"), "(5): <number> stands twice in <Action>."},
       {Wrapped("<Number>1x</Number>"), "(4): Number takes a number, not \"1x\"."},
       {Wrapped("<Colour>Pink</Colour>"), "(4): Colour takes one of Red, Green, Blue, not \"Pink\"."},
-      {Wrapped("<Colour Name=\"Red\">2</Colour>"),
-       "(4): Colour says \"Red\" and \"2\", which are not the same."},
-      {Wrapped("<Size>3</Size>"), "(4): The property \"Size\" is computed and cannot be set."},
       {Wrapped("<Text>\n<Line>a</Line></Text>"),
        "(5): <Text> holds text; the element <Line> cannot stand in it."},
       {Wrapped("<Actions/>"), "(4): The action STEP is no loop and cannot hold actions."},

@@ -1,24 +1,16 @@
 #include "tests/runner/TestActions.h"
 
-#include "platform/Files.h"
-
 #include <array>
+#include <fstream>
+#include <functional>
 #include <iterator>
 
 namespace kx::tests {
 
 namespace {
 
-TRunSettings SettingsIn(const std::filesystem::path& folder) {
-  return {{{u"FromCommandLine", u"set"}, {u"Both", u"command line"}}, (folder / "keys").u16string()};
-}
-
-std::filesystem::path MakeFolder() {
-  const auto file = platform::CreateTemporaryFile(platform::TemporaryDirectory(), u"kxtest");
-  std::filesystem::path folder(*file);
-  std::filesystem::remove(folder);
-  std::filesystem::create_directory(folder);
-  return folder;
+TRunSettings SettingsIn(const TTemporaryFolder& folder) {
+  return {{{u"FromCommandLine", u"set"}, {u"Both", u"command line"}}, folder.Path("keys")};
 }
 
 } // namespace
@@ -56,8 +48,6 @@ const TKxPropertyTable& TStepAction::PublishedProperties() const {
           .Secret()
           .Field(u"_Password", std::mem_fn(&T::Secret), u"Encrypted.")
           .Secret()
-          .Computed(
-              u"Size", [](T& a) { return static_cast<std::int32_t>(a.Text.size()); }, u"Computed.")
           .Take());
   return table;
 }
@@ -121,8 +111,7 @@ void TRecordingSink::On(const TRunEvent& event) {
   Lines.push_back(std::move(line));
 }
 
-TEmbeddedHost::TEmbeddedHost()
-    : folder_(MakeFolder()), Services(Store), Runner(Services, Stop, SettingsIn(folder_)) {
+TEmbeddedHost::TEmbeddedHost() : Services(Store), Runner(Services, Stop, SettingsIn(folder_)) {
   Services.RegisterAction(u"STEP", u"Tests", TStepAction::Class());
   Services.RegisterAction(u"LOOP", u"Tests", TLoopAction::Class());
   Services.RegisterEnumeration(ColourEnumeration());
@@ -135,21 +124,10 @@ TEmbeddedHost::TEmbeddedHost()
 
 TEmbeddedHost::~TEmbeddedHost() {
   TStepAction::Deeds().clear();
-  std::error_code ignored;
-  std::filesystem::remove_all(folder_, ignored);
-}
-
-std::u16string TEmbeddedHost::Path(std::string_view name) const {
-  return (folder_ / name).u16string();
-}
-
-std::u16string TEmbeddedHost::Write(std::string_view name, std::string_view bytes) const {
-  std::ofstream(folder_ / name, std::ios::binary) << bytes;
-  return Path(name);
 }
 
 std::string TEmbeddedHost::Read(std::string_view name) const {
-  std::ifstream file(folder_ / name, std::ios::binary);
+  std::ifstream file(folder_.Native(name), std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};
 }
 

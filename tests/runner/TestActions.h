@@ -6,10 +6,9 @@
 #include "runner/ProjectFile.h"
 #include "runner/Run.h"
 #include "runner/ServiceRegistry.h"
+#include "tests/support/TemporaryFolder.h"
 #include "text/Encoding.h"
 
-#include <filesystem>
-#include <fstream>
 #include <functional>
 #include <string>
 #include <vector>
@@ -77,8 +76,10 @@ public:
   TEmbeddedHost(const TEmbeddedHost&) = delete;
   TEmbeddedHost& operator=(const TEmbeddedHost&) = delete;
 
-  std::u16string Path(std::string_view name) const; // of a file in the folder
-  std::u16string Write(std::string_view name, std::string_view bytes) const;
+  std::u16string Path(std::string_view name) const { return folder_.Path(name); } // of a file in the folder
+  std::u16string Write(std::string_view name, std::string_view bytes) const {
+    return folder_.Write(name, bytes);
+  }
   std::string Read(std::string_view name) const;
 
   TProject& Project() { return Runner.Project(); }
@@ -88,7 +89,7 @@ public:
   std::vector<std::string> Run();
 
 private:
-  std::filesystem::path folder_;
+  TTemporaryFolder folder_;
 
 public:
   TOptionsStore Store;
