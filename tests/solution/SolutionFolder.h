@@ -11,16 +11,6 @@ namespace kx::tests {
 
 using Strings = std::vector<std::string>;
 
-// The message of what an action raises, or "no error".
-inline std::string Raised(const auto& action) {
-  try {
-    action();
-  } catch (const EKxException& error) {
-    return error.what();
-  }
-  return "no error";
-}
-
 class SolutionFolder : public testing::Test, protected TTemporaryFolder {
 protected:
   std::shared_ptr<IVSDotNetSolution> Open(std::string_view name = "a.sln", bool all = true) const {
@@ -43,10 +33,12 @@ protected:
   }
 };
 
-inline Strings Names(const IVSDotNetSolution& solution) {
+// The names of projects or of configurations.
+inline Strings NamesOf(const auto& items) {
+  if (!items) return {"null"};
   Strings names;
-  for (int i = 0; i < solution.GetProjects()->GetCount(); ++i)
-    names.push_back(text::ToUtf8(solution.GetProjects()->GetItem(i)->GetName()));
+  for (int i = 0; i < items->GetCount(); ++i)
+    names.push_back(text::ToUtf8(items->GetItem(i)->GetName()));
   return names;
 }
 
