@@ -12,14 +12,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 namespace kx::tests {
 
-// App needs Lib and is named before it; Setup is built in Debug only.
+// App needs Lib and is named before it; projects are built in Debug only.
 inline constexpr const char* SmallSolution = R"(
 Microsoft Visual Studio Solution File, Format Version 10.00
 # Visual Studio 2008
@@ -39,18 +39,13 @@ Global
 	EndGlobalSection
 	GlobalSection(ProjectConfigurationPlatforms) = postSolution
 		{11111111-1111-1111-1111-111111111111}.Debug|Any CPU.ActiveCfg = Debug|Any CPU
-		{11111111-1111-1111-1111-111111111111}.Release|Any CPU.ActiveCfg = Release|Any CPU
 		{22222222-2222-2222-2222-222222222222}.Debug|Any CPU.ActiveCfg = Debug|x86
-		{22222222-2222-2222-2222-222222222222}.Release|Any CPU.ActiveCfg = Release|x86
 		{33333333-3333-3333-3333-333333333333}.Debug|Any CPU.ActiveCfg = Debug
 	EndGlobalSection
 EndGlobal
 )";
 inline constexpr std::u16string_view AppId = u"{11111111-1111-1111-1111-111111111111}";
 inline constexpr std::u16string_view LibId = u"{22222222-2222-2222-2222-222222222222}";
-inline constexpr std::u16string_view SetupId = u"{33333333-3333-3333-3333-333333333333}";
-
-using TSettings = std::vector<std::pair<std::u16string, std::u16string>>;
 
 class TBuildActionTest : public testing::Test {
 protected:
@@ -58,39 +53,54 @@ protected:
     folder_.Write("App.sln", SmallSolution);
     folder_.Write("App/App.csproj", "<Project Condition=\"'Debug|AnyCPU'\"/>");
     folder_.Write("Lib/Lib.csproj", "<Project/>");
-    folder_.Write("Setup/Setup.vdproj", "");
-    folder_.Write("MSBuild.exe", "");
-    folder_.Write("devenv.com", "");
+    for (const auto* name : {"Setup/Setup.vdproj", "MSBuild.exe", "devenv.com"})
+      folder_.Write(name, "");
     RegisterOptions();
     services_.Frameworks[u"v3.5"] = folder_.Path();
     VSDotNetOptions()->SetDevEnv2008Location(folder_.Path());
     host_.Variables[u"ProjectDir"] = folder_.Path();
-    action_.Attach(host_);
-    Set({{u"VStudioVersion", u"vs2008"},
-         {u"Solution", u"App.sln"},
-         {u"SolutionConfiguration", u"debug|any cpu"}});
+    Begin();
+  }
+  // A new action with these settings besides its solution, and an empty log.
+  void Begin(std::u16string_view settings = {}) {
+    action_ = std::make_unique<TKxVSDotNetAction>();
+    action_->Attach(host_);
+    host_.ClearLog();
+    Set(u"VStudioVersion=vs2008&Solution=App.sln&SolutionConfiguration=debug|any cpu");
+    if (!settings.empty()) Set(settings);
   }
 
   const TKxPublishedProperty& Row(std::u16string_view name) {
-    const auto* row = action_.PublishedProperties().Find(name);
+    const auto* row = action_->PublishedProperties().Find(name);
     if (row == nullptr) throw EKxException(u"no property " + std::u16string(name));
     return *row;
   }
-  void Set(const TSettings& settings) {
-    for (const auto& [name, value] : settings)
-      Row(name).Set(action_, PropertyFromText(Row(name), value));
+  // Of the form Name=Value&Name=Value.
+  void Set(std::u16string_view settings) {
+    for (const auto setting : text::Split(settings, u'&')) {
+      const auto& row = Row(setting.substr(0, setting.find(u'=')));
+      row.Set(*action_, PropertyFromText(row, setting.substr(setting.find(u'=') + 1)));
+    }
   }
   std::string Get(std::u16string_view name) {
-    return text::ToUtf8(PropertyToText(Row(name), Row(name).Get(action_)));
+    return text::ToUtf8(PropertyToText(Row(name), Row(name).Get(*action_)));
   }
 
   // The result, or the message of the exception that ended the action.
   std::string Execute() {
     try {
-      return action_.Execute() ? "succeeded" : "failed";
+      return action_->Execute() ? "succeeded" : "failed";
     } catch (const std::exception& error) {
       return Plain(error.what());
     }
+  }
+  // Begins and executes: the log and the result.
+  std::string Outcome(std::u16string_view settings, const std::vector<TPlayback>& playbacks = {}) {
+    Begin(settings);
+    for (const auto& playback : playbacks)
+      host_.Play(playback);
+    const std::string result = Execute();
+    return Log() + result;
   }
   // The log as one text; the folders of this machine and of the program are DIR and BIN.
   std::string Log() {
@@ -100,22 +110,13 @@ protected:
     return Plain(text);
   }
   std::string Plain(const std::string& text) const {
-    std::u16string plain = text::ReplaceAll(text::FromUtf8(text), folder_.Path(), u"DIR");
-    plain = text::ReplaceAll(plain, TPathUtils::GetAppPath(), u"BIN/");
-    return text::ToUtf8(plain);
+    const std::u16string plain = text::ReplaceAll(text::FromUtf8(text), folder_.Path(), u"DIR");
+    return text::ToUtf8(text::ReplaceAll(plain, TPathUtils::GetAppPath(), u"BIN/"));
   }
-  // The parameters of all runs, a line each.
-  std::string Parameters() {
-    std::string text;
-    for (const auto& run : host_.Runs())
-      text += run.Parameters + "\n";
-    return Plain(text);
-  }
-
   TTemporaryFolder folder_;
   TFakeServices services_;
   TRecordingHost host_;
-  TKxVSDotNetAction action_;
+  std::unique_ptr<TKxVSDotNetAction> action_;
 };
 
 } // namespace kx::tests

@@ -4,6 +4,7 @@
 
 #include "host/Actions.h"
 #include "host/Services.h"
+#include "text/Encoding.h"
 #include "text/Text.h"
 
 #include <deque>
@@ -32,28 +33,14 @@ struct TRun {
   std::string Directory;
 };
 
-class TFakePropertySet : public IPropertySet {
-public:
-  TFakePropertySet(std::u16string name, TPropertySetKind kind,
-                   std::map<std::u16string, std::u16string, text::IgnoreCaseLess> values);
-  std::u16string GetName() const override { return name_; }
-  TPropertySetKind GetKind() const override { return kind_; }
-  std::optional<std::u16string> GetValue(std::u16string_view name) const override;
+using TTexts = std::map<std::u16string, std::u16string, text::IgnoreCaseLess>;
+std::optional<std::u16string> Find(const TTexts& texts, std::u16string_view name);
 
-private:
-  std::u16string name_;
-  TPropertySetKind kind_;
-  std::map<std::u16string, std::u16string, text::IgnoreCaseLess> values_;
-};
-
+// Knows none.
 class TFakePropertySetService : public IPropertySetService {
 public:
-  void Add(std::shared_ptr<const IPropertySet> set) { sets_.push_back(std::move(set)); }
-  std::shared_ptr<const IPropertySet> Find(std::u16string_view name) const override;
-  text::TStringList GetNames(TPropertySetKind kind) const override;
-
-private:
-  std::vector<std::shared_ptr<const IPropertySet>> sets_;
+  std::shared_ptr<const IPropertySet> Find(std::u16string_view /*name*/) const override { return nullptr; }
+  text::TStringList GetNames(TPropertySetKind /*kind*/) const override { return {}; }
 };
 
 // The log in UTF-8, a line each:
@@ -69,33 +56,53 @@ class TRecordingHost : public IKxActionHost {
 public:
   const std::vector<std::string>& Log() const { return log_; }
   const std::vector<TRun>& Runs() const { return runs_; }
-  int OpenGroups() const { return openGroups_; }
-  void ClearLog();
+  void ClearLog() {
+    log_.clear();
+    runs_.clear();
+  }
 
   // Played back in this order; a process beyond the last ends with exit code 0 and no output.
-  TRecordingHost& Play(TPlayback playback);
+  TRecordingHost& Play(TPlayback playback) {
+    playbacks_.push_back(std::move(playback));
+    return *this;
+  }
   // Raised by the user: the running process and all later ones end with ExitCodeTerminated.
   TKxEvent StopRequest;
-  std::map<std::u16string, std::u16string, text::IgnoreCaseLess> Variables;
+  TTexts Variables;
   TFakePropertySetService Sets;
   std::function<bool(TKxBaseIterator&)> Children; // one pass of a loop; none: True
-  bool Validating = false;
 
-  void SendMessage(TCustomKxAction& action, std::u16string_view text, TStatusTag status) override;
-  void StartMessageGroup(TCustomKxAction& action, std::u16string_view title, TMessageGroupType type,
-                         TStatusTag status) override;
-  void EndMessageGroup(TCustomKxAction& action, std::optional<TStatusTag> status) override;
+  void SendMessage(TCustomKxAction& /*action*/, std::u16string_view text, TStatusTag status) override {
+    Note(static_cast<char>('0' + static_cast<int>(status)), text);
+  }
+  void StartMessageGroup(TCustomKxAction& /*action*/, std::u16string_view title, TMessageGroupType /*type*/,
+                         TStatusTag /*status*/) override {
+    Note('>', title);
+  }
+  void EndMessageGroup(TCustomKxAction& /*action*/, std::optional<TStatusTag> status) override {
+    log_.push_back(status ? "< " + std::to_string(static_cast<int>(*status)) : "<");
+  }
   void SendMetric(TCustomKxAction& action, const TKxMetric& metric) override;
   std::u16string Expand(TCustomKxAction& action, std::u16string_view text) override;
-  std::optional<std::u16string> GetVariable(std::u16string_view name) override;
-  void SetVariable(std::u16string_view name, std::u16string_view value) override;
+  std::optional<std::u16string> GetVariable(std::u16string_view name) override {
+    return Find(Variables, name);
+  }
+  void SetVariable(std::u16string_view name, std::u16string_view value) override {
+    Note('=', std::u16string(name) + u" " + std::u16string(value));
+    Variables.insert_or_assign(std::u16string(name), std::u16string(value));
+  }
   IPropertySetService& PropertySets() override { return Sets; }
-  std::u16string EncryptString(std::u16string_view clear) override;
-  std::u16string DecryptString(std::u16string_view secret) override;
+  std::u16string EncryptString(std::u16string_view clear) override {
+    return u"enc(" + std::u16string(clear) + u")";
+  }
+  std::u16string DecryptString(std::u16string_view secret) override {
+    if (!secret.starts_with(u"enc(") || !secret.ends_with(u')')) return {};
+    return std::u16string(secret.substr(4, secret.size() - 5));
+  }
   std::shared_ptr<IKxProcess> NewProcess(TCustomKxAction& action) override;
   const TKxEvent& Stop() const override { return StopRequest; }
-  bool RunChildren(TKxBaseIterator& iterator) override;
-  bool IsValidating() const override { return Validating; }
+  bool RunChildren(TKxBaseIterator& iterator) override { return !Children || Children(iterator); }
+  bool IsValidating() const override { return false; }
 
 private:
   friend class TFakeProcess;
@@ -104,7 +111,6 @@ private:
   std::vector<std::string> log_;
   std::vector<TRun> runs_;
   std::deque<TPlayback> playbacks_;
-  int openGroups_ = 0;
 };
 
 // Collects validation entries as lines "page: message", with " [options]" behind those that offer the
@@ -112,19 +118,30 @@ private:
 class TRecordingValidation : public IKxActionValidationError {
 public:
   std::vector<std::string> Entries;
-  void Add(std::u16string_view page, std::u16string_view message, TKxOptionsObject* options) override;
+  void Add(std::u16string_view page, std::u16string_view message, TKxOptionsObject* options) override {
+    const char* offer = options != nullptr ? " [options]" : "";
+    Entries.push_back(text::ToUtf8(page) + ": " + text::ToUtf8(message) + offer);
+  }
 };
 
 // A section of an options store in memory.
 class TFakeOptionsStore : public IKxOptionsReader, public IKxOptionsWriter {
 public:
-  std::map<std::u16string, std::u16string, text::IgnoreCaseLess> Values;
-  std::vector<std::string> Written; // "key=value" in the order of writing
+  TTexts Values;
+  text::TStringList Written; // "key=value" in the order of writing
 
-  std::u16string ReadString(std::u16string_view key, std::u16string_view otherwise) const override;
-  std::int32_t ReadInteger(std::u16string_view key, std::int32_t otherwise) const override;
-  void WriteString(std::u16string_view key, std::u16string_view value) override;
-  void WriteInteger(std::u16string_view key, std::int32_t value) override;
+  std::u16string ReadString(std::u16string_view key, std::u16string_view otherwise) const override {
+    return Find(Values, key).value_or(std::u16string(otherwise));
+  }
+  std::int32_t ReadInteger(std::u16string_view key, std::int32_t otherwise) const override {
+    return text::ToIntegerOr(ReadString(key, u""), otherwise);
+  }
+  void WriteString(std::u16string_view key, std::u16string_view value) override {
+    Written.Add(std::u16string(key) + u"=" + std::u16string(value));
+  }
+  void WriteInteger(std::u16string_view key, std::int32_t value) override {
+    WriteString(key, text::FromInteger(value));
+  }
 };
 
 // The services of a host for as long as it lives; one at a time. Registrations are kept as lines ("action
@@ -135,14 +152,15 @@ class TFakeServices : public IKxActionService,
                       public IKxOptionsService,
                       public IKxDotNetInfo {
 public:
-  TFakeServices();
-  ~TFakeServices() override;
+  TFakeServices() {
+    SetServices({.Actions = this, .Scripting = this, .Options = this, .Design = nullptr, .DotNet = this});
+  }
+  ~TFakeServices() override { SetServices({}); }
   TFakeServices(const TFakeServices&) = delete;
   TFakeServices& operator=(const TFakeServices&) = delete;
 
   std::vector<std::string> Registered;
-  std::map<std::u16string, std::u16string> Frameworks; // "v3.5" to the folder of MSBuild.exe
-  std::map<std::u16string, TKxScriptFunction> Functions;
+  TTexts Frameworks; // "v3.5" to the folder of MSBuild.exe
 
   void RegisterAction(std::u16string_view identifier, std::u16string_view category,
                       const TKxActionClass& actionClass) override;
@@ -150,15 +168,21 @@ public:
                               std::u16string_view property, const TKxPropertyEditorClass& editor) override;
   void RegisterPropertyPages(const TKxActionClass& actionClass,
                              std::span<const TKxPageClass* const> pages) override;
-  void RegisterImage(std::u16string_view name, std::string_view svg) override;
+  void RegisterImage(std::u16string_view name, std::string_view /*svg*/) override { Note({u"image", name}); }
   void RegisterFunction(const TKxActionClass& actionClass, std::u16string_view name,
-                        TKxScriptFunction function) override;
-  void RegisterConstant(std::u16string_view name, std::int32_t value) override;
-  void RegisterEnumeration(const TKxEnumeration& enumeration) override;
+                        TKxScriptFunction /*function*/) override {
+    Note({u"function", actionClass.ClassName, name});
+  }
+  void RegisterConstant(std::u16string_view name, std::int32_t value) override {
+    Note({u"constant", name, text::FromInteger(value)});
+  }
+  void RegisterEnumeration(const TKxEnumeration& type) override { Note({u"enumeration", type.Name}); }
   void RegisterOptions(const TKxOptionsClass& optionsClass) override;
   void RegisterOptionsPage(const TKxOptionsClass& optionsClass, const TKxPageClass& page) override;
   TKxOptionsObject* GetOptions(std::u16string_view name, std::u16string_view category) override;
-  std::optional<std::u16string> GetFrameworkDirectory(std::u16string_view version) override;
+  std::optional<std::u16string> GetFrameworkDirectory(std::u16string_view version) override {
+    return Find(Frameworks, version);
+  }
 
 private:
   void Note(std::initializer_list<std::u16string_view> words);
