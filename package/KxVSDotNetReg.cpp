@@ -2,8 +2,8 @@
 
 #include "build/KxVSDotNetAction.h"
 #include "build/KxVSDotNetOptions.h"
-#include "mstest/KxMSTestAction.h"
 #include "iterator/KxVSDotNetSolutionIterator.h"
+#include "mstest/KxMSTestAction.h"
 #include "package/Images.h"
 
 namespace kx {

@@ -16,7 +16,8 @@ namespace kx::platform {
 
 namespace {
 
-// Beyond this what was learned is forgotten, so that a walk over any number of folders stays small: some ten megabytes.
+// Beyond this what was learned is forgotten, so that a walk over any number of folders stays small: some ten
+// megabytes.
 constexpr std::size_t kMostNames = 64'000;
 constexpr std::size_t kFolderInNames = 8; // a listing costs as much as so many names, even when it is empty
 constexpr std::int64_t kTimeStampGrain =

@@ -3,7 +3,6 @@
 #include "host/Iterator.h"
 #include "text/WindowsPath.h"
 
-
 namespace kx::tests {
 
 // Plays back what the host was told to; a raised stop request wins over everything.
