@@ -60,6 +60,7 @@ void DefineCommon(CLI::App& app, TCommonOptions& options) {
 // What the library says of a mistyped subcommand is only that one is missing.
 std::u16string UsageMessage(const std::vector<std::u16string>& arguments, const CLI::ParseError& error) {
   std::vector<std::u16string> names;
+  names.reserve(Commands.size());
   for (const auto& command : Commands)
     names.push_back(text::FromAscii(command.Name));
   const bool isWord = !arguments.empty() && !arguments.front().starts_with(u"-");
