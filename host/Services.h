@@ -3,6 +3,7 @@
 #pragma once
 
 #include "host/Actions.h"
+#include "host/FileUpdates.h"
 #include "host/Options.h"
 
 #include <functional>
@@ -98,6 +99,7 @@ struct TKxServices {
   IKxDesignService* Design = nullptr;                        // null without a design environment
   IKxPropertySetDesignServices* PropertySetDesign = nullptr; // likewise
   IKxDotNetInfo* DotNet = nullptr;
+  IKxFileUpdates* Files = nullptr; // null: the files themselves
 };
 // Null members make the accessor below raise EKxException that names the service.
 void SetServices(const TKxServices& services);

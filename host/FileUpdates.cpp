@@ -1,0 +1,36 @@
+#include "host/FileUpdates.h"
+
+#include "host/Services.h"
+#include "platform/Files.h"
+
+namespace kx {
+
+namespace {
+
+class TFileUpdates : public IKxFileUpdates {
+public:
+  platform::Result<std::string> Read(std::u16string_view path) override { return platform::ReadFile(path); }
+
+  platform::Status Replace(std::u16string_view path, std::string_view bytes) override {
+    return platform::ReplaceFile(path, bytes);
+  }
+
+  platform::Status CopyIfMissing(std::u16string_view path, std::u16string_view copy) override {
+    if (platform::FileExists(copy)) return platform::Done{};
+    const platform::Result<std::string> bytes = platform::ReadFile(path);
+    if (!bytes) return platform::Failure{bytes.Message()};
+    return platform::ReplaceFile(copy, *bytes);
+  }
+
+  bool IsDryRun() const override { return false; }
+};
+
+} // namespace
+
+IKxFileUpdates& FileUpdates() {
+  static TFileUpdates files;
+  IKxFileUpdates* const offered = CurrentServices().Files;
+  return offered != nullptr ? *offered : files;
+}
+
+} // namespace kx
