@@ -1,6 +1,9 @@
-// The host's WebDAV client. It comes with web projects; until then nothing makes one.
+// The host's WebDAV client (libcurl).
 #pragma once
 
+#include "host/Process.h"
+
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -8,8 +11,11 @@
 
 namespace kx {
 
-// One server, one user. Set the fields, then Connect. Operations return False on failure and leave the reason
-// in LastErrorText.
+// One server, one user, over HTTP. Set the fields, then Connect. Operations return False on failure and leave
+// the reason in LastErrorText: what was tried, the address (never the password) and the server's or the
+// system's answer.
+//
+// Remote names are plain text from the server's root, "/folder/a b.cs"; the client encodes them.
 class TKxWebDavClient {
 public:
   static std::unique_ptr<TKxWebDavClient> Create();
@@ -17,13 +23,19 @@ public:
 
   std::u16string ServerName;
   std::int32_t ServerPort = 80;
-  std::u16string UserName;
+  std::u16string UserName; // empty: no authentication
   std::u16string Password;
+  const TKxEvent* StopEvent = nullptr; // ends a transfer early; outlives the client
+  std::chrono::seconds ConnectTimeout{30};
+  std::chrono::seconds StallTimeout{60};               // without a byte either way
+  std::uint64_t MaximumSize = std::uint64_t{64} << 20; // of a download, in bytes
 
+  // Whether the server answers at all and takes the user's name and password.
   virtual bool Connect() = 0;
   virtual bool Disconnect() = 0;
-  // A remote name that ends in "/" is a folder: the file keeps its name.
+  // A remote name that ends in "/" is a folder: the file keeps its name. A dry run sends nothing.
   virtual bool UploadFile(std::u16string_view local, std::u16string_view remote) = 0;
+  // The local file is written whole or not at all.
   virtual bool DownloadFile(std::u16string_view remote, std::u16string_view local) = 0;
   virtual std::u16string LastErrorText() const = 0;
 };
