@@ -5,6 +5,7 @@
 #include "host/Actions.h"
 #include "host/FileUpdates.h"
 #include "host/Options.h"
+#include "platform/DirectoryService.h"
 
 #include <functional>
 #include <optional>
@@ -82,6 +83,14 @@ public:
   virtual std::optional<std::u16string> GetFrameworkDirectory(std::u16string_view version) = 0;
 };
 
+// Where a web server publishes its folders, by the names of its directory service.
+class IKxDirectoryService {
+public:
+  virtual ~IKxDirectoryService() = default;
+  // "IIS://server/w3svc/1/ROOT/folder"; nothing when there is no such object.
+  virtual std::optional<platform::DirectoryObject> FindObject(std::u16string_view path) = 0;
+};
+
 // The registration context that a plug-in's entry is given.
 class IKxRegistrationContext {
 public:
@@ -99,7 +108,8 @@ struct TKxServices {
   IKxDesignService* Design = nullptr;                        // null without a design environment
   IKxPropertySetDesignServices* PropertySetDesign = nullptr; // likewise
   IKxDotNetInfo* DotNet = nullptr;
-  IKxFileUpdates* Files = nullptr; // null: the files themselves
+  IKxFileUpdates* Files = nullptr;          // null: the files themselves
+  IKxDirectoryService* Directory = nullptr; // null: the system's alone
 };
 // Null members make the accessor below raise EKxException that names the service.
 void SetServices(const TKxServices& services);
