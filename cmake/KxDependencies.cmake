@@ -1,10 +1,19 @@
-# The libraries of the project, all from the distribution's packages (scripts/install-packages names them).
-find_package(PkgConfig REQUIRED)
+# The libraries of the project: the distribution's packages (scripts/install-packages names them), for Windows what
+# scripts/build-windows-libraries made, or vcpkg (vcpkg.json).
 find_package(Threads REQUIRED)
 find_package(LibXml2 REQUIRED)
 find_package(CURL REQUIRED)
-pkg_check_modules(PCRE2 REQUIRED IMPORTED_TARGET libpcre2-16)
-pkg_check_modules(SODIUM REQUIRED IMPORTED_TARGET libsodium)
+if(MSVC)
+  find_package(pcre2 CONFIG REQUIRED)
+  set(KX_PCRE2 PCRE2::16BIT)
+else()
+  find_package(PkgConfig REQUIRED)
+  pkg_check_modules(PCRE2 REQUIRED IMPORTED_TARGET libpcre2-16)
+  set(KX_PCRE2 PkgConfig::PCRE2)
+endif()
+if(NOT WIN32) # which protects secrets itself
+  pkg_check_modules(SODIUM REQUIRED IMPORTED_TARGET libsodium)
+endif()
 find_package(CLI11 REQUIRED)
 find_package(nlohmann_json REQUIRED)
 if(KX_TESTS)
@@ -12,4 +21,15 @@ if(KX_TESTS)
 endif()
 if(KX_BENCH)
   find_package(benchmark REQUIRED)
+endif()
+
+# A program for Windows looks for its libraries beside itself.
+if(MINGW)
+  file(GLOB KX_RUNTIME_LIBRARIES "${KX_WINDOWS_LIBRARIES}/bin/*.dll")
+  foreach(name libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
+    execute_process(COMMAND "${CMAKE_CXX_COMPILER}" -print-file-name=${name} OUTPUT_VARIABLE file
+                    OUTPUT_STRIP_TRAILING_WHITESPACE)
+    list(APPEND KX_RUNTIME_LIBRARIES "${file}")
+  endforeach()
+  file(COPY ${KX_RUNTIME_LIBRARIES} DESTINATION "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}")
 endif()
