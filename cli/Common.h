@@ -34,6 +34,9 @@ struct TCommonOptions {
   std::vector<std::string> Plugins;
   std::vector<std::string> Drives;
   std::string LogFile;
+  std::string JUnitFile;
+  std::string ReportFile;
+  std::string Ci; // a name of report/CiDialect.h, or "auto"
   TVerbosity Verbosity = TVerbosity::Normal;
   TColorChoice Color = TColorChoice::Auto;
 };

@@ -15,10 +15,6 @@ namespace {
 constexpr int IndentWidth = 2;
 constexpr std::size_t LongestValue = 200; // of a metric; that of a test run is a whole document
 
-std::string Padded(const std::string& number) {
-  return number.size() < 2 ? "0" + number : number;
-}
-
 std::string TimeStamp(std::chrono::system_clock::time_point time) {
   const std::time_t seconds = std::chrono::system_clock::to_time_t(time);
   const auto milliseconds =
@@ -28,20 +24,6 @@ std::string TimeStamp(std::chrono::system_clock::time_point time) {
   std::string fraction = std::to_string(milliseconds);
   fraction.insert(0, 3 - fraction.size(), '0');
   return std::string(clock.data()) + "." + fraction + "  ";
-}
-
-const char* ResultWord(TStatusTag status) {
-  switch (status) {
-  case TStatusTag::stError:
-    return "failed";
-  case TStatusTag::stWarning:
-    return "warnings";
-  case TStatusTag::stSuccess:
-    return "succeeded";
-  case TStatusTag::stNormal:
-    break;
-  }
-  return "done";
 }
 
 std::string ValueText(const TKxMetric& metric) {
@@ -84,23 +66,53 @@ TPalette ChoosePalette(TColorChoice choice) {
   return TPalette(!refused && platform::IsTerminal(platform::ConsoleStream::Output));
 }
 
-std::string FormatElapsed(std::chrono::milliseconds time) {
-  const auto minutes = std::chrono::duration_cast<std::chrono::minutes>(time);
-  if (minutes.count() > 0)
-    return std::to_string(minutes.count()) + " min " +
-           Padded(std::to_string(std::chrono::duration_cast<std::chrono::seconds>(time - minutes).count())) +
-           " s";
-  const auto hundredths = time.count() / 10;
-  return std::to_string(hundredths / 100) + "." + Padded(std::to_string(hundredths % 100)) + " s";
-}
-
-TConsoleSink::TConsoleSink(TVerbosity verbosity, TPalette palette)
+TConsoleSink::TConsoleSink(TVerbosity verbosity, TPalette palette, const TCiDialect* ci)
     : verbosity_(verbosity), palette_(palette),
-      status_(verbosity != TVerbosity::Quiet && platform::IsTerminal(platform::ConsoleStream::Output)) {}
+      status_(verbosity != TVerbosity::Quiet && platform::IsTerminal(platform::ConsoleStream::Output)),
+      ci_(ci) {
+  if (ci_ != nullptr && !ci_->RootVariable.empty())
+    ciRoot_ = platform::EnvironmentVariable(ci_->RootVariable).value_or(u"");
+}
 
 void TConsoleSink::On(const TRunEvent& event) {
   if (verbosity_ == TVerbosity::Diagnostic) stamp_ = TimeStamp(event.Time);
+  seconds_ = std::chrono::floor<std::chrono::seconds>(event.Time).time_since_epoch().count();
   std::visit([this, &event](const auto& what) { Show(event.Depth, what); }, event.What);
+}
+
+// What a CI system would take for a command is made harmless, wherever it comes from.
+std::string TConsoleSink::Shown(std::u16string_view text) const {
+  return ForTerminal(ci_ != nullptr ? ci_->Harmless(text) : std::u16string(text));
+}
+
+// Commands of a CI system stand at the start of their lines.
+void TConsoleSink::Title(int depth, std::u16string_view title, const std::string& painted) {
+  if (ci_ == nullptr) {
+    Line(depth, painted);
+    return;
+  }
+  const bool asGroup = ci_->NestedGroups || ciGroups_.empty();
+  ciGroups_.emplace_back(asGroup ? ++ciGroupCount_ : 0, text::VisibleControls(title));
+  if (asGroup)
+    status_.Print(ci_->GroupStart(ciGroups_.back().second, ciGroups_.back().first, seconds_) + "\n");
+  else
+    Line(depth, painted);
+}
+
+void TConsoleSink::EndTitle() {
+  if (ci_ == nullptr || ciGroups_.empty()) return;
+  const auto [id, title] = std::move(ciGroups_.back());
+  ciGroups_.pop_back();
+  if (id != 0) status_.Print(ci_->GroupEnd(title, id, seconds_) + "\n");
+}
+
+bool TConsoleSink::Annotate(std::u16string_view text, TStatusTag status) {
+  if (ci_ == nullptr || (status != TStatusTag::stError && status != TStatusTag::stWarning)) return false;
+  const std::string command =
+      ci_->Problem(text::VisibleControls(text), status == TStatusTag::stError, ciRoot_);
+  if (command.empty()) return false;
+  status_.Print(command + "\n");
+  return true;
 }
 
 // Below the normal verbosity only what went wrong is shown, without the groups around it.
@@ -124,47 +136,49 @@ void TConsoleSink::Line(int depth, std::string_view text) {
 void TConsoleSink::Show(int depth, const TActionStarted& event) {
   status_.Push(text::ToUtf8(event.Name), ProgressText(event.Position));
   if (!Shows(TStatusTag::stNormal)) return;
-  const std::u16string pass = event.Pass.empty() ? u"" : u"  (" + event.Pass + u")";
-  Line(depth, palette_.Bold(ForTerminal(event.Description + pass)));
+  const std::u16string title = event.Description + (event.Pass.empty() ? u"" : u"  (" + event.Pass + u")");
+  Title(depth, title, palette_.Bold(Shown(title)));
 }
 
 void TConsoleSink::Show(int depth, const TActionEnded& event) {
   status_.Pop();
   const TStatusTag status = event.Result.Succeeded ? TStatusTag::stSuccess : TStatusTag::stError;
-  if (!Shows(status)) return;
-  Line(depth, palette_.Paint(text::ToUtf8(event.Result.Name) + " " + ResultWord(status), status) +
-                  palette_.Dim(" (" + FormatElapsed(event.Result.Elapsed) + ")"));
+  if (Shows(status))
+    Line(depth, palette_.Paint(Shown(event.Result.Name) + " " + ResultWord(status), status) +
+                    palette_.Dim(" (" + FormatElapsed(event.Result.Elapsed) + ")"));
+  if (Shows(TStatusTag::stNormal)) EndTitle();
 }
 
 void TConsoleSink::Show(int depth, const TMessageSent& event) {
   if (event.Status == TStatusTag::stError || event.Status == TStatusTag::stWarning)
     status_.Count(event.Status == TStatusTag::stError);
-  if (!Shows(event.Status)) return;
+  if (!Shows(event.Status) || Annotate(event.Text, event.Status)) return;
   const auto lines = text::SplitLines(event.Text);
   for (const auto line : lines)
-    Line(depth, palette_.Paint(ForTerminal(line), event.Status));
+    Line(depth, palette_.Paint(Shown(line), event.Status));
   if (lines.empty()) Line(depth, "");
 }
 
 void TConsoleSink::Show(int depth, const TGroupStarted& event) {
-  const std::string title = ForTerminal(event.Title);
-  status_.Push(title);
-  if (Shows(TStatusTag::stNormal)) Line(depth, palette_.Bold(palette_.Paint(title, event.Status)));
+  status_.Push(ForTerminal(event.Title));
+  if (Shows(TStatusTag::stNormal))
+    Title(depth, event.Title, palette_.Bold(palette_.Paint(Shown(event.Title), event.Status)));
 }
 
 void TConsoleSink::Show(int depth, const TGroupEnded& event) {
   status_.Pop();
+  if (!Shows(TStatusTag::stNormal)) return;
   const TStatusTag status = event.Status.value_or(TStatusTag::stNormal);
-  if (Shows(TStatusTag::stNormal))
-    Line(depth, palette_.Paint(ResultWord(status), status) +
-                    palette_.Dim(" (" + FormatElapsed(event.Elapsed) + ")"));
+  Line(depth,
+       palette_.Paint(ResultWord(status), status) + palette_.Dim(" (" + FormatElapsed(event.Elapsed) + ")"));
+  EndTitle();
 }
 
 void TConsoleSink::Show(int depth, const TMetricSent& event) {
   if (verbosity_ < TVerbosity::Detailed) return;
   const TKxMetric& metric = event.Metric;
-  Line(depth, palette_.Dim("metric " + ForTerminal(metric.Category + u"." + metric.Name) + " = " +
-                           ValueText(metric)));
+  Line(depth,
+       palette_.Dim("metric " + Shown(metric.Category + u"." + metric.Name) + " = " + ValueText(metric)));
 }
 
 } // namespace kx::cli

@@ -31,30 +31,14 @@ std::string Aligned(const std::string& cell, std::size_t width, bool right) {
   return right ? blanks + cell : cell + blanks;
 }
 
-template <typename TResult>
-TRow RowOf(const TActionResult& action, const std::u16string& configuration, const TResult& result) {
-  const std::string indent(static_cast<std::size_t>(action.Nesting) * 2, ' ');
-  const std::u16string pass = action.Pass.empty() ? u"" : u" (" + action.Pass + u")";
+TRow RowOf(const TResultRow& result) {
+  const std::string indent(static_cast<std::size_t>(result.Nesting) * 2, ' ');
   TRow row;
-  row.Cells = {indent + ForTerminal(action.Name + pass),  ForTerminal(configuration),
+  row.Cells = {indent + ForTerminal(result.Action),       ForTerminal(result.Configuration),
                result.Succeeded ? "succeeded" : "failed", std::to_string(result.Errors),
                std::to_string(result.Warnings),           FormatElapsed(result.Elapsed)};
-  row.Status = !result.Succeeded     ? TStatusTag::stError
-               : result.Warnings > 0 ? TStatusTag::stWarning
-                                     : TStatusTag::stSuccess;
+  row.Status = result.Status();
   return row;
-}
-
-// A failed action whose configurations all succeeded, or that never came to one, gets a row of its own.
-std::vector<TRow> RowsOf(const TActionResult& action) {
-  std::vector<TRow> rows;
-  bool failureShown = action.Succeeded;
-  for (const auto& configuration : action.Configurations) {
-    rows.push_back(RowOf(action, configuration.Configuration, configuration));
-    failureShown = failureShown || !configuration.Succeeded;
-  }
-  if (rows.empty() || !failureShown) rows.push_back(RowOf(action, u"", action));
-  return rows;
 }
 
 std::string LineOf(const TRow& row, const std::array<std::size_t, ColumnCount>& widths,
@@ -71,9 +55,8 @@ std::string LineOf(const TRow& row, const std::array<std::size_t, ColumnCount>& 
 
 std::string EndTable(const std::vector<TActionResult>& results, const TPalette& palette) {
   std::vector<TRow> rows;
-  for (const auto& result : results)
-    for (auto& row : RowsOf(result))
-      rows.push_back(std::move(row));
+  for (const auto& result : ResultRows(results))
+    rows.push_back(RowOf(result));
   if (rows.empty()) return {};
 
   TRow titles;

@@ -42,12 +42,7 @@ std::u16string Shortened(const std::u16string& message) {
 }
 
 std::string ForTerminal(std::u16string_view text) {
-  std::u16string shown(text);
-  for (char16_t& c : shown) {
-    const bool control = (c < 0x20 && c != u'\t' && c != u'\n' && c != u'\r') || (c >= 0x7F && c < 0xA0);
-    if (control) c = c < 0x20 ? static_cast<char16_t>(0x2400 + c) : u'\u2421';
-  }
-  return text::ToUtf8(shown);
+  return text::ToUtf8(text::VisibleControls(text));
 }
 
 } // namespace kx::cli

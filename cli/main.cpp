@@ -55,6 +55,13 @@ void DefineCommon(CLI::App& app, TCommonOptions& options) {
       ->transform(CLI::CheckedTransformer(Verbosities, CLI::ignore_case).description(""));
   app.add_option("--log", options.LogFile, "Write every event of the run as a line of JSON")
       ->type_name("FILE.jsonl");
+  app.add_option("--junit", options.JUnitFile, "Write the unit tests of the run as JUnit's XML")
+      ->type_name("FILE.xml");
+  app.add_option("--report", options.ReportFile, "Write the run as one page to look at in a browser")
+      ->type_name("FILE.html");
+  app.add_option("--ci", options.Ci, "Fold groups and mark problems as this CI system wants it")
+      ->type_name("github|azure|teamcity|gitlab|auto")
+      ->check(CLI::IsMember({"github", "azure", "teamcity", "gitlab", "auto"}).description(""));
 }
 
 // What the library says of a mistyped subcommand is only that one is missing.

@@ -1,5 +1,9 @@
 #include "runner/EventLog.h"
 
+#include "text/Text.h"
+
+#include <algorithm>
+
 namespace kx {
 
 std::chrono::milliseconds ElapsedSince(TRunClock::time_point start) {
@@ -14,7 +18,20 @@ void TEventLog::Emit(TWhat what) {
     sink->On(event);
 }
 
+void TEventLog::KeepSecret(std::u16string_view secret) {
+  constexpr std::size_t shortest = 4;
+  if (secret.size() < shortest || std::ranges::find(secrets_, secret) != secrets_.end()) return;
+  secrets_.emplace_back(secret);
+}
+
+void TEventLog::Mask(std::u16string& text) const {
+  for (const auto& secret : secrets_)
+    if (text.find(secret) != std::u16string::npos) text = text::ReplaceAll(text, secret, u"***");
+}
+
 void TEventLog::StartAction(TActionStarted started) {
+  Mask(started.Description);
+  Mask(started.Pass);
   TOpen open{started.Name, true};
   Emit(std::move(started));
   open_.push_back(std::move(open));
@@ -28,16 +45,22 @@ void TEventLog::EndAction(TActionResult result) {
 }
 
 void TEventLog::Send(std::u16string_view text, TStatusTag status) {
-  Emit(TMessageSent{std::u16string(text), status});
+  TMessageSent message{std::u16string(text), status};
+  Mask(message.Text);
+  Emit(std::move(message));
 }
 
 void TEventLog::Send(const TKxMetric& metric) {
-  Emit(TMetricSent{metric});
+  TMetricSent sent{metric};
+  if (auto* text = std::get_if<std::u16string>(&sent.Metric.Value)) Mask(*text);
+  Emit(std::move(sent));
 }
 
 void TEventLog::StartGroup(std::u16string_view title, TStatusTag status) {
-  Emit(TGroupStarted{std::u16string(title), status});
-  open_.push_back({std::u16string(title)});
+  TOpen open{std::u16string(title)};
+  Mask(open.Title);
+  Emit(TGroupStarted{open.Title, status});
+  open_.push_back(std::move(open));
 }
 
 void TEventLog::EndGroup(std::optional<TStatusTag> status) {

@@ -19,6 +19,9 @@ std::chrono::milliseconds ElapsedSince(TRunClock::time_point start);
 class TEventLog {
 public:
   void AddSink(IRunEventSink& sink) { sinks_.push_back(&sink); }
+  // From now on every text shows "***" in its place, whoever sends it: a tool may repeat what it was given. Secrets of
+  // fewer than four characters stay, since they would break up words of every log.
+  void KeepSecret(std::u16string_view secret);
 
   void StartAction(TActionStarted started);
   void EndAction(TActionResult result); // closes what the action left open
@@ -36,9 +39,11 @@ private:
   };
   template <typename TWhat>
   void Emit(TWhat what);
+  void Mask(std::u16string& text) const;
 
   std::vector<IRunEventSink*> sinks_;
   std::vector<TOpen> open_;
+  std::vector<std::u16string> secrets_;
 };
 
 } // namespace kx

@@ -24,15 +24,15 @@ struct TConfigurationResult {
 // One execution of one action; an action inside a loop has one a pass. Errors and warnings are the sums of
 // the metrics ("Compiler", "Errors") and ("Compiler", "Warnings"); those of nested actions are not added.
 struct TActionResult {
-  std::u16string Name; // the user's own, else that of the type
-  std::u16string Type; // the identifier, "DEVENV"
-  std::u16string Pass; // the value of the innermost loop's variable; empty outside a loop
-  int Nesting = 0;     // loops around it
+  std::u16string Name = {}; // the user's own, else that of the type
+  std::u16string Type = {}; // the identifier, "DEVENV"
+  std::u16string Pass = {}; // the value of the innermost loop's variable; empty outside a loop
+  int Nesting = 0;          // loops around it
   bool Succeeded = false;
   std::int64_t Errors = 0;
   std::int64_t Warnings = 0;
   std::chrono::milliseconds Elapsed{0};
-  std::vector<TConfigurationResult> Configurations; // in the order built; empty for other actions
+  std::vector<TConfigurationResult> Configurations = {}; // in the order built; empty for other actions
 };
 
 // Where a loop stands: "project" 3 of 17.
@@ -43,10 +43,10 @@ struct TLoopPosition {
 };
 
 struct TActionStarted {
-  std::u16string Name;
-  std::u16string Type;
-  std::u16string Description; // one line: the name with what the action adds to it
-  std::u16string Pass;
+  std::u16string Name = {};
+  std::u16string Type = {};
+  std::u16string Description = {}; // one line: the name with what the action adds to it
+  std::u16string Pass = {};
   int Nesting = 0;
   std::optional<TLoopPosition> Position = {}; // of the innermost loop
 };

@@ -273,6 +273,7 @@ IPropertySetService& TProjectRunner::PropertySets() {
 
 std::u16string TProjectRunner::EncryptString(std::u16string_view clear) {
   if (clear.empty()) return {};
+  state_->Log.KeepSecret(clear);
   const auto secret = platform::ProtectSecret(text::ToUtf8(clear), state_->KeyFile);
   if (!secret) throw EKxException(secret.Message());
   return ToBase64(*secret);
@@ -282,7 +283,10 @@ std::u16string TProjectRunner::DecryptString(std::u16string_view secret) {
   const auto bytes = FromBase64(secret);
   if (!bytes || bytes->empty()) return {};
   const auto clear = platform::UnprotectSecret(*bytes, state_->KeyFile);
-  return clear ? text::FromUtf8(*clear) : std::u16string();
+  if (!clear) return {};
+  const std::u16string text = text::FromUtf8(*clear);
+  state_->Log.KeepSecret(text);
+  return text;
 }
 
 std::shared_ptr<IKxProcess> TProjectRunner::NewProcess(TCustomKxAction& /*action*/) {

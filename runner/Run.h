@@ -20,8 +20,8 @@ struct TRunSettings {
 
 struct TRunReport {
   bool Succeeded = false;
-  bool Stopped = false;               // a stop request came before the end
-  std::vector<TActionResult> Actions; // in the order in which they ended
+  bool Stopped = false;                    // a stop request came before the end
+  std::vector<TActionResult> Actions = {}; // in the order in which they ended
 };
 
 struct TValidationEntry {

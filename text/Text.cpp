@@ -136,6 +136,15 @@ std::u16string ToLower(std::u16string_view text) {
   return lower;
 }
 
+std::u16string VisibleControls(std::u16string_view text) {
+  std::u16string shown(text);
+  for (char16_t& c : shown) {
+    const bool control = (c < 0x20 && c != u'\t' && c != u'\n' && c != u'\r') || (c >= 0x7F && c < 0xA0);
+    if (control) c = c < 0x20 ? static_cast<char16_t>(0x2400 + c) : u'\u2421';
+  }
+  return shown;
+}
+
 std::u16string ReplaceAll(std::u16string_view text, std::u16string_view old, std::u16string_view replacement,
                           Case letters) {
   if (old.empty()) return std::u16string(text);

@@ -84,6 +84,17 @@ TEST_F(RunTest, GroupsLeftOpenAreClosedAndForeignOnesStay) {
                           "b {", "  > four", "    3 no", "  < 3", "} False"));
 }
 
+TEST_F(RunTest, ASecretIsMaskedWhereverATextRepeatsIt) {
+  Add(u"a", nullptr, [](TStepAction& a) {
+    const std::u16string clear = a.DecryptString(a.EncryptString(u"hush!"));
+    EXPECT_EQ(clear, u"hush!");
+    a.StartMessageGroup(u"with " + clear);
+    a.SendMessage(u"<" + clear + clear + u">");
+    return true;
+  });
+  EXPECT_THAT(Host.Run(), ElementsAre("a {", "  > with ***", "    0 <******>", "  <", "} True"));
+}
+
 TEST_F(RunTest, LoopsRunTheirChildrenWithTheLoopVariable) {
   TActionNode& outer = AddLoop({u"1", u"%P%"});
   TActionNode& inner = AddLoop({u"x", u"y"}, &outer);

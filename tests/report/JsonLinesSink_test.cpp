@@ -1,8 +1,6 @@
-#include "runner/JsonLinesSink.h"
+#include "report/JsonLinesSink.h"
 
-#include "tests/runner/TestActions.h"
-
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 namespace kx::tests {
 namespace {

@@ -1,12 +1,11 @@
-#include "runner/JsonLinesSink.h"
+#include "report/JsonLinesSink.h"
 
+#include "host/UnitTests.h"
 #include "platform/Files.h"
 #include "text/Encoding.h"
 
 #include <nlohmann/json.hpp>
 
-#include <array>
-#include <ctime>
 #include <filesystem>
 #include <fstream>
 
@@ -30,17 +29,7 @@ std::string Utf8(std::u16string_view text) {
 
 // ISO 8601 in universal time, with milliseconds.
 std::string TimeText(std::chrono::system_clock::time_point time) {
-  using namespace std::chrono;
-  const auto day = floor<days>(time);
-  const year_month_day date(day);
-  const hh_mm_ss clock(floor<milliseconds>(time - day));
-  std::array<char, 40> text{};
-  const int length = std::snprintf(
-      text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02d.%03dZ", static_cast<int>(date.year()),
-      static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
-      static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
-      static_cast<int>(clock.seconds().count()), static_cast<int>(clock.subseconds().count()));
-  return {text.data(), static_cast<std::size_t>(length)};
+  return Utf8(DateTimeText(std::chrono::floor<std::chrono::milliseconds>(time))) + "Z";
 }
 
 TJson ConfigurationsOf(const TActionResult& result) {

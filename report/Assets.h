@@ -1,0 +1,11 @@
+// What a report's page consists of beside its content; the files of the same names, compiled in.
+#pragma once
+
+#include <string_view>
+
+namespace kx::assets {
+
+extern const std::string_view ReportStyle;  // report.css
+extern const std::string_view ReportScript; // report.js
+
+} // namespace kx::assets

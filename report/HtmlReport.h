@@ -1,0 +1,72 @@
+// A run as one self-contained HTML page: the result table, times and metrics as charts, unit tests with their
+// messages and stack traces, and the log as groups that fold. It needs no network and, but for filtering, no
+// script.
+#pragma once
+
+#include "runner/Events.h"
+#include "runner/Run.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kx {
+
+// A figure of one action, or of one of its passes or configurations.
+struct TChartBar {
+  std::u16string Label;
+  std::int64_t Value = 0;
+};
+struct TChart {
+  std::u16string Title; // "Compiler: Errors"
+  std::vector<TChartBar> Bars = {};
+};
+
+// Builds the log while the run goes on; everything else comes from the run's report at the end. The log is
+// kept in memory as the text that it becomes.
+class THtmlReport : public IRunEventSink {
+public:
+  explicit THtmlReport(std::u16string_view title) : title_(title) { open_.emplace_back(); }
+
+  void On(const TRunEvent& event) override;
+  std::string Page(const TRunReport& report) const; // UTF-8; call it once the run has ended
+
+private:
+  // A group or an action that is being logged. Consecutive lines of one kind share an element, so that a page
+  // with hundreds of thousands of lines stays light.
+  struct TOpen {
+    std::string Body = {};
+    std::u16string Title;
+    TStatusTag Lines = TStatusTag::stNormal; // of the element that is open
+    std::size_t LineCount = 0;               // in it; 0: none is open
+    bool HasProblems = false;                // warnings or errors, here or deeper
+  };
+
+  void On(const TActionStarted& action);
+  void On(const TActionEnded& ended);
+  void On(const TMessageSent& message);
+  void On(const TGroupStarted& group);
+  void On(const TGroupEnded& group);
+  void On(const TMetricSent& sent);
+  void OpenGroup(std::u16string_view title);
+  void CloseGroup(TStatusTag status, std::chrono::milliseconds elapsed);
+  static void EndLines(TOpen& group);
+
+  std::u16string title_;
+  std::optional<std::chrono::system_clock::time_point> started_;
+  std::chrono::system_clock::time_point now_;
+  std::vector<TOpen> open_;             // the page itself first
+  std::vector<std::u16string> actions_; // running ones, with their passes
+  std::vector<TChart> charts_;
+  std::vector<std::u16string> suites_; // XML, one for each run of tests
+};
+
+// The parts of the page around the log.
+std::string HtmlText(std::u16string_view text); // escaped; control characters made visible
+std::string ResultTableHtml(const std::vector<TActionResult>& actions);
+std::string ChartsHtml(const std::vector<TChart>& charts);
+std::string TestsHtml(const std::vector<std::u16string>& suites);
+
+} // namespace kx

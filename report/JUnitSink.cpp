@@ -1,0 +1,26 @@
+#include "report/JUnitSink.h"
+
+#include "report/TestSuites.h"
+#include "text/Encoding.h"
+
+namespace kx {
+
+void TJUnitSink::On(const TRunEvent& event) {
+  const auto* sent = std::get_if<TMetricSent>(&event.What);
+  const std::u16string* xml = sent != nullptr ? TestSuiteXml(sent->Metric) : nullptr;
+  if (xml == nullptr) return;
+  const auto suite = ReadTestSuite(*xml);
+  if (!suite) return;
+  suites_ += text::ToUtf8(*xml);
+  tests_ += static_cast<std::int64_t>(suite->Tests.size());
+  failures_ += suite->Failed;
+  skipped_ += suite->Skipped;
+}
+
+std::string TJUnitSink::Document() const {
+  return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuites tests=\"" + std::to_string(tests_) +
+         "\" failures=\"" + std::to_string(failures_) + "\" errors=\"0\" skipped=\"" +
+         std::to_string(skipped_) + "\">\n" + suites_ + "</testsuites>\n";
+}
+
+} // namespace kx

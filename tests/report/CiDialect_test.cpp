@@ -1,0 +1,89 @@
+#include "report/CiDialect.h"
+
+#include "report/SourceLocation.h"
+#include "text/Encoding.h"
+
+#include <gtest/gtest.h>
+
+namespace kx {
+namespace {
+
+TEST(SourceLocation, IsFoundWhereToolsPutIt) {
+  const struct {
+    const char* Case;
+    std::u16string Line;
+    std::u16string File;
+    int LineNumber;
+    int Column;
+    std::u16string Rest;
+  } cases[] = {
+      {"line and column", u"a\\b.cs(12,5): error CS0103: no x", u"a\\b.cs", 12, 5, u"error CS0103: no x"},
+      {"a build of several projects", u"  3>x.cpp(7) : fatal error C1083: y", u"x.cpp", 7, 0,
+       u"fatal error C1083: y"},
+      {"a folder with brackets", u"C:\\App (x86)\\b.vb(1,2,3,4): warning BC1: t", u"C:\\App (x86)\\b.vb", 1,
+       2, u"warning BC1: t"},
+      {"a range", u"b.cs(1,2-3,4): error X: t", u"b.cs", 1, 2, u"error X: t"},
+      {"the project behind it", u"b.cs(1,2): error X: t [/s/App/App.csproj]", u"/s/App/b.cs", 1, 2,
+       u"error X: t"},
+      {"a call in prose", u"calling f(12) failed: no", u"", 0, 0, u""},
+      {"no colon", u"b.cs(12,5)", u"", 0, 0, u""},
+      {"nothing before it", u"(12): error", u"", 0, 0, u""},
+  };
+  for (const auto& row : cases) {
+    const auto found = FindSourceLocation(row.Line);
+    ASSERT_EQ(found.has_value(), !row.File.empty()) << row.Case;
+    if (!found) continue;
+    EXPECT_EQ(found->File, row.File) << row.Case;
+    EXPECT_EQ(found->Line, row.LineNumber) << row.Case;
+    EXPECT_EQ(found->Column, row.Column) << row.Case;
+    EXPECT_EQ(found->Rest, row.Rest) << row.Case;
+  }
+}
+
+TEST(CiDialect, EscapesWhatItPutsIntoCommands) {
+  const std::u16string problem = u"/w/a,b.cs(3,4): error X1: 50% of [it];\nmore 'now'|";
+  const struct {
+    const char* Name;
+    const char* Start;
+    const char* End;
+    const char* Error;
+  } cases[] = {
+      {"github", "::group::100%25 [a'b]",
+       "::endgroup::", "::error file=a%2Cb.cs,line=3,col=4::error X1: 50%25 of [it];%0Amore 'now'|"},
+      {"azure", "##[group]100%25 [a'b]", "##[endgroup]",
+       "##vso[task.logissue type=error;sourcepath=a,b.cs;linenumber=3;columnnumber=4;]"
+       "error X1: 50%AZP25 of [it];%0Amore 'now'|"},
+      {"teamcity", "##teamcity[blockOpened name='100% |[a|'b|]']",
+       "##teamcity[blockClosed name='100% |[a|'b|]']",
+       "##teamcity[message text='/w/a,b.cs(3,4): error X1: 50% of |[it|];|nmore |'now|'||' status='ERROR']"},
+      {"gitlab", "\x1b[0Ksection_start:9:kxhost_2\r\x1b[0K100% [a'b]",
+       "\x1b[0Ksection_end:9:kxhost_2\r\x1b[0K", ""},
+  };
+  for (const auto& row : cases) {
+    const TCiDialect* dialect = FindCiDialect(row.Name);
+    ASSERT_NE(dialect, nullptr) << row.Name;
+    EXPECT_EQ(dialect->GroupStart(u"100% [a'b]", 2, 9), row.Start);
+    EXPECT_EQ(dialect->GroupEnd(u"100% [a'b]", 2, 9), row.End);
+    EXPECT_EQ(dialect->Problem(problem, true, u"/w"), row.Error);
+  }
+  EXPECT_EQ(FindCiDialect("jenkins"), nullptr);
+}
+
+TEST(CiDialect, BreaksCommandsOfOthers) {
+  const struct {
+    const char* Name;
+    std::u16string Line;
+    std::u16string Shown;
+  } cases[] = {
+      {"github", u"  ::set-output name=x::y", u"  :\u200B:set-output name=x::y"},
+      {"github", u"a ##[add-path]/tmp", u"a ##\u200B[add-path]/tmp"},
+      {"github", u"std::move is fine", u"std::move is fine"},
+      {"azure", u"x ##VSO[task.setvariable variable=p]q", u"x ##\u200Bvso[task.setvariable variable=p]q"},
+      {"teamcity", u" ##teamcity[buildStop]", u" ##\u200Bteamcity[buildStop]"},
+  };
+  for (const auto& row : cases)
+    EXPECT_EQ(FindCiDialect(row.Name)->Harmless(row.Line), row.Shown) << text::ToUtf8(row.Line);
+}
+
+} // namespace
+} // namespace kx

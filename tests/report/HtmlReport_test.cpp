@@ -1,0 +1,107 @@
+#include "report/HtmlReport.h"
+
+#include "host/UnitTests.h"
+#include "report/JUnitSink.h"
+
+#include <gmock/gmock.h>
+
+namespace kx {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+class Reports : public testing::Test {
+protected:
+  void Send(decltype(TRunEvent::What) what) {
+    const TRunEvent event{std::chrono::system_clock::time_point(), 0, std::move(what)};
+    Html.On(event);
+    JUnit.On(event);
+  }
+  void SendTests() {
+    TKxUnitTestRun run(
+        {{.Passed = true, .Executed = true, .TestName = u"Good"},
+         {.Executed = true, .TestName = u"Bad", .ErrorMessage = u"1 < 2", .StackTrace = u"at <x>"},
+         {.TestName = u"Later"}});
+    run.SetName(u"All & more");
+    Send(TMetricSent{
+        {std::u16string(UnitTestCategory), std::u16string(TestResultsMetric), run.AsXmlString()}});
+  }
+
+  THtmlReport Html{u"Night<ly>"};
+  TJUnitSink JUnit;
+};
+
+TEST_F(Reports, FoldWhatWentWellAndLeaveOpenWhatDidNot) {
+  Send(TActionStarted{.Name = u"Build", .Description = u"Build it"});
+  Send(TGroupStarted{u"Solution <A>"});
+  Send(TMessageSent{u"fine"});
+  Send(TGroupEnded{u"", TStatusTag::stSuccess});
+  Send(TGroupStarted{u"Solution B"});
+  Send(TMessageSent{u"<script>\x1b[2J", TStatusTag::stError});
+  Send(TGroupEnded{u"", std::nullopt});
+  Send(TActionEnded{{.Succeeded = true}});
+  const std::string page = Html.Page({.Succeeded = true});
+  EXPECT_THAT(page, HasSubstr("<title>Night&lt;ly&gt;: succeeded</title>"));
+  EXPECT_THAT(
+      page, HasSubstr("<details class=\"success\"><summary><span class=\"title\">Solution &lt;A&gt;</span>"));
+  EXPECT_THAT(
+      page, HasSubstr("<details class=\"plain bad\" open><summary><span class=\"title\">Solution B</span>"));
+  EXPECT_THAT(
+      page, HasSubstr("<details class=\"success bad\" open><summary><span class=\"title\">Build it</span>"));
+  EXPECT_THAT(page, HasSubstr("<pre class=\"error\">&lt;script&gt;\u241b[2J\n</pre>"));
+}
+
+// A run that ends in the middle, or that sends outside of every group, is a page all the same.
+TEST_F(Reports, CloseTheirElementsWhateverComes) {
+  for (int i = 0; i < 500; ++i)
+    Send(TMessageSent{u"line"});
+  Send(TGroupEnded{u"", std::nullopt});
+  Send(TActionEnded{});
+  const std::string page = Html.Page({});
+  const auto count = [&page](std::string_view wanted) {
+    int found = 0;
+    for (auto at = page.find(wanted); at != page.npos; at = page.find(wanted, at + 1))
+      ++found;
+    return found;
+  };
+  EXPECT_EQ(count("<pre"), 3);
+  EXPECT_EQ(count("</pre>"), 3);
+  EXPECT_EQ(count("</details>"), 0);
+}
+
+TEST_F(Reports, DrawEachFigureOfAMetricBesideItsAction) {
+  for (const std::int64_t value : {5, 0}) {
+    Send(TActionStarted{.Name = u"Build", .Pass = value == 5 ? u"Lib" : u"App"});
+    Send(TMetricSent{{u"Compiler", u"Errors", value}});
+    Send(TActionEnded{});
+  }
+  const std::string page = Html.Page({});
+  EXPECT_THAT(page, HasSubstr("<figcaption>Compiler: Errors</figcaption>"));
+  EXPECT_THAT(page, HasSubstr("Build (Lib)</th><td><span class=\"bar\" style=\"width:100%\"></span></td>"
+                              "<td class=\"number\">5</td>"));
+  EXPECT_THAT(page, HasSubstr("Build (App)</th><td><span class=\"bar\" style=\"width:0%\">"));
+}
+
+TEST_F(Reports, ShowUnitTestsFailedOnesFirst) {
+  SendTests();
+  const std::string page = Html.Page({});
+  EXPECT_THAT(page, HasSubstr("<h3>All &amp; more</h3>\n<p>1 passed, 1 failed, 1 not run, 0.000 s</p>"));
+  EXPECT_THAT(page, HasSubstr("<pre class=\"error\">1 &lt; 2\n</pre><pre>at &lt;x&gt;</pre>"));
+  EXPECT_LT(page.find(">Bad<"), page.find(">Good<"));
+}
+
+TEST_F(Reports, CollectAllRunsOfTestsForJUnit) {
+  EXPECT_THAT(JUnit.Document(),
+              HasSubstr("<testsuites tests=\"0\" failures=\"0\" errors=\"0\" skipped=\"0\">"));
+  SendTests();
+  SendTests();
+  Send(TMetricSent{{std::u16string(UnitTestCategory), std::u16string(TestResultsMetric), u"<broken"}});
+  const std::string document = JUnit.Document();
+  EXPECT_THAT(document, HasSubstr("<testsuites tests=\"6\" failures=\"2\" errors=\"0\" skipped=\"2\">"));
+  EXPECT_THAT(document, HasSubstr("<failure message=\"1 &lt; 2\">at &lt;x&gt;</failure>"));
+  EXPECT_THAT(document, Not(HasSubstr("broken")));
+}
+
+} // namespace
+} // namespace kx
