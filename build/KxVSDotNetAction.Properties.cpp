@@ -49,7 +49,7 @@ std::u16string VersionInfoKeys(TKxVSDotNetAction& action) {
   return action.Win32Values().Values().Strings.GetText();
 }
 void SetVersionInfoKeys(TKxVSDotNetAction& action, const std::u16string& lines) {
-  action.Win32Values().SetStringValues(lines);
+  action.Win32Values().Values().Strings.SetText(lines); // as they are: not in the spelling of scripts
 }
 
 template <auto Version>

@@ -5,7 +5,6 @@
 #include "text/Text.h"
 
 #include <algorithm>
-#include <array>
 
 namespace kx {
 
@@ -25,11 +24,7 @@ std::u16string Listed(std::span<const std::u16string_view> names) {
 }
 
 bool BooleanFromText(const TKxPublishedProperty& property, std::u16string_view text) {
-  static constexpr std::array<std::u16string_view, 3> yes{u"true", u"1", u"yes"};
-  static constexpr std::array<std::u16string_view, 3> no{u"false", u"0", u"no"};
-  const auto is = [text](std::u16string_view word) { return text::EqualsIgnoreCase(text, word); };
-  if (std::any_of(yes.begin(), yes.end(), is)) return true;
-  if (std::any_of(no.begin(), no.end(), is)) return false;
+  if (const auto value = StringToBoolean(text)) return *value;
   Refuse(property, text, u"True or False");
 }
 

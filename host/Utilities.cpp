@@ -59,4 +59,12 @@ std::u16string BooleanToString(bool value) {
   return value ? u"True" : u"False";
 }
 
+std::optional<bool> StringToBoolean(std::u16string_view text) {
+  const auto is = [text](std::u16string_view word) { return text::EqualsIgnoreCase(text, word); };
+  if (is(u"true") || is(u"yes")) return true;
+  if (is(u"false") || is(u"no")) return false;
+  const auto number = text::ToInteger(text);
+  return number ? std::optional(*number != 0) : std::nullopt;
+}
+
 } // namespace kx

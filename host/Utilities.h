@@ -3,6 +3,7 @@
 
 #include "host/Exceptions.h"
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -43,5 +44,7 @@ std::size_t FastPos(std::u16string_view wanted, std::u16string_view text, std::s
 std::u16string FastReplace(std::u16string_view text, std::u16string_view old, std::u16string_view replacement,
                            bool caseSensitive = true);
 std::u16string BooleanToString(bool value); // "True", "False"
+// True, yes and numbers but 0; False, no and 0; letter case ignored. Nothing for other texts.
+std::optional<bool> StringToBoolean(std::u16string_view text);
 
 } // namespace kx

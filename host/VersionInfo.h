@@ -4,8 +4,10 @@
 #include "host/PropertySets.h"
 #include "text/StringList.h"
 
+#include <array>
 #include <cstdint>
 #include <functional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -30,6 +32,15 @@ public:
   virtual void SetStringValues(std::u16string_view lines) = 0; // Name=Value, one a line
 };
 
+// The version texts that have a meaning of their own
+// (https://learn.microsoft.com/windows/win32/menurc/versioninfo-resource). In a script SpecialBuildDetails
+// stands under the key SpecialBuild.
+inline constexpr std::array<std::u16string_view, 11> VSWin32VersionInfoNames{
+    u"Comments",     u"CompanyName",    u"FileDescription",     u"FileVersion",
+    u"InternalName", u"LegalCopyright", u"LegalTrademarks",     u"OriginalFilename",
+    u"ProductName",  u"ProductVersion", u"SpecialBuildDetails",
+};
+
 // The values of one version resource. Those of a new one: numbers 0, flags False, no texts, US English in the
 // Windows-1252 code page.
 struct TVersionInfoValues {
@@ -44,7 +55,10 @@ struct TVersionInfoValues {
   bool IsDLL = false;
   std::int32_t Locale = 1033;
   std::int32_t CodePage = 1252;
+  std::u16string
+      ProductVersion; // the numbers of PRODUCTVERSION, as 1.2.3.4; empty: those of the text, else of the file
   text::TStringList Strings; // Name=Value
+  text::TStringList AsRead;  // the strings as a script spelled them; one that stays is written like this
   bool AutoIncBuild = false;
   bool IncludeCompileDate = false;
   bool LinkFileAndProductVersion = false;
@@ -52,18 +66,67 @@ struct TVersionInfoValues {
   bool AutoUpdateProductVersion = false;
 };
 
+// Replaces the text of this name in its place, or adds it behind the others.
+void SetVersionText(TVersionInfoValues& values, std::u16string_view name, std::u16string_view text);
+
+// One value by the name that property sets use, as text.
+struct TKxVersionProperty {
+  std::u16string_view Name;
+  bool Selectable; // a user chooses whether it is updated; the others always come from the property set
+  std::u16string (*Get)(const TVersionInfoValues& values);
+  // Raises EKxException for what is no number where one is needed; what is no Boolean counts as False.
+  void (*Set)(TVersionInfoValues& values, std::u16string_view text);
+};
+// In the order in which they are updated. The names of VSWin32VersionInfoNames come behind them.
+std::span<const TKxVersionProperty> Win32VersionProperties();
+
 // What a writer of resource scripts asks.
 class IVersionInformation {
 public:
   virtual ~IVersionInformation() = default;
   virtual const TVersionInfoValues& Values() const = 0;
+  virtual TVersionInfoValues& Values() = 0;
 };
 
-// Keeps the values: a reader fills it, a writer asks it.
+// Gives the new value of a property; `newValue` comes in as the old one.
+using TKxVersionValueHook = std::function<void(std::u16string_view name, std::u16string_view oldValue,
+                                               std::u16string& newValue, bool selectable)>;
+
+// The line that opens a version block.
+inline constexpr std::u16string_view VersionBlockHeader = u"VS_VERSION_INFO VERSIONINFO";
+
+class TVersionInfo {
+public:
+  // Takes every value that the set has. A product or file version without a text of its own is the text too.
+  // Raises EKxException that names the set and the value that is no number.
+  static void LoadFromPropertySet(const IPropertySet& set, IVersionInformation& info);
+
+  // Lets `script`, as it was read, take the numbers, flags, language and switches of `wanted`, and the texts
+  // that `wanted` names; its other texts stay.
+  static void Merge(const TVersionInfoValues& wanted, IVersionInformation& script);
+
+  // Appends the block to the lines: the statements of its head, then from its first BEGIN to its last END;
+  // with `withHeader` the line that opens it before them. The automatic updates are made first. With a hook
+  // each text is asked for. Every value is spelled so that the reader of scripts reports it again.
+  static void GenerateVersionInfoRC(const IVersionInformation& info, text::TStringList& lines,
+                                    bool withHeader, const TKxVersionValueHook& hook = {});
+};
+
+// Keeps the values: a reader fills it, a writer asks it. Texts are kept decoded: a doubled backslash or
+// quotation mark of the script stands for one.
 class TVersionInfoContainer : public IKxVersionInfoCallback, public IVersionInformation {
 public:
+  TVersionInfoContainer() = default;
+  // `names` are the texts that may be updated; the hook is asked for each new value.
+  TVersionInfoContainer(std::span<const std::u16string_view> names, TKxVersionValueHook hook)
+      : names_(names), hook_(std::move(hook)) {}
+
+  bool HasName(std::u16string_view name) const; // letter case ignored
+  // The hook's answer; without a hook the value stays.
+  std::u16string NewValue(std::u16string_view name, std::u16string_view oldValue, bool selectable) const;
+
   const TVersionInfoValues& Values() const override { return values_; }
-  TVersionInfoValues& Values() { return values_; }
+  TVersionInfoValues& Values() override { return values_; }
 
   void SetMajorVersion(std::int32_t value) override { values_.MajorVersion = value; }
   void SetMinorVersion(std::int32_t value) override { values_.MinorVersion = value; }
@@ -77,9 +140,11 @@ public:
   void SetDLL(bool value) override { values_.IsDLL = value; }
   void SetLocale(std::int32_t value) override { values_.Locale = value; }
   void SetCodePage(std::int32_t value) override { values_.CodePage = value; }
-  void SetStringValues(std::u16string_view lines) override { values_.Strings.SetText(lines); }
+  void SetStringValues(std::u16string_view lines) override;
 
 private:
+  std::span<const std::u16string_view> names_;
+  TKxVersionValueHook hook_;
   TVersionInfoValues values_;
 };
 

@@ -5,6 +5,7 @@
 #include "iterator/KxVSDotNetSolutionIterator.h"
 #include "mstest/KxMSTestAction.h"
 #include "package/Images.h"
+#include "versioninfo/KxVersionInfoUpdaterAction.h"
 
 namespace kx {
 
@@ -37,6 +38,7 @@ void RegisterVisualStudioDotNet(const IKxRegistrationContext& context) {
   RegisterBuildAction();
   RegisterOptions();
   ActionService().RegisterAction(u"MSTEST", u"Testing Tools", TKxMSTestAction::Class());
+  ActionService().RegisterAction(u"VERSIONINFO", u"Compilers", TKxVersionInfoUpdaterAction::Class());
   ActionService().RegisterAction(u"SOLUTIONITERATOR", u"Compilers", TKxVSSolutionIterator::Class());
   if (!context.HasDesignEnvironment()) return;
   RegisterScriptConstants();

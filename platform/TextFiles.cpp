@@ -27,4 +27,18 @@ Result<std::u16string> ReadTextFile(std::u16string_view path) {
   return DecodeTextFile(*bytes);
 }
 
+LossyText ToAnsiLossy(std::u16string_view text) {
+  if (auto all = ToAnsi(text)) return {*std::move(all), 0};
+  LossyText result;
+  while (!text.empty()) {
+    const bool pair = text.size() > 1 && (text[0] & 0xFC00) == 0xD800 && (text[1] & 0xFC00) == 0xDC00;
+    const std::u16string_view character = text.substr(0, pair ? 2 : 1);
+    const auto bytes = ToAnsi(character);
+    if (!bytes) ++result.Lost;
+    result.Bytes += bytes.value_or("?");
+    text.remove_prefix(character.size());
+  }
+  return result;
+}
+
 } // namespace kx::platform

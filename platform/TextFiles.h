@@ -16,6 +16,13 @@ Result<std::u16string> ReadTextFile(std::u16string_view path);
 std::u16string FromAnsi(std::string_view bytes);
 std::optional<std::string> ToAnsi(std::u16string_view text); // nothing when a character is not in the page
 
+// The text in the ANSI code page whatever it holds.
+struct LossyText {
+  std::string Bytes;
+  std::size_t Lost = 0; // characters that are not in the page; each became "?"
+};
+LossyText ToAnsiLossy(std::u16string_view text);
+
 // A Windows code page by its number (932, 1250, ...). Nothing when the system lacks the page or the bytes are
 // malformed in it.
 std::optional<std::u16string> FromCodePage(std::string_view bytes, unsigned page);

@@ -1,8 +1,7 @@
-#include "versioninfo/KxRCVersionInfo.h"
 #include "host/Exceptions.h"
 #include "host/RegEx.h"
-#include "platform/TextFiles.h"
 #include "text/Text.h"
+#include "versioninfo/VersionBlock.h"
 
 #include <array>
 
@@ -10,16 +9,8 @@ namespace kx {
 
 namespace {
 
-// What may come next in a block.
-enum : unsigned { Header = 1U, Begin = 2U, Block = 4U, End = 8U, Value = 16U };
-
 bool Contains(std::u16string_view line, std::u16string_view word) {
   return text::FindIgnoreCase(line, word) != std::u16string_view::npos;
-}
-
-bool OpensVersionBlock(std::u16string_view line) {
-  return line.find(u"VERSIONINFO") != std::u16string_view::npos &&
-         line.find(u'"') == std::u16string_view::npos;
 }
 
 int HexDigit(char16_t c) {
@@ -67,15 +58,15 @@ private:
   // By prefix, so a keyword stands before its own beginnings.
   void ReadStatement(std::u16string_view line) {
     static constexpr std::array<TStatement, 10> statements{{
-        {u"FILEVERSION", Header, &TVersionBlockReader::ReadFileVersion},
+        {u"FILEVERSION", HeaderToken, &TVersionBlockReader::ReadFileVersion},
         {u"PRODUCTVERSION", 0, nullptr},
-        {u"FILEFLAGSMASK", Header, nullptr},
-        {u"FILEFLAGS", Header, &TVersionBlockReader::ReadFileFlags},
-        {u"FILEOS", Header, nullptr},
-        {u"FILETYPE", Header, &TVersionBlockReader::ReadFileType},
-        {u"FILESUBTYPE", Header, nullptr},
-        {u"BEGIN", Begin, &TVersionBlockReader::ReadBegin},
-        {u"END", End, &TVersionBlockReader::ReadEnd},
+        {u"FILEFLAGSMASK", HeaderToken, nullptr},
+        {u"FILEFLAGS", HeaderToken, &TVersionBlockReader::ReadFileFlags},
+        {u"FILEOS", HeaderToken, nullptr},
+        {u"FILETYPE", HeaderToken, &TVersionBlockReader::ReadFileType},
+        {u"FILESUBTYPE", HeaderToken, nullptr},
+        {u"BEGIN", BeginToken, &TVersionBlockReader::ReadBegin},
+        {u"END", EndToken, &TVersionBlockReader::ReadEnd},
         {u"BLOCK", 0, &TVersionBlockReader::ReadBlock},
     }};
     for (const auto& statement : statements) {
@@ -87,7 +78,7 @@ private:
   }
 
   void Require(unsigned allowed, unsigned needed, std::u16string_view keyword) const {
-    if ((allowed & needed) == 0) Fail(u"Unexpected " + std::u16string(keyword));
+    RequireToken(allowed, needed, keyword, file_, index_);
   }
   [[noreturn]] void Fail(std::u16string message) const {
     throw EKxParseError(std::move(message), file_, static_cast<int>(index_) + 1);
@@ -113,7 +104,7 @@ private:
   }
 
   void ReadFileType() { callback_.SetDLL(TwoHexDigits(lines_[index_], 8) != 0); }
-  void ReadBegin() { allowed_ = Block | End; }
+  void ReadBegin() { allowed_ = BlockToken | EndToken; }
   void ReadEnd() { ended_ = true; }
 
   void ReadBlock() {
@@ -123,28 +114,28 @@ private:
     } else if (Contains(line, u"\"VARFILEINFO\"")) {
       ReadTranslation();
     }
-    allowed_ = End;
+    allowed_ = EndToken;
   }
 
   void ReadStrings() {
     text::TStringList values;
-    unsigned allowed = Begin;
+    unsigned allowed = BeginToken;
     for (int depth = 0; index_ < lines_.Count(); ++index_) {
       const std::u16string_view line = text::Trim(lines_[index_]);
       if (text::StartsWithIgnoreCase(line, u"BEGIN")) {
-        Require(allowed, Begin, u"BEGIN");
+        Require(allowed, BeginToken, u"BEGIN");
         ++depth;
-        allowed = Block | End | Value;
+        allowed = BlockToken | EndToken | ValueToken;
       } else if (text::StartsWithIgnoreCase(line, u"BLOCK")) {
-        Require(allowed, Block, u"BLOCK");
-        allowed = Begin;
+        Require(allowed, BlockToken, u"BLOCK");
+        allowed = BeginToken;
       } else if (text::StartsWithIgnoreCase(line, u"END")) {
-        Require(allowed, End, u"END");
+        Require(allowed, EndToken, u"END");
         if (--depth == 0) return;
-        allowed = Block | End;
+        allowed = BlockToken | EndToken;
       } else if (Contains(line, u"VALUE")) {
         ReadValues(values);
-        allowed = End | Value;
+        allowed = EndToken | ValueToken;
       }
       callback_.SetStringValues(values.GetText());
     }
@@ -180,37 +171,26 @@ private:
   std::u16string file_;
   IKxVersionInfoCallback& callback_;
   std::size_t index_ = 0;
-  unsigned allowed_ = Header | Begin;
+  unsigned allowed_ = HeaderToken | BeginToken;
   bool ended_ = false;
-};
-
-class TKxRCVersionInfoParser : public IKxVersionInfoParser {
-public:
-  explicit TKxRCVersionInfoParser(std::u16string_view fileName) : fileName_(fileName) {}
-  void SetCallback(std::shared_ptr<IKxVersionInfoCallback> callback) override {
-    callback_ = std::move(callback);
-  }
-  bool Parse() override {
-    const auto content = platform::ReadTextFile(fileName_);
-    if (!content) throw EKxException(content.Message());
-    text::TStringList lines;
-    lines.SetText(*content);
-    TVersionBlockReader(lines, fileName_, *callback_).Run();
-    return false;
-  }
-
-private:
-  std::u16string fileName_;
-  std::shared_ptr<IKxVersionInfoCallback> callback_;
 };
 
 } // namespace
 
-std::shared_ptr<IKxVersionInfoParser> GetVersionInfoParser(std::shared_ptr<IKxVersionInfoCallback> callback,
-                                                           std::u16string_view fileName) {
-  auto parser = std::make_shared<TKxRCVersionInfoParser>(fileName);
-  parser->SetCallback(std::move(callback));
-  return parser;
+bool OpensVersionBlock(std::u16string_view line) {
+  return line.find(u"VERSIONINFO") != std::u16string_view::npos &&
+         line.find(u'"') == std::u16string_view::npos;
+}
+
+void RequireToken(unsigned allowed, unsigned needed, std::u16string_view keyword, const std::u16string& file,
+                  std::size_t index) {
+  if ((allowed & needed) == 0)
+    throw EKxParseError(u"Unexpected " + std::u16string(keyword), file, static_cast<int>(index) + 1);
+}
+
+void ReadVersionBlock(const text::TStringList& lines, const std::u16string& file,
+                      IKxVersionInfoCallback& callback) {
+  TVersionBlockReader(lines, file, callback).Run();
 }
 
 } // namespace kx

@@ -29,6 +29,7 @@ TEST(Registration, AnnouncesEverythingInOrderAndConstantsOnlyToAnEditor) {
       "options DEVENV Compilers Visual Studio.Net",
       "enumeration TVSDotNetVersion",
       "action MSTEST Testing Tools TKxMSTestAction",
+      "action VERSIONINFO Compilers TKxVersionInfoUpdaterAction",
       "action SOLUTIONITERATOR Compilers TKxVSSolutionIterator",
   };
   const std::vector<std::string> forEditors{"constant baBuild 0", "constant baRebuild 1",

@@ -36,10 +36,28 @@ struct TRun {
 using TTexts = std::map<std::u16string, std::u16string, text::IgnoreCaseLess>;
 std::optional<std::u16string> Find(const TTexts& texts, std::u16string_view name);
 
-// Knows none.
+class TFakePropertySet : public IPropertySet {
+public:
+  TFakePropertySet(std::u16string_view name, TTexts values) : name_(name), values_(std::move(values)) {}
+  std::u16string GetName() const override { return name_; }
+  TPropertySetKind GetKind() const override { return TPropertySetKind::Win32; }
+  std::optional<std::u16string> GetValue(std::u16string_view name) const override {
+    return tests::Find(values_, name);
+  }
+
+private:
+  std::u16string name_;
+  TTexts values_;
+};
+
+// Knows the sets that a test puts into it; those are all of kind Win32.
 class TFakePropertySetService : public IPropertySetService {
 public:
-  std::shared_ptr<const IPropertySet> Find(std::u16string_view /*name*/) const override { return nullptr; }
+  std::map<std::u16string, TTexts, text::IgnoreCaseLess> Sets;
+  std::shared_ptr<const IPropertySet> Find(std::u16string_view name) const override {
+    const auto found = Sets.find(name);
+    return found == Sets.end() ? nullptr : std::make_shared<TFakePropertySet>(found->first, found->second);
+  }
   text::TStringList GetNames(TPropertySetKind /*kind*/) const override { return {}; }
 };
 

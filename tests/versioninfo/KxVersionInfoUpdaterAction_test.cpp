@@ -1,0 +1,82 @@
+#include "versioninfo/KxVersionInfoUpdaterAction.h"
+
+#include "tests/support/RecordingHost.h"
+#include "tests/support/TemporaryFolder.h"
+#include "versioninfo/KxRCVersionInfo.h"
+
+#include <gmock/gmock.h>
+
+namespace kx::tests {
+namespace {
+
+class Updater : public testing::Test {
+protected:
+  Updater() {
+    action_.Attach(host_);
+    action_.ResourceFile = u"%Folder%/app.rc";
+    action_.PropertySetName = u"release";
+    host_.Variables.emplace(u"Folder", folder_.Path());
+    Set() = {{u"MajorVersion", u"3"}, {u"Comments", u"new"}, {u"SpecialBuildDetails", u"s"}};
+    static_cast<void>(folder_.Write(
+        "app.rc", "#include <winver.h>\n1 VERSIONINFO\nFILEVERSION 1,2,3,4\nFILETYPE 0x2\nBEGIN\n"
+                  "BLOCK \"StringFileInfo\"\nBEGIN\nBLOCK \"0\"\nBEGIN\nVALUE \"Comments\", \"old\"\n"
+                  "VALUE \"CompanyName\", \"We\"\nEND\nEND\nEND\n"));
+  }
+
+  TTexts& Set() { return host_.Sets.Sets[u"Release"]; }
+
+  // What a reader finds in the script: the version, then the texts.
+  std::string Script() const {
+    const auto found = std::make_shared<TVersionInfoContainer>();
+    GetVersionInfoParser(found, folder_.Path("app.rc"))->Parse();
+    const TVersionInfoValues& v = found->Values();
+    return std::to_string(v.MajorVersion) + "." + std::to_string(v.BuildVersion) +
+           (v.IsDLL ? " dll " : " exe ") + text::ToUtf8(v.Strings.GetCommaText());
+  }
+
+  TRecordingHost host_;
+  TTemporaryFolder folder_;
+  TKxVersionInfoUpdaterAction action_;
+};
+
+TEST_F(Updater, ChangesWhatIsSelectedAndNothingElse) {
+  action_.PropertiesToUpdate = {u"majorversion=True", u"BuildVersion=False",       u"Comments=1",
+                                u"CompanyName",       u"SpecialBuildDetails=True", u"LegalCopyright=True",
+                                u"Unknown=True"};
+  Set().emplace(u"LegalCopyright", u"(c) \"us\" C:\\new");
+  EXPECT_TRUE(action_.Execute());
+  EXPECT_THAT(host_.Log(),
+              testing::ElementsAre("0 Updating property : MajorVersion - to : 3",
+                                   "0 Updating property : Comments - to : new",
+                                   "0 Updating property : LegalCopyright - to : (c) \"us\" C:\\new"));
+  EXPECT_EQ(Script(), "3.4 dll Comments=new,CompanyName=We,\"LegalCopyright=(c) \"\"us\"\" C:\\new\"");
+}
+
+TEST_F(Updater, TakesTheAutomaticUpdatesFromTheSetUnasked) {
+  Set().emplace(u"AutoUpdateFileVersionString", u"True");
+  Set().emplace(u"LinkProductVersion", u"true");
+  EXPECT_TRUE(action_.Execute());
+  EXPECT_THAT(host_.Log(), testing::IsEmpty());
+  EXPECT_EQ(Script(), "1.4 dll Comments=old,CompanyName=We,FileVersion=1.2.3.4,ProductVersion=1.2.3.4");
+}
+
+TEST_F(Updater, SaysWhyNothingWasStamped) {
+  const std::string before = Script();
+  action_.PropertiesToUpdate = {u"BuildVersion=True"};
+  Set().emplace(u"BuildVersion", u"4x");
+  EXPECT_FALSE(action_.Execute());
+  action_.PropertySetName = u"Debug";
+  EXPECT_FALSE(action_.Execute());
+  action_.PropertySetName = u"Release";
+  action_.ResourceFile = u"/nowhere/app.rc";
+  EXPECT_FALSE(action_.Execute());
+  EXPECT_THAT(host_.Log(), testing::ElementsAre("0 Updating property : BuildVersion - to : 4x",
+                                                "3 Error Parsing File : '4x' is not a valid integer value",
+                                                "3 Unable to find property set: Debug",
+                                                testing::AllOf(testing::StartsWith("3 Error Parsing File : "),
+                                                               testing::HasSubstr("/nowhere/app.rc"))));
+  EXPECT_EQ(Script(), before);
+}
+
+} // namespace
+} // namespace kx::tests

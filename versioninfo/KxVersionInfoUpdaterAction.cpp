@@ -1,0 +1,113 @@
+#include "versioninfo/KxVersionInfoUpdaterAction.h"
+
+#include "host/Utilities.h"
+#include "text/Text.h"
+#include "versioninfo/KxRCVersionInfo.h"
+
+namespace kx {
+
+const TKxActionClass& TKxVersionInfoUpdaterAction::Class() {
+  static const TKxActionClass actionClass{
+      u"TKxVersionInfoUpdaterAction",
+      []() -> std::unique_ptr<TCustomKxAction> { return std::make_unique<TKxVersionInfoUpdaterAction>(); }};
+  return actionClass;
+}
+
+const TKxPropertyTable& TKxVersionInfoUpdaterAction::PublishedProperties() const {
+  using T = TKxVersionInfoUpdaterAction;
+  static const TKxPropertyTable table(
+      TKxPropertyRows<T>()
+          .Field(
+              u"PropertiesToUpdate", [](T & a) -> auto& { return a.PropertiesToUpdate; },
+              u"What takes the value of the property set, one Name=True a line (MajorVersion=True, "
+              u"CompanyName=True); the rest stays as the script has it.")
+          .Field(
+              u"ResourceFile", [](T & a) -> auto& { return a.ResourceFile; },
+              u"The resource script (*.rc) to stamp.")
+          .Field(
+              u"PropertySetName", [](T & a) -> auto& { return a.PropertySetName; },
+              u"The property set of the project that holds the new values.")
+          .Take());
+  return table;
+}
+
+bool TKxVersionInfoUpdaterAction::CanUpdateProperty(std::u16string_view name) const {
+  return StringToBoolean(PropertiesToUpdate.Value(name)).value_or(false);
+}
+
+void TKxVersionInfoUpdaterAction::GetNewValue(std::u16string_view name, std::u16string_view oldValue,
+                                              std::u16string& newValue, bool selectable) {
+  if (selectable && !CanUpdateProperty(name)) {
+    newValue = oldValue;
+    return;
+  }
+  newValue = propertySet_->GetValue(name).value_or(std::u16string());
+  if (selectable) SendMessage(u"Updating property : " + std::u16string(name) + u" - to : " + newValue);
+}
+
+void TKxVersionInfoUpdaterAction::CheckProperties(TVersionInfoContainer& info) {
+  TVersionInfoValues& values = info.Values();
+  for (const auto& row : Win32VersionProperties())
+    row.Set(values, info.NewValue(row.Name, row.Get(values), row.Selectable));
+  CheckStrings(info);
+}
+
+void TKxVersionInfoUpdaterAction::CheckStrings(TVersionInfoContainer& info) {
+  TVersionInfoValues& values = info.Values();
+  for (std::size_t i = 0; i < PropertiesToUpdate.Count(); ++i) {
+    const std::u16string_view name = PropertiesToUpdate.NameOf(i);
+    if (!info.HasName(name)) continue;
+    if (text::EqualsIgnoreCase(name, u"SpecialBuildDetails") && !values.IsSpecial) continue;
+    if (text::EqualsIgnoreCase(name, u"ProductVersion")) continue; // is among the properties
+    const std::u16string oldValue(values.Strings.Value(name));
+    const std::u16string newValue = info.NewValue(name, oldValue, true);
+    if (newValue != oldValue) SetVersionText(values, name, newValue);
+  }
+}
+
+bool TKxVersionInfoUpdaterAction::Execute() {
+  propertySet_ = GetPropertySetService().Find(PropertySetName);
+  if (propertySet_ == nullptr) {
+    SendMessage(u"Unable to find property set: " + PropertySetName, TStatusTag::stError);
+    return false;
+  }
+  const auto info = std::make_shared<TVersionInfoContainer>(
+      VSWin32VersionInfoNames,
+      [this](std::u16string_view name, std::u16string_view oldValue, std::u16string& newValue,
+             bool selectable) { GetNewValue(name, oldValue, newValue, selectable); });
+  std::u16string file;
+  bool succeeded = TryExpandExpression(u"ResourceFile", ResourceFile, false, file);
+  try {
+    succeeded = succeeded && Update(*info, *GetVersionInfoParser(info, FullProjectPath(file)));
+  } catch (const std::exception& error) {
+    SendMessage(u"Error loading resource file : " + MessageOf(error), TStatusTag::stError);
+    succeeded = false;
+  }
+  propertySet_ = nullptr;
+  return succeeded;
+}
+
+bool TKxVersionInfoUpdaterAction::Update(TVersionInfoContainer& info, IKxVersionInfoParser& script) {
+  try {
+    script.Parse();
+    CheckProperties(info);
+  } catch (const std::exception& error) {
+    SendMessage(u"Error Parsing File : " + MessageOf(error), TStatusTag::stError);
+    return false;
+  }
+  return Save(info, script);
+}
+
+bool TKxVersionInfoUpdaterAction::Save(const TVersionInfoContainer& info, IKxVersionInfoParser& script) {
+  try {
+    script.Save(info);
+  } catch (const std::exception& error) {
+    SendMessage(u"Error saving resource file : " + MessageOf(error), TStatusTag::stError);
+    return false;
+  }
+  for (const auto& warning : script.GetWarnings())
+    SendMessage(warning, TStatusTag::stWarning);
+  return true;
+}
+
+} // namespace kx
