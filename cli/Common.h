@@ -7,6 +7,7 @@
 #include "runner/OptionsStore.h"
 #include "runner/Run.h"
 #include "runner/ServiceRegistry.h"
+#include "runner/WebSites.h"
 
 #include <string>
 #include <vector>
@@ -67,6 +68,7 @@ private:
   TOptionsStore store_;
   TServiceRegistry registry_{store_};
   TDotNetInfo dotNet_{store_};
+  TWebSites webSites_{store_};
   platform::StopSignal stop_;
 };
 

@@ -1,0 +1,40 @@
+#include "runner/WebSites.h"
+
+#include "host/Exceptions.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+namespace kx {
+namespace {
+
+constexpr std::string_view Config = R"(<configuration><system.applicationHost><sites>
+<site name="Other" id="1"><application path="/"><virtualDirectory path="/" physicalPath="X:\"/></application></site>
+<site name="Web" id="3">
+  <application path="/"><virtualDirectory path="/" physicalPath="%SystemDrive%\inetpub\%kx_unknown%"/></application>
+  <application path="/MyWeb">
+    <virtualDirectory path="/" physicalPath="D:\100%\web"/><virtualDirectory path="/img" physicalPath="E:\"/>
+  </application>
+</site></sites></system.applicationHost></configuration>)";
+
+TEST(WebSites, AreFoundInTheServersConfiguration) {
+  const tests::TTemporaryFolder folder;
+  TOptionsStore store;
+  store.Set({u"WebSites", u"ApplicationHostConfig"}, folder.Write("applicationHost.config", Config));
+  TWebSites sites(store);
+  const auto find = [&sites](const char* name) {
+    const auto object = sites.FindObject(text::FromUtf8(name));
+    return object ? text::ToUtf8(object->Class + u" " + object->Path) : "nothing";
+  };
+  EXPECT_EQ(find("IIS://h/w3svc/3/ROOT/"), "IIsWebVirtualDir C:\\inetpub\\%kx_unknown%");
+  EXPECT_EQ(find("IIS://h/W3SVC/3/root/myweb"), "IIsWebVirtualDir D:\\100%\\web");
+  EXPECT_EQ(find("IIS://h/w3svc/3/ROOT/MyWeb/img"), "IIsWebVirtualDir E:\\");
+  EXPECT_EQ(find("IIS://h/w3svc/3/ROOT/MyWebs/a"), "IIsWebDirectory ");
+  EXPECT_EQ(find("IIS://h/w3svc/1/ROOT"), "IIsWebVirtualDir X:\\");
+  EXPECT_EQ(find("IIS://h/w3svc/2/ROOT/MyWeb"), "nothing");
+  store.Set({u"WebSites", u"ApplicationHostConfig"}, folder.Path("missing.config"));
+  EXPECT_THROW(find("IIS://h/w3svc/3/ROOT"), EKxException);
+}
+
+} // namespace
+} // namespace kx

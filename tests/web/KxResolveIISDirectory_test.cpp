@@ -1,0 +1,72 @@
+#include "web/KxResolveIISDirectory.h"
+
+#include "host/Exceptions.h"
+#include "host/Services.h"
+#include "platform/System.h"
+#include "text/Encoding.h"
+
+#include <functional>
+#include <gtest/gtest.h>
+#include <map>
+
+namespace kx {
+namespace {
+
+std::string Outcome(const std::function<std::u16string()>& call) {
+  try {
+    return text::ToUtf8(call());
+  } catch (const EKxException& error) {
+    return error.what();
+  }
+}
+
+struct TDirectory : IKxDirectoryService {
+  TDirectory() { SetServices({.Directory = this}); }
+  ~TDirectory() override { SetServices({}); }
+  std::optional<platform::DirectoryObject> FindObject(std::u16string_view path) override {
+    const auto found = Classes.find(path);
+    if (found == Classes.end()) return std::nullopt;
+    return platform::DirectoryObject{found->second, u"C:\\web"};
+  }
+  std::map<std::u16string, std::u16string, std::less<>> Classes;
+};
+
+TEST(ResolveIISDirectory, WalksUpToTheVirtualDirectory) {
+  const std::u16string here = platform::MachineName();
+  TDirectory directory;
+  directory.Classes = {{u"IIS://localHOST/w3svc/3/ROOT/My Web", u"IIsWebVirtualDir"},
+                       {u"IIS://localHOST/w3svc/3/ROOT/My Web/a", u"IIsWebDirectory"},
+                       {u"IIS://localHOST/w3svc/3/ROOT/My Web/a/b", u"IIsWebDirectory"},
+                       {u"IIS://h/w3svc/3/ROOT/a", u"IIsWebDirectory"},
+                       {u"IIS://h/w3svc/3/ROOT", u"IIsWebServer"},
+                       {u"IIS://h/w3svc/3/ROOT/", u"IIsWebVirtualDir"},
+                       {u"IIS://" + here + u"/w3svc/3/ROOT/w", u"IIsWebVirtualDir"}};
+  const std::pair<std::u16string, std::string_view> cases[] = {
+      {u"http://localHOST:8080/My%20Web/p.csproj", "C:\\web\\p.csproj"},
+      {u"http://localHOST/My%20Web/a/b/p.csproj", "C:\\webab\\p.csproj"},
+      {u"http://localHOST/None/p.csproj", "Unable to resolve to physical path - no object found"},
+      {u"http://" + here + u"/w/p", "C:\\web\\p"},
+      {u"http://h", "\\\\h\\C$\\web\\"},
+      {u"http://h/a/p",
+       "Unable to resolve to physical path - found IIsWebServer\rOriginal IIS uri: http://h/a/p"},
+  };
+  for (const auto& [url, result] : cases)
+    EXPECT_EQ(Outcome([&] { return GetPhysicalDirFromIISDir(url, 3); }), result);
+  EXPECT_EQ(BuildShareName(u"http://H/a/b/p.csproj", u"wwwroot$"), u"\\\\H\\wwwroot$\\a/b\\p.csproj");
+}
+
+TEST(WebDavFiles, AreRefusedBeforeTheyAreAskedFor) {
+  std::u16string folder;
+  const auto client = TKxWebDavClient::Create();
+  EXPECT_EQ(Outcome([&] { return GetProjectFileUsingWebDAV(nullptr, u"http://h/a", folder); }),
+            "Assertion failure (KxResolveIISDirectory, line 133)");
+  EXPECT_EQ(Outcome([] { return GetFileUsingWebDAV(nullptr, u"a", u"b"); }),
+            "Assertion failure (KxResolveIISDirectory, line 93)");
+  EXPECT_EQ(Outcome([] { return PutFileUsingWebDAV(nullptr, u"a", u"b"), u""; }),
+            "Assertion failure (KxResolveIISDirectory, line 113)");
+  EXPECT_EQ(Outcome([&] { return GetFileUsingWebDAV(client.get(), u"w", u"..\\a"); }),
+            "\"..\\a\" is not a file name that the temporary folder can hold; nothing was downloaded.");
+}
+
+} // namespace
+} // namespace kx
