@@ -31,8 +31,10 @@ struct TInspector {
   void (*Print)(const TInspectedFile& file, const TInspectOptions& options, TOutput& output);
 };
 
-constexpr std::array<TInspector, 2> Inspectors{
-    {{u".sln", PrintObject<InspectSolution, DescribeSolution>}, {u".trx", PrintTestResults}}};
+constexpr std::array<TInspector, 3> Inspectors{
+    {{u".sln", PrintObject<InspectSolution, DescribeSolution>},
+     {u".rc", PrintObject<InspectResourceScript, DescribeResourceScript>},
+     {u".trx", PrintTestResults}}};
 constexpr TInspector LogInspector{u"", PrintObject<InspectBuildLog, DescribeBuildLog>};
 
 const TInspector& InspectorFor(const std::u16string& file, const TInspectOptions& options) {
@@ -43,7 +45,8 @@ const TInspector& InspectorFor(const std::u16string& file, const TInspectOptions
   });
   if (found != Inspectors.end()) return *found;
   throw EKxException(u"Cannot tell what " + file +
-                     u" is: solutions (.sln) and test results (.trx) are known by their extension; for a "
+                     u" is: solutions (.sln), resource scripts (.rc) and test results (.trx) are known by "
+                     u"their extension; for a "
                      u"build log say --tool devenv or --tool msbuild.");
 }
 

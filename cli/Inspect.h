@@ -30,9 +30,11 @@ struct TInspectedFile {
 
 // What one kind of file is turned into. Raises EKxException for a file that is refused.
 TJson InspectSolution(const std::u16string& file, const TInspectOptions& options);
+TJson InspectResourceScript(const std::u16string& file, const TInspectOptions& options);
 TJson InspectBuildLog(const std::u16string& file, const TInspectOptions& options);
 // The same for people, from the same object.
 std::string DescribeSolution(const TJson& solution);
+std::string DescribeResourceScript(const TJson& script);
 std::string DescribeBuildLog(const TJson& log);
 
 // Writes the results of a .trx file, as JSON or for people, without making one object of them.

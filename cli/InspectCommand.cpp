@@ -40,7 +40,7 @@ void DefineInspect(CLI::App& command, const TCommonOptions& /*common*/, int& exi
   const auto arguments = std::make_shared<TArguments>();
   command
       .add_option("FILES", arguments->Files,
-                  "Solutions (.sln), test results (.trx), or build logs with --tool")
+                  "Solutions (.sln), resource scripts (.rc), test results (.trx), or build logs with --tool")
       ->required();
   command.add_flag("--json", arguments->Options.Json, "One JSON object; with several files one a line");
   command.add_flag("--all-projects", arguments->Options.AllProjects,

@@ -19,7 +19,7 @@ constexpr std::array<TCommand, 6> Commands{{
     {"run", "Run a build project", DefineRun},
     {"do", "Run one action without a project file", DefineDo},
     {"validate", "Validate every action of a build project, run nothing", DefineValidate},
-    {"inspect", "Show what the package reads in a solution or a build log", DefineInspect},
+    {"inspect", "Show what the package reads in a solution, resource script, test result or build log", DefineInspect},
     {"actions", "List the action types, or the properties of one", DefineActions},
     {"options", "Read and write the options store", DefineOptions},
 }};
