@@ -132,10 +132,10 @@ void TKxMSBuildStructuredOutputHelper::Handle(const TEvent& event) {
   // The ends of targets and of the build say nothing that the exit code and the counts do not.
 }
 
-// In the form that compilers use, so that editors and people find the place: file(line,column): error CS0103:
-// text
+// In the form that compilers use, so that people and programs find the place, wherever the log is read:
+// file(line,column): error CS0103: text
 void TKxMSBuildStructuredOutputHelper::SendDiagnostic(const TEvent& event, TStatusTag status) {
-  std::u16string place = ShortName(event[u"file"]);
+  std::u16string place(event[u"file"]);
   const std::u16string_view line = event[u"line"];
   const std::u16string_view column = event[u"column"];
   if (!place.empty() && !line.empty() && line != u"0") {

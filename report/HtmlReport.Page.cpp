@@ -85,7 +85,8 @@ std::string HtmlText(std::u16string_view text) {
 std::string ResultTableHtml(const std::vector<TActionResult>& actions) {
   std::string html =
       "<section id=\"results\"><h2>Results</h2>\n<div class=\"wide\"><table><thead><tr><th>Action</th>"
-      "<th>Configuration</th><th>Result</th><th>Errors</th><th>Warnings</th><th>Time</th></tr></thead>"
+      "<th>Configuration</th><th>Result</th><th class=\"number\">Errors</th><th "
+      "class=\"number\">Warnings</th><th class=\"number\">Time</th></tr></thead>"
       "<tbody>\n";
   for (const auto& row : ResultRows(actions))
     html += RowHtml(row);

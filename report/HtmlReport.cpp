@@ -110,7 +110,9 @@ void THtmlReport::On(const TMetricSent& sent) {
   const std::u16string title = sent.Metric.Category + u": " + sent.Metric.Name;
   auto chart = std::ranges::find(charts_, title, &TChart::Title);
   if (chart == charts_.end()) chart = charts_.insert(charts_.end(), {.Title = title});
-  chart->Bars.push_back({actions_.empty() ? std::u16string() : actions_.back(), *value});
+  std::u16string label = actions_.empty() ? std::u16string() : actions_.back();
+  if (!sent.Configuration.empty()) label += u", " + sent.Configuration;
+  chart->Bars.push_back({std::move(label), *value});
 }
 
 std::string THtmlReport::Page(const TRunReport& report) const {

@@ -90,6 +90,7 @@ TJson Fields(const TMetricSent& sent) {
   return {{"event", "metric"},
           {"category", Utf8(sent.Metric.Category)},
           {"name", Utf8(sent.Metric.Name)},
+          {"configuration", Utf8(sent.Configuration)},
           {"value", value}};
 }
 

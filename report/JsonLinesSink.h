@@ -4,7 +4,7 @@
 //
 // Events: "action" (name, type, description, pass, nesting), "actionEnd" (name, type, pass, nesting,
 // succeeded, errors, warnings, elapsedMs, configurations), "message" (status, text), "group" (status, title),
-// "groupEnd" (status or null, title, elapsedMs), "metric" (category, name, value).
+// "groupEnd" (status or null, title, elapsedMs), "metric" (category, name, configuration, value).
 #pragma once
 
 #include "platform/Result.h"

@@ -50,8 +50,7 @@ void TEventLog::Send(std::u16string_view text, TStatusTag status) {
   Emit(std::move(message));
 }
 
-void TEventLog::Send(const TKxMetric& metric) {
-  TMetricSent sent{metric};
+void TEventLog::Send(TMetricSent sent) {
   if (auto* text = std::get_if<std::u16string>(&sent.Metric.Value)) Mask(*text);
   Emit(std::move(sent));
 }

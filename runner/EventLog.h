@@ -19,14 +19,14 @@ std::chrono::milliseconds ElapsedSince(TRunClock::time_point start);
 class TEventLog {
 public:
   void AddSink(IRunEventSink& sink) { sinks_.push_back(&sink); }
-  // From now on every text shows "***" in its place, whoever sends it: a tool may repeat what it was given. Secrets of
-  // fewer than four characters stay, since they would break up words of every log.
+  // From now on every text shows "***" in its place, whoever sends it: a tool may repeat what it was given.
+  // Secrets of fewer than four characters stay, since they would break up words of every log.
   void KeepSecret(std::u16string_view secret);
 
   void StartAction(TActionStarted started);
   void EndAction(TActionResult result); // closes what the action left open
   void Send(std::u16string_view text, TStatusTag status);
-  void Send(const TKxMetric& metric);
+  void Send(TMetricSent sent);
   void StartGroup(std::u16string_view title, TStatusTag status);
   // The innermost group of the running action; none open: nothing happens.
   void EndGroup(std::optional<TStatusTag> status);

@@ -68,6 +68,7 @@ struct TGroupEnded {
 };
 struct TMetricSent {
   TKxMetric Metric;
+  std::u16string Configuration = {}; // that the action is building, "Release|Any CPU"; else empty
 };
 
 // Depth counts what is open around the event: running actions and message groups. An action and a group have

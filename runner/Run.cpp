@@ -251,7 +251,7 @@ void TProjectRunner::EndMessageGroup(TCustomKxAction& action, std::optional<TSta
 
 void TProjectRunner::SendMetric(TCustomKxAction& action, const TKxMetric& metric) {
   if (TFrame* frame = state_->Current(action)) CountMetric(*frame, metric);
-  if (state_->IsHeard()) state_->Log.Send(metric);
+  if (state_->IsHeard()) state_->Log.Send({metric, CurrentConfiguration(action)});
 }
 
 std::u16string TProjectRunner::Expand(TCustomKxAction& action, std::u16string_view text) {

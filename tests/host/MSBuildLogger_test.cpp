@@ -44,7 +44,7 @@ TEST_F(MSBuildLogger, CountsAndShowsErrorsAndWarningsWithTheirPlace) {
         u"TandemorLogger|warning|file=/other/B.cs|line=9|column=0|code=CS0219|project=|text=unused 100%25",
         u"TandemorLogger|warning|file=|line=0|column=0|code=|project=|text=general",
         u"TandemorLogger|error|file=MSBUILD|line=0|column=0|code=MSB1|project=|text=bad"});
-  EXPECT_THAT(host_.Log(), ElementsAre("3 Lib/A.cs(3,7): error CS0103: no |x|\r\nhere [Lib/Lib.csproj]",
+  EXPECT_THAT(host_.Log(), ElementsAre("3 /src/Lib/A.cs(3,7): error CS0103: no |x|\r\nhere [Lib/Lib.csproj]",
                                        "2 /other/B.cs(9): warning CS0219: unused 100%", "2 warning: general",
                                        "3 MSBUILD: error MSB1: bad"));
   EXPECT_EQ(helper_.ErrorCount(), 2);

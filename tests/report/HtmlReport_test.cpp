@@ -73,14 +73,15 @@ TEST_F(Reports, CloseTheirElementsWhateverComes) {
 TEST_F(Reports, DrawEachFigureOfAMetricBesideItsAction) {
   for (const std::int64_t value : {5, 0}) {
     Send(TActionStarted{.Name = u"Build", .Pass = value == 5 ? u"Lib" : u"App"});
-    Send(TMetricSent{{u"Compiler", u"Errors", value}});
+    Send(TMetricSent{{u"Compiler", u"Errors", value}, u"Debug"});
     Send(TActionEnded{});
   }
   const std::string page = Html.Page({});
   EXPECT_THAT(page, HasSubstr("<figcaption>Compiler: Errors</figcaption>"));
-  EXPECT_THAT(page, HasSubstr("Build (Lib)</th><td><span class=\"bar\" style=\"width:100%\"></span></td>"
-                              "<td class=\"number\">5</td>"));
-  EXPECT_THAT(page, HasSubstr("Build (App)</th><td><span class=\"bar\" style=\"width:0%\">"));
+  EXPECT_THAT(page,
+              HasSubstr("Build (Lib), Debug</th><td><span class=\"bar\" style=\"width:100%\"></span></td>"
+                        "<td class=\"number\">5</td>"));
+  EXPECT_THAT(page, HasSubstr("Build (App), Debug</th><td><span class=\"bar\" style=\"width:0%\">"));
 }
 
 TEST_F(Reports, ShowUnitTestsFailedOnesFirst) {
