@@ -36,7 +36,7 @@ class MSTestTest(e2e.EndToEndTest):
     def run_action(self, *properties, **environment):
         return self.run_program(
             e2e.BIN / "kxhost", "do", "MSTEST", "UseStandaloneMSTest=True", *properties, "--color", "never", "--log",
-            "log.jsonl", "--option", f"VisualStudioDotNet.StandaloneMSTestDir={self.folder / 'tool'}",
+            "log.jsonl", "--junit", "junit.xml", "--report", "report.html", "--option", f"VisualStudioDotNet.StandaloneMSTestDir={self.folder / 'tool'}",
             TMPDIR=str(self.folder / "temporary"), **environment)
 
     def call(self):
@@ -64,6 +64,9 @@ class MSTestTest(e2e.EndToEndTest):
         self.assertEqual([test.get("name") for test in suite.iter("testcase")], ["A", "B <\u00e9>"])
         self.assertEqual(suite.find("testcase/failure").get("message"), "Expected: 1\r\nActual: \"2\"")
         self.assertEqual(suite.find("testcase/failure").text, "at B")
+        suites = xml.etree.ElementTree.parse(self.folder / "junit.xml").getroot()
+        self.assertEqual((suites.tag, suites.get("tests"), suites.get("failures")), ("testsuites", "2", "1"))
+        self.assertIn("<pre class=\"error\">Expected: 1\n", (self.folder / "report.html").read_text("utf-8"))
         self.assertEqual(os.listdir(self.folder / "temporary"), [])
 
     def test_hostile_names_stay_one_argument_each(self):
