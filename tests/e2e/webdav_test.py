@@ -1,9 +1,10 @@
 """Files of web projects over WebDAV: a real lighttpd, and servers that no one would run on purpose."""
 import hashlib
-import http.server
+import http.client
 import os
 import shutil
 import socket
+import socketserver
 import subprocess
 import threading
 import time
@@ -23,12 +24,11 @@ auth.backend = "htdigest"
 auth.backend.htdigest.userfile = "{folder}/users"
 auth.require = ("/MyWeb/" => ("method" => "{method}", "realm" => "r", "require" => "valid-user"))
 """
+OK = b"HTTP/1.1 200 OK\r\nConnection: close\r\n"
 
 
-def free_port():
-    with socket.socket() as probe:
-        probe.bind(("127.0.0.1", 0))
-        return probe.getsockname()[1]
+def moved(place):
+    return f"HTTP/1.1 302 Found\r\nLocation: {place}\r\nContent-Length: 0\r\n\r\n".encode()
 
 
 class WebDavTest(e2e.EndToEndTest):
@@ -51,7 +51,8 @@ class WebDavTest(e2e.EndToEndTest):
                 self.check_real_server(method)
 
     def check_real_server(self, method):
-        port = free_port()
+        with socket.create_server(("127.0.0.1", 0)) as free:
+            port = free.getsockname()[1]
         address = f"{FOLDER}/{NAME}"
         file = self.write(f"www/{address}", "original\n" * 100000)
         self.write("www/MyWeb/big.cs", "x" * (1 << 20) + "x")
@@ -85,61 +86,40 @@ class WebDavTest(e2e.EndToEndTest):
                 self.assertIn(left, ([], lines[1:2]), "a download leaves nothing half, an upload its file")
 
     def test_hostile_servers(self):
-        server, other = start_server(), start_server()
-        for stop in server.shutdown, server.server_close, other.shutdown, other.server_close:
-            self.addCleanup(stop)
-        server.redirects = {"/other.cs": f"http://127.0.0.1:{other.server_port}/plain.cs", "/loop.cs": "/loop.cs",
-                            "/scheme.cs": "file:///etc/passwd", "/moved.cs": "/plain.cs"}
+        other = start_server({})
+        places = {"other": f"http://127.0.0.1:{other.server_address[1]}/a", "scheme": "file:///etc/passwd", "loop": "loop.cs"}
+        server = start_server({
+            "/stall.cs": OK + b"Content-Length: 100\r\n\r\n0123456789", "/short.cs": OK + b"Content-Length: 100\r\n\r\n0123456789",
+            "/silent.cs": b"", "/garbage.cs": b"hello\n", "/endless.cs": OK + b"\r\n" + b"x" * 2000000, "/moved.cs": moved("plain.cs"),
+            **{f"/{name}.cs": moved(place) for name, place in places.items()}})
         reasons = {"stall": "too slow", "silent": "too slow", "short": "90 bytes remaining", "endless": "larger than 1048576",
                    "other": "a redirect to another server", "scheme": "a redirect", "loop": "HTTP status 302",
                    "garbage": "HTTP/0.9"}
-        self.check_failures(server.server_port,
-                            {(f"{name}.cs",): f"retrieving .* failed: .*{reason}" for name, reason in reasons.items()})
-        self.assertEqual((other.seen, server.uploaded), ([], {}))
-        self.assertEqual(self.drive(server.server_port, "moved.cs"), "")
-        self.assertEqual(server.uploaded, {"/moved.cs": b"0123456789stamped\n"})
-        self.assertEqual(set(server.seen), {None}, "a password nobody asked for")
+        port = server.server_address[1]
+        self.check_failures(port, {(f"{name}.cs",): f"retrieving .* failed: .*{reason}" for name, reason in reasons.items()})
+        self.assertEqual(self.drive(port, "moved.cs"), "")
+        self.assertEqual([seen for seen in server.seen if seen[0] == "PUT"], [("PUT", "/moved.cs", None, b"0123456789stamped\n")])
+        self.assertEqual(other.seen, [])
+        self.assertFalse(any(seen[2] for seen in server.seen), "a password nobody asked for")
 
 
-class Handler(http.server.BaseHTTPRequestHandler):
-    protocol_version = "HTTP/1.1"
-
-    def do_GET(self):
-        self.server.seen.append(self.headers["Authorization"])
-        if self.path in ("/silent.cs", "/garbage.cs"):
-            self.wfile.write(b"" if self.path == "/silent.cs" else b"hello\n")
+class Handler(socketserver.StreamRequestHandler):
+    def handle(self):
+        method, path, _ = self.rfile.readline().decode().split()
+        headers = http.client.parse_headers(self.rfile)
+        body = self.rfile.read(int(headers.get("Content-Length", 0)))
+        self.server.seen.append((method, path, headers["Authorization"], body))
+        answer = self.server.answers.get(path, OK + b"Content-Length: 10\r\n\r\n0123456789")
+        self.wfile.write(b"HTTP/1.1 201 Created\r\nContent-Length: 0\r\n\r\n" if method == "PUT" else answer)
+        if path in ("/stall.cs", "/silent.cs"):
             time.sleep(60)
-        target = self.server.redirects.get(self.path)
-        self.send_response(302 if target else 200)
-        if target:
-            self.send_header("Location", target)
-        if self.path != "/endless.cs":
-            self.send_header("Content-Length", "100" if self.path in ("/short.cs", "/stall.cs") else "10")
-        self.end_headers()
-        self.wfile.write(b"0123456789")
-        self.close_connection = self.path in ("/short.cs", "/endless.cs")
-        if self.path == "/stall.cs":
-            time.sleep(60)
-        while self.path == "/endless.cs":
-            self.wfile.write(b"x" * 65536)
-
-    do_OPTIONS = do_GET
-
-    def do_PUT(self):
-        self.server.uploaded[self.path] = self.rfile.read(int(self.headers["Content-Length"]))
-        self.send_response(201)
-        self.send_header("Content-Length", "0")
-        self.end_headers()
-
-    def log_message(self, *_):
-        pass
 
 
-def start_server():
-    server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Handler)
+def start_server(answers):
+    server = socketserver.ThreadingTCPServer(("127.0.0.1", 0), Handler)
     server.daemon_threads = True
     server.handle_error = lambda *_: None
-    server.seen, server.uploaded, server.redirects = [], {}, {}
+    server.answers, server.seen = answers, []
     threading.Thread(target=server.serve_forever, daemon=True).start()
     return server
 

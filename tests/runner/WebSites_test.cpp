@@ -26,12 +26,15 @@ TEST(WebSites, AreFoundInTheServersConfiguration) {
     const auto object = sites.FindObject(text::FromUtf8(name));
     return object ? text::ToUtf8(object->Class + u" " + object->Path) : "nothing";
   };
-  EXPECT_EQ(find("IIS://h/w3svc/3/ROOT/"), "IIsWebVirtualDir C:\\inetpub\\%kx_unknown%");
-  EXPECT_EQ(find("IIS://h/W3SVC/3/root/myweb"), "IIsWebVirtualDir D:\\100%\\web");
-  EXPECT_EQ(find("IIS://h/w3svc/3/ROOT/MyWeb/img"), "IIsWebVirtualDir E:\\");
-  EXPECT_EQ(find("IIS://h/w3svc/3/ROOT/MyWebs/a"), "IIsWebDirectory ");
-  EXPECT_EQ(find("IIS://h/w3svc/1/ROOT"), "IIsWebVirtualDir X:\\");
-  EXPECT_EQ(find("IIS://h/w3svc/2/ROOT/MyWeb"), "nothing");
+  const std::pair<const char*, std::string_view> cases[] = {
+      {"IIS://h/w3svc/3/ROOT/", "IIsWebVirtualDir C:\\inetpub\\%kx_unknown%"},
+      {"IIS://h/W3SVC/3/root/myweb", "IIsWebVirtualDir D:\\100%\\web"},
+      {"IIS://h/w3svc/3/ROOT/MyWeb/img", "IIsWebVirtualDir E:\\"},
+      {"IIS://h/w3svc/3/ROOT/MyWebs/a", "IIsWebDirectory "},
+      {"IIS://h/w3svc/2/ROOT/MyWeb", "nothing"},
+  };
+  for (const auto& [name, object] : cases)
+    EXPECT_EQ(find(name), object);
   store.Set({u"WebSites", u"ApplicationHostConfig"}, folder.Path("missing.config"));
   EXPECT_THROW(find("IIS://h/w3svc/3/ROOT"), EKxException);
 }

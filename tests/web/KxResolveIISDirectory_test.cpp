@@ -68,5 +68,25 @@ TEST(WebDavFiles, AreRefusedBeforeTheyAreAskedFor) {
             "\"..\\a\" is not a file name that the temporary folder can hold; nothing was downloaded.");
 }
 
+struct TDryRun : IKxFileUpdates {
+  platform::Result<std::string> Read(std::u16string_view) override { return std::string("x"); }
+  platform::Status Replace(std::u16string_view, std::string_view) override { return platform::Done{}; }
+  platform::Status CopyIfMissing(std::u16string_view, std::u16string_view) override {
+    return platform::Done{};
+  }
+  bool IsDryRun() const override { return true; }
+};
+
+TEST(WebDavFiles, ADryRunSendsNothing) {
+  TDryRun files;
+  const auto client = TKxWebDavClient::Create();
+  client->ServerName = u"127.0.0.1";
+  client->ServerPort = 1; // where nobody listens
+  SetServices({.Files = &files});
+  EXPECT_TRUE(client->UploadFile(u"a", u"/"));
+  SetServices({});
+  EXPECT_FALSE(client->Connect());
+}
+
 } // namespace
 } // namespace kx
