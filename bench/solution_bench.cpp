@@ -53,7 +53,7 @@ class TSolutionFile {
 public:
   explicit TSolutionFile(const std::string& text)
       : path_(*platform::CreateTemporaryFile(platform::TemporaryDirectory(), u"bench", u".sln")) {
-    if (!platform::ReplaceFile(path_, text)) std::abort();
+    if (!platform::SaveFile(path_, text)) std::abort();
   }
   ~TSolutionFile() { static_cast<void>(platform::RemoveFile(path_)); }
   const std::u16string& Path() const { return path_; }

@@ -69,7 +69,7 @@ public:
 
 private:
   static void WriteFile(const std::u16string& file, const std::string& bytes) {
-    const auto written = platform::ReplaceFile(file, bytes);
+    const auto written = platform::SaveFile(file, bytes);
     if (!written) WriteError(u"Warning : the report could not be written. " + written.Message());
   }
 

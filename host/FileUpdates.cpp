@@ -12,14 +12,14 @@ public:
   platform::Result<std::string> Read(std::u16string_view path) override { return platform::ReadFile(path); }
 
   platform::Status Replace(std::u16string_view path, std::string_view bytes) override {
-    return platform::ReplaceFile(path, bytes);
+    return platform::SaveFile(path, bytes);
   }
 
   platform::Status CopyIfMissing(std::u16string_view path, std::u16string_view copy) override {
     if (platform::FileExists(copy)) return platform::Done{};
     const platform::Result<std::string> bytes = platform::ReadFile(path);
     if (!bytes) return platform::Failure{bytes.Message()};
-    return platform::ReplaceFile(copy, *bytes);
+    return platform::SaveFile(copy, *bytes);
   }
 
   bool IsDryRun() const override { return false; }

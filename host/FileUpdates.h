@@ -16,7 +16,7 @@ public:
 
   // The file's bytes as they are after the changes so far: a dry run gives back what it was told to write.
   virtual platform::Result<std::string> Read(std::u16string_view path) = 0;
-  // The old content or the new one stands, whatever happens (platform::ReplaceFile).
+  // The old content or the new one stands, whatever happens (platform::SaveFile).
   virtual platform::Status Replace(std::u16string_view path, std::string_view bytes) = 0;
   // Nothing happens when `copy` is there already. The copy, too, is whole or missing.
   virtual platform::Status CopyIfMissing(std::u16string_view path, std::u16string_view copy) = 0;

@@ -326,7 +326,7 @@ bool TCurlWebDavClient::DownloadFile(std::u16string_view remote, std::u16string_
     TExchange exchange = NewExchange(EMethod::Get);
     const auto status = Perform(url.get(), exchange, reason);
     if (status == 200) {
-      const auto written = platform::ReplaceFile(local, exchange.Received);
+      const auto written = platform::SaveFile(local, exchange.Received);
       return written ? true : Fail(u"The file at " + shown + u" arrived, but: " + written.Message());
     }
     if (!status || *status < 300 || *status > 399 || !FollowRedirect(url, reason)) break;

@@ -240,7 +240,7 @@ Status FileReader::Rewind() {
   return FileFailure(u"read file", state_->Path, Reason(errno));
 }
 
-Status ReplaceFile(std::u16string_view path, std::string_view bytes) {
+Status SaveFile(std::u16string_view path, std::string_view bytes) {
   const Result<std::string> native = NativeForWriting(path);
   if (!native) return FileFailure(u"write file", path, native.Message());
   const int error = Replace(FollowLinks(*native), bytes);

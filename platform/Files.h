@@ -74,7 +74,7 @@ private:
 // Replaces or makes a file so that a crash, a kill or a full disk leaves the old content or the new one: a
 // temporary file beside the target, flushed, then renamed over it. Mode and owner of the old file are kept; a
 // symbolic link is followed. A target that is not writable is refused, though a rename would succeed.
-Status ReplaceFile(std::u16string_view path, std::string_view bytes);
+Status SaveFile(std::u16string_view path, std::string_view bytes);
 
 Status CreateDirectories(std::u16string_view path);
 Status RemoveFile(std::u16string_view path);

@@ -115,7 +115,7 @@ platform::Status TOptionsStore::Save() {
   if (fileName_.empty()) return platform::Failure{u"There is no file to save the options in."};
   auto made = platform::CreateDirectories(text::ExtractFileDir(fileName_));
   if (!made) return made;
-  auto written = platform::ReplaceFile(fileName_, (hasMark_ ? "\xEF\xBB\xBF" : "") + text::ToUtf8(text));
+  auto written = platform::SaveFile(fileName_, (hasMark_ ? "\xEF\xBB\xBF" : "") + text::ToUtf8(text));
   if (written) savedText_ = text;
   return written;
 }

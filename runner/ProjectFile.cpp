@@ -83,7 +83,7 @@ platform::Status TProjectFile::Save() {
   if (present && *present != state_->Bytes)
     return platform::Failure{u"The project " + file +
                              u" has been edited since it was read; what the run changed is not saved."};
-  auto written = platform::ReplaceFile(file, text);
+  auto written = platform::SaveFile(file, text);
   if (!written) return written;
   TProjectElement root = ParseProjectXml(text, file);
   state_->Take(std::move(text), std::move(root));

@@ -103,7 +103,7 @@ std::u16string ResultsFile(const TRun& run) {
 TEST_F(MSTestResults, ATemporaryFileGoesOnceItWasRead) {
   Set({{u"OutputFileName", u""}});
   host_.Play({.During = [this] {
-    ASSERT_TRUE(platform::ReplaceFile(ResultsFile(host_.Runs().back()), ThreeResults));
+    ASSERT_TRUE(platform::SaveFile(ResultsFile(host_.Runs().back()), ThreeResults));
   }});
   EXPECT_TRUE(action_.Execute());
   EXPECT_EQ(Outcome(), Metrics("1", "2", "1239"));
@@ -121,7 +121,7 @@ TEST_F(MSTestResults, ATemporaryFileStaysWhenItCannotBeInterpreted) {
   action.Attach(host_);
   action.Input().AssemblyFileName = u"a.dll";
   host_.Play({.During = [this] {
-    ASSERT_TRUE(platform::ReplaceFile(ResultsFile(host_.Runs().back()), ThreeResults));
+    ASSERT_TRUE(platform::SaveFile(ResultsFile(host_.Runs().back()), ThreeResults));
   }});
   EXPECT_FALSE(action.Execute());
   const std::u16string file = ResultsFile(host_.Runs().back());

@@ -83,13 +83,13 @@ TEST_F(Files, AreReplacedWithTheirModeAndThroughLinks) {
   fs::create_directory(Native("sub"));
   fs::create_symlink("../Target.txt", Native("sub/link"));
   fs::create_symlink("made.txt", Native("sub/dangling"));
-  ASSERT_TRUE(ReplaceFile(Path("sub/link"), "new"));
+  ASSERT_TRUE(SaveFile(Path("sub/link"), "new"));
   EXPECT_EQ(*ReadFile(Path("Target.txt")), "new");
   EXPECT_TRUE(fs::is_symlink(Native("sub/link")));
   EXPECT_EQ(fs::status(Native("Target.txt")).permissions(), fs::perms(0640));
-  ASSERT_TRUE(ReplaceFile(Path("SUB/dangling"), "made"));
+  ASSERT_TRUE(SaveFile(Path("SUB/dangling"), "made"));
   EXPECT_EQ(*ReadFile(Path("sub/made.txt")), "made");
-  ASSERT_TRUE(ReplaceFile(Path("target.TXT"), ""));
+  ASSERT_TRUE(SaveFile(Path("target.TXT"), ""));
   EXPECT_EQ(*ReadFile(Path("Target.txt")), "");
   EXPECT_EQ(EntryCount(), 2) << "another file was made, or a temporary one left behind";
 }
@@ -105,7 +105,7 @@ TEST_F(Files, AreLeftAloneWhenTheyCannotBeReplaced) {
       {"pipe", u"Invalid argument"},
   };
   for (const auto& [name, reason] : rows)
-    EXPECT_EQ(ReplaceFile(Path(name), "new").Message(), u"Cannot write file " + Path(name) + u". " + reason);
+    EXPECT_EQ(SaveFile(Path(name), "new").Message(), u"Cannot write file " + Path(name) + u". " + reason);
   EXPECT_EQ(*ReadFile(Path("readonly")), "old");
   EXPECT_EQ(EntryCount(), 3) << "a temporary file was left behind";
 }
@@ -117,7 +117,7 @@ TEST_F(Files, SurviveAFullDisk) {
   getrlimit(RLIMIT_FSIZE, &before);
   const rlimit little{4096, before.rlim_max};
   setrlimit(RLIMIT_FSIZE, &little);
-  const Status status = ReplaceFile(Path("target"), std::string(100'000, 'x'));
+  const Status status = SaveFile(Path("target"), std::string(100'000, 'x'));
   setrlimit(RLIMIT_FSIZE, &before);
   signal(SIGXFSZ, previous);
   EXPECT_EQ(status.Message(), u"Cannot write file " + Path("target") + u". File too large");

@@ -19,7 +19,7 @@ int main(int argc, char** argv) {
     std::u16string folder;
     const std::u16string local =
         GetProjectFileUsingWebDAV(client.get(), text::FromUtf8(arguments.at(0)), folder);
-    if (!platform::ReplaceFile(local, *platform::ReadFile(local) + "stamped\n")) return 2;
+    if (!platform::SaveFile(local, *platform::ReadFile(local) + "stamped\n")) return 2;
     PutFileUsingWebDAV(client.get(), local, arguments.size() > 3 ? text::FromUtf8(arguments[3]) : folder);
     if (!platform::RemoveFile(local)) return 2;
   } catch (const EKxException& error) {
