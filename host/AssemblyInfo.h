@@ -1,5 +1,6 @@
-// Rewriting of AssemblyInfo source files, as the actions see it. The processor itself comes with version
-// stamping; until then nothing makes one.
+// Rewriting of AssemblyInfo source files: attributes of the assembly in C#, Visual Basic, C++/CLI, J# and F#.
+//
+// Sources of the rules: the language references of the five, and for J# "/** @assembly Name(arguments) */".
 #pragma once
 
 #include <memory>
@@ -7,7 +8,8 @@
 
 namespace kx {
 
-// Sets attributes of the file that is being processed; they are written when OnProcessFile returns.
+// Sets attributes of the file that is being processed; they are written when OnProcessFile returns. The name
+// is that of the attribute without "Attribute"; the last value set for a name counts.
 class IAssemblyInfoAttributes {
 public:
   virtual ~IAssemblyInfoAttributes() = default;
@@ -19,16 +21,35 @@ class IAssemblyInfoCallback {
 public:
   virtual ~IAssemblyInfoCallback() = default;
   virtual void OnProcessFile(std::u16string_view fileName, IAssemblyInfoAttributes& updater) = 0;
+  // For each attribute that has its value in the file now, in the order of setting. Called once the file is
+  // written.
   virtual void AssemblyInfoProcessEntry(std::u16string_view name, std::u16string_view value) = 0;
+  // What the user should know; a text that begins "Warning : " tells of something not done, or not as the
+  // author of the file may expect.
   virtual void AssemblyInfoProcessMessage(std::u16string_view text) = 0;
 };
 
+// Changes the value of each attribute that is set, however it is spelled, and leaves every other byte alone:
+// encoding, byte-order mark, line ends, indentation. A file that has the values already is not touched.
+//
+// - An argument that is not one string literal is replaced as a whole, with a message.
+// - Text in comments, in strings and in blocks that a condition switches off is none of its business. An
+//   attribute under a condition that depends on symbols of the project stays as it is, with a message, and
+//   is not added once more.
+// - A missing attribute of System.Reflection is added on a line of its own behind the last attribute of the
+//   assembly, in that one's style, with the import that it needs; in a file without any import it is written
+//   with its namespace.
+// - Other attributes (AssemblyComment, which is none of the .NET framework's) are changed where the file has
+//   them. Where it has not they are not added, since the file would no longer compile; a message says so.
+// - A file in ASCII that gets other characters becomes UTF-8. A value that the file's encoding cannot hold
+//   is an error and the file stays.
 class IBrannicAssemblyInfoUpdater {
 public:
   virtual ~IBrannicAssemblyInfoUpdater() = default;
   virtual void SetCallback(IAssemblyInfoCallback& callback) = 0; // which outlives the updater
-  // Reads the file, asks the callback, and with `write` replaces the file. Raises EKxException that names the
-  // file.
+  // Asks the callback for the values, and with `write` changes the file (the old or the new content stands,
+  // whatever happens); without, all is reported as if it had. The language goes by the extension; a file of
+  // another gives a message only. Raises EKxException that names the file and the reason.
   virtual void ProcessFile(std::u16string_view fileName, bool write) = 0;
 };
 
