@@ -1,0 +1,51 @@
+// Finds the AssemblyInfo file of each project of a solution and has its attributes rewritten.
+#pragma once
+
+#include "host/Actions.h"
+#include "host/AssemblyInfo.h"
+#include "solution/VSNETSLN.h"
+#include "web/ProjLocDetectMethod.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace kx {
+
+// For whoever listens to messages.
+using TSendMessageProc = std::function<void(std::u16string_view text)>;
+
+// How the action reaches the files of web projects. Copied once; what the action changes later is not seen.
+struct TKxWebProjectSettings {
+  TProjLocDetectMethod ProjLocDetectMethod = TProjLocDetectMethod::useWMI;
+  std::int32_t WMIWebsiteNum = 1;
+  std::u16string SharePath = {};
+  std::u16string WebDAVUsername = {};
+  std::u16string WebDAVPassword = {};  // in clear
+  const TKxEvent* StopEvent = nullptr; // ends a transfer early; outlives the updater
+};
+
+// The file is the first that the project names: in quotes, "AssemblyInfo" with an extension, letter case
+// ignored. Projects without one are passed over silently, projects that are not in the solution with a
+// message. Everything else that fails raises EKxException, and the projects behind it are not updated: a
+// project file that does not exist ("ERROR : Unable to find : " and its path), a transfer, a file that cannot
+// be written.
+class IKxAssemblyInfoUpdater {
+public:
+  virtual ~IKxAssemblyInfoUpdater() = default;
+  virtual void UpdateAllProjects() = 0; // in the solution's order
+  // Of the identifiers those that `filter` has too; with a null filter all of them.
+  virtual void UpdateProjects(const text::TStringList& projectIDs, const text::TStringList* filter) = 0;
+};
+
+// The action takes the messages, `callback` gives the values; both outlive the updater.
+std::shared_ptr<IKxAssemblyInfoUpdater> GetAssemblyInfoUpdater(std::shared_ptr<IVSDotNetSolution> solution,
+                                                               TCustomKxAction& action,
+                                                               IAssemblyInfoCallback& callback,
+                                                               const TKxWebProjectSettings& web);
+
+// The path, as the project writes it, of the AssemblyInfo file that a project file names; empty when it names
+// none. Takes time in proportion to the text, however long its lines are.
+std::u16string_view FindAssemblyInfoName(std::u16string_view projectText);
+
+} // namespace kx
