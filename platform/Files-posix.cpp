@@ -4,13 +4,11 @@
 #include "text/Encoding.h"
 #include "text/Text.h"
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
-#include <random>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -21,15 +19,6 @@ namespace posix {
 int Descriptor::Close() noexcept {
   const int fd = std::exchange(fd_, -1);
   return fd >= 0 && close(fd) != 0 ? errno : 0;
-}
-
-std::string RandomLetters(std::size_t count) {
-  constexpr std::string_view letters = "abcdefghijklmnopqrstuvwxyz0123456789";
-  std::random_device random;
-  std::uniform_int_distribution<std::size_t> pick(0, letters.size() - 1);
-  std::string name(count, ' ');
-  std::ranges::generate(name, [&] { return letters[pick(random)]; });
-  return name;
 }
 
 namespace {

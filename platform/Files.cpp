@@ -1,8 +1,24 @@
 #include "platform/Files.h"
+#include "platform/Shared.h"
 
+#include <algorithm>
 #include <array>
+#include <random>
 
 namespace kx::platform {
+
+Failure FileFailure(std::u16string_view action, std::u16string_view path, std::u16string_view reason) {
+  return {std::u16string(u"Cannot ").append(action).append(u" ").append(path).append(u". ").append(reason)};
+}
+
+std::string RandomLetters(std::size_t count) {
+  constexpr std::string_view letters = "abcdefghijklmnopqrstuvwxyz0123456789";
+  std::random_device random;
+  std::uniform_int_distribution<std::size_t> pick(0, letters.size() - 1);
+  std::string name(count, ' ');
+  std::ranges::generate(name, [&] { return letters[pick(random)]; });
+  return name;
+}
 
 Result<std::string> ReadFile(std::u16string_view path) {
   Result<FileReader> reader = FileReader::Open(path);

@@ -137,10 +137,6 @@ std::u16string Reason(int error) {
   return text::FromUtf8(std::system_category().message(error));
 }
 
-Failure FileFailure(std::u16string_view action, std::u16string_view path, std::u16string_view reason) {
-  return {std::u16string(u"Cannot ").append(action).append(u" ").append(path).append(u". ").append(reason)};
-}
-
 Result<std::string> ToNative(std::u16string_view path) {
   if (path.empty()) return Failure{Reason(ENOENT)};
   if (path.find(u'\0') != std::u16string_view::npos) return Failure{Reason(EINVAL)};

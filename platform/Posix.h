@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/Result.h"
+#include "platform/Shared.h"
 
 #include <optional>
 #include <string>
@@ -32,8 +33,6 @@ private:
 
 // The system's words for an error number.
 std::u16string Reason(int error);
-// "Cannot <action> <path>. <reason>", the path as the caller wrote it.
-Failure FileFailure(std::u16string_view action, std::u16string_view path, std::u16string_view reason);
 
 // The path with "/" and its drive replaced; nothing is looked up. A failure's message is the bare reason.
 Result<std::string> ToNative(std::u16string_view path);
@@ -41,9 +40,6 @@ Result<std::string> ToNative(std::u16string_view path);
 std::optional<std::string> FindNative(std::u16string_view path);
 // The same for the part of the path that exists; the rest as written.
 Result<std::string> NativeForWriting(std::u16string_view path);
-
-// Letters and digits for names that must not be guessed or taken.
-std::string RandomLetters(std::size_t count);
 
 // A small file for its owner's eyes only. Reading refuses one that others may read.
 Result<std::string> ReadPrivateFile(std::u16string_view path);

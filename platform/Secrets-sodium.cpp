@@ -36,7 +36,7 @@ Result<Key> ReadKey(std::u16string_view keyFile) {
   Result<std::string> bytes = posix::ReadPrivateFile(keyFile);
   if (!bytes) return Failure{bytes.Message()};
   if (bytes->size() != crypto_secretbox_KEYBYTES)
-    return posix::FileFailure(u"use file", keyFile, u"It holds no key");
+    return FileFailure(u"use file", keyFile, u"It holds no key");
   return Key(*std::move(bytes));
 }
 

@@ -43,10 +43,10 @@ std::optional<std::u16string> ReadLocalMachineString(std::u16string_view /*key*/
 Result<EntryPoint> LoadLibraryEntry(std::u16string_view path, std::string_view entry) {
   const auto fail = [&] {
     const char* reason = dlerror();
-    return posix::FileFailure(u"load library", path, text::FromUtf8(reason == nullptr ? "" : reason));
+    return FileFailure(u"load library", path, text::FromUtf8(reason == nullptr ? "" : reason));
   };
   const Result<std::string> native = posix::NativeForWriting(path);
-  if (!native) return posix::FileFailure(u"load library", path, native.Message());
+  if (!native) return FileFailure(u"load library", path, native.Message());
   // Without a separator the loader would search the system's folders instead.
   const std::string file = native->find('/') == std::string::npos ? "./" + *native : *native;
   void* library = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);

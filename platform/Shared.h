@@ -1,0 +1,17 @@
+// What the sources of every system in this room share.
+#pragma once
+
+#include "platform/Result.h"
+
+#include <string>
+#include <string_view>
+
+namespace kx::platform {
+
+// "Cannot <action> <path>. <reason>", the path as the caller wrote it.
+Failure FileFailure(std::u16string_view action, std::u16string_view path, std::u16string_view reason);
+
+// Letters and digits for names that must not be guessed or taken.
+std::string RandomLetters(std::size_t count);
+
+} // namespace kx::platform
