@@ -50,7 +50,7 @@ std::u16string GetPhysicalDirFromIISDir(std::u16string_view url, std::int32_t we
       RequireObject(folders.empty() ? AddTrailingSlash(root) : RemoveTrailingSlash(root + folders));
   std::u16string below;
   while (object.Class != u"IIsWebVirtualDir" && !folders.empty()) {
-    below = SplitLastSegment(folders) + below; // joined without a separator, as it always was
+    below.insert(0, SplitLastSegment(folders)); // joined without a separator, as it always was
     object = RequireObject(root + folders);
   }
   if (object.Class != u"IIsWebVirtualDir")
@@ -86,7 +86,7 @@ std::u16string GetFileUsingWebDAV(TKxWebDavClient* client, std::u16string_view r
   if (!IsPlainFileName(fileName))
     throw EKxException(u"\"" + std::u16string(fileName) +
                        u"\" is not a file name that the temporary folder can hold; nothing was downloaded.");
-  const std::u16string local = text::JoinPath(TPathUtils::GetTemporaryPath(), fileName);
+  std::u16string local = text::JoinPath(TPathUtils::GetTemporaryPath(), fileName);
   if (platform::FileExists(local)) {
     if (const auto removed = platform::RemoveFile(local); !removed) throw EKxException(removed.Message());
   }
