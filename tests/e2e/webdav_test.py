@@ -25,10 +25,7 @@ auth.backend.htdigest.userfile = "{folder}/users"
 auth.require = ("/MyWeb/" => ("method" => "{method}", "realm" => "r", "require" => "valid-user"))
 """
 OK = b"HTTP/1.1 200 OK\r\nConnection: close\r\n"
-
-
-def moved(place):
-    return f"HTTP/1.1 302 Found\r\nLocation: {place}\r\nContent-Length: 0\r\n\r\n".encode()
+MOVED = "HTTP/1.1 302 Found\r\nContent-Length: 0\r\nLocation: {}\r\n\r\n"
 
 
 class WebDavTest(e2e.EndToEndTest):
@@ -87,14 +84,14 @@ class WebDavTest(e2e.EndToEndTest):
 
     def test_hostile_servers(self):
         other = start_server({})
-        places = {"other": f"http://127.0.0.1:{other.server_address[1]}/a", "scheme": "file:///etc/passwd", "loop": "loop.cs"}
-        server = start_server({
-            "/stall.cs": OK + b"Content-Length: 100\r\n\r\n0123456789", "/short.cs": OK + b"Content-Length: 100\r\n\r\n0123456789",
-            "/silent.cs": b"", "/garbage.cs": b"hello\n", "/endless.cs": OK + b"\r\n" + b"x" * 2000000, "/moved.cs": moved("plain.cs"),
-            **{f"/{name}.cs": moved(place) for name, place in places.items()}})
+        places = {"other": f"http://127.0.0.1:{other.server_address[1]}/a", "scheme": "file:///etc/passwd", "loop": "loop.cs",
+                  "moved": "plain.cs"}
+        answers = {name: MOVED.format(place).encode() for name, place in places.items()}
+        answers["stall"] = answers["short"] = OK + b"Content-Length: 100\r\n\r\n0123456789"
+        answers |= {"silent": b"", "garbage": b"hello\n", "endless": OK + b"\r\n" + b"x" * 2000000}
+        server = start_server({f"/{name}.cs": answer for name, answer in answers.items()})
         reasons = {"stall": "too slow", "silent": "too slow", "short": "90 bytes remaining", "endless": "larger than 1048576",
-                   "other": "a redirect to another server", "scheme": "a redirect", "loop": "HTTP status 302",
-                   "garbage": "HTTP/0.9"}
+                   "other": "a redirect to another server", "scheme": "a redirect", "loop": "302", "garbage": "HTTP/0.9"}
         port = server.server_address[1]
         self.check_failures(port, {(f"{name}.cs",): f"retrieving .* failed: .*{reason}" for name, reason in reasons.items()})
         self.assertEqual(self.drive(port, "moved.cs"), "")

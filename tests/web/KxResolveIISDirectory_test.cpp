@@ -4,6 +4,7 @@
 #include "host/Services.h"
 #include "platform/System.h"
 #include "text/Encoding.h"
+#include "web/WebAddress.h"
 
 #include <functional>
 #include <gtest/gtest.h>
@@ -52,7 +53,29 @@ TEST(ResolveIISDirectory, WalksUpToTheVirtualDirectory) {
   };
   for (const auto& [url, result] : cases)
     EXPECT_EQ(Outcome([&] { return GetPhysicalDirFromIISDir(url, 3); }), result);
-  EXPECT_EQ(BuildShareName(u"http://H/a/b/p.csproj", u"wwwroot$"), u"\\\\H\\wwwroot$\\a/b\\p.csproj");
+}
+
+TEST(ResolveIISDirectory, AddressesAreSplitAndDecodedOnce) {
+  const std::pair<std::u16string_view, std::string_view> cases[] = {
+      {u"http://H/a/b/p.csproj", "\\\\H\\s$\\a/b\\p.csproj"},
+      {u"HTTP://u:p@h:8080/a.cs?x/y#z", "\\\\h\\s$\\\\a.cs"},
+      {u"http://[::1]:81\\Web\\a.cs", "\\\\[::1]\\s$\\Web\\a.cs"},
+      {u"http://h/a%20b/%C3%A9%2541%zz%", "\\\\h\\s$\\a b\\\xC3\xA9%41%zz%"},
+  };
+  for (const auto& [url, share] : cases)
+    EXPECT_EQ(Outcome([&] { return BuildShareName(url, u"s$"); }), share);
+  for (const auto url :
+       {u"http:///a.cs", u"h/a.cs", u"http://./a.cs", u"http://h/../a.cs", u"http://h/%2e%2E/a.cs",
+        u"http://h/w/..%2Fa.cs", u"http://h/w/..%5Ca.cs", u"http://h/w/a%00.cs"})
+    EXPECT_THROW(BuildShareName(url, u"s$"), EKxException) << text::ToUtf8(url);
+}
+
+TEST(WebDavFiles, OnlyPlainFileNamesAreKept) {
+  for (const auto name : {u"a.cs", u".x", u"a b é.cs", u"console.cs", u"COM.cs", u"com10.cs", u"nul1.cs"})
+    EXPECT_TRUE(IsPlainFileName(name)) << text::ToUtf8(name);
+  for (const auto name : {u"", u".", u"..", u"a/b", u"a\\b", u"C:a", u"a.cs:x", u"/a", u"NUL", u"nul.txt",
+                          u"Con .cs", u"COM1.a", u"lpt\u00B2", u"a.", u"a ", u"a\n", u"a?"})
+    EXPECT_FALSE(IsPlainFileName(name)) << text::ToUtf8(name);
 }
 
 TEST(WebDavFiles, AreRefusedBeforeTheyAreAskedFor) {
