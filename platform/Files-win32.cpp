@@ -243,7 +243,7 @@ Status FileReader::Rewind() {
   return StatusOf(done ? Refusal() : Reason(GetLastError()), u"read file", state_->Path);
 }
 
-Status ReplaceFile(std::u16string_view path, std::string_view bytes) {
+Status SaveFile(std::u16string_view path, std::string_view bytes) {
   const Result<std::wstring> native = ToNative(path);
   return StatusOf(native ? Replace(*native, bytes) : native.Message(), u"write file", path);
 }

@@ -17,7 +17,6 @@
 #endif
 #include <windows.h>
 // Names of ours that the header above has made macros of.
-#undef ReplaceFile
 #undef WriteConsole
 
 namespace kx::platform::win32 {
