@@ -5,8 +5,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include <map>
 #include <memory>
-#include <set>
 
 namespace kx::cli {
 
@@ -16,6 +16,7 @@ struct TDoArguments {
   std::string Action;
   std::vector<std::string> Properties;
   std::vector<std::string> Variables;
+  std::vector<std::string> SetValues;
 };
 
 struct TAssignment {
@@ -47,6 +48,25 @@ std::vector<TAssignment> ParseAssignments(const TActionNode& node, const std::ve
   return assignments;
 }
 
+// Without a project file the property sets that an action names come from here: SET.NAME=VALUE.
+void AddPropertySets(TProject& project, const std::vector<std::string>& texts) {
+  std::map<std::u16string, std::shared_ptr<TProjectPropertySet>, text::IgnoreCaseLess> sets;
+  for (const auto& utf8 : texts) {
+    const std::u16string text = text::FromUtf8(utf8);
+    const std::size_t equals = text.find(u'=');
+    const std::size_t dot = text.substr(0, equals).rfind(u'.');
+    if (equals == std::u16string::npos || dot == std::u16string::npos)
+      throw EUsage(u"Values of property sets are given as SET.NAME=VALUE, not " + text + u".");
+    auto& set = sets[text.substr(0, dot)];
+    if (set == nullptr) {
+      set = std::make_shared<TProjectPropertySet>(text.substr(0, dot), TPropertySetKind::Win32);
+      project.PropertySets.Add(set);
+    }
+    if (!set->Add(text.substr(dot + 1, equals - dot - 1), text.substr(equals + 1)))
+      throw EUsage(text.substr(0, equals) + u" is given twice.");
+  }
+}
+
 void Configure(TProject& project, const TDoArguments& arguments) {
   try {
     TActionNode& node = project.AddAction(text::FromUtf8(arguments.Action));
@@ -61,6 +81,7 @@ int Do(const TDoArguments& arguments, const TCommonOptions& common) {
   THostSession session(common);
   TProjectRunner runner(session.Services(), session.Stop(),
                         {ParseVariables(arguments.Variables), session.KeyFile()});
+  AddPropertySets(runner.Project(), arguments.SetValues);
   Configure(runner.Project(), arguments);
   const int exitCode = RunProject(runner, session, common);
   session.SaveOptions();
@@ -78,6 +99,11 @@ void DefineDo(CLI::App& command, const TCommonOptions& common, int& exitCode) {
       ->type_name("Property=Value");
   command.add_option("--set", arguments->Variables, "NAME=VALUE: a variable for expressions")
       ->type_name("NAME=VALUE")
+      ->allow_extra_args(false);
+  command
+      .add_option("--property-set", arguments->SetValues,
+                  "SET.NAME=VALUE: a value of a property set that the action names; repeat it for each value")
+      ->type_name("SET.NAME=VALUE")
       ->allow_extra_args(false);
   command.callback([arguments, &common, &exitCode] { exitCode = Do(*arguments, common); });
 }
