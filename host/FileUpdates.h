@@ -20,6 +20,9 @@ public:
   virtual platform::Status Replace(std::u16string_view path, std::string_view bytes) = 0;
   // Nothing happens when `copy` is there already. The copy, too, is whole or missing.
   virtual platform::Status CopyIfMissing(std::u16string_view path, std::u16string_view copy) = 0;
+  // Somebody else has put a new file there (a download, under a name used before): what a dry run keeps for
+  // the path is void from now on.
+  virtual void Forget(std::u16string_view /*path*/) {}
   // Then nothing may leave the machine either.
   virtual bool IsDryRun() const = 0;
 };

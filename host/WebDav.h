@@ -15,6 +15,8 @@ namespace kx {
 // the reason in LastErrorText: what was tried, the address (never the password) and the server's or the
 // system's answer.
 //
+// The variables http_proxy and no_proxy hold, as for other programs.
+//
 // Remote names are plain text from the server's root, "/folder/a b.cs"; the client encodes them.
 class TKxWebDavClient {
 public:

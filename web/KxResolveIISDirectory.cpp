@@ -1,5 +1,6 @@
 #include "web/KxResolveIISDirectory.h"
 
+#include "host/FileUpdates.h"
 #include "host/Services.h"
 #include "host/Utilities.h"
 #include "platform/Files.h"
@@ -95,6 +96,7 @@ std::u16string GetFileUsingWebDAV(TKxWebDavClient* client, std::u16string_view r
     throw EKxException(u"Error retrieving file with WebDAV: " + client->LastErrorText() +
                        u"\rDownload filename: " + local + ServerLines(*client) + u"\rRequested file: " +
                        remote);
+  FileUpdates().Forget(local);
   return local;
 }
 

@@ -65,7 +65,7 @@ class WebDavTest(e2e.EndToEndTest):
             (address, "wrong"): "retrieving .* HTTP status 401, the server refuses the user name or password",
             ("MyWeb/missing.cs",): "retrieving .* HTTP status 404, there is no such file or folder",
             ("MyWeb/big.cs",): "retrieving .* the answer is larger than 1048576 bytes",
-            (address, "secret word", "MyWeb/missing"): "uploading .* HTTP status 409, the folder does not exist on the server",
+            (address, "secret word", "MyWeb/none"): "uploading .* HTTP status 409, the folder does not exist",
         }
         self.check_failures(port, failures)
         self.assertEqual(file.read_text(), "original\n" * 100000 + "stamped\n")
@@ -84,18 +84,20 @@ class WebDavTest(e2e.EndToEndTest):
 
     def test_hostile_servers(self):
         other = start_server({})
-        places = {"other": f"http://127.0.0.1:{other.server_address[1]}/a", "scheme": "file:///etc/passwd", "loop": "loop.cs",
-                  "moved": "plain.cs"}
+        places = {"other": f"http://127.0.0.1:{other.server_address[1]}/a", "scheme": "file:///etc/passwd",
+                  "loop": "loop.cs", "moved": "plain.cs"}
         answers = {name: MOVED.format(place).encode() for name, place in places.items()}
         answers["stall"] = answers["short"] = OK + b"Content-Length: 100\r\n\r\n0123456789"
         answers |= {"silent": b"", "garbage": b"hello\n", "endless": OK + b"\r\n" + b"x" * 2000000}
         server = start_server({f"/{name}.cs": answer for name, answer in answers.items()})
-        reasons = {"stall": "too slow", "silent": "too slow", "short": "90 bytes remaining", "endless": "larger than 1048576",
-                   "other": "a redirect to another server", "scheme": "a redirect", "loop": "302", "garbage": "HTTP/0.9"}
+        reasons = {"stall": "too slow", "silent": "too slow", "short": "90 bytes remaining",
+                   "endless": "larger than 1048576", "other": "a redirect to another server", "scheme": "a redirect",
+                   "loop": "302", "garbage": "HTTP/0.9"}
         port = server.server_address[1]
         self.check_failures(port, {(f"{name}.cs",): f"retrieving .* failed: .*{reason}" for name, reason in reasons.items()})
         self.assertEqual(self.drive(port, "moved.cs"), "")
-        self.assertEqual([seen for seen in server.seen if seen[0] == "PUT"], [("PUT", "/moved.cs", None, b"0123456789stamped\n")])
+        uploads = [seen for seen in server.seen if seen[0] == "PUT"]
+        self.assertEqual(uploads, [("PUT", "/moved.cs", None, b"0123456789stamped\n")])
         self.assertEqual(other.seen, [])
         self.assertFalse(any(seen[2] for seen in server.seen), "a password nobody asked for")
 
