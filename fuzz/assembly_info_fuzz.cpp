@@ -10,7 +10,7 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t siz
   const auto language = static_cast<kx::TAssemblyInfoLanguage>(data[0] % 5);
   const std::string_view bytes(reinterpret_cast<const char*>(data) + 1, size - 1);
   const kx::TAssemblyInfoValues values{
-      {u"AssemblyVersion", u"1.2.3.4"}, {u"AssemblyTitle", u"\"\\\n*/??/"}, {u"AssemblyComment", u"x"}};
+      {u"AssemblyVersion", u"1.2.3.4"}, {u"AssemblyTitle", u"\"\\\n*/?\?/"}, {u"AssemblyComment", u"x"}};
   try {
     const std::string once = kx::RewriteAssemblyInfo(bytes, language, values).Bytes;
     if (kx::RewriteAssemblyInfo(once, language, values).Bytes != once) std::abort();

@@ -282,10 +282,8 @@ private:
   TAssemblyInfoRewrite rewrite_;
 };
 
-} // namespace
-
-TAssemblyInfoRewrite RewriteAssemblyInfo(std::string_view bytes, TAssemblyInfoLanguage language,
-                                         const TAssemblyInfoValues& values) {
+TAssemblyInfoRewrite RewriteOnce(std::string_view bytes, TAssemblyInfoLanguage language,
+                                 const TAssemblyInfoValues& values) {
   const TSourceText source(bytes);
   if (!source.IsText())
     throw EKxException(u"the file is not text; save it as UTF-8, or as UTF-16 with a byte-order mark");
@@ -293,6 +291,18 @@ TAssemblyInfoRewrite RewriteAssemblyInfo(std::string_view bytes, TAssemblyInfoLa
   for (const auto& [name, value] : values)
     rewriter.Set(name, value);
   return rewriter.Finish(source, bytes);
+}
+
+} // namespace
+
+TAssemblyInfoRewrite RewriteAssemblyInfo(std::string_view bytes, TAssemblyInfoLanguage language,
+                                         const TAssemblyInfoValues& values) {
+  TAssemblyInfoRewrite rewrite = RewriteOnce(bytes, language, values);
+  // What was written must be found again; in a source that is broken it may have become part of a comment.
+  if (rewrite.Bytes != bytes && RewriteOnce(rewrite.Bytes, language, values).Bytes != rewrite.Bytes)
+    throw EKxException(
+        u"the file is no source that a compiler takes: a comment, string or bracket is not closed");
+  return rewrite;
 }
 
 } // namespace kx

@@ -16,7 +16,8 @@ struct TAssemblyInfoRewrite {
 };
 
 // Sets the attributes, as IBrannicAssemblyInfoUpdater describes it. Raises EKxException, without the file's
-// name, when the bytes are no text or the file's encoding cannot hold a value.
+// name, when the bytes are no text, the source is so broken that what is written would not be found again, or
+// the file's encoding cannot hold a value.
 TAssemblyInfoRewrite RewriteAssemblyInfo(std::string_view bytes, TAssemblyInfoLanguage language,
                                          const TAssemblyInfoValues& values);
 

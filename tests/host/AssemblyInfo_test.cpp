@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <iterator>
 #include <random>
@@ -21,7 +22,7 @@ struct TCase {
   const char* What;
   TAssemblyInfoLanguage Language;
   std::string Source;
-  std::string Expected; // empty: the source as it was
+  std::string Expected = {}; // empty: the source as it was
   TAssemblyInfoValues Values = Title;
 };
 
@@ -138,7 +139,7 @@ const TCase Conditions[] = {
      "AssemblyTitle(\"p\")>\n#End If"},
 };
 
-const TAssemblyInfoValues Nasty{{u"AssemblyTitle", u"\"\\\n*/??/"}};
+const TAssemblyInfoValues Nasty{{u"AssemblyTitle", u"\"\\\n*/?\?/"}};
 const TCase Escapes[] = {
     {"C#", CSharp, "[assembly: AssemblyTitle(@\"\")]", R"x([assembly: AssemblyTitle("\"\\\n*/??/")])x",
      Nasty},
@@ -214,6 +215,7 @@ TEST(AssemblyInfo, RefusesWhatItCannotKeepWhole) {
   };
   EXPECT_NE(message("// \xE9\n", u"\u4E2D").find("the ANSI code page"), std::string::npos);
   EXPECT_NE(message("", u"\xD800").find("UTF-8"), std::string::npos);
+  EXPECT_NE(message("/* never closed", u"x").find("not closed"), std::string::npos);
   EXPECT_NE(message(std::string("c\0l\0", 4), u"x").find("is not text"), std::string::npos);
 }
 
@@ -258,12 +260,12 @@ TEST(AssemblyInfo, WritesTheFileOnceAndReports) {
 // change nothing.
 TEST(AssemblyInfo, IsStableOnMutatedFiles) {
   std::vector<TCase> sources(std::begin(Additions), std::end(Additions));
-  for (const auto* table : {&Spellings})
-    sources.insert(sources.end(), std::begin(*table), std::end(*table));
+  sources.insert(sources.end(), std::begin(Spellings), std::end(Spellings));
   sources.insert(sources.end(), std::begin(Conditions), std::end(Conditions));
   sources.insert(sources.end(), std::begin(Elsewhere), std::end(Elsewhere));
   std::minstd_rand random(20100412);
   const auto below = [&random](std::size_t limit) { return limit == 0 ? 0 : random() % limit; };
+  int stamped = 0;
   for (int round = 0; round < 3000; ++round) {
     const TCase& row = sources[below(sources.size())];
     std::string source = row.Source + "\n" + sources[below(sources.size())].Source;
@@ -271,9 +273,14 @@ TEST(AssemblyInfo, IsStableOnMutatedFiles) {
       const std::string piece = source.substr(below(source.size()), below(9));
       source.replace(below(source.size()), below(3), piece);
     }
-    const std::string once = RewriteAssemblyInfo(source, row.Language, Nasty).Bytes;
-    ASSERT_EQ(RewriteAssemblyInfo(once, row.Language, Nasty).Bytes, once) << source;
+    try {
+      const std::string once = RewriteAssemblyInfo(source, row.Language, Nasty).Bytes;
+      ASSERT_EQ(RewriteAssemblyInfo(once, row.Language, Nasty).Bytes, once) << source;
+      ++stamped;
+    } catch (const EKxException&) { // beyond what can be stamped
+    }
   }
+  EXPECT_GT(stamped, 2000);
 }
 
 } // namespace
