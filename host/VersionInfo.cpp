@@ -53,7 +53,6 @@ std::u16string GetProductVersion(const TVersionInfoValues& values) {
                                        : values.ProductVersion;
 }
 void SetProductVersionOf(TVersionInfoValues& values, std::u16string_view text) {
-  if (text == GetProductVersion(values)) return;
   values.ProductVersion = text;
   SetString(values, ProductVersionName, text);
 }

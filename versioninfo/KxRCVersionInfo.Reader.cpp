@@ -85,9 +85,10 @@ private:
   }
 
   void ReadFileVersion() {
-    static constexpr std::u16string_view pattern =
-        u"FILEVERSION\\s*(-?\\d+)\\,(-?\\d+)\\,(-?\\d+)\\,(-?\\d+)|FILEVERSION\\s*(\\w*)";
-    const TRegExMatch match = RegEx::Match(lines_[index_], pattern, TRegExOptions::IgnoreCase);
+    static const auto expression = RegEx::NewRegularExpression(
+        u"FILEVERSION\\s*(-?\\d+)\\,(-?\\d+)\\,(-?\\d+)\\,(-?\\d+)|FILEVERSION\\s*(\\w*)",
+        TRegExOptions::IgnoreCase);
+    const TRegExMatch match = expression->Match(lines_[index_]);
     if (!match) Fail(u"Unable to parse file : could not match FILEVERSION field.");
     callback_.SetMajorVersion(text::ToIntegerOr(match.GetItem(1), 0));
     callback_.SetMinorVersion(text::ToIntegerOr(match.GetItem(2), 0));
@@ -157,9 +158,10 @@ private:
   }
 
   void ReadTranslation() {
+    static const auto expression =
+        RegEx::NewRegularExpression(u"VALUE\\s\"Translation\".*?((?:0x)?[a-f0-9]{1,4}).*?(\\d{1,4})");
     const std::u16string all = lines_.GetText();
-    const TRegExMatch match =
-        RegEx::Match(all, u"VALUE\\s\"Translation\".*?((?:0x)?[a-f0-9]{1,4}).*?(\\d{1,4})");
+    const TRegExMatch match = expression->Match(all);
     if (!match) Fail(u"Unable to parse file");
     const std::u16string_view locale = match.GetItem(1);
     callback_.SetLocale(locale.starts_with(u"0x") ? HexNumber(locale.substr(2))

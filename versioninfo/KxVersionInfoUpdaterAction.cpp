@@ -47,8 +47,11 @@ void TKxVersionInfoUpdaterAction::GetNewValue(std::u16string_view name, std::u16
 
 void TKxVersionInfoUpdaterAction::CheckProperties(TVersionInfoContainer& info) {
   TVersionInfoValues& values = info.Values();
-  for (const auto& row : Win32VersionProperties())
-    row.Set(values, info.NewValue(row.Name, row.Get(values), row.Selectable));
+  for (const auto& row : Win32VersionProperties()) {
+    const std::u16string newValue = info.NewValue(row.Name, row.Get(values), row.Selectable);
+    // A product version that stays must not look like one that was asked for.
+    if (!row.Selectable || CanUpdateProperty(row.Name)) row.Set(values, newValue);
+  }
   CheckStrings(info);
 }
 
@@ -76,7 +79,7 @@ bool TKxVersionInfoUpdaterAction::Execute() {
       [this](std::u16string_view name, std::u16string_view oldValue, std::u16string& newValue,
              bool selectable) { GetNewValue(name, oldValue, newValue, selectable); });
   std::u16string file;
-  bool succeeded = TryExpandExpression(u"ResourceFile", ResourceFile, false, file);
+  bool succeeded = TryExpandExpression(u"ResourceFile", ResourceFile, true, file);
   try {
     succeeded = succeeded && Update(*info, *GetVersionInfoParser(info, FullProjectPath(file)));
   } catch (const std::exception& error) {

@@ -60,6 +60,18 @@ TEST_F(Updater, TakesTheAutomaticUpdatesFromTheSetUnasked) {
   EXPECT_EQ(Script(), "1.4 dll Comments=old,CompanyName=We,FileVersion=1.2.3.4,ProductVersion=1.2.3.4");
 }
 
+TEST_F(Updater, PrefersAProductVersionThatIsAskedForToTheFiles) {
+  Set().emplace(u"AutoUpdateProductVersionString", u"True");
+  Set().emplace(u"ProductVersion", u"2.0.0.0");
+  for (const auto& [selected, expected] : {std::pair(u"ProductVersion=True", "2.0.0.0"),
+                                           {u"ProductVersion=True", "2.0.0.0"},
+                                           {u"", "1.2.3.4"}}) {
+    action_.PropertiesToUpdate = {selected};
+    EXPECT_TRUE(action_.Execute());
+    EXPECT_EQ(Script(), std::string("1.4 dll Comments=old,CompanyName=We,ProductVersion=") + expected);
+  }
+}
+
 TEST_F(Updater, SaysWhyNothingWasStamped) {
   const std::string before = Script();
   action_.PropertiesToUpdate = {u"BuildVersion=True"};

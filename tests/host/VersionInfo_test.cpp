@@ -1,0 +1,84 @@
+#include "host/VersionInfo.h"
+
+#include "host/Exceptions.h"
+#include "tests/support/RecordingHost.h"
+
+#include <gtest/gtest.h>
+
+namespace kx {
+namespace {
+
+std::string Lines(const TVersionInfoContainer& info, std::u16string_view word) {
+  text::TStringList block;
+  TVersionInfo::GenerateVersionInfoRC(info, block, true);
+  std::string out;
+  for (const auto& line : block)
+    if (line.find(word) != std::u16string::npos) out += text::ToUtf8(text::Trim(line)) + "\n";
+  return out;
+}
+
+struct TVersionCase {
+  const char* Name;
+  std::u16string_view Strings;
+  void (*Prepare)(TVersionInfoValues& values);
+  const char* Product; // the statement
+  const char* Texts;
+};
+
+TEST(VersionInfo, UpdatesVersionTextsAndProductNumbers) {
+  static constexpr TVersionCase cases[] = {
+      {"nothing asked: the product keeps its text and its numbers follow that",
+       u"ProductVersion=5, 6\r\nFileVersion=x", [](TVersionInfoValues&) {}, "5,6,0,0",
+       "VALUE \"ProductVersion\", \"5, 6\"\nVALUE \"FileVersion\", \"x\"\n"},
+      {"a text without numbers", u"ProductVersion=2010 R2", [](TVersionInfoValues&) {}, "1,2,3,4",
+       "VALUE \"ProductVersion\", \"2010 R2\"\n"},
+      {"both automatic", u"ProductVersion=5.6",
+       [](TVersionInfoValues& v) { v.AutoUpdateFileVersion = v.AutoUpdateProductVersion = true; }, "1,2,3,4",
+       "VALUE \"ProductVersion\", \"1.2.3.4\"\nVALUE \"FileVersion\", \"1.2.3.4\"\n"},
+      {"product numbers of their own", u"",
+       [](TVersionInfoValues& v) {
+         v.ProductVersion = u"9.8";
+         v.AutoUpdateProductVersion = true;
+       },
+       "9,8,0,0", "VALUE \"ProductVersion\", \"9.8.0.0\"\n"},
+      {"linked", u"FileVersion=1.2 beta\r\nProductVersion=5.6",
+       [](TVersionInfoValues& v) { v.LinkFileAndProductVersion = true; }, "1,2,3,4",
+       "VALUE \"FileVersion\", \"1.2 beta\"\nVALUE \"ProductVersion\", \"1.2 beta\"\n"},
+  };
+  for (const auto& row : cases) {
+    TVersionInfoContainer info;
+    for (std::int32_t number = 1;
+         const auto member : {&TVersionInfoValues::MajorVersion, &TVersionInfoValues::MinorVersion,
+                              &TVersionInfoValues::ReleaseVersion, &TVersionInfoValues::BuildVersion})
+      info.Values().*member = number++;
+    info.SetStringValues(row.Strings);
+    row.Prepare(info.Values());
+    EXPECT_EQ(Lines(info, u"PRODUCTVERSION"), "PRODUCTVERSION " + std::string(row.Product) + "\n")
+        << row.Name;
+    EXPECT_EQ(Lines(info, u"Version\""), row.Texts) << row.Name;
+  }
+}
+
+TEST(VersionInfo, MergesWhatABuildAsksForIntoAScript) {
+  const tests::TFakePropertySet set(u"Release", {{u"MajorVersion", u"7"},
+                                                 {u"dll", u"true"},
+                                                 {u"CompanyName", u"A \"B\" \\C"},
+                                                 {u"SpecialBuildDetails", u"mine"}});
+  TVersionInfoContainer wanted;
+  TVersionInfo::LoadFromPropertySet(set, wanted);
+  TVersionInfoContainer script;
+  script.SetStringValues(u"Comments=\\251 us\r\ncompanyname=x\r\nSpecialBuild=old");
+  TVersionInfo::Merge(wanted.Values(), script);
+  EXPECT_EQ(Lines(script, u"VALUE"), "VALUE \"Comments\", \"\\251 us\"\n"
+                                     "VALUE \"CompanyName\", \"A \\042B\\042 \\\\C\"\n"
+                                     "VALUE \"SpecialBuild\", \"mine\"\n"
+                                     "VALUE \"Translation\", 0x409, 1252\n");
+  EXPECT_EQ(Lines(script, u"FILE"), "FILEVERSION 7,0,0,0\nFILEFLAGSMASK 0x3fL\nFILEFLAGS 0x00\n"
+                                    "FILEOS 0x40004L\nFILETYPE 0x2\nFILESUBTYPE 0x0L\n");
+  EXPECT_THROW(
+      TVersionInfo::LoadFromPropertySet(tests::TFakePropertySet(u"x", {{u"CodePage", u"utf"}}), wanted),
+      EKxException);
+}
+
+} // namespace
+} // namespace kx
