@@ -11,29 +11,20 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class Files : public testing::Test, protected tests::TTemporaryFolder {
+class PosixFiles : public testing::Test, protected tests::TTemporaryFolder {
 protected:
   auto EntryCount() const { return std::distance(fs::directory_iterator(Native("")), {}); }
 };
 
-TEST_F(Files, AreFoundWithoutRegardToCaseWhenTheExactNameIsMissing) {
-  Write("Src/App/Main.cs");
-  Write("Src/App/twin.cs");
-  Write("Src/App/TWIN.cs");
-  const std::pair<std::string_view, std::string_view> rows[] = {
-      {"SRC/app/MAIN.CS", "Src/App/Main.cs"},
-      {"src\\none\\..\\app/./main.cs", "Src/App/Main.cs"},
-      {"src/app", "Src/App"},
-      {"Src/App/twin.cs", "Src/App/twin.cs"},
-      {"Src/App/Twin.cs", "Src/App/TWIN.cs"}, // of several the smallest
-  };
-  for (const auto& [asked, found] : rows)
-    EXPECT_EQ(ResolveExisting(Path(asked)), Path(found)) << asked;
-  EXPECT_EQ(ResolveExisting(Path("src/app/none.cs")), std::nullopt);
-  EXPECT_EQ(ResolveForWriting(Path("src\\APP\\New\\a.cs")), Path("Src/App/New/a.cs"));
+TEST_F(PosixFiles, PreferTheExactName) {
+  Write("twin.cs");
+  Write("TWIN.cs");
+  EXPECT_EQ(ResolveExisting(Path("twin.cs")), Path("twin.cs"));
+  EXPECT_EQ(ResolveExisting(Path("Twin.cs")), Path("TWIN.cs")) << "of several the smallest";
+  EXPECT_NE(*ReadFile(u"/proc/self/status"), "") << "its size reads as 0";
 }
 
-TEST_F(Files, AreReachedThroughMappedDrives) {
+TEST_F(PosixFiles, AreReachedThroughMappedDrives) {
   Write("Src/a.cs");
   EXPECT_EQ(ReadFile(u"Q:\\a.cs").Message(), u"Cannot open file Q:\\a.cs. No folder stands for drive Q:");
   MapDrive(u'q', Path());
@@ -45,7 +36,7 @@ TEST_F(Files, AreReachedThroughMappedDrives) {
   EXPECT_FALSE(FileExists(u"Q:\\Src\\a.cs"));
 }
 
-TEST_F(Files, AreRefusedByNameAndReason) {
+TEST_F(PosixFiles, AreRefusedByNameAndReason) {
   const std::u16string file = Write("file.txt"), pipe = Path("pipe"), folder = Path();
   ASSERT_EQ(mkfifo(Native("pipe").c_str(), 0600), 0);
   const std::pair<std::u16string, std::u16string_view> rows[] = {
@@ -58,26 +49,7 @@ TEST_F(Files, AreRefusedByNameAndReason) {
     EXPECT_EQ(ReadFile(path).Message(), (u"Cannot open file " + path + u". ").append(reason));
 }
 
-TEST_F(Files, AreReadWholeAndInPieces) {
-  std::string bytes;
-  for (int i = 0; bytes.size() < 300'000; ++i)
-    bytes += std::to_string(i);
-  Write("big", bytes);
-  EXPECT_TRUE(*ReadFile(Path("BIG")) == bytes);
-  EXPECT_NE(*ReadFile(u"/proc/self/status"), "") << "its size reads as 0";
-  auto reader = FileReader::Open(Path("big"));
-  ASSERT_TRUE(reader);
-  for (int round = 0; round < 2; ++round) {
-    std::string read;
-    char block[7777];
-    for (std::size_t count = 0; (count = *reader->Read(block, sizeof block)) > 0;)
-      read.append(block, count);
-    EXPECT_TRUE(read == bytes);
-    EXPECT_TRUE(reader->Rewind());
-  }
-}
-
-TEST_F(Files, AreReplacedWithTheirModeAndThroughLinks) {
+TEST_F(PosixFiles, AreReplacedWithTheirModeAndThroughLinks) {
   Write("Target.txt", "old content that is longer");
   fs::permissions(Native("Target.txt"), fs::perms(0640));
   fs::create_directory(Native("sub"));
@@ -94,7 +66,7 @@ TEST_F(Files, AreReplacedWithTheirModeAndThroughLinks) {
   EXPECT_EQ(EntryCount(), 2) << "another file was made, or a temporary one left behind";
 }
 
-TEST_F(Files, AreLeftAloneWhenTheyCannotBeReplaced) {
+TEST_F(PosixFiles, AreLeftAloneWhenTheyCannotBeReplaced) {
   Write("readonly", "old");
   fs::permissions(Native("readonly"), fs::perms(0444));
   fs::create_directory(Native("folder"));
@@ -110,7 +82,7 @@ TEST_F(Files, AreLeftAloneWhenTheyCannotBeReplaced) {
   EXPECT_EQ(EntryCount(), 3) << "a temporary file was left behind";
 }
 
-TEST_F(Files, SurviveAFullDisk) {
+TEST_F(PosixFiles, SurviveAFullDisk) {
   Write("target", "old");
   const auto previous = signal(SIGXFSZ, SIG_IGN);
   rlimit before{};
@@ -123,18 +95,6 @@ TEST_F(Files, SurviveAFullDisk) {
   EXPECT_EQ(status.Message(), u"Cannot write file " + Path("target") + u". File too large");
   EXPECT_EQ(*ReadFile(Path("target")), "old");
   EXPECT_EQ(EntryCount(), 1) << "the temporary file was left behind";
-}
-
-TEST_F(Files, AndFoldersAreMadeAndRemoved) {
-  Write("Existing/file");
-  EXPECT_TRUE(CreateDirectories(Path("existing\\a\\b")));
-  EXPECT_TRUE(CreateDirectories(Path("Existing/a/b/")));
-  EXPECT_TRUE(fs::is_directory(Native("Existing/a/b")));
-  EXPECT_FALSE(CreateDirectories(Path("Existing/file/x")));
-  EXPECT_TRUE(RemoveFile(Path("EXISTING/FILE")));
-  EXPECT_FALSE(fs::exists(Native("Existing/file")));
-  EXPECT_FALSE(RemoveFile(Path("gone")));
-  EXPECT_FALSE(RemoveFile(Path("Existing")));
 }
 
 } // namespace

@@ -19,7 +19,7 @@ TEST(LoadLibraryEntry, GivesAnEntryThatCanBeCalledOrTheReason) {
   const std::tuple<std::u16string, const char*, const char*> rows[] = {
       {plugin, "NoSuchEntry", "NoSuchEntry"},
       {plugin + u".missing", "KxTestEntry", "missing"},
-      {u"Q:\\nowhere\\plugin.so", "KxTestEntry", "drive Q:"},
+      {u"Q:\\nowhere\\plugin.so", "KxTestEntry", IsWindows() ? "plugin.so" : "drive Q:"},
   };
   for (const auto& [path, name, reason] : rows) {
     const std::string message = text::ToUtf8(LoadLibraryEntry(path, name).Message());

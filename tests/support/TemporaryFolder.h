@@ -15,8 +15,7 @@ class TTemporaryFolder {
 public:
   TTemporaryFolder() {
     // The file reserves a name; a folder takes its place.
-    path_ = std::filesystem::path(
-        text::ToUtf8(*platform::CreateTemporaryFile(platform::TemporaryDirectory(), u"kxtest")));
+    path_ = std::filesystem::path(*platform::CreateTemporaryFile(platform::TemporaryDirectory(), u"kxtest"));
     std::filesystem::remove(path_);
     std::filesystem::create_directory(path_);
   }
@@ -26,11 +25,13 @@ public:
 
   std::u16string Path() const { return path_.u16string(); }
   std::u16string Path(std::string_view name) const { return Native(name).u16string(); }
-  std::filesystem::path Native(std::string_view name) const { return path_ / name; }
+  std::filesystem::path Native(std::string_view name) const {
+    return (path_ / text::FromUtf8(name)).make_preferred();
+  }
 
   // Makes a file, its folders too; its full path.
   std::u16string Write(std::string_view name, std::string_view bytes = "") const {
-    const std::filesystem::path file = path_ / name;
+    const std::filesystem::path file = Native(name);
     std::filesystem::create_directories(file.parent_path());
     std::ofstream(file, std::ios::binary) << bytes;
     return file.u16string();
