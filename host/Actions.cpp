@@ -13,9 +13,6 @@ bool TCustomKxAction::Validate(IKxActionValidationError& /*errors*/) {
   return true;
 }
 
-void TCustomKxAction::GetHiddenProperties(text::TStringList& /*names*/) const {}
-void TCustomKxAction::GetPropertyAlias(text::TStringList& /*aliases*/) const {}
-void TCustomKxAction::GetPropertyHelp(text::TStringList& /*help*/) const {}
 void TCustomKxAction::CollectLocalVariables(text::TStringList& /*names*/, bool /*withTypes*/,
                                             bool /*withDescriptions*/) const {}
 

@@ -76,10 +76,10 @@ public:
 // Base of every action. Made by the host from a registered class, attached to the host at once, then loaded,
 // run any number of times and destroyed by the host. An action is used on one thread; TerminateAction alone
 // may come from another.
-class TCustomKxAction {
+class TCustomKxAction : public TKxPersistent {
 public:
   TCustomKxAction();
-  virtual ~TCustomKxAction();
+  ~TCustomKxAction() override;
   TCustomKxAction(const TCustomKxAction&) = delete;
   TCustomKxAction& operator=(const TCustomKxAction&) = delete;
 
@@ -87,7 +87,6 @@ public:
   bool IsAttached() const { return host_ != nullptr; }
 
   // What the host asks of an action.
-  virtual const TKxPropertyTable& PublishedProperties() const = 0;
   virtual std::u16string GetActionName() const = 0; // the type's display name
   virtual std::u16string GetActionKeywords() const { return {}; }
   virtual std::u16string GetFormattedDescription() const { return GetDescription(); }
@@ -98,10 +97,6 @@ public:
   virtual void TerminateAction() {}                        // from any thread
   virtual bool Validate(IKxActionValidationError& errors); // True when nothing was added
   virtual bool Execute() = 0;                              // any exception fails the action too
-
-  virtual void GetHiddenProperties(text::TStringList& names) const;
-  virtual void GetPropertyAlias(text::TStringList& aliases) const; // lines Name=Alias and [Group]
-  virtual void GetPropertyHelp(text::TStringList& help) const;     // lines Name=Text
 
   // Variables of the action's own; the names with a type ("NAME=btString") or a description behind them.
   virtual void CollectLocalVariables(text::TStringList& names, bool withTypes, bool withDescriptions) const;

@@ -2,6 +2,11 @@
 
 namespace kx {
 
+const TKxPropertyTable& TKxOptionsObject::PublishedProperties() const {
+  static const TKxPropertyTable none;
+  return none;
+}
+
 void TKxOptionsObject::LoadOptions(const IKxOptionsReader& /*reader*/) {
   modified_ = false;
 }

@@ -1,6 +1,8 @@
 // Machine-wide settings of a package, kept in the host's options store.
 #pragma once
 
+#include "host/PublishedProperties.h"
+
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -25,9 +27,9 @@ public:
 
 // Base of the options objects. The host makes the one object of each registered class, loads it at start and
 // saves it when it is modified.
-class TKxOptionsObject {
+class TKxOptionsObject : public TKxPersistent {
 public:
-  virtual ~TKxOptionsObject() = default;
+  const TKxPropertyTable& PublishedProperties() const override; // what an options page edits; else empty
   virtual void
   LoadOptions(const IKxOptionsReader& reader);        // overrides call it first; clears the modified flag
   virtual void SaveOptions(IKxOptionsWriter& writer); // likewise

@@ -37,6 +37,10 @@ std::int32_t OrdinalFromText(const TKxPublishedProperty& property, std::u16strin
 
 } // namespace
 
+void TKxPersistent::GetHiddenProperties(text::TStringList& /*names*/) const {}
+void TKxPersistent::GetPropertyAlias(text::TStringList& /*aliases*/) const {}
+void TKxPersistent::GetPropertyHelp(text::TStringList& /*help*/) const {}
+
 std::optional<std::int32_t> TKxEnumeration::OrdinalOf(std::u16string_view value) const {
   for (std::size_t i = 0; i < Values.size(); ++i)
     if (text::EqualsIgnoreCase(Values[i], value)) return static_cast<std::int32_t>(i);

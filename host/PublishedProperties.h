@@ -1,5 +1,5 @@
-// The properties that an action publishes, as one table per class in declaration order. Saving, loading, the
-// command line, the listings and the editors are loops over it.
+// The properties that an action or an options object publishes, as one table per class in declaration order.
+// Saving, loading, the command line, the listings and the editors are loops over it.
 #pragma once
 
 #include "text/StringList.h"
@@ -17,7 +17,19 @@
 
 namespace kx {
 
-class TCustomKxAction;
+class TKxPropertyTable;
+
+// What users edit and stores keep: an action, or the options of a package.
+class TKxPersistent {
+public:
+  virtual ~TKxPersistent() = default;
+  virtual const TKxPropertyTable& PublishedProperties() const = 0;
+
+  // For editors. Hidden are the properties that the general form leaves out; pages may show them.
+  virtual void GetHiddenProperties(text::TStringList& names) const;
+  virtual void GetPropertyAlias(text::TStringList& aliases) const; // lines Name=Alias and [Group]
+  virtual void GetPropertyHelp(text::TStringList& help) const;     // lines Name=Text
+};
 
 // An enumeration as scripts and project files know it: the position of a name is its ordinal, the stored
 // value.
@@ -40,9 +52,9 @@ struct TKxPublishedProperty {
   bool ReadOnly = false; // computed; never written anywhere
   bool Secret = false;   // its value is never shown
   std::u16string_view Help;
-  // A getter may normalise what it returns, so it takes the action as it is. None of them raises.
-  std::function<TKxPropertyValue(TCustomKxAction&)> Get;
-  std::function<void(TCustomKxAction&, const TKxPropertyValue&)> Set;
+  // A getter may normalise what it returns, so it takes the object as it is. None of them raises.
+  std::function<TKxPropertyValue(TKxPersistent&)> Get;
+  std::function<void(TKxPersistent&, const TKxPropertyValue&)> Set;
 };
 
 class TKxPropertyTable {
@@ -137,11 +149,11 @@ private:
     row.Kind = KindOf<T>();
     row.Enumeration = values;
     row.Help = help;
-    row.Get = [get](TCustomKxAction& action) {
-      return TKxPropertyValue(static_cast<TValue>(get(static_cast<TAction&>(action))));
+    row.Get = [get](TKxPersistent& object) {
+      return TKxPropertyValue(static_cast<TValue>(get(static_cast<TAction&>(object))));
     };
-    row.Set = [set](TCustomKxAction& action, const TKxPropertyValue& value) {
-      set(static_cast<TAction&>(action), static_cast<T>(std::get<TValue>(value)));
+    row.Set = [set](TKxPersistent& object, const TKxPropertyValue& value) {
+      set(static_cast<TAction&>(object), static_cast<T>(std::get<TValue>(value)));
     };
     rows_.push_back(std::move(row));
     return *this;

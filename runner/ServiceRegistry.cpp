@@ -111,10 +111,10 @@ void TServiceRegistry::RegisterAction(std::u16string_view identifier, std::u16st
   knownEnumerations_.clear();
 }
 
-void TServiceRegistry::RegisterPropertyEditor(TKxPropertyKind /*kind*/, const TKxActionClass& /*actionClass*/,
-                                              std::u16string_view /*property*/,
-                                              const TKxPropertyEditorClass& /*editor*/) {
-  // Without a design environment there is nobody to edit with it.
+void TServiceRegistry::RegisterPropertyEditor(TKxPropertyKind /*kind*/, const TKxActionClass& actionClass,
+                                              std::u16string_view property,
+                                              const TKxPropertyEditorClass& editor) {
+  editors_.push_back({&actionClass, std::u16string(property), &editor});
 }
 
 void TServiceRegistry::RegisterPropertyPages(const TKxActionClass& actionClass,
@@ -145,12 +145,12 @@ void TServiceRegistry::RegisterOptions(const TKxOptionsClass& optionsClass) {
     throw EKxException(u"The options " + Quoted(optionsClass.Name) + u" are registered already.");
   auto object = optionsClass.Create();
   LoadInto(*object, store_, optionsClass.OptionKey, TOptionsStore::EOverrides::Apply);
-  options_.push_back({&optionsClass, std::move(object)});
+  options_.push_back({&optionsClass, std::move(object), nullptr});
 }
 
-void TServiceRegistry::RegisterOptionsPage(const TKxOptionsClass& /*optionsClass*/,
-                                           const TKxPageClass& /*page*/) {
-  // Likewise.
+void TServiceRegistry::RegisterOptionsPage(const TKxOptionsClass& optionsClass, const TKxPageClass& page) {
+  for (auto& options : options_)
+    if (options.Class == &optionsClass) options.Page = &page;
 }
 
 TKxOptionsObject* TServiceRegistry::GetOptions(std::u16string_view name, std::u16string_view category) {

@@ -32,6 +32,13 @@ struct TRegisteredFunction {
 struct TRegisteredOptions {
   const TKxOptionsClass* Class = nullptr;
   std::unique_ptr<TKxOptionsObject> Object; // loaded
+  const TKxPageClass* Page = nullptr;       // null without a design environment
+};
+
+struct TRegisteredEditor {
+  const TKxActionClass* Class = nullptr;
+  std::u16string Property;
+  const TKxPropertyEditorClass* Editor = nullptr;
 };
 
 struct TRegisteredPages {
@@ -61,6 +68,7 @@ public:
   std::vector<std::u16string> ConstantNames() const; // those of enumerations too
   const std::vector<TRegisteredOptions>& Options() const { return options_; }
   const std::vector<TRegisteredPages>& Pages() const { return pages_; }
+  const std::vector<TRegisteredEditor>& Editors() const { return editors_; }
 
   // Writes what the options objects filled in by themselves into the store, and the store into its file. What
   // this run overrides is not written, nor what an object derived from it.
@@ -98,6 +106,7 @@ private:
   mutable std::vector<const TKxEnumeration*> knownEnumerations_;
   std::vector<TRegisteredOptions> options_;
   std::vector<TRegisteredPages> pages_;
+  std::vector<TRegisteredEditor> editors_;
 };
 
 } // namespace kx
