@@ -156,6 +156,7 @@ std::u16string_view FindAssemblyInfoName(std::u16string_view projectText) {
   const auto find = [projectText](std::u16string_view pattern) {
     return RegEx::Match(projectText, pattern, options | TRegExOptions::MultiLine);
   };
+  if (!find(u"AssemblyInfo")) return {}; // at once, also for texts that need more tries than are allowed
   const TRegExMatch withFolder = find(u"^[^\"\\r\\n]*+\"(.*\\\\AssemblyInfo\\.\\w+)\"");
   const TRegExMatch nameAlone = find(u"\"(AssemblyInfo\\.\\w+)\"");
   if (nameAlone && (!withFolder || nameAlone.Position() < withFolder.Position())) return nameAlone.GetItem(1);
