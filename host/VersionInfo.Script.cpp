@@ -75,17 +75,23 @@ std::u16string Encoded(std::u16string_view text) {
   return text::ReplaceAll(text::ReplaceAll(text, u"\\", u"\\\\"), u"\"", QuoteEscape);
 }
 
+// The first character of a spelling: an escape, a doubled quotation mark or one unit.
+std::u16string_view FirstOf(std::u16string_view spelling) {
+  if (spelling.starts_with(QuoteEscape)) return spelling.substr(0, QuoteEscape.size());
+  const bool pair = spelling.starts_with(u'\\') || spelling.starts_with(u"\"\"");
+  return spelling.substr(0, pair ? 2 : 1);
+}
+bool IsQuote(std::u16string_view character) {
+  return character == QuoteEscape || character.ends_with(u'"');
+}
+
 // Other escapes stay as they are: what they stand for depends on the compiler's code page.
-std::u16string Decoded(std::u16string_view text) {
+std::u16string Decoded(std::u16string_view spelling) {
   std::u16string out;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text.substr(i, QuoteEscape.size()) == QuoteEscape) {
-      out += u'"';
-      i += QuoteEscape.size() - 1;
-    } else {
-      out += text[i];
-      if (text.substr(i, 2) == u"\\\\" || text.substr(i, 2) == u"\"\"") ++i;
-    }
+  while (!spelling.empty()) {
+    const std::u16string_view character = FirstOf(spelling);
+    out += IsQuote(character) ? u"\"" : character == u"\\\\" ? u"\\" : character;
+    spelling.remove_prefix(character.size());
   }
   return out;
 }
@@ -93,11 +99,12 @@ std::u16string Decoded(std::u16string_view text) {
 // A spelling from a script, without what would end the quotation marks around it or swallow the last of them:
 // readers cut a value at its first quotation mark.
 std::u16string Mended(std::u16string_view spelling) {
-  std::u16string out = text::ReplaceAll(text::ReplaceAll(spelling, u"\"\"", QuoteEscape), u"\"", QuoteEscape);
-  std::size_t at = 0;
-  while (at < out.size())
-    at += out[at] == u'\\' ? 2 : 1;
-  if (at > out.size()) out += u'\\';
+  std::u16string out;
+  while (!spelling.empty()) {
+    const std::u16string_view character = FirstOf(spelling);
+    out += IsQuote(character) ? QuoteEscape : character == u"\\" ? u"\\\\" : character;
+    spelling.remove_prefix(character.size());
+  }
   return out;
 }
 
