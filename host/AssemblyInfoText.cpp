@@ -31,12 +31,13 @@ TSourceText::TSourceText(std::string_view bytes) : bytes_(bytes) {
   const text::ByteOrderMark mark = text::DetectByteOrderMark(bytes);
   markLength_ = text::LengthOf(mark);
   const std::string_view body = bytes.substr(markLength_);
+  const std::string_view units = body.substr(0, body.size() / 2 * 2); // an odd last byte is in no unit
   if (mark == text::ByteOrderMark::Utf16LE) {
     encoding_ = TEncoding::Utf16LE;
-    text_ = text::FromUtf16LE(body);
+    text_ = text::FromUtf16LE(units);
   } else if (mark == text::ByteOrderMark::Utf16BE) {
     encoding_ = TEncoding::Utf16BE;
-    text_ = text::FromUtf16BE(body);
+    text_ = text::FromUtf16BE(units);
   } else if (mark == text::ByteOrderMark::Utf8 || text::IsValidUtf8(body)) {
     DecodeUtf8(body);
   } else {

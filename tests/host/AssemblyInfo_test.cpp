@@ -199,6 +199,7 @@ TEST(AssemblyInfo, KeepsEncodingAndStrayBytes) {
        "\xEF\xBB\xBF// \xFF\xE2\x82 \U0001F600\n[assembly: AssemblyTitle(\"\xE9\")]\xC3",
        "\xEF\xBB\xBF// \xFF\xE2\x82 \U0001F600\n[assembly: AssemblyTitle(\"\u00A9\")]\xC3", copyright},
       {"UTF-16", CSharp, little, stamped, copyright},
+      {"UTF-16 with half a character behind it", CSharp, little + "x", stamped + "x", copyright},
       {"UTF-16 with high bytes first", CSharp, swapped(little), swapped(stamped), copyright},
   };
   std::ranges::for_each(cases, Check);
