@@ -1,7 +1,5 @@
 #include "host/Utilities.h"
 
-#include "host/VersionInfo.h"
-
 #include <gtest/gtest.h>
 
 namespace kx {
@@ -38,15 +36,6 @@ TEST(Utilities, AFileThatCannotBeReadIsNamed) {
   } catch (const EKxException& error) {
     EXPECT_NE(error.Message().find(u"/nowhere/at/all.txt"), std::u16string::npos);
   }
-}
-
-TEST(VersionInfo, TheProductVersionIsOneOfTheStrings) {
-  TVersionInfoContainer container;
-  container.SetStringValues(u"Comments=x\r\nProductVersion=1.0\r\n");
-  container.SetProductVersion(u"2.0");
-  EXPECT_EQ(container.Values().Strings.GetText(), u"Comments=x\r\nProductVersion=2.0\r\n");
-  EXPECT_EQ(container.Values().Locale, 1033);
-  EXPECT_EQ(container.Values().CodePage, 1252);
 }
 
 } // namespace

@@ -5,6 +5,9 @@
 
 #include <gtest/gtest.h>
 #include <iterator>
+#include <random>
+
+extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size); // the fuzzer's; aborts
 
 namespace kx {
 namespace {
@@ -47,7 +50,7 @@ struct TCase {
   std::string_view Expected;
 };
 
-TEST_F(ResourceScriptWriter, ReplacesTheBlockAndNothingElse) {
+TEST_F(ResourceScriptWriter, ReplacesTheBlockAndKeepsTheRestAndTheFirstOriginal) {
   using namespace std::string_view_literals;
   static constexpr TCase cases[] = {
       {"no block", "// a\n1 ICON \"a.ico\"", "// a\r\n1 ICON \"a.ico\"\r\n<>"},
@@ -61,43 +64,45 @@ TEST_F(ResourceScriptWriter, ReplacesTheBlockAndNothingElse) {
       {"one begin too many", "1 VERSIONINFO\nBEGIN\nBEGIN\n", "Unexpected BEGIN"},
       {"an end without begin", "1 VERSIONINFO\nEND\n", "Unexpected END"},
   };
-  for (const auto& row : cases) {
+  for (const auto& row : cases)
     EXPECT_EQ(Stamp(row.Script), row.Expected) << row.Name;
-    std::filesystem::remove(folder_.Native("app.rc.orig"));
-  }
-}
-
-TEST_F(ResourceScriptWriter, KeepsTheFirstOriginalAndChangesNothingTheSecondTime) {
-  const std::string script =
-      "#include <winver.h>\n1 VERSIONINFO\nBEGIN\nBLOCK \"StringFileInfo\"\nBEGIN\n"
-      "BLOCK \"0\"\nBEGIN\nVALUE \"SpecialBuild\", \"C:\\\\x\\251 \\\"\nEND\nEND\nEND\n";
-  static_cast<void>(Stamp(script));
-  const std::string once = Content();
-  EXPECT_NE(once.find("VALUE \"SpecialBuild\", \"C:\\\\x\\251 \\\\\""), std::string::npos) << once;
-  static_cast<void>(Stamp(once));
-  EXPECT_EQ(Content(), once);
-  EXPECT_EQ(Content("app.rc.orig"), script);
+  EXPECT_EQ(Content("app.rc.orig"), cases[0].Script) << "the file before the first rewriting";
 }
 
 TEST_F(ResourceScriptWriter, WarnsWhereWindowsWillNotSeeTheVersion) {
   static_cast<void>(folder_.Write("own/all.h", "// x\r\n# include \"Deeper.h\"\n"));
-  static_cast<void>(folder_.Write("deeper.h", "/* */\n#define VS_VERSION_INFO 1\n"));
-  static_cast<void>(folder_.Write("loop.h", "#include \"loop.h\"\n"));
+  static_cast<void>(folder_.Write("deeper.h", "/* */\n#define VS_VERSION_INFO 1\n#include \"deeper.h\"\n"));
   const std::string block = "1 VERSIONINFO\nBEGIN\nEND\n";
-  for (const std::string& seen :
-       {"#include \"afxres.h\"\n" + block, " #  include <sys/WINVER.H> // x\n" + block,
-        "#include \"own\\all.h\"\n" + block}) {
-    static_cast<void>(Stamp(seen));
-    EXPECT_EQ(warnings_, "") << seen;
-  }
-  for (const std::string& hidden :
-       {block, block + "#include <winver.h>\n", "\"#include \"\"afxres.h\"\"\"\n" + block,
-        "/*\n#include <winver.h>\n*/\n" + block, "#include \"loop.h\"\n#include \"missing.h\"\n" + block}) {
-    static_cast<void>(Stamp(hidden));
-    EXPECT_NE(warnings_.find("Warning : "), std::string::npos) << hidden;
+  const std::pair<std::string, bool> cases[] = {
+      {"#include \"afxres.h\"\n" + block, false},
+      {" #  include <sys/WINVER.H> // x\n" + block, false},
+      {"#include \"own\\all.h\"\n" + block, false},
+      {block + "#include <winver.h>\n", true},
+      {"\"#include \"\"afxres.h\"\"\"\n" + block, true},
+      {"/*\n#include <winver.h>\n*/\n#include \"missing.h\"\n" + block, true},
+  };
+  for (const auto& [script, warned] : cases) {
+    static_cast<void>(Stamp(script));
+    EXPECT_EQ(warnings_.starts_with("Warning : "), warned) << script << warnings_;
   }
   static_cast<void>(Stamp("\xEF\xBB\xBF#include <winver.h>\n\xD0\xAF\xF0\x9F\x98\x80\n"));
-  EXPECT_EQ(warnings_.rfind("Warning : 2 characters of ", 0), 0U) << warnings_;
+  EXPECT_TRUE(warnings_.starts_with("Warning : 2 characters of ")) << warnings_;
+}
+
+TEST(MutatedResourceScripts, AreReadAndRewrittenOrRefused) {
+  const std::string seed =
+      "#include <a.h>\n1 VERSIONINFO\nFILEVERSION 1,2,3,4\nFILEFLAGS 0x3fL\nBEGIN\n"
+      "BLOCK \"StringFileInfo\"\nBEGIN\nBLOCK \"0\"\nBEGIN\nVALUE \"A\", \"x\\0\"\nEND\nEND\n"
+      "BLOCK \"VarFileInfo\"\nBEGIN\nVALUE \"Translation\", 0x409, 1252\nEND\nEND\n";
+  static constexpr const char* pieces[] = {"\"",    "\\",      "\n", "VALUE \"B\", \"\\\"",
+                                           "END\n", "BEGIN\n", "=",  ""};
+  std::mt19937 random(1);
+  for (int i = 0; i < 3000; ++i) {
+    std::string script = seed;
+    for (int edits = 0; edits < 4; ++edits)
+      script.replace(random() % script.size(), random() % 6, pieces[random() % std::size(pieces)]);
+    LLVMFuzzerTestOneInput(reinterpret_cast<const unsigned char*>(script.data()), script.size());
+  }
 }
 
 } // namespace

@@ -52,14 +52,6 @@ TEST_F(Updater, ChangesWhatIsSelectedAndNothingElse) {
   EXPECT_EQ(Script(), "3.4 dll Comments=new,CompanyName=We,\"LegalCopyright=(c) \"\"us\"\" C:\\new\"");
 }
 
-TEST_F(Updater, TakesTheAutomaticUpdatesFromTheSetUnasked) {
-  Set().emplace(u"AutoUpdateFileVersionString", u"True");
-  Set().emplace(u"LinkProductVersion", u"true");
-  EXPECT_TRUE(action_.Execute());
-  EXPECT_THAT(host_.Log(), testing::IsEmpty());
-  EXPECT_EQ(Script(), "1.4 dll Comments=old,CompanyName=We,FileVersion=1.2.3.4,ProductVersion=1.2.3.4");
-}
-
 TEST_F(Updater, PrefersAProductVersionThatIsAskedForToTheFiles) {
   Set().emplace(u"AutoUpdateProductVersionString", u"True");
   Set().emplace(u"ProductVersion", u"2.0.0.0");
