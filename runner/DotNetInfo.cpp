@@ -2,6 +2,8 @@
 
 #include "platform/Files.h"
 #include "platform/System.h"
+#include "text/Text.h"
+#include "text/WindowsPath.h"
 
 #include <algorithm>
 #include <array>
@@ -10,14 +12,20 @@ namespace kx {
 
 namespace {
 
-constexpr std::array<std::u16string_view, 3> Versions{u"v2.0", u"v3.5", u"v4.0"};
+// A version and its folder below that of the frameworks.
+struct TVersion {
+  std::u16string_view Name;
+  std::u16string_view Folder;
+};
+constexpr std::array<TVersion, 3> Versions{
+    {{u"v2.0", u"v2.0.50727"}, {u"v3.5", u"v3.5"}, {u"v4.0", u"v4.0.30319"}}};
 constexpr std::array<std::u16string_view, 3> Tools{u"dotnet", u"msbuild", u"xbuild"};
 
 } // namespace
 
 TDotNetMachine ThisMachine() {
-  return {platform::IsWindows(), platform::ProgramDirectory(), &platform::FindProgram,
-          &platform::EnvironmentVariable, &platform::ReadLocalMachineString};
+  return {platform::IsWindows(),          platform::ProgramDirectory(),      &platform::FindProgram,
+          &platform::EnvironmentVariable, &platform::ReadLocalMachineString, &platform::FileExists};
 }
 
 TDotNetInfo::TDotNetInfo(const TOptionsStore& store, TDotNetMachine machine)
@@ -26,18 +34,27 @@ TDotNetInfo::TDotNetInfo(const TOptionsStore& store, TDotNetMachine machine)
 std::optional<std::u16string> TDotNetInfo::GetFrameworkDirectory(std::u16string_view version) {
   auto option = store_.Get({u"DotNetFramework", std::u16string(version)});
   if (option && !option->empty()) return option;
-  const auto known =
-      std::ranges::find_if(Versions, [version](auto name) { return text::EqualsIgnoreCase(name, version); });
+  const auto known = std::ranges::find_if(
+      Versions, [version](const TVersion& row) { return text::EqualsIgnoreCase(row.Name, version); });
   if (known == Versions.end()) return std::nullopt;
-  if (machine_.IsWindows) return FromRegistry(*known);
+  if (machine_.IsWindows) return FromRegistry(known->Name, known->Folder);
   return HasTool() ? std::optional(machine_.ProgramFolder) : std::nullopt;
 }
 
-std::optional<std::u16string> TDotNetInfo::FromRegistry(std::u16string_view version) const {
-  auto folder =
-      machine_.Registry(u"SOFTWARE\\Microsoft\\MSBuild\\ToolsVersions\\" + std::u16string(version.substr(1)),
-                        u"MSBuildToolsPath");
-  return folder && !folder->empty() ? folder : std::nullopt;
+// MSBuild's own entry first; a framework that is installed without one is found beside the others.
+std::optional<std::u16string> TDotNetInfo::FromRegistry(std::u16string_view version,
+                                                        std::u16string_view folder) const {
+  const std::u16string tools = u"SOFTWARE\\Microsoft\\MSBuild\\ToolsVersions\\";
+  const auto own = machine_.Registry(tools + std::u16string(version.substr(1)), u"MSBuildToolsPath");
+  if (own && HoldsMSBuild(*own)) return own;
+  const auto root = machine_.Registry(u"SOFTWARE\\Microsoft\\.NETFramework", u"InstallRoot");
+  if (!root || root->empty()) return std::nullopt;
+  auto found = text::JoinPath(*root, folder);
+  return HoldsMSBuild(found) ? std::optional(std::move(found)) : std::nullopt;
+}
+
+bool TDotNetInfo::HoldsMSBuild(const std::u16string& folder) const {
+  return !folder.empty() && machine_.FileExists(text::JoinPath(folder, u"MSBuild.exe"));
 }
 
 bool TDotNetInfo::HasTool() const {

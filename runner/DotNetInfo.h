@@ -19,12 +19,14 @@ struct TDotNetMachine {
   std::function<std::optional<std::u16string>(std::u16string_view program)> FindProgram;
   std::function<std::optional<std::u16string>(std::u16string_view name)> Environment;
   std::function<std::optional<std::u16string>(std::u16string_view key, std::u16string_view value)> Registry;
+  std::function<bool(std::u16string_view path)> FileExists;
 };
 TDotNetMachine ThisMachine();
 
-// Without an option, on Windows the registry names the folder. Elsewhere the launcher beside this program
-// stands for every framework, once a tool that it can run (dotnet, msbuild, xbuild) is on the search path or
-// the variable KX_MSBUILD names one.
+// Without an option, on Windows the registry names the folder, which counts when it holds MSBuild.exe: the
+// entry of MSBuild's tools version, else the folder of that version below the frameworks' common one.
+// Elsewhere the launcher beside this program stands for every framework, once a tool that it can run (dotnet,
+// msbuild, xbuild) is on the search path or the variable KX_MSBUILD names one.
 class TDotNetInfo : public IKxDotNetInfo {
 public:
   explicit TDotNetInfo(const TOptionsStore& store,
@@ -32,7 +34,8 @@ public:
   std::optional<std::u16string> GetFrameworkDirectory(std::u16string_view version) override;
 
 private:
-  std::optional<std::u16string> FromRegistry(std::u16string_view version) const;
+  std::optional<std::u16string> FromRegistry(std::u16string_view version, std::u16string_view folder) const;
+  bool HoldsMSBuild(const std::u16string& folder) const;
   bool HasTool() const;
 
   const TOptionsStore& store_;
