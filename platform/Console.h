@@ -9,9 +9,11 @@ namespace kx::platform {
 
 enum class ConsoleStream { Output, Error };
 
+// One that obeys escape sequences, as consoles before Windows 10 do not.
 bool IsTerminal(ConsoleStream stream);
 int TerminalWidth(ConsoleStream stream); // columns; 80 when unknown
-// Writes everything or gives up silently when nobody reads any more.
+// Writes everything or gives up silently when nobody reads any more. A console of Windows gets UTF-16, so
+// that its code page does not matter; pipes and files get the bytes.
 void WriteConsole(ConsoleStream stream, std::string_view utf8);
 
 // From now on writing to a pipe that nobody reads any more fails instead of ending the program, which may

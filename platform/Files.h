@@ -1,10 +1,10 @@
 // Files by their Windows paths.
 //
-// On Windows a path is used as it is (long paths included). Elsewhere a path that begins with "/" is the
-// system's own,
-// "\" in any path is a separator, drive letters are those given to MapDrive, and where the exact name is
-// missing a file or folder is found without regard to letter case, since solutions written on Windows rely on
-// it. Relative paths are seen from the current folder. Messages name the file and the system's reason.
+// On Windows a path is used as it is, also one of more than 260 characters. Elsewhere a path that begins with
+// "/" is the system's own, "\" in any path is a separator, drive letters are those given to MapDrive, and
+// where the exact name is missing a file or folder is found without regard to letter case, since solutions
+// written on Windows rely on it. Relative paths are seen from the current folder. Messages name the file and
+// the system's reason.
 #pragma once
 
 #include "platform/Result.h"
@@ -31,8 +31,8 @@ std::optional<std::u16string> ResolveExisting(std::u16string_view path);
 std::u16string ResolveForWriting(std::u16string_view path);
 
 // Answers many existence questions about one tree with few system calls: each folder is listed once. A
-// listing is trusted again only while the folder's time stamp shows no change since, so one object may be
-// kept for long.
+// listing is trusted again only while the folder's time stamp shows no change since (on Windows never, where
+// many file systems do not keep it), so one object may be kept for long.
 class FileLookup {
 public:
   FileLookup();
@@ -72,8 +72,9 @@ private:
 };
 
 // Replaces or makes a file so that a crash, a kill or a full disk leaves the old content or the new one: a
-// temporary file beside the target, flushed, then renamed over it. Mode and owner of the old file are kept; a
-// symbolic link is followed. A target that is not writable is refused, though a rename would succeed.
+// temporary file beside the target, flushed, then renamed over it. Mode and owner of the old file (on Windows
+// its attributes and access rules) are kept; a symbolic link is followed. A target that is not writable is
+// refused, though a rename would succeed.
 Status SaveFile(std::u16string_view path, std::string_view bytes);
 
 Status CreateDirectories(std::u16string_view path);
@@ -87,7 +88,8 @@ std::u16string CurrentDirectory();
 std::u16string ProgramDirectory(); // the folder of the running program
 std::u16string ConfigDirectory();  // the user's folder for settings; empty when the system names none
 
-// A program of this name on the search path; its full path.
+// A program of this name on the search path; its full path. On Windows the extensions of PATHEXT are tried on
+// a name that has none of them.
 std::optional<std::u16string> FindProgram(std::u16string_view name);
 
 } // namespace kx::platform

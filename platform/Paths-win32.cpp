@@ -88,17 +88,16 @@ bool IsDevice(std::wstring_view native) {
   return native.starts_with(L"\\\\.\\");
 }
 
-std::optional<std::wstring> ShortPath(std::u16string_view fullPath) {
-  const std::wstring native = WithLongPrefix(fullPath);
-  auto path =
+std::wstring WithoutLongPrefix(std::wstring_view native) {
+  if (native.starts_with(kLongNetworkPrefix))
+    return std::wstring(L"\\\\").append(native.substr(kLongNetworkPrefix.size()));
+  return std::wstring(native.substr(native.starts_with(kLongPrefix) ? kLongPrefix.size() : 0));
+}
+
+std::optional<std::wstring> ShortForm(const std::wstring& native) {
+  auto brief =
       TextOf([&](wchar_t* buffer, DWORD size) { return GetShortPathNameW(native.c_str(), buffer, size); });
-  if (!path) return std::nullopt;
-  if (path->starts_with(kLongNetworkPrefix)) {
-    path->replace(0, kLongNetworkPrefix.size(), L"\\\\");
-  } else if (path->starts_with(kLongPrefix)) {
-    path->erase(0, kLongPrefix.size());
-  }
-  return path->size() <= kLongestPlainPath ? path : std::nullopt;
+  return brief && WithoutLongPrefix(*brief).size() <= kLongestPlainPath ? brief : std::nullopt;
 }
 
 } // namespace win32

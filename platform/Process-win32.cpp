@@ -114,7 +114,7 @@ Handle OpenNothing() {
 
 // What a start needs to know, looked up and checked.
 struct Launch {
-  std::wstring Program;
+  std::vector<std::wstring> Programs; // the paths it may be started by
   std::wstring CommandLine;
   std::wstring Environment;
   std::wstring Folder; // empty: the current one
@@ -126,10 +126,18 @@ Result<std::wstring> FolderToStartIn(std::u16string_view folder) {
   const auto found = ResolveExisting(folder);
   if (!found || !DirectoryExists(*found))
     return Failure{u"Its folder does not exist: " + std::u16string(folder)};
-  const std::wstring plain = ToWide(*found);
-  if (WithLongPrefix(*found) == plain) return plain;
-  if (auto brief = ShortPath(*found)) return *std::move(brief);
+  const std::wstring native = WithLongPrefix(*found);
+  if (WithoutLongPrefix(native) == native) return native;
+  if (const auto brief = ShortForm(native)) return WithoutLongPrefix(*brief);
   return Failure{u"Windows cannot start programs in a folder with so long a path: " + std::u16string(folder)};
+}
+
+// In the order in which they are tried. Few tools bear a path of their own that is long or has the prefix,
+// but not every system starts the short form without it.
+std::vector<std::wstring> PathsToStart(std::u16string_view program) {
+  const std::wstring native = WithLongPrefix(program);
+  const auto brief = WithoutLongPrefix(native) == native ? std::nullopt : ShortForm(native);
+  return brief ? std::vector{WithoutLongPrefix(*brief), *brief, native} : std::vector{native};
 }
 
 Result<Launch> Prepare(const ProcessRequest& request) {
@@ -141,7 +149,7 @@ Result<Launch> Prepare(const ProcessRequest& request) {
   if (!request.Arguments.empty()) commandLine.append(u" ").append(request.Arguments);
   if (commandLine.size() > kLongestCommandLine)
     return RunFailure(request, u"Its command line is longer than the 32766 characters that Windows allows");
-  return Launch{WithLongPrefix(*program), ToWide(commandLine), EnvironmentBlock(request), *std::move(folder)};
+  return Launch{PathsToStart(*program), ToWide(commandLine), EnvironmentBlock(request), *std::move(folder)};
 }
 
 // A started program. It is not left behind: what still runs when this goes away is killed.
@@ -169,10 +177,14 @@ public:
     const DWORD flags = CREATE_SUSPENDED | CREATE_NEW_PROCESS_GROUP | CREATE_UNICODE_ENVIRONMENT |
                         EXTENDED_STARTUPINFO_PRESENT | console;
     PROCESS_INFORMATION info{};
-    const BOOL started =
-        CreateProcessW(launch.Program.c_str(), launch.CommandLine.data(), nullptr, nullptr, TRUE, flags,
-                       launch.Environment.data(), launch.Folder.empty() ? nullptr : launch.Folder.c_str(),
-                       &startup.StartupInfo, &info);
+    BOOL started = FALSE;
+    for (const std::wstring& program : launch.Programs) {
+      started =
+          CreateProcessW(program.c_str(), launch.CommandLine.data(), nullptr, nullptr, TRUE, flags,
+                         launch.Environment.data(), launch.Folder.empty() ? nullptr : launch.Folder.c_str(),
+                         &startup.StartupInfo, &info);
+      if (started != FALSE || GetLastError() != ERROR_FILE_NOT_FOUND) break;
+    }
     if (started == FALSE) return GetLastError();
     process_ = Handle(info.hProcess);
     group_ = info.dwProcessId;

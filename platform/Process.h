@@ -18,7 +18,8 @@ struct ProcessRequest {
   // Everything behind the program's name, exactly as it is to be passed. Where a system wants single
   // arguments, the text is split by the rules of the Windows C runtime (text/CommandLine.h).
   std::u16string Arguments;
-  std::u16string WorkingDirectory; // empty: the current folder
+  // Empty: the current folder. Windows takes no long path here; the tool then sees the folder's short one.
+  std::u16string WorkingDirectory;
   std::vector<std::pair<std::u16string, std::u16string>>
       Environment; // added to, or replacing, the caller's own
 };
@@ -32,12 +33,13 @@ struct ProcessOutput {
 };
 
 struct ProcessOutcome {
-  int ExitCode = 0;     // 128 + the signal's number for a tool that a signal ended
+  int ExitCode = 0;     // 128 + the signal's number for a tool that a signal ended (Windows: the exception's)
   bool Stopped = false; // ended by one of the stop signals; the exit code then means nothing
 };
 
 // Starts the program and returns when it has ended. A stop signal, raised before or during the run, ends the
-// program and everything it started: first politely, then by force. Pipes that the tool's own left-behind
+// program and everything it started: first politely (SIGTERM; Ctrl-Break where there is a console), then by
+// force. Pipes that the tool's own left-behind
 // servers still hold open are not waited for. Standard input is empty. An exception of a callback ends the
 // tool and passes on.
 Result<ProcessOutcome> RunProcess(const ProcessRequest& request, const ProcessOutput& output,

@@ -28,7 +28,8 @@ private:
   std::unique_ptr<State> state_;
 };
 
-// While it lives, an interrupt from the terminal (Ctrl-C) or a request to terminate raises the signal instead
+// While it lives, an interrupt from the terminal (Ctrl-C, on Windows Ctrl-Break and the closing of the
+// window too) or a request to terminate raises the signal instead
 // of ending the program; a second one within the same run ends it. One at a time.
 class InterruptHandler {
 public:

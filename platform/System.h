@@ -19,9 +19,9 @@ bool IsWindows();
 // opened for reading only. Nothing when key or value are missing, and on systems without a registry.
 std::optional<std::u16string> ReadLocalMachineString(std::u16string_view key, std::u16string_view value);
 
-// Secrets that only this user on this machine reads again. `keyFile` is used, and made with access for its
-// owner only, where the system has no protection service of its own. Unprotect gives nothing for what was
-// made elsewhere or changed.
+// Secrets that only this user on this machine reads again, by the system's protection service on Windows.
+// Elsewhere by the key in `keyFile`, which is made with access for its owner only. Unprotect gives nothing
+// for what was made elsewhere or changed.
 Result<std::string> ProtectSecret(std::string_view clear, std::u16string_view keyFile);
 std::optional<std::string> UnprotectSecret(std::string_view secret, std::u16string_view keyFile);
 

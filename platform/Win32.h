@@ -75,8 +75,9 @@ Result<std::wstring> ToNative(std::u16string_view path);
 std::wstring WithLongPrefix(std::u16string_view fullPath);
 // "NUL", "CON", a pipe: a name that no file has, seen from a native path.
 bool IsDevice(std::wstring_view native);
+std::wstring WithoutLongPrefix(std::wstring_view native);
 // The form with names of eight and three letters, for what takes no long paths; nothing where the volume has
-// none.
-std::optional<std::wstring> ShortPath(std::u16string_view fullPath);
+// none, or when even it is too long. It keeps the prefix.
+std::optional<std::wstring> ShortForm(const std::wstring& native);
 
 } // namespace kx::platform::win32
