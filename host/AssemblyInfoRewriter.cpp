@@ -48,6 +48,19 @@ TStyle DefaultStyle(TAssemblyInfoLanguage language) {
   return {.Open = u"[assembly: ", .Qualifier = {}, .Gap = {}, .Close = u"]"};
 }
 
+std::u16string Concatenate(std::initializer_list<std::u16string_view> parts) {
+  std::u16string whole;
+  for (const std::u16string_view part : parts)
+    whole += part;
+  return whole;
+}
+
+// For a message: long ones are cut.
+std::u16string Shortened(std::u16string_view expression) {
+  static constexpr std::size_t most = 60;
+  return std::u16string(expression.substr(0, most)) + (expression.size() > most ? u"..." : u"");
+}
+
 class TRewriter {
 public:
   TRewriter(std::u16string_view text, TAssemblyInfoLanguage language)
@@ -112,8 +125,8 @@ private:
     std::u16string literal = EncodeLiteral(value, language_, old);
     if (literal == old) return;
     if (!old.empty() && !attribute.IsLiteral)
-      Note(u"Warning : the expression " + std::u16string(old) + u" in line " +
-           Line(attribute.Argument.Begin) + u" is replaced by the value");
+      Note(u"Warning : the expression " + Shortened(old) + u" in line " + Line(attribute.Argument.Begin) +
+           u" is replaced by the value");
     if (old.empty() && attribute.OthersFollow) literal += u", ";
     if (old.empty() && !attribute.HasParentheses) literal = u"(" + literal + u")";
     edits_.push_back({.Range = attribute.Argument, .Text = std::move(literal)});
@@ -133,8 +146,8 @@ private:
     const std::u16string qualifier = QualifierOf(model);
     std::vector<std::u16string> lines;
     for (const auto& [name, value] : added_)
-      lines.push_back(style.Open + qualifier + name + (style.Suffix ? u"Attribute" : u"") + style.Gap + u"(" +
-                      EncodeLiteral(value, language_) + u")" + style.Close);
+      lines.push_back(Concatenate({style.Open, qualifier, name, style.Suffix ? u"Attribute" : u"", style.Gap,
+                                   u"(", EncodeLiteral(value, language_), u")", style.Close}));
     if (last != nullptr) return InsertBehind(last->Range, Indentation(last->Range.Begin), lines);
     const std::size_t preamble = PreambleEnd();
     const bool alone =
@@ -178,7 +191,7 @@ private:
   std::u16string QualifierOf(const TSourceAttribute* model) {
     static constexpr std::u16string_view space = u"System.Reflection";
     if (Imports(space)) return {};
-    const std::u16string full = language_ == Cpp ? u"System::Reflection::" : u"System.Reflection.";
+    std::u16string full = language_ == Cpp ? u"System::Reflection::" : u"System.Reflection.";
     // A short name without an import here: the project imports, as Visual Basic's do.
     if (model != nullptr) return model->Qualifier;
     const TSourcePreamble* last = nullptr;
