@@ -3,6 +3,7 @@
 #include "build/DevEnvCommandLine.h"
 #include "build/MSBuildCommandLine.h"
 #include "build/ProjectSearch.h"
+#include "build/VersionStamping.h"
 #include "host/RegEx.h"
 #include "host/Utilities.h"
 #include "platform/Files.h"
@@ -93,37 +94,12 @@ std::vector<std::u16string> TBuildRun::ConfigurationsLike(const std::u16string& 
   return matched;
 }
 
+// AssemblyInfo first; a failed stamping ends the action before any tool runs.
 bool TBuildRun::StampVersions() {
-  if (action_.assemblyInfo_.UpdateAssemblyInfo && !UpdateAssemblyInfo()) return false;
-  return !action_.win32Stamp_.UpdateWin32Resource || UpdateWin32Resource();
-}
-
-bool TBuildRun::UpdateAssemblyInfo() {
-  const TKxMessageGroup group(action_, u"Updating AssemblyInfo");
-  const TAssemblyInfoSettings& settings = action_.assemblyInfo_;
-  if (settings.UsePropertySet &&
-      !CheckPropertySet(settings.PropertySetName, u"DotNet PropertySet name is blank"))
+  if (action_.assemblyInfo_.UpdateAssemblyInfo &&
+      !TAssemblyInfoStamping(action_, solution_, action_.terminate_).Run())
     return false;
-  throw EFailAction(u"UpdateAssemblyInfo: writing AssemblyInfo files is not available in this build.");
-}
-
-bool TBuildRun::UpdateWin32Resource() {
-  const TKxMessageGroup group(action_, u"Updating Win32 Version Info");
-  const TWin32StampSettings& settings = action_.win32Stamp_;
-  if (settings.UsePropertySet &&
-      !CheckPropertySet(settings.PropertySetName, u"Win32 PropertySet name is blank"))
-    return false;
-  throw EFailAction(u"UpdateWin32Resource: writing version resources is not available in this build.");
-}
-
-bool TBuildRun::CheckPropertySet(const std::u16string& name, std::u16string_view blankMessage) {
-  if (name.empty()) {
-    action_.SendMessage(blankMessage, TStatusTag::stError);
-    return false;
-  }
-  if (action_.GetPropertySetService().Find(name)) return true;
-  action_.SendMessage(u"Unable to find property set: " + name, TStatusTag::stError);
-  return false;
+  return !action_.win32Stamp_.UpdateWin32Resource || TWin32Stamping(action_, solution_).Run();
 }
 
 bool TBuildRun::BuildConfiguration(const std::u16string& configuration) {

@@ -33,9 +33,6 @@ private:
   std::vector<std::u16string> ConfigurationsLike(const std::u16string& expression);
 
   bool StampVersions();
-  bool UpdateAssemblyInfo();
-  bool UpdateWin32Resource();
-  bool CheckPropertySet(const std::u16string& name, std::u16string_view blankMessage);
 
   bool BuildConfiguration(const std::u16string& configuration);
   bool PerformBuild(const std::u16string& configuration);

@@ -1,6 +1,7 @@
 #include "build/KxVSDotNetAction.h"
 
 #include "build/ProjectSearch.h"
+#include "build/VersionStamping.h"
 
 namespace kx {
 
@@ -61,6 +62,11 @@ std::u16string TKxCustomVSDotNetAction::GetAllSolutionConfigurations() {
   for (int i = 0; i < configurations->GetCount(); ++i)
     names.Add(configurations->GetItem(i)->GetName());
   return names.GetText();
+}
+
+void TKxCustomVSDotNetAction::GetFilesToChange(text::TStringList& files) {
+  if (!assemblyInfo_.UpdateAssemblyInfo && !win32Stamp_.UpdateWin32Resource) return;
+  if (const auto solution = TryOpenSolution()) CollectFilesToStamp(*this, *solution, files);
 }
 
 const text::TStringList& TKxCustomVSDotNetAction::GetSelectedProjects() {

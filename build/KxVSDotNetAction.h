@@ -63,6 +63,7 @@ public:
 
   bool Execute() override;
   bool Validate(IKxActionValidationError& errors) override;
+  void GetFilesToChange(text::TStringList& files) override;
   void TerminateAction() override { terminate_.Raise(); }
   bool CanTerminate() const override { return true; }
   bool RequiresSync() const override { return false; }

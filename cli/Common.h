@@ -37,6 +37,7 @@ struct TCommonOptions {
   std::string LogFile;
   std::string JUnitFile;
   std::string ReportFile;
+  bool DryRun = false;
   std::string Ci; // a name of report/CiDialect.h, or "auto"
   TVerbosity Verbosity = TVerbosity::Normal;
   TColorChoice Color = TColorChoice::Auto;

@@ -80,11 +80,11 @@ void Configure(TProject& project, const TDoArguments& arguments) {
 int Do(const TDoArguments& arguments, const TCommonOptions& common) {
   THostSession session(common);
   TProjectRunner runner(session.Services(), session.Stop(),
-                        {ParseVariables(arguments.Variables), session.KeyFile()});
+                        {ParseVariables(arguments.Variables), session.KeyFile(), common.DryRun});
   AddPropertySets(runner.Project(), arguments.SetValues);
   Configure(runner.Project(), arguments);
   const int exitCode = RunProject(runner, session, common);
-  session.SaveOptions();
+  if (!common.DryRun) session.SaveOptions();
   return exitCode;
 }
 

@@ -37,7 +37,11 @@ THostSession::THostSession(const TCommonOptions& options) {
       throw EUsage(u"--option: " + error.Message());
     }
   }
-  SetServices({.Actions = &registry_, .Scripting = &registry_, .Options = &registry_, .DotNet = &dotNet_, .Directory = &webSites_});
+  SetServices({.Actions = &registry_,
+               .Scripting = &registry_,
+               .Options = &registry_,
+               .DotNet = &dotNet_,
+               .Directory = &webSites_});
   const THeadlessContext context;
   LoadPlugin(DefaultPluginFile(), context);
   for (const auto& plugin : options.Plugins)

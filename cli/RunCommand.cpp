@@ -24,8 +24,9 @@ struct TProjectArguments {
 // A project file with the host that runs it.
 class TOpenProject {
 public:
-  TOpenProject(const TProjectArguments& arguments, THostSession& session)
-      : runner_(session.Services(), session.Stop(), {ParseVariables(arguments.Variables), session.KeyFile()}),
+  TOpenProject(const TProjectArguments& arguments, THostSession& session, bool dryRun = false)
+      : runner_(session.Services(), session.Stop(),
+                {ParseVariables(arguments.Variables), session.KeyFile(), dryRun}),
         file_(runner_.Project()) {
     file_.Load(text::ExpandPath(text::FromUtf8(arguments.File), platform::CurrentDirectory()));
   }
@@ -39,8 +40,9 @@ private:
 
 int RunFile(const TProjectArguments& arguments, const TCommonOptions& common) {
   THostSession session(common);
-  TOpenProject project(arguments, session);
+  TOpenProject project(arguments, session, common.DryRun);
   const int exitCode = RunProject(project.Runner(), session, common);
+  if (common.DryRun) return exitCode;
   session.SaveOptions();
   if (arguments.NoSave) return exitCode;
   const auto saved = project.File().Save();
@@ -60,7 +62,9 @@ int ValidateFile(const TProjectArguments& arguments, const TCommonOptions& commo
   std::string out;
   for (const auto& entry : entries)
     out += LineOf(entry);
-  if (entries.empty()) out = "No problems found.\n";
+  for (const auto& note : project.Runner().CheckFilesToChange())
+    out += ForTerminal(u"Note: " + note.Action + u": " + note.Message) + "\n";
+  if (out.empty()) out = "No problems found.\n";
   platform::WriteConsole(platform::ConsoleStream::Output, out);
   return entries.empty() ? ExitSuccess : ExitInvalid;
 }

@@ -86,6 +86,9 @@ int RunProject(TProjectRunner& runner, THostSession& session, const TCommonOptio
   const auto log = OpenLog(options);
   if (log) runner.AddSink(*log);
   const TReports reports(options, runner);
+  if (options.DryRun)
+    platform::WriteConsole(platform::ConsoleStream::Output,
+                           "Dry run: no tool is started and no file is changed.\n\n");
   TRunReport report;
   {
     TConsoleSink console(options.Verbosity, palette, ChooseCi(options.Ci));

@@ -19,7 +19,8 @@ constexpr std::array<TCommand, 6> Commands{{
     {"run", "Run a build project", DefineRun},
     {"do", "Run one action without a project file", DefineDo},
     {"validate", "Validate every action of a build project, run nothing", DefineValidate},
-    {"inspect", "Show what the package reads in a solution, resource script, test result or build log", DefineInspect},
+    {"inspect", "Show what the package reads in a solution, resource script, test result or build log",
+     DefineInspect},
     {"actions", "List the action types, or the properties of one", DefineActions},
     {"options", "Read and write the options store", DefineOptions},
 }};
@@ -59,6 +60,7 @@ void DefineCommon(CLI::App& app, TCommonOptions& options) {
       ->type_name("FILE.xml");
   app.add_option("--report", options.ReportFile, "Write the run as one page to look at in a browser")
       ->type_name("FILE.html");
+  app.add_flag("--dry-run", options.DryRun, "Show what run and do would start and change, and do neither");
   app.add_option("--ci", options.Ci, "Fold groups and mark problems as this CI system wants it")
       ->type_name("github|azure|teamcity|gitlab|auto")
       ->check(CLI::IsMember({"github", "azure", "teamcity", "gitlab", "auto"}).description(""));

@@ -97,6 +97,9 @@ public:
   virtual void TerminateAction() {}                        // from any thread
   virtual bool Validate(IKxActionValidationError& errors); // True when nothing was added
   virtual bool Execute() = 0;                              // any exception fails the action too
+  // The full paths of the user's files that Execute would change, as far as the settings tell; for looking
+  // ahead, so nothing is logged. Never raises.
+  virtual void GetFilesToChange(text::TStringList& /*files*/) {}
 
   // Variables of the action's own; the names with a type ("NAME=btString") or a description behind them.
   virtual void CollectLocalVariables(text::TStringList& names, bool withTypes, bool withDescriptions) const;

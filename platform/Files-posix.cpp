@@ -117,7 +117,8 @@ int TakeOverOwnerAndMode(int fd, const struct stat& old) {
   return fchmod(fd, old.st_mode & 07777) == 0 ? 0 : errno;
 }
 
-int Replace(const std::string& target, std::string_view bytes) {
+// Without bytes all but the writing is done.
+int Replace(const std::string& target, std::optional<std::string_view> bytes) {
   struct stat old {};
   const bool exists = stat(target.c_str(), &old) == 0;
   if (!exists && errno != ENOENT) return errno;
@@ -126,7 +127,8 @@ int Replace(const std::string& target, std::string_view bytes) {
   TemporaryFile temporary(FolderOf(target), exists ? 0600 : 0666);
   int error = temporary.Error();
   if (error == 0 && exists) error = TakeOverOwnerAndMode(temporary.Handle(), old);
-  if (error == 0) error = temporary.Write(bytes);
+  if (!bytes) return error;
+  if (error == 0) error = temporary.Write(*bytes);
   if (error == 0) error = temporary.RenameTo(target);
   if (error == 0) SyncFolder(FolderOf(target));
   return error;
@@ -229,12 +231,20 @@ Status FileReader::Rewind() {
   return FileFailure(u"read file", state_->Path, Reason(errno));
 }
 
-Status SaveFile(std::u16string_view path, std::string_view bytes) {
+static Status SaveOrCheck(std::u16string_view path, std::optional<std::string_view> bytes) {
   const Result<std::string> native = NativeForWriting(path);
   if (!native) return FileFailure(u"write file", path, native.Message());
   const int error = Replace(FollowLinks(*native), bytes);
   if (error != 0) return FileFailure(u"write file", path, Reason(error));
   return Done{};
+}
+
+Status SaveFile(std::u16string_view path, std::string_view bytes) {
+  return SaveOrCheck(path, bytes);
+}
+
+Status CheckSaveFile(std::u16string_view path) {
+  return SaveOrCheck(path, std::nullopt);
 }
 
 Status CreateDirectories(std::u16string_view path) {

@@ -152,7 +152,8 @@ Result<std::wstring> FollowLink(const std::wstring& native, DWORD attributes) {
   return target ? Result(*target) : Failure{Reason(GetLastError())};
 }
 
-Refusal Replace(const std::wstring& native, std::string_view bytes) {
+// Without bytes all but the writing is done.
+Refusal Replace(const std::wstring& native, std::optional<std::string_view> bytes) {
   if (IsDevice(native)) return Refusal(kNoRegularFile);
   const DWORD attributes = GetFileAttributesW(native.c_str());
   const bool exists = attributes != INVALID_FILE_ATTRIBUTES;
@@ -165,7 +166,8 @@ Refusal Replace(const std::wstring& native, std::string_view bytes) {
   TemporaryFile temporary(text::ExtractFileDir(FromWide(*target)));
   refusal = temporary.Error();
   if (refusal.empty() && exists) refusal = temporary.TakeOverFrom(*target);
-  if (refusal.empty()) refusal = temporary.Write(bytes);
+  if (!bytes) return refusal;
+  if (refusal.empty()) refusal = temporary.Write(*bytes);
   if (refusal.empty()) refusal = temporary.RenameTo(*target);
   return refusal;
 }
@@ -246,6 +248,11 @@ Status FileReader::Rewind() {
 Status SaveFile(std::u16string_view path, std::string_view bytes) {
   const Result<std::wstring> native = ToNative(path);
   return StatusOf(native ? Replace(*native, bytes) : native.Message(), u"write file", path);
+}
+
+Status CheckSaveFile(std::u16string_view path) {
+  const Result<std::wstring> native = ToNative(path);
+  return StatusOf(native ? Replace(*native, std::nullopt) : native.Message(), u"write file", path);
 }
 
 Status CreateDirectories(std::u16string_view path) {

@@ -76,6 +76,8 @@ private:
 // its attributes and access rules) are kept; a symbolic link is followed. A target that is not writable is
 // refused, though a rename would succeed.
 Status SaveFile(std::u16string_view path, std::string_view bytes);
+// Why SaveFile would fail, as far as that can be told beforehand (a full disk cannot). Changes nothing.
+Status CheckSaveFile(std::u16string_view path);
 
 Status CreateDirectories(std::u16string_view path);
 Status RemoveFile(std::u16string_view path);

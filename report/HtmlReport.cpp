@@ -104,7 +104,10 @@ void THtmlReport::On(const TMessageSent& message) {
 }
 
 void THtmlReport::On(const TMetricSent& sent) {
-  if (const std::u16string* xml = TestSuiteXml(sent.Metric)) suites_.push_back(*xml);
+  if (sent.Metric.Category == UnitTestCategory) { // has a section of its own
+    if (const std::u16string* xml = TestSuiteXml(sent.Metric)) suites_.push_back(*xml);
+    return;
+  }
   const auto* value = std::get_if<std::int64_t>(&sent.Metric.Value);
   if (value == nullptr) return;
   const std::u16string title = sent.Metric.Category + u": " + sent.Metric.Name;

@@ -1,7 +1,9 @@
 #include "runner/Run.h"
 
+#include "platform/Files.h"
 #include "platform/System.h"
 #include "runner/Base64.h"
+#include "runner/DryRun.h"
 #include "runner/EventLog.h"
 #include "runner/StopWatcher.h"
 #include "text/Encoding.h"
@@ -87,7 +89,8 @@ private:
 struct TProjectRunner::TState {
   TState(const TServiceRegistry& services, TKxEvent& stop, TRunSettings settings, TProjectRunner& host)
       : Services(services), StopSignal(stop), KeyFile(std::move(settings.KeyFile)), Project(services, host),
-        Variables(Project, std::move(settings.Variables)), Expressions(Project, Variables) {}
+        Variables(Project, std::move(settings.Variables)), Expressions(Project, Variables),
+        IsDryRun(settings.DryRun) {}
 
   // What actions say while nothing runs (a getter asked by a listing) is for nobody.
   bool IsHeard() const { return !Frames.empty() || Validating; }
@@ -113,6 +116,11 @@ struct TProjectRunner::TState {
   void Finish(bool succeeded);
   void ValidateNodes(const std::vector<std::unique_ptr<TActionNode>>& nodes,
                      std::vector<TValidationEntry>& entries);
+  void CheckFiles(const std::vector<std::unique_ptr<TActionNode>>& nodes,
+                  std::vector<TValidationNote>& notes);
+  TDryRunMessages DryRunMessages() {
+    return [this](std::u16string_view text) { Log.Send(text, TStatusTag::stNormal); };
+  }
 
   const TServiceRegistry& Services;
   TKxEvent& StopSignal;
@@ -125,7 +133,28 @@ struct TProjectRunner::TState {
   TRunReport Report;
   TStopWatcher* Watcher = nullptr; // while a run is under way
   bool Validating = false;
+  const bool IsDryRun;
 };
+
+namespace {
+
+// While it lives, every change of a file goes to `files` (none: to the files themselves).
+class TFileUpdatesScope {
+public:
+  explicit TFileUpdatesScope(IKxFileUpdates* files) : before_(CurrentServices()) {
+    TKxServices services = before_;
+    services.Files = files;
+    SetServices(services);
+  }
+  ~TFileUpdatesScope() { SetServices(before_); }
+  TFileUpdatesScope(const TFileUpdatesScope&) = delete;
+  TFileUpdatesScope& operator=(const TFileUpdatesScope&) = delete;
+
+private:
+  TKxServices before_;
+};
+
+} // namespace
 
 bool TProjectRunner::TState::RunNodes(const std::vector<std::unique_ptr<TActionNode>>& nodes) {
   for (const auto& node : nodes) {
@@ -200,6 +229,19 @@ void TProjectRunner::TState::ValidateNodes(const std::vector<std::unique_ptr<TAc
   }
 }
 
+// Several actions may change one file; it is named once for each.
+void TProjectRunner::TState::CheckFiles(const std::vector<std::unique_ptr<TActionNode>>& nodes,
+                                        std::vector<TValidationNote>& notes) {
+  for (const auto& node : nodes) {
+    text::TStringList files;
+    node->Action().GetFilesToChange(files);
+    for (const auto& file : files)
+      if (const auto allowed = platform::CheckSaveFile(file); !allowed)
+        notes.push_back({node->DisplayName(), allowed.Message()});
+    CheckFiles(node->Children(), notes);
+  }
+}
+
 TProjectRunner::TProjectRunner(const TServiceRegistry& services, TKxEvent& stop, TRunSettings settings)
     : state_(std::make_unique<TState>(services, stop, std::move(settings), *this)) {}
 TProjectRunner::~TProjectRunner() = default;
@@ -219,7 +261,15 @@ std::vector<TValidationEntry> TProjectRunner::Validate() {
   return entries;
 }
 
+std::vector<TValidationNote> TProjectRunner::CheckFilesToChange() {
+  std::vector<TValidationNote> notes;
+  state_->CheckFiles(state_->Project.Actions(), notes);
+  return notes;
+}
+
 TRunReport TProjectRunner::Run() {
+  TDryRunFiles dryRunFiles(state_->DryRunMessages());
+  const TFileUpdatesScope files(state_->IsDryRun ? &dryRunFiles : nullptr);
   state_->StopSignal.Clear();
   state_->Variables.ForgetRun();
   state_->Report = {};
@@ -290,6 +340,7 @@ std::u16string TProjectRunner::DecryptString(std::u16string_view secret) {
 }
 
 std::shared_ptr<IKxProcess> TProjectRunner::NewProcess(TCustomKxAction& /*action*/) {
+  if (state_->IsDryRun) return NewDryRunProcess(state_->DryRunMessages());
   return NewSystemProcess(state_->StopSignal);
 }
 

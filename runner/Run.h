@@ -16,12 +16,19 @@ namespace kx {
 struct TRunSettings {
   std::vector<TProjectVariable> Variables; // of the command line, before those of the project
   std::u16string KeyFile;                  // holds the key of stored secrets where the system has none
+  bool DryRun = false; // processes are not started, and changes of files are shown instead of made
 };
 
 struct TRunReport {
   bool Succeeded = false;
   bool Stopped = false;                    // a stop request came before the end
   std::vector<TActionResult> Actions = {}; // in the order in which they ended
+};
+
+// A file that an action would change when it is run, but could not.
+struct TValidationNote {
+  std::u16string Action; // its name in the project
+  std::u16string Message;
 };
 
 struct TValidationEntry {
@@ -45,6 +52,8 @@ public:
   // Asks every action, nested ones too; runs nothing. Raises nothing: an action that throws has an entry
   // more.
   std::vector<TValidationEntry> Validate();
+  // What stands in the way of the files that the actions would change, as far as it can be told beforehand.
+  std::vector<TValidationNote> CheckFilesToChange();
 
   // Runs the actions in order. The first that fails ends the run, unless it says ContinueOnError: then the
   // run goes on, and its result stays True. A stop request made before this call is forgotten; one made

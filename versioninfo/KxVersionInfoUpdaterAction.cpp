@@ -68,6 +68,15 @@ void TKxVersionInfoUpdaterAction::CheckStrings(TVersionInfoContainer& info) {
   }
 }
 
+void TKxVersionInfoUpdaterAction::GetFilesToChange(text::TStringList& files) {
+  try {
+    const std::u16string file = ExpandExpression(ResourceFile);
+    if (!file.empty()) files.Add(FullProjectPath(file));
+  } catch (const std::exception&) {
+    return; // Execute will say what cannot be expanded
+  }
+}
+
 bool TKxVersionInfoUpdaterAction::Execute() {
   propertySet_ = GetPropertySetService().Find(PropertySetName);
   if (propertySet_ == nullptr) {

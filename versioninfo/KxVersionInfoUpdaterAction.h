@@ -25,6 +25,7 @@ public:
   std::u16string GetActionName() const override { return u"Win32 Version Info Updater"; }
   std::u16string GetActionKeywords() const override { return u"RC resource File"; }
   bool Execute() override; // True once the script is written
+  void GetFilesToChange(text::TStringList& files) override;
 
 private:
   bool CanUpdateProperty(std::u16string_view name) const;

@@ -1,9 +1,7 @@
 #include "tests/runner/TestActions.h"
 
 #include <array>
-#include <fstream>
 #include <functional>
-#include <iterator>
 
 namespace kx::tests {
 
@@ -127,8 +125,7 @@ TEmbeddedHost::~TEmbeddedHost() {
 }
 
 std::string TEmbeddedHost::Read(std::string_view name) const {
-  std::ifstream file(folder_.Native(name), std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
+  return folder_.Read(name);
 }
 
 TStepAction& TEmbeddedHost::AddStep(std::u16string_view text, std::u16string_view name, TActionNode* parent) {

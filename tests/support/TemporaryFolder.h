@@ -37,6 +37,11 @@ public:
     return file.u16string();
   }
 
+  std::string Read(std::string_view name) const {
+    std::ifstream file(path_ / name, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+
 private:
   std::filesystem::path path_;
 };

@@ -1,0 +1,262 @@
+#include "build/VersionStamping.h"
+
+#include "host/Utilities.h"
+#include "platform/TextFiles.h"
+#include "text/Text.h"
+#include "text/WindowsPath.h"
+#include "versioninfo/Brannic.VStudio.SolutionAssemblyUpdater.h"
+#include "versioninfo/KxRCVersionInfo.h"
+
+#include <array>
+#include <limits>
+
+namespace kx {
+
+namespace {
+
+// The places of the parts in a version.
+constexpr std::size_t BuildPart = 2;
+constexpr std::size_t RevisionPart = 3;
+
+// The set of that name, or null with the reason in the log.
+std::shared_ptr<const IPropertySet> FindPropertySet(TCustomKxAction& action, const std::u16string& name,
+                                                    std::u16string_view blankMessage) {
+  if (name.empty()) {
+    action.SendMessage(blankMessage, TStatusTag::stError);
+    return nullptr;
+  }
+  auto set = action.GetPropertySetService().Find(name);
+  if (set == nullptr) action.SendMessage(u"Unable to find property set: " + name, TStatusTag::stError);
+  return set;
+}
+
+void Increment(TVersionQuadruple& version, std::size_t part) {
+  version.SetPart(part, text::FromInteger(std::int64_t{text::ToIntegerOr(version.Part(part), 0)} + 1));
+}
+
+// What a property set of .NET values has goes to its place; the rest stays.
+void LoadDotNetVersionInfo(const IPropertySet& set, TAssemblyInfoSettings& values) {
+  const struct {
+    std::u16string_view Name;
+    std::u16string& Text;
+  } texts[] = {{u"Title", values.Title},         {u"Description", values.Description},
+               {u"Company", values.Company},     {u"Product", values.ProductName},
+               {u"Copyright", values.Copyright}, {u"Trademark", values.TradeMark}};
+  for (const auto& row : texts)
+    if (const auto value = set.GetValue(row.Name)) row.Text = *value;
+
+  constexpr std::array<std::u16string_view, TVersionQuadruple::PartCount> parts{
+      u"MajorVersion", u"MinorVersion", u"BuildVersion", u"RevisionVersion"};
+  for (std::size_t i = 0; i < parts.size(); ++i) {
+    if (const auto value = set.GetValue(parts[i])) values.Version.SetPart(i, *value);
+    if (const auto value = set.GetValue(u"File" + std::u16string(parts[i])))
+      values.FileVersion.SetPart(i, *value);
+  }
+  if (const auto link = set.GetValue(u"LinkFileVersion"))
+    values.LinkFileVersion = text::EqualsIgnoreCase(*link, u"true");
+}
+
+// Which attributes are written, and from which text; in this order.
+struct TAttributeRow {
+  bool TAssemblyInfoSettings::*Flag;
+  std::u16string_view Name;
+  std::u16string TAssemblyInfoSettings::*Text;
+};
+constexpr std::array<TAttributeRow, 7> AttributeRows{
+    {{&TAssemblyInfoSettings::UpdateTitle, u"AssemblyTitle", &TAssemblyInfoSettings::Title},
+     {&TAssemblyInfoSettings::UpdateDescription, u"AssemblyDescription", &TAssemblyInfoSettings::Description},
+     {&TAssemblyInfoSettings::UpdateComment, u"AssemblyComment", &TAssemblyInfoSettings::Comment},
+     {&TAssemblyInfoSettings::UpdateCompany, u"AssemblyCompany", &TAssemblyInfoSettings::Company},
+     {&TAssemblyInfoSettings::UpdateProductName, u"AssemblyProduct", &TAssemblyInfoSettings::ProductName},
+     {&TAssemblyInfoSettings::UpdateCopyright, u"AssemblyCopyright", &TAssemblyInfoSettings::Copyright},
+     {&TAssemblyInfoSettings::UpdateTradeMark, u"AssemblyTrademark", &TAssemblyInfoSettings::TradeMark}}};
+
+} // namespace
+
+bool TAssemblyInfoStamping::Run() {
+  TKxMessageGroup group(action_, u"Updating AssemblyInfo");
+  return group.Close(TakeValues() && UpdateFiles());
+}
+
+bool TAssemblyInfoStamping::TakeValues() {
+  if (!values_.UsePropertySet) {
+    IncrementNumbers();
+    return true;
+  }
+  const auto set = FindPropertySet(action_, values_.PropertySetName, u"DotNet PropertySet name is blank");
+  if (set != nullptr) LoadDotNetVersionInfo(*set, values_);
+  return set != nullptr;
+}
+
+void TAssemblyInfoStamping::IncrementNumbers() {
+  TAssemblyInfoSettings& kept = action_.AssemblyInfo();
+  if (kept.AutoIncRevisionNo) Increment(kept.Version, RevisionPart);
+  if (kept.AutoIncFileRevisionNo) Increment(kept.FileVersion, RevisionPart);
+  if (kept.AutoIncBuildNumber) Increment(kept.Version, BuildPart);
+  if (kept.AutoIncFileBuildNumber) Increment(kept.FileVersion, BuildPart);
+  values_ = kept;
+}
+
+bool TAssemblyInfoStamping::UpdateFiles() {
+  const TWebProjectSettings& web = action_.WebProjects();
+  try {
+    const auto updater = GetAssemblyInfoUpdater(solution_, action_, *this,
+                                                {.ProjLocDetectMethod = web.DetectMethod,
+                                                 .WMIWebsiteNum = web.WMIWebsiteNum,
+                                                 .SharePath = web.SharePath,
+                                                 .WebDAVUsername = web.WebDAVUsername,
+                                                 .WebDAVPassword = action_.GetWebDAVPassword(),
+                                                 .StopEvent = &stop_});
+    if (values_.ApplyTo == TVSDotNetBuildType::btAllProjects) {
+      updater->UpdateAllProjects();
+      return true;
+    }
+    const text::TStringList& selected = action_.GetAssemblySelectedProjects();
+    const bool someAreBuilt = action_.Solution().BuildType != TVSDotNetBuildType::btAllProjects;
+    updater->UpdateProjects(selected, someAreBuilt ? &action_.GetSelectedProjects() : nullptr);
+    return true;
+  } catch (const std::exception& error) {
+    action_.SendMessage(u"Error Updating Assembly Info : " + MessageOf(error), TStatusTag::stError);
+    return false;
+  }
+}
+
+void TAssemblyInfoStamping::OnProcessFile(std::u16string_view fileName, IAssemblyInfoAttributes& updater) {
+  action_.SendMessage(u"Processing Assembly info in File : " + std::u16string(fileName));
+  for (const auto& row : AttributeRows)
+    if (values_.*row.Flag) updater.SetAttribute(row.Name, action_.ExpandExpression(values_.*row.Text));
+  const auto version = [this](const TVersionQuadruple& quadruple) {
+    return text::ReplaceAll(action_.ExpandExpression(quadruple.Text()), u"|", u".");
+  };
+  if (values_.UpdateFileVersion)
+    updater.SetAttribute(u"AssemblyFileVersion",
+                         version(values_.LinkFileVersion ? values_.Version : values_.FileVersion));
+  if (values_.UpdateVersion) updater.SetAttribute(u"AssemblyVersion", version(values_.Version));
+}
+
+void TAssemblyInfoStamping::AssemblyInfoProcessEntry(std::u16string_view name, std::u16string_view value) {
+  action_.SendMessage(std::u16string(name) + u" : " + std::u16string(value));
+}
+
+void TAssemblyInfoStamping::AssemblyInfoProcessMessage(std::u16string_view text) {
+  action_.SendMessage(text, text.starts_with(u"Warning : ") ? TStatusTag::stWarning : TStatusTag::stNormal);
+}
+
+bool TWin32Stamping::Run() {
+  TKxMessageGroup group(action_, u"Updating Win32 Version Info");
+  return group.Close(TakeValues() && DoUpdateWin32VersionInfo());
+}
+
+bool TWin32Stamping::TakeValues() {
+  const TWin32StampSettings& settings = action_.Win32Stamp();
+  TVersionInfoValues& kept = action_.Win32Values().Values();
+  if (!settings.UsePropertySet) {
+    if (kept.AutoIncBuild && kept.BuildVersion < std::numeric_limits<std::int32_t>::max())
+      ++kept.BuildVersion;
+    values_ = kept;
+    return ExpandTexts();
+  }
+  const auto set = FindPropertySet(action_, settings.PropertySetName, u"Win32 PropertySet name is blank");
+  if (set == nullptr) return false;
+  TVersionInfoContainer loaded;
+  const bool taken = Attempt(u"", [&] { TVersionInfo::LoadFromPropertySet(*set, loaded); });
+  values_ = loaded.Values();
+  return taken && ExpandTexts();
+}
+
+bool TWin32Stamping::ExpandTexts() {
+  for (std::size_t i = 0; i < values_.Strings.Count(); ++i) {
+    const std::u16string name(values_.Strings.NameOf(i));
+    std::u16string value;
+    if (!action_.TryExpandExpression(name, values_.Strings.ValueOf(i), false, value)) return false;
+    if (!name.empty()) SetVersionText(values_, name, value);
+  }
+  return true;
+}
+
+bool TWin32Stamping::DoUpdateWin32VersionInfo() {
+  const auto projects = solution_->GetProjects();
+  const auto stamp = [this](const IVSDotNetProject* project) {
+    return project == nullptr || project->GetRCWithVersionInfo().empty() ||
+           ApplyVersionInfo(project->GetRCWithVersionInfo());
+  };
+  if (action_.Win32Stamp().ApplyTo == TVSDotNetBuildType::btAllProjects) {
+    for (int i = 0; i < projects->GetCount(); ++i)
+      if (!stamp(projects->GetItem(i).get())) return false;
+    return true;
+  }
+  for (const auto& id : action_.GetResourceSelectedProjects())
+    if (!stamp(projects->FindByID(id).get())) return false;
+  return true;
+}
+
+// A warning about the file follows the step, so that the messages of the step stay together.
+bool TWin32Stamping::ApplyVersionInfo(const std::u16string& file) {
+  const auto info = std::make_shared<TVersionInfoContainer>();
+  std::shared_ptr<IKxVersionInfoParser> script;
+  const bool read =
+      Attempt(u"Error loading resource file : ", [&] { script = GetVersionInfoParser(info, file); }) &&
+      Attempt(u"Error Parsing File : ", [&] {
+        script->Parse();
+        TVersionInfo::Merge(values_, *info);
+      });
+  if (!read) return false;
+  action_.SendMessage(u"Updating Version info in file : " + file);
+  if (!Attempt(u"Error saving resource file : ", [&] { script->Save(*info); })) return false;
+  for (const auto& warning : script->GetWarnings())
+    action_.SendMessage(warning, TStatusTag::stWarning);
+  return true;
+}
+
+bool TWin32Stamping::Attempt(std::u16string_view failure, const std::function<void()>& step) {
+  try {
+    step();
+    return true;
+  } catch (const std::exception& error) {
+    action_.SendMessage(std::u16string(failure) + MessageOf(error), TStatusTag::stError);
+    return false;
+  }
+}
+
+namespace {
+
+using TProjectVisitor = std::function<void(const IVSDotNetProject& project)>;
+
+void VisitProjects(const IVSDotNetSolution& solution, TVSDotNetBuildType applyTo,
+                   const text::TStringList& selected, const TProjectVisitor& visit) {
+  const auto projects = solution.GetProjects();
+  for (int i = 0; i < projects->GetCount(); ++i) {
+    const auto project = projects->GetItem(i);
+    if (applyTo == TVSDotNetBuildType::btAllProjects || selected.IndexOf(project->GetProjectID()))
+      visit(*project);
+  }
+}
+
+// Empty where the project has none, or cannot be read.
+std::u16string AssemblyInfoFileOf(const IVSDotNetProject& project, const std::u16string& solutionFolder) {
+  const std::u16string file = text::ExpandPath(project.GetFileName(), solutionFolder);
+  const auto text = platform::ReadTextFile(file);
+  const std::u16string_view name = text ? FindAssemblyInfoName(*text) : std::u16string_view();
+  return name.empty() ? std::u16string() : text::ExpandPath(name, text::ExtractFilePath(file));
+}
+
+} // namespace
+
+void CollectFilesToStamp(TKxCustomVSDotNetAction& action, const IVSDotNetSolution& solution,
+                         text::TStringList& files) {
+  const auto add = [&files](const std::u16string& file) {
+    if (!file.empty() && !files.IndexOf(file)) files.Add(file);
+  };
+  const TAssemblyInfoSettings& assemblyInfo = action.AssemblyInfo();
+  if (assemblyInfo.UpdateAssemblyInfo)
+    VisitProjects(solution, assemblyInfo.ApplyTo, action.GetAssemblySelectedProjects(),
+                  [&](const IVSDotNetProject& project) {
+                    add(AssemblyInfoFileOf(project, SolutionDirectory(solution)));
+                  });
+  const TWin32StampSettings& win32 = action.Win32Stamp();
+  if (win32.UpdateWin32Resource)
+    VisitProjects(solution, win32.ApplyTo, action.GetResourceSelectedProjects(),
+                  [&](const IVSDotNetProject& project) { add(project.GetRCWithVersionInfo()); });
+}
+
+} // namespace kx

@@ -1,0 +1,67 @@
+// Writes version numbers into a solution's files before it is built.
+#pragma once
+
+#include "build/KxVSDotNetAction.h"
+#include "host/AssemblyInfo.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace kx {
+
+// One stamping of the AssemblyInfo files of a solution's projects. The action's settings give the values, or
+// the property set that they name; what the set lacks comes from the settings. Incremented numbers stay in
+// the action.
+class TAssemblyInfoStamping : private IAssemblyInfoCallback {
+public:
+  // `stop` ends a transfer; it outlives the stamping, as the action does.
+  TAssemblyInfoStamping(TKxCustomVSDotNetAction& action, std::shared_ptr<IVSDotNetSolution> solution,
+                        const TKxEvent& stop)
+      : action_(action), solution_(std::move(solution)), stop_(stop), values_(action.AssemblyInfo()) {}
+
+  bool Run(); // in a message group of its own; False with the reason in the log
+
+private:
+  bool TakeValues();
+  void IncrementNumbers();
+  bool UpdateFiles();
+
+  void OnProcessFile(std::u16string_view fileName, IAssemblyInfoAttributes& updater) override;
+  void AssemblyInfoProcessEntry(std::u16string_view name, std::u16string_view value) override;
+  void AssemblyInfoProcessMessage(std::u16string_view text) override;
+
+  TKxCustomVSDotNetAction& action_;
+  std::shared_ptr<IVSDotNetSolution> solution_;
+  const TKxEvent& stop_;
+  TAssemblyInfoSettings values_; // of this stamping
+};
+
+// One stamping of the version resources of a solution's C++ projects: of each project the one script that has
+// any.
+class TWin32Stamping {
+public:
+  TWin32Stamping(TKxCustomVSDotNetAction& action, std::shared_ptr<IVSDotNetSolution> solution)
+      : action_(action), solution_(std::move(solution)) {}
+
+  bool Run(); // in a message group of its own; False with the reason in the log
+
+private:
+  bool TakeValues();
+  bool ExpandTexts();
+  bool DoUpdateWin32VersionInfo();
+  bool ApplyVersionInfo(const std::u16string& file);
+  bool Attempt(std::u16string_view failure, const std::function<void()>& step);
+
+  TKxCustomVSDotNetAction& action_;
+  std::shared_ptr<IVSDotNetSolution> solution_;
+  TVersionInfoValues values_; // of this stamping
+};
+
+// The files that the action's settings let it stamp, as far as the solution and the project files on this
+// machine tell; projects on web servers are left out.
+void CollectFilesToStamp(TKxCustomVSDotNetAction& action, const IVSDotNetSolution& solution,
+                         text::TStringList& files);
+
+} // namespace kx

@@ -1,0 +1,141 @@
+#include "tests/build/BuildActionFixture.h"
+
+#include <regex>
+
+namespace kx::tests {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+constexpr const char* Sources = "// é\r\n[assembly: AssemblyVersion(\"1.0.*\")]\r\n";
+constexpr const char* Script = "#include <winver.h>\r\n1 VERSIONINFO\r\nFILEVERSION 1,2,3,4\r\nBEGIN\r\n"
+                               "BLOCK \"StringFileInfo\"\r\nBEGIN\r\nBLOCK \"040904b0\"\r\nBEGIN\r\n"
+                               "VALUE \"CompanyName\", \"Old\"\r\nEND\r\nEND\r\nEND\r\n";
+
+// Two C# projects with their AssemblyInfo, and a C++ project with two scripts of which one has a version.
+class VersionStamping : public TBuildActionTest {
+protected:
+  VersionStamping() {
+    std::string solution = SmallSolution;
+    solution.insert(
+        solution.find("Global\n"),
+        "Project(\"{8BC9CEB8-8B4A-11D0-8D11-00A0C91BC942}\") = \"Native\", \"Native\\Native.vcproj\", "
+        "\"{55555555-5555-5555-5555-555555555555}\"\nEndProject\n");
+    folder_.Write("App.sln", solution);
+    for (const std::string name : {"App", "Lib"}) {
+      folder_.Write(name + "/" + name + ".csproj", "<Compile Include=\"Properties\\AssemblyInfo.cs\"/>");
+      folder_.Write(name + "/Properties/AssemblyInfo.cs", Sources);
+    }
+    folder_.Write("Native/Native.vcproj",
+                  "<VisualStudioProject><Files><Filter><File RelativePath=\"other.rc\"/>"
+                  "<File RelativePath=\"version.rc\"/></Filter></Files></VisualStudioProject>");
+    folder_.Write("Native/other.rc", "STRINGTABLE\r\n");
+    folder_.Write("Native/version.rc", Script);
+    Begin();
+  }
+
+  // Begins with the settings, executes, and gives the log without what the build itself says.
+  std::string Stamp(std::u16string_view settings) {
+    const std::string log = Outcome(settings);
+    return log.substr(0, log.find("> Solution "));
+  }
+  std::string VersionsOf(const std::string& name) const {
+    const std::string text = folder_.Read(name + "/Properties/AssemblyInfo.cs");
+    std::string found;
+    const std::regex version("Assembly(File)?Version\\(\"([^\"]*)\"\\)");
+    for (std::sregex_iterator match(text.begin(), text.end(), version), end; match != end; ++match)
+      found += (*match)[1].str() + "=" + (*match)[2].str() + " ";
+    return found;
+  }
+};
+
+TEST_F(VersionStamping, WritesAttributesThatAreAskedForInEveryProject) {
+  host_.Variables[u"Label"] = u"a \"b\"";
+  const std::string log = Stamp(u"UpdateAssemblyInfo=True&UpdateAssemblyVersion=True&AssemblyVersion=2|3|4|5&"
+                                u"UpdateAssemblyFileVersion=True&LinkAssemblyFileVersionInfo=True&"
+                                u"UpdateAssemblyTitle=True&AssemblyTitle=%Label%&AssemblyCompany=unwanted");
+  for (const auto* project : {"App", "Lib"}) {
+    EXPECT_EQ(VersionsOf(project), "=2.3.4.5 File=2.3.4.5 ");
+    EXPECT_THAT(folder_.Read(std::string(project) + "/Properties/AssemblyInfo.cs"),
+                testing::AllOf(HasSubstr("AssemblyTitle(\"a \\\"b\\\"\")"), Not(HasSubstr("unwanted"))));
+  }
+  EXPECT_THAT(log, testing::StartsWith("> Updating AssemblyInfo\n0 4 projects to process.\n"));
+  EXPECT_THAT(log, HasSubstr("0 Processing Assembly info in File : DIR/Lib/Properties/AssemblyInfo.cs\n"));
+}
+
+TEST_F(VersionStamping, IncrementsEachNumberOnceAnExecutionUnlessAPropertySetGivesThem) {
+  const std::u16string all =
+      u"UpdateAssemblyInfo=True&UpdateAssemblyVersion=True&UpdateAssemblyFileVersion=True&"
+      u"AutoIncAssemblyBuildNumber=True&AutoIncAssemblyRevisionNo=True&"
+      u"AutoIncAssemblyFileRevisionNo=True&AssemblyVersion=1|0|x|41&AssemblyFileVersion=9|8|7|6";
+  Stamp(all);
+  EXPECT_EQ(VersionsOf("App"), "=1.0.1.42 File=9.8.7.7 ");
+  EXPECT_EQ(VersionsOf("Lib"), VersionsOf("App"));
+  EXPECT_EQ(Get(u"AssemblyVersion"), "1|0|1|42") << "kept for the next execution";
+
+  host_.Sets.Sets[u"Set"] = {
+      {u"MajorVersion", u"5"}, {u"LinkFileVersion", u"true"}, {u"FileMajorVersion", u"6"}};
+  Stamp(all + u"&UseDotNetPropertySet=True&DotNetVersionInfoPropertySetName=Set");
+  EXPECT_EQ(VersionsOf("App"), "=5.0.x.41 File=5.0.x.41 ");
+  EXPECT_EQ(Get(u"AssemblyVersion"), "1|0|x|41");
+}
+
+TEST_F(VersionStamping, ASelectionIsNarrowedByTheProjectsThatAreBuilt) {
+  const std::u16string stamp = u"UpdateAssemblyInfo=True&UpdateAssemblyVersion=True&AssemblyVersion=7|7|7|7&"
+                               u"ApplyAssemblyInfoTo=btSelectedProjects&AssemblySelectedProjects=App\nLib";
+  Stamp(stamp + u"&BuildType=btSelectedProjects&SelectedProjects=Lib");
+  EXPECT_EQ(VersionsOf("App"), "=1.0.* ");
+  EXPECT_EQ(VersionsOf("Lib"), "=7.7.7.7 ");
+  Stamp(stamp);
+  EXPECT_EQ(VersionsOf("App"), "=7.7.7.7 ") << "the whole solution is built";
+}
+
+TEST_F(VersionStamping, ReplacesTheVersionOfTheOneScriptThatHasAny) {
+  host_.Variables[u"Year"] = u"2010";
+  const std::string log = Stamp(u"UpdateWin32Resource=True&MajorVersion=3&AutoIncBuild=True&BuildVersion=41&"
+                                u"VersionInfoKeys=LegalCopyright=(c) %Year%");
+  EXPECT_EQ(log,
+            "> Updating Win32 Version Info\n0 Updating Version info in file : DIR/Native/version.rc\n< 1\n");
+  const std::string script = folder_.Read("Native/version.rc");
+  EXPECT_THAT(script, HasSubstr("FILEVERSION 3,0,0,42\r\n"));
+  EXPECT_THAT(script, HasSubstr("\"LegalCopyright\", \"(c) 2010"));
+  EXPECT_THAT(script, HasSubstr("\"CompanyName\", \"Old")) << "texts that are not named stay";
+  EXPECT_EQ(Get(u"BuildVersion"), "42");
+  EXPECT_EQ(folder_.Read("Native/other.rc"), "STRINGTABLE\r\n");
+  EXPECT_EQ(folder_.Read("Native/version.rc.orig"), Script);
+}
+
+TEST_F(VersionStamping, EndsTheActionBeforeAnyToolRunsWhenItFails) {
+  const std::pair<std::u16string, std::string> cases[] = {
+      {u"UpdateAssemblyInfo=True&UseDotNetPropertySet=True", "3 DotNet PropertySet name is blank\n"},
+      {u"UpdateWin32Resource=True&UseWin32PropertySet=True", "3 Win32 PropertySet name is blank\n"},
+      {u"UpdateWin32Resource=True&UseWin32PropertySet=True&Win32VersionInfoPropertySetName=X",
+       "3 Unable to find property set: X\n"},
+      {u"UpdateWin32Resource=True&VersionInfoKeys=Comments=%No%", "3 Comments : Unknown name: No\n"},
+      {u"UpdateAssemblyInfo=True&UpdateAssemblyTitle=True&AssemblyTitle=%No%",
+       "3 Error Updating Assembly Info : Unknown name: No\n"},
+  };
+  for (const auto& [settings, message] : cases)
+    EXPECT_THAT(Stamp(settings), testing::EndsWith(message + "< 3\nfailed"));
+  folder_.Write("Native/version.rc", "1 VERSIONINFO\r\nEND\r\n");
+  EXPECT_THAT(Stamp(u"UpdateWin32Resource=True"), HasSubstr("3 Error Parsing File : Unexpected END"));
+  EXPECT_THAT(host_.Runs(), testing::IsEmpty());
+}
+
+TEST_F(VersionStamping, TellsBeforehandWhichFilesItWouldChange) {
+  const auto files = [this] {
+    text::TStringList names;
+    action_->GetFilesToChange(names);
+    return Plain(text::ToUtf8(names.GetText()));
+  };
+  EXPECT_EQ(files(), "");
+  Set(u"UpdateAssemblyInfo=True&ApplyAssemblyInfoTo=btSelectedProjects&AssemblySelectedProjects=Lib&"
+      u"UpdateWin32Resource=True");
+  EXPECT_EQ(files(), "DIR/Lib/Properties/AssemblyInfo.cs\r\nDIR/Native/version.rc\r\n");
+  Set(u"Solution=%No%");
+  EXPECT_EQ(files(), "");
+}
+
+} // namespace
+} // namespace kx::tests
