@@ -68,5 +68,23 @@ class BuildTest(e2e.EndToEndTest):
                                                        ("Release|Any CPU", "failed", "1", "0")], run.stdout)
 
 
+    def test_a_dry_run_shows_what_stamping_changes_and_changes_nothing(self):
+        folder = self.examples / "Greeter"
+        content = lambda: {file: file.read_bytes() for file in folder.rglob("*") if file.is_file()}
+        arguments = [e2e.BIN / "kxhost", "run", self.examples / "greeter-stamp.kxproj", "--set", f"Root={folder}"]
+        before = content()
+        run = self.run_program(*arguments, "--dry-run")
+        self.assertEqual(run.returncode, 0, run.stdout)
+        for line in ['+[assembly: AssemblyVersion("3.1.4.0")]', "- FILEVERSION 1,0,0,0", "+ FILEVERSION 3,1,4,0"]:
+            self.assertIn(line, run.stdout)
+        self.assertEqual(content(), before)
+
+        run = self.run_program(*arguments)
+        self.assertEqual(run.returncode, 0, run.stdout)
+        program = (folder / "Greeter.App/bin/Release/greeter.exe").read_bytes()
+        self.assertIn("3.1.4.0".encode("utf-16-le"), program)
+        self.assertIn(b"FILEVERSION 3,1,4,0\r\n", (folder / "Greeter.Native/version.rc").read_bytes())
+        self.assertNotIn("+", self.run_program(*arguments, "--dry-run").stdout, "stamping again changes nothing")
+
 if __name__ == "__main__":
     unittest.main()
