@@ -180,11 +180,13 @@ void SetVersionText(TVersionInfoValues& values, std::u16string_view name, std::u
   }
 }
 
-void TVersionInfoContainer::SetStringValues(std::u16string_view lines) {
-  values_.AsRead.SetText(lines);
+void TVersionInfoContainer::TakeStrings() const {
+  if (!reported_) return;
+  values_.AsRead.SetText(*reported_);
   values_.Strings.Clear();
   for (const auto& line : values_.AsRead)
     values_.Strings.Add(FromScript(line));
+  reported_.reset();
 }
 
 void TVersionInfo::GenerateVersionInfoRC(const IVersionInformation& info, text::TStringList& lines,

@@ -121,8 +121,18 @@ std::u16string TVersionInfoContainer::NewValue(std::u16string_view name, std::u1
   return value;
 }
 
+const TVersionInfoValues& TVersionInfoContainer::Values() const {
+  TakeStrings();
+  return values_;
+}
+
+TVersionInfoValues& TVersionInfoContainer::Values() {
+  TakeStrings();
+  return values_;
+}
+
 void TVersionInfoContainer::SetProductVersion(std::u16string_view value) {
-  SetProductVersionOf(values_, value);
+  SetProductVersionOf(Values(), value);
 }
 
 } // namespace kx

@@ -7,6 +7,7 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -113,7 +114,7 @@ public:
 };
 
 // Keeps the values: a reader fills it, a writer asks it. Texts are kept decoded: a doubled backslash or
-// quotation mark of the script stands for one.
+// quotation mark of the script stands for one. What a reader reports shows in values asked for after it.
 class TVersionInfoContainer : public IKxVersionInfoCallback, public IVersionInformation {
 public:
   TVersionInfoContainer() = default;
@@ -125,8 +126,8 @@ public:
   // The hook's answer; without a hook the value stays.
   std::u16string NewValue(std::u16string_view name, std::u16string_view oldValue, bool selectable) const;
 
-  const TVersionInfoValues& Values() const override { return values_; }
-  TVersionInfoValues& Values() override { return values_; }
+  const TVersionInfoValues& Values() const override;
+  TVersionInfoValues& Values() override;
 
   void SetMajorVersion(std::int32_t value) override { values_.MajorVersion = value; }
   void SetMinorVersion(std::int32_t value) override { values_.MinorVersion = value; }
@@ -140,12 +141,16 @@ public:
   void SetDLL(bool value) override { values_.IsDLL = value; }
   void SetLocale(std::int32_t value) override { values_.Locale = value; }
   void SetCodePage(std::int32_t value) override { values_.CodePage = value; }
-  void SetStringValues(std::u16string_view lines) override;
+  void SetStringValues(std::u16string_view lines) override { reported_ = lines; }
 
 private:
   std::span<const std::u16string_view> names_;
   TKxVersionValueHook hook_;
-  TVersionInfoValues values_;
+  void TakeStrings() const;
+
+  mutable TVersionInfoValues values_;
+  // A reader reports the growing list with every line, so it is taken when somebody looks at the values.
+  mutable std::optional<std::u16string> reported_;
 };
 
 } // namespace kx
