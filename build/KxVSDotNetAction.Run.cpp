@@ -4,7 +4,6 @@
 #include "build/MSBuildCommandLine.h"
 #include "build/ProjectSearch.h"
 #include "build/VersionStamping.h"
-#include "host/RegEx.h"
 #include "host/Utilities.h"
 #include "platform/Files.h"
 #include "text/Text.h"
@@ -42,7 +41,7 @@ bool TBuildRun::Execute() {
     return false;
   if (!action_.VerifyExecutable()) return false;
   solution_ = LoadSolution();
-  const auto configurations = MatchConfigurations(configuration);
+  const auto configurations = FindConfigurations(configuration);
   if (!StampVersions()) return false;
   action_.structuredOutput_.Start(solution_->GetFileName(), action_.msbuild_.StructuredOutput);
   bool succeeded = false;
@@ -66,31 +65,13 @@ std::shared_ptr<IVSDotNetSolution> TBuildRun::LoadSolution() {
   }
 }
 
-std::vector<std::u16string> TBuildRun::MatchConfigurations(const std::u16string& wanted) {
-  if (const auto known = solution_->GetConfigurations())
-    for (int i = 0; i < known->GetCount(); ++i)
-      if (const std::u16string name = known->GetItem(i)->GetName(); text::EqualsIgnoreCase(name, wanted))
-        return {name};
-  std::vector<std::u16string> matched;
-  if (action_.solution_.UseRegExOnConfigName) matched = ConfigurationsLike(wanted);
+std::vector<std::u16string> TBuildRun::FindConfigurations(const std::u16string& wanted) {
+  std::u16string error;
+  auto matched = MatchConfigurations(*solution_, wanted, action_.solution_.UseRegExOnConfigName, error);
+  if (!error.empty())
+    action_.SendMessage(u"Error matching config regular expression : " + error, TStatusTag::stError);
   // A name that the solution does not know still goes to the tool, which then says so.
   if (matched.empty()) matched.push_back(wanted);
-  return matched;
-}
-
-std::vector<std::u16string> TBuildRun::ConfigurationsLike(const std::u16string& expression) {
-  std::vector<std::u16string> matched;
-  const auto known = solution_->GetConfigurations();
-  if (!known) return matched;
-  try {
-    const auto compiled = RegEx::NewRegularExpression(expression);
-    for (int i = 0; i < known->GetCount(); ++i)
-      if (const std::u16string name = known->GetItem(i)->GetName(); compiled->IsMatch(name))
-        matched.push_back(name);
-  } catch (const ERegExError& error) {
-    action_.SendMessage(u"Error matching config regular expression : " + error.Message(),
-                        TStatusTag::stError);
-  }
   return matched;
 }
 

@@ -29,8 +29,7 @@ public:
 
 private:
   std::shared_ptr<IVSDotNetSolution> LoadSolution();
-  std::vector<std::u16string> MatchConfigurations(const std::u16string& wanted);
-  std::vector<std::u16string> ConfigurationsLike(const std::u16string& expression);
+  std::vector<std::u16string> FindConfigurations(const std::u16string& wanted);
 
   bool StampVersions();
 

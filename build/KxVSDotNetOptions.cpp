@@ -38,6 +38,39 @@ const TKxOptionsClass& TVSDotNetOptions::Class() {
   return optionsClass;
 }
 
+const TKxPropertyTable& TVSDotNetOptions::PublishedProperties() const {
+  using T = TVSDotNetOptions;
+  constexpr std::u16string_view location = u"The folder that holds its executable (Common7\\IDE); empty: "
+                                           u"what the registry says when the options are "
+                                           u"read.";
+  static const TKxPropertyTable table = [&] {
+    auto rows =
+        TKxPropertyRows<T>()
+            .Accessors(u"DevEnvLocation", &T::GetDevEnv2002Location, &T::SetDevEnv2002Location, location)
+            .Accessors(u"DevEnv2003Location", &T::GetDevEnv2003Location, &T::SetDevEnv2003Location, location)
+            .Accessors(u"DevEnv2005Location", &T::GetDevEnv2005Location, &T::SetDevEnv2005Location, location)
+            .Accessors(u"DevEnv2008Location", &T::GetDevEnv2008Location, &T::SetDevEnv2008Location, location)
+            .Accessors(u"DevEnv2010Location", &T::GetDevEnv2010Location, &T::SetDevEnv2010Location, location)
+            .Accessors(u"DefaultVSVersion", &T::GetDefaultVSVersion, &T::SetDefaultVSVersion,
+                       u"The version that new actions use.")
+            .Accessors(u"StandaloneMSTestDir", &T::GetStandaloneMSTestDir, &T::SetStandaloneMSTestDir,
+                       u"The folder that holds the MSTest.exe of no Visual Studio.")
+            .Take();
+    for (auto& row : rows)
+      if (row.Kind == TKxPropertyKind::Enumeration) row.Enumeration = &VSDotNetVersionEnumeration;
+    return TKxPropertyTable(std::move(rows));
+  }();
+  return table;
+}
+
+void TVSDotNetOptions::GetPropertyAlias(text::TStringList& aliases) const {
+  for (std::size_t i = 0; i < VersionRows.size(); ++i)
+    aliases.Add(std::u16string(PublishedProperties().Rows()[i].Name) + u"=" +
+                std::u16string(VersionRows[i].DisplayName));
+  aliases.Add(u"DefaultVSVersion=Default Version");
+  aliases.Add(u"StandaloneMSTestDir=Standalone MSTest");
+}
+
 void TVSDotNetOptions::LoadOptions(const IKxOptionsReader& reader) {
   TKxOptionsObject::LoadOptions(reader);
   for (std::size_t i = 0; i < VersionRows.size(); ++i) {

@@ -27,6 +27,8 @@ public:
   static std::u16string_view GetCategory() { return u"Compilers"; }
   static const TKxOptionsClass& Class();
 
+  const TKxPropertyTable& PublishedProperties() const override;
+  void GetPropertyAlias(text::TStringList& aliases) const override;
   void LoadOptions(const IKxOptionsReader& reader) override;
   void SaveOptions(IKxOptionsWriter& writer) override;
 

@@ -1,6 +1,7 @@
 #include "build/ProjectSearch.h"
 
 #include "build/BuildSettings.h"
+#include "host/RegEx.h"
 #include "host/Utilities.h"
 #include "platform/Files.h"
 #include "text/Text.h"
@@ -65,6 +66,26 @@ bool WritesAnyCPUWithoutBlank(const IVSDotNetSolution& solution, const IVSDotNet
   const std::u16string config(configuration.substr(0, bar));
   return content.find(config + u"|Any CPU") == std::u16string::npos &&
          content.find(config + u"|AnyCPU") != std::u16string::npos;
+}
+
+std::vector<std::u16string> MatchConfigurations(const IVSDotNetSolution& solution, std::u16string_view wanted,
+                                                bool asExpression, std::u16string& error) {
+  const auto known = solution.GetConfigurations();
+  const int count = known ? known->GetCount() : 0;
+  for (int i = 0; i < count; ++i)
+    if (const std::u16string& name = known->GetItem(i)->GetName(); text::EqualsIgnoreCase(name, wanted))
+      return {name};
+  std::vector<std::u16string> matched;
+  if (!asExpression || count == 0) return matched;
+  try {
+    const auto compiled = RegEx::NewRegularExpression(wanted);
+    for (int i = 0; i < count; ++i)
+      if (const std::u16string& name = known->GetItem(i)->GetName(); compiled->IsMatch(name))
+        matched.push_back(name);
+  } catch (const ERegExError& failure) {
+    error = failure.Message();
+  }
+  return matched;
 }
 
 } // namespace kx

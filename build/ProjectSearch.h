@@ -1,4 +1,4 @@
-// Finding projects of a solution by what users and saved selections call them.
+// Finding projects and configurations of a solution by what users and saved selections call them.
 #pragma once
 
 #include "solution/VSNETSLN.h"
@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kx {
 
@@ -16,6 +17,11 @@ std::shared_ptr<IVSDotNetProject> FindProject(const IVSDotNetSolution& solution,
 
 // The full path of a project's file; the address of a web project.
 std::u16string ProjectPath(const IVSDotNetSolution& solution, const IVSDotNetProject& project);
+
+// The names of the configurations that `wanted` means: the one of this name (letter case ignored), else with
+// `asExpression` all that match it as a regular expression. `error` says what is wrong with the expression.
+std::vector<std::u16string> MatchConfigurations(const IVSDotNetSolution& solution, std::u16string_view wanted,
+                                                bool asExpression, std::u16string& error);
 
 // Solutions call the platform "Any CPU", most project files "AnyCPU": True when this one knows
 // `configuration`

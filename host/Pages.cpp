@@ -1,6 +1,5 @@
 #include "host/Pages.h"
 
-#include "host/Services.h"
 #include "host/Utilities.h"
 #include "text/Text.h"
 #include "text/WindowsPath.h"
@@ -15,11 +14,6 @@ bool Take(std::optional<std::u16string> choice, std::u16string& path) {
   if (!choice) return false;
   path = std::move(*choice);
   return true;
-}
-
-// What the user sees of a field.
-std::u16string Caption(const TKxPageField& field) {
-  return DoubleQuoteString(field.Label.empty() ? field.Name : field.Label);
 }
 
 bool IsFlag(const TKxPageField& field) {
@@ -43,6 +37,14 @@ const TKxPageField& TKxPropertyPage::Field(std::u16string_view name) const {
 
 TKxPageField& TKxPropertyPage::Find(std::u16string_view name) {
   return fields_[static_cast<std::size_t>(&Field(name) - fields_.data())];
+}
+
+// What the user sees of a field: one without a label stands under another's.
+std::u16string TKxPropertyPage::Caption(const TKxPageField& field) const {
+  auto at = static_cast<std::size_t>(&field - fields_.data());
+  while (at > 0 && fields_[at].Label.empty())
+    --at;
+  return DoubleQuoteString(fields_[at].Label);
 }
 
 void TKxPropertyPage::Add(TKxPageField field) {
@@ -151,9 +153,14 @@ void TKxPropertyPage::Browse(TKxPageField& field) {
   Assign(field, path);
 }
 
-TKxFieldOffers TKxPropertyPage::Offers(std::u16string_view name) {
+TKxFieldOffers TKxPropertyPage::Offers(std::u16string_view name, const TKxEvent* /*stop*/) {
   static_cast<void>(Field(name));
   return {};
+}
+
+const TKxPropertyEditorClass& TShowActionPropertiesEditor::Class() {
+  static const TKxPropertyEditorClass editor{u"TShowActionPropertiesEditor", &GetPage};
+  return editor;
 }
 
 bool KxBrowseForDirectory(std::u16string_view title, std::u16string& path) {

@@ -3,6 +3,7 @@
 
 #include "host/Actions.h"
 #include "host/PageFields.h"
+#include "host/Services.h"
 
 #include <map>
 #include <optional>
@@ -38,8 +39,8 @@ public:
   // an error beside it. Checking a choice unchecks the others of its group.
   void SetValue(std::u16string_view name, std::u16string_view value);
   void Click(std::u16string_view name, TKxButtonKind button);
-  // What could stand in the field, looked up now (it may read files).
-  virtual TKxFieldOffers Offers(std::u16string_view name);
+  // What could stand in the field, looked up now: it may read files, and go on until `stop` is raised.
+  virtual TKxFieldOffers Offers(std::u16string_view name, const TKxEvent* stop = nullptr);
 
 protected:
   void Add(TKxPageField field); // unchecked, empty, with the button of its chooser
@@ -73,10 +74,17 @@ private:
   TKxPageField& Find(std::u16string_view name);
   void Assign(TKxPageField& field, std::u16string_view value);
   void Browse(TKxPageField& field);
+  std::u16string Caption(const TKxPageField& field) const;
 
   std::vector<TKxPageField> fields_;
   // What was typed stays out of the fields, which everybody may read.
   std::map<std::u16string, std::u16string, std::less<>> newSecrets_;
+};
+
+// The editor of a property that only sums up what the action's own pages edit: it opens the first of them.
+struct TShowActionPropertiesEditor {
+  static std::u16string_view GetPage() { return {}; }
+  static const TKxPropertyEditorClass& Class();
 };
 
 // Choosers of the design service. True when the user chose; `path` is where to start, then the choice.

@@ -182,7 +182,8 @@ TKxPropertyValue TKxTablePage::WrittenValue(const TKxPageField& field,
 
 void TKxTablePage::ApplyEnableRules() {
   for (const auto& row : layout_)
-    if (!row.EnabledBy.empty()) Enable(row.Property, IsChecked(row.EnabledBy));
+    if (!row.EnabledBy.empty())
+      Enable(row.Property, Field(row.EnabledBy).Enabled && IsChecked(row.EnabledBy));
 }
 
 } // namespace kx

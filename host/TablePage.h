@@ -11,7 +11,7 @@ namespace kx {
 struct TKxTableField {
   std::u16string_view Heading = {};
   std::u16string_view Property = {};
-  std::u16string_view EnabledBy = {};    // a Boolean property of the same page
+  std::u16string_view EnabledBy = {};    // a Boolean property further up on the page
   std::optional<TKxFieldKind> Kind = {}; // of a text: a file, a folder, lines
   std::u16string_view Filter = {};       // of a file
   bool HasOffers = false;

@@ -5,6 +5,13 @@
 #include "iterator/KxVSDotNetSolutionIterator.h"
 #include "mstest/KxMSTestAction.h"
 #include "package/Images.h"
+#include "pages/KxMSTestFrame.h"
+#include "pages/KxMSTestPublishFrame.h"
+#include "pages/KxMSTestSettingsFrame.h"
+#include "pages/KxVSDotNetFrames.h"
+#include "pages/KxVSDotNetSolutionIteratorFrame.h"
+#include "pages/KxVSDotNetWebProjectDetectionFrame.h"
+#include "pages/KxVersionInfoUpdaterFrame.h"
 #include "versioninfo/KxVersionInfoUpdaterAction.h"
 
 namespace kx {
@@ -25,6 +32,36 @@ void RegisterImages() {
     ActionService().RegisterImage(image.Name, image.Svg);
 }
 
+// Older projects know some of these properties; the action publishes the first three.
+void RegisterPropertyEditors() {
+  const auto edit = [](std::u16string_view property, const TKxPropertyEditorClass& editor) {
+    ActionService().RegisterPropertyEditor(TKxPropertyKind::String, TKxVSDotNetAction::Class(), property,
+                                           editor);
+  };
+  edit(u"Solution", TSolutionEditor::Class());
+  edit(u"SolutionConfiguration", TSolutionEditor::Class());
+  edit(u"AssemblyInfo", TShowActionPropertiesEditor::Class());
+  edit(u"Win32VersionInfo", TShowActionPropertiesEditor::Class());
+  edit(u"NSolution", TSolutionEditor::Class());
+  edit(u"NSolutionConfiguration", TSolutionEditor::Class());
+}
+
+void RegisterPages(const TKxActionClass& action, std::initializer_list<const TKxPageClass*> pages) {
+  ActionService().RegisterPropertyPages(action, pages);
+}
+
+void RegisterPropertyPages() {
+  RegisterPages(TKxVSDotNetAction::Class(),
+                {&TVSDotNetProjectFrame::Class(), &TVSDotNetPathsFrame::Class(),
+                 &TVSDotNetBuildFrame::Class(), &TVSDotNetAssemblyFrame::Class(),
+                 &TVC7VersionInfoFrame::Class(), &TVSDotNetWebProjectLocationFrame::Class()});
+  RegisterPages(TKxVSSolutionIterator::Class(), {&TSolutionIteratorFrame::Class()});
+  OptionsService().RegisterOptionsPage(TVSDotNetOptions::Class(), TVSDotNetOptionsFrame::Class());
+  RegisterPages(TKxMSTestAction::Class(),
+                {&TMSTestFrame::Class(), &TMSTestSettingsFrame::Class(), &TMSTestPublishFrame::Class()});
+  RegisterPropertyPage(); // that of the version info updater
+}
+
 void RegisterScriptConstants() {
   const TKxEnumeration& actions = VSDotNetBuildActionEnumeration();
   for (std::size_t i = 0; i < actions.Values.size(); ++i)
@@ -41,6 +78,8 @@ void RegisterVisualStudioDotNet(const IKxRegistrationContext& context) {
   ActionService().RegisterAction(u"VERSIONINFO", u"Compilers", TKxVersionInfoUpdaterAction::Class());
   ActionService().RegisterAction(u"SOLUTIONITERATOR", u"Compilers", TKxVSSolutionIterator::Class());
   if (!context.HasDesignEnvironment()) return;
+  RegisterPropertyEditors();
+  RegisterPropertyPages();
   RegisterScriptConstants();
 }
 

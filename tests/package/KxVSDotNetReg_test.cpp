@@ -32,8 +32,30 @@ TEST(Registration, AnnouncesEverythingInOrderAndConstantsOnlyToAnEditor) {
       "action VERSIONINFO Compilers TKxVersionInfoUpdaterAction",
       "action SOLUTIONITERATOR Compilers TKxVSSolutionIterator",
   };
-  const std::vector<std::string> forEditors{"constant baBuild 0", "constant baRebuild 1",
-                                            "constant baClean 2", "constant baDeploy 3"};
+  const std::vector<std::string> forEditors{
+      "editor TKxVSDotNetAction Solution TSolutionEditor",
+      "editor TKxVSDotNetAction SolutionConfiguration TSolutionEditor",
+      "editor TKxVSDotNetAction AssemblyInfo TShowActionPropertiesEditor",
+      "editor TKxVSDotNetAction Win32VersionInfo TShowActionPropertiesEditor",
+      "editor TKxVSDotNetAction NSolution TSolutionEditor",
+      "editor TKxVSDotNetAction NSolutionConfiguration TSolutionEditor",
+      "page TKxVSDotNetAction TVSDotNetProjectFrame",
+      "page TKxVSDotNetAction TVSDotNetPathsFrame",
+      "page TKxVSDotNetAction TVSDotNetBuildFrame",
+      "page TKxVSDotNetAction TVSDotNetAssemblyFrame",
+      "page TKxVSDotNetAction TVC7VersionInfoFrame",
+      "page TKxVSDotNetAction TVSDotNetWebProjectLocationFrame",
+      "page TKxVSSolutionIterator TSolutionIteratorFrame",
+      "options page Visual Studio.Net TVSDotNetOptionsFrame",
+      "page TKxMSTestAction TMSTestFrame",
+      "page TKxMSTestAction TMSTestSettingsFrame",
+      "page TKxMSTestAction TMSTestPublishFrame",
+      "page TKxVersionInfoUpdaterAction TKxVersionInfoUpdaterFrame",
+      "constant baBuild 0",
+      "constant baRebuild 1",
+      "constant baClean 2",
+      "constant baDeploy 3",
+  };
   for (const bool design : {false, true}) {
     TFakeServices services;
     RegisterVisualStudioDotNet(TContext(design));

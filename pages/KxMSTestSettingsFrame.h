@@ -1,0 +1,23 @@
+// The page of the MSTest action on which the user says how to run it.
+#pragma once
+
+#include "host/Pages.h"
+#include "mstest/KxMSTestAction.h"
+
+namespace kx {
+
+class TMSTestSettingsFrame : public TKxPropertyPage {
+public:
+  static const TKxPageClass& Class();
+  std::u16string PageName() const override { return u"Settings"; }
+  void InitFrame() override;
+  void InitPage(TKxPersistent& edited) override;
+  void ReadActionData() override;
+  // The stand-alone MSTest goes with the default version of the options: the one chosen before is forgotten.
+  void WriteActionData() override;
+
+private:
+  TKxMSTestAction* action_ = nullptr;
+};
+
+} // namespace kx

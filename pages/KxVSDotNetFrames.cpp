@@ -1,0 +1,212 @@
+#include "pages/KxVSDotNetFrames.h"
+
+#include "build/KxVSDotNetOptions.h"
+#include "pages/PageSupport.h"
+#include "pages/SolutionOffers.h"
+#include "text/Text.h"
+
+#include <array>
+
+namespace kx {
+
+namespace {
+
+constexpr TKxTableField ProjectFields[] = {
+    {.Property = u"Solution", .Kind = TKxFieldKind::FilePath, .Filter = u"Solution Files (*.sln)|*.sln"},
+    {.Property = u"SolutionConfiguration", .HasOffers = true},
+    {.Property = u"UseRegExOnConfigName"},
+    {.Heading = u"Projects"},
+    {.Property = u"BuildType"},
+    {.Property = u"SelectedProjects", .HasOffers = true},
+    {.Heading = u"Build"},
+    {.Property = u"BuildAction"},
+    {.Property = u"VStudioVersion"},
+    {.Property = u"UseMSBuild"},
+};
+
+constexpr TKxTableField PathsFields[] = {
+    {.Property = u"OutputDirectory", .Kind = TKxFieldKind::FolderPath},
+    {.Property = u"OverrideReferencePaths"},
+    {.Property = u"ReferencePaths", .EnabledBy = u"OverrideReferencePaths"},
+    {.Property = u"UseEnv"},
+};
+
+constexpr TKxTableField BuildFields[] = {
+    {.Property = u"ExtraCmdLineParams"},
+    {.Heading = u"MSBuild"},
+    {.Property = u"StructuredOutput"},
+    {.Property = u"LogLevel"},
+    {.Property = u"MaxCPUs"},
+    {.Property = u"ExtraMSBuildProperties"},
+    {.Heading = u"Compiler"},
+    {.Property = u"OverrideCompiler"},
+    {.Property = u"CompilerConstants", .EnabledBy = u"OverrideCompiler"},
+    {.Property = u"DebugConstant", .EnabledBy = u"OverrideCompiler"},
+    {.Property = u"TraceConstant", .EnabledBy = u"OverrideCompiler"},
+    {.Property = u"Optimize", .EnabledBy = u"OverrideCompiler"},
+    {.Property = u"AllowUnsafe", .EnabledBy = u"OverrideCompiler"},
+    {.Heading = u"Warnings"},
+    {.Property = u"OverrideWarnings"},
+    {.Property = u"WarningLevel", .EnabledBy = u"OverrideWarnings"},
+    {.Property = u"AllWarningsAsErrors", .EnabledBy = u"OverrideWarnings"},
+    {.Property = u"SelectedWarningsAsErrors", .EnabledBy = u"OverrideWarnings"},
+    {.Property = u"WarningsAsErrors", .EnabledBy = u"SelectedWarningsAsErrors"},
+    {.Property = u"DisableSelectedWarnings", .EnabledBy = u"OverrideWarnings"},
+    {.Property = u"DisableWarnings", .EnabledBy = u"DisableSelectedWarnings"},
+    {.Heading = u"Target Framework"},
+    {.Property = u"OverrideTargetFramework"},
+    {.Property = u"TargetFramework", .EnabledBy = u"OverrideTargetFramework"},
+};
+
+constexpr TKxTableField AssemblyFields[] = {
+    {.Property = u"UpdateAssemblyInfo"},
+    {.Property = u"ApplyAssemblyInfoTo"},
+    {.Property = u"AssemblySelectedProjects", .HasOffers = true},
+    {.Property = u"UseDotNetPropertySet"},
+    {.Property = u"DotNetVersionInfoPropertySetName",
+     .EnabledBy = u"UseDotNetPropertySet",
+     .HasOffers = true},
+    {.Heading = u"Attributes"},
+    {.Property = u"UpdateAssemblyTitle"},
+    {.Property = u"AssemblyTitle", .EnabledBy = u"UpdateAssemblyTitle"},
+    {.Property = u"UpdateAssemblyComment"},
+    {.Property = u"AssemblyComment", .EnabledBy = u"UpdateAssemblyComment"},
+    {.Property = u"UpdateAssemblyCompany"},
+    {.Property = u"AssemblyCompany", .EnabledBy = u"UpdateAssemblyCompany"},
+    {.Property = u"UpdateAssemblyDescription"},
+    {.Property = u"AssemblyDescription", .EnabledBy = u"UpdateAssemblyDescription"},
+    {.Property = u"UpdateAssemblyCopyright"},
+    {.Property = u"AssemblyCopyright", .EnabledBy = u"UpdateAssemblyCopyright"},
+    {.Property = u"UpdateAssemblyTradeMark"},
+    {.Property = u"AssemblyTradeMark", .EnabledBy = u"UpdateAssemblyTradeMark"},
+    {.Property = u"UpdateAssemblyProductName"},
+    {.Property = u"AssemblyProductName", .EnabledBy = u"UpdateAssemblyProductName"},
+    {.Heading = u"Assembly Version"},
+    {.Property = u"UpdateAssemblyVersion"},
+    {.Property = u"AssemblyVersionMajor", .EnabledBy = u"UpdateAssemblyVersion"},
+    {.Property = u"AssemblyVersionMinor", .EnabledBy = u"UpdateAssemblyVersion"},
+    {.Property = u"AssemblyVersionBuild", .EnabledBy = u"UpdateAssemblyVersion"},
+    {.Property = u"AssemblyVersionRevision", .EnabledBy = u"UpdateAssemblyVersion"},
+    {.Property = u"AutoIncAssemblyBuildNumber", .EnabledBy = u"UpdateAssemblyVersion"},
+    {.Property = u"AutoIncAssemblyRevisionNo", .EnabledBy = u"UpdateAssemblyVersion"},
+    {.Heading = u"File Version"},
+    {.Property = u"UpdateAssemblyFileVersion"},
+    {.Property = u"LinkAssemblyFileVersionInfo", .EnabledBy = u"UpdateAssemblyFileVersion"},
+    {.Property = u"AssemblyFileVersionMajor", .EnabledBy = u"UpdateAssemblyFileVersion"},
+    {.Property = u"AssemblyFileVersionMinor", .EnabledBy = u"UpdateAssemblyFileVersion"},
+    {.Property = u"AssemblyFileVersionBuild", .EnabledBy = u"UpdateAssemblyFileVersion"},
+    {.Property = u"AssemblyFileVersionRevision", .EnabledBy = u"UpdateAssemblyFileVersion"},
+    {.Property = u"AutoIncAssemblyFileBuildNumber", .EnabledBy = u"UpdateAssemblyFileVersion"},
+    {.Property = u"AutoIncAssemblyFileRevisionNo", .EnabledBy = u"UpdateAssemblyFileVersion"},
+};
+
+constexpr TKxTableField VersionInfoFields[] = {
+    {.Property = u"UpdateWin32Resource"},
+    {.Property = u"ApplyResourceInfoTo"},
+    {.Property = u"ResourceSelectedProjects", .HasOffers = true},
+    {.Property = u"UseWin32PropertySet"},
+    {.Property = u"Win32VersionInfoPropertySetName", .EnabledBy = u"UseWin32PropertySet", .HasOffers = true},
+    {.Heading = u"Version"},
+    {.Property = u"MajorVersion"},
+    {.Property = u"MinorVersion"},
+    {.Property = u"ReleaseVersion"},
+    {.Property = u"BuildVersion"},
+    {.Property = u"AutoIncBuild"},
+    {.Property = u"AutoUpdateFileVersion"},
+    {.Property = u"AutoUpdateProductVersion"},
+    {.Property = u"LinkFileAndProductVersion"},
+    {.Heading = u"Flags"},
+    {.Property = u"IsDebug"},
+    {.Property = u"IsPreRelease"},
+    {.Property = u"IsSpecial"},
+    {.Property = u"IsPrivate"},
+    {.Property = u"IsDLL"},
+    {.Heading = u"Texts"},
+    {.Property = u"Locale"},
+    {.Property = u"CodePage"},
+    {.Property = u"IncludeCompileDate"},
+    {.Property = u"VersionInfoKeys", .Kind = TKxFieldKind::List},
+};
+
+constexpr TKxTableField OptionsFields[] = {
+    {.Heading = u"Folders"},
+    {.Property = u"DevEnvLocation", .Kind = TKxFieldKind::FolderPath},
+    {.Property = u"DevEnv2003Location", .Kind = TKxFieldKind::FolderPath},
+    {.Property = u"DevEnv2005Location", .Kind = TKxFieldKind::FolderPath},
+    {.Property = u"DevEnv2008Location", .Kind = TKxFieldKind::FolderPath},
+    {.Property = u"DevEnv2010Location", .Kind = TKxFieldKind::FolderPath},
+    {.Property = u"StandaloneMSTestDir", .Kind = TKxFieldKind::FolderPath},
+    {.Heading = u"Version"},
+    {.Property = u"DefaultVSVersion"},
+};
+
+TKxFieldOffers OfferNames(const text::TStringList& names, std::u16string_view value) {
+  TKxFieldOffers offers;
+  for (const auto& name : names)
+    offers.Items.push_back({name, name, text::EqualsIgnoreCase(name, value)});
+  if (offers.Items.empty()) offers.Error = u"The project has no property sets of this kind.";
+  return offers;
+}
+
+} // namespace
+
+TVSDotNetProjectFrame::TVSDotNetProjectFrame()
+    : TVSDotNetActionPage(TSolutionEditor::GetPage(), ProjectFields) {}
+TVSDotNetPathsFrame::TVSDotNetPathsFrame() : TVSDotNetActionPage(u"Paths", PathsFields) {}
+TVSDotNetBuildFrame::TVSDotNetBuildFrame() : TVSDotNetActionPage(u"Build", BuildFields) {}
+TVSDotNetAssemblyFrame::TVSDotNetAssemblyFrame() : TVSDotNetActionPage(u"Assembly Info", AssemblyFields) {}
+TVC7VersionInfoFrame::TVC7VersionInfoFrame()
+    : TVSDotNetActionPage(u"Win32 Version Info", VersionInfoFields) {}
+TVSDotNetOptionsFrame::TVSDotNetOptionsFrame()
+    : TVSDotNetTablePage(TVSDotNetOptions::GetName(), OptionsFields) {}
+
+const TKxPageClass& TVSDotNetProjectFrame::Class() {
+  return PageClassOf<TVSDotNetProjectFrame>(u"TVSDotNetProjectFrame");
+}
+const TKxPageClass& TVSDotNetPathsFrame::Class() {
+  return PageClassOf<TVSDotNetPathsFrame>(u"TVSDotNetPathsFrame");
+}
+const TKxPageClass& TVSDotNetBuildFrame::Class() {
+  return PageClassOf<TVSDotNetBuildFrame>(u"TVSDotNetBuildFrame");
+}
+const TKxPageClass& TVSDotNetAssemblyFrame::Class() {
+  return PageClassOf<TVSDotNetAssemblyFrame>(u"TVSDotNetAssemblyFrame");
+}
+const TKxPageClass& TVC7VersionInfoFrame::Class() {
+  return PageClassOf<TVC7VersionInfoFrame>(u"TVC7VersionInfoFrame");
+}
+const TKxPageClass& TVSDotNetOptionsFrame::Class() {
+  return PageClassOf<TVSDotNetOptionsFrame>(u"TVSDotNetOptionsFrame");
+}
+
+std::u16string TVSDotNetTablePage::ItemText(const TKxEnumeration& enumeration, std::size_t ordinal) const {
+  if (&enumeration == &VSDotNetVersionEnumeration) return GetVSName(static_cast<TVSDotNetVersion>(ordinal));
+  if (&enumeration != &VSDotNetTargetFxEnumeration()) return TKxTablePage::ItemText(enumeration, ordinal);
+  const std::u16string_view digits = enumeration.Values[ordinal].substr(2); // "fx35"
+  return u".NET Framework " + std::u16string(digits.substr(0, 1)) + u"." + std::u16string(digits.substr(1));
+}
+
+TKxFieldOffers TVSDotNetActionPage::Offers(std::u16string_view name, const TKxEvent* stop) {
+  const TKxPageField& field = Field(name);
+  if (!field.HasOffers) return {};
+  auto& action = static_cast<TKxVSDotNetAction&>(Edited());
+  try {
+    if (name == u"Win32VersionInfoPropertySetName")
+      return OfferNames(GetWin32PropertySetsStrs(action.GetPropertySetService()), field.Value);
+    if (name == u"DotNetVersionInfoPropertySetName")
+      return OfferNames(GetDotNetPropertySetStrs(action.GetPropertySetService()), field.Value);
+    const bool here = name == u"SolutionConfiguration" || name == u"SelectedProjects";
+    const auto solution =
+        OpenSolutionOf(action, here ? Value(u"Solution") : action.Solution().Solution, stop);
+    if (name == u"SolutionConfiguration")
+      return OfferConfigurations(*solution, action.ExpandExpression(field.Value),
+                                 IsChecked(u"UseRegExOnConfigName"));
+    text::TStringList selected;
+    selected.SetText(field.Value);
+    return OfferProjects(*solution, selected);
+  } catch (const std::exception& error) {
+    return {.Items = {}, .Error = MessageOf(error)};
+  }
+}
+
+} // namespace kx

@@ -1,0 +1,25 @@
+// What the solution of a Build action holds, for the fields that name a part of it.
+#pragma once
+
+#include "build/KxVSDotNetAction.h"
+#include "host/PageFields.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace kx {
+
+// Opens the solution that `text` names, as the action would when it runs. Raises EKxException that says why
+// it cannot be opened; `stop` ends a long search.
+std::shared_ptr<IVSDotNetSolution> OpenSolutionOf(TKxCustomVSDotNetAction& action, std::u16string_view text,
+                                                  const TKxEvent* stop);
+
+// The solution's configurations; chosen are those that a run would build for `wanted`.
+TKxFieldOffers OfferConfigurations(const IVSDotNetSolution& solution, std::u16string_view wanted,
+                                   bool asExpression);
+
+// The solution's projects in build order, by their ids; chosen are those that an entry of `selected` means.
+TKxFieldOffers OfferProjects(const IVSDotNetSolution& solution, const text::TStringList& selected);
+
+} // namespace kx

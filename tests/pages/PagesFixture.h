@@ -1,0 +1,80 @@
+// An editor around one page: its action's host, a design service that answers from members, and verbs.
+#pragma once
+
+#include "build/KxVSDotNetOptions.h"
+#include "host/Pages.h"
+#include "tests/support/RecordingHost.h"
+
+#include <gmock/gmock.h>
+
+namespace kx::tests {
+
+using TEdits = std::vector<std::pair<std::u16string_view, std::u16string_view>>;
+
+class TEditor : public TFakeServices, public IKxDesignService {
+public:
+  TEditor() {
+    RegisterOptions(TVSDotNetOptions::Class());
+    TKxServices services = CurrentServices();
+    services.Design = this;
+    SetServices(services);
+  }
+  std::u16string Chosen; // what the user picks in the next chooser; empty: gives up
+  std::string Asked;     // what that chooser was told
+  TRecordingHost Host;
+
+  // Opens the page on the object, makes the edits and accepts.
+  template <typename TPage, typename TEdited>
+  void Edit(TEdited& edited, const TEdits& edits) {
+    TPage page;
+    Open(page, edited);
+    for (const auto& [name, value] : edits)
+      page.SetValue(name, value);
+    page.WriteActionData();
+  }
+  static void Open(TKxPropertyPage& page, TKxPersistent& edited) {
+    page.InitFrame();
+    page.InitPage(edited);
+    page.ReadActionData();
+  }
+
+  text::TStringList GetVariableNames() override { return {u"Root", u"Project"}; }
+  std::optional<std::u16string> BrowseForDirectory(std::u16string_view title,
+                                                   std::u16string_view start) override {
+    return BrowseForFile(title, start, u"folder");
+  }
+  std::optional<std::u16string> BrowseForFile(std::u16string_view title, std::u16string_view start,
+                                              std::u16string_view filter) override {
+    Asked = text::ToUtf8(std::u16string(title) + u" from " + std::u16string(start) + u": " +
+                         std::u16string(filter));
+    return Chosen.empty() ? std::nullopt : std::optional(Chosen);
+  }
+  void ShowMessage(std::u16string_view /*text*/) override {}
+};
+
+// The names of the checked or of the enabled fields, in drawing order.
+template <typename TTest>
+std::vector<std::string> NamesWhere(const TKxPropertyPage& page, const TTest& test) {
+  std::vector<std::string> names;
+  for (const auto& field : page.Fields())
+    if (!field.Name.empty() && test(field)) names.push_back(text::ToUtf8(field.Name));
+  return names;
+}
+inline std::vector<std::string> Checked(const TKxPropertyPage& page) {
+  return NamesWhere(page, [](const auto& field) { return field.IsChecked(); });
+}
+inline std::vector<std::string> Disabled(const TKxPropertyPage& page) {
+  return NamesWhere(page, [](const auto& field) { return !field.Enabled; });
+}
+// The message of the failure; empty when there is none.
+template <typename TDo>
+std::string FailureOf(const TDo& what) {
+  try {
+    what();
+  } catch (const EKxException& error) {
+    return error.what();
+  }
+  return {};
+}
+
+} // namespace kx::tests

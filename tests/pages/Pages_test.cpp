@@ -1,0 +1,186 @@
+#include "pages/KxMSTestFrame.h"
+#include "pages/KxMSTestPublishFrame.h"
+#include "pages/KxMSTestSettingsFrame.h"
+#include "pages/KxVSDotNetSolutionIteratorFrame.h"
+#include "pages/KxVSDotNetWebProjectDetectionFrame.h"
+#include "tests/pages/PagesFixture.h"
+
+namespace kx::tests {
+namespace {
+
+using testing::ElementsAre;
+
+class TPagesTest : public testing::Test {
+protected:
+  TEditor editor_;
+  TKxMSTestAction test_;
+};
+
+TEST_F(TPagesTest, ContainersAreLinesOnThePageAndQuotedItemsInTheAction) {
+  const struct {
+    const char* What;
+    std::u16string Stored;
+    TEdits Edits;
+    std::u16string Lines;
+    std::u16string Written;
+  } rows[] = {
+      {"a quoted path keeps its blank",
+       u"a.dll|\"b c.dll\"",
+       {},
+       u"a.dll\r\nb c.dll\r\n",
+       u"\"a.dll\"|\"b c.dll\""},
+      {"a path with a bar becomes two", u"\"a|b.dll\"", {}, u"a\r\nb.dll\r\n", u"\"a\"|\"b.dll\""},
+      {"typed but not accepted",
+       u"a.dll",
+       {{u"txtAssemblyFilename", u"A.dll"}},
+       u"a.dll\r\nA.dll\r\n",
+       u"\"a.dll\"|\"A.dll\""},
+      {"typed once more", u"a.dll", {{u"txtAssemblyFilename", u"a.dll"}}, u"a.dll\r\n", u"\"a.dll\""},
+      {"empty lines are left out",
+       u"",
+       {{u"MemoAssemblies", u"\nx.dll\n\n"}},
+       u"\r\nx.dll\r\n\r\n",
+       u"\"x.dll\""},
+  };
+  for (const auto& row : rows) {
+    test_.Input().AssemblyFileName = row.Stored;
+    TMSTestFrame page;
+    editor_.Open(page, test_);
+    for (const auto& [name, value] : row.Edits)
+      page.SetValue(name, value);
+    page.WriteActionData();
+    EXPECT_EQ(page.Field(u"MemoAssemblies").Value, row.Lines) << row.What;
+    EXPECT_EQ(test_.Input().AssemblyFileName, row.Written) << row.What;
+  }
+}
+
+TEST_F(TPagesTest, WhatCanBeEditedFollowsTheTestSource) {
+  TMSTestFrame page;
+  editor_.Open(page, test_);
+  EXPECT_THAT(Checked(page), ElementsAre("RadioButton1"));
+  EXPECT_THAT(Disabled(page),
+              ElementsAre("edtTestMetadata", "chkSpecifyTestList", "txtTestList", "txtTests"));
+  EXPECT_EQ(FailureOf([&] { page.SetValue(u"edtTestMetadata", u"x"); }),
+            "The field \"Test Metadata File:\" is disabled.");
+  page.SetValue(u"rbUseTestMetadata", u"True");
+  page.SetValue(u"chkSpecifyTestList", u"True");
+  page.SetValue(u"txtTestList", u"Nightly");
+  EXPECT_THAT(Disabled(page), ElementsAre("txtAssemblyFilename", "txtTests"));
+  page.WriteActionData();
+  page.SetValue(u"RadioButton1", u"True");
+  EXPECT_THAT(Disabled(page),
+              ElementsAre("edtTestMetadata", "chkSpecifyTestList", "txtTestList", "txtTests"));
+  page.ReadActionData();
+  EXPECT_THAT(Checked(page), ElementsAre("rbUseTestMetadata", "chkSpecifyTestList"));
+  EXPECT_EQ(page.Field(u"txtTestList").Value, u"Nightly");
+
+  page.SetValue(u"RadioButton1", u"True");
+  editor_.Chosen = u"C:\\t\\x.dll";
+  page.Click(u"txtAssemblyFilename", TKxButtonKind::Browse);
+  page.Click(u"txtAssemblyFilename", TKxButtonKind::Accept);
+  EXPECT_EQ(editor_.Asked, "Select File from : Assemblies (*.dll, *.exe)|*.dll;*.exe|All Files (*.*)|*.*");
+  EXPECT_EQ(page.Field(u"MemoAssemblies").Value, u"C:\\t\\x.dll\r\n");
+}
+
+TEST_F(TPagesTest, TheVersionOfMSTestAndTheStandaloneOne) {
+  using enum TVSDotNetVersion;
+  const struct {
+    TVSDotNetVersion Stored;
+    bool Standalone;
+    TVSDotNetVersion Default;
+    std::u16string Shown;
+    TEdits Edits;
+    TVSDotNetVersion Version;
+    bool WithStandalone;
+  } rows[] = {
+      {vs2008, false, vs2010, u"Visual Studio.NET 2008", {}, vs2008, false},
+      {vs2008, false, vs2010, u"Visual Studio.NET 2008", {{u"cmbVSVer", u"Standalone MSTest"}}, vs2010, true},
+      {vs2008, true, vs2003, u"Standalone MSTest", {}, vs2005, true},
+      {vs2008, true, vs2010, u"Standalone MSTest", {{u"cmbVSVer", u"Visual Studio"}}, vsUnknown, false},
+      {vs2003, false, vs2010, u"", {{u"chkShowBanner", u"True"}}, vs2003, false},
+  };
+  for (const auto& row : rows) {
+    VSDotNetOptions()->SetDefaultVSVersion(row.Default);
+    test_.RunSettings().VisualStudioVer = row.Stored;
+    test_.RunSettings().UseStandaloneMSTest = row.Standalone;
+    TMSTestSettingsFrame page;
+    editor_.Open(page, test_);
+    EXPECT_EQ(page.Field(u"cmbVSVer").Value, row.Shown);
+    editor_.Edit<TMSTestSettingsFrame>(test_, row.Edits);
+    EXPECT_EQ(test_.RunSettings().VisualStudioVer, row.Version) << text::ToUtf8(row.Shown);
+    EXPECT_EQ(test_.RunSettings().UseStandaloneMSTest, row.WithStandalone) << text::ToUtf8(row.Shown);
+  }
+  EXPECT_TRUE(test_.RunSettings().ShowBanner);
+}
+
+TEST_F(TPagesTest, PublishingTextsAreKeptWhenNothingIsPublished) {
+  TMSTestPublishFrame page;
+  editor_.Open(page, test_);
+  EXPECT_THAT(Checked(page), ElementsAre("rbAutoPublish"));
+  EXPECT_EQ(Disabled(page).size(), 5U);
+  page.SetValue(u"rbPublishSpecific", u"True");
+  EXPECT_TRUE(Disabled(page).empty());
+  page.SetValue(u"txtTeamServer", u"http://tfs");
+  page.SetValue(u"rbNoPublish", u"True");
+  page.WriteActionData();
+  EXPECT_EQ(test_.PublishMode(), TMSTestPublishMode::pbNone);
+  EXPECT_EQ(test_.Team().Server, u"http://tfs");
+}
+
+TEST_F(TPagesTest, TheLoopOverASolution) {
+  TKxVSSolutionIterator loop;
+  TSolutionIteratorFrame page;
+  editor_.Open(page, loop);
+  EXPECT_THAT(Checked(page), ElementsAre("rbAbsPath", "rbDepOrder", "chkOnlyFoundFiles"));
+  editor_.Chosen = u"C:\\src\\App";
+  page.Click(u"txtSolution", TKxButtonKind::Browse);
+  page.Click(u"txtSolution", TKxButtonKind::Custom);
+  page.SetValue(u"rbAbsPath", u"False");
+  page.SetValue(u"cmbVariable", u"Project");
+  page.SetValue(u"RadioButton2", u"True");
+  page.SetValue(u"chkOnlyFoundFiles", u"False");
+  page.WriteActionData();
+  EXPECT_EQ(loop.Solution, u"C:\\src\\App.sln");
+  EXPECT_EQ(loop.IterateValue, TVSIterateSolutionValue::svProjectId);
+  EXPECT_EQ(loop.GetLoopVariable(), u"Project");
+  EXPECT_FALSE(loop.SortByDependency);
+  EXPECT_TRUE(loop.IncludeProjectsNotFound);
+
+  loop.SetLoopVariable(u"ROOT");
+  page.ReadActionData();
+  EXPECT_EQ(page.Field(u"cmbVariable").Value, u"Root");
+  EXPECT_THAT(Checked(page), ElementsAre("rbProjId", "RadioButton2"));
+  EXPECT_EQ(FailureOf([&] { page.SetValue(u"cmbVariable", u"Other"); }),
+            "\"Variable To Set\" has no item \"Other\".");
+}
+
+TEST_F(TPagesTest, ThePasswordOfWebProjectsNeverShows) {
+  TKxVSDotNetAction action;
+  action.Attach(editor_.Host);
+  action.SetWebDAVPassword(u"secret");
+  action.WebProjects().DetectMethod = TProjLocDetectMethod::useWebDAV;
+  TVSDotNetWebProjectLocationFrame page;
+  editor_.Open(page, action);
+  const TKxPageField& password = page.Field(u"edtPassword");
+  EXPECT_TRUE(password.IsSet && !password.IsChanged && password.Value.empty());
+  page.SetValue(u"rbWMI", u"True");
+  page.SetValue(u"edtUser", u"me");
+  page.WriteActionData();
+  EXPECT_EQ(action.WebProjects().DetectMethod, TProjLocDetectMethod::useWMI);
+  EXPECT_EQ(action.GetWebDAVPassword(), u"secret");
+
+  page.SetValue(u"edtPassword", u"new");
+  EXPECT_TRUE(password.IsChanged && password.Value.empty());
+  page.SetValue(u"spiWebsiteNumber", u"one");
+  EXPECT_EQ(FailureOf([&] { page.WriteActionData(); }),
+            "\"Use WMI - Specify website number\" takes a whole number, not \"one\".");
+  EXPECT_EQ(action.GetWebDAVPassword(), u"secret");
+  page.SetValue(u"spiWebsiteNumber", u" 7 ");
+  page.WriteActionData();
+  EXPECT_EQ(action.WebProjects().WMIWebsiteNum, 7);
+  EXPECT_EQ(action.GetWebDAVPassword(), u"new");
+  EXPECT_FALSE(password.IsChanged);
+}
+
+} // namespace
+} // namespace kx::tests
