@@ -54,6 +54,11 @@ void TKxPropertyPage::Add(TKxPageField field) {
   fields_.push_back(std::move(field));
 }
 
+void TKxPropertyPage::RemoveFields() {
+  fields_.clear();
+  newSecrets_.clear();
+}
+
 void TKxPropertyPage::SetValue(std::u16string_view name, std::u16string_view value) {
   TKxPageField& field = Find(name);
   if (!field.Enabled) throw EKxException(u"The field " + Caption(field) + u" is disabled.");

@@ -44,7 +44,7 @@ public:
 
 protected:
   void Add(TKxPageField field); // unchecked, empty, with the button of its chooser
-  void RemoveFields() { fields_.clear(); }
+  void RemoveFields();
   void AddHeading(std::u16string_view text) {
     Add({.Kind = TKxFieldKind::Heading, .Label = std::u16string(text)});
   }

@@ -3,9 +3,6 @@
 #include "build/KxVSDotNetOptions.h"
 #include "pages/PageSupport.h"
 #include "pages/SolutionOffers.h"
-#include "text/Text.h"
-
-#include <array>
 
 namespace kx {
 
@@ -140,14 +137,6 @@ constexpr TKxTableField OptionsFields[] = {
     {.Property = u"DefaultVSVersion"},
 };
 
-TKxFieldOffers OfferNames(const text::TStringList& names, std::u16string_view value) {
-  TKxFieldOffers offers;
-  for (const auto& name : names)
-    offers.Items.push_back({name, name, text::EqualsIgnoreCase(name, value)});
-  if (offers.Items.empty()) offers.Error = u"The project has no property sets of this kind.";
-  return offers;
-}
-
 } // namespace
 
 TVSDotNetProjectFrame::TVSDotNetProjectFrame()
@@ -192,9 +181,9 @@ TKxFieldOffers TVSDotNetActionPage::Offers(std::u16string_view name, const TKxEv
   auto& action = static_cast<TKxVSDotNetAction&>(Edited());
   try {
     if (name == u"Win32VersionInfoPropertySetName")
-      return OfferNames(GetWin32PropertySetsStrs(action.GetPropertySetService()), field.Value);
+      return OfferPropertySets(GetWin32PropertySetsStrs(action.GetPropertySetService()), field.Value);
     if (name == u"DotNetVersionInfoPropertySetName")
-      return OfferNames(GetDotNetPropertySetStrs(action.GetPropertySetService()), field.Value);
+      return OfferPropertySets(GetDotNetPropertySetStrs(action.GetPropertySetService()), field.Value);
     const bool here = name == u"SolutionConfiguration" || name == u"SelectedProjects";
     const auto solution =
         OpenSolutionOf(action, here ? Value(u"Solution") : action.Solution().Solution, stop);

@@ -3,7 +3,7 @@
 #include "host/Utilities.h"
 #include "host/VersionInfo.h"
 #include "pages/PageSupport.h"
-#include "text/Text.h"
+#include "pages/SolutionOffers.h"
 #include "versioninfo/KxVersionInfoUpdaterAction.h"
 
 #include <algorithm>
@@ -47,13 +47,9 @@ const TKxPageClass& TKxVersionInfoUpdaterFrame::Class() {
 TKxFieldOffers TKxVersionInfoUpdaterFrame::Offers(std::u16string_view name, const TKxEvent* /*stop*/) {
   const TKxPageField& field = Field(name);
   if (name == u"PropertiesToUpdate") return OfferUpdates(field.Value);
-  TKxFieldOffers offers;
-  if (name != u"PropertySetName") return offers;
+  if (name != u"PropertySetName") return {};
   auto& action = static_cast<TKxVersionInfoUpdaterAction&>(Edited());
-  for (const auto& set : GetWin32PropertySetsStrs(action.GetPropertySetService()))
-    offers.Items.push_back({set, set, text::EqualsIgnoreCase(set, field.Value)});
-  if (offers.Items.empty()) offers.Error = u"The project has no property sets of this kind.";
-  return offers;
+  return OfferPropertySets(GetWin32PropertySetsStrs(action.GetPropertySetService()), field.Value);
 }
 
 void RegisterPropertyPage() {

@@ -57,4 +57,12 @@ TKxFieldOffers OfferProjects(const IVSDotNetSolution& solution, const text::TStr
   return offers;
 }
 
+TKxFieldOffers OfferPropertySets(const text::TStringList& names, std::u16string_view value) {
+  TKxFieldOffers offers;
+  for (const auto& name : names)
+    offers.Items.push_back({name, name, text::EqualsIgnoreCase(name, value)});
+  if (offers.Items.empty()) offers.Error = u"The project has no property sets of this kind.";
+  return offers;
+}
+
 } // namespace kx

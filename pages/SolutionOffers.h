@@ -1,4 +1,5 @@
-// What the solution of a Build action holds, for the fields that name a part of it.
+// What the solution of a Build action holds, and the property sets of its project: for the fields that name
+// one of them.
 #pragma once
 
 #include "build/KxVSDotNetAction.h"
@@ -21,5 +22,8 @@ TKxFieldOffers OfferConfigurations(const IVSDotNetSolution& solution, std::u16st
 
 // The solution's projects in build order, by their ids; chosen are those that an entry of `selected` means.
 TKxFieldOffers OfferProjects(const IVSDotNetSolution& solution, const text::TStringList& selected);
+
+// Property sets of the project by their names; chosen is the one that `value` names.
+TKxFieldOffers OfferPropertySets(const text::TStringList& names, std::u16string_view value);
 
 } // namespace kx

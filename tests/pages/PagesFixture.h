@@ -23,14 +23,16 @@ public:
   std::string Asked;     // what that chooser was told
   TRecordingHost Host;
 
-  // Opens the page on the object, makes the edits and accepts.
-  template <typename TPage, typename TEdited>
-  void Edit(TEdited& edited, const TEdits& edits) {
+  // Opens the page on the object, makes the edits and accepts; what the page first showed in `field`.
+  template <typename TPage>
+  std::u16string Edit(TKxPersistent& edited, const TEdits& edits, std::u16string_view field) {
     TPage page;
     Open(page, edited);
+    std::u16string shown = page.Field(field).Value;
     for (const auto& [name, value] : edits)
       page.SetValue(name, value);
     page.WriteActionData();
+    return shown;
   }
   static void Open(TKxPropertyPage& page, TKxPersistent& edited) {
     page.InitFrame();
