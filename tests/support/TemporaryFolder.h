@@ -4,6 +4,7 @@
 #include "platform/Files.h"
 #include "text/Encoding.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -11,11 +12,17 @@
 
 namespace kx::tests {
 
+// A path of any system as text with "/" only, for comparing.
+inline std::string Generic(std::string path) {
+  std::ranges::replace(path, '\\', '/');
+  return path;
+}
+
 class TTemporaryFolder {
 public:
   TTemporaryFolder() {
     // The file reserves a name; a folder takes its place.
-    path_ = std::filesystem::path(*platform::CreateTemporaryFile(platform::TemporaryDirectory(), u"kxtest"));
+    path_ = *platform::CreateTemporaryFile(platform::TemporaryDirectory(), u"kxtest");
     std::filesystem::remove(path_);
     std::filesystem::create_directory(path_);
   }
@@ -25,6 +32,7 @@ public:
 
   std::u16string Path() const { return path_.u16string(); }
   std::u16string Path(std::string_view name) const { return Native(name).u16string(); }
+  // The name is in UTF-8, with "/" as separator.
   std::filesystem::path Native(std::string_view name) const {
     return (path_ / text::FromUtf8(name)).make_preferred();
   }
