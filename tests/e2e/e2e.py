@@ -9,7 +9,7 @@ import time
 import unittest
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-BIN = pathlib.Path(os.environ["KX_BIN"])
+BIN = pathlib.Path(os.environ.get("KX_BIN", ROOT / "build-default" / "bin"))
 
 
 class EndToEndTest(unittest.TestCase):

@@ -34,6 +34,17 @@ TEST_F(PluginLoaderTest, CallsTheEntryThatBearsTheLibrarysName) {
               AllOf(HasSubstr(KX_TEST_PLUGIN), HasSubstr("\"PLUGGED\" is registered already.")));
 }
 
+// What a plug-in throws is of the host's own classes, though each is compiled on its own.
+TEST_F(PluginLoaderTest, LetsTheHostCatchWhatThePluginThrows) {
+  struct TIgnoredErrors : IKxActionValidationError {
+    void Add(std::u16string_view, std::u16string_view, TKxOptionsObject*) override {}
+  } errors;
+  LoadPlugin(text::FromUtf8(KX_TEST_PLUGIN), THeadlessContext());
+  auto& step = static_cast<TStepAction&>(Host.Project().AddAction(u"plugged").Action());
+  step.Text = u"throws";
+  EXPECT_THROW(step.Validate(errors), EKxException);
+}
+
 TEST_F(PluginLoaderTest, NamesTheLibraryThatCannotBeUsed) {
   const auto withoutEntry = text::FromUtf8(KX_TEST_PLUGIN_WITHOUT_ENTRY);
   EXPECT_THAT(ErrorOf(u"/no/missing.so"), AllOf(HasSubstr("/no/missing.so"), HasSubstr("Plug-in not found")));
