@@ -36,6 +36,7 @@ const std::map<std::string, TColorChoice> Colors{
 // Each takes one value and may be repeated, before the subcommand or behind it.
 void DefineCommon(CLI::App& app, TCommonOptions& options) {
   app.fallthrough();
+  app.allow_windows_style_options(false); // "/srv/a.sln" is a file on Windows, too
   app.add_option("--options", options.OptionsFile,
                  "The options store (default: in the user's configuration folder)")
       ->type_name("FILE");

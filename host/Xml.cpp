@@ -43,8 +43,10 @@ TOwned<xmlDoc> Parse(std::string_view bytes, const char* encoding, std::u16strin
   }
   TFailure failure;
   const auto parser = NewParser(failure);
+  // What was converted is no longer in the encoding that it declares.
+  const int options = XML_PARSE_NONET | (encoding == nullptr ? 0 : XML_PARSE_IGNORE_ENC);
   TOwned<xmlDoc> document(xmlCtxtReadMemory(parser.get(), bytes.data(), static_cast<int>(bytes.size()),
-                                            nullptr, encoding, XML_PARSE_NONET));
+                                            nullptr, encoding, options));
   if (!failure.Reason.empty()) document.reset();
   if (!document) error = failure.Reason.empty() ? u"The document is not well-formed." : failure.Reason;
   return document;

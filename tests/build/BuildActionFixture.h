@@ -110,7 +110,7 @@ protected:
     return Plain(text);
   }
   std::string Plain(const std::string& text) const {
-    const std::u16string plain = text::ReplaceAll(text::FromUtf8(text), folder_.Path(), u"DIR");
+    const std::u16string plain = text::FromUtf8(folder_.Plain(text));
     return text::ToUtf8(text::ReplaceAll(plain, TPathUtils::GetAppPath(), u"BIN/"));
   }
   TTemporaryFolder folder_;

@@ -1,3 +1,4 @@
+#include "platform/System.h"
 #include "tests/build/BuildActionFixture.h"
 
 namespace kx::tests {
@@ -19,6 +20,11 @@ TEST_F(CommandLine, OfMSBuildFollowsTheProperties) {
   const std::string build = "/t:Build /p:Configuration=Debug;Platform=\"Any CPU\"";
   const std::string logger = "Logger,\"BIN/TandemorLogger.dll\" ";
   const std::string end = " /v:minimal /m:2";
+  // Windows' own MSBuild reads its command line itself, others take a ";" for the next property.
+  const bool windows = platform::IsWindows();
+  const std::string list = windows ? "\"A;X;DEBUG\"" : "A%3BX%3BDEBUG";
+  const std::string numbers = windows ? "\"168;219\"" : "168%3B219", pair = windows ? "\"1;2\"" : "1%3B2";
+  const std::string folders = windows ? "\"/a b;/X\"" : "\"/a b%3B/X\"";
   const std::pair<std::u16string, std::string> cases[] = {
       {u"BuildAction=baRebuild", "/t:Rebuild" + build.substr(8) + end},
       {u"BuildAction=baClean", "/t:Clean" + build.substr(8) + end},
@@ -34,7 +40,7 @@ TEST_F(CommandLine, OfMSBuildFollowsTheProperties) {
       // Settings of a group that is not switched on do nothing.
       {u"DebugConstant=True&Optimize=True&WarningLevel=1&ReferencePaths=/a", build + end},
       {u"OverrideCompiler=True&CompilerConstants=A;%Extra%&DebugConstant=True&AllowUnsafe=True",
-       build + ";DefineConstants=A%3BX%3BDEBUG;Optimize=False;AllowUnsafeBlocks=True" + end},
+       build + ";DefineConstants=" + list + ";Optimize=False;AllowUnsafeBlocks=True" + end},
       {u"OverrideCompiler=True&TraceConstant=True&Optimize=True",
        build + ";DefineConstants=TRACE;Optimize=True;AllowUnsafeBlocks=False" + end},
       // All warnings as errors leave the list out, unread, but not the disabled ones.
@@ -42,12 +48,13 @@ TEST_F(CommandLine, OfMSBuildFollowsTheProperties) {
        u"&DisableSelectedWarnings=True&DisableWarnings=168",
        build + ";WarningLevel=4;TreatWarningsAsErrors=True;NoWarn=168" + end},
       {u"OverrideWarnings=True&WarningLevel=2&SelectedWarningsAsErrors=True&WarningsAsErrors=168;219",
-       build + ";WarningLevel=2;TreatWarningsAsErrors=False;WarningsAsErrors=168%3B219" + end},
+       build + ";WarningLevel=2;TreatWarningsAsErrors=False;WarningsAsErrors=" + numbers + end},
       {u"OverrideWarnings=True&SelectedWarningsAsErrors=True&DisableSelectedWarnings=True",
        build + ";WarningLevel=4;TreatWarningsAsErrors=False" + end},
       {u"OverrideReferencePaths=True&ReferencePaths= /a b\n/%Extra%\n&UseEnv=True"
        u"&OutputDirectory=C:\\out dir&ExtraMSBuildProperties=A=1;2\n\nB=%Extra% y=z",
-       build + ";ReferencePath=\"/a b%3B/X\";useenv=1;OutDir=\"C:\\out dir\\\\\";A=1%3B2;B=\"X y=z\"" + end},
+       build + ";ReferencePath=" + folders + ";useenv=1;OutDir=\"C:\\out dir\\\\\";A=" + pair +
+           ";B=\"X y=z\"" + end},
       {u"OutputDirectory=C:\\out\\", build + ";OutDir=C:\\out\\" + end},
       {u"ExtraCmdLineParams=/nr:%Extra% ", "/nr:X " + build + end},
   };

@@ -14,7 +14,7 @@ TEST_F(ProjectSearch, FindsAProjectByEachOfItsNames) {
   for (const std::u16string_view text : {u"", u"Libs", u"Other\\Lib.csproj", u"*"})
     EXPECT_EQ(action_->GetProjectID(text), u"") << text::ToUtf8(text);
   EXPECT_EQ(TKxVSDotNetAction::GetProjectNameFunction(*action_, u"setup\\setup.vdproj"), u"Installer");
-  EXPECT_EQ(TKxVSDotNetAction::GetProjectPathFunction(*action_, u"Lib"), folder + u"/Lib/Lib.csproj");
+  EXPECT_EQ(TKxVSDotNetAction::GetProjectPathFunction(*action_, u"Lib"), folder_.Path("Lib/Lib.csproj"));
   EXPECT_EQ(Get(u"AllSolutionConfigurations"), "Debug|Any CPU\r\nRelease|Any CPU\r\n");
 }
 

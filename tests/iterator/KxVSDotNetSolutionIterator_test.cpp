@@ -47,7 +47,7 @@ protected:
     EXPECT_EQ(loop_.Execute(), expected);
     std::vector<std::string> log;
     for (const auto& line : host_.Log())
-      log.push_back(text::ToUtf8(text::ReplaceAll(text::FromUtf8(line), folder_.Path(), u"DIR")));
+      log.push_back(folder_.Plain(line));
     return log;
   }
   TTemporaryFolder folder_;
@@ -57,7 +57,7 @@ protected:
 
 TEST_F(TSolutionIteratorTest, TheWholeLogOfALoopInDependencyOrder) {
   EXPECT_THAT(Run(true),
-              testing::ElementsAre("0 Loading solution file : DIR\\App\\App.sln", "0 Found 3 projects:",
+              testing::ElementsAre("0 Loading solution file : DIR/App/App.sln", "0 Found 3 projects:",
                                    "0 Sorting in dependency order...", "0 Lib - ..\\Lib\\Lib.csproj - {Lib}",
                                    "0 App - App.csproj - {App}", "0 Web - http://h/Web - {Web}",
                                    "= P DIR/Lib/Lib.csproj", "= P DIR/App/App.csproj", "= P http://h/Web"));

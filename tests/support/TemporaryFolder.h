@@ -3,12 +3,14 @@
 
 #include "platform/Files.h"
 #include "text/Encoding.h"
+#include "text/Text.h"
 
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 namespace kx::tests {
 
@@ -26,7 +28,15 @@ public:
     std::filesystem::remove(path_);
     std::filesystem::create_directory(path_);
   }
-  ~TTemporaryFolder() { std::filesystem::remove_all(path_); }
+  ~TTemporaryFolder() {
+    namespace fs = std::filesystem;
+    std::error_code error; // what is left in the system's temporary folder does no harm
+    // Windows removes no file that may only be read.
+    for (const auto& entry : fs::recursive_directory_iterator(path_, error))
+      if (entry.is_regular_file(error) && !entry.is_symlink(error))
+        fs::permissions(entry.path(), fs::perms::owner_write, fs::perm_options::add, error);
+    fs::remove_all(path_, error);
+  }
   TTemporaryFolder(const TTemporaryFolder&) = delete;
   TTemporaryFolder& operator=(const TTemporaryFolder&) = delete;
 
@@ -35,6 +45,17 @@ public:
   // The name is in UTF-8, with "/" as separator.
   std::filesystem::path Native(std::string_view name) const {
     return (path_ / text::FromUtf8(name)).make_preferred();
+  }
+
+  // The text with DIR for the folder, and in the path that follows it "/" on every system.
+  std::string Plain(std::string_view text) const {
+    std::string plain = text::ToUtf8(text::ReplaceAll(text::FromUtf8(text), Path(), u"DIR"));
+    for (std::size_t at = plain.find("DIR"); at != std::string::npos; at = plain.find("DIR", at)) {
+      const std::size_t end = std::min(plain.find_first_of("\" \n", at), plain.size());
+      for (; at < end; ++at)
+        if (plain[at] == '\\') plain[at] = '/';
+    }
+    return plain;
   }
 
   // Makes a file, its folders too; its full path.
