@@ -12,8 +12,8 @@ OUT = pathlib.Path(os.environ.get("KX_PACKAGES", e2e.ROOT / "out"))
 SOLUTION = ('Microsoft Visual Studio Solution File, Format Version 10.00\n'
             'Project("{8BC9CEB8-8B4A-11D0-8D11-00A0C91BC942}") = "Gruß", "sub\\Gruß.vcproj", "{1}"\nEndProject\n'
             'Global\nEndGlobal\n')
-PROJECT = ('<?xml version="1.0" encoding="Windows-1252"?>\n<VisualStudioProject><Files>'
-           '<File RelativePath=".\\grüße.rc"/></Files></VisualStudioProject>')
+PROJECT = ('<?xml version="1.0" encoding="Windows-1252"?>\n<VisualStudioProject><Files><Filter>'
+           '<File RelativePath=".\\grüße.rc"/></Filter></Files></VisualStudioProject>')
 
 
 class PackageTest(e2e.EndToEndTest):
