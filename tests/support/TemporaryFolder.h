@@ -32,9 +32,10 @@ public:
     namespace fs = std::filesystem;
     std::error_code error; // what is left in the system's temporary folder does no harm
     // Windows removes no file that may only be read.
-    for (const auto& entry : fs::recursive_directory_iterator(path_, error))
-      if (entry.is_regular_file(error) && !entry.is_symlink(error))
-        fs::permissions(entry.path(), fs::perms::owner_write, fs::perm_options::add, error);
+    std::error_code walk;
+    for (fs::recursive_directory_iterator at(path_, walk), end; !walk && at != end; at.increment(walk))
+      if (at->is_regular_file(error) && !at->is_symlink(error))
+        fs::permissions(at->path(), fs::perms::owner_write, fs::perm_options::add, error);
     fs::remove_all(path_, error);
   }
   TTemporaryFolder(const TTemporaryFolder&) = delete;
