@@ -7,39 +7,6 @@ namespace {
 
 using testing::ElementsAre;
 
-TEST_F(TMSTestActionTest, PublishesItsPropertiesInTheirOrderWithTheirDefaults) {
-  const std::vector<std::pair<std::u16string, std::string>> defaults{
-      {u"AssemblyFileName", ""},
-      {u"ConfigFileName", ""},
-      {u"OutputFileName", ""},
-      {u"VisualStudioVer", "vs2008"},
-      {u"UseStandaloneMSTest", "False"},
-      {u"UseMetadataFile", "False"},
-      {u"MetadataFile", ""},
-      {u"SpecifyTestList", "False"},
-      {u"TestList", ""},
-      {u"SpecifyTests", "False"},
-      {u"Tests", ""},
-      {u"ShowBanner", "False"},
-      {u"PublishMode", "pbAuto"},
-      {u"TeamServer", ""},
-      {u"TeamProject", ""},
-      {u"BuildId", ""},
-      {u"BuildPlatform", "Any CPU"},
-      {u"BuildFlavor", "Tandemor"},
-      {u"StartingDirectory", ""},
-  };
-  const auto rows = action_.PublishedProperties().Rows();
-  ASSERT_EQ(rows.size(), defaults.size());
-  for (std::size_t i = 0; i < rows.size(); ++i) {
-    const auto& [name, value] = defaults[i];
-    EXPECT_EQ(rows[i].Name, name);
-    EXPECT_EQ(Get(name), value) << text::ToUtf8(name);
-    EXPECT_TRUE(rows[i].Stored && !rows[i].ReadOnly) << text::ToUtf8(name);
-    EXPECT_TRUE(rows[i].Help.ends_with(u'.')) << text::ToUtf8(name);
-  }
-}
-
 TEST_F(TMSTestActionTest, EveryPropertyKeepsItsOwnValue) {
   const auto different = [](const TKxPublishedProperty& row) -> std::u16string {
     if (row.Kind == TKxPropertyKind::Boolean) return u"True";
@@ -75,12 +42,7 @@ TEST(MSTestAction, WithoutOptionsItIsMadeAndRefused) {
               ElementsAre("VisualStudio.NET Options: Path to Visual Studio.NET 2005 not set"));
 }
 
-TEST_F(TMSTestActionTest, SaysWhatItIs) {
-  EXPECT_EQ(action_.GetActionName(), u"Run MSTest");
-  EXPECT_EQ(action_.GetActionKeywords(), u"VisualStudio VS.Net");
-  EXPECT_EQ(action_.GetQuickHelpFilename(), u"Plugins\\MSTest.html");
-  EXPECT_EQ(action_.GetHelpTopicID(), 3500);
-  EXPECT_EQ(action_.GetFormattedDescription(), u"Run MSTest [  ]");
+TEST_F(TMSTestActionTest, DescribesItselfByWhatItTests) {
   action_.SetDescription(u"Nightly tests");
   Set({{u"AssemblyFileName", u"%Root%\\Tests.dll"}, {u"MetadataFile", u"All.vsmdi"}});
   EXPECT_EQ(action_.GetFormattedDescription(), u"Run MSTest [ %Root%\\Tests.dll ]");
