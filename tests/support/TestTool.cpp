@@ -88,7 +88,8 @@ private:
     if (name == u"record") Record(value);
     if (name == u"deaf") IgnoreRequestsToEnd();
     if (name == u"child" || name == u"server") {
-      const std::int64_t process = Start(program_, text::Split(value, u','));
+      const std::u16string order = u"do," + value;
+      const std::int64_t process = Start(program_, text::Split(order, u','));
       if (name == u"server") Write(ConsoleStream::Error, std::to_string(process) + "\n");
     }
     if (name == u"wait")
@@ -115,7 +116,9 @@ int main(int argc, char** argv) {
   const std::u16string program =
       text::JoinPath(platform::ProgramDirectory(), text::ExtractFileName(commands[0]));
   commands.erase(commands.begin());
-  if (const auto script = platform::ReadFile(program + u".script")) {
+  const bool told = !commands.empty() && commands[0] == u"do";
+  const auto script = platform::ReadFile(program + u".script");
+  if (script && !told) {
     const std::u16string text = text::FromUtf8(*script);
     const auto lines = text::SplitLines(text);
     commands.assign(lines.begin(), lines.end());
