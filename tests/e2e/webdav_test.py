@@ -24,6 +24,15 @@ auth.backend = "htdigest"
 auth.backend.htdigest.userfile = "{folder}/users"
 auth.require = ("/MyWeb/" => ("method" => "{method}", "realm" => "r", "require" => "valid-user"))
 """
+SOLUTION = """Microsoft Visual Studio Solution File, Format Version 11.00
+Project("{FAE04EC0-301F-11D3-BF4B-00C04F79EFBC}") = "MyWeb", "%s", "{11111111-1111-1111-1111-111111111111}"
+EndProject
+Global
+	GlobalSection(SolutionConfigurationPlatforms) = preSolution
+		Debug = Debug
+	EndGlobalSection
+EndGlobal
+"""
 OK = b"HTTP/1.1 200 OK\r\nConnection: close\r\n"
 MOVED = "HTTP/1.1 302 Found\r\nContent-Length: 0\r\nLocation: {}\r\n\r\n"
 
@@ -69,9 +78,29 @@ class WebDavTest(e2e.EndToEndTest):
         }
         self.check_failures(port, failures)
         self.assertEqual(file.read_text(), "original\n" * 100000 + "stamped\n")
+        self.check_stamping(port)
         server.kill()
         server.wait()
         self.assertRegex(self.drive(port, address), "Unable to connect using WebDAV : No connection .*refused")
+
+    def check_stamping(self, port):
+        source = self.write("www/MyWeb/Properties/AssemblyInfo.cs", '[assembly: AssemblyVersion("1.0.*")]\n')
+        self.write("www/MyWeb/MyWeb.csproj", '<Compile Include="Properties\\AssemblyInfo.cs" />')
+        self.write("Web.sln", SOLUTION % f"http://127.0.0.1:{port}/MyWeb/MyWeb.csproj")
+        self.write("tools/MSBuild.exe", "#!/bin/sh\n", executable=True)
+        arguments = [e2e.BIN / "kxhost", "do", "DEVENV", "Solution=Web.sln", "SolutionConfiguration=Debug", "VStudioVersion=vs2010",
+                     "UpdateAssemblyInfo=True", "UpdateAssemblyVersion=True", "AssemblyVersion=2|3|4|5",
+                     "ProjLocationDetectMethod=useWebDAV", "WebDAVUsername=J\u00f6rg", "WebDAVPassword=secret word",
+                     "--option", f"DotNetFramework.v4.0={self.folder / 'tools'}"]
+        environment = {"TMPDIR": str(self.temporary), "no_proxy": "*"}
+        run = self.run_program(*arguments, "--dry-run", **environment)
+        self.assertIn('+[assembly: AssemblyVersion("2.3.4.5")]', run.stdout)
+        self.assertIn("1.0.*", source.read_text(), "a dry run uploads nothing")
+        run = self.run_program(*arguments, **environment)
+        self.assertEqual(run.returncode, 0, run.stdout)
+        self.assertEqual(source.read_text(), '[assembly: AssemblyVersion("2.3.4.5")]\n')
+        self.assertNotIn("secret word", run.stdout)
+        self.assertEqual(list(self.temporary.glob("*AssemblyInfo*")), [])
 
     def check_failures(self, port, failures):
         for asked, reason in failures.items():
