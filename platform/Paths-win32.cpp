@@ -31,7 +31,7 @@ std::u16string Spelled(const std::u16string& full) {
   const std::u16string folder = text::ExtractFileDir(plain), name = text::ExtractFileName(plain);
   if (name.empty() || folder.empty() || folder.size() >= plain.size()) return full;
   const std::u16string parent = Spelled(folder);
-  const std::u16string written = text::JoinPath(parent, name);
+  std::u16string written = text::JoinPath(parent, name);
   if (name.find_first_of(u"*?") != std::u16string::npos) return written; // they stand for other names here
   WIN32_FIND_DATAW found;
   const HANDLE search = FindFirstFileW(WithLongPrefix(written).c_str(), &found);
@@ -72,7 +72,7 @@ Result<std::u16string> FullPath(std::u16string_view path) {
 }
 
 std::wstring WithLongPrefix(std::u16string_view fullPath) {
-  const std::wstring wide = ToWide(fullPath);
+  std::wstring wide = ToWide(fullPath);
   const bool marked = wide.starts_with(kLongPrefix) || IsDevice(wide);
   if (marked || wide.size() <= kLongestPlainPath) return wide;
   if (wide.starts_with(L"\\\\")) return std::wstring(kLongNetworkPrefix).append(wide, 2);

@@ -27,6 +27,7 @@ std::int64_t Start(const std::u16string& program, const std::vector<std::u16stri
   for (const auto argument : arguments)
     texts.push_back(text::ToUtf8(argument));
   std::vector<char*> pointers;
+  pointers.reserve(texts.size() + 1);
   for (std::string& text : texts)
     pointers.push_back(text.data());
   pointers.push_back(nullptr);
