@@ -60,7 +60,8 @@ protected:
     std::vector<std::string> log = host_.Log();
     const std::string folder = text::ToUtf8(folder_.Path());
     for (std::string& line : log)
-      if (const auto at = line.find(folder); at != std::string::npos) line.replace(at, folder.size(), "@");
+      if (const auto at = line.find(folder); at != std::string::npos)
+        line = tests::Generic(line.replace(at, folder.size(), "@"));
     return log;
   }
   std::string Read(std::string_view name) const { return *platform::ReadFile(folder_.Path(name)); }
