@@ -31,6 +31,8 @@ else()
 endif()
 
 if(KX_SANITIZE)
+  # What the sanitizers add hides from g++ 12 where a value is set.
+  target_compile_options(kx_warnings INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
 endif()
