@@ -45,7 +45,7 @@ std::optional<std::u16string> TDotNetInfo::GetFrameworkDirectory(std::u16string_
 std::optional<std::u16string> TDotNetInfo::FromRegistry(std::u16string_view version,
                                                         std::u16string_view folder) const {
   const std::u16string tools = u"SOFTWARE\\Microsoft\\MSBuild\\ToolsVersions\\";
-  const auto own = machine_.Registry(tools + std::u16string(version.substr(1)), u"MSBuildToolsPath");
+  auto own = machine_.Registry(tools + std::u16string(version.substr(1)), u"MSBuildToolsPath");
   if (own && HoldsMSBuild(*own)) return own;
   const auto root = machine_.Registry(u"SOFTWARE\\Microsoft\\.NETFramework", u"InstallRoot");
   if (!root || root->empty()) return std::nullopt;

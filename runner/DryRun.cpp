@@ -72,7 +72,7 @@ platform::Result<std::string> TDryRunFiles::Read(std::u16string_view path) {
 }
 
 platform::Status TDryRunFiles::Replace(std::u16string_view path, std::string_view bytes) {
-  const platform::Status allowed = platform::CheckSaveFile(path);
+  platform::Status allowed = platform::CheckSaveFile(path);
   if (!allowed) return allowed;
   std::string before;
   if (platform::FileExists(path)) {

@@ -334,7 +334,7 @@ std::u16string TProjectRunner::DecryptString(std::u16string_view secret) {
   if (!bytes || bytes->empty()) return {};
   const auto clear = platform::UnprotectSecret(*bytes, state_->KeyFile);
   if (!clear) return {};
-  const std::u16string text = text::FromUtf8(*clear);
+  std::u16string text = text::FromUtf8(*clear);
   state_->Log.KeepSecret(text);
   return text;
 }
