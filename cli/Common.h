@@ -49,17 +49,23 @@ public:
   using EKxException::EKxException;
 };
 
+// What an editor answers to property pages. Both or none; not owned.
+struct TDesignServices {
+  IKxDesignService* Design = nullptr;
+  IKxPropertySetDesignServices* PropertySets = nullptr;
+};
+
 // The host of one invocation: options store, services and plug-ins. Made once.
 class THostSession {
 public:
   // Raises EKxException for a broken options file or plug-in, EUsage for wrong options.
-  explicit THostSession(const TCommonOptions& options);
+  explicit THostSession(const TCommonOptions& options, const TDesignServices& design = {});
   ~THostSession();
   THostSession(const THostSession&) = delete;
   THostSession& operator=(const THostSession&) = delete;
 
   TOptionsStore& Store() { return store_; }
-  const TServiceRegistry& Services() const { return registry_; }
+  TServiceRegistry& Services() { return registry_; }
   platform::StopSignal& Stop() { return stop_; }
   std::u16string KeyFile() const; // beside the options store
   // Settings that the options objects filled in by themselves; a failure is reported and not fatal.
@@ -91,5 +97,6 @@ void DefineValidate(CLI::App& command, const TCommonOptions& common, int& exitCo
 void DefineInspect(CLI::App& command, const TCommonOptions& common, int& exitCode);
 void DefineActions(CLI::App& command, const TCommonOptions& common, int& exitCode);
 void DefineOptions(CLI::App& command, const TCommonOptions& common, int& exitCode);
+void DefineEdit(CLI::App& command, const TCommonOptions& common, int& exitCode);
 
 } // namespace kx::cli

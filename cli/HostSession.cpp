@@ -27,7 +27,7 @@ void MapDrives(const std::vector<std::string>& drives) {
 
 } // namespace
 
-THostSession::THostSession(const TCommonOptions& options) {
+THostSession::THostSession(const TCommonOptions& options, const TDesignServices& design) {
   MapDrives(options.Drives);
   store_.Load(options.OptionsFile.empty() ? DefaultOptionsFile() : text::FromUtf8(options.OptionsFile));
   for (const auto& assignment : options.Overrides) {
@@ -40,9 +40,14 @@ THostSession::THostSession(const TCommonOptions& options) {
   SetServices({.Actions = &registry_,
                .Scripting = &registry_,
                .Options = &registry_,
+               .Design = design.Design,
+               .PropertySetDesign = design.PropertySets,
                .DotNet = &dotNet_,
                .Directory = &webSites_});
-  const THeadlessContext context;
+  const THeadlessContext headless;
+  const TDesignContext designing;
+  const IKxRegistrationContext& context =
+      design.Design == nullptr ? static_cast<const IKxRegistrationContext&>(headless) : designing;
   LoadPlugin(DefaultPluginFile(), context);
   for (const auto& plugin : options.Plugins)
     LoadPlugin(text::FromUtf8(plugin), context);

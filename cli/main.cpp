@@ -15,8 +15,9 @@ namespace kx::cli {
 
 namespace {
 
-constexpr std::array<TCommand, 6> Commands{{
+constexpr std::array<TCommand, 7> Commands{{
     {"run", "Run a build project", DefineRun},
+    {"edit", "Edit and run a build project in the browser", DefineEdit},
     {"do", "Run one action without a project file", DefineDo},
     {"validate", "Validate every action of a build project, run nothing", DefineValidate},
     {"inspect", "Show what the package reads in a solution, resource script, test result or build log",

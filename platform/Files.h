@@ -79,6 +79,13 @@ Status SaveFile(std::u16string_view path, std::string_view bytes);
 // Why SaveFile would fail, as far as that can be told beforehand (a full disk cannot). Changes nothing.
 Status CheckSaveFile(std::u16string_view path);
 
+// What a folder holds, sorted by name without regard to letter case.
+struct FolderEntry {
+  std::u16string Name;
+  bool IsDirectory = false;
+};
+Result<std::vector<FolderEntry>> ListDirectory(std::u16string_view path);
+
 Status CreateDirectories(std::u16string_view path);
 Status RemoveFile(std::u16string_view path);
 // Makes an empty file of a name not yet taken: prefix, random letters, extension. The caller removes it.

@@ -7,6 +7,8 @@
 #include <array>
 #include <cstdlib>
 #include <dlfcn.h>
+#include <spawn.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace kx::platform {
@@ -33,6 +35,24 @@ std::vector<std::u16string> EnvironmentNames() {
 
 bool IsWindows() {
   return false;
+}
+
+// A session of its own, so that Ctrl-C in the terminal ends the program and not the browser.
+Status OpenInBrowser(std::u16string_view address) {
+  if (!FindProgram(u"xdg-open")) return Failure{u"There is no program xdg-open."};
+  std::string url = text::ToUtf8(address);
+  std::array<std::string, 4> words{"sh", "-c", "xdg-open \"$1\" </dev/null >/dev/null 2>&1 &", "sh"};
+  std::array<char*, 6> arguments{words[0].data(), words[1].data(), words[2].data(),
+                                 words[3].data(), url.data(),      nullptr};
+  posix_spawnattr_t attributes{};
+  posix_spawnattr_init(&attributes);
+  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID);
+  pid_t shell = 0;
+  const int error = posix_spawn(&shell, "/bin/sh", nullptr, &attributes, arguments.data(), environ);
+  posix_spawnattr_destroy(&attributes);
+  if (error != 0) return Failure{u"Cannot start xdg-open."};
+  waitpid(shell, nullptr, 0);
+  return Done{};
 }
 
 std::optional<std::u16string> ReadLocalMachineString(std::u16string_view /*key*/,

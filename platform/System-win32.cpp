@@ -4,7 +4,9 @@
 #include "text/Encoding.h"
 
 #include <array>
+#include <cstdint>
 #include <memory>
+#include <shellapi.h>
 
 namespace kx::platform {
 
@@ -40,6 +42,13 @@ std::vector<std::u16string> EnvironmentNames() {
 
 bool IsWindows() {
   return true;
+}
+
+Status OpenInBrowser(std::u16string_view address) {
+  const auto result = reinterpret_cast<std::intptr_t>(
+      ShellExecuteW(nullptr, L"open", ToWide(address).c_str(), nullptr, nullptr, SW_SHOWNORMAL));
+  if (result <= 32) return Failure{u"Windows knows no browser."}; // what the function gives on failure
+  return Done{};
 }
 
 std::optional<std::u16string> ReadLocalMachineString(std::u16string_view key, std::u16string_view value) {

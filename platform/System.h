@@ -15,6 +15,9 @@ std::optional<std::u16string> EnvironmentVariable(std::u16string_view name);
 std::vector<std::u16string> EnvironmentNames();
 bool IsWindows();
 
+// Shows the address in the user's browser and does not wait for it.
+Status OpenInBrowser(std::u16string_view address);
+
 // The string value below HKEY_LOCAL_MACHINE, in the 32-bit view (Visual Studio 7 to 10 are 32-bit programs),
 // opened for reading only. Nothing when key or value are missing, and on systems without a registry.
 std::optional<std::u16string> ReadLocalMachineString(std::u16string_view key, std::u16string_view value);

@@ -1,11 +1,11 @@
 // Writes actions into the text of a project file, in the style that the text has already.
 #pragma once
 
+#include "runner/ElementText.h"
 #include "runner/Project.h"
-#include "runner/ProjectXml.h"
-#include "runner/TextEdits.h"
 
 #include <map>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,6 +20,7 @@ struct TActionSource {
   const TActionNode* Node;
   const TProjectElement* Element;
   std::map<const TKxPublishedProperty*, std::u16string> Baseline;
+  std::set<const TKxPublishedProperty*> Edited = {}; // by the user: written whatever the file said
 };
 
 class TActionWriter {
@@ -36,22 +37,10 @@ private:
   std::string Property(const TActionNode& node, const TKxPublishedProperty& property,
                        const std::string& indent) const;
   std::string ListLines(const text::TStringList& list, const std::string& indent) const;
-  std::string Escaped(std::u16string_view text) const;
   std::string Action(const TActionNode& node, const std::string& indent) const;
   std::string Actions(const std::vector<const TActionNode*>& nodes, const std::string& indent) const;
 
-  std::string IndentOf(const TProjectElement& element) const;
-  std::string ChildIndent(const TProjectElement& parent) const;
-  void Remove(const TProjectElement& element);
-  // Adds the elements behind `last` (null: at the beginning), each on a line of its own.
-  void InsertInto(const TProjectElement& parent, const TProjectElement* last,
-                  const std::vector<std::string>& elements);
-  std::size_t EndOfLineBehind(const TProjectElement& element) const;
-
-  std::string_view bytes_;
-  TTextEdits& edits_;
-  std::string lineEnd_;
-  std::string step_; // one level of indentation
+  TElementText text_;
 };
 
 } // namespace kx

@@ -24,4 +24,10 @@ public:
   bool HasDesignEnvironment() const override { return false; }
 };
 
+// A host with one.
+class TDesignContext : public IKxRegistrationContext {
+public:
+  bool HasDesignEnvironment() const override { return true; }
+};
+
 } // namespace kx

@@ -66,6 +66,11 @@ void TProjectFile::LoadBytes(std::string bytes, std::u16string_view fileName) {
   state_->Take(std::move(bytes), std::move(root));
 }
 
+void TProjectFile::NoteEdited(const TActionNode& node, const TKxPublishedProperty& property) {
+  const auto source = std::ranges::find(state_->Sources, &node, &TActionSource::Node);
+  if (source != state_->Sources.end()) source->Edited.insert(&property);
+}
+
 std::string TProjectFile::Text() const {
   TTextEdits edits;
   TActionWriter writer(state_->Bytes, edits);

@@ -30,6 +30,10 @@ public:
   // The same from bytes; `fileName` is where the project stands, and where Save writes.
   void LoadBytes(std::string bytes, std::u16string_view fileName);
 
+  // The user has given a stored property of an action another value: it is written as it is now, lists and
+  // texts without their references too.
+  void NoteEdited(const TActionNode& node, const TKxPublishedProperty& property);
+
   // The text of the file with the changes in it; the bytes that were read when nothing changed.
   std::string Text() const;
   // Writes the file, safely, when something has changed.

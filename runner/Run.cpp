@@ -63,12 +63,13 @@ void CountMetric(TFrame& frame, const TKxMetric& metric) {
 
 class TValidationCollector : public IKxActionValidationError {
 public:
-  TValidationCollector(const TServiceRegistry& services, std::u16string action,
+  TValidationCollector(const TServiceRegistry& services, const TActionNode& node,
                        std::vector<TValidationEntry>& entries)
-      : services_(services), action_(std::move(action)), entries_(entries) {}
+      : services_(services), node_(node), entries_(entries) {}
 
   void Add(std::u16string_view page, std::u16string_view message, TKxOptionsObject* options) override {
-    entries_.push_back({action_, std::u16string(page), std::u16string(message), ClassOf(options)});
+    entries_.push_back(
+        {node_.DisplayName(), std::u16string(page), std::u16string(message), ClassOf(options), &node_});
   }
 
 private:
@@ -80,7 +81,7 @@ private:
   }
 
   const TServiceRegistry& services_;
-  std::u16string action_;
+  const TActionNode& node_;
   std::vector<TValidationEntry>& entries_;
 };
 
@@ -217,7 +218,7 @@ void TProjectRunner::TState::Finish(bool succeeded) {
 void TProjectRunner::TState::ValidateNodes(const std::vector<std::unique_ptr<TActionNode>>& nodes,
                                            std::vector<TValidationEntry>& entries) {
   for (const auto& node : nodes) {
-    TValidationCollector collector(Services, node->DisplayName(), entries);
+    TValidationCollector collector(Services, *node, entries);
     const std::size_t before = entries.size();
     try {
       if (!node->Action().Validate(collector) && entries.size() == before)

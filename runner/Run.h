@@ -36,6 +36,7 @@ struct TValidationEntry {
   std::u16string Page;
   std::u16string Message;
   const TKxOptionsClass* Options = nullptr; // the options that mend it, when the action knows
+  const TActionNode* Node = nullptr;        // the action
 };
 
 // Owns the project, since its actions are attached to this host. Fill Project() (by hand or by TProjectFile),

@@ -1,0 +1,86 @@
+// kxhost edit: a build project in the user's browser.
+#include "cli/Common.h"
+#include "editor/EditorDesign.h"
+#include "editor/EditorServer.h"
+#include "editor/EditorSession.h"
+#include "platform/Console.h"
+#include "platform/Files.h"
+#include "platform/System.h"
+#include "text/Encoding.h"
+#include "text/WindowsPath.h"
+
+#include <CLI/CLI.hpp>
+
+#include <memory>
+
+namespace kx::cli {
+
+namespace {
+
+struct TEditArguments {
+  std::string File;
+  std::vector<std::string> Variables;
+  bool NoBrowser = false;
+};
+
+// Without a page that asks now and then, and with nothing to lose.
+constexpr auto IdleEnd = std::chrono::minutes(10);
+
+void Print(const std::string& text) {
+  platform::WriteConsole(platform::ConsoleStream::Output, text + "\n");
+}
+
+void ShowAddress(const std::string& address, bool openBrowser) {
+  const auto opened =
+      openBrowser ? platform::OpenInBrowser(text::FromUtf8(address)) : platform::Status(platform::Failure{});
+  if (opened) {
+    Print("The project is open in the browser. Ctrl-C ends the editor.");
+  } else {
+    Print("Open this address, which is good for one use; Ctrl-C ends the editor:\n" + address);
+  }
+}
+
+void ServeToTheEnd(editor::TEditorSession& session, const editor::TEditorServer& server,
+                   const platform::StopSignal& stop) {
+  while (!stop.WaitFor(std::chrono::milliseconds(300))) {
+    if (session.HasEnded()) return;
+    if (server.Idle() > IdleEnd && !session.Runs().IsRunning() && !session.IsDirty()) return;
+  }
+}
+
+int Edit(const TEditArguments& arguments, const TCommonOptions& common) {
+  editor::TEditorDesign design;
+  THostSession host(common, {&design, &design});
+  editor::TEditorSession session(
+      host.Services(), design,
+      {text::ExpandPath(text::FromUtf8(arguments.File), platform::CurrentDirectory()),
+       {ParseVariables(arguments.Variables), host.KeyFile()}});
+  {
+    const platform::InterruptHandler interrupts(host.Stop());
+    const editor::TEditorServer server(session);
+    ShowAddress(server.Address(), !arguments.NoBrowser);
+    ServeToTheEnd(session, server, host.Stop());
+    session.EndRun(); // pages that wait for its events are answered
+  }
+  const std::u16string kept = session.KeepUnsaved();
+  if (!kept.empty()) Print("What was not saved is kept in " + text::ToUtf8(kept));
+  host.SaveOptions();
+  return ExitSuccess;
+}
+
+} // namespace
+
+void DefineEdit(CLI::App& command, const TCommonOptions& common, int& exitCode) {
+  auto arguments = std::make_shared<TEditArguments>();
+  command.add_option("PROJECT", arguments->File, "The build project (*.kxproj); made when it is saved")
+      ->required();
+  command
+      .add_option("--set", arguments->Variables,
+                  "NAME=VALUE: a variable of runs, before those of the project")
+      ->type_name("NAME=VALUE")
+      ->allow_extra_args(false);
+  command.add_flag("--no-browser", arguments->NoBrowser, "Print the address instead of opening the browser");
+  command.callback([arguments, &common, &exitCode] { exitCode = Edit(*arguments, common); });
+}
+
+} // namespace kx::cli

@@ -1,0 +1,101 @@
+// The project under the editor's hands: its text, the actions that the text makes, and the pages that edit
+// them.
+#pragma once
+
+#include "host/Pages.h"
+#include "runner/ProjectFile.h"
+#include "runner/ProjectText.h"
+#include "runner/Run.h"
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kx::editor {
+
+using TPages = std::vector<std::unique_ptr<TKxPropertyPage>>;
+
+// The text is what counts: each change makes the text that would be saved, and undoing goes back to an
+// earlier one. Actions and pages are made anew when actions come, go or move, and stay while fields are
+// edited.
+class TEditedProject {
+public:
+  // Reads the file; one that is missing is an empty project. Raises EKxParseError. `services` outlives it.
+  TEditedProject(const TServiceRegistry& services, TRunSettings settings, std::u16string fileName);
+
+  const std::u16string& FileName() const { return fileName_; }
+  TProject& Project() const { return loaded_->Runner.Project(); }
+  TProjectRunner& Runner() const { return loaded_->Runner; }
+  const std::string& Text() const { return text_; }
+  bool IsDirty() const { return text_ != saved_; }
+  bool CanUndo() const { return !undo_.empty(); }
+  bool CanRedo() const { return !redo_.empty(); }
+  // Counts how often the actions were made anew: paths that somebody noted before may mean others now.
+  int Generation() const { return generation_; }
+
+  TActionNode& NodeAt(const TActionPath& path) const; // raises EKxException
+  TActionPath PathOf(const TActionNode& node) const;  // which is of the project
+  // The registered pages of the action and, behind them, a form of all its properties. Read when first asked.
+  TPages& PagesOf(TActionNode& node);
+
+  // The user gave the field of a page a value, or clicked (then `change` does it). What follows for the
+  // action is written at once; only a text that awaits its accept button stays in its page until Accept. A
+  // field with an error keeps its page from being written.
+  void EditPage(TActionNode& node, std::size_t page, std::u16string_view field,
+                const std::function<void(TKxPropertyPage&)>& change);
+  void Accept();
+  // The pages of the action show what it holds now.
+  void ReadAgain(TActionNode& node);
+
+  void EditText(const std::function<void(TProjectText&)>& edit);
+  // Makes an action with its default values at this place; gives it back.
+  TActionNode& AddAction(std::u16string_view type, const TActionPath& at);
+  void SetProperty(TActionNode& node, std::u16string_view property, std::u16string_view text);
+  void Replace(std::string text); // by what a run has changed
+
+  void Undo();
+  void Redo();
+
+  enum class ESave { Safely, Overwrite };
+  // False, and nothing is written, when the file is not as it was read or saved last. Raises EKxException.
+  bool Save(ESave how);
+  // Takes what is on the disk now; undoing gives back what was there before.
+  void Reload();
+
+private:
+  // Made from one text.
+  struct TLoaded {
+    TLoaded(const TServiceRegistry& services, const TRunSettings& settings);
+    TKxEvent Stop; // nothing is run here
+    TProjectRunner Runner;
+    TProjectFile File;
+  };
+  std::unique_ptr<TLoaded> Load(std::string text) const;
+  void Show(std::string text); // as the project's present state
+  void Remember(std::string before, std::u16string_view what);
+  void Write(TActionNode& node, std::size_t page, std::u16string_view what);
+
+  const TServiceRegistry& services_;
+  TRunSettings settings_;
+  std::u16string fileName_;
+  std::optional<std::string> disk_; // as read or written last; nothing: there was no file
+  std::string saved_;
+  std::string text_;
+  std::unique_ptr<TLoaded> loaded_;
+  std::map<const TActionNode*, TPages> pages_; // which go before the actions that they edit
+  std::vector<std::string> undo_;
+  std::vector<std::string> redo_;
+  std::u16string lastEdit_; // several edits of one field are undone together
+  struct TPending {
+    TActionNode* Node;
+    std::size_t Page;
+  };
+  std::optional<TPending> pending_; // a text that awaits its accept button
+  int generation_ = 0;
+};
+
+} // namespace kx::editor

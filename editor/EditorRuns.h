@@ -1,0 +1,72 @@
+// The runs of the edited project: one at a time, on a thread of their own, with a log that grows while it is
+// read.
+#pragma once
+
+#include "runner/Run.h"
+
+#include <nlohmann/json.hpp>
+
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace kx::editor {
+
+class TEditorRuns {
+public:
+  TEditorRuns(const TServiceRegistry& services, TRunSettings settings);
+  ~TEditorRuns(); // stops a run that is going on and waits for its end
+  TEditorRuns(const TEditorRuns&) = delete;
+  TEditorRuns& operator=(const TEditorRuns&) = delete;
+
+  // Runs a project that has this text and stands in this file. Raises EKxException while another run goes on.
+  void Start(std::string text, std::u16string fileName, bool dryRun);
+  void Stop(); // asks the run to end; nothing happens when there is none
+  void End();  // the same, and waits for the end; for the thread that made this object
+  bool IsRunning() const;
+
+  // The text of the project as the run left it (numbers that it has counted up); once, after the end. A dry
+  // run leaves nothing.
+  std::optional<std::string> TakeResult();
+
+  // The events of the newest run from position `from` on, at most some thousand; while it goes on waits for
+  // the next one, but not longer than `wait`. Another `run` than the newest counts from the beginning.
+  //   {"run":2,"running":true,"from":10,"next":12,"events":[...]}
+  // The events are those of report/JsonLinesSink.h, with the places of problems ("file", "line", "column")
+  // and what a loop counts ("unit").
+  std::string Events(int run, std::size_t from, std::chrono::milliseconds wait);
+
+  // All runs of the session: how they went, their results and metrics, without their logs.
+  nlohmann::json Summaries() const;
+
+  // Where the problem is that the newest run has reported at this position; the page cannot ask for others.
+  struct TLocation {
+    std::u16string File; // full
+    int Line = 0;
+  };
+  std::optional<TLocation> LocationOf(std::size_t event) const;
+
+private:
+  class TSink;
+  struct TRun;
+  void Execute(TRun& run);
+  void Append(TRun& run, std::string line);
+
+  const TServiceRegistry& services_;
+  TRunSettings settings_;
+  TKxEvent stop_;
+  mutable std::mutex mutex_;
+  std::condition_variable changed_;
+  std::vector<nlohmann::json> summaries_;
+  std::unique_ptr<TRun> run_; // the newest
+  std::optional<std::string> result_;
+  std::thread thread_;
+};
+
+} // namespace kx::editor

@@ -1,0 +1,90 @@
+// What one user does to one project in the browser, request by request. No HTTP in here.
+#pragma once
+
+#include "editor/EditorDesign.h"
+#include "editor/EditorRuns.h"
+#include "editor/SessionJson.h"
+
+#include <functional>
+#include <mutex>
+#include <string>
+#include <string_view>
+
+namespace kx::editor {
+
+struct TSessionSettings {
+  std::u16string FileName; // full path of the project
+  TRunSettings Run;        // of every run
+};
+
+class TEditorSession {
+public:
+  // Reads the project, which may be missing. Raises EKxParseError. The services and the design service
+  // outlive the session; the design service is the one that was set before the plug-ins were loaded.
+  TEditorSession(TServiceRegistry& services, TEditorDesign& design, const TSessionSettings& settings);
+  ~TEditorSession();
+
+  // Does one thing and gives what the page shows then; raises EKxException with a text for the user, and
+  // nothing has changed then. From any thread, one request at a time. See the table in the source for the
+  // operations; docs/editor.md describes what they are for.
+  TJson Handle(std::string_view operation, const TJson& arguments);
+
+  TEditorRuns& Runs() { return runs_; }                   // may be used while a request is handled
+  std::string_view Image(std::u16string_view type) const; // SVG of an action type; empty when there is none
+  bool IsDirty();                                         // something is not saved
+  bool HasEnded();                                        // the user asked for the end
+  void EndRun(); // stops a run that is going on and waits for its end
+  // For the end of the program: takes over what the last run left. Where something is not saved, writes it
+  // into a file beside the project, whose name this gives; else empty. Raises EKxException.
+  std::u16string KeepUnsaved();
+
+private:
+  using TOperation = TJson (TEditorSession::*)(const TJson& arguments);
+  static TOperation FindOperation(std::string_view name);
+  TJson State(const TJson& arguments);
+  TJson Ping(const TJson& arguments);
+  TJson Action(const TJson& arguments);
+  TJson Set(const TJson& arguments);
+  TJson Click(const TJson& arguments);
+  TJson Offers(const TJson& arguments);
+  TJson Attribute(const TJson& arguments);
+  TJson Add(const TJson& arguments);
+  TJson Move(const TJson& arguments);
+  TJson Copy(const TJson& arguments);
+  TJson Remove(const TJson& arguments);
+  TJson Variable(const TJson& arguments);
+  TJson PropertySet(const TJson& arguments);
+  TJson PropertySetValue(const TJson& arguments);
+  TJson Undo(const TJson& arguments);
+  TJson Redo(const TJson& arguments);
+  TJson Save(const TJson& arguments);
+  TJson Reload(const TJson& arguments);
+  TJson Validate(const TJson& arguments);
+  TJson List(const TJson& arguments);
+  TJson Run(const TJson& arguments);
+  TJson Stop(const TJson& arguments);
+  TJson Runs(const TJson& arguments);
+  TJson Source(const TJson& arguments);
+  TJson Quit(const TJson& arguments);
+
+  void EditPage(const TJson& arguments, const std::function<void(TKxPropertyPage&)>& change);
+  TKxPropertyPage& PageOf(const TJson& arguments);
+  TKxPropertyPage& OptionsPage(std::size_t index);
+  TJson PagesJson(const TJson& arguments);
+  TJson Moved(std::string_view id);
+  void RequireEditable(std::string_view operation, const TJson& arguments);
+  void TakeRunResult();
+  TJson Brief();
+
+  TServiceRegistry& services_;
+  TEditorDesign& design_;
+  std::mutex mutex_;
+  TEditedProject project_;
+  TPages optionsPages_;
+  TEditorRuns runs_;
+  bool wasCleanAtStart_ = false; // when the run began
+  bool ended_ = false;
+  bool discarded_ = false; // the user does not want what is not saved
+};
+
+} // namespace kx::editor

@@ -1,0 +1,26 @@
+// The folders of the machine, for choosing a file or a folder: names only, never what a file holds.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kx::editor {
+
+struct TChooserFolder {
+  std::u16string Path;   // full, as the system spells it; empty above the drives
+  std::u16string Parent; // empty when there is none
+  std::vector<std::u16string> Folders;
+  std::vector<std::u16string> Files;
+  std::u16string Error; // why there are none
+};
+
+// The folder that `path` names or lies in, seen from `base`; the nearest one there is. `filter` is that of a
+// field ("Text|*.a;*.b|..."); files of its first patterns are listed, all when it is empty.
+TChooserFolder ListChooserFolder(std::u16string_view path, std::u16string_view base,
+                                 std::u16string_view filter);
+
+// "*.sln", "a?.txt"; letter case is ignored.
+bool MatchesPattern(std::u16string_view name, std::u16string_view pattern);
+
+} // namespace kx::editor

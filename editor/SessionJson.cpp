@@ -1,0 +1,194 @@
+#include "editor/SessionJson.h"
+
+#include "host/Exceptions.h"
+#include "text/Encoding.h"
+#include "text/Text.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+
+namespace kx::editor {
+
+namespace {
+
+// In the order of TKxFieldKind and TKxButtonKind.
+constexpr std::array<const char*, 11> FieldKinds{"heading", "note", "choice", "check",  "text",    "secret",
+                                                 "integer", "list", "file",   "folder", "dropdown"};
+constexpr std::array<const char*, 3> ButtonKinds{"browse", "accept", "custom"};
+
+TJson FieldJson(const TKxPageField& field) {
+  TJson buttons = TJson::array();
+  for (const auto& button : field.Buttons)
+    buttons.push_back({{"kind", ButtonKinds.at(static_cast<std::size_t>(button.Kind))},
+                       {"hint", text::ToUtf8(button.Hint)}});
+  TJson items = TJson::array();
+  for (const auto& item : field.Items)
+    items.push_back(text::ToUtf8(item));
+  return {{"name", text::ToUtf8(field.Name)},
+          {"kind", FieldKinds.at(static_cast<std::size_t>(field.Kind))},
+          {"label", text::ToUtf8(field.Label)},
+          {"property", text::ToUtf8(field.Property)},
+          {"group", text::ToUtf8(field.Group)},
+          {"hint", text::ToUtf8(field.Hint)},
+          {"title", text::ToUtf8(field.Title)},
+          {"filter", text::ToUtf8(field.Filter)},
+          {"buttons", buttons},
+          {"offers", field.HasOffers},
+          {"value", field.Kind == TKxFieldKind::Secret ? "" : text::ToUtf8(field.Value)},
+          {"enabled", field.Enabled},
+          {"items", items},
+          {"isSet", field.IsSet},
+          {"error", text::ToUtf8(field.Error)}};
+}
+
+TJson NodesJson(const std::vector<std::unique_ptr<TActionNode>>& nodes, const TActionPath& holder) {
+  TJson list = TJson::array();
+  for (std::size_t i = 0; i < nodes.size(); ++i) {
+    TActionPath path = holder;
+    path.push_back(i);
+    const TActionNode& node = *nodes[i];
+    TJson row = {{"id", PathText(path)},
+                 {"type", text::ToUtf8(node.Type().Identifier)},
+                 {"typeName", text::ToUtf8(node.Action().GetActionName())},
+                 {"name", text::ToUtf8(node.Name())},
+                 {"continueOnError", node.ContinueOnError()},
+                 {"isLoop", node.Iterator() != nullptr}};
+    if (node.Iterator() != nullptr) row["children"] = NodesJson(node.Children(), path);
+    list.push_back(std::move(row));
+  }
+  return list;
+}
+
+// "Solution File :" and "Solution file" are the same place.
+std::u16string_view Bare(std::u16string_view label) {
+  label = text::Trim(label);
+  while (label.ends_with(u':'))
+    label = text::Trim(label.substr(0, label.size() - 1));
+  return label;
+}
+
+bool SameWords(std::u16string_view label, std::u16string_view place) {
+  return !place.empty() && text::EqualsIgnoreCase(Bare(label), Bare(place));
+}
+
+// "Solution" is meant by "Solution file", too.
+bool BeginsWords(std::u16string_view label, std::u16string_view place) {
+  const std::u16string start = std::u16string(Bare(label)) + u" ";
+  return start.size() > 1 && text::StartsWithIgnoreCase(place, start);
+}
+
+using TSame = bool (*)(std::u16string_view label, std::u16string_view place);
+
+bool FindField(const TPages& pages, std::u16string_view place, TSame same, TJson& row) {
+  for (std::size_t i = 0; i < pages.size(); ++i)
+    for (const auto& field : pages[i]->Fields()) {
+      if (!same(field.Label, place) && !same(field.Property, place) && !same(field.Name, place)) continue;
+      row["page"] = i;
+      row["field"] = text::ToUtf8(field.Name); // headings have none
+      return true;
+    }
+  return false;
+}
+
+void FindPlace(const TPages& pages, std::u16string_view place, TJson& row) {
+  if (FindField(pages, place, SameWords, row) || FindField(pages, place, BeginsWords, row)) return;
+  for (std::size_t i = 0; i < pages.size(); ++i)
+    if (SameWords(pages[i]->PageName(), place)) row["page"] = i;
+}
+
+} // namespace
+
+std::string PathText(const TActionPath& path) {
+  std::string text;
+  for (const std::size_t position : path)
+    text += (text.empty() ? "" : "/") + std::to_string(position);
+  return text;
+}
+
+TActionPath ParsePath(std::string_view text) {
+  TActionPath path;
+  const char* at = text.data();
+  const char* const end = at + text.size();
+  while (at != end) {
+    std::size_t position = 0;
+    const auto [next, error] = std::from_chars(at, end, position);
+    const bool goesOn = next != end && *next == '/' && next + 1 != end;
+    if (error != std::errc() || (next != end && !goesOn)) throw EKxException(u"That names no action.");
+    path.push_back(position);
+    at = goesOn ? next + 1 : end;
+  }
+  return path;
+}
+
+TJson PageJson(const TKxPropertyPage& page) {
+  TJson fields = TJson::array();
+  for (const auto& field : page.Fields())
+    fields.push_back(FieldJson(field));
+  return {{"name", text::ToUtf8(page.PageName())}, {"fields", fields}};
+}
+
+TJson OffersJson(const TKxFieldOffers& offers) {
+  TJson items = TJson::array();
+  for (const auto& item : offers.Items)
+    items.push_back(
+        {{"value", text::ToUtf8(item.Value)}, {"label", text::ToUtf8(item.Label)}, {"chosen", item.Chosen}});
+  return {{"items", items}, {"error", text::ToUtf8(offers.Error)}};
+}
+
+TKxButtonKind ParseButton(std::string_view name) {
+  const auto found = std::ranges::find(ButtonKinds, name);
+  if (found == ButtonKinds.end()) throw EKxException(u"There is no such button.");
+  return static_cast<TKxButtonKind>(found - ButtonKinds.begin());
+}
+
+TJson TreeJson(const TProject& project) {
+  return NodesJson(project.Actions(), {});
+}
+
+TJson VariablesJson(const TProject& project) {
+  TJson list = TJson::array();
+  for (const auto& variable : project.Variables)
+    list.push_back({{"name", text::ToUtf8(variable.Name)}, {"value", text::ToUtf8(variable.Value)}});
+  return list;
+}
+
+TJson PropertySetsJson(const TProjectText& text) {
+  TJson list = TJson::array();
+  for (const auto& set : text.PropertySets()) {
+    TJson values = TJson::array();
+    for (const auto& value : set.Values)
+      values.push_back({{"name", text::ToUtf8(value.Name)}, {"value", text::ToUtf8(value.Value)}});
+    list.push_back({{"name", text::ToUtf8(set.Name)}, {"kind", text::ToUtf8(set.Kind)}, {"values", values}});
+  }
+  return list;
+}
+
+TJson ActionTypesJson(const TServiceRegistry& services) {
+  TJson list = TJson::array();
+  for (const auto& type : services.Actions()) {
+    const auto action = type.Class->Create();
+    list.push_back({{"type", text::ToUtf8(type.Identifier)},
+                    {"name", text::ToUtf8(action->GetActionName())},
+                    {"category", text::ToUtf8(type.Category)},
+                    {"isLoop", dynamic_cast<TKxBaseIterator*>(action.get()) != nullptr},
+                    {"image", !services.FindImage(type.Identifier).empty()}});
+  }
+  return list;
+}
+
+TJson ValidationJson(const std::vector<TValidationEntry>& entries, TEditedProject& project) {
+  TJson list = TJson::array();
+  for (const auto& entry : entries) {
+    TJson row = {{"id", PathText(project.PathOf(*entry.Node))},
+                 {"action", text::ToUtf8(entry.Action)},
+                 {"place", text::ToUtf8(entry.Page)},
+                 {"message", text::ToUtf8(entry.Message)},
+                 {"options", entry.Options == nullptr ? "" : text::ToUtf8(entry.Options->Name)}};
+    FindPlace(project.PagesOf(project.NodeAt(project.PathOf(*entry.Node))), entry.Page, row);
+    list.push_back(std::move(row));
+  }
+  return list;
+}
+
+} // namespace kx::editor

@@ -1,0 +1,30 @@
+// What the browser is told about projects, pages and fields.
+#pragma once
+
+#include "editor/EditedProject.h"
+#include "runner/ServiceRegistry.h"
+
+#include <nlohmann/json.hpp>
+
+namespace kx::editor {
+
+using TJson = nlohmann::json;
+
+// "2/0": how the browser names an action. Raises EKxException for anything else.
+std::string PathText(const TActionPath& path);
+TActionPath ParsePath(std::string_view text);
+
+// Secrets have no value here; nobody gets one out of the program.
+TJson PageJson(const TKxPropertyPage& page);
+TJson OffersJson(const TKxFieldOffers& offers);
+TKxButtonKind ParseButton(std::string_view name);
+
+TJson TreeJson(const TProject& project);
+TJson VariablesJson(const TProject& project);
+TJson PropertySetsJson(const TProjectText& text);
+TJson ActionTypesJson(const TServiceRegistry& services);
+
+// Each entry with its action ("id") and, where the words of its place fit one, the page and the field.
+TJson ValidationJson(const std::vector<TValidationEntry>& entries, TEditedProject& project);
+
+} // namespace kx::editor

@@ -1,0 +1,59 @@
+// The requests to kxhost, one after the other, so that each sees what the one before has done.
+
+let last = Promise.resolve();
+const listeners = [];
+let generation;
+let isRunning = false;
+
+// Called with every answer: what it says about the whole project.
+export function onAnswer(listener) {
+  listeners.push(listener);
+}
+
+export class ApiError extends Error {}
+
+async function send(operation, values) {
+  let response;
+  try {
+    response = await fetch(`api/${operation}`, {
+      method: "POST",
+      headers: { "Content-Type": "application/json" },
+      body: JSON.stringify({ generation, ...values }),
+    });
+  } catch {
+    throw new ApiError("kxhost does not answer. Is it still running? What was not saved stays with it.");
+  }
+  if (!(response.headers.get("Content-Type") ?? "").startsWith("application/json"))
+    throw new ApiError((await response.text()) || `kxhost answers ${response.status}.`);
+  const answer = await response.json();
+  if (answer.error && !response.ok) throw new ApiError(answer.error);
+  generation = answer.generation;
+  isRunning = answer.running;
+  for (const listener of listeners) listener(answer);
+  return answer;
+}
+
+export function call(operation, values = {}) {
+  const result = last.then(() => send(operation, values));
+  last = result.catch(() => {});
+  return result;
+}
+
+// The same for what a run going on makes impossible: nothing is asked then, and undefined is the answer.
+export function callUnlessRunning(operation, values = {}) {
+  const result = last.then(() => (isRunning ? undefined : send(operation, values)));
+  last = result.catch(() => {});
+  return result;
+}
+
+// After a request that was asked about a project as it no longer is.
+export function forgetGeneration() {
+  generation = undefined;
+}
+
+// Waits on the server for the next events of a run; does not hold up other requests.
+export async function events(run, from) {
+  const response = await fetch(`api/events?run=${run}&from=${from}`);
+  if (!response.ok) throw new ApiError(`kxhost answers ${response.status}.`);
+  return response.json();
+}

@@ -1,0 +1,50 @@
+// Small helpers for making elements.
+
+// el("p", { class: "x", onclick: f, hidden: true }, "text", otherElement): attributes that are false are left out.
+export function el(tag, attributes = {}, ...children) {
+  const element = document.createElement(tag);
+  for (const [name, value] of Object.entries(attributes)) {
+    if (name.startsWith("on")) element.addEventListener(name.slice(2), value);
+    else if (value === true) element.setAttribute(name, "");
+    else if (value !== false && value !== undefined && value !== null) element.setAttribute(name, value);
+  }
+  element.append(...children.filter((child) => child !== null && child !== undefined));
+  return element;
+}
+
+export function button(text, onclick, attributes = {}) {
+  return el("button", { type: "button", onclick, ...attributes }, text);
+}
+
+let count = 0;
+export function newId() {
+  count += 1;
+  return `n${count}`;
+}
+
+export function byId(id) {
+  return document.getElementById(id);
+}
+
+export function debounce(work, milliseconds) {
+  let timer = 0;
+  const later = (...values) => {
+    clearTimeout(timer);
+    timer = setTimeout(() => work(...values), milliseconds);
+  };
+  later.cancel = () => clearTimeout(timer);
+  return later;
+}
+
+// Says it to those who cannot see it, and shows it for those who can.
+export function announce(text, isError = false) {
+  const place = byId("message");
+  place.textContent = text;
+  place.className = isError ? "error" : "";
+}
+
+export function formatTime(milliseconds) {
+  const seconds = milliseconds / 1000;
+  if (seconds < 60) return `${seconds.toFixed(1)} s`;
+  return `${Math.floor(seconds / 60)} min ${Math.floor(seconds % 60)} s`;
+}

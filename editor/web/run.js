@@ -1,0 +1,126 @@
+// Runs the project and shows what happens.
+import { call, events } from "./api.js";
+import { charts, resultTable } from "./charts.js";
+import { showSource } from "./dialogs.js";
+import { announce, button, byId, el, formatTime } from "./dom.js";
+import { Log } from "./log.js";
+
+export class RunView {
+  // `handlers`: started(), ended().
+  constructor(handlers) {
+    this.handlers = handlers;
+    this.number = 0;
+    this.isWatching = false;
+    this.log = new Log(byId("log"), {
+      open: (event, text) => this.openSource(event, text),
+      select: (line) => this.showDetail(line),
+    });
+    byId("filter").addEventListener("change", (event) => this.log.filter(Number(event.target.value)));
+    byId("fold").addEventListener("click", () => this.log.fold(true));
+    byId("unfold").addEventListener("click", () => this.log.fold(false));
+    byId("compare").addEventListener("change", () => this.showResults());
+  }
+
+  async start(dryRun) {
+    await call("run", { dryRun });
+    announce(dryRun ? "The dry run has begun: nothing is started or changed." : "The run has begun.");
+    this.watch();
+  }
+
+  async stop() {
+    await call("stop");
+    announce("The run is asked to stop.");
+  }
+
+  // Follows the newest run to its end.
+  async watch() {
+    if (this.isWatching) return;
+    this.isWatching = true;
+    this.handlers.started();
+    const began = performance.now();
+    const clock = setInterval(() => this.showProgress(performance.now() - began), 1000);
+    try {
+      let next = 0;
+      for (let goesOn = true; goesOn;) {
+        const answer = await events(this.number, next);
+        if (answer.run !== this.number) this.begin(answer.run);
+        answer.events.forEach((event, i) => this.take(event, answer.from + i));
+        next = answer.next;
+        this.log.refresh();
+        this.showProgress(performance.now() - began);
+        goesOn = answer.running;
+      }
+    } catch (error) {
+      announce(error.message, true);
+    }
+    clearInterval(clock);
+    this.isWatching = false;
+    await this.showEnd();
+    this.handlers.ended();
+  }
+
+  begin(number) {
+    this.number = number;
+    this.log.clear();
+    this.log.least = Number(byId("filter").value);
+    this.positions = [];
+    this.actions = [];
+    byId("results").replaceChildren();
+    byId("detail").replaceChildren();
+  }
+
+  take(event, position) {
+    if (event.event === "action") {
+      this.actions.push(event.name);
+      if (event.iterations) this.position = `${event.unit || "pass"} ${event.iteration} of ${event.iterations}`;
+    } else if (event.event === "actionEnd") {
+      this.actions.pop();
+      if (!this.actions.length) this.position = "";
+    }
+    this.log.add(event, position);
+  }
+
+  showProgress(elapsed) {
+    const parts = [this.actions?.at(-1), this.position, `${this.log.counts[3]} errors, ${this.log.counts[2]} warnings`, formatTime(elapsed)];
+    byId("progress").textContent = parts.filter(Boolean).join(" · ");
+  }
+
+  async showEnd() {
+    this.runs = (await call("runs")).runs;
+    const run = this.runs.at(-1);
+    if (!run) return;
+    const outcome = run.error || (run.stopped ? "stopped" : run.succeeded ? "succeeded" : "failed");
+    const text = `${run.dryRun ? "Dry run" : "Run"} ${run.run}: ${outcome} after ${formatTime(run.elapsedMs)}, ${this.log.counts[3]} errors, ${this.log.counts[2]} warnings`;
+    byId("progress").textContent = text;
+    announce(`The run has ended: ${outcome}.`, !run.succeeded);
+    const select = byId("compare");
+    select.replaceChildren(el("option", { value: "" }, "no other run"),
+      ...this.runs.slice(0, -1).reverse().map((other) =>
+        el("option", { value: other.run }, `run ${other.run}${other.dryRun ? " (dry)" : ""}: ${other.succeeded ? "succeeded" : "failed"}`)));
+    select.parentElement.hidden = this.runs.length < 2;
+    this.showResults();
+  }
+
+  showResults() {
+    const run = this.runs?.at(-1);
+    if (!run) return;
+    const earlier = this.runs.find((other) => String(other.run) === byId("compare").value);
+    const figures = charts(run, earlier);
+    byId("results").replaceChildren(el("h2", {}, "Results"), resultTable(run, earlier),
+      figures.length ? el("h2", {}, "Metrics") : "", el("div", { class: "charts" }, ...figures));
+  }
+
+  showDetail(line) {
+    const parts = [el("pre", {}, line.text)];
+    if (line.file) parts.push(button(`Show ${line.file} (${line.line})`, () => this.openSource(line.position, line.text)));
+    byId("detail").replaceChildren(...parts);
+  }
+
+  async openSource(event, text) {
+    try {
+      await showSource(event, text);
+    } catch (error) {
+      announce(error.message, true);
+    }
+  }
+}

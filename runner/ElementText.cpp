@@ -1,0 +1,89 @@
+#include "runner/ElementText.h"
+
+#include "host/Xml.h"
+#include "text/Encoding.h"
+#include "text/Text.h"
+
+namespace kx {
+
+namespace {
+
+constexpr auto npos = std::string_view::npos;
+
+std::string LineEndOf(std::string_view bytes) {
+  const std::size_t feed = bytes.find('\n');
+  return feed != npos && feed > 0 && bytes[feed - 1] == '\r' ? "\r\n" : "\n";
+}
+
+} // namespace
+
+bool IsBlankText(std::string_view text) {
+  return text.find_first_not_of(" \t\r") == npos;
+}
+
+TElementText::TElementText(std::string_view bytes, TTextEdits& edits)
+    : bytes_(bytes), edits_(edits), lineEnd_(LineEndOf(bytes)),
+      step_(bytes.find("\n\t") != npos ? "\t" : "  ") {}
+
+std::string TElementText::Escaped(std::u16string_view text) const {
+  // Quotation marks need no escape in the text of an element; a bare CR would be read as a line end.
+  std::u16string escaped = text::ReplaceAll(XmlEscape(text), u"&quot;", u"\"");
+  escaped = text::ReplaceAll(escaped, u"\r\n", u"\n");
+  escaped = text::ReplaceAll(escaped, u"\r", u"&#13;");
+  return text::ToUtf8(text::ReplaceAll(escaped, u"\n", text::FromAscii(lineEnd_)));
+}
+
+std::string TElementText::IndentOf(const TProjectElement& element) const {
+  const std::string_view before = bytes_.substr(0, element.Whole.Begin);
+  const std::string_view line = before.substr(before.rfind('\n') + 1);
+  return IsBlankText(line) ? std::string(line) : std::string();
+}
+
+std::string TElementText::ChildIndent(const TProjectElement& parent) const {
+  const std::string own = IndentOf(parent);
+  const std::string first = parent.Children.empty() ? std::string() : IndentOf(parent.Children.front());
+  return first.size() > own.size() ? first : own + step_;
+}
+
+void TElementText::Remove(const TProjectElement& element) {
+  TByteSpan span = element.Whole;
+  const std::string_view before = bytes_.substr(0, span.Begin);
+  const std::size_t lineBreak = before.rfind('\n');
+  const std::string_view behind = bytes_.substr(span.End, bytes_.find('\n', span.End) - span.End);
+  if (lineBreak != npos && IsBlankText(before.substr(lineBreak + 1)) && IsBlankText(behind))
+    span.Begin = lineBreak - (lineBreak > 0 && bytes_[lineBreak - 1] == '\r' ? 1 : 0);
+  edits_.Replace(span, {});
+}
+
+std::size_t TElementText::EndOfLineBehind(const TProjectElement& element) const {
+  const std::size_t at = element.Whole.End;
+  std::string_view rest = bytes_.substr(at, bytes_.find('\n', at) - at);
+  while (!rest.empty() && IsBlankText(rest.substr(rest.size() - 1)))
+    rest.remove_suffix(1);
+  const std::size_t comment = rest.find_first_not_of(" \t");
+  const bool isComment =
+      comment != npos && rest.substr(comment).starts_with("<!--") && rest.find("-->") == rest.size() - 3;
+  return at + (isComment ? rest.size() : 0);
+}
+
+void TElementText::InsertInto(const TProjectElement& parent, const TProjectElement* last,
+                              const std::vector<std::string>& elements) {
+  if (elements.empty()) return;
+  std::string text;
+  for (const auto& element : elements)
+    text += lineEnd_ + ChildIndent(parent) + element;
+  const std::string closing = lineEnd_ + IndentOf(parent);
+  if (parent.IsSelfClosing) {
+    const std::size_t slash = bytes_.find_last_not_of(" \t\r\n", parent.Whole.End - 3) + 1;
+    const std::string tag = "</" + text::ToUtf8(parent.Name) + ">";
+    edits_.Replace({slash, parent.Whole.End}, ">" + text + closing + tag);
+    return;
+  }
+  const std::size_t at = last == nullptr ? parent.Content.Begin : EndOfLineBehind(*last);
+  const std::string_view behind = bytes_.substr(at);
+  const std::size_t next = behind.find_first_not_of(" \t\r");
+  const bool lineGoesOn = next == npos || behind[next] != '\n';
+  edits_.Insert(at, lineGoesOn ? text + closing : text);
+}
+
+} // namespace kx

@@ -1,0 +1,46 @@
+// Edits of the elements in a text, in the style of indentation and line ends that it has.
+#pragma once
+
+#include "runner/ProjectXml.h"
+#include "runner/TextEdits.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kx {
+
+class TElementText {
+public:
+  // Both outlive this object; `edits` receives what it does.
+  TElementText(std::string_view bytes, TTextEdits& edits);
+
+  const std::string& LineEnd() const { return lineEnd_; }
+  const std::string& Step() const { return step_; } // one level of indentation
+  // The blanks in front of an element that begins its line; nothing for one that does not.
+  std::string IndentOf(const TProjectElement& element) const;
+  std::string ChildIndent(const TProjectElement& parent) const;
+  std::size_t EndOfLineBehind(const TProjectElement& element) const; // a comment there belongs to the element
+
+  void Replace(const TProjectElement& element, std::string text) {
+    edits_.Replace(element.Whole, std::move(text));
+  }
+  void Remove(const TProjectElement& element);
+  // Adds the elements behind `last` (null: at the beginning), each on a line of its own.
+  void InsertInto(const TProjectElement& parent, const TProjectElement* last,
+                  const std::vector<std::string>& elements);
+
+  // A text as the content of an element. Quotation marks stay; line ends become those of the file.
+  std::string Escaped(std::u16string_view text) const;
+
+private:
+  std::string_view bytes_;
+  TTextEdits& edits_;
+  std::string lineEnd_;
+  std::string step_;
+};
+
+// Whether the text is blanks and nothing else, none of them a line feed.
+bool IsBlankText(std::string_view text);
+
+} // namespace kx

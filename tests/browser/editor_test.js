@@ -1,0 +1,341 @@
+// The editor as a person uses it, in a real browser; and as somebody who should not would.
+"use strict";
+const assert = require("node:assert/strict");
+const fs = require("node:fs");
+const http = require("node:http");
+const { after, before, test } = require("node:test");
+const { Editor, launch, openPage, settled } = require("./editor.js");
+
+const axe = fs.readFileSync(require.resolve("axe-core/axe.min.js"), "utf8");
+let browser;
+before(async () => { browser = await launch(); });
+after(() => browser.close());
+
+const devenv = (more = "", name = "Übersetzen") => `    <Action Type="DEVENV" Name="${name}">
+      <Solution>Greeter\\Greeter.sln</Solution> <!-- ours -->
+      <SolutionConfiguration>Release|Any CPU</SolutionConfiguration>
+      <VStudioVersion Name="vs2010">4</VStudioVersion>
+      <UseMSBuild>False</UseMSBuild>${more}
+    </Action>\n`;
+const project = (actions) => `<?xml version="1.0" encoding="utf-8"?>
+<!-- kept as it is -->
+<BuildProject Name="日本 été">
+  <Actions>
+${actions}  </Actions>
+</BuildProject>
+`;
+
+async function withEditor(options, work) {
+  const editor = await Editor.open("p.kxproj", options);
+  try {
+    const page = await openPage(browser, editor.address);
+    await work(page, editor);
+    assert.deepEqual(page.faults, []);
+    await page.context().close();
+  } finally {
+    await editor.close();
+  }
+}
+
+async function save(page) {
+  await page.keyboard.press("Control+s");
+  await page.waitForSelector("#dirty:text-is('saved')");
+}
+
+async function turnTo(page, name) {
+  await page.locator("#pages [role=tab]", { hasText: name }).click();
+}
+
+test("editing by the keyboard and the mouse changes what it should and nothing else", async () => {
+  await withEditor({ text: project(devenv() + `    <Action Type="MSTEST"/>\n`) }, async (page, editor) => {
+    await page.getByLabel("Name of the action").fill("Bauen 日本");
+    await turnTo(page, "Build");
+    await page.getByLabel("Extra Cmd Line Params").fill("/nologo \"é\"");
+    await page.getByLabel("Override Compiler").check();
+    await page.locator("[data-field=CompilerConstants]:enabled").waitFor();
+    await turnTo(page, "Project Detection");
+    await page.getByLabel("Use WebDAV").check();
+    await page.getByLabel("Username").fill("müller");
+    await page.locator("[data-field=edtPassword]").fill("streng-geheim");
+    await save(page);
+    const text = editor.read("p.kxproj");
+    for (const part of ["<!-- kept as it is -->", "</Solution> <!-- ours -->", 'Name="Bauen 日本"', '/nologo "é"', "<OverrideCompiler>True",
+      '<ProjLocationDetectMethod Name="useWebDAV">2', "müller", `    <Action Type="MSTEST"/>\n`])
+      assert.ok(text.includes(part), `${part} is missing in ${text}`);
+    assert.ok(!text.includes("geheim"));
+    assert.ok(!(await page.content()).includes("geheim"));
+
+    await page.locator("#tree [aria-selected=true]").focus();
+    await page.keyboard.press("ArrowDown");
+    await settled(page);
+    await page.getByLabel("Test Metadata File:", { exact: true }).first().check();
+    await page.locator("[data-field=edtTestMetadata]").fill("tests.vsmdi");
+    await turnTo(page, "Publish Results");
+    await page.getByLabel("Publish results using the following settings:").check();
+    await page.getByLabel("Team Server:").fill("http://tfs");
+    await save(page);
+    for (const part of ["<MetadataFile>tests.vsmdi<", "<TeamServer>http://tfs<", '<PublishMode Name="pbSpecify">2<', "<UseMetadataFile>True<"])
+      assert.ok(editor.read("p.kxproj").includes(part), part);
+  });
+});
+
+// What every page of every action shows, by action, page and field.
+async function allValues(page, edit = async () => {}) {
+  const values = {};
+  for (const item of await page.locator("[role=treeitem]").all()) {
+    await item.click();
+    await settled(page);
+    const action = await page.locator("#action-title").textContent();
+    const tabs = await page.locator("#pages [role=tab]").allTextContents();
+    for (const [index, tab] of tabs.entries()) { // two of them may have one name
+      await page.locator("#pages [role=tab]").nth(index).click();
+      await edit(tab);
+      values[`${action}: ${index} ${tab}`] = await page.evaluate(() => Object.fromEntries([...document.querySelectorAll("[data-field]")].map(
+        (field) => [field.dataset.field, field.type === "password" ? field.placeholder : ["checkbox", "radio"].includes(field.type) ? field.checked : field.value])));
+    }
+  }
+  return values;
+}
+
+test("what every field of every page was given is there again when the file is opened anew", async () => {
+  const types = ["DEVENV", "MSTEST", "VERSIONINFO", "SOLUTIONITERATOR"];
+  const text = project(types.map((type) => `    <Action Type="${type}"/>\n`).join(""));
+  await withEditor({ text }, async (page, editor) => {
+    let count = 0;
+    await allValues(page, async (tab) => {
+      if (tab === "All Properties") return;
+      const names = (selector) => page.locator(selector).evaluateAll((fields) => fields.map((field) => field.dataset.field));
+      for (const name of await names("[data-field][type=checkbox]")) {
+        const box = page.locator(`[data-field="${name}"]`);
+        if (await box.isEnabled()) await box.check();
+      }
+      await settled(page); // now the rules have enabled what they can
+      for (const name of await names("[data-field]:enabled:not([type=radio]):not([type=checkbox])")) {
+        const field = page.locator(`[data-field="${name}"]`);
+        const [isChoice, isNumber, last] = await field.evaluate((element) => [element.type === "select-one", element.inputMode === "numeric", element.length - 1]);
+        if (isChoice) await field.selectOption({ index: last });
+        else await field.fill(isNumber ? "7" : `${name} é日本 & <${count}>`);
+        count += 1;
+      }
+    });
+    assert.ok(count > 50, `${count} fields`);
+    await page.locator("[role=treeitem]").first().click();
+    const given = await allValues(page);
+    await save(page);
+    assert.ok(JSON.stringify(given).includes("é日本 & <"));
+    editor.program.kill("SIGINT");
+    await editor.ended;
+    await editor.start();
+    const again = await openPage(browser, editor.address);
+    assert.deepEqual(await allValues(again), given);
+    await again.click("#quit");
+    await again.getByText("The editor has ended").waitFor();
+    assert.equal(await editor.ended, 0);
+    page.faults.length = 0; // it has lost its server
+  });
+});
+
+test("actions are added, nested, moved and removed; undo brings everything back", async () => {
+  const text = project(devenv());
+  await withEditor({ text }, async (page, editor) => {
+    await page.click("#add");
+    await page.getByLabel("Action", { exact: true }).selectOption("SOLUTIONITERATOR");
+    await page.keyboard.press("Tab");
+    await page.keyboard.press("Tab");
+    await page.keyboard.press("Enter");
+    await page.waitForSelector("[role=treeitem] >> nth=1");
+    await page.keyboard.press("Alt+ArrowUp");
+    await page.waitForSelector("#action-0[aria-selected=true][aria-expanded]");
+    await page.keyboard.press("ArrowDown");
+    await page.keyboard.press("Alt+ArrowRight");
+    await page.waitForSelector("[aria-level='2'][aria-selected=true]");
+    await save(page);
+    assert.match(editor.read("p.kxproj"), /SOLUTIONITERATOR[^]*<Actions>\s*<Action Type="DEVENV" Name="Übersetzen">\s*<Solution>Greeter\\Greeter.sln<\/Solution> <!-- ours -->/);
+    await page.keyboard.press("Delete");
+    await page.waitForSelector("[aria-level='2']", { state: "detached" });
+    for (let steps = 0; steps < 4; steps += 1) await page.click("#undo");
+    await settled(page);
+    await save(page);
+    assert.equal(editor.read("p.kxproj"), text);
+  });
+});
+
+test("the solution's projects are offered, files are chosen, and a change by somebody else is noticed", async () => {
+  await withEditor({ text: project(devenv(`\n      <BuildType Name="btSelectedProjects">1</BuildType>`)) }, async (page, editor) => {
+    await turnTo(page, "Solution");
+    const offered = page.locator("details:has-text('Choose from the solution')").first();
+    await offered.locator("summary").click();
+    await offered.getByLabel("Greeter.Text").check();
+    await settled(page);
+    await page.locator("button[aria-label^='Browse']").first().click();
+    await page.getByLabel("Folder Greeter.App").waitFor();
+    await page.getByRole("button", { name: "Greeter.WithNative.sln" }).click();
+    await page.getByRole("button", { name: "Choose", exact: true }).click();
+    await settled(page);
+    await save(page);
+    assert.match(editor.read("p.kxproj"), /Greeter.WithNative.sln<[^]*<SelectedProjects>\s*<Line>/);
+
+    fs.appendFileSync(editor.file, "<!-- by hand -->\n");
+    await page.getByLabel("Name of the action").fill("x");
+    await page.keyboard.press("Control+s");
+    await page.getByRole("button", { name: "Load the file" }).click();
+    await settled(page);
+    assert.equal(await page.getByLabel("Name of the action").inputValue(), "Übersetzen");
+    await page.click("#undo");
+    await settled(page);
+    assert.equal(await page.getByLabel("Name of the action").inputValue(), "x");
+    assert.match(editor.read("p.kxproj"), /by hand/);
+  });
+});
+
+test("a long log stays light, problems lead to their places, runs are compared", async () => {
+  await withEditor({ text: project(devenv()), environment: { LINES: "200000" } }, async (page) => {
+    await page.click("#start");
+    await page.locator("#progress", { hasText: /^Run 1: failed/ }).waitFor({ timeout: 120000 });
+    const log = page.locator("#log");
+    assert.ok(await log.evaluate((element) => element.scrollHeight) > 200000 * 20);
+    assert.ok(await page.locator("#log [role=option]").count() < 100);
+    await log.focus();
+    await page.keyboard.press("End");
+    await page.selectOption("#filter", "3");
+    await page.locator("#log .error", { hasText: "CS0103" }).click();
+    await page.locator("#detail button").click();
+    await page.locator("dialog .source .error").waitFor();
+    await page.keyboard.press("Escape");
+    await page.click("#dry-run");
+    await page.locator("#progress", { hasText: /^Dry run 2/ }).waitFor();
+    await page.getByLabel("Compare with").selectOption("1");
+    await page.locator("#results", { hasText: "failed before" }).waitFor();
+  });
+});
+
+test("a stop in the middle leaves no process, and the program ends without losing what is not saved", async () => {
+  await withEditor({ text: project(devenv()), environment: { SECONDS_TO_SLEEP: "600" } }, async (page, editor) => {
+    await page.click("#start");
+    await page.locator("#log", { hasText: "Compiling" }).waitFor();
+    assert.equal(await page.locator("#save").isDisabled(), true);
+    while (!fs.existsSync(`${editor.folder}/tool/pid`)) await page.waitForTimeout(50);
+    const pid = Number(editor.read("tool/pid"));
+    await page.click("#stop");
+    await page.locator("#progress", { hasText: "stopped" }).waitFor();
+    assert.throws(() => process.kill(pid, 0));
+    await page.click("#show-actions");
+    await page.getByLabel("Name of the action").fill("nicht gesichert");
+    await page.keyboard.press("Tab");
+    await page.waitForSelector("#dirty:text-is('not saved')");
+    editor.program.kill("SIGINT");
+    assert.equal(await editor.ended, 0);
+    assert.match(editor.read("p.unsaved.kxproj"), /nicht gesichert/);
+    page.faults.length = 0;
+  });
+});
+
+test("300 actions, narrow and wide, light and dark: nothing that axe calls serious", async () => {
+  const actions = Array.from({ length: 300 }, (_, i) => devenv("", `Aktion ${i}`)).join("");
+  const editor = await Editor.open("p.kxproj", { text: project(actions) });
+  try {
+    let address = editor.address;
+    const context = await browser.newContext({ viewport: { width: 1600, height: 900 } });
+    const page = await context.newPage();
+    for (const [width, colorScheme] of [[1600, "light"], [400, "dark"]]) {
+      await page.setViewportSize({ width, height: 900 });
+      await page.emulateMedia({ colorScheme });
+      await page.goto(address);
+      address = page.url().replace(/\?.*/, "");
+      await page.waitForSelector("[role=treeitem] >> nth=299");
+      await page.locator("#tree [aria-selected=true]").focus();
+      await page.keyboard.press("End");
+      await page.locator("#action-title", { hasText: "Aktion 299" }).waitFor();
+      for (const view of ["actions", "project", "options", "run"]) {
+        await page.click(`#show-${view}`);
+        await settled(page);
+        // As a debugger does, which the page's own rules for scripts do not bind.
+        const session = await context.newCDPSession(page);
+        await session.send("Runtime.evaluate", { expression: axe });
+        const found = await session.send("Runtime.evaluate", { expression: "axe.run().then((r) => JSON.stringify(r.violations.map((v) => [v.id, v.impact, v.nodes.map((n) => n.html)])))", awaitPromise: true });
+        const serious = JSON.parse(found.result.value).filter(([, impact]) => impact === "serious" || impact === "critical");
+        assert.deepEqual(serious, [], `${view} at ${width}`);
+        assert.ok(await page.evaluate(() => document.documentElement.scrollWidth <= window.innerWidth), `${view} fits ${width}`);
+      }
+    }
+  } finally {
+    await editor.close();
+  }
+});
+
+function request(url, { method = "GET", headers = {}, body, bytes = 0 } = {}) {
+  return new Promise((resolve) => {
+    const asked = http.request(url, { method, headers: bytes ? { ...headers, "Content-Length": bytes } : headers }, (response) => {
+      let text = "";
+      response.on("data", (data) => { text += data; });
+      response.on("end", () => resolve({ status: response.statusCode, headers: response.headers, text }));
+    });
+    asked.on("error", () => resolve({ status: 0, text: "" }));
+    if (!bytes) {
+      asked.end(body);
+      return;
+    }
+    const chunk = Buffer.alloc(1 << 20, "x");
+    let left = bytes;
+    const send = () => {
+      while (left > 0) {
+        left -= chunk.length;
+        if (!asked.write(chunk)) return void asked.once("drain", send);
+      }
+      asked.end();
+    };
+    send();
+  });
+}
+
+test("nobody else gets in", async () => {
+  const editor = await Editor.open("p.kxproj", { text: project(devenv()) });
+  try {
+    const url = new URL(editor.address);
+    const folder = url.origin + url.pathname;
+    const at = (path) => url.origin + path;
+    assert.equal((await request(`${folder}?token=${"a".repeat(40)}`)).status, 403);
+    assert.equal((await request(folder)).status, 403);
+    const first = await request(editor.address);
+    assert.equal(first.status, 200);
+    assert.equal((await request(editor.address)).status, 403, "the token is good for one use");
+    assert.match(first.headers["set-cookie"][0], /HttpOnly; SameSite=Strict/);
+    const cookie = first.headers["set-cookie"][0].split(";")[0];
+    const own = { Cookie: cookie, Origin: url.origin, "Content-Type": "application/json" };
+    const ask = (operation, body, headers = own) => request(`${folder}api/${operation}`, { method: "POST", headers, body });
+    const page = await request(folder, { headers: { Cookie: cookie } });
+    assert.equal(page.status, 200);
+    assert.match(page.headers["content-security-policy"], /default-src 'none'; script-src 'self'/);
+    assert.equal((await ask("state", "{}")).status, 200);
+
+    const refused = {
+      "no cookie": await ask("state", "{}", { Origin: url.origin }),
+      "a guessed cookie": await ask("state", "{}", { ...own, Cookie: cookie.replace(/.$/, "") }),
+      "another origin": await ask("state", "{}", { ...own, Origin: "http://evil.example" }),
+      "no origin": await ask("state", "{}", { Cookie: cookie }),
+      "another port": await ask("state", "{}", { ...own, Origin: "http://127.0.0.1:1" }),
+      "another host": await ask("state", "{}", { ...own, Host: "evil.example" }),
+      "another name of this host": await request(folder, { headers: { Cookie: cookie, Host: `localhost:${url.port}` } }),
+      "a foreign page reads": await request(`${folder}api/events?run=0&from=0`, { headers: { Cookie: cookie, Origin: "null" } }),
+      "another method": await request(`${folder}api/state`, { method: "PUT", headers: own, body: "{}" }),
+      "outside the folder": await request(at("/api/state"), { method: "POST", headers: own, body: "{}" }),
+      "up from the folder": await request(at(`${url.pathname}../../etc/passwd`), { headers: { Cookie: cookie } }),
+      "up in disguise": await request(at(`${url.pathname}..%2f..%2fetc%2fpasswd`), { headers: { Cookie: cookie } }),
+      "an image of a path": await request(at(`${url.pathname}image/..%2f..%2fetc%2fpasswd`), { headers: { Cookie: cookie } }),
+      "no JSON": await ask("state", "x"),
+      "no operation": await ask("nothing", "{}"),
+      "a file in the chooser's place": await ask("list", JSON.stringify({ path: "/etc\0/passwd" })),
+      "a source without a problem": await ask("source", JSON.stringify({ event: 0, file: "/etc/passwd" })),
+      "100 MB": await request(`${folder}api/state`, { method: "POST", headers: own, bytes: 100 << 20 }),
+    };
+    for (const [name, answer] of Object.entries(refused)) {
+      assert.ok(answer.status === 0 || answer.status >= 400, `${name}: ${answer.status}`);
+      assert.doesNotMatch(answer.text, /root:|Übersetzen/, name);
+    }
+    const list = JSON.parse((await ask("list", JSON.stringify({ path: "../../../../../../etc" }))).text);
+    assert.doesNotMatch(JSON.stringify(list), /root:/, "names only");
+    assert.equal((await ask("state", "{}")).status, 200, "and it still works");
+  } finally {
+    await editor.close();
+  }
+});
