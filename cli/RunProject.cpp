@@ -29,7 +29,7 @@ std::unique_ptr<TJsonLinesSink> OpenLog(const TCommonOptions& options) {
 // A report that is written when the run has ended; its folder is looked at before, so that no long build ends
 // without its report.
 std::u16string ReportFile(const char16_t* option, const std::string& file) {
-  const std::u16string path = text::ExpandPath(text::FromUtf8(file), platform::CurrentDirectory());
+  std::u16string path = text::ExpandPath(text::FromUtf8(file), platform::CurrentDirectory());
   if (platform::DirectoryExists(path)) throw EUsage(option + (u": " + path) + u" is a folder.");
   const std::u16string folder = text::ExtractFileDir(path);
   if (!platform::DirectoryExists(folder)) throw EUsage(option + (u": there is no folder " + folder));
