@@ -1,6 +1,5 @@
 #include "pages/KxMSTestFrame.h"
 
-#include "pages/PageSupport.h"
 #include "text/Text.h"
 
 #include <algorithm>

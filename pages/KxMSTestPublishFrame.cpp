@@ -1,7 +1,5 @@
 #include "pages/KxMSTestPublishFrame.h"
 
-#include "pages/PageSupport.h"
-
 #include <array>
 
 namespace kx {

@@ -1,7 +1,6 @@
 #include "pages/KxMSTestSettingsFrame.h"
 
 #include "build/KxVSDotNetOptions.h"
-#include "pages/PageSupport.h"
 
 #include <algorithm>
 
@@ -59,7 +58,7 @@ void TMSTestSettingsFrame::InitFrame() {
 }
 
 void TMSTestSettingsFrame::InitPage(TKxPersistent& edited) {
-  action_ = &static_cast<TKxMSTestAction&>(edited);
+  TActionPage::InitPage(edited);
   std::vector<std::u16string> items;
   for (std::size_t i = 0; VersionAt(i) <= TVSDotNetVersion::vsUnknown; ++i)
     items.push_back(GetVSName(VersionAt(i)));

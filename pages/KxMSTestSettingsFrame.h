@@ -1,12 +1,12 @@
 // The page of the MSTest action on which the user says how to run it.
 #pragma once
 
-#include "host/Pages.h"
 #include "mstest/KxMSTestAction.h"
+#include "pages/PageSupport.h"
 
 namespace kx {
 
-class TMSTestSettingsFrame : public TKxPropertyPage {
+class TMSTestSettingsFrame : public TActionPage<TKxMSTestAction> {
 public:
   static const TKxPageClass& Class();
   std::u16string PageName() const override { return u"Settings"; }
@@ -15,9 +15,6 @@ public:
   void ReadActionData() override;
   // The stand-alone MSTest goes with the default version of the options: the one chosen before is forgotten.
   void WriteActionData() override;
-
-private:
-  TKxMSTestAction* action_ = nullptr;
 };
 
 } // namespace kx

@@ -1,6 +1,5 @@
 #include "pages/KxVSDotNetSolutionIteratorFrame.h"
 
-#include "pages/PageSupport.h"
 #include "text/Text.h"
 
 #include <array>
@@ -65,7 +64,7 @@ void TSolutionIteratorFrame::InitFrame() {
 }
 
 void TSolutionIteratorFrame::InitPage(TKxPersistent& edited) {
-  action_ = &static_cast<TKxVSSolutionIterator&>(edited);
+  TActionPage::InitPage(edited);
   const text::TStringList names = DesignService().GetVariableNames();
   SetItems(u"cmbVariable", {names.begin(), names.end()});
 }

@@ -1,14 +1,14 @@
 // The page of the loop over the projects of a solution.
 #pragma once
 
-#include "host/Pages.h"
 #include "iterator/KxVSDotNetSolutionIterator.h"
+#include "pages/PageSupport.h"
 
 namespace kx {
 
 // The page speaks of projects found on disk, the property of those not found. A loop variable that the
 // project does not have is not shown, and is lost when the user accepts.
-class TSolutionIteratorFrame : public TKxPropertyPage {
+class TSolutionIteratorFrame : public TActionPage<TKxVSSolutionIterator> {
 public:
   static const TKxPageClass& Class();
   std::u16string PageName() const override { return u"Solution Iterator"; }
@@ -16,9 +16,6 @@ public:
   void InitPage(TKxPersistent& edited) override;
   void ReadActionData() override;
   void WriteActionData() override;
-
-private:
-  TKxVSSolutionIterator* action_ = nullptr;
 };
 
 } // namespace kx

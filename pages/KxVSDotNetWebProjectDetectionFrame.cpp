@@ -1,6 +1,5 @@
 #include "pages/KxVSDotNetWebProjectDetectionFrame.h"
 
-#include "pages/PageSupport.h"
 #include "text/Text.h"
 
 #include <array>

@@ -2,22 +2,18 @@
 #pragma once
 
 #include "build/KxVSDotNetAction.h"
-#include "host/Pages.h"
+#include "pages/PageSupport.h"
 
 namespace kx {
 
 // All values are kept and stay editable whichever way is chosen.
-class TVSDotNetWebProjectLocationFrame : public TKxPropertyPage {
+class TVSDotNetWebProjectLocationFrame : public TActionPage<TKxVSDotNetAction> {
 public:
   static const TKxPageClass& Class();
   std::u16string PageName() const override { return u"Project Detection"; }
   void InitFrame() override;
-  void InitPage(TKxPersistent& edited) override { action_ = &static_cast<TKxVSDotNetAction&>(edited); }
   void ReadActionData() override;
   void WriteActionData() override;
-
-private:
-  TKxVSDotNetAction* action_ = nullptr;
 };
 
 } // namespace kx

@@ -16,4 +16,14 @@ const TKxPageClass& PageClassOf(std::u16string_view className) {
   return pageClass;
 }
 
+// A page of the actions of one class, which it is given as such.
+template <typename TAction>
+class TActionPage : public TKxPropertyPage {
+public:
+  void InitPage(TKxPersistent& edited) override { action_ = &static_cast<TAction&>(edited); }
+
+protected:
+  TAction* action_ = nullptr; // outlives its use by the page
+};
+
 } // namespace kx
