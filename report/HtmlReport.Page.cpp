@@ -7,6 +7,7 @@
 #include "text/Text.h"
 
 #include <algorithm>
+#include <array>
 
 namespace kx {
 
@@ -18,12 +19,9 @@ std::string Number(std::int64_t number) {
 
 std::string RowHtml(const TResultRow& row) {
   const char* const outcome = row.Succeeded ? "succeeded" : "failed";
-  const char* const kind = row.Status() == TStatusTag::stError     ? "error"
-                           : row.Status() == TStatusTag::stWarning ? "warning"
-                                                                   : "success";
   return "<tr><td style=\"padding-left:" + Number(row.Nesting + 1) + "em\">" + HtmlText(row.Action) +
-         "</td><td>" + HtmlText(row.Configuration) + "</td><td class=\"" + kind + "\">" + outcome +
-         "</td><td class=\"number\">" + Number(row.Errors) + "</td><td class=\"number\">" +
+         "</td><td>" + HtmlText(row.Configuration) + "</td><td class=\"" + StatusClass(row.Status()) + "\">" +
+         outcome + "</td><td class=\"number\">" + Number(row.Errors) + "</td><td class=\"number\">" +
          Number(row.Warnings) + "</td><td class=\"number\">" + FormatElapsed(row.Elapsed) + "</td></tr>\n";
 }
 
@@ -77,6 +75,11 @@ std::string SuiteHtml(const TReportedSuite& suite) {
 }
 
 } // namespace
+
+const char* StatusClass(TStatusTag status) {
+  static constexpr std::array<const char*, 4> names{"plain", "success", "warning", "error"};
+  return names[static_cast<std::size_t>(status)];
+}
 
 std::string HtmlText(std::u16string_view text) {
   return text::ToUtf8(XmlEscape(text::VisibleControls(text)));

@@ -8,7 +8,6 @@
 #include "text/Text.h"
 
 #include <algorithm>
-#include <array>
 
 namespace kx {
 
@@ -16,11 +15,6 @@ namespace {
 
 // Browsers lay out an element as a whole: blocks of this size are left alone until they are scrolled to.
 constexpr std::size_t LinesPerElement = 200;
-
-const char* ClassOf(TStatusTag status) {
-  static constexpr std::array<const char*, 4> names{"plain", "success", "warning", "error"};
-  return names[static_cast<std::size_t>(status)];
-}
 
 bool IsProblem(TStatusTag status) {
   return status == TStatusTag::stWarning || status == TStatusTag::stError;
@@ -65,7 +59,7 @@ void THtmlReport::CloseGroup(TStatusTag status, std::chrono::milliseconds elapse
   const bool bad = group.HasProblems || IsProblem(status);
   TOpen& outer = open_.back();
   outer.HasProblems = outer.HasProblems || bad;
-  outer.Body += std::string("<details class=\"") + ClassOf(status) + (bad ? " bad\" open>" : "\">") +
+  outer.Body += std::string("<details class=\"") + StatusClass(status) + (bad ? " bad\" open>" : "\">") +
                 "<summary><span class=\"title\">" + HtmlText(group.Title) +
                 "</span> <span class=\"outcome\">" + ResultWord(status) + "</span> <span class=\"time\">" +
                 FormatElapsed(elapsed) + "</span></summary>";
@@ -96,7 +90,7 @@ void THtmlReport::On(const TMessageSent& message) {
   TOpen& group = open_.back();
   if (group.LineCount == LinesPerElement || (group.LineCount > 0 && group.Lines != message.Status))
     EndLines(group);
-  if (group.LineCount == 0) group.Body += std::string("<pre class=\"") + ClassOf(message.Status) + "\">";
+  if (group.LineCount == 0) group.Body += std::string("<pre class=\"") + StatusClass(message.Status) + "\">";
   group.Lines = message.Status;
   ++group.LineCount;
   group.HasProblems = group.HasProblems || IsProblem(message.Status);

@@ -64,6 +64,7 @@ private:
 };
 
 // The parts of the page around the log.
+const char* StatusClass(TStatusTag status);     // of the page's style
 std::string HtmlText(std::u16string_view text); // escaped; control characters made visible
 std::string ResultTableHtml(const std::vector<TActionResult>& actions);
 std::string ChartsHtml(const std::vector<TChart>& charts);

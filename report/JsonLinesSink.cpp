@@ -16,13 +16,6 @@ namespace {
 // Keys stay in the order in which they are written here.
 using TJson = nlohmann::ordered_json;
 
-template <typename... TCases>
-struct TOverloaded : TCases... {
-  using TCases::operator()...;
-};
-template <typename... TCases>
-TOverloaded(TCases...) -> TOverloaded<TCases...>;
-
 std::string Utf8(std::u16string_view text) {
   return text::ToUtf8(text);
 }
@@ -84,9 +77,9 @@ TJson Fields(const TGroupEnded& group) {
 }
 
 TJson Fields(const TMetricSent& sent) {
-  const auto value = std::visit(TOverloaded{[](std::int64_t number) { return TJson(number); },
-                                            [](const std::u16string& text) { return TJson(Utf8(text)); }},
-                                sent.Metric.Value);
+  const auto* number = std::get_if<std::int64_t>(&sent.Metric.Value);
+  const TJson value =
+      number != nullptr ? TJson(*number) : TJson(Utf8(std::get<std::u16string>(sent.Metric.Value)));
   return {{"event", "metric"},
           {"category", Utf8(sent.Metric.Category)},
           {"name", Utf8(sent.Metric.Name)},
