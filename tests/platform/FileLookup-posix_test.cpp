@@ -1,23 +1,11 @@
-#include "platform/Files.h"
-#include "tests/support/TemporaryFolder.h"
-
-#include <gtest/gtest.h>
+#include "tests/platform/FileLookupFixture.h"
 
 namespace kx::platform {
 namespace {
 
 namespace fs = std::filesystem;
 
-class PosixFileLookup : public testing::Test, protected tests::TTemporaryFolder {
-protected:
-  bool Exists(std::string_view name) { return lookup_.FileExists(Path(name)); }
-  bool ExistsNow(std::string_view name) {
-    lookup_.Refresh();
-    return Exists(name);
-  }
-
-  FileLookup lookup_;
-};
+using PosixFileLookup = TFileLookupFixture;
 
 TEST_F(PosixFileLookup, FollowsLinks) {
   Write("Src/App/App.csproj");

@@ -1,23 +1,11 @@
-#include "platform/Files.h"
-#include "tests/support/TemporaryFolder.h"
-
-#include <gtest/gtest.h>
+#include "tests/platform/FileLookupFixture.h"
 
 namespace kx::platform {
 namespace {
 
 namespace fs = std::filesystem;
 
-class FileLookupTest : public testing::Test, protected tests::TTemporaryFolder {
-protected:
-  bool Exists(std::string_view name) { return lookup_.FileExists(Path(name)); }
-  bool ExistsNow(std::string_view name) {
-    lookup_.Refresh();
-    return Exists(name);
-  }
-
-  FileLookup lookup_;
-};
+using FileLookupTest = TFileLookupFixture;
 
 TEST_F(FileLookupTest, AnswersAsTheFileSystemDoes) {
   Write("Src/App/App.csproj");
