@@ -4,7 +4,6 @@
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
-#include <iterator>
 #include <random>
 
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size); // the fuzzer's; aborts
@@ -14,10 +13,7 @@ namespace {
 
 class ResourceScriptWriter : public testing::Test {
 protected:
-  std::string Content(std::string_view name = "app.rc") const {
-    std::ifstream file(folder_.Native(name), std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-  }
+  std::string Content(std::string_view name = "app.rc") const { return folder_.Read(name); }
 
   // Parses and saves as it stands; the new content, where "<>" stands for the block, or the refusal.
   std::string Stamp(std::string_view script) {
