@@ -52,8 +52,28 @@ void TCustomKxAction::SendMetricString(std::u16string_view category, std::u16str
   Host().SendMetric(*this, {std::u16string(category), std::u16string(name), std::u16string(value), flag});
 }
 
+void TCustomKxAction::StartConfiguration(std::u16string_view name) {
+  Host().StartConfiguration(*this, name);
+}
+
+void TCustomKxAction::EndConfiguration(TKxOutcome outcome) {
+  Host().EndConfiguration(*this, outcome);
+}
+
+void TCustomKxAction::ReportBreach(std::u16string_view rule, std::u16string_view message) {
+  Host().ReportBreach(*this, rule, message);
+}
+
 std::u16string TCustomKxAction::ExpandExpression(std::u16string_view text) {
   return Host().Expand(*this, text);
+}
+
+std::optional<std::u16string> TCustomKxAction::ForeseeExpression(std::u16string_view text) {
+  try {
+    return ExpandExpression(text);
+  } catch (const std::exception&) {
+    return std::nullopt;
+  }
 }
 
 bool TCustomKxAction::TryExpandExpression(std::u16string_view label, std::u16string_view text, bool required,

@@ -35,6 +35,25 @@ struct TKxMetric {
   bool Flag = false;
 };
 
+// What became of one configuration of an execution.
+enum class TKxOutcome { koSucceeded, koFailed, koNothingToDo };
+
+// What a run has to show before it is called a success, by names that the user can set to error, warning or
+// off.
+namespace KxVerdictRules {
+// No tool ran, or the tool says that it built nothing and found nothing up to date.
+inline constexpr std::u16string_view NothingBuilt = u"nothing-built";
+// Errors were counted although the tool ended with 0.
+inline constexpr std::u16string_view ErrorsCounted = u"errors-counted";
+inline constexpr std::u16string_view NoTests = u"no-tests";
+// There is no results file that this run has written and that can be read.
+inline constexpr std::u16string_view ResultsMissing = u"results-missing";
+// The solution has no configuration of this name.
+inline constexpr std::u16string_view NoConfiguration = u"no-configuration";
+// A loop without a pass.
+inline constexpr std::u16string_view EmptyLoop = u"empty-loop";
+} // namespace KxVerdictRules
+
 // The running host, as an action sees it. Called on the thread that runs the action, except Stop.
 class IKxActionHost {
 public:
@@ -46,6 +65,15 @@ public:
                                  TStatusTag status) = 0;
   virtual void EndMessageGroup(TCustomKxAction& action, std::optional<TStatusTag> status) = 0;
   virtual void SendMetric(TCustomKxAction& action, const TKxMetric& metric) = 0;
+
+  // The parts of an execution that the user is shown as rows of their own: what happens in between belongs to
+  // `name` ("Release|Any CPU"). One at a time; one that is still open when the execution ends has failed.
+  virtual void StartConfiguration(TCustomKxAction& action, std::u16string_view name) = 0;
+  virtual void EndConfiguration(TCustomKxAction& action, TKxOutcome outcome) = 0;
+  // Something that speaks against calling this execution a success although Execute returns True. `rule` is a
+  // name of KxVerdictRules; what follows from it is for the host to decide, and for the user to set.
+  virtual void ReportBreach(TCustomKxAction& action, std::u16string_view rule,
+                            std::u16string_view message) = 0;
 
   // Values. Expand raises EExpressionError with a text for the user.
   virtual std::u16string Expand(TCustomKxAction& action, std::u16string_view text) = 0;
@@ -96,7 +124,11 @@ public:
   virtual bool CanTerminate() const { return false; }
   virtual void TerminateAction() {}                        // from any thread
   virtual bool Validate(IKxActionValidationError& errors); // True when nothing was added
-  virtual bool Execute() = 0;                              // any exception fails the action too
+  // What a run would stumble over later although Validate accepts it: a missing file, a name that the
+  // solution does not have. Changes nothing, logs nothing, raises nothing. What depends on values that only a
+  // run has (ForeseeExpression) is passed over.
+  virtual void LookAhead(IKxActionValidationError& /*errors*/) {}
+  virtual bool Execute() = 0; // any exception fails the action too
   // The full paths of the user's files that Execute would change, as far as the settings tell; for looking
   // ahead, so nothing is logged. Never raises.
   virtual void GetFilesToChange(text::TStringList& /*files*/) {}
@@ -124,7 +156,13 @@ public:
                      bool flag = false);
   void SendMetricString(std::u16string_view category, std::u16string_view name, std::u16string_view value,
                         bool flag = false);
+  void StartConfiguration(std::u16string_view name);
+  void EndConfiguration(TKxOutcome outcome);
+  void ReportBreach(std::u16string_view rule, std::u16string_view message);
   std::u16string ExpandExpression(std::u16string_view text); // raises EExpressionError
+  // Nothing for a text whose value only a run has (a loop variable), and for one that cannot be expanded,
+  // which the host reports itself. Logs nothing.
+  std::optional<std::u16string> ForeseeExpression(std::u16string_view text);
   // False, with the reason in the log under `label`, when the text cannot be expanded, or when the result is
   // empty although `required`. Never raises.
   bool TryExpandExpression(std::u16string_view label, std::u16string_view text, bool required,

@@ -19,6 +19,7 @@ namespace {
 struct TFrame {
   const TActionNode* Node;
   TActionResult Result;
+  bool Breached = false; // of a rule of the verdict
   TRunClock::time_point Start = TRunClock::now();
   TRunClock::time_point ConfigurationStart = Start;
 };
@@ -167,7 +168,7 @@ bool TProjectRunner::TState::RunNodes(const std::vector<std::unique_ptr<TActionN
 
 bool TProjectRunner::TState::RunNode(const TActionNode& node) {
   Begin(node);
-  const bool succeeded = Execute(node.Action());
+  const bool succeeded = Execute(node.Action()) && !Frames.back().Breached;
   Finish(succeeded);
   return succeeded;
 }
@@ -303,6 +304,16 @@ void TProjectRunner::EndMessageGroup(TCustomKxAction& action, std::optional<TSta
 void TProjectRunner::SendMetric(TCustomKxAction& action, const TKxMetric& metric) {
   if (TFrame* frame = state_->Current(action)) CountMetric(*frame, metric);
   if (state_->IsHeard()) state_->Log.Send({metric, CurrentConfiguration(action)});
+}
+
+void TProjectRunner::StartConfiguration(TCustomKxAction& /*action*/, std::u16string_view /*name*/) {}
+
+void TProjectRunner::EndConfiguration(TCustomKxAction& /*action*/, TKxOutcome /*outcome*/) {}
+
+void TProjectRunner::ReportBreach(TCustomKxAction& action, std::u16string_view /*rule*/,
+                                  std::u16string_view message) {
+  if (TFrame* frame = state_->Current(action)) frame->Breached = true;
+  if (state_->IsHeard()) state_->Log.Send(message, TStatusTag::stError);
 }
 
 std::u16string TProjectRunner::Expand(TCustomKxAction& action, std::u16string_view text) {

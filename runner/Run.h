@@ -66,6 +66,9 @@ public:
                          TStatusTag status) override;
   void EndMessageGroup(TCustomKxAction& action, std::optional<TStatusTag> status) override;
   void SendMetric(TCustomKxAction& action, const TKxMetric& metric) override;
+  void StartConfiguration(TCustomKxAction& action, std::u16string_view name) override;
+  void EndConfiguration(TCustomKxAction& action, TKxOutcome outcome) override;
+  void ReportBreach(TCustomKxAction& action, std::u16string_view rule, std::u16string_view message) override;
   std::u16string Expand(TCustomKxAction& action, std::u16string_view text) override;
   std::optional<std::u16string> GetVariable(std::u16string_view name) override;
   void SetVariable(std::u16string_view name, std::u16string_view value) override;

@@ -67,6 +67,8 @@ public:
 //   "< 1"                    a group closes with a status ("<" without one)
 //   "# Compiler Errors 3"    a metric: category, name, value
 //   "= Name value"           a variable was set
+//   "[ Release|x86"          a configuration begins; "] 0" it ends with an outcome
+//   "! no-tests text"        a breach of a rule
 //   "$ MSBuild.exe"          a process was run: its file name; the rest is in Runs()
 // Secrets are encrypted to "enc(...)". Expressions are %Name% and $(Name): the action's own variables, then
 // Variables; an unknown name raises.
@@ -101,6 +103,14 @@ public:
     log_.push_back(status ? "< " + std::to_string(static_cast<int>(*status)) : "<");
   }
   void SendMetric(TCustomKxAction& action, const TKxMetric& metric) override;
+  void StartConfiguration(TCustomKxAction& /*action*/, std::u16string_view name) override { Note('[', name); }
+  void EndConfiguration(TCustomKxAction& /*action*/, TKxOutcome outcome) override {
+    log_.push_back("] " + std::to_string(static_cast<int>(outcome)));
+  }
+  void ReportBreach(TCustomKxAction& /*action*/, std::u16string_view rule,
+                    std::u16string_view message) override {
+    Note('!', std::u16string(rule) + u" " + std::u16string(message));
+  }
   std::u16string Expand(TCustomKxAction& action, std::u16string_view text) override;
   std::optional<std::u16string> GetVariable(std::u16string_view name) override {
     return Find(Variables, name);
