@@ -44,9 +44,11 @@ bool TBuildRun::Execute() {
   const auto configurations = FindConfigurations(configuration);
   if (!StampVersions()) return false;
   action_.structuredOutput_.Start(solution_->GetFileName(), action_.msbuild_.StructuredOutput);
-  bool succeeded = false;
-  for (const auto& name : configurations)
+  bool succeeded = true;
+  for (const auto& name : configurations) {
+    if (IsStopped()) return succeeded && SayStopped();
     succeeded = BuildConfiguration(name);
+  }
   return succeeded;
 }
 
@@ -88,9 +90,22 @@ bool TBuildRun::BuildConfiguration(const std::u16string& configuration) {
   action_.currentConfigName_ = parts.size() > 1 ? parts[0] : std::u16string_view(configuration);
   action_.currentPlatformName_ = parts.size() > 1 ? parts[1] : std::u16string_view();
   action_.structuredOutput_.ResetCounts();
+  const int runsBefore = toolRuns_;
+  action_.StartConfiguration(configuration);
   const bool succeeded = PerformBuild(configuration);
   if (action_.msbuild_.StructuredOutput && action_.UsingMSBuild()) ReportStructuredCounts();
+  const TKxOutcome done = toolRuns_ > runsBefore ? TKxOutcome::koSucceeded : TKxOutcome::koNothingToDo;
+  action_.EndConfiguration(succeeded ? done : TKxOutcome::koFailed);
   return succeeded;
+}
+
+bool TBuildRun::IsStopped() const {
+  return action_.terminate_.IsRaised() || action_.Host().Stop().IsRaised();
+}
+
+bool TBuildRun::SayStopped() {
+  action_.SendMessage(u"Action Terminated by User.", TStatusTag::stError);
+  return false;
 }
 
 void TBuildRun::ReportStructuredCounts() {
@@ -247,6 +262,7 @@ std::u16string TBuildRun::MSBuildParameters(std::u16string_view configuration, b
 }
 
 bool TBuildRun::RunCompiler(const std::u16string& parameters, bool useMSBuild) {
+  if (IsStopped()) return SayStopped();
   const auto process = action_.NewActionProcess();
   TKxProcessSettings& settings = process->Settings();
   settings.Executable = action_.GetExecutable(useMSBuild);
@@ -256,6 +272,7 @@ bool TBuildRun::RunCompiler(const std::u16string& parameters, bool useMSBuild) {
   action_.SendMessage(u"Running " + settings.Executable + u" with parameters : " + parameters);
   action_.SendMessage(u"------");
   analysis_->BeginRun();
+  ++toolRuns_;
   RunProcess(*process);
   return JudgeRun(*process);
 }
@@ -273,10 +290,7 @@ void TBuildRun::RunProcess(IKxProcess& process) {
 }
 
 bool TBuildRun::JudgeRun(IKxProcess& process) {
-  if (process.GetExitCode() == ExitCodeTerminated) {
-    action_.SendMessage(u"Action Terminated by User.", TStatusTag::stError);
-    return false;
-  }
+  if (process.GetExitCode() == ExitCodeTerminated) return SayStopped();
   if (!TKxCustomVSDotNetAction::CheckProcessCleanExit(process)) {
     action_.SendMessage(process.Settings().Executable + u" returned Error code : " +
                             text::FromInteger(process.GetExitCode()),

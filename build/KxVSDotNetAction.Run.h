@@ -22,8 +22,8 @@ public:
   TBuildRun(const TBuildRun&) = delete;
   TBuildRun& operator=(const TBuildRun&) = delete;
 
-  // The result of the last configuration: a failed one does not keep the next from being built. Raises
-  // EFailAction.
+  // The result of the last configuration: a failed one does not keep the next from being built, a request to
+  // stop does. Raises EFailAction.
   bool Execute();
   void ReadOutput(std::u16string_view chunk);
 
@@ -33,6 +33,8 @@ private:
 
   bool StampVersions();
 
+  bool IsStopped() const;
+  bool SayStopped(); // always False
   bool BuildConfiguration(const std::u16string& configuration);
   bool PerformBuild(const std::u16string& configuration);
   bool BuildSolution(const std::u16string& configuration);
@@ -61,6 +63,7 @@ private:
   TKxCustomVSDotNetAction& action_;
   std::shared_ptr<IVSDotNetSolution> solution_;
   std::optional<TBuildOutputAnalysis> analysis_;
+  int toolRuns_ = 0;
 };
 
 } // namespace kx

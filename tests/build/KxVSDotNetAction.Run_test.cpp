@@ -30,6 +30,10 @@ std::string MSBuild(const std::string& platform, const std::string& project,
                                 " /v:normal /m " + project);
 }
 const std::string Solution = "> Solution DIR/App.sln\n";
+const std::string Debug = "[ Debug|Any CPU\n"; // a configuration begins
+// What ends a configuration, and with it the execution.
+const std::string Succeeded = "] 0\nsucceeded";
+const std::string Failed = "] 1\nfailed";
 
 // What devenv logs of the two selected projects, in build order.
 std::string DevEnvProjects(const std::string& verb) {
@@ -39,59 +43,60 @@ std::string DevEnvProjects(const std::string& verb) {
 }
 
 TEST_F(BuildRun, OfTheWholeSolutionLogsExactly) {
-  const std::string debug = Solution + DevEnv("/build \"Debug|Any CPU\"");
+  const std::string debug = Debug + Solution + DevEnv("/build \"Debug|Any CPU\"");
   EXPECT_EQ(Outcome(u"", {{{u"TandemorLogger|warning|file=|line=0|column=0|code=|project=|text=old", u"x"}}}),
-            Solution +
+            Debug + Solution +
                 MSBuild("\"Any CPU\"", "\"DIR/App.sln\"",
                         "/logger:TandemorLogger,\"BIN/TandemorLogger.dll\" /noconlog ") +
-                "2 warning: old\n0 x\n< 1\n# Compiler Errors 0\n# Compiler Warnings 1\nsucceeded");
+                "2 warning: old\n0 x\n< 1\n# Compiler Errors 0\n# Compiler Warnings 1\n" + Succeeded);
   // The printed output of MSBuild, counted by its summary.
   EXPECT_EQ(Outcome(u"StructuredOutput=False",
                     {{{u"a.cs(1,1): error CS1: x", u"  2 Error(s)"}, 1, {u"an error = here"}}}),
-            Solution + MSBuild("\"Any CPU\"", "\"DIR/App.sln\"") +
+            Debug + Solution + MSBuild("\"Any CPU\"", "\"DIR/App.sln\"") +
                 "3 a.cs(1,1): error CS1: x\n# Compiler Errors 2\n0   2 Error(s)\n0 an error = here\n"
-                "3 DIR/MSBuild.exe returned Error code : 1\n< 3\nfailed");
+                "3 DIR/MSBuild.exe returned Error code : 1\n< 3\n" +
+                Failed);
   EXPECT_EQ(Plain(host_.Runs().back().Directory), "DIR");
   // Two configurations that match, of which the first fails.
   EXPECT_EQ(Outcome(u"UseMSBuild=False&SolutionConfiguration=Debug.*|Rel",
                     {{{}, 2}, {{u"complete -- 0 errors, 1"}}}),
-            debug + "3 DIR/devenv.com returned Error code : 2\n< 3\n" + Solution +
+            debug + "3 DIR/devenv.com returned Error code : 2\n< 3\n] 1\n[ Release|Any CPU\n" + Solution +
                 DevEnv("/build \"Release|Any CPU\"") +
-                "# Compiler Errors 0\n# Compiler Warnings 1\n0 complete -- 0 errors, 1\n< 1\nsucceeded");
+                "# Compiler Errors 0\n# Compiler Warnings 1\n0 complete -- 0 errors, 1\n< 1\n" + Succeeded);
   EXPECT_EQ(Outcome(u"UseMSBuild=False&SolutionConfiguration=Debug("),
             "3 Error matching config regular expression : missing closing parenthesis at position 7 of "
-            "\"Debug(\"\n" +
-                Solution + DevEnv("/build \"Debug(\"") + "< 1\nsucceeded");
+            "\"Debug(\"\n[ Debug(\n" +
+                Solution + DevEnv("/build \"Debug(\"") + "< 1\n" + Succeeded);
   EXPECT_EQ(Outcome(u"UseMSBuild=False", {{{u"..."}, ExitCodeTerminated}}),
-            debug + "0 ...\n3 Action Terminated by User.\n< 3\nfailed");
+            debug + "0 ...\n3 Action Terminated by User.\n< 3\n" + Failed);
   EXPECT_EQ(Outcome(u"UseMSBuild=False", {{{}, 0, {}, u"no program"}}),
             debug + "3 Error Running DIR/devenv.com : no program\n< 3\nno program");
 }
 
 TEST_F(BuildRun, OfProjectsLogsExactly) {
   const std::string cleaning = "> Cleaning Projects\n" + DevEnvProjects("/clean");
-  const std::string built = DevEnvProjects("/build") + "< 1\nsucceeded";
-  EXPECT_EQ(Outcome(Selection), built);
-  EXPECT_EQ(Outcome(Selection + u"&BuildAction=baRebuild"), cleaning + "< 1\n< 1\n" + built);
+  const std::string built = DevEnvProjects("/build") + "< 1\n" + Succeeded;
+  EXPECT_EQ(Outcome(Selection), Debug + built);
+  EXPECT_EQ(Outcome(Selection + u"&BuildAction=baRebuild"), Debug + cleaning + "< 1\n< 1\n" + built);
   // Where a clean fails nothing is built.
   EXPECT_EQ(Outcome(Selection + u"&BuildAction=baRebuild", {{{}}, {{}, 1}}),
-            cleaning + "3 DIR/devenv.com returned Error code : 1\n< 3\n< 3\nfailed");
+            Debug + cleaning + "3 DIR/devenv.com returned Error code : 1\n< 3\n< 3\n" + Failed);
   // One file writes the platform without its blank; MSBuild cannot build setup projects.
   EXPECT_EQ(Outcome(u"BuildType=btIncludeDisabledProjects&StructuredOutput=False",
                     {{{}}, {{}}, {{u"1 error here"}, 4}}),
-            Project("Lib", "Debug|x86") + MSBuild("x86", "/p:solutionDir=DIR/ \"Lib\\Lib.csproj\"") +
+            Debug + Project("Lib", "Debug|x86") + MSBuild("x86", "/p:solutionDir=DIR/ \"Lib\\Lib.csproj\"") +
                 "< 1\n" + Project("App", "Debug|Any CPU") +
                 MSBuild("AnyCPU", "/p:solutionDir=DIR/ \"App\\App.csproj\"") +
                 "< 1\n2 Warning : Setup project Installer cannot be built with MSBuild. "
                 "This project will be built with VisualStudio instead.\n" +
                 Project("Installer", "Debug") +
                 DevEnv("/build \"Debug|Any CPU\" /project \"Setup\\Setup.vdproj\"") +
-                "3 1 error here\n3 DIR/devenv.com returned Error code : 4\n< 3\nfailed");
+                "3 1 error here\n3 DIR/devenv.com returned Error code : 4\n< 3\n" + Failed);
   // A project that the configuration leaves out counts as done.
   EXPECT_EQ(Outcome(u"UseMSBuild=False&SolutionConfiguration=Release|Any "
                     u"CPU&BuildType=btSelectedProjects&SelectedProjects=lib"),
-            "> Project Lib\n0 Processing Project : Lib\n"
-            "0 Project \"Lib\" is not built in solution configuration Release|Any CPU\n< 1\nsucceeded");
+            "[ Release|Any CPU\n> Project Lib\n0 Processing Project : Lib\n"
+            "0 Project \"Lib\" is not built in solution configuration Release|Any CPU\n< 1\n] 2\nsucceeded");
 }
 
 TEST_F(BuildRun, TellsWhyNothingWasRun) {
@@ -104,23 +109,28 @@ TEST_F(BuildRun, TellsWhyNothingWasRun) {
       {u"Solution=No.sln", "Solution File \"DIR/No.sln\" does not exist"},
       {u"Solution=Bad.sln",
        "Error Parsing Solution File : Invalid Visual Studio Solution Header : no solution"},
-      {u"UseMSBuild=False&BuildType=btSelectedProjects", "3 No Projects selected to build\nfailed"},
+      {u"UseMSBuild=False&BuildType=btSelectedProjects",
+       Debug + "3 No Projects selected to build\n" + Failed},
       {Selection + u"\n{44444444-4444-4444-4444-444444444444}",
-       "3 A Project selected is no longer part of this solution, please open the action properties dialog "
-       "and select the correct projects\nfailed"},
+       Debug +
+           "3 A Project selected is no longer part of this solution, please open the action properties "
+           "dialog "
+           "and select the correct projects\n" +
+           Failed},
       {u"VStudioVersion=vs2010", "3 .NET Framework not found.\nfailed"},
       {u"VStudioVersion=vs2003", "3 Path to Visual Studio installation not set in Options.\nfailed"},
       {u"VStudioVersion=vs2005", "Executable not found : DIR/gone/MSBuild.exe"},
       {u"UpdateAssemblyInfo=True&UseDotNetPropertySet=True&DotNetVersionInfoPropertySetName=X",
        "> Updating AssemblyInfo\n3 Unable to find property set: X\n< 3\nfailed"},
-      {u"ExtraCmdLineParams=%No%&UseMSBuild=False", Solution + "3 ExtraCmdLineParams" + no + "failed"},
+      {u"ExtraCmdLineParams=%No%&UseMSBuild=False", Debug + Solution + "3 ExtraCmdLineParams" + no + Failed},
       {u"OverrideCompiler=True&CompilerConstants=%No%",
-       Solution + "3 Define Constants" + no + "Failed to expand compiler constants."},
+       Debug + Solution + "3 Define Constants" + no + "Failed to expand compiler constants."},
       {u"OverrideWarnings=True&DisableSelectedWarnings=True&DisableWarnings=1;x",
-       Solution + "< 3\nDisabled Warnings list \"1;x\" is not valid. "
-                  "Only warning numbers, separated by semicolons, can be specified."},
+       Debug + Solution +
+           "< 3\nDisabled Warnings list \"1;x\" is not valid. "
+           "Only warning numbers, separated by semicolons, can be specified."},
       {u"ExtraMSBuildProperties=A=%No%",
-       Solution + "< 3\nFailed to Extra MSBuild Properties: Unknown name: No"},
+       Debug + Solution + "< 3\nFailed to Extra MSBuild Properties: Unknown name: No"},
   };
   for (const auto& [settings, outcome] : cases)
     EXPECT_EQ(Outcome(settings), outcome);
@@ -134,7 +144,7 @@ TEST_F(BuildRun, FailsWhenTheSummaryOfAnOldDevEnvNamesAFailedProjectAndForgetsIt
   VSDotNetOptions()->SetDevEnv2003Location(folder_.Path());
   EXPECT_THAT(Outcome(old, {{{u"x\n" + bad + u"\ny", good}}, {{good}}}),
               AllOf(HasSubstr(failure), EndsWith("succeeded")));
-  EXPECT_THAT(Outcome(old, {{{good}}, {{bad}}}), EndsWith(failure + "failed"));
+  EXPECT_THAT(Outcome(old, {{{good}}, {{bad}}}), EndsWith(failure + Failed));
   EXPECT_THAT(Outcome(u"UseMSBuild=False", {{{bad}}}), EndsWith("succeeded")) << "later exit codes tell";
 }
 
@@ -147,12 +157,21 @@ TEST_F(BuildRun, CountsStructuredErrorsOfEachConfigurationAndAddsThemUp) {
   EXPECT_EQ(Get(u"CompilerErrorCount"), "0") << "each execution counts anew";
 }
 
-TEST_F(BuildRun, StopsBetweenConfigurationsAsWell) {
-  Set(u"UseMSBuild=False&SolutionConfiguration=Debug|Release");
-  host_.Play({{}, 0, {}, {}, [this] { action_->TerminateAction(); }});
-  EXPECT_EQ(Execute(), "failed");
-  EXPECT_EQ(host_.Runs().size(), 1U);
+TEST_F(BuildRun, StartsNothingAfterAStop) {
+  const std::string stopped = "3 Action Terminated by User.\n< 3\n";
+  const TPlayback during{.During = [this] { action_->TerminateAction(); }};
+  const TPlayback after{.After = [this] { host_.StopRequest.Raise(); }};
+  const std::u16string both = u"UseMSBuild=False&SolutionConfiguration=^Debug|^Release";
+  EXPECT_EQ(Outcome(both, {during}),
+            Debug + Solution + DevEnv("/build \"Debug|Any CPU\"") + stopped + Failed);
   EXPECT_EQ(Execute(), "succeeded") << "a new execution begins without the old request";
+  EXPECT_EQ(Outcome(both, {after}), Debug + Solution + DevEnv("/build \"Debug|Any CPU\"") +
+                                        "< 1\n] 0\n3 Action Terminated by User.\nfailed");
+  host_.StopRequest.Clear();
+  EXPECT_THAT(Outcome(Selection, {after}),
+              EndsWith("< 1\n> Project App\n0 Processing Project : App\n0 Building project configuration "
+                       "\"Debug|Any CPU\" for solution configuration \"Debug|Any CPU\"\n" +
+                       stopped + Failed));
 }
 
 TEST_F(BuildRun, ASelectionByVariableIsLookedUpInEachRun) {

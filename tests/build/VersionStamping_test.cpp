@@ -38,7 +38,7 @@ protected:
   // Begins with the settings, executes, and gives the log without what the build itself says.
   std::string Stamp(std::u16string_view settings) {
     const std::string log = Outcome(settings);
-    return log.substr(0, log.find("> Solution "));
+    return log.substr(0, log.find("[ Debug"));
   }
   std::string VersionsOf(const std::string& name) const {
     const std::string text = folder_.Read(name + "/Properties/AssemblyInfo.cs");

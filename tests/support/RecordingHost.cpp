@@ -31,6 +31,7 @@ public:
     for (const auto& line : playback.StdErr)
       settings_.OnStdErrData(*this, line);
     if (!IsStopped()) exitCode_ = playback.ExitCode;
+    if (playback.After) playback.After();
   }
 
 private:

@@ -24,6 +24,7 @@ struct TPlayback {
   std::vector<std::u16string> StdErr = {};
   std::u16string Exception = {};     // when not empty: Run raises EKxException with it
   std::function<void()> During = {}; // called before the output
+  std::function<void()> After = {};  // called when it has ended
 };
 
 // What an action had run.
