@@ -34,12 +34,6 @@ auto& Web(TKxVSDotNetAction& action) {
   return action.WebProjects().*Member;
 }
 
-// Stores what a getter of the action reads in its own way.
-template <auto Place>
-void SetList(TKxVSDotNetAction& action, const text::TStringList& list) {
-  Place(action) = list;
-}
-
 std::u16string AssemblyInfoLabel(TKxVSDotNetAction& /*action*/) {
   return u"Assembly Info";
 }
@@ -123,14 +117,15 @@ void AddSolutionRows(TRows& rows) {
              u"What is built: the whole solution, the selected projects, or all projects one by one.")
       .Field(u"BuildAction", Solution<&TSolutionSettings::BuildAction>, VSDotNetBuildActionEnumeration(),
              u"What is done: build, rebuild, clean or deploy.")
-      .Accessors(u"SelectedProjects", &TKxVSDotNetAction::GetSelectedProjects,
-                 SetList<Solution<&TSolutionSettings::SelectedProjects>>,
-                 u"The projects to build, one a line: id, file, path or name.")
+      // As the user wrote them: the action's getter is for those who build, and makes ids of them.
+      .Field(u"SelectedProjects", Solution<&TSolutionSettings::SelectedProjects>,
+             u"The projects to build, one a line: id, file, path or name.")
       .Field(
           u"UseEnv", Solution<&TSolutionSettings::UseEnv>,
           u"Take include, library and program paths from the environment instead of Visual Studio's options.")
       .Field(u"VStudioVersion", Solution<&TSolutionSettings::VStudioVersion>, VSDotNetVersionEnumeration,
-             u"The Visual Studio, or the MSBuild of its time, that builds.");
+             u"The Visual Studio, or the MSBuild of its time, that builds.")
+      .DefaultVaries();
 }
 
 void AddStampRows(TRows& rows) {
@@ -138,12 +133,10 @@ void AddStampRows(TRows& rows) {
              VSDotNetBuildTypeEnumeration(), u"Which projects get the assembly information.")
       .Field(u"ApplyResourceInfoTo", Win32Stamp<&TWin32StampSettings::ApplyTo>,
              VSDotNetBuildTypeEnumeration(), u"Which projects get the Win32 version information.")
-      .Accessors(u"AssemblySelectedProjects", &TKxVSDotNetAction::GetAssemblySelectedProjects,
-                 SetList<AssemblyInfo<&TAssemblyInfoSettings::SelectedProjects>>,
-                 u"The projects that get the assembly information, one a line.")
-      .Accessors(u"ResourceSelectedProjects", &TKxVSDotNetAction::GetResourceSelectedProjects,
-                 SetList<Win32Stamp<&TWin32StampSettings::SelectedProjects>>,
-                 u"The projects that get the Win32 version information, one a line.")
+      .Field(u"AssemblySelectedProjects", AssemblyInfo<&TAssemblyInfoSettings::SelectedProjects>,
+             u"The projects that get the assembly information, one a line.")
+      .Field(u"ResourceSelectedProjects", Win32Stamp<&TWin32StampSettings::SelectedProjects>,
+             u"The projects that get the Win32 version information, one a line.")
       .Accessors(u"AssemblyInfo", AssemblyInfoLabel, IgnoreLabel,
                  u"A label for editors that leads to the assembly information.")
       .NotStored()

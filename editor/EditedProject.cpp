@@ -177,7 +177,7 @@ void TEditedProject::Replace(std::string text) {
 TActionNode& TEditedProject::AddAction(std::u16string_view type, const TActionPath& at) {
   Accept();
   if (at.empty()) throw EKxException(u"There is no such place for an action.");
-  // The writer appends what was added with all its properties; from there it goes to its place.
+  // The writer appends what was added; from there it goes to its place.
   const auto made = Load(text_);
   const auto* siblings = &made->Runner.Project().Actions();
   TActionNode* parent = nullptr;

@@ -48,9 +48,10 @@ struct TKxPublishedProperty {
   std::u16string_view Name;
   TKxPropertyKind Kind = TKxPropertyKind::String;
   const TKxEnumeration* Enumeration = nullptr;
-  bool Stored = true;    // written into the project file
-  bool ReadOnly = false; // computed; never written anywhere
-  bool Secret = false;   // its value is never shown
+  bool Stored = true;         // written into the project file
+  bool ReadOnly = false;      // computed; never written anywhere
+  bool Secret = false;        // its value is never shown
+  bool DefaultVaries = false; // from machine to machine: projects say the value even where it is the default
   std::u16string_view Help;
   // A getter may normalise what it returns, so it takes the object as it is. None of them raises.
   std::function<TKxPropertyValue(TKxPersistent&)> Get;
@@ -118,6 +119,10 @@ public:
   }
   TKxPropertyRows& Secret() {
     rows_.back().Secret = true;
+    return *this;
+  }
+  TKxPropertyRows& DefaultVaries() {
+    rows_.back().DefaultVaries = true;
     return *this;
   }
   std::vector<TKxPublishedProperty> Take() { return std::move(rows_); }

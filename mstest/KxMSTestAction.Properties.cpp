@@ -31,6 +31,7 @@ void AddToolRows(TRows& rows) {
              u"The full path of the results file (.trx), which must not exist; empty: a temporary file.")
       .Field(u"VisualStudioVer", Run<&TMSTestRunSettings::VisualStudioVer>, VSDotNetVersionEnumeration,
              u"The Visual Studio whose MSTest runs (Visual Studio 2005 and later).")
+      .DefaultVaries()
       .Field(u"UseStandaloneMSTest", Run<&TMSTestRunSettings::UseStandaloneMSTest>,
              u"Run the stand-alone MSTest instead of that of a Visual Studio.");
 }

@@ -12,7 +12,7 @@ namespace kx {
 namespace {
 
 bool IsCompared(const TKxPublishedProperty& property) {
-  return property.Kind != TKxPropertyKind::StringList && !property.ReadOnly && !IsClearSecret(property);
+  return !property.ReadOnly && !IsClearSecret(property);
 }
 
 std::u16string TextOf(const TActionNode& node, const TKxPublishedProperty& property) {
@@ -26,12 +26,19 @@ bool HasClearSecret(const TActionSource& source) {
   });
 }
 
+// A list that nobody edited is left alone, since reading one may normalise it.
 bool HasChanged(const TActionSource& source, const TKxPublishedProperty& property) {
-  if (source.Edited.contains(&property)) return true;
   const auto was = source.Baseline.find(&property);
   if (was == source.Baseline.end()) return false;
   const std::u16string now = TextOf(*source.Node, property);
-  return now != was->second && KeepsReferences(was->second, now);
+  if (source.Edited.contains(&property)) return now != was->second;
+  return property.Kind != TKxPropertyKind::StringList && now != was->second &&
+         KeepsReferences(was->second, now);
+}
+
+// The encrypted form of a secret follows the clear one, which the file loses.
+bool MustBeWritten(const TActionSource& source, const TKxPublishedProperty& property) {
+  return HasChanged(source, property) || (property.Secret && HasClearSecret(source));
 }
 
 bool HasElement(const TProjectElement& action, const TKxPublishedProperty& property) {
@@ -40,13 +47,15 @@ bool HasElement(const TProjectElement& action, const TKxPublishedProperty& prope
   });
 }
 
-// Whether anything that would be written has changed: a stored value, or one that the file states.
-bool IsChanged(const TActionSource& source) {
-  const auto& properties = source.Node->Properties();
-  return HasClearSecret(source) || std::ranges::any_of(properties, [&source](const auto* property) {
-           return (property->Stored || HasElement(*source.Element, *property)) &&
-                  HasChanged(source, *property);
-         });
+// What a new action has to say: all that a file without it would not mean.
+std::vector<const TKxPublishedProperty*> WorthStating(const TActionNode& node) {
+  const auto untouched = node.Type().Class->Create();
+  std::vector<const TKxPublishedProperty*> stated;
+  for (const auto* property : node.Properties())
+    if (property->Stored &&
+        (property->DefaultVaries || property->Get(*untouched) != property->Get(node.Action())))
+      stated.push_back(property);
+  return stated;
 }
 
 } // namespace
@@ -91,15 +100,15 @@ std::string TActionWriter::Action(const TActionNode& node, const std::string& in
   std::string text = "<Action" + attribute("Type", node.Type().Identifier);
   if (!node.Name().empty()) text += attribute("Name", node.Name());
   if (node.ContinueOnError()) text += attribute("ContinueOnError", u"true");
-  text += ">";
   const std::string inner = indent + text_.Step();
-  for (const auto* property : node.Properties())
-    if (property->Stored) text += text_.LineEnd() + inner + Property(node, *property, inner);
+  std::string content;
+  for (const auto* property : WorthStating(node))
+    content += text_.LineEnd() + inner + Property(node, *property, inner);
   std::vector<const TActionNode*> children;
   for (const auto& child : node.Children())
     children.push_back(child.get());
-  if (!children.empty()) text += text_.LineEnd() + inner + Actions(children, inner);
-  return text + text_.LineEnd() + indent + "</Action>";
+  if (!children.empty()) content += text_.LineEnd() + inner + Actions(children, inner);
+  return content.empty() ? text + "/>" : text + ">" + content + text_.LineEnd() + indent + "</Action>";
 }
 
 std::string TActionWriter::Actions(const std::vector<const TActionNode*>& nodes,
@@ -134,17 +143,15 @@ void TActionWriter::Update(const TActionSource& source, const std::vector<const 
     if (&child == list) continue;
     last = &child;
     const TKxPublishedProperty& property = source.Node->RequireProperty(child.Name);
-    const bool renewed = property.Secret && HasClearSecret(source);
     if (IsClearSecret(property)) {
       text_.Remove(child);
-    } else if (renewed || HasChanged(source, property)) {
+    } else if (MustBeWritten(source, property)) {
       text_.Replace(child, Property(*source.Node, property, text_.IndentOf(child)));
     }
   }
-  if (IsChanged(source))
-    for (const auto* property : source.Node->Properties())
-      if (property->Stored && !HasElement(action, *property))
-        missing.push_back(Property(*source.Node, *property, text_.ChildIndent(action)));
+  for (const auto* property : source.Node->Properties())
+    if (property->Stored && !HasElement(action, *property) && MustBeWritten(source, *property))
+      missing.push_back(Property(*source.Node, *property, text_.ChildIndent(action)));
   if (list == nullptr && !added.empty()) missing.push_back(Actions(added, text_.ChildIndent(action)));
   text_.InsertInto(action, last, missing);
   if (list != nullptr) Append(action, added);

@@ -12,15 +12,16 @@
 
 namespace kx {
 
-// One action as it was read: its element, and the texts that its properties had then. Lists are left out,
-// since reading one may normalise it; so are values that are computed or that must not be written.
+// One action as it was read: its element, and the texts that its properties had then. Values that are
+// computed or that must not be written are left out.
 struct TActionSource {
   TActionSource(const TActionNode& node, const TProjectElement& element);
 
   const TActionNode* Node;
   const TProjectElement* Element;
   std::map<const TKxPublishedProperty*, std::u16string> Baseline;
-  std::set<const TKxPublishedProperty*> Edited = {}; // by the user: written whatever the file said
+  std::set<const TKxPublishedProperty*> Edited =
+      {}; // by the user: lists, and texts without their references, count too
 };
 
 class TActionWriter {
@@ -28,9 +29,11 @@ public:
   // Both outlive the writer; `edits` receives what it writes.
   TActionWriter(std::string_view bytes, TTextEdits& edits);
 
-  // Writes what has changed since, and the children that have no element yet (`added`).
+  // Writes what has changed since, and the children that have no element yet (`added`). What the file did not
+  // state it states only when it differs now.
   void Update(const TActionSource& source, const std::vector<const TActionNode*>& added);
-  // Appends actions to the element that holds them, or makes one inside `parent`.
+  // Appends actions to the element that holds them, or makes one inside `parent`. They state what differs
+  // from the defaults of their class.
   void Append(const TProjectElement& parent, const std::vector<const TActionNode*>& added);
 
 private:

@@ -13,11 +13,11 @@ namespace kx {
 // Fills a project from its file and writes changes back into the text of that file: everything that did not
 // change keeps its bytes (comments, order, indentation, byte-order mark, line ends).
 //
-// An action that has changed since it was read is saved with all its stored properties: changed values where
-// they stand, missing elements behind the present ones, in declaration order. A run never replaces a text
-// that refers to variables by what the references gave; lists are not compared, since reading them may
-// normalise them. A clear-text secret in the file is taken out when its action is saved, which stores the
-// encrypted form.
+// Changed values are written where they stand; those that the file did not state behind the present elements,
+// in declaration order. An action that was added states what differs from the defaults of its class, and what
+// those of another machine may not be. A run never replaces a text that refers to variables by what the
+// references gave; lists are written only when the user edited them, since reading them may normalise them. A
+// clear-text secret in the file is taken out when its action is saved, which stores the encrypted form.
 class TProjectFile {
 public:
   explicit TProjectFile(TProject& project); // empty; it outlives this object
@@ -30,8 +30,8 @@ public:
   // The same from bytes; `fileName` is where the project stands, and where Save writes.
   void LoadBytes(std::string bytes, std::u16string_view fileName);
 
-  // The user has given a stored property of an action another value: it is written as it is now, lists and
-  // texts without their references too.
+  // The user has given a stored property of an action another value: it is compared with what was read even
+  // where it is a list, or a text that has lost its references.
   void NoteEdited(const TActionNode& node, const TKxPublishedProperty& property);
 
   // The text of the file with the changes in it; the bytes that were read when nothing changed.

@@ -191,6 +191,19 @@ TEST_F(EditorSession, ActionsComeGoAndMove) {
   EXPECT_THAT(Refusal("remove", {{"id", "0"}, {"generation", 1}}), HasSubstr("another window"));
 }
 
+TEST_F(EditorSession, ANewActionStatesWhatDiffersFromItsDefaults) {
+  Open("");
+  Do("add", {{"type", "STEP"}, {"to", "0"}});
+  Do("add", {{"type", "DEVENV"}, {"to", "1"}});
+  Set("1", 2, "MaxCPUs", "4");
+  Set("1", 2, "LogLevel", "Diagnostic");
+  Set("1", 2, "LogLevel", "Normal"); // the default
+  // Which Visual Studio is the default differs from machine to machine.
+  EXPECT_EQ(Saved(), Project("    <Action Type=\"STEP\"/>\n    <Action Type=\"DEVENV\">\n"
+                             "      <VStudioVersion Name=\"vs2005\">2</VStudioVersion>\n"
+                             "      <MaxCPUs>4</MaxCPUs>\n    </Action>\n"));
+}
+
 TEST_F(EditorSession, AnotherEditorsFileIsNotOverwritten) {
   Open(Tests);
   Do("variable", {{"name", "Mine"}, {"value", "1"}});
