@@ -3,6 +3,7 @@
 #include "build/BuildSettings.h"
 #include "host/RegEx.h"
 #include "host/Utilities.h"
+#include "host/Xml.h"
 #include "platform/Files.h"
 #include "text/Text.h"
 #include "text/WindowsPath.h"
@@ -57,15 +58,11 @@ bool WritesAnyCPUWithoutBlank(const IVSDotNetSolution& solution, const IVSDotNet
   if (!text::EqualsIgnoreCase(configuration.substr(bar + 1), u"any cpu")) return false;
   std::u16string file = project.GetFileName();
   if (!platform::FileExists(file)) file = text::JoinPath(SolutionDirectory(solution), file);
-  std::u16string content;
-  try {
-    content = TFileReader::LoadFromFile(file);
-  } catch (const EKxException&) {
-    return false;
-  }
+  const auto content = ReadProjectText(file);
+  if (!content) return false;
   const std::u16string config(configuration.substr(0, bar));
-  return content.find(config + u"|Any CPU") == std::u16string::npos &&
-         content.find(config + u"|AnyCPU") != std::u16string::npos;
+  return content->find(config + u"|Any CPU") == std::u16string::npos &&
+         content->find(config + u"|AnyCPU") != std::u16string::npos;
 }
 
 std::vector<std::u16string> MatchConfigurations(const IVSDotNetSolution& solution, std::u16string_view wanted,

@@ -1,7 +1,7 @@
 #include "build/VersionStamping.h"
 
 #include "host/Utilities.h"
-#include "platform/TextFiles.h"
+#include "host/Xml.h"
 #include "text/Text.h"
 #include "text/WindowsPath.h"
 #include "versioninfo/Brannic.VStudio.SolutionAssemblyUpdater.h"
@@ -235,7 +235,7 @@ void VisitProjects(const IVSDotNetSolution& solution, TVSDotNetBuildType applyTo
 // Empty where the project has none, or cannot be read.
 std::u16string AssemblyInfoFileOf(const IVSDotNetProject& project, const std::u16string& solutionFolder) {
   const std::u16string file = text::ExpandPath(project.GetFileName(), solutionFolder);
-  const auto text = platform::ReadTextFile(file);
+  const auto text = ReadProjectText(file);
   const std::u16string_view name = text ? FindAssemblyInfoName(*text) : std::u16string_view();
   return name.empty() ? std::u16string() : text::ExpandPath(name, text::ExtractFilePath(file));
 }

@@ -196,6 +196,14 @@ std::u16string GetNamespacesFromDocumentRootNode(const TXmlDocument& document) {
   return root ? root->NamespaceUri() : std::u16string();
 }
 
+platform::Result<std::u16string> ReadProjectText(std::u16string_view fileName) {
+  const auto bytes = platform::ReadFile(fileName);
+  if (!bytes) return platform::Failure{bytes.Message()};
+  const auto declared = libxml::DeclaredPage(*bytes);
+  auto decoded = declared ? platform::FromCodePage(*bytes, declared->Page) : std::nullopt;
+  return decoded ? *std::move(decoded) : platform::DecodeUtf8OrAnsi(*bytes);
+}
+
 std::u16string XmlEscape(std::u16string_view text) {
   std::u16string escaped;
   escaped.reserve(text.size());

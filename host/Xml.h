@@ -6,6 +6,8 @@
 // ...).
 #pragma once
 
+#include "platform/Result.h"
+
 #include <memory>
 #include <optional>
 #include <string>
@@ -58,6 +60,10 @@ private:
 std::shared_ptr<TXmlDocument> NewXMLDocument();
 // The namespace of the root element, empty when it has none.
 std::u16string GetNamespacesFromDocumentRootNode(const TXmlDocument& document);
+
+// The text of a project file, for those who search it without parsing: by its byte-order mark, else by its
+// XML declaration, else UTF-8 when it is valid, else the ANSI code page.
+platform::Result<std::u16string> ReadProjectText(std::u16string_view fileName);
 
 // Markup characters as entities, and characters that XML forbids left out.
 std::u16string XmlEscape(std::u16string_view text);

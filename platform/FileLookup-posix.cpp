@@ -77,7 +77,8 @@ EntryKind KindOf(const dirent& entry) {
 class Listing {
 public:
   // A folder that may be entered but not read keeps no names and answers by asking the system.
-  Listing(std::string native, const Stamp& stamp) : native_(std::move(native)), stamp_(stamp) {
+  Listing(std::u16string_view folder, std::string native, const Stamp& stamp)
+      : folder_(folder), native_(std::move(native)), stamp_(stamp) {
     timespec now{};
     clock_gettime(CLOCK_REALTIME, &now);
     listedAt_ = Nanoseconds(now);
@@ -89,6 +90,7 @@ public:
     }
   }
 
+  const std::u16string& Folder() const { return folder_; } // in its own spelling
   std::size_t Count() const { return entries_.size(); }
   bool IsReadable() const { return readable_; }
 
@@ -97,15 +99,11 @@ public:
     return now == stamp_ && stamp_.Changed < listedAt_ - kTimeStampGrain;
   }
 
-  // The entry of exactly this name, else the smallest that differs in letter case only.
+  // The entry of exactly this name, else the smallest that differs in letter case only, else one of the name
+  // that Windows makes of it.
   const Entry* Find(std::u16string_view name) const {
-    const auto [first, last] = entries_.equal_range(name);
-    const Entry* best = nullptr;
-    for (auto entry = first; entry != last; ++entry) {
-      if (entry->Name == name) return &*entry;
-      if (best == nullptr || entry->Name < best->Name) best = &*entry;
-    }
-    return best;
+    const Entry* spelled = FindSpelled(name);
+    return spelled != nullptr ? spelled : FindSpelled(posix::NameOnWindows(name));
   }
 
   bool HoldsFile(std::u16string_view name) const {
@@ -121,6 +119,17 @@ public:
   std::uint64_t CheckedIn = 0; // the round of Refresh in which the time stamp was last looked at
 
 private:
+  const Entry* FindSpelled(std::u16string_view name) const {
+    const auto [first, last] = entries_.equal_range(name);
+    const Entry* best = nullptr;
+    for (auto entry = first; entry != last; ++entry) {
+      if (entry->Name == name) return &*entry;
+      if (best == nullptr || entry->Name < best->Name) best = &*entry;
+    }
+    return best;
+  }
+
+  std::u16string folder_;
   std::string native_;
   Stamp stamp_;
   std::int64_t listedAt_ = 0;
@@ -173,7 +182,8 @@ struct FileLookup::State {
     std::string native = text::ToUtf8(folder);
     const auto stamp = StampOf(native);
     if (!stamp) return nullptr;
-    Listing& listing = Listings.try_emplace(std::u16string(folder), std::move(native), *stamp).first->second;
+    Listing& listing =
+        Listings.try_emplace(std::u16string(folder), folder, std::move(native), *stamp).first->second;
     listing.CheckedIn = Round;
     Names += listing.Count() + kFolderInNames;
     return &listing;
@@ -214,13 +224,15 @@ struct FileLookup::State {
     return ListingBelow(ParentOf(folder), folder);
   }
 
+  // A folder that is not there under this name: another name of it, or of a folder above it, may be right.
   const Listing* ListingBelow(std::u16string_view parent, std::u16string_view folder) {
     const Listing* listing = ListingOf(parent);
     if (listing == nullptr) return nullptr;
     const std::u16string_view step = folder.substr(folder.rfind(u'/') + 1);
     const Entry* entry = listing->Find(step);
-    if (entry == nullptr || entry->Name == step) return nullptr; // the exact name was tried before
-    return ListingOf(Below(parent, entry->Name));
+    if (entry == nullptr && listing->IsReadable()) return nullptr;
+    const std::u16string found = Below(listing->Folder(), entry == nullptr ? step : entry->Name);
+    return found == folder ? nullptr : ListingOf(found);
   }
 
   bool FileExists(std::u16string_view path) {

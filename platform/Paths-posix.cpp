@@ -95,8 +95,9 @@ std::vector<std::string_view> StepsOf(std::string_view native) {
   return steps;
 }
 
-// The entry of a folder that differs from `wanted` in letter case only; of several the smallest, so that the
-// answer does not depend on the order in which the file system lists them.
+// The entry of a folder that differs from `wanted` in letter case only, else one of the name that Windows
+// makes of it; of several the smallest, so that the answer does not depend on the order in which the file
+// system lists them.
 std::optional<std::string> MatchIgnoringCase(const std::string& folder, std::string_view wanted) {
   const std::unique_ptr<DIR, int (*)(DIR*)> listing(opendir(folder.empty() ? "." : folder.c_str()), closedir);
   if (!listing) return std::nullopt;
@@ -108,7 +109,9 @@ std::optional<std::string> MatchIgnoringCase(const std::string& folder, std::str
     std::u16string candidate = text::FromUtf8(bytes);
     if (text::EqualsIgnoreCase(candidate, name) && (!best || candidate < *best)) best = std::move(candidate);
   }
-  return best ? std::optional(text::ToUtf8(*best)) : std::nullopt;
+  if (best) return text::ToUtf8(*best);
+  const std::u16string_view onWindows = NameOnWindows(name);
+  return onWindows.size() < name.size() ? MatchIgnoringCase(folder, text::ToUtf8(onWindows)) : std::nullopt;
 }
 
 struct Walked {
@@ -135,6 +138,11 @@ Walked WalkIgnoringCase(std::string_view native) {
 
 std::u16string Reason(int error) {
   return text::FromUtf8(std::system_category().message(error));
+}
+
+std::u16string_view NameOnWindows(std::u16string_view name) {
+  const std::size_t last = name.find_last_not_of(u" .");
+  return last == std::u16string_view::npos ? name : name.substr(0, last + 1);
 }
 
 Result<std::string> ToNative(std::u16string_view path) {

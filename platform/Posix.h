@@ -34,6 +34,9 @@ private:
 // The system's words for an error number.
 std::u16string Reason(int error);
 
+// Windows leaves out blanks and dots at the end of a name; files are found as it would find them.
+std::u16string_view NameOnWindows(std::u16string_view name);
+
 // The path with "/" and its drive replaced; nothing is looked up. A failure's message is the bare reason.
 Result<std::string> ToNative(std::u16string_view path);
 // The existing file or folder of that name; without regard to letter case where the exact one is missing.

@@ -21,6 +21,11 @@ std::u16string DecodeTextFile(std::string_view bytes) {
   return FromAnsi(bytes);
 }
 
+std::u16string DecodeUtf8OrAnsi(std::string_view bytes) {
+  const bool utf8 = text::DetectByteOrderMark(bytes) == text::ByteOrderMark::None && text::IsValidUtf8(bytes);
+  return utf8 ? text::FromUtf8(bytes) : DecodeTextFile(bytes);
+}
+
 Result<std::u16string> ReadTextFile(std::u16string_view path) {
   const Result<std::string> bytes = ReadFile(path);
   if (!bytes) return Failure{bytes.Message()};

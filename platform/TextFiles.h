@@ -11,6 +11,9 @@
 namespace kx::platform {
 
 std::u16string DecodeTextFile(std::string_view bytes); // without the byte-order mark
+// The same, but without a mark it is UTF-8 when all of it is valid UTF-8: of files that other programs than
+// those of Windows write, too.
+std::u16string DecodeUtf8OrAnsi(std::string_view bytes);
 Result<std::u16string> ReadTextFile(std::u16string_view path);
 
 std::u16string FromAnsi(std::string_view bytes);

@@ -22,14 +22,6 @@ private:
   TKxProcessSettings settings_;
 };
 
-bool IsUtf8(std::string_view bytes) {
-  return text::DetectByteOrderMark(bytes) == text::ByteOrderMark::None && text::IsValidUtf8(bytes);
-}
-
-std::u16string TextOf(std::string_view bytes) {
-  return IsUtf8(bytes) ? text::FromUtf8(bytes) : platform::DecodeTextFile(bytes);
-}
-
 std::u16string LineEndsOf(std::u16string_view text) {
   const auto lines = text::SplitLines(text);
   std::u16string found;
@@ -49,8 +41,8 @@ std::u16string LineEndsOf(std::u16string_view text) {
 } // namespace
 
 std::u16string DescribeChange(std::u16string_view path, std::string_view before, std::string_view after) {
-  const std::u16string oldText = TextOf(before);
-  const std::u16string newText = TextOf(after);
+  const std::u16string oldText = platform::DecodeUtf8OrAnsi(before);
+  const std::u16string newText = platform::DecodeUtf8OrAnsi(after);
   std::u16string message =
       u"Dry run : this would change\r\n--- " + std::u16string(path) + u"\r\n+++ " + std::u16string(path);
   const auto lines = text::UnifiedDiff(oldText, newText);

@@ -53,6 +53,23 @@ platform::FileReader Open(std::u16string_view fileName) {
   return *std::move(file);
 }
 
+// Whether all of the file is valid UTF-8, which its last byte may decide.
+bool IsUtf8File(const std::u16string& fileName) {
+  platform::FileReader file = Open(fileName);
+  std::string bytes(BufferSize, '\0');
+  std::size_t held = 0; // of a character that the end of the last piece cuts through
+  for (;;) {
+    const auto count = file.Read(bytes.data() + held, bytes.size() - held);
+    if (!count) throw EKxParseError(count.Message(), fileName);
+    if (*count == 0) return held == 0;
+    const std::string_view piece(bytes.data(), held + *count);
+    const std::size_t valid = text::ValidUtf8Prefix(piece);
+    constexpr std::size_t longestCharacter = 4;
+    if (piece.size() - valid >= longestCharacter) return false;
+    held = piece.copy(bytes.data(), std::string_view::npos, valid);
+  }
+}
+
 } // namespace
 
 TSolutionLines::TSolutionLines(std::u16string_view fileName, const TKxEvent* stop)
@@ -164,10 +181,15 @@ bool TSolutionLines::TakeRest() {
 void TSolutionLines::Take(std::size_t end, std::size_t next) {
   line_ = {buffer_.Bytes.get() + begin_, end - begin_};
   begin_ = scanned_ = next;
-  if (beyondAscii_ && mark_ == text::ByteOrderMark::None && !IsAscii(line_)) {
+  if (beyondAscii_ && !IsAscii(line_) && IsAnsi()) {
     decoded_ = text::ToUtf8(platform::FromAnsi(line_));
     line_ = decoded_;
   }
+}
+
+bool TSolutionLines::IsAnsi() {
+  if (!isAnsi_) isAnsi_ = mark_ == text::ByteOrderMark::None && !IsUtf8File(fileName_);
+  return *isAnsi_;
 }
 
 bool TSolutionLines::Fill() {
@@ -259,6 +281,8 @@ void TSolutionLines::Examine() {
   if (known == end_) return;
   const std::size_t last = end_ - 1;
   const TByteKinds kinds = KindsOf(buffer_.Bytes.get() + known, last - known);
+  // One at the end of what was there before has been passed over as part of a line.
+  if (kinds.LoneReturn && !loneReturns_) scanned_ = begin_;
   loneReturns_ = loneReturns_ || kinds.LoneReturn;
   beyondAscii_ = beyondAscii_ || kinds.BeyondAscii || !IsAscii({buffer_.Bytes.get() + last, 1});
   examined_ = last; // a CR here is looked at together with what follows it

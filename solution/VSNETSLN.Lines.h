@@ -7,15 +7,16 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
 namespace kx {
 
 // Line ends are CR LF, LF and CR; empty lines before the first other line do not count. Whatever the encoding
-// of the file (byte-order mark, else the ANSI code page), a line is UTF-8 here, in which the bytes of a UTF-8
-// file stand as they are: all that the reader looks for is ASCII, so only the few pieces that it keeps are
-// ever decoded.
+// of the file (byte-order mark, else UTF-8 when the whole file is valid UTF-8, else the ANSI code page), a
+// line is UTF-8 here, in which the bytes of a UTF-8 file stand as they are: all that the reader looks for is
+// ASCII, so only the few pieces that it keeps are ever decoded.
 //
 // Raises EKxParseError for a file that cannot be read, and EKxException once `stop` is raised.
 class TSolutionLines {
@@ -50,6 +51,7 @@ private:
   bool StepAtAnyLineEnd();
   bool TakeRest();
   void Take(std::size_t end, std::size_t next);
+  bool IsAnsi();
   bool Fill();
   void Start();
   void FillFromUtf16();
@@ -76,6 +78,7 @@ private:
   bool forgotten_ = false;   // the file's beginning is no longer in the buffer
   bool loneReturns_ = false; // a CR without LF was seen
   bool beyondAscii_ = false;
+  std::optional<bool> isAnsi_;
 
   std::string_view line_;
   std::string decoded_;

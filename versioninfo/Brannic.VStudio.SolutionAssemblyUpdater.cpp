@@ -2,6 +2,7 @@
 #include "host/RegEx.h"
 #include "host/Utilities.h"
 #include "host/WebDav.h"
+#include "host/Xml.h"
 #include "platform/Files.h"
 #include "text/Text.h"
 #include "text/WindowsPath.h"
@@ -95,8 +96,9 @@ private:
     const TDownloadedFile copy(isWebDav ? path : std::u16string());
     if (!platform::FileExists(path)) throw EKxException(u"ERROR : Unable to find : " + path);
     action_.SendMessage(u"Processing Project File : " + path);
-    const std::u16string projectText = TFileReader::LoadFromFile(path);
-    const std::u16string_view name = FindAssemblyInfoName(projectText);
+    const auto projectText = ReadProjectText(path);
+    if (!projectText) throw EKxException(projectText.Message());
+    const std::u16string_view name = FindAssemblyInfoName(*projectText);
     if (name.empty()) return;
     if (isWebDav)
       ProcessOnServer(name, connection.Client(web_));

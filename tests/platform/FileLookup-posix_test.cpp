@@ -13,6 +13,7 @@ TEST_F(PosixFileLookup, FollowsLinks) {
   fs::create_symlink("nowhere", Native("Src/dangling"));
   fs::create_directory_symlink("App", Native("Src/folderlink"));
   EXPECT_TRUE(Exists("src/LINK") && Exists("Src/folderlink/App.csproj"));
+  EXPECT_TRUE(ExistsNow("SRC/FolderLink/app.csproj"));
   EXPECT_FALSE(Exists("Src/dangling"));
 }
 

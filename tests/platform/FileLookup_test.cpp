@@ -25,6 +25,27 @@ TEST_F(FileLookupTest, AnswersAsTheFileSystemDoes) {
   }
 }
 
+// What was asked before decides which folders are listed already.
+TEST_F(FileLookupTest, FindsWhatIsBelowFoldersInOtherLetterCase) {
+  Write("Trunk/Subtitles/lib/l.csproj");
+  Write("Trunk/Äpfel/Öl.csproj");
+  const std::string_view before[] = {"nothing", "Trunk/x.sln", "trunk/subtitles/x.csproj",
+                                     "Trunk/Subtitles/lib/x.csproj", "TRUNK/subtitles/LIB/deep/x.csproj"};
+  const std::pair<std::string_view, bool> rows[] = {
+      {"Trunk\\subtitles\\lib\\l.csproj", true},  {"trunk/SUBTITLES/lib/l.csproj", true},
+      {"TRUNK/subtitles/LIB/L.CSPROJ", true},     {"trunk/äpfel/öl.csproj", true},
+      {"Trunk/subtitles/lib/l.csproj . ", true}, {"Trunk/subtitles/libs/l.csproj", false},
+      {"Trunk/subtitles/lib/l.csproj/x", false},  {"Trunk/subtitles/lib", false},
+  };
+  for (const auto& asked : before)
+    for (const auto& [name, exists] : rows) {
+      FileLookup lookup;
+      lookup.FileExists(Path(asked));
+      EXPECT_EQ(lookup.FileExists(Path(name)), exists) << name << ", after " << asked;
+      EXPECT_EQ(FileExists(Path(name)), exists) << name << ", without a look-up";
+    }
+}
+
 TEST_F(FileLookupTest, SeesChangesAfterARefreshOnly) {
   Write("Src/a.cs");
   EXPECT_FALSE(Exists("Src/b.cs") || Exists("Src/New/c.cs"));

@@ -14,6 +14,17 @@ TEST(DecodeTextFile, GoesByTheByteOrderMark) {
   EXPECT_EQ(DecodeTextFile("\xC3\xA9"), u"\u00C3\u00A9") << "not UTF-8, even where it could be";
 }
 
+TEST(DecodeUtf8OrAnsi, TakesOnlyWhatIsValidUtf8AllThroughForUtf8) {
+  const std::pair<std::string_view, std::u16string_view> rows[] = {
+      {"\xC3\xA9", u"\u00E9"},
+      {"\xC3\xA9 \xE9", u"\u00C3\u00A9 \u00E9"},
+      {"\xEF\xBB\xBF\xE9", u"\uFFFD"},
+      {"\xFF\xFE\xE9\0"sv, u"\u00E9"},
+  };
+  for (const auto& [bytes, text] : rows)
+    EXPECT_EQ(DecodeUtf8OrAnsi(bytes), text) << bytes;
+}
+
 TEST(FromCodePage, DecodesThePagesOfWindows) {
   const std::tuple<const char*, unsigned, std::string_view, std::optional<std::u16string_view>> rows[] = {
       {"malformed UTF-8", 65001, "\xC3(", std::nullopt},
