@@ -31,7 +31,7 @@ std::shared_ptr<IVSDotNetSolution> TKxCustomVSDotNetAction::TryOpenSolution() {
   const TFlagGuard guard(opening_);
   try {
     const std::u16string name = ExpandExpression(solution_.Solution);
-    return name.empty() ? nullptr : OpenSolution(FullProjectPath(name), false, &Host().Stop());
+    return name.empty() ? nullptr : LookAtSolution(FullProjectPath(name), false, &Host().Stop());
   } catch (const std::exception&) {
     return nullptr;
   }

@@ -74,10 +74,8 @@ bool TKxVSSolutionIterator::BeforeFirstIteration() {
 void TKxVSSolutionIterator::ReadProjects(const IVSDotNetSolution& solution) {
   const auto projects = solution.GetProjects();
   SendMessage(u"Found " + text::FromInteger(projects->GetCount()) + u" projects:");
-  if (SortByDependency) {
-    SendMessage(u"Sorting in dependency order...");
-    projects->SortByDependancies();
-  }
+  // They come sorted, in the order in which a build takes them.
+  if (SortByDependency) SendMessage(u"Sorting in dependency order...");
   values_.Clear();
   for (int i = 0; i < projects->GetCount(); ++i) {
     const auto project = SortByDependency ? projects->GetItem(i) : projects->GetItemInFileOrder(i);

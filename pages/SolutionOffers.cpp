@@ -18,7 +18,7 @@ std::shared_ptr<IVSDotNetSolution> OpenSolutionOf(TKxCustomVSDotNetAction& actio
   if (!platform::FileExists(path))
     throw EKxException(u"Solution File " + DoubleQuoteString(path) + u" does not exist");
   try {
-    return OpenSolution(path, false, stop);
+    return LookAtSolution(path, false, stop);
   } catch (const EKxParseError& error) {
     throw EKxException(u"Error Parsing Solution File : " + error.Message() +
                        (error.Line() == 0 ? u"" : u" (line " + text::FromInteger(error.Line()) + u")"));

@@ -109,6 +109,10 @@ std::shared_ptr<IVSDotNetProject> TVSDotNetProjects::FindByFileName(std::u16stri
   return found == projects_.end() ? nullptr : *found;
 }
 
+void TVSDotNetProjects::SortUnlessCircular() {
+  if (CirclesAmong(projects_).empty()) SortByDependancies();
+}
+
 void TVSDotNetProjects::SortByDependancies() {
   const std::vector<std::size_t> order = OrderByDependancies(projects_, stop_);
   std::vector<std::shared_ptr<IVSDotNetProject>> sorted;
@@ -117,6 +121,27 @@ void TVSDotNetProjects::SortByDependancies() {
     sorted.push_back(std::move(projects_[position]));
   projects_ = std::move(sorted);
   byId_.clear();
+}
+
+std::vector<TVSDotNetCircle> FindCircles(const IVSDotNetProjects& projects) {
+  TVSDotNetCircle all;
+  for (int i = 0; i < projects.GetCount(); ++i)
+    all.push_back(projects.GetItemInFileOrder(i));
+  std::vector<TVSDotNetCircle> circles;
+  for (const auto& way : CirclesAmong(all)) {
+    TVSDotNetCircle& circle = circles.emplace_back();
+    for (const std::size_t position : way)
+      circle.push_back(all[position]);
+  }
+  return circles;
+}
+
+std::u16string DescribeCircle(const TVSDotNetCircle& circle) {
+  std::u16string text;
+  for (std::size_t i = 0; i < circle.size(); ++i)
+    text += (i == 0 ? u"" : u", ") + circle[i]->GetName() + u" needs " +
+            circle[(i + 1) % circle.size()]->GetName();
+  return text;
 }
 
 } // namespace kx

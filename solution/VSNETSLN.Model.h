@@ -116,6 +116,7 @@ public:
   std::shared_ptr<IVSDotNetProject> FindByID(std::u16string_view id) const override;
   std::shared_ptr<IVSDotNetProject> FindByFileName(std::u16string_view fileName) const override;
   void SortByDependancies() override;
+  void SortUnlessCircular(); // keeps the order when there is a circle
   std::shared_ptr<IVSDotNetProject> GetItemInFileOrder(int index) const override {
     return ItemAt(inFileOrder_, index);
   }

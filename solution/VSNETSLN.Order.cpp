@@ -166,7 +166,81 @@ private:
   unsigned steps_ = 0;
 };
 
+// Takes away projects that need nobody who is left, and then those that needed only them. What stays needs
+// somebody who stays, so any way along it ends in a circle.
+class TCircleSearch {
+public:
+  explicit TCircleSearch(TProjects projects)
+      : graph_(projects), needs_(projects.size()), left_(projects.size()) {
+    for (TNumber p = 0; p < projects.size(); ++p)
+      ForEachNeeded(p, [&](TNumber) { ++needs_[p]; });
+    for (TNumber p = 0; p < projects.size(); ++p)
+      if (needs_[p] == 0) done_.push_back(p);
+  }
+
+  std::vector<std::vector<std::size_t>> Run() {
+    std::vector<std::vector<std::size_t>> circles;
+    left_.assign(left_.size(), true);
+    TakeAwayDone();
+    for (TNumber first = 0; first < left_.size(); ++first) {
+      while (left_[first]) { // it may lead to circles without being part of them
+        circles.push_back(WalkFrom(first));
+        for (const std::size_t project : circles.back())
+          TakeAway(static_cast<TNumber>(project));
+        TakeAwayDone();
+      }
+    }
+    return circles;
+  }
+
+private:
+  void ForEachNeeded(TNumber project, const auto& visit) const {
+    for (const TNumber id : graph_.DependsOn[project])
+      for (const TNumber needed : graph_.ProjectsOf[id])
+        if (needed != project) visit(needed);
+  }
+
+  void TakeAwayDone() {
+    while (!done_.empty()) {
+      const TNumber project = done_.back();
+      done_.pop_back();
+      TakeAway(project);
+    }
+  }
+
+  void TakeAway(TNumber project) {
+    if (!left_[project]) return;
+    left_[project] = false;
+    for (const TNumber dependent : graph_.Dependents[graph_.IdOf[project]])
+      if (dependent != project && --needs_[dependent] == 0) done_.push_back(dependent);
+  }
+
+  std::vector<std::size_t> WalkFrom(TNumber project) const {
+    std::vector<std::size_t> way;
+    std::unordered_map<TNumber, std::size_t> placeOf;
+    while (placeOf.try_emplace(project, way.size()).second) {
+      way.push_back(project);
+      std::optional<TNumber> next;
+      ForEachNeeded(project, [&](TNumber needed) {
+        if (left_[needed] && !next) next = needed;
+      });
+      project = *next;
+    }
+    way.erase(way.begin(), way.begin() + static_cast<std::ptrdiff_t>(placeOf[project]));
+    return way;
+  }
+
+  TGraph graph_;
+  std::vector<std::size_t> needs_; // by project: how many of those left it needs
+  std::vector<bool> left_;
+  std::vector<TNumber> done_; // left, and needing nobody who is
+};
+
 } // namespace
+
+std::vector<std::vector<std::size_t>> CirclesAmong(TProjects projects) {
+  return TCircleSearch(projects).Run();
+}
 
 std::vector<std::size_t> OrderByDependancies(TProjects projects, const TKxEvent* stop) {
   const bool any = std::ranges::any_of(

@@ -20,4 +20,8 @@ namespace kx {
 std::vector<std::size_t> OrderByDependancies(std::span<const std::shared_ptr<IVSDotNetProject>> projects,
                                              const TKxEvent* stop);
 
+// What FindCircles finds, by the positions of the given projects.
+std::vector<std::vector<std::size_t>>
+CirclesAmong(std::span<const std::shared_ptr<IVSDotNetProject>> projects);
+
 } // namespace kx

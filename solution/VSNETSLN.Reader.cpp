@@ -33,6 +33,8 @@ std::u16string FullPath(std::u16string_view fileName) {
 // one; the loop that called it steps over that.
 class TSolutionReader {
 public:
+  enum class TCircles { Order, Refuse };
+
   TSolutionReader(std::u16string_view fileName, bool includeProjectsNotFound, const TKxEvent* stop)
       : fileName_(fileName), fullPath_(FullPath(fileName)), paths_(text::ExtractFileDir(fullPath_)),
         includeNotFound_(includeProjectsNotFound), stop_(stop), files_(ThreadsLookup()),
@@ -40,11 +42,13 @@ public:
     files_.Refresh();
   }
 
-  std::shared_ptr<IVSDotNetSolution> Run() {
+  std::shared_ptr<IVSDotNetSolution> Run(TCircles circles) {
     const TVSDotNetVersion version = ReadVersion();
     ReadProjects();
+    if (circles == TCircles::Refuse) RefuseCircles();
     projects_->SortByDependancies();
     ReadGlobal();
+    if (globalDependencies_) projects_->SortUnlessCircular();
     return std::make_shared<TVSDotNetSolution>(fileName_, version, projects_, MakeConfigurations());
   }
 
@@ -75,6 +79,15 @@ private:
     const auto version = slnsyntax::ReadHeader(lines_.Line());
     if (!version) Fail(u"Invalid Visual Studio Solution Header : " + text::FromUtf8(lines_.Line()));
     return *version;
+  }
+
+  void RefuseCircles() const {
+    const auto circles = FindCircles(*projects_);
+    if (circles.empty()) return;
+    std::u16string ways;
+    for (const TVSDotNetCircle& circle : circles)
+      ways += (ways.empty() ? u"" : u"; ") + DescribeCircle(circle);
+    throw EKxParseError(u"Solution has invalid circular dependancies between : " + ways, fileName_);
   }
 
   // Stops on the line "Global", which must be there.
@@ -184,7 +197,9 @@ private:
     StepTo("EndGlobalSection", [this] {
       const auto project = CutProject(Trim(lines_.Line()));
       const auto dependency = project ? slnsyntax::SplitNameValue(Trim(lines_.Line())) : std::nullopt;
-      if (dependency) AddDependency(*project, dependency->Value);
+      if (!dependency) return;
+      AddDependency(*project, dependency->Value);
+      globalDependencies_ = true;
     });
   }
 
@@ -205,6 +220,7 @@ private:
   std::shared_ptr<TVSDotNetProjects> projects_;
   std::shared_ptr<IVSDotNetProject> current_;
   std::optional<TNamedValues> configs_;
+  bool globalDependencies_ = false; // the Global section named some
 
   slnsyntax::TIdentifierCut cut_;
   slnsyntax::TCommaItems items_;
@@ -214,7 +230,12 @@ private:
 
 std::shared_ptr<IVSDotNetSolution> OpenSolution(std::u16string_view fileName, bool includeProjectsNotFound,
                                                 const TKxEvent* stop) {
-  return TSolutionReader(fileName, includeProjectsNotFound, stop).Run();
+  return TSolutionReader(fileName, includeProjectsNotFound, stop).Run(TSolutionReader::TCircles::Order);
+}
+
+std::shared_ptr<IVSDotNetSolution> LookAtSolution(std::u16string_view fileName, bool includeProjectsNotFound,
+                                                  const TKxEvent* stop) {
+  return TSolutionReader(fileName, includeProjectsNotFound, stop).Run(TSolutionReader::TCircles::Refuse);
 }
 
 } // namespace kx

@@ -14,6 +14,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kx {
 
@@ -117,9 +118,17 @@ class IVSDotNetSolutionContexts : public IVSDotNetObject {};
 class IVSDotNetProjectConfiguration : public IVSDotNetObject {};
 class IVSDotNetProjectConfigurations : public IVSDotNetObject {};
 
+// Projects that need each other: each needs the next one, the last one the first.
+using TVSDotNetCircle = std::vector<std::shared_ptr<IVSDotNetProject>>;
+// Circles of two projects or more, none sharing a project with another; there are some exactly when the
+// projects have no order. A project that needs itself is no circle.
+std::vector<TVSDotNetCircle> FindCircles(const IVSDotNetProjects& projects);
+std::u16string DescribeCircle(const TVSDotNetCircle& circle); // "A needs B, B needs A"
+
 // Reads a solution and the C++ projects that it names. A project whose file is missing is left out unless
 // `includeProjectsNotFound` is set; a web project ("http://", "https://") is always there. Projects come out
-// in the order of their dependencies.
+// in the order of their dependencies; those that the Global section of the oldest formats adds count too,
+// unless they close a circle.
 //
 // Raises EKxParseError for a file that cannot be read or is no solution, with the file and, where there is
 // one, the line as extra fields; nothing is handed out then. `stop` is looked at now and then, and kept by
@@ -127,5 +136,9 @@ class IVSDotNetProjectConfigurations : public IVSDotNetObject {};
 // "Action Terminated by User.".
 std::shared_ptr<IVSDotNetSolution> OpenSolution(std::u16string_view fileName, bool includeProjectsNotFound,
                                                 const TKxEvent* stop = nullptr);
+// The same for those who show a solution to a person: a circle, which OpenSolution would try to put in order
+// until it is stopped, raises EKxParseError that names its way.
+std::shared_ptr<IVSDotNetSolution> LookAtSolution(std::u16string_view fileName, bool includeProjectsNotFound,
+                                                  const TKxEvent* stop = nullptr);
 
 } // namespace kx

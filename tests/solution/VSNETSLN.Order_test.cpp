@@ -76,6 +76,8 @@ TEST(SolutionOrder, IsThatOfThePlainExchangesForRandomGraphs) {
     }
     std::ranges::shuffle(projects, random);
     const auto expected = OrderedByPlainExchanges(projects);
+    const bool circular = !expected || expected->starts_with(u"Solution");
+    ASSERT_EQ(!CirclesAmong(projects).empty(), circular) << "graph " << graph;
     if (!expected) { // a long circle, for which there is no order
       EXPECT_THAT([&] { OrderByDependancies(projects, &stop); },
                   testing::ThrowsMessage<EKxException>("Action Terminated by User."));

@@ -130,16 +130,63 @@ TEST_F(OpenedSolution, KeepsTheFirstProjectConfigurationOfEachName) {
   }
 }
 
-TEST_F(OpenedSolution, TakesOldDependenciesAfterTheProjectsAreOrdered) {
+// "AB" for "A needs B".
+std::string OldNeeds(const std::vector<std::string>& pairs) {
+  std::string lines;
+  for (const std::string& pair : pairs)
+    lines += "\t\t" + Id(pair[0]) + ".0 = " + Id(pair[1]) + "\n";
+  return Section("ProjectDependencies", lines);
+}
+
+TEST_F(OpenedSolution, IsInOrderOfTheDependenciesOfItsGlobalSectionUnlessTheyCloseACircle) {
+  const std::string three = Project('A') + Project('B') + Project('C');
+  const std::string bFirst = Project('A', Needs("B")) + Project('B') + Project('C');
+  const std::tuple<const char*, std::string, Strings> cases[] = {
+      {"alone", Solution(three, OldNeeds({"AB", "BC"})), {"C", "B", "A"}},
+      {"beside those of the blocks", Solution(bFirst, OldNeeds({"BC"})), {"C", "B", "A"}},
+      {"of unknown projects", Solution(three, OldNeeds({"XA", "AX"})), {"A", "B", "C"}},
+      {"a pair keeps the order of the blocks", Solution(bFirst, OldNeeds({"AC", "CA"})), {"B", "A", "C"}},
+      {"so does a pair of both kinds", Solution(bFirst, OldNeeds({"BA", "AC"})), {"B", "A", "C"}},
+      {"and a longer circle", Solution(bFirst, OldNeeds({"BC", "CA"})), {"B", "A", "C"}},
+      {"oneself is no circle", Solution(three, OldNeeds({"AA", "AB"})), {"B", "A", "C"}},
+  };
+  for (const auto& [what, text, expected] : cases)
+    EXPECT_EQ(NamesOf(OpenText(text)->GetProjects()), expected) << what;
+}
+
+TEST_F(OpenedSolution, RefusesCirclesWhereSomebodyOnlyLooks) {
+  const std::tuple<const char*, std::string, std::string> cases[] = {
+      {"none", Project('A', Needs("BC")) + Project('B', Needs("C")) + Project('C', Needs("C")), "C B A"},
+      {"a pair", Project('A', Needs("B")) + Project('B', Needs("A")), "A needs B, B needs A"},
+      {"three, and one that leads to them",
+       Project('A', Needs("B")) + Project('B', Needs("C")) + Project('C', Needs("D")) +
+           Project('D', Needs("B")),
+       "B needs C, C needs D, D needs B"},
+      {"two circles",
+       Project('A', Needs("B")) + Project('B', Needs("A")) + Project('C', Needs("D")) +
+           Project('D', Needs("CA")),
+       "A needs B, B needs A; C needs D, D needs C"},
+  };
+  for (const auto& [what, projects, expected] : cases) {
+    Write("a.sln", Solution(projects));
+    std::string seen;
+    try {
+      for (const std::string& name : NamesOf(LookAtSolution(Path("a.sln"), true)->GetProjects()))
+        seen += (seen.empty() ? "" : " ") + name;
+    } catch (const EKxParseError& error) {
+      seen = error.what();
+    }
+    EXPECT_THAT(seen, testing::EndsWith(expected)) << what;
+  }
+}
+
+TEST_F(OpenedSolution, AddsTheDependenciesOfTheGlobalSection) {
   const auto solution = OpenText(Solution(
       Project('A') + Project('B'),
       Section("ProjectDependencies", "\t\t" + Id('A') + ".0 = " + Id('B') + "\n\t\t" + Id('A') + "\n")));
-  EXPECT_EQ(NamesOf(solution->GetProjects()), (Strings{"A", "B"}));
-  const auto needs = solution->GetProjects()->GetItem(0)->GetDependancies();
+  const auto needs = solution->GetProjects()->GetItem(1)->GetDependancies();
   EXPECT_EQ(Lines(needs->GetList()), Strings{Id('B')});
   EXPECT_TRUE(needs->Contains(text::ToLower(needs->GetItem(0))));
-  solution->GetProjects()->SortByDependancies();
-  EXPECT_EQ(NamesOf(solution->GetProjects()), (Strings{"B", "A"}));
   const auto first = solution->GetProjects()->GetItemInFileOrder(0);
   EXPECT_EQ(first, solution->GetProjects()->FindByID(text::FromAscii(Id('A'))));
   EXPECT_EQ(first->GetProjectTypeID(), text::FromAscii(Id('F')));
