@@ -32,10 +32,10 @@ TEST_F(FileLookupTest, FindsWhatIsBelowFoldersInOtherLetterCase) {
   const std::string_view before[] = {"nothing", "Trunk/x.sln", "trunk/subtitles/x.csproj",
                                      "Trunk/Subtitles/lib/x.csproj", "TRUNK/subtitles/LIB/deep/x.csproj"};
   const std::pair<std::string_view, bool> rows[] = {
-      {"Trunk\\subtitles\\lib\\l.csproj", true},  {"trunk/SUBTITLES/lib/l.csproj", true},
-      {"TRUNK/subtitles/LIB/L.CSPROJ", true},     {"trunk/äpfel/öl.csproj", true},
+      {"Trunk\\subtitles\\lib\\l.csproj", true}, {"trunk/SUBTITLES/lib/l.csproj", true},
+      {"TRUNK/subtitles/LIB/L.CSPROJ", true},    {"trunk/äpfel/öl.csproj", true},
       {"Trunk/subtitles/lib/l.csproj . ", true}, {"Trunk/subtitles/libs/l.csproj", false},
-      {"Trunk/subtitles/lib/l.csproj/x", false},  {"Trunk/subtitles/lib", false},
+      {"Trunk/subtitles/lib/l.csproj/x", false}, {"Trunk/subtitles/lib", false},
   };
   for (const auto& asked : before)
     for (const auto& [name, exists] : rows) {
