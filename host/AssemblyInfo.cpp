@@ -1,5 +1,6 @@
 #include "host/AssemblyInfo.h"
 #include "host/AssemblyInfoRewriter.h"
+#include "host/AssemblyInfoVersion.h"
 #include "host/Exceptions.h"
 #include "host/FileUpdates.h"
 
@@ -13,7 +14,11 @@ class TAttributes : public IAssemblyInfoAttributes {
 public:
   TAssemblyInfoValues Values;
 
-  void SetAttribute(std::u16string_view name, std::u16string_view value) override {
+  void SetAttribute(std::u16string_view name, std::u16string_view given) override {
+    const bool version = IsAssemblyVersionAttribute(name);
+    if (const auto refused = version ? CheckAssemblyVersion(name, given) : std::nullopt)
+      throw EKxException(*refused);
+    const std::u16string value = version ? TrimAssemblyVersion(given) : std::u16string(given);
     const auto found = std::ranges::find(Values, name, &TAssemblyInfoValues::value_type::first);
     if (found != Values.end())
       found->second = value;

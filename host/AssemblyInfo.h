@@ -9,7 +9,8 @@
 namespace kx {
 
 // Sets attributes of the file that is being processed; they are written when OnProcessFile returns. The name
-// is that of the attribute without "Attribute"; the last value set for a name counts.
+// is that of the attribute without "Attribute"; the last value set for a name counts. Versions lose their
+// empty parts at the end; one that no compiler takes (CheckAssemblyVersion) raises EKxException.
 class IAssemblyInfoAttributes {
 public:
   virtual ~IAssemblyInfoAttributes() = default;

@@ -81,16 +81,17 @@ std::optional<TOpening> Open(std::u16string_view text, std::size_t at, TAssembly
   return opening;
 }
 
-std::size_t SkipQuotes(std::u16string_view text, const TOpening& opening, TAssemblyInfoLanguage language) {
+TLiteralEnd SkipQuotes(std::u16string_view text, const TOpening& opening, TAssemblyInfoLanguage language) {
   for (std::size_t i = opening.Begin; (i = text.find(u'"', i)) != npos;) {
     const std::size_t run = Run(text, i, u'"');
-    if (run >= opening.Quotes) return language == FSharp ? i + opening.Quotes : i + run;
+    if (run >= opening.Quotes)
+      return {.At = language == FSharp ? i + opening.Quotes : i + run, .Closed = true};
     i += run;
   }
-  return text.size();
+  return {.At = text.size()};
 }
 
-std::size_t SkipString(std::u16string_view text, std::size_t at, TAssemblyInfoLanguage language, int depth);
+TLiteralEnd SkipString(std::u16string_view text, std::size_t at, TAssemblyInfoLanguage language, int depth);
 
 // Behind the "}" that closes the hole.
 std::size_t SkipHole(std::u16string_view text, std::size_t at, bool lines, TAssemblyInfoLanguage language,
@@ -98,7 +99,7 @@ std::size_t SkipHole(std::u16string_view text, std::size_t at, bool lines, TAsse
   for (int open = 0; at < text.size();) {
     const char16_t c = text[at];
     if (!lines && IsSourceLineEnd(c, language)) return at;
-    const std::size_t end = SkipString(text, at, language, depth + 1);
+    const std::size_t end = SkipString(text, at, language, depth + 1).At;
     if (end != at) {
       at = end;
       continue;
@@ -110,40 +111,43 @@ std::size_t SkipHole(std::u16string_view text, std::size_t at, bool lines, TAsse
   return at;
 }
 
-std::size_t SkipText(std::u16string_view text, const TOpening& opening, TAssemblyInfoLanguage language,
+TLiteralEnd SkipText(std::u16string_view text, const TOpening& opening, TAssemblyInfoLanguage language,
                      int depth) {
   const bool lines = opening.Verbatim || language == FSharp;
   for (std::size_t i = opening.Begin; i < text.size();) {
     const char16_t c = text[i];
     if (IsQuote(c, language)) {
-      if (!opening.Verbatim || !IsQuote(At(text, i + 1), language)) return i + 1;
+      if (!opening.Verbatim || !IsQuote(At(text, i + 1), language)) return {.At = i + 1, .Closed = true};
       i += 2;
     } else if (c == u'\\' && !opening.Verbatim) {
       i += text.substr(i + 1, 2) == u"\r\n" && language == Cpp ? 3 : 2;
-      if (language != Cpp && !lines && IsSourceLineEnd(At(text, i - 1), language)) return i - 1;
+      if (language != Cpp && !lines && IsSourceLineEnd(At(text, i - 1), language)) return {.At = i - 1};
     } else if (c == u'{' && opening.Interpolated && depth < MaximumNesting) {
       i = At(text, i + 1) == u'{' ? i + 2 : SkipHole(text, i, lines, language, depth);
     } else if (!lines && IsSourceLineEnd(c, language)) {
-      return i;
+      return {.At = i};
     } else {
       ++i;
     }
   }
-  return text.size();
+  return {.At = text.size()};
 }
 
-std::size_t SkipString(std::u16string_view text, std::size_t at, TAssemblyInfoLanguage language, int depth) {
+TLiteralEnd SkipString(std::u16string_view text, std::size_t at, TAssemblyInfoLanguage language, int depth) {
   const std::optional<TOpening> opening = Open(text, at, language);
-  if (!opening) return at;
+  if (!opening) return {.At = at};
   if (!opening->RawEnd.empty()) {
     const std::size_t end = text.find(opening->RawEnd, opening->Begin);
-    return end == npos ? text.size() : end + opening->RawEnd.size();
+    if (end == npos) return {.At = text.size()};
+    return {.At = end + opening->RawEnd.size(), .Closed = true};
   }
   if (opening->Quotes >= 3) return SkipQuotes(text, *opening, language);
-  const std::size_t end = SkipText(text, *opening, language, depth);
+  TLiteralEnd end = SkipText(text, *opening, language, depth);
+  end.At = std::min(end.At, text.size());
   // The "c" behind a Visual Basic literal makes it a character.
-  const bool character = language == VisualBasic && (At(text, end) == u'c' || At(text, end) == u'C');
-  return character ? end + 1 : end;
+  const char16_t behind = At(text, end.At);
+  if (language == VisualBasic && (behind == u'c' || behind == u'C')) ++end.At;
+  return end;
 }
 
 std::size_t SkipCharacter(std::u16string_view text, std::size_t at, TAssemblyInfoLanguage language) {
@@ -225,6 +229,17 @@ bool DecodeEscape(std::u16string_view text, std::size_t& at, TAssemblyInfoLangua
   return true;
 }
 
+// Between the marks of a raw or triple-quoted string stands its value, but for C# in several lines, where
+// the indentation does not count.
+std::optional<std::u16string> DecodeRaw(std::u16string_view literal, const TOpening& opening,
+                                        TAssemblyInfoLanguage language) {
+  const std::size_t closing = opening.RawEnd.empty() ? opening.Quotes : opening.RawEnd.size();
+  if (literal.size() < opening.Begin + closing) return std::nullopt;
+  const auto inner = literal.substr(opening.Begin, literal.size() - opening.Begin - closing);
+  const bool lines = inner.find_first_of(u"\r\n") != npos;
+  return language == CSharp && lines ? std::nullopt : std::optional<std::u16string>(inner);
+}
+
 std::u16string Octal(char16_t c) {
   std::u16string out = u"\\";
   for (const unsigned shift : {6U, 3U, 0U})
@@ -278,15 +293,20 @@ std::u16string EncodeControl(char16_t c, TAssemblyInfoLanguage language) {
 
 } // namespace
 
-std::size_t SkipLiteral(std::u16string_view text, std::size_t at, TAssemblyInfoLanguage language) {
-  const std::size_t end = SkipString(text, at, language, 0);
-  return end != at ? end : SkipCharacter(text, at, language);
+TLiteralEnd SkipLiteral(std::u16string_view text, std::size_t at, TAssemblyInfoLanguage language) {
+  const TLiteralEnd end = SkipString(text, at, language, 0);
+  return end.At != at ? end : TLiteralEnd{.At = SkipCharacter(text, at, language), .Closed = true};
+}
+
+bool IsConstantLiteral(std::u16string_view literal, TAssemblyInfoLanguage language) {
+  const std::optional<TOpening> opening = Open(literal, 0, language);
+  return opening && !opening->Interpolated;
 }
 
 std::optional<std::u16string> DecodeLiteral(std::u16string_view literal, TAssemblyInfoLanguage language) {
   const std::optional<TOpening> opening = Open(literal, 0, language);
-  if (!opening || opening->Interpolated || opening->Quotes >= 3 || !opening->RawEnd.empty())
-    return std::nullopt;
+  if (!opening || opening->Interpolated) return std::nullopt;
+  if (opening->Quotes >= 3 || !opening->RawEnd.empty()) return DecodeRaw(literal, *opening, language);
   if (literal.size() <= opening->Begin || !IsQuote(literal.back(), language)) return std::nullopt;
   const std::u16string_view inner = literal.substr(0, literal.size() - 1);
   std::u16string value;

@@ -1,3 +1,4 @@
+#include "host/AssemblyInfoLiterals.h"
 #include "host/AssemblyInfoSource.h"
 #include "text/Text.h"
 
@@ -55,7 +56,8 @@ private:
   bool IsWord(std::size_t at) const {
     return Token(at) != nullptr && Token(at)->Kind == TSourceTokenKind::Word;
   }
-  bool IsWord(std::size_t at, std::u16string_view word) const { return IsWord(at) && Same(Text(at), word); }
+  std::u16string Name(std::size_t at) const { return NameOfWord(Text(at), language_); }
+  bool IsWord(std::size_t at, std::u16string_view word) const { return IsWord(at) && Same(Name(at), word); }
   // The marks of `marks` stand here without anything between them.
   bool IsMark(std::size_t at, std::u16string_view marks) const {
     for (std::size_t i = 0; i < marks.size(); ++i) {
@@ -88,12 +90,11 @@ private:
     std::u16string name;
     Accept(u"::");
     while (IsWord(at_)) {
-      const std::u16string_view part = Text(at_);
+      const std::u16string part = Name(at_);
       ++at_;
       const bool more =
           (IsMark(at_, u".") || IsMark(at_, u"::")) && IsWord(at_ + (IsMark(at_, u".") ? 1 : 2));
-      if (!(name.empty() && more && Same(part, u"global")))
-        name += (name.empty() ? u"" : u".") + std::u16string(part.starts_with(u'@') ? part.substr(1) : part);
+      if (!(name.empty() && more && Same(part, u"global"))) name += (name.empty() ? u"" : u".") + part;
       if (!more) break;
       at_ += IsMark(at_, u".") ? 1 : 2;
     }
@@ -138,7 +139,7 @@ private:
     const bool type = AcceptWord(u"static");
     std::u16string alias;
     if (IsMark(at_ + 1, u"=")) {
-      alias = Text(at_);
+      alias = Name(at_);
       at_ += 2;
     }
     std::u16string name = ReadName();
@@ -159,7 +160,7 @@ private:
     do {
       std::u16string alias;
       if (IsMark(at_ + 1, u"=")) {
-        alias = text::ToLower(Text(at_));
+        alias = text::ToLower(Name(at_));
         at_ += 2;
       }
       std::u16string name = ReadName();
@@ -176,7 +177,7 @@ private:
     std::u16string alias;
     if (!directive) {
       if (!IsMark(at_ + 1, u"=")) return false;
-      alias = Text(at_);
+      alias = Name(at_);
       at_ += 2;
     }
     std::u16string name = ReadName();
@@ -304,8 +305,11 @@ private:
     }
   }
 
-  bool AtEndOfBareArgument() const {
-    return Token(at_) == nullptr || IsMark(at_, brackets_.Close) || IsMark(at_, brackets_.Separators);
+  // A line that begins with a word is the next attribute.
+  bool AtEndOfBareArgument(std::size_t begin) const {
+    if (Token(at_) == nullptr || IsMark(at_, brackets_.Close) || IsMark(at_, brackets_.Separators))
+      return true;
+    return Token(at_)->FirstOnLine && (at_ > begin || IsWord(at_));
   }
 
   bool ReadArguments(TSourceAttribute& attribute) {
@@ -313,7 +317,7 @@ private:
     if (!attribute.HasParentheses) {
       const std::size_t begin = at_;
       // Only F# takes an argument without parentheses.
-      while (language_ == FSharp && !AtEndOfBareArgument())
+      while (language_ == FSharp && !AtEndOfBareArgument(begin))
         ++at_;
       if (at_ == begin)
         attribute.Argument = {.Begin = attribute.NameRange.End, .End = attribute.NameRange.End};
@@ -365,7 +369,8 @@ private:
 
   void SetArgument(TSourceAttribute& attribute, std::size_t begin, std::size_t end) const {
     attribute.Argument = {.Begin = tokens_[begin].Range.Begin, .End = tokens_[end - 1].Range.End};
-    attribute.IsLiteral = end - begin == 1 && tokens_[begin].Kind == TSourceTokenKind::String;
+    attribute.IsLiteral = end - begin == 1 && tokens_[begin].Kind == TSourceTokenKind::String &&
+                          IsConstantLiteral(Text(begin), language_);
     attribute.OthersFollow = false;
     // A condition inside the argument cannot be kept.
     attribute.Certain = attribute.Certain && tokens_[begin].Piece == tokens_[end - 1].Piece;

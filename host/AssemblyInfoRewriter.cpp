@@ -63,9 +63,18 @@ std::u16string Shortened(std::u16string_view expression) {
 
 class TRewriter {
 public:
-  TRewriter(std::u16string_view text, TAssemblyInfoLanguage language)
-      : text_(text), language_(language), tokens_(ScanAssemblyInfo(text, language)),
-        source_(ParseAssemblyInfo(text, language, tokens_)) {}
+  // Raises EKxException for a string that is never closed: what follows it cannot be told apart.
+  TRewriter(const TSourceText& source, TAssemblyInfoLanguage language)
+      : text_(source.Text()), language_(language),
+        tokens_(ScanAssemblyInfo(text_, language, source.IsAnsi())),
+        source_(ParseAssemblyInfo(text_, language, tokens_)) {
+    if (!tokens_.OpenLiteral) return;
+    throw EKxException(u"the string in line " + Line(*tokens_.OpenLiteral) + u" is not closed" +
+                       (source.IsAnsi()
+                            ? u"; if the file is in another code page than this system's, save it "
+                              u"as UTF-8"
+                            : u""));
+  }
 
   void Set(const std::u16string& name, const std::u16string& value) {
     bool written = false;
@@ -300,7 +309,7 @@ TAssemblyInfoRewrite RewriteOnce(std::string_view bytes, TAssemblyInfoLanguage l
   const TSourceText source(bytes);
   if (!source.IsText())
     throw EKxException(u"the file is not text; save it as UTF-8, or as UTF-16 with a byte-order mark");
-  TRewriter rewriter(source.Text(), language);
+  TRewriter rewriter(source, language);
   for (const auto& [name, value] : values)
     rewriter.Set(name, value);
   return rewriter.Finish(source, bytes);

@@ -37,10 +37,21 @@ bool IsPunctuation(char16_t c) {
   return (c >= 0x2010 && c <= 0x206F) || (c >= 0xFF01 && c <= 0xFF0F);
 }
 
+// Of the escape (\u0041) with which the text begins and which stands for a character of a name; 0 when none
+// does.
+std::size_t LengthOfEscape(std::u16string_view text, TAssemblyInfoLanguage language) {
+  if (language == VisualBasic || language == FSharp || text.size() < 2 || text[0] != u'\\') return 0;
+  const std::size_t length = text[1] == u'u' ? 6 : text[1] == u'U' && language != JSharp ? 10 : 0;
+  const auto digits = text.substr(2, std::max<std::size_t>(length, 2) - 2);
+  const bool whole = length != 0 && digits.size() == length - 2;
+  return whole && digits.find_first_not_of(u"0123456789abcdefABCDEF") == std::u16string_view::npos ? length
+                                                                                                   : 0;
+}
+
 class TScanner {
 public:
-  TScanner(std::u16string_view text, TAssemblyInfoLanguage language)
-      : text_(text), language_(language), conditions_(language) {}
+  TScanner(std::u16string_view text, TAssemblyInfoLanguage language, bool mayBeDoubleByte)
+      : text_(text), language_(language), mayBeDoubleByte_(mayBeDoubleByte), conditions_(language) {}
 
   TSourceTokens Run() {
     while (at_ < text_.size())
@@ -54,9 +65,10 @@ private:
   bool Starts(std::u16string_view wanted) const { return text_.substr(at_).starts_with(wanted); }
   // C++ ignores a line end behind a backslash everywhere.
   bool Continued(std::size_t at) const {
-    return language_ == Cpp && at > 0 &&
-           (text_[at - 1] == u'\\' ||
-            (At(at) == u'\n' && text_[at - 1] == u'\r' && at > 1 && text_[at - 2] == u'\\'));
+    if (language_ != Cpp) return false;
+    if (At(at) == u'\n' && at > 0 && text_[at - 1] == u'\r') --at;
+    if (at == 0 || text_[at - 1] != u'\\') return false;
+    return !mayBeDoubleByte_ || at == 1 || text_[at - 2] < 0x80;
   }
   std::size_t EndOfLine(std::size_t at) const {
     while (at < text_.size() && (!LineEnd(at) || Continued(at)))
@@ -66,7 +78,17 @@ private:
   bool IsWord(std::size_t at) const {
     const char16_t c = At(at);
     return c == u'_' || text::IsDigit(c) || (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') ||
-           (c >= 0x80 && !IsSourceBlank(c) && !LineEnd(at) && !IsPunctuation(c));
+           (c >= 0x80 && !IsSourceBlank(c) && !LineEnd(at) && !IsPunctuation(c)) || EscapeLength(at) != 0;
+  }
+  std::size_t EscapeLength(std::size_t at) const { return LengthOfEscape(text_.substr(at), language_); }
+  // Behind the name in brackets (Visual Basic) or backquotes (F#) that begins here, else the place itself.
+  std::size_t SkipQuotedName(std::size_t at) const {
+    const bool basic = language_ == VisualBasic && At(at) == u'[';
+    const bool fsharp = language_ == FSharp && Starts(u"``");
+    if (!basic && !fsharp) return at;
+    const std::size_t end = text_.find(basic ? u"]" : u"``", at + (basic ? 1 : 2));
+    if (end == std::u16string_view::npos || end > EndOfLine(at)) return at;
+    return end + (basic ? 1 : 2);
   }
 
   void Step() {
@@ -142,7 +164,7 @@ private:
         --depth;
         at_ += 2;
       } else {
-        const std::size_t end = SkipLiteral(text_, at_, language_);
+        const std::size_t end = SkipLiteral(text_, at_, language_).At;
         at_ = end != at_ ? end : at_ + 1;
       }
     } while (depth > 0 && at_ < text_.size());
@@ -187,11 +209,16 @@ private:
 
   void ReadToken() {
     const std::size_t begin = at_;
-    if (const std::size_t end = SkipLiteral(text_, at_, language_); end != begin) {
-      at_ = std::min(end, text_.size());
+    if (const TLiteralEnd end = SkipLiteral(text_, at_, language_); end.At != begin) {
+      at_ = std::min(end.At, text_.size());
+      if (!end.Closed && !out_.OpenLiteral && conditions_.Now() == TTruth::True) out_.OpenLiteral = begin;
       const char16_t last = text_[at_ - 1];
       Add(last == u'\'' ? TSourceTokenKind::Other : TSourceTokenKind::String, begin);
       return;
+    }
+    if (const std::size_t end = SkipQuotedName(at_); end != begin) {
+      at_ = end;
+      return Add(TSourceTokenKind::Word, begin);
     }
     const bool escaped = language_ == CSharp && text_[at_] == u'@' && IsWord(at_ + 1);
     if (!escaped && !IsWord(at_)) {
@@ -204,11 +231,11 @@ private:
 
   void ReadWord(std::size_t begin) {
     const bool number = text::IsDigit(text_[begin]);
-    ++at_;
+    at_ += std::max<std::size_t>(EscapeLength(at_), 1);
     // Primes belong to names of F#, apostrophes between the digits of a number to C++.
     while (IsWord(at_) ||
            (At(at_) == u'\'' && (language_ == FSharp || (language_ == Cpp && number && IsWord(at_ + 1)))))
-      ++at_;
+      at_ += std::max<std::size_t>(EscapeLength(at_), 1);
     const std::u16string_view word = text_.substr(begin, at_ - begin);
     if (language_ == VisualBasic && text::EqualsIgnoreCase(word, u"REM") && !FollowsDot()) {
       at_ = EndOfLine(at_);
@@ -239,6 +266,7 @@ private:
 
   std::u16string_view text_;
   TAssemblyInfoLanguage language_;
+  bool mayBeDoubleByte_;
   TSourceConditions conditions_;
   TSourceTokens out_;
   std::size_t at_ = 0;
@@ -266,8 +294,27 @@ bool IsSourceBlank(char16_t c) {
          (c >= 0x2000 && c <= 0x200B) || c == 0x202F || c == 0x205F || c == 0x3000 || c == 0xFEFF;
 }
 
-TSourceTokens ScanAssemblyInfo(std::u16string_view text, TAssemblyInfoLanguage language) {
-  return TScanner(text, language).Run();
+TSourceTokens ScanAssemblyInfo(std::u16string_view text, TAssemblyInfoLanguage language,
+                               bool mayBeDoubleByte) {
+  return TScanner(text, language, mayBeDoubleByte).Run();
+}
+
+std::u16string NameOfWord(std::u16string_view word, TAssemblyInfoLanguage language) {
+  if (language == CSharp && word.starts_with(u'@')) word.remove_prefix(1);
+  if (language == VisualBasic && word.starts_with(u'['))
+    return std::u16string(word.substr(1, word.size() - 2));
+  if (language == FSharp && word.starts_with(u"``")) return std::u16string(word.substr(2, word.size() - 4));
+  std::u16string name;
+  while (!word.empty()) {
+    const std::size_t length = LengthOfEscape(word, language);
+    if (length != 0)
+      name += DecodeLiteral(u"\"" + std::u16string(word.substr(0, length)) + u"\"", language)
+                  .value_or(std::u16string());
+    else
+      name += word.front();
+    word.remove_prefix(std::max<std::size_t>(length, 1));
+  }
+  return name;
 }
 
 } // namespace kx

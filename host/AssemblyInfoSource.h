@@ -40,9 +40,16 @@ struct TSourceTokens {
   std::vector<TSourceRange> LongComments;    // those of more than one line
   std::optional<std::size_t> FirstCondition; // begin of the first conditional block
   std::size_t IncludesEnd = 0;               // behind the last #include
+  std::optional<std::size_t> OpenLiteral;    // a literal of code that is compiled that is never closed
 };
 
-TSourceTokens ScanAssemblyInfo(std::u16string_view text, TAssemblyInfoLanguage language);
+// In a text of unknown code page (`mayBeDoubleByte`) a backslash behind a character that is not ASCII may be
+// the second half of one: it continues no line.
+TSourceTokens ScanAssemblyInfo(std::u16string_view text, TAssemblyInfoLanguage language,
+                               bool mayBeDoubleByte = false);
+
+// The name that a word token spells: without "@", brackets or backquotes around it, escapes decoded.
+std::u16string NameOfWord(std::u16string_view word, TAssemblyInfoLanguage language);
 
 // One attribute of the assembly.
 struct TSourceAttribute {
@@ -54,7 +61,7 @@ struct TSourceAttribute {
   bool HasParentheses = false;
   TSourceRange NameRange;    // qualifier included
   TSourceRange Argument;     // the first unnamed one; empty where one would stand
-  bool IsLiteral = false;    // the argument is one string literal
+  bool IsLiteral = false;    // the argument is one string literal without parts to be computed
   bool OthersFollow = false; // with an empty argument: named ones stand behind it
 };
 

@@ -22,6 +22,7 @@ public:
   // Neither binary nor in an encoding that is not known here.
   bool IsText() const;
   std::u16string_view EncodingName() const;
+  bool IsAnsi() const { return encoding_ == TEncoding::Ansi; }
 
   // The file's new bytes. Nothing when the encoding cannot hold an edit's text. Edits are in the order of
   // their ranges, which do not overlap; those at one place are inserted in their order.

@@ -2,6 +2,7 @@
 #include "host/VersionInfo.h"
 #include "text/Text.h"
 
+#include <algorithm>
 #include <chrono>
 #include <map>
 #include <optional>
@@ -37,6 +38,10 @@ std::optional<TNumbers> NumbersOf(std::u16string_view version) {
   return numbers;
 }
 
+bool Fits(std::int32_t number) {
+  return number >= 0 && number <= 0xFFFF;
+}
+
 // No reader reports the numbers of the product, so they come from its text where that is not to follow the
 // file's.
 TNumbers ProductNumbers(const TVersionInfoValues& values) {
@@ -44,7 +49,8 @@ TNumbers ProductNumbers(const TVersionInfoValues& values) {
   if (values.LinkFileAndProductVersion) return file;
   if (const auto numbers = NumbersOf(values.ProductVersion)) return *numbers;
   if (values.AutoUpdateProductVersion) return file;
-  return NumbersOf(values.Strings.Value(u"ProductVersion")).value_or(file);
+  const auto numbers = NumbersOf(values.Strings.Value(u"ProductVersion"));
+  return numbers && std::ranges::all_of(*numbers, Fits) ? *numbers : file;
 }
 
 std::u16string Today() {
@@ -187,6 +193,30 @@ void TVersionInfoContainer::TakeStrings() const {
   for (const auto& line : values_.AsRead)
     values_.Strings.Add(FromScript(line));
   reported_.reset();
+}
+
+std::optional<std::u16string>
+TVersionInfo::CheckNumbers(const TVersionInfoValues& values,
+                           const std::function<bool(std::u16string_view name)>& isWanted) {
+  using T = TVersionInfoValues;
+  static constexpr std::pair<std::u16string_view, std::int32_t T::*> numbers[] = {
+      {u"MajorVersion", &T::MajorVersion},
+      {u"MinorVersion", &T::MinorVersion},
+      {u"ReleaseVersion", &T::ReleaseVersion},
+      {u"BuildVersion", &T::BuildVersion},
+      {u"Locale", &T::Locale},
+      {u"CodePage", &T::CodePage}};
+  const auto refused = [](std::u16string_view name, std::u16string_view value) {
+    return std::u16string(name) + u" " + std::u16string(value) +
+           u" does not fit into a version resource, where numbers are 0 to 65535";
+  };
+  const auto wanted = [&isWanted](std::u16string_view name) { return !isWanted || isWanted(name); };
+  for (const auto& [name, member] : numbers)
+    if (wanted(name) && !Fits(values.*member)) return refused(name, text::FromInteger(values.*member));
+  const auto product = NumbersOf(values.ProductVersion);
+  if (wanted(u"ProductVersion") && product && !std::ranges::all_of(*product, Fits))
+    return refused(u"ProductVersion", values.ProductVersion);
+  return std::nullopt;
 }
 
 void TVersionInfo::GenerateVersionInfoRC(const IVersionInformation& info, text::TStringList& lines,

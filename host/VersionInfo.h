@@ -106,6 +106,12 @@ public:
   // that `wanted` names; its other texts stay.
   static void Merge(const TVersionInfoValues& wanted, IVersionInformation& script);
 
+  // Which of the numbers a version resource, in which each has 16 bits, cannot hold, as text for the user;
+  // nothing where all fit. `isWanted` chooses by the names of Win32VersionProperties.
+  static std::optional<std::u16string>
+  CheckNumbers(const TVersionInfoValues& values,
+               const std::function<bool(std::u16string_view name)>& isWanted = {});
+
   // Appends the block to the lines: the statements of its head, then from its first BEGIN to its last END;
   // with `withHeader` the line that opens it before them. The automatic updates are made first. With a hook
   // each text is asked for. Every value is spelled so that the reader of scripts reports it again.

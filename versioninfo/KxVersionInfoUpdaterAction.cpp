@@ -52,6 +52,8 @@ void TKxVersionInfoUpdaterAction::CheckProperties(TVersionInfoContainer& info) {
     // A product version that stays must not look like one that was asked for.
     if (!row.Selectable || CanUpdateProperty(row.Name)) row.Set(values, newValue);
   }
+  const auto selected = [this](std::u16string_view name) { return CanUpdateProperty(name); };
+  if (const auto refused = TVersionInfo::CheckNumbers(values, selected)) throw EKxException(*refused);
   CheckStrings(info);
 }
 

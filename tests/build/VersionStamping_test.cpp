@@ -76,9 +76,9 @@ TEST_F(VersionStamping, IncrementsEachNumberOnceAnExecutionUnlessAPropertySetGiv
 
   host_.Sets.Sets[u"Set"] = {
       {u"MajorVersion", u"5"}, {u"LinkFileVersion", u"true"}, {u"FileMajorVersion", u"6"}};
-  Stamp(all + u"&UseDotNetPropertySet=True&DotNetVersionInfoPropertySetName=Set");
-  EXPECT_EQ(VersionsOf("App"), "=5.0.x.41 File=5.0.x.41 ");
-  EXPECT_EQ(Get(u"AssemblyVersion"), "1|0|x|41");
+  Stamp(all + u"&UseDotNetPropertySet=True&DotNetVersionInfoPropertySetName=Set&AssemblyVersion=1|0|7|41");
+  EXPECT_EQ(VersionsOf("App"), "=5.0.7.41 File=5.0.7.41 ");
+  EXPECT_EQ(Get(u"AssemblyVersion"), "1|0|7|41");
 }
 
 TEST_F(VersionStamping, ASelectionIsNarrowedByTheProjectsThatAreBuilt) {

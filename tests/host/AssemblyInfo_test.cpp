@@ -1,6 +1,7 @@
 #include "host/AssemblyInfo.h"
 
 #include "host/AssemblyInfoRewriter.h"
+#include "host/AssemblyInfoVersion.h"
 #include "host/Exceptions.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -50,6 +51,13 @@ const TCase Spellings[] = {
      "using R = System.Reflection;\n[assembly: R.AssemblyTitle(\"o\")]",
      "using R = System.Reflection;\n[assembly: R.AssemblyTitle(\"N\")]"},
     {"the same value in another spelling", CSharp, "[assembly: AssemblyTitle(\"\\u004e\")]", ""},
+    {"escapes in names", CSharp, "[@assembly: \\u0041ssemblyTitle(\"o\")]",
+     "[@assembly: \\u0041ssemblyTitle(\"N\")]"},
+    {"strings with parts to be computed", CSharp, "[assembly: AssemblyTitle($@\"{\"\"\"a\"\"\"}\\\")]",
+     "[assembly: AssemblyTitle(\"N\")]"},
+    {"the same value in a raw string", CSharp, "[assembly: AssemblyTitle(\"\"\"N\"\"\")]", ""},
+    {"names in brackets", VisualBasic, "<Assembly: [System].[Reflection].[assemblytitle](\"o\")>",
+     "<Assembly: [System].[Reflection].[assemblytitle](\"N\")>"},
     {"Visual Basic", VisualBasic, "<ASSEMBLY: Foo(1), _\n Assembly: assemblytitle(\"a \"\"b\"\")\")> ' \"",
      "<ASSEMBLY: Foo(1), _\n Assembly: assemblytitle(\"N\")> ' \""},
     {"typographic quotation marks", VisualBasic, "<Assembly: AssemblyTitle(\u201Co\u201D)>",
@@ -58,6 +66,11 @@ const TCase Spellings[] = {
      "[assembly:::System::Reflection::AssemblyTitleAttribute(L\"N\")];"},
     {"F# with and without parentheses", FSharp, "[<assembly: B 1; assembly: AssemblyTitle \"o\">]\ndo ()",
      "[<assembly: B 1; assembly: AssemblyTitle \"N\">]\ndo ()"},
+    {"F# with line ends between", FSharp,
+     "[<assembly: AssemblyTitle \"o\"\n  assembly: AssemblyCompany \"c\"\n  assembly: Foo>]\ndo ()",
+     "[<assembly: AssemblyTitle \"N\"\n  assembly: AssemblyCompany \"c\"\n  assembly: Foo>]\ndo ()"},
+    {"F# names in backquotes", FSharp, "[<assembly: ``AssemblyTitle``\n  \"o\">]",
+     "[<assembly: ``AssemblyTitle``\n  \"N\">]"},
     {"a J# documentation comment", JSharp, "/** @assembly Foo(\"\")\n *  @assembly AssemblyTitle(\"o\") */",
      "/** @assembly Foo(\"\")\n *  @assembly AssemblyTitle(\"N\") */"},
 };
@@ -78,6 +91,7 @@ const TCase Elsewhere[] = {
     {"C++ raw strings and continued comments", Cpp,
      "auto s = R\"x()\" [assembly:AssemblyTitle(\"\")]; )x\"; // \\\n[assembly:AssemblyTitle(\"\")];\n#if 0\n"
      "[assembly:AssemblyTitle(\"\")];\n#endif"},
+    {"strings that a condition leaves open", CSharp, "#if X\nstring s = \"\n#endif"},
     {"nested F# comments", FSharp,
      "(* (* *) \"*)\" [<assembly: AssemblyTitle(\"a\")>] *)\nlet f (x: 'a) = '\"'"},
     {"J# comments of other kinds", JSharp,
@@ -198,6 +212,8 @@ TEST(AssemblyInfo, KeepsEncodingAndStrayBytes) {
       {"a mark with stray bytes behind it", CSharp,
        "\xEF\xBB\xBF// \xFF\xE2\x82 \U0001F600\n[assembly: AssemblyTitle(\"\xE9\")]\xC3",
        "\xEF\xBB\xBF// \xFF\xE2\x82 \U0001F600\n[assembly: AssemblyTitle(\"\u00A9\")]\xC3", copyright},
+      {"a comment that ends in half a character", Cpp, "// \x95\\\n[assembly:AssemblyTitle(\"\")];",
+       "// \x95\\\n[assembly:AssemblyTitle(\"\xA9\")];", copyright},
       {"UTF-16", CSharp, little, stamped, copyright},
       {"UTF-16 with half a character behind it", CSharp, little + "x", stamped + "x", copyright},
       {"UTF-16 with high bytes first", CSharp, swapped(little), swapped(stamped), copyright},
@@ -218,6 +234,32 @@ TEST(AssemblyInfo, RefusesWhatItCannotKeepWhole) {
   EXPECT_NE(message("", u"\xD800").find("UTF-8"), std::string::npos);
   EXPECT_NE(message("/* never closed", u"x").find("not closed"), std::string::npos);
   EXPECT_NE(message(std::string("c\0l\0", 4), u"x").find("is not text"), std::string::npos);
+  EXPECT_NE(
+      message("\n[assembly: AssemblyTitle(\"\x83\x5C\"\n)]", u"x").find("line 2 is not closed; if the file"),
+      std::string::npos);
+}
+
+TEST(AssemblyInfo, WritesVersionsThatCompilersTake) {
+  const std::tuple<std::u16string_view, std::u16string_view, std::string_view> cases[] = {
+      {u"AssemblyVersion", u"2...", "2"},
+      {u"AssemblyVersion", u"1.0.*.", "1.0.*"},
+      {u"AssemblyVersion", u"1.02.3.*", "1.02.3.*"},
+      {u"AssemblyVersion", u"65534.1", "65534.1"},
+      {u"AssemblyVersion", u"1.65535", "65535 is more than 65534"},
+      {u"AssemblyFileVersion", u"1.65535", "1.65535"},
+      {u"AssemblyFileVersion", u"1.99999999999", "99999999999 is more than 65535"},
+      {u"AssemblyVersion", u"...", "it is empty"},
+      {u"AssemblyVersion", u"1..3", "a part in the middle is empty"},
+      {u"AssemblyVersion", u"1.*", "\"*\" is no number"},
+      {u"AssemblyVersion", u"1.0.*.4", "\"*\" is no number"},
+      {u"AssemblyVersion", u"1.-1", "\"-1\" is no number"},
+      {u"AssemblyVersion", u"1.2.3.4.5", "it has more than four parts"},
+  };
+  for (const auto& [name, version, expected] : cases) {
+    const auto refused = CheckAssemblyVersion(name, version);
+    EXPECT_TRUE(text::ToUtf8(refused.value_or(TrimAssemblyVersion(version))).ends_with(expected))
+        << text::ToUtf8(version);
+  }
 }
 
 class TStamp : public IAssemblyInfoCallback {
@@ -225,7 +267,7 @@ public:
   std::vector<std::string> Log;
   void OnProcessFile(std::u16string_view /*fileName*/, IAssemblyInfoAttributes& updater) override {
     updater.SetAttribute(u"AssemblyTitle", u"first");
-    updater.SetAttribute(u"AssemblyVersion", u"1.2");
+    updater.SetAttribute(u"AssemblyVersion", u"1.2..");
     updater.SetAttribute(u"AssemblyTitle", u"N");
   }
   void AssemblyInfoProcessEntry(std::u16string_view name, std::u16string_view value) override {

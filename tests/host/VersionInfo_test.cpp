@@ -49,6 +49,18 @@ TEST(VersionInfo, UpdatesVersionTextsAndProductNumbers) {
   }
 }
 
+TEST(VersionInfo, NamesNumbersThatAResourceCannotHold) {
+  TVersionInfoContainer info;
+  info.SetMajorVersion(65535);
+  EXPECT_EQ(TVersionInfo::CheckNumbers(info.Values()), std::nullopt);
+  info.SetProductVersion(u"1, 65536");
+  EXPECT_TRUE(TVersionInfo::CheckNumbers(info.Values())->starts_with(u"ProductVersion 1, 65536 "));
+  info.SetBuildVersion(-1);
+  EXPECT_TRUE(TVersionInfo::CheckNumbers(info.Values())->starts_with(u"BuildVersion -1 "));
+  EXPECT_EQ(TVersionInfo::CheckNumbers(info.Values(), [](auto name) { return name == u"Locale"; }),
+            std::nullopt);
+}
+
 TEST(VersionInfo, MergesWhatABuildAsksForIntoAScript) {
   const tests::TFakePropertySet set(u"Release", {{u"MajorVersion", u"7"},
                                                  {u"dll", u"true"},

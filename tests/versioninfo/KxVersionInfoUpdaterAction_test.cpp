@@ -69,6 +69,8 @@ TEST_F(Updater, SaysWhyNothingWasStamped) {
   action_.PropertiesToUpdate = {u"BuildVersion=True"};
   Set().emplace(u"BuildVersion", u"4x");
   EXPECT_FALSE(action_.Execute());
+  Set()[u"BuildVersion"] = u"70000";
+  EXPECT_FALSE(action_.Execute());
   action_.PropertySetName = u"Debug";
   EXPECT_FALSE(action_.Execute());
   action_.PropertySetName = u"Release";
@@ -76,6 +78,9 @@ TEST_F(Updater, SaysWhyNothingWasStamped) {
   EXPECT_FALSE(action_.Execute());
   EXPECT_THAT(host_.Log(), testing::ElementsAre("0 Updating property : BuildVersion - to : 4x",
                                                 "3 Error Parsing File : '4x' is not a valid integer value",
+                                                "0 Updating property : BuildVersion - to : 70000",
+                                                "3 Error Parsing File : BuildVersion 70000 does not fit into "
+                                                "a version resource, where numbers are 0 to 65535",
                                                 "3 Unable to find property set: Debug",
                                                 testing::AllOf(testing::StartsWith("3 Error Parsing File : "),
                                                                testing::HasSubstr("/nowhere/app.rc"))));
