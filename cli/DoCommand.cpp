@@ -1,5 +1,6 @@
 // kxhost do: one action without a project file.
 #include "cli/Common.h"
+#include "cli/FileKinds.h"
 #include "text/Encoding.h"
 #include "text/Text.h"
 
@@ -73,7 +74,8 @@ void Configure(TProject& project, const TDoArguments& arguments) {
     for (const auto& assignment : ParseAssignments(node, arguments.Properties))
       node.Set(assignment.Property->Name, assignment.Text);
   } catch (const EKxException& error) {
-    throw EUsage(error.Message());
+    const std::u16string kind = DescribeFileKind(text::FromUtf8(arguments.Action));
+    throw EUsage(kind.empty() ? error.Message() : kind);
   }
 }
 

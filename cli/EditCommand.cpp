@@ -1,5 +1,6 @@
 // kxhost edit: a build project in the user's browser.
 #include "cli/Common.h"
+#include "cli/FileKinds.h"
 #include "editor/EditorDesign.h"
 #include "editor/EditorServer.h"
 #include "editor/EditorSession.h"
@@ -49,6 +50,7 @@ void ServeToTheEnd(editor::TEditorSession& session, const editor::TEditorServer&
 }
 
 int Edit(const TEditArguments& arguments, const TCommonOptions& common) {
+  RequireBuildProject(text::FromUtf8(arguments.File));
   editor::TEditorDesign design;
   THostSession host(common, {&design, &design});
   editor::TEditorSession session(

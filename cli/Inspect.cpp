@@ -1,5 +1,6 @@
 #include "cli/Inspect.h"
 
+#include "cli/FileKinds.h"
 #include "cli/Output.h"
 #include "host/Exceptions.h"
 #include "platform/Files.h"
@@ -31,9 +32,10 @@ struct TInspector {
   void (*Print)(const TInspectedFile& file, const TInspectOptions& options, TOutput& output);
 };
 
-constexpr std::array<TInspector, 3> Inspectors{
+constexpr std::array<TInspector, 4> Inspectors{
     {{u".sln", PrintObject<InspectSolution, DescribeSolution>},
      {u".rc", PrintObject<InspectResourceScript, DescribeResourceScript>},
+     {u".rc2", PrintObject<InspectResourceScript, DescribeResourceScript>},
      {u".trx", PrintTestResults}}};
 constexpr TInspector LogInspector{u"", PrintObject<InspectBuildLog, DescribeBuildLog>};
 
@@ -44,10 +46,12 @@ const TInspector& InspectorFor(const std::u16string& file, const TInspectOptions
     return text::EqualsIgnoreCase(row.Extension, extension);
   });
   if (found != Inspectors.end()) return *found;
+  if (platform::DirectoryExists(file)) throw EKxException(file + u" is a folder; inspect takes files.");
+  const std::u16string kind = DescribeFileKind(file);
+  if (!kind.empty()) throw EKxException(kind);
   throw EKxException(u"Cannot tell what " + file +
-                     u" is: solutions (.sln), resource scripts (.rc) and test results (.trx) are known by "
-                     u"their extension; for a "
-                     u"build log say --tool devenv or --tool msbuild.");
+                     u" is: solutions (.sln), resource scripts (.rc, .rc2) and test results (.trx) are known "
+                     u"by their extension; for a build log say --tool devenv or --tool msbuild.");
 }
 
 // Many files give one line each, so that the output of a whole tree can be read line by line.

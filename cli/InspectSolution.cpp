@@ -2,6 +2,10 @@
 
 #include "solution/VSNETSLN.h"
 #include "text/Encoding.h"
+#include "text/Text.h"
+
+#include <map>
+#include <set>
 
 namespace kx::cli {
 
@@ -41,21 +45,107 @@ TJson ConfigurationsToJson(const IVSDotNetSolution& solution) {
   return names;
 }
 
+TJson NotFoundToJson(const IVSDotNetSolution& solution) {
+  TJson projects = TJson::array();
+  for (const auto& project : solution.GetProjectsNotFound()) {
+    if (project.IsFolder()) continue;
+    projects.push_back({{"name", text::ToUtf8(project.Name)},
+                        {"fileName", text::ToUtf8(project.FileName)},
+                        {"id", text::ToUtf8(project.ID)}});
+  }
+  return projects;
+}
+
+// The ways of the circles that the Global section of an old solution closes.
+TJson CirclesToJson(const IVSDotNetProjects& projects) {
+  TJson ways = TJson::array();
+  for (const auto& circle : FindCircles(projects))
+    ways.push_back(text::ToUtf8(DescribeCircle(circle)));
+  return ways;
+}
+
+std::string TextOf(const TJson& object, const char* key) {
+  return object[key].get<std::string>();
+}
+
+using TIds = std::set<std::u16string, text::IgnoreCaseLess>;
+
+// What people want to know of identifiers.
+class TProjectNames {
+public:
+  explicit TProjectNames(const TJson& solution) {
+    for (const auto& project : solution["projects"])
+      names_.try_emplace(IdOf(project), TextOf(project, "name"));
+    for (const auto& project : solution["projectsNotFound"]) {
+      names_.try_emplace(IdOf(project), TextOf(project, "name"));
+      notFound_.insert(IdOf(project));
+    }
+  }
+
+  bool IsFound(const TJson& project) const { return !notFound_.contains(IdOf(project)); }
+  std::string Describe(const std::u16string& id) const {
+    const auto known = names_.find(id);
+    if (known == names_.end()) return text::ToUtf8(id) + " (no project of this solution)";
+    return known->second + (notFound_.contains(id) ? " (not on disk)" : "");
+  }
+
+private:
+  static std::u16string IdOf(const TJson& project) { return text::FromUtf8(TextOf(project, "id")); }
+
+  std::map<std::u16string, std::string, text::IgnoreCaseLess> names_;
+  TIds notFound_;
+};
+
+std::string LineOf(const TJson& project) {
+  return "  " + TextOf(project, "name") + "  " + TextOf(project, "fileName") + "  " + TextOf(project, "id");
+}
+
+std::string DescribeProject(const TJson& project, const TProjectNames& names) {
+  std::string out = LineOf(project) + (names.IsFound(project) ? "\n" : "  (not on disk)\n");
+  TIds needed;
+  for (const auto& id : project["dependencies"]) {
+    const std::u16string wide = text::FromUtf8(id.get<std::string>());
+    if (needed.insert(wide).second) out += "      needs " + names.Describe(wide) + "\n";
+  }
+  for (const auto& script : project["resourceScripts"])
+    out += "      script " + script.get<std::string>() +
+           (script == project["versionScript"] ? "  (version)" : "") + "\n";
+  return out;
+}
+
+// Those that the list of projects leaves out.
+std::string DescribeNotFound(const TJson& solution) {
+  TIds listed;
+  for (const auto& project : solution["projects"])
+    listed.insert(text::FromUtf8(TextOf(project, "id")));
+  std::string lines;
+  int count = 0;
+  for (const auto& project : solution["projectsNotFound"]) {
+    if (listed.contains(text::FromUtf8(TextOf(project, "id")))) continue;
+    lines += LineOf(project) + "\n";
+    ++count;
+  }
+  if (count == 0) return {};
+  return "Projects not on disk     " + std::to_string(count) + "  (left out of every build)\n" + lines;
+}
+
 } // namespace
 
 TJson InspectSolution(const std::u16string& file, const TInspectOptions& options) {
-  const auto solution = OpenSolution(file, options.AllProjects);
+  const auto solution = LookAtSolution(file, options.AllProjects);
   const auto version = static_cast<std::size_t>(solution->GetVisualStudioVersion());
   TJson projects = TJson::array();
   for (int i = 0; i < solution->GetProjects()->GetCount(); ++i)
     projects.push_back(ProjectToJson(*solution->GetProjects()->GetItem(i)));
   return {{"version", text::ToUtf8(VSDotNetVersionNames[version])},
           {"configurations", ConfigurationsToJson(*solution)},
-          {"projects", std::move(projects)}};
+          {"projects", std::move(projects)},
+          {"projectsNotFound", NotFoundToJson(*solution)},
+          {"circles", CirclesToJson(*solution->GetProjects())}};
 }
 
 std::string DescribeSolution(const TJson& solution) {
-  std::string out = "Format          " + solution["version"].get<std::string>() + "\n";
+  std::string out = "Format          " + TextOf(solution, "version") + "\n";
   const TJson& configurations = solution["configurations"];
   out +=
       "Configurations  " + (configurations.is_null() ? "none" : std::to_string(configurations.size())) + "\n";
@@ -63,16 +153,13 @@ std::string DescribeSolution(const TJson& solution) {
     for (const auto& name : configurations)
       out += "  " + name.get<std::string>() + "\n";
   out += "Projects in build order  " + std::to_string(solution["projects"].size()) + "\n";
-  for (const auto& project : solution["projects"]) {
-    out += "  " + project["name"].get<std::string>() + "  " + project["fileName"].get<std::string>() + "  " +
-           project["id"].get<std::string>() + "\n";
-    for (const auto& id : project["dependencies"])
-      out += "      needs " + id.get<std::string>() + "\n";
-    for (const auto& script : project["resourceScripts"])
-      out += "      script " + script.get<std::string>() +
-             (script == project["versionScript"] ? "  (version)" : "") + "\n";
-  }
-  return out;
+  const TProjectNames names(solution);
+  for (const auto& project : solution["projects"])
+    out += DescribeProject(project, names);
+  out += DescribeNotFound(solution);
+  for (const auto& way : solution["circles"])
+    out += "Circle, passed over by the order: " + way.get<std::string>() + "\n";
+  return ForTerminal(text::FromUtf8(out));
 }
 
 } // namespace kx::cli

@@ -1,5 +1,6 @@
 // kxhost run and kxhost validate: build projects from files.
 #include "cli/Common.h"
+#include "cli/FileKinds.h"
 #include "platform/Console.h"
 #include "platform/Files.h"
 #include "runner/ProjectFile.h"
@@ -28,6 +29,7 @@ public:
       : runner_(session.Services(), session.Stop(),
                 {ParseVariables(arguments.Variables), session.KeyFile(), dryRun}),
         file_(runner_.Project()) {
+    RequireBuildProject(text::FromUtf8(arguments.File));
     file_.Load(text::ExpandPath(text::FromUtf8(arguments.File), platform::CurrentDirectory()));
   }
   TProjectRunner& Runner() { return runner_; }

@@ -123,6 +123,10 @@ void TVSDotNetProjects::SortByDependancies() {
   byId_.clear();
 }
 
+bool TVSDotNetProjectNotFound::IsFolder() const {
+  return text::EqualsIgnoreCase(TypeID, u"{2150E333-8FDC-42A3-9474-1A3956D46DE8}");
+}
+
 std::vector<TVSDotNetCircle> FindCircles(const IVSDotNetProjects& projects) {
   TVSDotNetCircle all;
   for (int i = 0; i < projects.GetCount(); ++i)

@@ -159,9 +159,10 @@ class TVSDotNetSolution final : public TVSDotNetImplementation<IVSDotNetSolution
 public:
   TVSDotNetSolution(std::u16string_view fileName, TVSDotNetVersion version,
                     std::shared_ptr<IVSDotNetProjects> projects,
-                    std::shared_ptr<IVSDotNetSolutionConfigurations> configurations)
+                    std::shared_ptr<IVSDotNetSolutionConfigurations> configurations,
+                    std::vector<TVSDotNetProjectNotFound> notFound)
       : fileName_(fileName), version_(version), projects_(std::move(projects)),
-        configurations_(std::move(configurations)) {}
+        configurations_(std::move(configurations)), notFound_(std::move(notFound)) {}
 
   std::shared_ptr<IVSDotNetSolutionConfigurations> GetConfigurations() const override {
     return configurations_;
@@ -171,6 +172,7 @@ public:
   const std::u16string& GetDescription() const override { return description_; }
   const std::u16string& GetFileName() const override { return fileName_; }
   TVSDotNetVersion GetVisualStudioVersion() const override { return version_; }
+  const std::vector<TVSDotNetProjectNotFound>& GetProjectsNotFound() const override { return notFound_; }
 
 private:
   std::u16string name_;
@@ -179,6 +181,7 @@ private:
   TVSDotNetVersion version_;
   std::shared_ptr<IVSDotNetProjects> projects_;
   std::shared_ptr<IVSDotNetSolutionConfigurations> configurations_;
+  std::vector<TVSDotNetProjectNotFound> notFound_;
 };
 
 } // namespace kx

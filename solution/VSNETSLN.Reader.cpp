@@ -49,7 +49,8 @@ public:
     projects_->SortByDependancies();
     ReadGlobal();
     if (globalDependencies_) projects_->SortUnlessCircular();
-    return std::make_shared<TVSDotNetSolution>(fileName_, version, projects_, MakeConfigurations());
+    return std::make_shared<TVSDotNetSolution>(fileName_, version, projects_, MakeConfigurations(),
+                                               std::move(notFound_));
   }
 
 private:
@@ -111,7 +112,11 @@ private:
     const auto declared = slnsyntax::SplitNameValue(cut_.Rest());
     if (!declared || items_.Split(Trim(declared->Value)) < 3) Fail(u"Error parsing project string");
     current_ = nullptr;
-    if (!IsWanted()) return;
+    if (!IsOnDisk()) {
+      notFound_.push_back({text::FromUtf8(items_[0]), text::FromUtf8(items_[1]), text::FromUtf8(items_[2]),
+                           std::u16string(cut_.Identifier())});
+      if (!includeNotFound_) return;
+    }
     RaiseIfStopped(stop_); // a project may be anywhere, on a slow network too
     current_ = std::make_shared<TVSDotNetProject>(fullPath_, text::FromUtf8(items_[0]),
                                                   text::FromUtf8(items_[1]), text::FromUtf8(items_[2]),
@@ -119,10 +124,11 @@ private:
     projects_->Add(current_);
   }
 
-  bool IsWanted() {
+  // Nobody looks for a web project's file.
+  bool IsOnDisk() {
     const bool web =
         items_[1].find("http://") != std::string::npos || items_[1].find("https://") != std::string::npos;
-    return web || includeNotFound_ || files_.FileExists(paths_.Expand(items_[1]));
+    return web || files_.FileExists(paths_.Expand(items_[1]));
   }
 
   void ReadDependencies() {
@@ -218,6 +224,7 @@ private:
   TSolutionLines lines_;
 
   std::shared_ptr<TVSDotNetProjects> projects_;
+  std::vector<TVSDotNetProjectNotFound> notFound_;
   std::shared_ptr<IVSDotNetProject> current_;
   std::optional<TNamedValues> configs_;
   bool globalDependencies_ = false; // the Global section named some

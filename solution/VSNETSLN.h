@@ -102,6 +102,16 @@ public:
   virtual int GetCount() const = 0;
 };
 
+// A project that the solution names and whose file is not on disk.
+struct TVSDotNetProjectNotFound {
+  std::u16string Name;
+  std::u16string FileName; // as the solution writes it
+  std::u16string ID;
+  std::u16string TypeID;
+  // A folder of the solution only groups projects; it has no file.
+  bool IsFolder() const;
+};
+
 class IVSDotNetSolution : public IVSDotNetObject {
 public:
   virtual std::shared_ptr<IVSDotNetSolutionConfigurations> GetConfigurations() const = 0; // may be null
@@ -110,6 +120,8 @@ public:
   virtual const std::u16string& GetDescription() const = 0; // likewise
   virtual const std::u16string& GetFileName() const = 0;    // as given to OpenSolution
   virtual TVSDotNetVersion GetVisualStudioVersion() const = 0;
+  // In the order of the file, whether or not the model keeps them.
+  virtual const std::vector<TVSDotNetProjectNotFound>& GetProjectsNotFound() const = 0;
 };
 
 // Declared for those who name them; nothing implements them.

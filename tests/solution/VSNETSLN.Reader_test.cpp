@@ -68,6 +68,13 @@ TEST_F(OpenedSolution, LeavesOutProjectsThatAreNotOnDisk) {
                  Project('E', "", "HTTP://e") + Project('F', "", "..\\src")));
   EXPECT_EQ(NamesOf(Open("sub/x.sln", false)->GetProjects()), (Strings{"A", "C", "D"}));
   EXPECT_EQ(NamesOf(Open("sub/x.sln", true)->GetProjects()), (Strings{"A", "B", "C", "D", "E", "F"}));
+  for (const bool all : {false, true}) {
+    std::string notFound;
+    const auto solution = Open("sub/x.sln", all);
+    for (const auto& project : solution->GetProjectsNotFound())
+      notFound += text::ToUtf8(project.Name + u" " + project.FileName + u"\n");
+    EXPECT_EQ(notFound, "B missing.csproj\nE HTTP://e\nF ..\\src\n");
+  }
 }
 
 TEST_F(OpenedSolution, IsInOrderOfTheDependenciesOfProjectBlocks) {

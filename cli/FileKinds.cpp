@@ -1,0 +1,100 @@
+#include "cli/FileKinds.h"
+
+#include "cli/Common.h"
+#include "platform/Files.h"
+#include "platform/TextFiles.h"
+#include "text/Text.h"
+#include "text/WindowsPath.h"
+
+#include <algorithm>
+#include <array>
+
+namespace kx::cli {
+
+namespace {
+
+struct TFileKind {
+  std::u16string_view What;
+  std::array<std::u16string_view, 2> Extensions;
+  std::u16string_view Beginning; // a word that stands near the beginning of every such file
+  std::u16string_view Commands;  // FILE stands for the file
+};
+
+constexpr std::u16string_view BuildProject = u"a build project";
+
+// The first that fits counts.
+constexpr std::array<TFileKind, 6> Kinds{{
+    {BuildProject,
+     {u".kxproj"},
+     u"<BuildProject",
+     u"\"kxhost run FILE\" runs it, \"kxhost validate FILE\" checks it, \"kxhost edit FILE\" changes it."},
+    {u"a solution",
+     {u".sln"},
+     u"Microsoft Visual Studio Solution File",
+     u"\"kxhost inspect FILE\" shows it, \"kxhost do DEVENV Solution=FILE SolutionConfiguration=NAME\" "
+     u"builds it."},
+    {u"a file of test results", {u".trx"}, u"<TestRun", u"\"kxhost inspect FILE\" shows it."},
+    {u"a resource script",
+     {u".rc", u".rc2"},
+     u"",
+     u"\"kxhost inspect FILE\" shows its version, \"kxhost do VERSIONINFO ResourceFile=FILE\" stamps it."},
+    {u"a project of Visual Studio",
+     {u"proj"},
+     u"<VisualStudioProject",
+     u"Commands take the solution that names it: \"kxhost inspect\" shows that one, \"kxhost do DEVENV\" "
+     u"builds "
+     u"it."},
+    {u"a log",
+     {u".log"},
+     u"",
+     u"\"kxhost inspect FILE --tool devenv\" (or msbuild) shows what is read in the log of a build."},
+}};
+
+std::u16string BeginningOf(std::u16string_view file) {
+  constexpr std::size_t enough = 4096;
+  auto reader = platform::FileReader::Open(file);
+  if (!reader) return {};
+  std::string bytes(enough, '\0');
+  const auto count = reader->Read(bytes.data(), bytes.size());
+  bytes.resize(count ? *count : 0);
+  return platform::DecodeUtf8OrAnsi(bytes);
+}
+
+const TFileKind* KindOf(std::u16string_view file, std::u16string_view beginning) {
+  const auto begins = [&](const TFileKind& kind) {
+    return !kind.Beginning.empty() && beginning.find(kind.Beginning) != std::u16string::npos;
+  };
+  const std::u16string extension = text::ExtractFileExt(file);
+  const auto named = [&](const TFileKind& kind) {
+    return std::ranges::any_of(kind.Extensions, [&](std::u16string_view end) {
+      return !end.empty() && text::EndsWithIgnoreCase(extension, end);
+    });
+  };
+  const auto* found = std::ranges::find_if(Kinds, begins);
+  if (found == Kinds.end()) found = std::ranges::find_if(Kinds, named);
+  return found == Kinds.end() ? nullptr : found;
+}
+
+std::u16string Describe(const TFileKind& kind, std::u16string_view file) {
+  return std::u16string(file) + u" is " + std::u16string(kind.What) + u". " +
+         text::ReplaceAll(kind.Commands, u"FILE", file);
+}
+
+} // namespace
+
+std::u16string DescribeFileKind(std::u16string_view file) {
+  const auto* kind = KindOf(file, BeginningOf(file));
+  return kind == nullptr ? std::u16string() : Describe(*kind, file);
+}
+
+void RequireBuildProject(std::u16string_view file) {
+  const std::u16string beginning = BeginningOf(file);
+  const auto* kind = KindOf(file, beginning);
+  if (kind != nullptr && kind->What != BuildProject) throw EUsage(Describe(*kind, file));
+  const std::u16string_view text = text::Trim(beginning);
+  if (kind == nullptr && !text.empty() && !text.starts_with(u'<'))
+    throw EUsage(std::u16string(file) +
+                 u" is no build project, which is XML: <BuildProject>...</BuildProject>.");
+}
+
+} // namespace kx::cli
