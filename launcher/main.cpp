@@ -7,6 +7,7 @@
 #include "text/Encoding.h"
 
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 
 #include <unistd.h>
@@ -38,6 +39,13 @@ int NoTool(const std::string& wanted) {
               "(Debian: mono-xbuild and mono-mcs).");
 }
 
+// Sources written on Windows name files without regard to letter case. Mono's own tools find them all the
+// same when they are told to; MSBuild brings its own way.
+void FindFilesInAnyCase(launcher::ToolKind kind) {
+  constexpr int keepTheUsers = 0;
+  if (kind == launcher::ToolKind::XBuild) ::setenv("MONO_IOMAP", "all", keepTheUsers);
+}
+
 int Become(const std::vector<std::string>& command) {
   std::vector<char*> pointers;
   pointers.reserve(command.size() + 1);
@@ -62,5 +70,6 @@ int main(int argc, char** argv) {
     if (!resolved) return Fail("The project or solution file '" + file + "' does not exist.");
     file = text::ToUtf8(*resolved);
   }
+  FindFilesInAnyCase(tool->Kind);
   return Become(launcher::ToolCommand(*tool, arguments, FolderOnDrive));
 }

@@ -20,7 +20,8 @@ class EndToEndTest(unittest.TestCase):
         self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
         # Nothing of the user's own settings reaches a test, nor the other way round.
         self.environment = dict(os.environ, HOME=str(self.folder), XDG_CONFIG_HOME=str(self.folder / "config"))
-        self.environment.pop("KX_MSBUILD", None)
+        for variable in ("KX_MSBUILD", "MONO_IOMAP"):
+            self.environment.pop(variable, None)
 
     def write(self, name, text, executable=False):
         file = self.folder / name

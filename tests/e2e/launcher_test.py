@@ -8,7 +8,7 @@ import e2e
 
 RECORDER = """#!/usr/bin/env python3
 import json, os, sys, time
-json.dump({"arguments": sys.argv[1:], "pid": os.getpid()}, open(os.environ["RECORD"] + ".new", "w"))
+json.dump({"arguments": sys.argv[1:], "pid": os.getpid(), "iomap": os.environ.get("MONO_IOMAP")}, open(os.environ["RECORD"] + ".new", "w"))
 os.rename(os.environ["RECORD"] + ".new", os.environ["RECORD"])
 time.sleep(float(os.environ.get("SLEEP", "0")))
 sys.exit(7)
@@ -56,6 +56,13 @@ class LauncherTest(e2e.EndToEndTest):
         self.launch("/nologo", KX_MSBUILD="", PATH=f"{self.xbuild.parent}:/usr/bin:/bin")
         self.assertEqual(self.recorded()["arguments"], ["/nologo"])
 
+    def test_xbuild_finds_files_in_any_letter_case_unless_the_user_says_otherwise(self):
+        other = self.write("tools/msbuild", RECORDER, executable=True)
+        rows = [({}, "all"), ({"MONO_IOMAP": "drive"}, "drive"), ({"MONO_IOMAP": ""}, ""), ({"KX_MSBUILD": str(other)}, None)]
+        for environment, expected in rows:
+            self.launch("/nologo", **environment)
+            self.assertEqual(self.recorded()["iomap"], expected, environment)
+
     def test_it_becomes_the_tool(self):
         with subprocess.Popen([e2e.BIN / "MSBuild.exe"], env={**self.environment, "SLEEP": "100"}) as launcher:
             self.addCleanup(e2e.kill_quietly, launcher.pid)
@@ -66,6 +73,7 @@ class LauncherTest(e2e.EndToEndTest):
 
     def test_a_real_xbuild_takes_what_an_msbuild_takes(self):
         solution = self.copy_example() / "Greeter"
+        (solution / "Greeter.Core" / "DayTime.cs").rename(solution / "Greeter.Core" / "daytime.cs")
         out = self.folder / "Out Put"
         run = self.launch("/t:Rebuild", "/p:Configuration=Release;Platform=Any CPU;OutDir=" + f"{out}\\", "/V:minimal", "/m:2",
                           "/nr:false", "/nologo", f"{solution}\\greeter.SLN", KX_MSBUILD="xbuild")
