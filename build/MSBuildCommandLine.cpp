@@ -60,8 +60,12 @@ std::u16string LoggerSwitches(std::u16string_view assembly, TMSLogLevel level) {
   return switches + u" /noconlog";
 }
 
+// Line breaks of every system: a text may come from a variable.
 std::u16string InOneLine(std::u16string_view lines) {
-  return text::ReplaceAll(text::Trim(lines), u"\r\n", u";");
+  text::TStringList list;
+  list.SetText(text::Trim(lines));
+  const std::u16string text = list.GetText();
+  return text::ReplaceAll(text::TrimRight(text), u"\r\n", u";");
 }
 
 void AppendConstant(std::u16string& constants, std::u16string_view constant) {
@@ -70,7 +74,7 @@ void AppendConstant(std::u16string& constants, std::u16string_view constant) {
 }
 
 void ValidateWarningList(std::u16string_view label, std::u16string_view list) {
-  if (RegEx::IsMatch(list, u"^[\\d;]*$")) return;
+  if (IsWarningList(list)) return;
   throw EFailAction(std::u16string(label) + u" list " + DoubleQuoteString(list) +
                     u" is not valid. Only warning numbers, separated by semicolons, can be specified.");
 }
@@ -125,6 +129,7 @@ void TMSBuildProperties::AddConfiguration(const TMSBuildTarget& target) {
 void TMSBuildProperties::AddCompiler() {
   std::u16string constants =
       Expand(u"Define Constants", settings_.CompilerConstants, u"Failed to expand compiler constants.");
+  if (constants.find_first_of(u"\r\n") != std::u16string::npos) constants = InOneLine(constants);
   if (settings_.DebugConstant) AppendConstant(constants, u"DEBUG");
   if (settings_.TraceConstant) AppendConstant(constants, u"TRACE");
   Add(u"DefineConstants", constants);
@@ -180,6 +185,11 @@ void TMSBuildProperties::AddExtraProperties() {
 }
 
 } // namespace
+
+// "$" would match before a final line break too, which ends the command line.
+bool IsWarningList(std::u16string_view list) {
+  return RegEx::IsMatch(list, u"^[\\d;]*\\z");
+}
 
 std::u16string_view LoggerFrameworkVersion(TVSDotNetVersion version) {
   switch (version) {

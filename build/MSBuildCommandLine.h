@@ -34,6 +34,8 @@ struct TMSBuildCommandLine {
 TMSBuildCommandLine MSBuildCommandLine(const TSolutionSettings& solution, const TMSBuildSettings& settings,
                                        const TMSBuildTarget& target, const TTextExpander& expander);
 
+bool IsWarningList(std::u16string_view list); // numbers separated by semicolons; empty is one too
+
 // The name by which this version's logger assembly is asked for; empty for a version without MSBuild.
 std::u16string_view LoggerFrameworkVersion(TVSDotNetVersion version);
 

@@ -1,3 +1,4 @@
+#include "build/MSBuildCommandLine.h"
 #include "platform/System.h"
 #include "tests/build/BuildActionFixture.h"
 
@@ -16,6 +17,7 @@ protected:
 
 TEST_F(CommandLine, OfMSBuildFollowsTheProperties) {
   host_.Variables[u"Extra"] = u"X";
+  host_.Variables[u"Folders"] = u"/a b\n/X\n";
   services_.Frameworks[u"v2.0"] = folder_.Path();
   const std::string build = "/t:Build /p:Configuration=Debug;Platform=\"Any CPU\"";
   const std::string logger = "Logger,\"BIN/TandemorLogger.dll\" ";
@@ -55,11 +57,22 @@ TEST_F(CommandLine, OfMSBuildFollowsTheProperties) {
        u"&OutputDirectory=C:\\out dir&ExtraMSBuildProperties=A=1;2\n\nB=%Extra% y=z",
        build + ";ReferencePath=" + folders + ";useenv=1;OutDir=\"C:\\out dir\\\\\";A=" + pair +
            ";B=\"X y=z\"" + end},
+      // No line break gets into the command line.
+      {u"OverrideCompiler=True&CompilerConstants=A\nX\n&DebugConstant=True",
+       build + ";DefineConstants=" + list + ";Optimize=False;AllowUnsafeBlocks=False" + end},
+      {u"OverrideReferencePaths=True&ReferencePaths=%Folders%", build + ";ReferencePath=" + folders + end},
       {u"OutputDirectory=C:\\out\\", build + ";OutDir=C:\\out\\" + end},
       {u"ExtraCmdLineParams=/nr:%Extra% ", "/nr:X " + build + end},
   };
   for (const auto& [settings, parameters] : cases)
     Expect(settings, parameters);
+}
+
+TEST_F(CommandLine, TakesNothingButNumbersInAListOfWarnings) {
+  for (const std::u16string_view list : {u"168\n", u"\n", u"168\r\n219", u" 168", u"168,219", u"CS168"})
+    EXPECT_FALSE(IsWarningList(list)) << text::ToUtf8(list);
+  for (const std::u16string_view list : {u"", u"168", u"168;219;"})
+    EXPECT_TRUE(IsWarningList(list)) << text::ToUtf8(list);
 }
 
 TEST_F(CommandLine, OfDevEnvFollowsTheProperties) {
