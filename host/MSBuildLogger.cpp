@@ -60,6 +60,16 @@ std::u16string QuoteMSBuildArg(std::u16string_view value) {
                                                       : TCommandLineReader::SplitArguments);
 }
 
+bool IsProjectOfItsOwn(std::u16string_view file) {
+  const auto endsIn = [&file](std::u16string_view end) {
+    return file.size() >= end.size() && text::EqualsIgnoreCase(file.substr(file.size() - end.size()), end);
+  };
+  const bool isWrapper = endsIn(u".metaproj");
+  if (isWrapper) file.remove_suffix(std::u16string_view(u".metaproj").size());
+  if (endsIn(u".sln") || endsIn(u".sln.proj")) return false;
+  return !isWrapper || !endsIn(u"proj"); // a web site has no project file but its wrapper
+}
+
 // One line of the logger, read.
 struct TKxMSBuildStructuredOutputHelper::TEvent {
   std::u16string Kind;
@@ -124,6 +134,7 @@ void TKxMSBuildStructuredOutputHelper::Handle(const TEvent& event) {
     OpenProject(event);
   } else if (event.Kind == u"projectFinished") {
     CloseProject(event);
+    built_ = built_.value_or(0) + (IsProjectOfItsOwn(event[u"project"]) ? 1 : 0);
   } else if (event.Kind == u"targetStarted") {
     action_.SendMessage(u"Target " + std::u16string(event[u"target"]) + u":");
   } else if (event.Kind == u"message") {

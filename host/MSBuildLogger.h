@@ -5,6 +5,7 @@
 #include "host/Actions.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -26,6 +27,10 @@ enum class TCommandLineReader { MSBuildItself, SplitArguments };
 std::u16string QuoteMSBuildArg(std::u16string_view value, TCommandLineReader reader);
 std::u16string QuoteMSBuildArg(std::u16string_view value);
 
+// False for what MSBuild and xbuild make to build a solution: the solution itself, and the wrappers that
+// stand in for projects (App.vcproj.metaproj).
+bool IsProjectOfItsOwn(std::u16string_view file);
+
 // Belongs to one action, which outlives it.
 class TKxMSBuildStructuredOutputHelper {
 public:
@@ -37,7 +42,11 @@ public:
   // Begins an execution over `solutionFile`; without `structured` lines are passed on unread.
   void Start(std::u16string_view solutionFile, bool structured);
   void ProcessLine(std::u16string_view line); // lines that no logger wrote become plain messages
-  void EndRun();                              // closes the groups that the tool left open
+  void BeginRun() { built_.reset(); }
+  void EndRun(); // closes the groups that the tool left open
+  // How many projects the tool has built in this run, the solution not among them; nothing when its logger
+  // did not say.
+  std::optional<std::int64_t> BuiltProjects() const { return built_; }
 
   std::int32_t ErrorCount() const { return errors_; }
   std::int32_t WarningCount() const { return warnings_; }
@@ -62,6 +71,7 @@ private:
   bool structured_ = true;
   std::int32_t errors_ = 0;
   std::int32_t warnings_ = 0;
+  std::optional<std::int64_t> built_;
   std::vector<TOpenProject> open_;
 };
 

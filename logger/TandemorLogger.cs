@@ -36,9 +36,10 @@ public class NullLogger : ILogger
     public void Shutdown() { }
 }
 
-// Filters by verbosity itself, since some tools send every event to every logger: errors, warnings and the end of the
-// build always; from Minimal messages of high importance; from Normal also normal ones and projects; from Detailed
-// also low ones and targets; from Diagnostic also tasks and custom events, as messages of low importance.
+// Filters by verbosity itself, since some tools send every event to every logger: errors, warnings and the ends of
+// projects and of the build always (who reads them wants to know whether anything was built); from Minimal messages of
+// high importance; from Normal also normal ones and the beginnings of projects; from Detailed also low ones and
+// targets; from Diagnostic also tasks and custom events, as messages of low importance.
 public class TandemorLogger : ILogger
 {
     private readonly ProjectTracker projects_ = new ProjectTracker();
@@ -123,8 +124,7 @@ public class TandemorLogger : ILogger
     private void OnProjectFinished(object sender, ProjectFinishedEventArgs e)
     {
         projects_.Finished(e);
-        if (verbosity_ >= LoggerVerbosity.Normal)
-            writer_.Write("projectFinished", "project", Paths.Full(e.ProjectFile), "succeeded", Truth(e.Succeeded));
+        writer_.Write("projectFinished", "project", Paths.Full(e.ProjectFile), "succeeded", Truth(e.Succeeded));
     }
 
     private void OnTargetStarted(object sender, TargetStartedEventArgs e)

@@ -53,6 +53,21 @@ TEST_F(MSBuildLogger, CountsAndShowsErrorsAndWarningsWithTheirPlace) {
   EXPECT_EQ(helper_.ErrorCount() + helper_.WarningCount(), 0);
 }
 
+TEST_F(MSBuildLogger, CountsTheProjectsThatWereBuiltWithoutTheSolutionAndItsWrappers) {
+  const std::pair<std::u16string_view, std::int64_t> cases[] = {
+      {u"/src/App.sln", 0},          {u"/src/App.sln.proj", 0},
+      {u"/src/App.SLN.metaproj", 0}, {u"/src/Nat.vcproj.metaproj", 0},
+      {u"/src/Site/.metaproj", 1},   {u"/src/App.csproj", 1}};
+  for (const auto& [file, count] : cases) {
+    helper_.BeginRun();
+    Feed({u"TandemorLogger|projectFinished|project=" + std::u16string(file) + u"|succeeded=true"});
+    EXPECT_EQ(helper_.BuiltProjects(), count) << text::ToUtf8(file);
+  }
+  helper_.BeginRun();
+  Feed({u"TandemorLogger|buildFinished|succeeded=true"});
+  EXPECT_EQ(helper_.BuiltProjects(), std::nullopt);
+}
+
 TEST_F(MSBuildLogger, PassesOnWhatNoLoggerWrote) {
   struct TCase {
     std::u16string Line;
