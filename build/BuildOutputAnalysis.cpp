@@ -35,6 +35,12 @@ std::size_t FindLineEnd(std::u16string_view text) {
 
 } // namespace
 
+void TBuildOutputAnalysis::BeginRun(bool usingMSBuild) {
+  options_.UsingMSBuild = usingMSBuild;
+  failed_ = false;
+  built_ = TBuiltProjects::Unsaid;
+}
+
 void TBuildOutputAnalysis::Feed(std::u16string_view chunk) {
   do {
     const std::size_t end = FindLineEnd(chunk);
@@ -54,11 +60,18 @@ void TBuildOutputAnalysis::ReadLine(std::u16string_view line) {
   const bool exitCodeHidesFailures = options_.Version <= TVSDotNetVersion::vs2003;
   if (exitCodeHidesFailures && (findings & HasSucceeded) != 0 && IsFailureSummary(line)) failed_ = true;
   if (options_.UsingMSBuild) {
+    NoteBuilt(ReadProjectLine(line));
     if (ReadMSBuildCounts(line, findings)) return;
   } else {
+    NoteBuilt(ReadBuildSummary(line));
     ReadDevEnvCounts(line, findings);
   }
   sink_.Line(line, StatusOf(findings));
+}
+
+void TBuildOutputAnalysis::NoteBuilt(std::optional<bool> some) {
+  if (!some || built_ == TBuiltProjects::Some) return;
+  built_ = *some ? TBuiltProjects::Some : TBuiltProjects::None;
 }
 
 void TBuildOutputAnalysis::ReadDevEnvCounts(std::u16string_view line, unsigned findings) {

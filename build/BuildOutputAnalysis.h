@@ -6,6 +6,7 @@
 #include "solution/VSNETSLN.h"
 
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 namespace kx {
@@ -15,6 +16,9 @@ struct TBuildOutputOptions {
   bool Structured = false; // MSBuild alone; its lines are then left to the structured-output helper
   TVSDotNetVersion Version = TVSDotNetVersion::vs2005;
 };
+
+// What a tool says about the projects that it was to build. Up to date counts as built.
+enum class TBuiltProjects { Unsaid, None, Some };
 
 enum class TBuildCount { Errors, Warnings };
 
@@ -34,21 +38,26 @@ public:
   TBuildOutputAnalysis(const TBuildOutputOptions& options, IBuildOutputSink& sink)
       : options_(options), sink_(sink) {}
 
-  void BeginRun() { failed_ = false; } // before each run of the tool
+  // Before each run of a tool; setup projects are built by devenv even where MSBuild builds the others.
+  void BeginRun(bool usingMSBuild);
   // A chunk of any number of lines; an empty one is one empty line.
   void Feed(std::u16string_view chunk);
   // The run's own summary names a failed project. Looked for up to Visual Studio .NET 2003, whose exit code
   // hides it.
   bool HasFailed() const { return failed_; }
+  // As the run's own words say; lines that were left to the structured-output helper are not among them.
+  TBuiltProjects BuiltProjects() const { return built_; }
 
 private:
   void ReadLine(std::u16string_view line);
   void ReadDevEnvCounts(std::u16string_view line, unsigned findings);
   bool ReadMSBuildCounts(std::u16string_view line, unsigned findings);
+  void NoteBuilt(std::optional<bool> some);
 
   TBuildOutputOptions options_;
   IBuildOutputSink& sink_;
   bool failed_ = false;
+  TBuiltProjects built_ = TBuiltProjects::Unsaid;
 };
 
 } // namespace kx

@@ -41,6 +41,17 @@ std::u16string SolutionDirectory(const IVSDotNetSolution& solution) {
   return text::ExtractFilePath(solution.GetFileName());
 }
 
+std::u16string WhyFolderIsCut(const IVSDotNetSolution& solution) {
+  const std::u16string folder = SolutionDirectory(solution);
+  const auto cut = folder.find_first_of(u" \t;");
+  if (cut == std::u16string::npos) return {};
+  return u"The solution's folder \"" + folder + u"\" has a " +
+         (folder[cut] == u';' ? u"semicolon" : u"blank") +
+         u", where MSBuild takes /p:solutionDir to end: it will refuse the command line. Move the solution "
+         u"to a "
+         u"folder without one, or build the whole solution (BuildType btAllProjects).";
+}
+
 void EnsureTrailingSpace(std::u16string& text) {
   if (!text.empty() && text.back() != u' ') text += u' ';
 }

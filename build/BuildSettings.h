@@ -131,6 +131,9 @@ struct TWebProjectSettings {
 
 // The folder part of the solution's name, and what projects are seen from.
 std::u16string SolutionDirectory(const IVSDotNetSolution& solution);
+// Why MSBuild cannot be told this folder as the command line tells it (/p:solutionDir= without quotes); empty
+// where it can.
+std::u16string WhyFolderIsCut(const IVSDotNetSolution& solution);
 // One blank behind a text that is neither empty nor ends in one.
 void EnsureTrailingSpace(std::u16string& text);
 

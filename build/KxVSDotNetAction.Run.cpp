@@ -1,5 +1,6 @@
 #include "build/KxVSDotNetAction.Run.h"
 
+#include "build/ConfigurationNames.h"
 #include "build/DevEnvCommandLine.h"
 #include "build/MSBuildCommandLine.h"
 #include "build/ProjectSearch.h"
@@ -39,11 +40,17 @@ bool TBuildRun::Execute() {
   if (!action_.TryExpandExpression(u"Solution Configuration Name", action_.solution_.SolutionConfiguration,
                                    true, configuration))
     return false;
-  if (!action_.VerifyExecutable()) return false;
+  if (!action_.VerifyExecutable(action_.UsingMSBuild())) return false;
   solution_ = LoadSolution();
   const auto configurations = FindConfigurations(configuration);
-  if (!StampVersions()) return false;
+  if (!VerifySetupTool(configurations) || !StampVersions()) return false;
   action_.structuredOutput_.Start(solution_->GetFileName(), action_.msbuild_.StructuredOutput);
+  const bool succeeded = BuildAll(configurations);
+  if (succeeded && fruitfulRuns_ == 0) ReportNothingBuilt(configurations);
+  return succeeded;
+}
+
+bool TBuildRun::BuildAll(const std::vector<std::u16string>& configurations) {
   bool succeeded = true;
   for (const auto& name : configurations) {
     if (IsStopped()) return succeeded && SayStopped();
@@ -72,9 +79,19 @@ std::vector<std::u16string> TBuildRun::FindConfigurations(const std::u16string& 
   auto matched = MatchConfigurations(*solution_, wanted, action_.solution_.UseRegExOnConfigName, error);
   if (!error.empty())
     action_.SendMessage(u"Error matching config regular expression : " + error, TStatusTag::stError);
-  // A name that the solution does not know still goes to the tool, which then says so.
-  if (matched.empty()) matched.push_back(wanted);
-  return matched;
+  if (const auto guess = GuessedConfiguration(*solution_, wanted, matched); !guess.empty())
+    action_.SendMessage(u"Warning : " + guess, TStatusTag::stWarning);
+  if (!matched.empty()) return matched;
+  // A name that the solution does not know still goes to the tool, which then says so. No tool is asked where
+  // projects are built one by one: the solution alone says what a configuration means to them.
+  if (action_.solution_.BuildType != TVSDotNetBuildType::btAllProjects)
+    action_.ReportBreach(KxVerdictRules::NoConfiguration, MissingConfiguration(*solution_, wanted));
+  return {wanted};
+}
+
+// Setup projects need devenv, however the others are built; without one nothing is begun.
+bool TBuildRun::VerifySetupTool(const std::vector<std::u16string>& configurations) {
+  return !action_.NeedsDevEnv(*solution_, configurations) || action_.VerifyExecutable(false);
 }
 
 // AssemblyInfo first; a failed stamping ends the action before any tool runs.
@@ -90,13 +107,26 @@ bool TBuildRun::BuildConfiguration(const std::u16string& configuration) {
   action_.currentConfigName_ = parts.size() > 1 ? parts[0] : std::u16string_view(configuration);
   action_.currentPlatformName_ = parts.size() > 1 ? parts[1] : std::u16string_view();
   action_.structuredOutput_.ResetCounts();
-  const int runsBefore = toolRuns_;
+  const int fruitfulBefore = fruitfulRuns_;
   action_.StartConfiguration(configuration);
   const bool succeeded = PerformBuild(configuration);
   if (action_.msbuild_.StructuredOutput && action_.UsingMSBuild()) ReportStructuredCounts();
-  const TKxOutcome done = toolRuns_ > runsBefore ? TKxOutcome::koSucceeded : TKxOutcome::koNothingToDo;
+  const TKxOutcome done =
+      fruitfulRuns_ > fruitfulBefore ? TKxOutcome::koSucceeded : TKxOutcome::koNothingToDo;
   action_.EndConfiguration(succeeded ? done : TKxOutcome::koFailed);
   return succeeded;
+}
+
+void TBuildRun::ReportNothingBuilt(const std::vector<std::u16string>& configurations) {
+  const std::u16string solution = text::ExtractFileName(solution_->GetFileName());
+  action_.ReportBreach(KxVerdictRules::NothingBuilt,
+                       toolRuns_ == 0
+                           ? u"Nothing was built: none of the projects is part of " +
+                                 text::Join(configurations, u", ") + u"."
+                           : u"Nothing was built: the tool built none of the projects of " + solution +
+                                 u" and found none up to date. They are missing, of a kind that it leaves "
+                                 u"out, or not part of " +
+                                 text::Join(configurations, u", ") + u".");
 }
 
 bool TBuildRun::IsStopped() const {
@@ -168,9 +198,8 @@ bool TBuildRun::ReadProjects(text::TStringList& ids) {
 }
 
 bool TBuildRun::ReadSelectedProjects(text::TStringList& ids) {
-  // A copy: in a loop an entry may mean another project on each pass.
-  text::TStringList selected = action_.solution_.SelectedProjects;
-  action_.SanitiseProjectIDs(selected, solution_);
+  const text::TStringList selected =
+      action_.ResolveProjects(u"SelectedProjects", action_.solution_.SelectedProjects, *solution_);
   if (selected.IsEmpty()) {
     action_.SendMessage(u"No Projects selected to build", TStatusTag::stError);
     return false;
@@ -193,7 +222,7 @@ bool TBuildRun::ReadSelectedProjects(text::TStringList& ids) {
 
 bool TBuildRun::BuildProject(const IVSDotNetProject& project, const std::u16string& configuration,
                              bool useMSBuild, TVSDotNetBuildAction buildAction) {
-  if (useMSBuild && text::EqualsIgnoreCase(text::ExtractFileExt(project.GetFileName()), u".vdproj")) {
+  if (useMSBuild && IsSetupProject(project)) {
     action_.SendMessage(
         u"Warning : Setup project " + project.GetName() +
             u" cannot be built with MSBuild. This project will be built with VisualStudio instead.",
@@ -212,8 +241,17 @@ bool TBuildRun::BuildProject(const IVSDotNetProject& project, const std::u16stri
   }
   action_.SendMessage(u"Building project configuration " + DoubleQuoteString(projectConfiguration) +
                       u" for solution configuration " + DoubleQuoteString(configuration));
+  if (useMSBuild) WarnOfCutFolder();
   parameters += ProjectParameters(project, projectConfiguration, configuration, useMSBuild, buildAction);
   return group.Close(RunCompiler(parameters, useMSBuild));
+}
+
+// MSBuild is told the solution's folder without quotes.
+void TBuildRun::WarnOfCutFolder() {
+  const std::u16string warning = warnedOfFolder_ ? std::u16string() : WhyFolderIsCut(*solution_);
+  if (warning.empty()) return;
+  warnedOfFolder_ = true;
+  action_.SendMessage(u"Warning : " + warning, TStatusTag::stWarning);
 }
 
 // The text of ExtraCmdLineParams, which stands in front of all other parameters.
@@ -271,9 +309,11 @@ bool TBuildRun::RunCompiler(const std::u16string& parameters, bool useMSBuild) {
   settings.TerminateEvent = &action_.terminate_;
   action_.SendMessage(u"Running " + settings.Executable + u" with parameters : " + parameters);
   action_.SendMessage(u"------");
-  analysis_->BeginRun();
+  analysis_->BeginRun(useMSBuild);
+  action_.structuredOutput_.BeginRun();
   ++toolRuns_;
   RunProcess(*process);
+  NoteBuilt(useMSBuild);
   return JudgeRun(*process);
 }
 
@@ -287,6 +327,14 @@ void TBuildRun::RunProcess(IKxProcess& process) {
     throw;
   }
   action_.structuredOutput_.EndRun();
+}
+
+// A tool that says nothing about projects is believed.
+void TBuildRun::NoteBuilt(bool useMSBuild) {
+  const bool structured = useMSBuild && action_.msbuild_.StructuredOutput;
+  const bool none = structured ? action_.structuredOutput_.BuiltProjects() == 0
+                               : analysis_->BuiltProjects() == TBuiltProjects::None;
+  if (!none) ++fruitfulRuns_;
 }
 
 bool TBuildRun::JudgeRun(IKxProcess& process) {

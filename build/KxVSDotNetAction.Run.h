@@ -30,12 +30,14 @@ public:
 private:
   std::shared_ptr<IVSDotNetSolution> LoadSolution();
   std::vector<std::u16string> FindConfigurations(const std::u16string& wanted);
-
+  bool VerifySetupTool(const std::vector<std::u16string>& configurations);
   bool StampVersions();
 
   bool IsStopped() const;
   bool SayStopped(); // always False
+  bool BuildAll(const std::vector<std::u16string>& configurations);
   bool BuildConfiguration(const std::u16string& configuration);
+  void ReportNothingBuilt(const std::vector<std::u16string>& configurations);
   bool PerformBuild(const std::u16string& configuration);
   bool BuildSolution(const std::u16string& configuration);
   bool RebuildProjects(const std::u16string& configuration);
@@ -52,7 +54,9 @@ private:
   std::u16string MSBuildParameters(std::u16string_view configuration, bool anyCPU,
                                    TVSDotNetBuildAction buildAction);
   bool RunCompiler(const std::u16string& parameters, bool useMSBuild);
+  void WarnOfCutFolder();
   void RunProcess(IKxProcess& process);
+  void NoteBuilt(bool useMSBuild);
   bool JudgeRun(IKxProcess& process);
   void ReportStructuredCounts();
 
@@ -64,6 +68,8 @@ private:
   std::shared_ptr<IVSDotNetSolution> solution_;
   std::optional<TBuildOutputAnalysis> analysis_;
   int toolRuns_ = 0;
+  int fruitfulRuns_ = 0; // those that built a project, as far as the tool says
+  bool warnedOfFolder_ = false;
 };
 
 } // namespace kx

@@ -1,7 +1,11 @@
 #include "build/KxVSDotNetAction.h"
 
 #include "build/ProjectSearch.h"
+#include "build/ProjectSelection.h"
 #include "build/VersionStamping.h"
+#include "host/Utilities.h"
+
+#include <algorithm>
 
 namespace kx {
 
@@ -69,39 +73,66 @@ void TKxCustomVSDotNetAction::GetFilesToChange(text::TStringList& files) {
   if (const auto solution = TryOpenSolution()) CollectFilesToStamp(*this, *solution, files);
 }
 
-const text::TStringList& TKxCustomVSDotNetAction::GetSelectedProjects() {
-  SanitiseProjectIDs(solution_.SelectedProjects);
-  return solution_.SelectedProjects;
+text::TStringList TKxCustomVSDotNetAction::GetSelectedProjects() {
+  return WithProjectIDs(solution_.SelectedProjects);
 }
 
-const text::TStringList& TKxCustomVSDotNetAction::GetAssemblySelectedProjects() {
-  SanitiseProjectIDs(assemblyInfo_.SelectedProjects);
-  return assemblyInfo_.SelectedProjects;
+text::TStringList TKxCustomVSDotNetAction::GetAssemblySelectedProjects() {
+  return WithProjectIDs(assemblyInfo_.SelectedProjects);
 }
 
-const text::TStringList& TKxCustomVSDotNetAction::GetResourceSelectedProjects() {
-  SanitiseProjectIDs(win32Stamp_.SelectedProjects);
-  return win32Stamp_.SelectedProjects;
+text::TStringList TKxCustomVSDotNetAction::GetResourceSelectedProjects() {
+  return WithProjectIDs(win32Stamp_.SelectedProjects);
 }
 
-// Entries in braces are ids already. One that stays unresolved is kept; it will match no project.
-void TKxCustomVSDotNetAction::SanitiseProjectIDs(text::TStringList& entries,
-                                                 std::shared_ptr<IVSDotNetSolution> solution) {
-  for (std::size_t i = 0; i < entries.Count(); ++i) {
-    const std::u16string entry = entries[i];
-    if (entry.starts_with(u'{')) continue;
-    if (!solution) solution = TryOpenSolution();
-    if (!solution) return;
-    std::u16string id = IdOf(*solution, entry);
-    if (id.empty()) {
-      try {
-        id = IdOf(*solution, ExpandExpression(entry));
-      } catch (const std::exception&) {
-        continue;
-      }
-    }
-    if (!id.empty()) entries.Set(i, id);
-  }
+// Entries in braces are ids already.
+text::TStringList TKxCustomVSDotNetAction::WithProjectIDs(const text::TStringList& entries) {
+  const auto isId = [](const std::u16string& entry) { return entry.starts_with(u'{'); };
+  if (std::all_of(entries.begin(), entries.end(), isId)) return entries;
+  const auto solution = TryOpenSolution();
+  if (!solution) return entries;
+  text::TStringList ids =
+      ResolveSelection(*solution, entries, [this](auto text) { return ExpandExpression(text); }).Ids;
+  for (std::size_t i = 0; i < entries.Count(); ++i)
+    if (isId(entries[i])) ids.Set(i, entries[i]);
+  return ids;
+}
+
+text::TStringList TKxCustomVSDotNetAction::ResolveProjects(std::u16string_view property,
+                                                           const text::TStringList& entries,
+                                                           const IVSDotNetSolution& solution) {
+  const auto selection =
+      ResolveSelection(solution, entries, [this](auto text) { return ExpandExpression(text); });
+  const auto warn = [&](const auto& entry) {
+    SendMessage(u"Warning : " + std::u16string(property) + u", " + DoubleQuoteString(entry.Entry) + u": " +
+                    Explain(solution, entry),
+                TStatusTag::stWarning);
+  };
+  std::ranges::for_each(selection.Unresolved, warn);
+  std::ranges::for_each(selection.Guessed, warn);
+  return selection.Ids;
+}
+
+TFoundProjects TKxCustomVSDotNetAction::ProjectsToBuild(const IVSDotNetSolution& solution) {
+  const bool all = solution_.BuildType != TVSDotNetBuildType::btSelectedProjects;
+  const auto expand = [this](auto text) { return ExpandExpression(text); };
+  const text::TStringList ids =
+      all ? text::TStringList() : ResolveSelection(solution, solution_.SelectedProjects, expand).Ids;
+  TFoundProjects found;
+  const auto projects = solution.GetProjects();
+  for (int i = 0; i < projects->GetCount(); ++i)
+    if (const auto project = projects->GetItem(i); all || ids.IndexOf(project->GetProjectID()))
+      found.push_back(project);
+  return found;
+}
+
+bool TKxCustomVSDotNetAction::NeedsDevEnv(const IVSDotNetSolution& solution,
+                                          std::span<const std::u16string> configurations) {
+  if (!UsingMSBuild() || solution_.BuildType == TVSDotNetBuildType::btAllProjects) return false;
+  const auto projects = ProjectsToBuild(solution);
+  return std::ranges::any_of(projects, [configurations](const auto& project) {
+    return IsSetupProject(*project) && IsBuiltIn(*project, configurations);
+  });
 }
 
 std::u16string TKxVSDotNetAction::GetProjectIDFunction(TCustomKxAction& action,

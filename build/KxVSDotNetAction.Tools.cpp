@@ -42,12 +42,36 @@ std::u16string TKxCustomVSDotNetAction::GetExecutable(bool useMSBuild) {
   return folder.empty() ? std::u16string() : text::IncludeTrailingPathDelimiter(folder) + u"devenv.com";
 }
 
-bool TKxCustomVSDotNetAction::VerifyExecutable() {
-  const std::u16string executable = GetExecutable(UsingMSBuild());
+std::optional<std::u16string> TKxCustomVSDotNetAction::ForeseeExecutable(bool useMSBuild) {
+  if (useMSBuild) return MSBuildOf(solution_.VStudioVersion);
+  const auto* options = VSDotNetOptions();
+  if (options == nullptr) return u"";
+  const auto folder = ForeseeExpression(options->GetDevEnvLocation(solution_.VStudioVersion));
+  if (!folder || folder->empty()) return folder;
+  return text::IncludeTrailingPathDelimiter(*folder) + u"devenv.com";
+}
+
+std::u16string TKxCustomVSDotNetAction::HowToFindTool(bool useMSBuild) const {
+  const auto framework = std::u16string(FrameworkOf(solution_.VStudioVersion));
+  const std::u16string option = useMSBuild ? (framework.empty() ? framework : u"DotNetFramework." + framework)
+                                           : TVSDotNetOptions::GetLocationOption(solution_.VStudioVersion);
+  if (option.empty()) return {};
+  return u"The option " + option + u" names no folder of " + (useMSBuild ? u"MSBuild.exe" : u"devenv.com") +
+         u". Set it: kxhost options set " + option + u" FOLDER";
+}
+
+void TKxCustomVSDotNetAction::ExplainMissingTool(bool useMSBuild) {
+  if (const auto advice = HowToFindTool(useMSBuild); !advice.empty())
+    SendMessage(u"Warning : " + advice, TStatusTag::stWarning);
+}
+
+bool TKxCustomVSDotNetAction::VerifyExecutable(bool useMSBuild) {
+  const std::u16string executable = GetExecutable(useMSBuild);
   if (executable.empty()) {
-    SendMessage(UsingMSBuild() ? u".NET Framework not found."
-                               : u"Path to Visual Studio installation not set in Options.",
+    SendMessage(useMSBuild ? u".NET Framework not found."
+                           : u"Path to Visual Studio installation not set in Options.",
                 TStatusTag::stError);
+    ExplainMissingTool(useMSBuild);
     return false;
   }
   if (!platform::FileExists(executable)) throw EFailAction(u"Executable not found : " + executable);
@@ -61,6 +85,7 @@ bool TKxCustomVSDotNetAction::Validate(IKxActionValidationError& errors) {
     valid = false;
   }
   if (!GetExecutable(UsingMSBuild()).empty()) return valid;
+  ExplainMissingTool(UsingMSBuild());
   if (UsingMSBuild()) {
     errors.Add(u".NET Framework Settings", u"The selected version of the .NET Framework was not found.");
   } else {

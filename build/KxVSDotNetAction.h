@@ -3,10 +3,13 @@
 #pragma once
 
 #include "build/BuildSettings.h"
+#include "build/ProjectSearch.h"
 #include "host/ProcessActions.h"
 #include "host/Services.h"
 
 #include <memory>
+#include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -46,10 +49,20 @@ public:
   // The value it already has changes nothing: so one that cannot be decrypted here is kept.
   void SetWebDAVPassword(std::u16string_view clear);
 
-  // The three selections, their entries turned into project ids where the solution knows them.
-  const text::TStringList& GetSelectedProjects();
-  const text::TStringList& GetAssemblySelectedProjects();
-  const text::TStringList& GetResourceSelectedProjects();
+  // The three selections, their entries turned into project ids where the solution knows them. What is stored
+  // stays as it is: an entry with variables means another project in each pass of a loop.
+  text::TStringList GetSelectedProjects();
+  text::TStringList GetAssemblySelectedProjects();
+  text::TStringList GetResourceSelectedProjects();
+  // For a run over `solution`: the ids as the solution spells them. An entry that means no project stays and
+  // is said, with the property's name.
+  text::TStringList ResolveProjects(std::u16string_view property, const text::TStringList& entries,
+                                    const IVSDotNetSolution& solution);
+
+  // In build order. Silent, and so for looking ahead too.
+  TFoundProjects ProjectsToBuild(const IVSDotNetSolution& solution);
+  // Setup projects among them are left to devenv, whatever builds the others.
+  bool NeedsDevEnv(const IVSDotNetSolution& solution, std::span<const std::u16string> configurations);
 
   // Of the project that `text` means: its name, id, file or path in the solution. Empty when there is none
   // and when the solution cannot be opened; these never raise.
@@ -60,9 +73,14 @@ public:
 
   // The tool's full path; empty when it is not installed.
   std::u16string GetExecutable(bool useMSBuild);
+  std::optional<std::u16string> ForeseeExecutable(bool useMSBuild); // as ForeseeExpression
+  // For a tool that is not installed: which option says where it is, and how to set it. Empty for a version
+  // that has no such tool.
+  std::u16string HowToFindTool(bool useMSBuild) const;
 
   bool Execute() override;
   bool Validate(IKxActionValidationError& errors) override;
+  void LookAhead(IKxActionValidationError& errors) override;
   void GetFilesToChange(text::TStringList& files) override;
   void TerminateAction() override { terminate_.Raise(); }
   bool CanTerminate() const override { return true; }
@@ -88,8 +106,9 @@ private:
   // Null when it cannot be opened, or is being opened already (an expression in `Solution` that asks for a
   // project).
   std::shared_ptr<IVSDotNetSolution> TryOpenSolution();
-  void SanitiseProjectIDs(text::TStringList& entries, std::shared_ptr<IVSDotNetSolution> solution = nullptr);
-  bool VerifyExecutable();
+  text::TStringList WithProjectIDs(const text::TStringList& entries);
+  bool VerifyExecutable(bool useMSBuild);
+  void ExplainMissingTool(bool useMSBuild);
   void SetAutoIncrement(bool& flag, bool value, bool partner, std::u16string_view property);
 
   TSolutionSettings solution_;

@@ -110,6 +110,12 @@ std::u16string TVSDotNetOptions::GetDevEnvLocation(TVSDotNetVersion version) con
   return index < locations_.size() ? std::u16string(text::Trim(locations_[index])) : std::u16string();
 }
 
+std::u16string TVSDotNetOptions::GetLocationOption(TVSDotNetVersion version) {
+  const auto index = static_cast<std::size_t>(version);
+  if (index >= VersionRows.size()) return {};
+  return std::u16string(GetOptionKey()) + u"." + std::u16string(VersionRows[index].OptionKey);
+}
+
 TVSDotNetVersion TVSDotNetOptions::GetHighestInstalledVSVersion() const {
   for (auto i = static_cast<std::int32_t>(TVSDotNetVersion::vsUnknown); i >= 0; --i)
     if (const auto version = static_cast<TVSDotNetVersion>(i); !GetDevEnvLocation(version).empty())

@@ -51,6 +51,9 @@ public:
   void SetStandaloneMSTestDir(std::u16string_view value) { Assign(standaloneMSTestDir_, value); }
 
   std::u16string GetDevEnvLocation(TVSDotNetVersion version) const; // trimmed
+  // The name under which users set that location ("VisualStudioDotNet.MSDevPath2008"); empty where there is
+  // none.
+  static std::u16string GetLocationOption(TVSDotNetVersion version);
   // The newest version that has a location; vs2005 when none has.
   TVSDotNetVersion GetHighestInstalledVSVersion() const;
 

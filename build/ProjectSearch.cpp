@@ -8,6 +8,7 @@
 #include "text/Text.h"
 #include "text/WindowsPath.h"
 
+#include <algorithm>
 #include <array>
 #include <functional>
 
@@ -19,21 +20,22 @@ std::u16string FullPath(std::u16string_view folder, std::u16string_view name) {
   return TPathUtils::ExpandRelativePath(name, folder);
 }
 
-std::shared_ptr<IVSDotNetProject> FirstProject(const IVSDotNetProjects& projects,
-                                               const std::function<bool(const IVSDotNetProject&)>& fits) {
+TFoundProjects ProjectsThat(const IVSDotNetProjects& projects,
+                            const std::function<bool(const IVSDotNetProject&)>& fits) {
+  TFoundProjects found;
   for (int i = 0; i < projects.GetCount(); ++i)
-    if (auto project = projects.GetItem(i); fits(*project)) return project;
-  return nullptr;
+    if (auto project = projects.GetItem(i); fits(*project)) found.push_back(std::move(project));
+  return found;
 }
 
 } // namespace
 
-std::shared_ptr<IVSDotNetProject> FindProject(const IVSDotNetSolution& solution, std::u16string_view text) {
+TFoundProjects FindProjects(const IVSDotNetSolution& solution, std::u16string_view text) {
   const auto projects = solution.GetProjects();
-  if (auto project = projects->FindByFileName(text)) return project;
+  if (auto project = projects->FindByFileName(text)) return {project};
   const std::u16string folder = SolutionDirectory(solution);
   if (text::StartsWithIgnoreCase(text, folder))
-    if (auto project = projects->FindByFileName(text.substr(folder.size()))) return project;
+    if (auto project = projects->FindByFileName(text.substr(folder.size()))) return {project};
 
   const std::u16string path = FullPath(folder, text);
   const auto is = [](std::u16string_view a, std::u16string_view b) { return text::EqualsIgnoreCase(a, b); };
@@ -43,12 +45,26 @@ std::shared_ptr<IVSDotNetProject> FindProject(const IVSDotNetSolution& solution,
       [&](const IVSDotNetProject& project) { return is(project.GetName(), text); },
       [&](const IVSDotNetProject& project) { return is(project.GetProjectID(), text); }};
   for (const auto& test : tests)
-    if (auto project = FirstProject(*projects, test)) return project;
-  return nullptr;
+    if (auto found = ProjectsThat(*projects, test); !found.empty()) return found;
+  return {};
+}
+
+std::shared_ptr<IVSDotNetProject> FindProject(const IVSDotNetSolution& solution, std::u16string_view text) {
+  const auto found = FindProjects(solution, text);
+  return found.empty() ? nullptr : found.front();
 }
 
 std::u16string ProjectPath(const IVSDotNetSolution& solution, const IVSDotNetProject& project) {
   return FullPath(SolutionDirectory(solution), project.GetFileName());
+}
+
+bool IsSetupProject(const IVSDotNetProject& project) {
+  return text::EqualsIgnoreCase(text::ExtractFileExt(project.GetFileName()), u".vdproj");
+}
+
+bool IsBuiltIn(const IVSDotNetProject& project, std::span<const std::u16string> configurations) {
+  return std::ranges::any_of(configurations,
+                             [&project](const auto& name) { return !project.GetConfig(name).empty(); });
 }
 
 bool WritesAnyCPUWithoutBlank(const IVSDotNetSolution& solution, const IVSDotNetProject& project,

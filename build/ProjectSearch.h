@@ -4,19 +4,27 @@
 #include "solution/VSNETSLN.h"
 
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace kx {
 
+using TFoundProjects = std::vector<std::shared_ptr<IVSDotNetProject>>;
+
 // By the file as the solution writes it, the same with the solution's folder in front, then without regard to
-// letter case by full path, file name, name and id. Null when nothing fits; of several the first in build
-// order.
+// letter case by full path, file name, name and id: all that fit in the first of these ways, in build order.
+TFoundProjects FindProjects(const IVSDotNetSolution& solution, std::u16string_view text);
+// The first of them; null when nothing fits.
 std::shared_ptr<IVSDotNetProject> FindProject(const IVSDotNetSolution& solution, std::u16string_view text);
 
 // The full path of a project's file; the address of a web project.
 std::u16string ProjectPath(const IVSDotNetSolution& solution, const IVSDotNetProject& project);
+
+bool IsSetupProject(const IVSDotNetProject& project); // ".vdproj", which MSBuild does not know
+// Whether any of these solution configurations builds the project.
+bool IsBuiltIn(const IVSDotNetProject& project, std::span<const std::u16string> configurations);
 
 // The names of the configurations that `wanted` means: the one of this name (letter case ignored), else with
 // `asExpression` all that match it as a regular expression. `error` says what is wrong with the expression.

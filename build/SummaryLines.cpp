@@ -1,5 +1,6 @@
 #include "build/SummaryLines.h"
 
+#include "host/MSBuildLogger.h"
 #include "text/Text.h"
 
 #include <algorithm>
@@ -103,6 +104,27 @@ std::optional<std::int32_t> ReadCount(std::u16string_view line, std::u16string_v
                 });
 }
 
+// The one number of a text; nothing when it has none or several.
+std::optional<std::u16string_view> OnlyNumber(std::u16string_view text) {
+  const auto begin = std::ranges::find_if(text, text::IsDigit);
+  const auto end = std::find_if_not(begin, text.end(), text::IsDigit);
+  if (begin == end || std::any_of(end, text.end(), text::IsDigit)) return std::nullopt;
+  return std::u16string_view(begin, end);
+}
+
+std::optional<bool> HasUnskipped(std::u16string_view counts) {
+  constexpr std::size_t fewest = 3; // succeeded, failed, skipped
+  const auto parts = text::Split(counts, u',');
+  if (parts.size() < fewest) return std::nullopt;
+  bool some = false;
+  for (const auto& part : parts) {
+    const auto number = OnlyNumber(part);
+    if (!number) return std::nullopt;
+    if (&part != &parts.back()) some |= number->find_first_not_of(u'0') != std::u16string_view::npos;
+  }
+  return some;
+}
+
 } // namespace
 
 bool IsFailureSummary(std::u16string_view line) {
@@ -125,6 +147,28 @@ std::optional<std::int32_t> ReadErrorCount(std::u16string_view line) {
 
 std::optional<std::int32_t> ReadWarningCount(std::u16string_view line) {
   return ReadCount(line, u"Warning", u"Avertissement");
+}
+
+std::optional<bool> ReadBuildSummary(std::u16string_view line) {
+  constexpr std::u16string_view frame = u"=====";
+  const auto text = text::TrimLeft(line);
+  const auto colon = text.find(u": ");
+  if (colon == std::u16string_view::npos) return std::nullopt;
+  const auto counts = text.substr(colon + 1);
+  if (text.starts_with(frame)) return HasUnskipped(counts);
+  const bool isOld = counts.find(u" succeeded, ") != std::u16string_view::npos &&
+                     text::TrimRight(counts).ends_with(u" skipped");
+  return isOld ? HasUnskipped(counts) : std::nullopt;
+}
+
+std::optional<bool> ReadProjectLine(std::u16string_view line) {
+  const auto text = text::Trim(line);
+  if (!text.starts_with(u"Project \"") && !text.starts_with(u"Projet \"")) return std::nullopt;
+  const bool isBeginning = text.ends_with(u")") || text.ends_with(u").") || text.ends_with(u"):");
+  const auto close = text.rfind(u'"');
+  const auto open = text.rfind(u'"', close - 1);
+  if (!isBeginning || open == std::u16string_view::npos) return std::nullopt;
+  return IsProjectOfItsOwn(text.substr(open + 1, close - open - 1));
 }
 
 } // namespace kx

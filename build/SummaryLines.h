@@ -24,4 +24,12 @@ std::optional<std::int32_t> ReadErrorCount(std::u16string_view line);
 std::optional<std::int32_t> ReadWarningCount(std::u16string_view line);
 // A number too large to be held counts as 0.
 
+// The line with which devenv ends, in any language ("========== Build: 1 succeeded, 0 failed, 2 up-to-date, 0
+// skipped =========="; the oldest without the frame, in English): whether it counts a project that was not
+// skipped. Those stand last.
+std::optional<bool> ReadBuildSummary(std::u16string_view line);
+// The line with which MSBuild and xbuild begin a project (Project "App.csproj" (Build target(s)):): True, and
+// False for one that begins the solution. A project that another one builds stands last.
+std::optional<bool> ReadProjectLine(std::u16string_view line);
+
 } // namespace kx

@@ -1,5 +1,6 @@
 #include "build/VersionStamping.h"
 
+#include "build/ProjectSelection.h"
 #include "host/Utilities.h"
 #include "host/Xml.h"
 #include "text/Text.h"
@@ -30,11 +31,33 @@ std::shared_ptr<const IPropertySet> FindPropertySet(TCustomKxAction& action, con
   return set;
 }
 
+// The ids of a selection of which nothing needs to be said.
+text::TStringList IdsOf(TCustomKxAction& action, const IVSDotNetSolution& solution,
+                        const text::TStringList& entries) {
+  return ResolveSelection(solution, entries, [&](auto text) { return action.ExpandExpression(text); }).Ids;
+}
+
 void Increment(TVersionQuadruple& version, std::size_t part) {
   version.SetPart(part, text::FromInteger(std::int64_t{text::ToIntegerOr(version.Part(part), 0)} + 1));
 }
 
-// What a property set of .NET values has goes to its place; the rest stays.
+// Which attributes are written, and from which text; in this order.
+struct TAttributeRow {
+  bool TAssemblyInfoSettings::*Flag;
+  std::u16string_view Name;
+  std::u16string TAssemblyInfoSettings::*Text;
+};
+constexpr std::array<TAttributeRow, 7> AttributeRows{
+    {{&TAssemblyInfoSettings::UpdateTitle, u"AssemblyTitle", &TAssemblyInfoSettings::Title},
+     {&TAssemblyInfoSettings::UpdateDescription, u"AssemblyDescription", &TAssemblyInfoSettings::Description},
+     {&TAssemblyInfoSettings::UpdateComment, u"AssemblyComment", &TAssemblyInfoSettings::Comment},
+     {&TAssemblyInfoSettings::UpdateCompany, u"AssemblyCompany", &TAssemblyInfoSettings::Company},
+     {&TAssemblyInfoSettings::UpdateProductName, u"AssemblyProduct", &TAssemblyInfoSettings::ProductName},
+     {&TAssemblyInfoSettings::UpdateCopyright, u"AssemblyCopyright", &TAssemblyInfoSettings::Copyright},
+     {&TAssemblyInfoSettings::UpdateTradeMark, u"AssemblyTrademark", &TAssemblyInfoSettings::TradeMark}}};
+
+} // namespace
+
 void LoadDotNetVersionInfo(const IPropertySet& set, TAssemblyInfoSettings& values) {
   const struct {
     std::u16string_view Name;
@@ -55,23 +78,6 @@ void LoadDotNetVersionInfo(const IPropertySet& set, TAssemblyInfoSettings& value
   if (const auto link = set.GetValue(u"LinkFileVersion"))
     values.LinkFileVersion = text::EqualsIgnoreCase(*link, u"true");
 }
-
-// Which attributes are written, and from which text; in this order.
-struct TAttributeRow {
-  bool TAssemblyInfoSettings::*Flag;
-  std::u16string_view Name;
-  std::u16string TAssemblyInfoSettings::*Text;
-};
-constexpr std::array<TAttributeRow, 7> AttributeRows{
-    {{&TAssemblyInfoSettings::UpdateTitle, u"AssemblyTitle", &TAssemblyInfoSettings::Title},
-     {&TAssemblyInfoSettings::UpdateDescription, u"AssemblyDescription", &TAssemblyInfoSettings::Description},
-     {&TAssemblyInfoSettings::UpdateComment, u"AssemblyComment", &TAssemblyInfoSettings::Comment},
-     {&TAssemblyInfoSettings::UpdateCompany, u"AssemblyCompany", &TAssemblyInfoSettings::Company},
-     {&TAssemblyInfoSettings::UpdateProductName, u"AssemblyProduct", &TAssemblyInfoSettings::ProductName},
-     {&TAssemblyInfoSettings::UpdateCopyright, u"AssemblyCopyright", &TAssemblyInfoSettings::Copyright},
-     {&TAssemblyInfoSettings::UpdateTradeMark, u"AssemblyTrademark", &TAssemblyInfoSettings::TradeMark}}};
-
-} // namespace
 
 bool TAssemblyInfoStamping::Run() {
   TKxMessageGroup group(action_, u"Updating AssemblyInfo");
@@ -111,9 +117,14 @@ bool TAssemblyInfoStamping::UpdateFiles() {
       updater->UpdateAllProjects();
       return true;
     }
-    const text::TStringList& selected = action_.GetAssemblySelectedProjects();
-    const bool someAreBuilt = action_.Solution().BuildType != TVSDotNetBuildType::btAllProjects;
-    updater->UpdateProjects(selected, someAreBuilt ? &action_.GetSelectedProjects() : nullptr);
+    const text::TStringList selected =
+        action_.ResolveProjects(u"AssemblySelectedProjects", values_.SelectedProjects, *solution_);
+    if (action_.Solution().BuildType == TVSDotNetBuildType::btAllProjects) {
+      updater->UpdateProjects(selected, nullptr);
+      return true;
+    }
+    const text::TStringList built = IdsOf(action_, *solution_, action_.Solution().SelectedProjects);
+    updater->UpdateProjects(selected, &built);
     return true;
   } catch (const std::exception& error) {
     action_.SendMessage(u"Error Updating Assembly Info : " + MessageOf(error), TStatusTag::stError);
@@ -150,18 +161,23 @@ bool TWin32Stamping::Run() {
 bool TWin32Stamping::TakeValues() {
   const TWin32StampSettings& settings = action_.Win32Stamp();
   TVersionInfoValues& kept = action_.Win32Values().Values();
-  if (!settings.UsePropertySet) {
-    if (kept.AutoIncBuild && kept.BuildVersion < std::numeric_limits<std::int32_t>::max())
-      ++kept.BuildVersion;
-    values_ = kept;
-    return ExpandTexts();
+  TVersionInfoContainer taken;
+  taken.Values() = kept;
+  if (settings.UsePropertySet) {
+    const auto set = FindPropertySet(action_, settings.PropertySetName, u"Win32 PropertySet name is blank");
+    if (set == nullptr) return false;
+    if (!Attempt(u"", [&] { TVersionInfo::LoadFromPropertySet(*set, taken); })) return false;
   }
-  const auto set = FindPropertySet(action_, settings.PropertySetName, u"Win32 PropertySet name is blank");
-  if (set == nullptr) return false;
-  TVersionInfoContainer loaded;
-  const bool taken = Attempt(u"", [&] { TVersionInfo::LoadFromPropertySet(*set, loaded); });
-  values_ = loaded.Values();
-  return taken && ExpandTexts();
+  values_ = taken.Values();
+  const bool increments =
+      values_.AutoIncBuild && values_.BuildVersion < std::numeric_limits<std::int32_t>::max();
+  if (increments) ++values_.BuildVersion;
+  if (const auto refused = TVersionInfo::CheckNumbers(values_)) {
+    action_.SendMessage(*refused, TStatusTag::stError);
+    return false;
+  }
+  if (increments) kept.BuildVersion = values_.BuildVersion;
+  return ExpandTexts();
 }
 
 bool TWin32Stamping::ExpandTexts() {
@@ -185,7 +201,8 @@ bool TWin32Stamping::DoUpdateWin32VersionInfo() {
       if (!stamp(projects->GetItem(i).get())) return false;
     return true;
   }
-  for (const auto& id : action_.GetResourceSelectedProjects())
+  for (const auto& id : action_.ResolveProjects(u"ResourceSelectedProjects",
+                                                action_.Win32Stamp().SelectedProjects, *solution_))
     if (!stamp(projects->FindByID(id).get())) return false;
   return true;
 }
@@ -222,8 +239,10 @@ namespace {
 
 using TProjectVisitor = std::function<void(const IVSDotNetProject& project)>;
 
-void VisitProjects(const IVSDotNetSolution& solution, TVSDotNetBuildType applyTo,
-                   const text::TStringList& selected, const TProjectVisitor& visit) {
+void VisitProjects(TKxCustomVSDotNetAction& action, const IVSDotNetSolution& solution,
+                   TVSDotNetBuildType applyTo, const text::TStringList& entries,
+                   const TProjectVisitor& visit) {
+  const text::TStringList selected = IdsOf(action, solution, entries);
   const auto projects = solution.GetProjects();
   for (int i = 0; i < projects->GetCount(); ++i) {
     const auto project = projects->GetItem(i);
@@ -249,13 +268,13 @@ void CollectFilesToStamp(TKxCustomVSDotNetAction& action, const IVSDotNetSolutio
   };
   const TAssemblyInfoSettings& assemblyInfo = action.AssemblyInfo();
   if (assemblyInfo.UpdateAssemblyInfo)
-    VisitProjects(solution, assemblyInfo.ApplyTo, action.GetAssemblySelectedProjects(),
+    VisitProjects(action, solution, assemblyInfo.ApplyTo, assemblyInfo.SelectedProjects,
                   [&](const IVSDotNetProject& project) {
                     add(AssemblyInfoFileOf(project, SolutionDirectory(solution)));
                   });
   const TWin32StampSettings& win32 = action.Win32Stamp();
   if (win32.UpdateWin32Resource)
-    VisitProjects(solution, win32.ApplyTo, action.GetResourceSelectedProjects(),
+    VisitProjects(action, solution, win32.ApplyTo, win32.SelectedProjects,
                   [&](const IVSDotNetProject& project) { add(project.GetRCWithVersionInfo()); });
 }
 

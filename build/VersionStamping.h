@@ -11,6 +11,9 @@
 
 namespace kx {
 
+// What a property set of .NET values has goes to its place; the rest stays.
+void LoadDotNetVersionInfo(const IPropertySet& set, TAssemblyInfoSettings& values);
+
 // One stamping of the AssemblyInfo files of a solution's projects. The action's settings give the values, or
 // the property set that they name; what the set lacks comes from the settings. Incremented numbers stay in
 // the action.

@@ -6,6 +6,7 @@ namespace {
 using testing::AllOf;
 using testing::EndsWith;
 using testing::HasSubstr;
+using testing::Not;
 
 class BuildRun : public TBuildActionTest {};
 
@@ -96,12 +97,20 @@ TEST_F(BuildRun, OfProjectsLogsExactly) {
   EXPECT_EQ(Outcome(u"UseMSBuild=False&SolutionConfiguration=Release|Any "
                     u"CPU&BuildType=btSelectedProjects&SelectedProjects=lib"),
             "[ Release|Any CPU\n> Project Lib\n0 Processing Project : Lib\n"
-            "0 Project \"Lib\" is not built in solution configuration Release|Any CPU\n< 1\n] 2\nsucceeded");
+            "0 Project \"Lib\" is not built in solution configuration Release|Any CPU\n< 1\n] 2\n"
+            "! nothing-built Nothing was built: none of the projects is part of Release|Any CPU.\nsucceeded");
 }
 
 TEST_F(BuildRun, TellsWhyNothingWasRun) {
   folder_.Write("Bad.sln", "no solution\n");
   services_.Frameworks[u"v2.0"] = folder_.Path() + u"/gone";
+  const std::string unknown =
+      "2 Warning : SelectedProjects, \"{44444444-4444-4444-4444-444444444444}\": App.sln has no project "
+      "\"{44444444-4444-4444-4444-444444444444}\".\n";
+  const auto option = [](const std::string& name, const std::string& tool) {
+    return "2 Warning : The option " + name + " names no folder of " + tool +
+           ". Set it: kxhost options set " + name + " FOLDER\nfailed";
+  };
   const std::string no = " : Unknown name: No\n< 3\n";
   const std::pair<std::u16string, std::string> cases[] = {
       {u"SolutionConfiguration=", "3 Solution Configuration Name : a value is required.\nfailed"},
@@ -112,13 +121,15 @@ TEST_F(BuildRun, TellsWhyNothingWasRun) {
       {u"UseMSBuild=False&BuildType=btSelectedProjects",
        Debug + "3 No Projects selected to build\n" + Failed},
       {Selection + u"\n{44444444-4444-4444-4444-444444444444}",
-       Debug +
+       Debug + unknown +
            "3 A Project selected is no longer part of this solution, please open the action properties "
            "dialog "
            "and select the correct projects\n" +
            Failed},
-      {u"VStudioVersion=vs2010", "3 .NET Framework not found.\nfailed"},
-      {u"VStudioVersion=vs2003", "3 Path to Visual Studio installation not set in Options.\nfailed"},
+      {u"VStudioVersion=vs2010",
+       "3 .NET Framework not found.\n" + option("DotNetFramework.v4.0", "MSBuild.exe")},
+      {u"VStudioVersion=vs2003", "3 Path to Visual Studio installation not set in Options.\n" +
+                                     option("VisualStudioDotNet.MSDevPath2003", "devenv.com")},
       {u"VStudioVersion=vs2005", "Executable not found : DIR/gone/MSBuild.exe"},
       {u"UpdateAssemblyInfo=True&UseDotNetPropertySet=True&DotNetVersionInfoPropertySetName=X",
        "> Updating AssemblyInfo\n3 Unable to find property set: X\n< 3\nfailed"},
@@ -172,6 +183,109 @@ TEST_F(BuildRun, StartsNothingAfterAStop) {
               EndsWith("< 1\n> Project App\n0 Processing Project : App\n0 Building project configuration "
                        "\"Debug|Any CPU\" for solution configuration \"Debug|Any CPU\"\n" +
                        stopped + Failed));
+}
+
+TEST_F(BuildRun, NamesTheEntriesOfASelectionThatMeanNoProject) {
+  std::filesystem::remove(folder_.Native("Lib/Lib.csproj"));
+  const std::pair<std::u16string, std::string> cases[] = {
+      {u"%No%", "\"%No%\": Unknown name: No\n"},
+      {u"Installler", "\"Installler\": App.sln has no project \"Installler\". Did you mean \"Installer\"?\n"},
+      {u"Lib", "\"Lib\": The file of the project \"Lib\" does not exist: DIR/Lib/Lib.csproj\n"},
+  };
+  for (const auto& [entry, message] : cases)
+    EXPECT_THAT(Outcome(u"BuildType=btSelectedProjects&SelectedProjects=App\n" + entry),
+                AllOf(HasSubstr("2 Warning : SelectedProjects, " + message + "3 A Project selected"),
+                      EndsWith(Failed)));
+}
+
+TEST_F(BuildRun, FailsForAConfigurationThatOnlyTheSolutionCouldKnow) {
+  const std::string missing =
+      "! no-configuration App.sln has no configuration \"Relaese|Any CPU\". Did you mean \"Release|Any "
+      "CPU\"? It has Release|Any CPU, Debug|Any CPU.\n";
+  const std::u16string unknown = u"&UseRegExOnConfigName=False&SolutionConfiguration=Relaese|Any CPU";
+  EXPECT_THAT(Outcome(Selection + unknown),
+              AllOf(HasSubstr(missing + "[ Relaese"), HasSubstr("! nothing-built "), EndsWith("succeeded")));
+  EXPECT_THAT(Outcome(u"UseMSBuild=False" + unknown), Not(HasSubstr("!"))) << "the tool is asked";
+}
+
+TEST_F(BuildRun, ANameThatIsTakenForAnExpressionIsSaidBeforeAnythingRuns) {
+  EXPECT_THAT(
+      Outcome(u"UseMSBuild=False&SolutionConfiguration=Release|x86"),
+      AllOf(testing::StartsWith("2 Warning : App.sln has no configuration \"Release|x86\". Read as an "
+                                "expression, it matches Release|Any CPU."),
+            EndsWith(Succeeded)));
+}
+
+// What the tool says of its projects decides, and a tool that says nothing is believed.
+TEST_F(BuildRun, IsNoSuccessWhenTheToolBuiltNothing) {
+  const std::u16string end = u"TandemorLogger|projectFinished|succeeded=true|project=";
+  const struct {
+    std::string Name;
+    std::u16string Settings;
+    std::vector<std::u16string> Output;
+    bool Nothing;
+  } cases[] = {
+      {"devenv skipped all",
+       u"UseMSBuild=False",
+       {u"===== Build: 0 succeeded, 0 failed, 2 skipped ====="},
+       true},
+      {"devenv found some up to date",
+       u"UseMSBuild=False",
+       {u"===== Build: 0 succeeded, 0 failed, 1 up-to-date, 2 skipped ====="},
+       false},
+      {"MSBuild ended the solution alone", u"", {end + u"/a/App.sln"}, true},
+      {"MSBuild ended a project", u"", {end + u"/a/App.sln", end + u"/a/App.csproj"}, false},
+      {"the logger said nothing", u"", {u"..."}, false},
+      {"xbuild began the solution alone",
+       u"StructuredOutput=False",
+       {u"Project \"/a/App.sln\" (default target(s)):"},
+       true},
+      {"xbuild began a project",
+       u"StructuredOutput=False",
+       {u"Project \"/a/App.sln\" (default target(s)):", u"\tProject \"/a/Lib.csproj\" (default target(s)):"},
+       false},
+  };
+  for (const auto& row : cases) {
+    const std::string log = Outcome(row.Settings, {{row.Output}});
+    EXPECT_THAT(log, EndsWith("succeeded")) << row.Name;
+    EXPECT_EQ(log.find("! nothing-built ") != std::string::npos, row.Nothing) << row.Name;
+    EXPECT_THAT(log, HasSubstr(row.Nothing ? "] 2\n" : "] 0\n")) << row.Name;
+  }
+  // One configuration that built something is enough.
+  EXPECT_THAT(Outcome(u"SolutionConfiguration=.*", {{{end + u"/a/App.sln"}}, {{end + u"/a/App.csproj"}}}),
+              AllOf(HasSubstr("] 2\n"), EndsWith(Succeeded), Not(HasSubstr("!"))));
+}
+
+TEST_F(BuildRun, ReadsTheWordsOfTheToolThatRan) {
+  EXPECT_THAT(Outcome(u"BuildType=btSelectedProjects&SelectedProjects=Installer",
+                      {{{u"1 error here", u"complete -- 1 error, 2"}}}),
+              HasSubstr("3 1 error here\n# Compiler Errors 1\n# Compiler Warnings 2\n"));
+}
+
+TEST_F(BuildRun, NeedsDevEnvForSetupProjectsBeforeItBeginsAny) {
+  VSDotNetOptions()->SetDevEnv2008Location(u"");
+  const std::u16string all = u"BuildType=btIncludeDisabledProjects";
+  EXPECT_THAT(Outcome(all),
+              AllOf(testing::StartsWith("3 Path to Visual Studio installation not set in Options.\n"),
+                    EndsWith(" FOLDER\nfailed")));
+  EXPECT_THAT(host_.Runs(), testing::IsEmpty());
+  EXPECT_THAT(Outcome(u"BuildType=btSelectedProjects&SelectedProjects=Lib"), EndsWith(Succeeded));
+  EXPECT_THAT(Outcome(all + u"&SolutionConfiguration=Release|Any CPU"), Not(HasSubstr("not set in Options")))
+      << "it leaves the setup project out";
+}
+
+TEST_F(BuildRun, WarnsOnceOfAFolderThatMSBuildCannotBeTold) {
+  const std::string warning = "2 Warning : The solution's folder \"DIR/my app/\" has a blank";
+  for (const auto* name : {"App/App.csproj", "Lib/Lib.csproj", "Setup/Setup.vdproj"})
+    folder_.Write("my app/" + std::string(name), "<Project/>");
+  folder_.Write("my app/App.sln", SmallSolution);
+  const std::u16string both =
+      u"&Solution=my app/App.sln&BuildType=btSelectedProjects&SelectedProjects=App\nLib";
+  const std::string log = Outcome(both.substr(1));
+  EXPECT_LT(log.find(warning), log.find("0 Running "));
+  EXPECT_EQ(log.find(warning), log.rfind(warning));
+  for (const std::u16string_view healthy : {u"&UseMSBuild=False", u"&BuildType=btAllProjects"})
+    EXPECT_THAT(Outcome(both.substr(1) + std::u16string(healthy)), Not(HasSubstr("Warning : ")));
 }
 
 TEST_F(BuildRun, ASelectionByVariableIsLookedUpInEachRun) {

@@ -150,6 +150,66 @@ TEST_F(BuildAction, TellsWhatItsSettingsLack) {
   }
 }
 
+TEST_F(BuildAction, LooksAheadAtWhatARunWouldStumbleOver) {
+  services_.Frameworks[u"v2.0"] = folder_.Path() + u"/gone";
+  host_.Sets.Sets[u"Old"] = {{u"MajorVersion", u"70000"}};
+  folder_.Write("Bad.sln", "no solution\n");
+  folder_.Write("b c/App.sln", SmallSolution);
+  folder_.Write("b c/Lib/Lib.csproj", "");
+  const std::u16string selected = u"BuildType=btSelectedProjects&SelectedProjects=";
+  const std::u16string win32 =
+      u"UpdateWin32Resource=True&UseWin32PropertySet=True&Win32VersionInfoPropertySetName=";
+  const std::u16string dotNet = u"UpdateAssemblyInfo=True&UpdateAssemblyVersion=True&AssemblyVersion=";
+  const std::pair<std::u16string, std::string> cases[] = {
+      {u"", ""},
+      {u"Solution=%Loop%&SolutionConfiguration=%Loop%", ""},
+      {selected + u"%Loop%\nLib", ""},
+      {u"Solution=", ""},
+      {u"Solution=No.sln", "Solution: Solution File \"DIR/No.sln\" does not exist"},
+      {u"Solution=Bad.sln", "Solution: Error Parsing Solution File : Invalid Visual Studio Solution Header"},
+      {u"SolutionConfiguration=", "SolutionConfiguration: A configuration is required."},
+      {u"SolutionConfiguration=Debgu",
+       "SolutionConfiguration: App.sln has no configuration \"Debgu\". Did you "
+       "mean \"Debug|Any CPU\"?"},
+      {u"SolutionConfiguration=Debug(", "SolutionConfiguration: missing closing parenthesis"},
+      {u"SolutionConfiguration=Relase|Any CPU", "SolutionConfiguration: App.sln has no"},
+      {u"SolutionConfiguration=release&UseRegExOnConfigName=False", ""},
+      {selected + u"Lbi", "SelectedProjects: App.sln has no project \"Lbi\""},
+      {selected, "SelectedProjects: No projects are selected."},
+      {selected + u"Lib&SolutionConfiguration=Release|Any CPU",
+       "BuildType: None of the projects to build is part of Release|Any CPU."},
+      {u"Solution=b c/App.sln&" + selected + u"Lib",
+       "Solution: The solution's folder \"DIR/b c/\" has a blank"},
+      {u"VStudioVersion=vs2005", ".NET Framework Settings: Executable not found : DIR/gone/MSBuild.exe"},
+      {u"VStudioVersion=vs2003",
+       "VisualStudio.NET Options: The option VisualStudioDotNet.MSDevPath2003 names no folder"},
+      {dotNet + u"2|||", ""},
+      {dotNet + u"70000|0|0|0", "AssemblyVersion: AssemblyVersion \"70000.0.0.0\" is no version"},
+      {dotNet + u"%Loop%|0|0|0", ""},
+      {dotNet + u"1|||&ApplyAssemblyInfoTo=btSelectedProjects&AssemblySelectedProjects=Lbi",
+       "AssemblySelectedProjects: App.sln has no project \"Lbi\""},
+      {u"UpdateWin32Resource=True&MinorVersion=-1", "UpdateWin32Resource: MinorVersion -1"},
+      {u"UpdateWin32Resource=True&ApplyResourceInfoTo=btSelectedProjects",
+       "ResourceSelectedProjects: No projects are selected."},
+      {win32, "Win32VersionInfoPropertySetName: The name of the property set is blank."},
+      {win32 + u"New", "Win32VersionInfoPropertySetName: Unable to find property set: New"},
+      {win32 + u"Old", "Win32VersionInfoPropertySetName: MajorVersion 70000"},
+      {u"OverrideWarnings=True&DisableSelectedWarnings=True&DisableWarnings=168\n",
+       "DisableWarnings: \"168\n\" is not valid."},
+  };
+  for (const auto& [settings, entry] : cases) {
+    Begin(settings);
+    TRecordingValidation validation;
+    action_->LookAhead(validation);
+    ASSERT_EQ(validation.Entries.size(), entry.empty() ? 0U : 1U)
+        << text::ToUtf8(settings) << testing::PrintToString(validation.Entries);
+    if (!entry.empty()) {
+      EXPECT_THAT(Plain(validation.Entries.front()), testing::StartsWith(entry));
+    }
+    EXPECT_THAT(host_.Log(), testing::IsEmpty()) << text::ToUtf8(settings);
+  }
+}
+
 TEST_F(BuildAction, FindsDevEnvWhereTheOptionsSay) {
   host_.Variables[u"Tools"] = u"C:\\VS";
   VSDotNetOptions()->SetDevEnv2008Location(u" %Tools%\\IDE ");

@@ -106,6 +106,68 @@ TEST_F(VersionStamping, ReplacesTheVersionOfTheOneScriptThatHasAny) {
   EXPECT_EQ(folder_.Read("Native/version.rc.orig"), Script);
 }
 
+// Names, ids in any letter case and variables; nothing of it is kept, so each pass of a loop stamps its own.
+TEST_F(VersionStamping, StampsTheProjectsThatASelectionMeansNow) {
+  const std::u16string stamp = u"UpdateAssemblyInfo=True&UpdateAssemblyVersion=True&AssemblyVersion=1|0|0|1&"
+                               u"AutoIncAssemblyRevisionNo=True&ApplyAssemblyInfoTo=btSelectedProjects&"
+                               u"AssemblySelectedProjects=%Which%&BuildType=btSelectedProjects&"
+                               u"SelectedProjects=%Which%&UseMSBuild=False&UpdateWin32Resource=True&"
+                               u"ApplyResourceInfoTo=btSelectedProjects&ResourceSelectedProjects=%Which%&"
+                               u"MajorVersion=7";
+  Begin(stamp);
+  for (const std::u16string_view which : {u"App", u"{22222222-2222-2222-2222-222222222222}"}) {
+    host_.Variables[u"Which"] = which;
+    EXPECT_EQ(Execute(), "succeeded");
+  }
+  EXPECT_EQ(VersionsOf("App") + VersionsOf("Lib"), "=1.0.0.2 =1.0.0.3 ");
+  EXPECT_EQ(folder_.Read("Native/version.rc"), Script);
+  EXPECT_EQ(action_->Solution().SelectedProjects, text::TStringList({u"%Which%"}));
+  EXPECT_EQ(action_->AssemblyInfo().SelectedProjects, text::TStringList({u"%Which%"}));
+  EXPECT_EQ(action_->Win32Stamp().SelectedProjects, text::TStringList({u"%Which%"}));
+
+  for (const std::u16string native : {u"native", u"{55555555-5555-5555-5555-55555555555a}"}) {
+    std::string solution = folder_.Read("App.sln");
+    folder_.Write("App.sln", text::ToUtf8(text::ReplaceAll(text::FromUtf8(solution), u"5555}", u"555A}")));
+    folder_.Write("Native/version.rc", Script);
+    Stamp(u"UpdateWin32Resource=True&MajorVersion=7&ApplyResourceInfoTo=btSelectedProjects&"
+          u"ResourceSelectedProjects=" +
+          native);
+    EXPECT_THAT(folder_.Read("Native/version.rc"), HasSubstr("FILEVERSION 7,0,0,0\r\n"))
+        << text::ToUtf8(native);
+  }
+}
+
+TEST_F(VersionStamping, SaysWhichEntriesOfASelectionMeanNoProject) {
+  for (const std::u16string kind : {u"Assembly", u"Resource"}) {
+    const std::u16string update = kind == u"Assembly" ? u"UpdateAssemblyInfo" : u"UpdateWin32Resource";
+    EXPECT_THAT(Stamp(update + u"=True&Apply" + kind + u"InfoTo=btSelectedProjects&" + kind +
+                      u"SelectedProjects=Lib\nNatve"),
+                HasSubstr("2 Warning : " + text::ToUtf8(kind) +
+                          "SelectedProjects, \"Natve\": App.sln has no project "
+                          "\"Natve\". Did you mean \"Native\"?\n"));
+  }
+}
+
+TEST_F(VersionStamping, TakesFromTheActionWhatAPropertySetOfWin32ValuesLacks) {
+  host_.Sets.Sets[u"Set"] = {{u"MajorVersion", u"5"}, {u"CompanyName", u"Set"}};
+  Stamp(
+      u"UpdateWin32Resource=True&UseWin32PropertySet=True&Win32VersionInfoPropertySetName=Set&MajorVersion=1&"
+      u"MinorVersion=4&AutoIncBuild=True&BuildVersion=41&VersionInfoKeys=Comments=c\r\nCompanyName=Action");
+  const std::string script = folder_.Read("Native/version.rc");
+  EXPECT_THAT(script,
+              testing::AllOf(HasSubstr("FILEVERSION 5,4,0,42\r\n"), HasSubstr("\"CompanyName\", \"Set"),
+                             HasSubstr("\"Comments\", \"c"), HasSubstr("\"FileVersion\", \"5.4.0.42"),
+                             HasSubstr("\"ProductVersion\", \"5.4.0.42")));
+  EXPECT_EQ(Get(u"BuildVersion") + Get(u"MajorVersion"), "421") << "only the increment stays in the action";
+}
+
+TEST_F(VersionStamping, RefusesNumbersBeforeTheyAreKeptOrWritten) {
+  EXPECT_THAT(Stamp(u"UpdateWin32Resource=True&AutoIncBuild=True&BuildVersion=65535"),
+              testing::EndsWith("< 3\nfailed"));
+  EXPECT_EQ(Get(u"BuildVersion"), "65535");
+  EXPECT_EQ(folder_.Read("Native/version.rc"), Script);
+}
+
 TEST_F(VersionStamping, EndsTheActionBeforeAnyToolRunsWhenItFails) {
   const std::pair<std::u16string, std::string> cases[] = {
       {u"UpdateAssemblyInfo=True&UseDotNetPropertySet=True", "3 DotNet PropertySet name is blank\n"},
