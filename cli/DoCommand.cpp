@@ -63,7 +63,7 @@ void AddPropertySets(TProject& project, const std::vector<std::string>& texts) {
       set = std::make_shared<TProjectPropertySet>(text.substr(0, dot), TPropertySetKind::Win32);
       project.PropertySets.Add(set);
     }
-    if (!set->Add(text.substr(dot + 1, equals - dot - 1), text.substr(equals + 1)))
+    if (!set->Add(text.substr(dot + 1, equals - dot - 1), WithHostLineEnds(text.substr(equals + 1))))
       throw EUsage(text.substr(0, equals) + u" is given twice.");
   }
 }

@@ -63,12 +63,40 @@ bool TKxVSSolutionIterator::BeforeFirstIteration() {
   SendMessage(u"Loading solution file : " + path);
   try {
     ReadProjects(*OpenSolution(path, IncludeProjectsNotFound, &Host().Stop()));
+    if (values_.IsEmpty()) emptyMessage_ = EmptyMessage(path);
   } catch (const std::exception& error) {
     SendMessage(u"Failed to load solution file : " + MessageOf(error), TStatusTag::stError);
     return false;
   }
   SetIterationCount(static_cast<int>(values_.Count()));
   return true;
+}
+
+void TKxVSSolutionIterator::LookAhead(IKxActionValidationError& errors) {
+  TKxBaseIterator::LookAhead(errors);
+  const auto expanded = ForeseeExpression(Solution);
+  if (!expanded) return;
+  const std::u16string path = FullProjectPath(*expanded);
+  const auto refuse = [&errors](const std::u16string& message) { errors.Add(u"Solution", message); };
+  if (expanded->empty()) {
+    refuse(u"A value is required.");
+  } else if (!platform::FileExists(path)) {
+    refuse(u"Solution not found : " + path);
+  } else {
+    try {
+      if (LookAtSolution(path, IncludeProjectsNotFound, &Host().Stop())->GetProjects()->GetCount() == 0)
+        refuse(EmptyMessage(path));
+    } catch (const std::exception& error) {
+      refuse(u"Failed to load solution file : " + MessageOf(error));
+    }
+  }
+}
+
+std::u16string TKxVSSolutionIterator::EmptyMessage(const std::u16string& path) const {
+  const int count = LookAtSolution(path, true, &Host().Stop())->GetProjects()->GetCount();
+  if (count == 0) return u"The loop has no pass: the solution " + path + u" has no projects.";
+  return u"The loop has no pass: the solution " + path + u" names " + text::FromInteger(count) +
+         u" projects, and none is on disk. With IncludeProjectsNotFound they are visited all the same.";
 }
 
 void TKxVSSolutionIterator::ReadProjects(const IVSDotNetSolution& solution) {

@@ -32,16 +32,20 @@ public:
   std::u16string GetActionName() const override { return u"VS.NET Solution Iterator"; }
   std::u16string GetActionKeywords() const override { return u"Visual Studio VisualStudio Project"; }
   std::u16string GetPassUnit() const override { return u"project"; }
+  void LookAhead(IKxActionValidationError& errors) override;
 
 protected:
   std::u16string GetCurrentValue() override;
   bool BeforeFirstIteration() override;
+  std::u16string GetEmptyMessage() const override { return emptyMessage_; }
 
 private:
   void ReadProjects(const IVSDotNetSolution& solution);
   std::u16string GetValue(const IVSDotNetProject& project);
+  std::u16string EmptyMessage(const std::u16string& path) const; // raises what LookAtSolution raises
 
-  text::TStringList values_; // one a pass
+  text::TStringList values_;    // one a pass
+  std::u16string emptyMessage_; // when there are none
 };
 
 } // namespace kx

@@ -39,20 +39,19 @@ TActionNode* FindIn(const std::vector<std::unique_ptr<TActionNode>>& nodes, cons
   return nullptr;
 }
 
-bool IsNameCharacter(char16_t c) {
-  // From U+00C0 on scripts of letters begin.
-  return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') || text::IsDigit(c) || c == u'_' || c == u'.' ||
-         c >= 0xC0;
-}
-
 } // namespace
 
 bool IsClearSecret(const TKxPublishedProperty& property) {
   return property.Secret && !property.Stored;
 }
 
-bool IsVariableName(std::u16string_view name) {
-  return !name.empty() && std::ranges::all_of(name, IsNameCharacter);
+std::u16string WithHostLineEnds(std::u16string_view text) {
+  std::u16string result;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == u'\n' && (i == 0 || text[i - 1] != u'\r')) result += u'\r';
+    result += text[i];
+  }
+  return result;
 }
 
 TProjectVariable TProjectVariable::Parse(std::u16string_view assignment) {
@@ -60,7 +59,7 @@ TProjectVariable TProjectVariable::Parse(std::u16string_view assignment) {
   if (equals == std::u16string_view::npos || !IsVariableName(assignment.substr(0, equals)))
     throw EKxException(Quoted(assignment) + u" sets no variable: expected NAME=VALUE, the name of letters, "
                                             u"digits, \"_\" and \".\".");
-  return {std::u16string(assignment.substr(0, equals)), std::u16string(assignment.substr(equals + 1))};
+  return {std::u16string(assignment.substr(0, equals)), WithHostLineEnds(assignment.substr(equals + 1))};
 }
 
 std::optional<std::u16string> TProjectPropertySet::GetValue(std::u16string_view name) const {
@@ -128,7 +127,7 @@ const TKxPublishedProperty& TActionNode::RequireProperty(std::u16string_view nam
 
 void TActionNode::Set(std::u16string_view property, std::u16string_view text) {
   const TKxPublishedProperty& row = RequireProperty(property);
-  row.Set(*action_, PropertyFromText(row, text));
+  row.Set(*action_, PropertyFromText(row, WithHostLineEnds(text)));
 }
 
 std::u16string TProject::Directory() const {

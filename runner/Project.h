@@ -21,8 +21,8 @@ struct TProjectVariable {
   static TProjectVariable Parse(std::u16string_view assignment); // "NAME=VALUE"; raises EKxException
 };
 
-// Letters, digits, "_" and ".": what expressions can refer to.
-bool IsVariableName(std::u16string_view name);
+// Texts of a project are the host's own: their lines end with CR LF. XML and command lines give them with LF.
+std::u16string WithHostLineEnds(std::u16string_view text);
 
 class TProjectPropertySet : public IPropertySet {
 public:

@@ -20,16 +20,6 @@ TNames ListOf(std::span<const std::u16string_view> names) {
   return {names.begin(), names.end()};
 }
 
-// Texts of a project are the host's own: their lines end with CR LF, which XML reads as LF.
-std::u16string WithHostLineEnds(std::u16string_view text) {
-  std::u16string result;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text[i] == u'\n' && (i == 0 || text[i - 1] != u'\r')) result += u'\r';
-    result += text[i];
-  }
-  return result;
-}
-
 bool NamesSecret(const TActionNode& node, const TProjectElement& element) {
   const auto* property = node.FindProperty(element.Name);
   return property != nullptr && IsClearSecret(*property);

@@ -167,6 +167,8 @@ bool TProjectRunner::TState::RunNodes(const std::vector<std::unique_ptr<TActionN
 }
 
 bool TProjectRunner::TState::RunNode(const TActionNode& node) {
+  const TKxBaseIterator* loop = node.Iterator();
+  const TVariables::TLoopScope scope(Variables, loop == nullptr ? u"" : loop->GetLoopVariable());
   Begin(node);
   const bool succeeded = Execute(node.Action()) && !Frames.back().Breached;
   Finish(succeeded);
@@ -362,7 +364,10 @@ const TKxEvent& TProjectRunner::Stop() const {
 
 bool TProjectRunner::RunChildren(TKxBaseIterator& iterator) {
   const TActionNode* node = state_->Project.FindNode(iterator);
-  return node != nullptr && state_->RunNodes(node->Children());
+  if (node == nullptr) return false;
+  if (node->Children().empty() && iterator.GetCurrentIteration() == 1)
+    iterator.ReportBreach(KxVerdictRules::EmptyLoop, u"The loop holds no actions: its passes do nothing.");
+  return state_->RunNodes(node->Children());
 }
 
 bool TProjectRunner::IsValidating() const {

@@ -57,6 +57,19 @@ std::vector<std::u16string> TVariables::Names() const {
   return names;
 }
 
+TVariables::TLoopScope::TLoopScope(TVariables& variables, std::u16string_view name)
+    : variables_(variables), name_(name) {
+  if (const auto outer = variables.run_.find(name); outer != variables.run_.end()) before_ = outer->second;
+}
+
+TVariables::TLoopScope::~TLoopScope() {
+  if (before_) {
+    variables_.Set(name_, *before_);
+  } else if (const auto own = variables_.run_.find(name_); own != variables_.run_.end()) {
+    variables_.run_.erase(own);
+  }
+}
+
 void TVariables::Set(std::u16string_view name, std::u16string_view value) {
   run_.insert_or_assign(std::u16string(name), std::u16string(value));
 }

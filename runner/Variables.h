@@ -17,8 +17,9 @@ struct TVariableValue {
   bool MayHoldReferences = false; // written by the user, so references in it are meant
 };
 
-// Looked up in this order: what actions have set in this run (loop variables), what the command line sets,
-// the project's variables, the host's own (ProjectDir, ProjectFile), the environment. Letter case is ignored.
+// Looked up in this order: what actions have set in this run (variables of loops under way), what the command
+// line sets, the project's variables, the host's own (ProjectDir, ProjectFile), the environment. Letter case
+// is ignored.
 class TVariables {
 public:
   TVariables(const TProject& project, std::vector<TProjectVariable> commandLine); // project: outlives it
@@ -29,6 +30,21 @@ public:
 
   void Set(std::u16string_view name, std::u16string_view value); // as an action does
   void ForgetRun() { run_.clear(); }
+
+  // While it lives, a loop may set its variable; then the variable is what it was before: that of an outer
+  // loop, or none of the run's, so that the command line and the project are seen again.
+  class TLoopScope {
+  public:
+    TLoopScope(TVariables& variables, std::u16string_view name); // variables: outlives it
+    ~TLoopScope();
+    TLoopScope(const TLoopScope&) = delete;
+    TLoopScope& operator=(const TLoopScope&) = delete;
+
+  private:
+    TVariables& variables_;
+    std::u16string name_;
+    std::optional<std::u16string> before_;
+  };
 
 private:
   const TProject& project_;

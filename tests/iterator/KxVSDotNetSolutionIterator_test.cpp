@@ -95,6 +95,37 @@ TEST_F(TSolutionIteratorTest, WhatFailsIsSaidAndNothingRuns) {
   }
 }
 
+TEST_F(TSolutionIteratorTest, LooksAheadForWhatARunWouldMiss) {
+  folder_.Write("none.sln", Solution(""));
+  folder_.Write("gone.sln", Solution(Project("A", "A.csproj") + Project("B", "B.csproj")));
+  folder_.Write("mutual.sln", Solution(Project("A", "http://a", "{B}") + Project("B", "http://b", "{A}")));
+  const std::string gone =
+      "The loop has no pass: the solution DIR/gone.sln names 2 projects, and none is on disk. "
+      "With IncludeProjectsNotFound they are visited all the same.";
+  const std::pair<const char16_t*, std::string> cases[] = {
+      {u"App/App.sln", ""},
+      {u"%Loop%", ""},
+      {u"", "A value is required."},
+      {u"no.sln", "Solution not found : DIR/no.sln"},
+      {u"none.sln", "The loop has no pass: the solution DIR/none.sln has no projects."},
+      {u"gone.sln", gone},
+      {u"mutual.sln", "Failed to load solution file : "},
+  };
+  for (const auto& [solution, message] : cases) {
+    Set({{u"Solution", solution}});
+    TRecordingValidation errors;
+    loop_.LookAhead(errors);
+    ASSERT_EQ(errors.Entries.size(), message.empty() ? 0U : 1U) << text::ToUtf8(solution);
+    for (const auto& entry : errors.Entries)
+      EXPECT_THAT(folder_.Plain(entry), testing::StartsWith("Solution: " + message));
+  }
+  EXPECT_TRUE(host_.Log().empty());
+  Set({{u"Solution", u"gone.sln"}});
+  EXPECT_EQ(Run(true).back(), "! empty-loop " + gone);
+  Set({{u"IncludeProjectsNotFound", u"True"}});
+  EXPECT_EQ(Run(true).back(), "= P DIR/B.csproj");
+}
+
 TEST_F(TSolutionIteratorTest, AStopRequestEndsTheLoop) {
   host_.Children = [this](TKxBaseIterator&) {
     host_.StopRequest.Raise();

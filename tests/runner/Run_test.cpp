@@ -108,6 +108,51 @@ TEST_F(RunTest, LoopsRunTheirChildrenWithTheLoopVariable) {
                           "    } True", "  } True", "} True", "after {", "} True"));
 }
 
+TEST_F(RunTest, ALoopVariableLivesAsLongAsItsLoop) {
+  const TDeed say = [](TStepAction& a) {
+    a.SendMessage(a.ExpandExpression(u"%Both%"));
+    return true;
+  };
+  const struct {
+    const char* What;
+    TDeed LastChild; // of the inner loop
+    std::vector<std::string> Said;
+  } cases[] = {
+      {"to its end", Succeed, {"command line", "inner", "outer", "command line"}},
+      {"a failure", Fail, {"command line", "inner", "command line"}},
+      {"an exception",
+       [](TStepAction&) -> bool { throw EFailAction(u"no"); },
+       {"command line", "inner", "no", "command line"}},
+  };
+  Add(u"before", nullptr, say);
+  TActionNode& outer = AddLoop({u"outer"});
+  TActionNode& inner = AddLoop({u"inner"}, &outer);
+  static_cast<TLoopAction&>(outer.Action()).SetLoopVariable(u"Both");
+  static_cast<TLoopAction&>(inner.Action()).SetLoopVariable(u"BOTH");
+  outer.SetContinueOnError(true);
+  Add(u"inside", &inner, say);
+  Add(u"last", &inner, Succeed);
+  Add(u"behind", &outer, say);
+  Add(u"after", nullptr, say);
+  for (const auto& row : cases) {
+    TStepAction::Deeds().at(u"last") = row.LastChild;
+    std::vector<std::string> said;
+    for (const auto& line : Host.Run())
+      if (const auto at = line.find_first_not_of(' '); std::isdigit(line[at]) != 0)
+        said.push_back(line.substr(at + 2));
+    EXPECT_EQ(said, row.Said) << row.What;
+  }
+}
+
+TEST_F(RunTest, ALoopThatDoesNothingIsNoSuccess) {
+  AddLoop({});
+  EXPECT_THAT(Host.Run(),
+              ElementsAre("Loop {", "  3 The loop has no pass: there is nothing to go through.", "} False"));
+  static_cast<TLoopAction&>(Host.Project().FindNamed(u"Loop")->Action()).Values = {u"1", u"2"};
+  EXPECT_THAT(Host.Run(),
+              ElementsAre("Loop {", "  3 The loop holds no actions: its passes do nothing.", "} False"));
+}
+
 TEST_F(RunTest, AFailingChildEndsTheLoop) {
   TActionNode& loop = AddLoop({u"1", u"2", u"3"});
   Add(u"a", &loop, [](TStepAction& a) { return a.GetVariableValue(u"P") != u"2"; });
