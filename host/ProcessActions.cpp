@@ -1,5 +1,6 @@
 #include "host/ProcessActions.h"
 
+#include "host/FileUpdates.h"
 #include "text/CommandLine.h"
 #include "text/Text.h"
 
@@ -55,14 +56,17 @@ bool TKxExecuteAbstractAction::Execute() {
   const auto process = NewActionProcess();
   TKxProcessSettings& settings = process->Settings();
   settings.Executable = GetExecutable();
-  settings.StartingDirectory = GetStartingDir();
+  if (!GetStartingDir(settings.StartingDirectory)) return false;
+  settings.StartingDirectory = FullProjectPath(settings.StartingDirectory);
   TKxCommandLineBuilder builder;
   if (!GetCommandLine(builder)) return false;
   settings.Parameters = builder.Text();
   SendMessage(u"Running " + settings.Executable + u" with parameters : " + settings.Parameters);
   process->Run();
+  if (FileUpdates().IsDryRun()) return true; // nothing ran that could have a result
   if (process->GetExitCode() == ExitCodeTerminated) {
     SendMessage(u"Action Terminated by User.", TStatusTag::stError);
+    InterpretStopped();
     return false;
   }
   return InterpretResult(process->GetExitCode());

@@ -52,11 +52,18 @@ public:
 
 protected:
   virtual std::u16string GetExecutable() = 0;
-  virtual std::u16string GetStartingDir() { return {}; }
+  // A relative folder is seen from the project's, which an empty one means. False when it could not be
+  // expanded; nothing is run then.
+  virtual bool GetStartingDir(std::u16string& folder) {
+    folder.clear();
+    return true;
+  }
   // False when an expression could not be expanded; nothing is run then.
   virtual bool GetCommandLine(ICommandLineBuilder& builder) = 0;
-  // Decides the action's result from the exit code.
+  // Decides the action's result from the exit code. Not called in a dry run.
   virtual bool InterpretResult(int exitCode);
+  // In its place for a run that the user stopped: what it has left may still be of use.
+  virtual void InterpretStopped() {}
 };
 
 } // namespace kx

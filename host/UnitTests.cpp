@@ -36,20 +36,28 @@ void AppendAttribute(std::u16string& xml, std::u16string_view name, std::u16stri
   xml.append(u" ").append(name).append(u"=\"").append(AttributeValue(value)).append(u"\"");
 }
 
+std::u16string FailureMessage(const TKxUnitTestResult& result) {
+  if (!result.ErrorMessage.empty()) return result.ErrorMessage;
+  return result.Outcome.empty() ? u"The test did not pass." : result.Outcome;
+}
+
 void AppendOutcome(std::u16string& xml, const TKxUnitTestResult& result) {
   if (!result.Executed) {
     xml += u"    <skipped/>\n";
     return;
   }
+  const std::u16string message = FailureMessage(result);
   xml += u"    <failure";
-  if (!result.ErrorMessage.empty()) AppendAttribute(xml, u"message", result.ErrorMessage);
-  xml.append(u">").append(TextContent(result.StackTrace)).append(u"</failure>\n");
+  AppendAttribute(xml, u"message", message);
+  xml.append(u">").append(TextContent(message));
+  if (!result.StackTrace.empty()) xml.append(u"\n").append(TextContent(result.StackTrace));
+  xml.append(u"</failure>\n");
 }
 
-void AppendTest(std::u16string& xml, const TKxUnitTestResult& result, std::u16string_view className) {
+void AppendTest(std::u16string& xml, const TKxUnitTestResult& result, std::u16string_view runName) {
   xml += u"  <testcase";
   AppendAttribute(xml, u"name", result.TestName);
-  AppendAttribute(xml, u"classname", className);
+  AppendAttribute(xml, u"classname", result.ClassName.empty() ? runName : result.ClassName);
   AppendAttribute(xml, u"time", Seconds(result.Duration));
   if (result.Executed && result.Passed) {
     xml += u"/>\n";

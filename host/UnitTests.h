@@ -21,6 +21,8 @@ struct TKxUnitTestResult {
   std::int64_t Duration = 0; // milliseconds
   std::optional<TKxDateTime> StartTime = {};
   std::optional<TKxDateTime> EndTime = {};
+  std::u16string ClassName = {}; // empty where the results name none
+  std::u16string Outcome = {};   // the tool's own word: "Failed", "Timeout"
 };
 
 // An action reports a run as metrics of one category. The text metric TestResultsMetric is the run's
@@ -45,9 +47,10 @@ public:
   std::int64_t NotRunCount() const { return notRun_; }
   std::int64_t TotalTime() const { return totalTime_; } // milliseconds
 
-  // One element "testsuite" as JUnit reports have it, a document of its own or a part of a larger report. The
-  // class of every test is the run's name, since results know no class. Characters that XML forbids are left
-  // out, line ends are kept.
+  // One element "testsuite" as JUnit reports have it, a document of its own or a part of a larger report. A
+  // test without a class has the run's name in its place. A failure says its message twice, since readers
+  // look at the attribute or at the text only: the text goes on with the stack trace. Characters that XML
+  // forbids are left out, line ends are kept.
   std::u16string AsXmlString() const;
 
 private:

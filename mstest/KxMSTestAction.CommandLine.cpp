@@ -1,4 +1,5 @@
 #include "mstest/KxMSTestAction.h"
+#include "host/FileUpdates.h"
 #include "host/Utilities.h"
 #include "platform/Files.h"
 #include "text/StringList.h"
@@ -28,6 +29,10 @@ std::u16string QuoteLines(std::u16string_view text) {
 
 } // namespace
 
+text::TStringList SplitTestContainers(std::u16string_view text) {
+  return SplitDelimited(QuoteLines(text), u'|');
+}
+
 bool TKxMSTestAction::GetCommandLine(ICommandLineBuilder& builder) {
   builder.Reset(0);
   if (!AddTestInput(builder) || !AddResultsFile(builder) || !AddRunConfiguration(builder) ||
@@ -41,32 +46,35 @@ bool TKxMSTestAction::AddTestInput(ICommandLineBuilder& builder) {
   std::u16string files;
   if (input_.UseMetadataFile) {
     if (!TryExpandExpression(u"Test Metadata File", input_.MetadataFile, true, files)) return false;
-    builder.Add(u"/testmetadata:", files, QuoteValue);
+    builder.Add(u"/testmetadata:", AsToolSees(files), QuoteValue);
     return true;
   }
   if (!TryExpandExpression(u"Test Container File", input_.AssemblyFileName, true, files)) return false;
-  for (const auto& container : SplitDelimited(QuoteLines(files), u'|'))
-    if (!container.empty()) builder.Add(u"/testcontainer:", container, QuoteValue);
+  for (const auto& container : SplitTestContainers(files))
+    if (!container.empty()) builder.Add(u"/testcontainer:", AsToolSees(container), QuoteValue);
   return true;
 }
 
 bool TKxMSTestAction::AddResultsFile(ICommandLineBuilder& builder) {
-  resultsFileIsTemporary_ = false;
-  if (!TryExpandExpression(u"Results File", run_.OutputFileName, false, effectiveResultsFile_)) return false;
-  if (effectiveResultsFile_.empty()) {
-    effectiveResultsFile_ = TFileInfo::GetTemporaryFileName(u"", u"MSTRE");
+  std::u16string file;
+  if (!TryExpandExpression(u"Results File", run_.OutputFileName, false, file)) return false;
+  resultsFileIsTemporary_ = file.empty();
+  if (resultsFileIsTemporary_) {
+    file = TFileInfo::GetTemporaryFileName(u"", u"MSTRE");
     // MSTest does not write over a file; where this one stays, MSTest says so.
-    static_cast<void>(platform::RemoveFile(effectiveResultsFile_));
-    resultsFileIsTemporary_ = true;
+    static_cast<void>(platform::RemoveFile(file));
   }
-  builder.Add(u"/resultsfile:", effectiveResultsFile_, QuoteValue);
+  effectiveResultsFile_ = FullProjectPath(file);
+  if (!resultsFileIsTemporary_ && !FileUpdates().IsDryRun()) resultsWatch_.emplace(effectiveResultsFile_);
+  const bool sameForTool = text::ExpandPath(file, workingFolder_) == effectiveResultsFile_;
+  builder.Add(u"/resultsfile:", sameForTool ? file : effectiveResultsFile_, QuoteValue);
   return true;
 }
 
 bool TKxMSTestAction::AddRunConfiguration(ICommandLineBuilder& builder) {
   std::u16string file;
   if (!TryExpandExpression(u"Run Configuration File", run_.ConfigFileName, false, file)) return false;
-  if (!file.empty()) builder.Add(u"/runconfig:", file, QuoteValue);
+  if (!file.empty()) builder.Add(u"/runconfig:", AsToolSees(file), QuoteValue);
   return true;
 }
 
@@ -86,19 +94,6 @@ bool TKxMSTestAction::AddTests(ICommandLineBuilder& builder) {
   for (const auto& test : SplitDelimited(tests, u','))
     builder.Add(u"/test:", test, QuoteValue);
   return true;
-}
-
-std::u16string TKxMSTestAction::GetStartingDir() {
-  std::u16string text;
-  if (!run_.StartingDirectory.empty())
-    return TryExpandExpression(u"Starting Directory", run_.StartingDirectory, false, text) ? text : u"";
-  if (input_.UseMetadataFile)
-    return TryExpandExpression(u"Metadata File", input_.MetadataFile, false, text)
-               ? text::ExtractFilePath(text)
-               : u"";
-  if (!TryExpandExpression(u"Assembly File", input_.AssemblyFileName, false, text)) return {};
-  // Semicolons here, bars on the command line: so it has always been.
-  return text::ExtractFilePath(SplitDelimited(text, u';')[0]);
 }
 
 } // namespace kx

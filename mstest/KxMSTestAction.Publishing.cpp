@@ -69,6 +69,11 @@ bool TKxMSTestAction::FindTeamBuild(TTeamBuild& team) {
   return found == TeamValues.size();
 }
 
+void TKxMSTestAction::LookForTeamBuild(IKxActionValidationError& errors) {
+  for (const auto& value : TeamValues)
+    LookForValue(errors, value.Label, team_.*value.Member);
+}
+
 bool TKxMSTestAction::ExpandTeamBuild(TTeamBuild& team) {
   return std::ranges::all_of(TeamValues, [&](const TTeamValue& value) {
     return TryExpandExpression(value.Label, team_.*value.Member, true, team.*value.Member);

@@ -1,29 +1,106 @@
 #include "mstest/KxMSTestAction.h"
 #include "platform/Files.h"
+#include "text/Text.h"
+
+#include <algorithm>
+#include <array>
 
 namespace kx {
 
+namespace {
+
+// Of the other words (NotExecuted, Inconclusive, NotRunnable) nobody can say that something is wrong.
+bool HasFailed(const TKxUnitTestResult& result) {
+  constexpr std::array<std::u16string_view, 4> failures{u"Failed", u"Error", u"Timeout", u"Aborted"};
+  return std::ranges::find(failures, result.Outcome) != failures.end();
+}
+
+std::u16string Count(std::int64_t number, std::u16string_view what) {
+  return text::FromInteger(number) + u" " + std::u16string(what) + (number == 1 ? u"" : u"s");
+}
+
+} // namespace
+
+bool TKxMSTestAction::Execute() {
+  // However the run ends, a file that it has not written gets its time stamp back.
+  struct TEnd {
+    std::optional<platform::FileWatch>& Watch;
+    ~TEnd() { Watch.reset(); }
+  } const end{resultsWatch_};
+  return TKxExecuteAbstractAction::Execute();
+}
+
+TKxArrayOfMSTestResult TKxMSTestAction::TakeResults(std::u16string& problem) {
+  const std::u16string file = u"The results file " + effectiveResultsFile_;
+  TKxArrayOfMSTestResult results;
+  if (!platform::FileExists(effectiveResultsFile_)) {
+    problem = file + u" is missing: MSTest has not written it.";
+  } else if (resultsWatch_ && !resultsWatch_->WasWritten()) {
+    problem =
+        file + u" was there before, and MSTest has not written it: its results are not those of this run.";
+  } else {
+    std::u16string reason;
+    results = readResults_(effectiveResultsFile_, reason);
+    if (!reason.empty()) problem = file + u" cannot be read: " + reason;
+  }
+  // One that cannot be deleted harms nobody.
+  if (resultsFileIsTemporary_) static_cast<void>(platform::RemoveFile(effectiveResultsFile_));
+  return results;
+}
+
 bool TKxMSTestAction::InterpretResult(int exitCode) {
   TKxArrayOfMSTestResult results;
+  std::u16string problem;
   try {
-    results = readResults_(effectiveResultsFile_);
+    results = TakeResults(problem);
   } catch (const std::exception& error) {
     SendMessage(u"Could not interpret MSTest results: " + MessageOf(error), TStatusTag::stError);
     SendMessage(u"MSTest test results file: " + effectiveResultsFile_, TStatusTag::stError);
     return false; // a temporary file stays, to be looked at
   }
-  // One that cannot be deleted harms nobody.
-  if (resultsFileIsTemporary_) static_cast<void>(platform::RemoveFile(effectiveResultsFile_));
-  TKxUnitTestRun run(std::move(results));
-  run.SetName(ExpandExpression(GetDescription()));
-  SendResults(run);
+  const TKxUnitTestRun run = SendResults(std::move(results));
+  const auto failed = std::ranges::count_if(run.Results(), HasFailed);
+  if (!problem.empty()) {
+    ReportBreach(KxVerdictRules::ResultsMissing, problem);
+  } else if (run.TotalCount() == 0) {
+    ReportBreach(KxVerdictRules::NoTests,
+                 u"No test was run: the results file " + effectiveResultsFile_ + u" holds none.");
+  } else if (exitCode == 0 && failed > 0) {
+    ReportBreach(KxVerdictRules::ErrorsCounted,
+                 Count(failed, u"test") + u" failed although MSTest ended with exit code 0.");
+  }
   return exitCode == 0;
 }
 
-void TKxMSTestAction::SendResults(const TKxUnitTestRun& run) {
+void TKxMSTestAction::InterpretStopped() {
+  if (!platform::FileExists(effectiveResultsFile_)) return; // MSTest writes it at its end
+  std::u16string problem;
+  TKxArrayOfMSTestResult results = TakeResults(problem);
+  if (problem.empty()) {
+    SendResults(std::move(results));
+  } else {
+    SendMessage(u"Warning : " + problem, TStatusTag::stWarning);
+  }
+}
+
+TKxUnitTestRun TKxMSTestAction::SendResults(TKxArrayOfMSTestResult results) {
+  const auto nameless =
+      std::ranges::count_if(results, [](const TKxUnitTestResult& result) { return result.TestName.empty(); });
+  if (nameless > 0)
+    SendMessage(u"Warning : " + Count(nameless, u"result") + u" in the results file " +
+                    effectiveResultsFile_ +
+                    u" bear no name, as those of Visual Studio 2005 do not: their tests count as failed. "
+                    u"Run the tests with the MSTest of Visual Studio 2008 or later.",
+                TStatusTag::stWarning);
+  TKxUnitTestRun run(std::move(results));
+  run.SetName(ExpandExpression(GetDescription()));
   SendMetricString(UnitTestCategory, TestResultsMetric, run.AsXmlString());
   SendMetricString(UnitTestCategory, TestRunNameMetric, run.Name());
-  if (publishedToTeamBuild_) return; // Team Build counts them itself
+  if (!publishedToTeamBuild_) SendCounts(run); // else Team Build counts them itself
+  return run;
+}
+
+void TKxMSTestAction::SendCounts(const TKxUnitTestRun& run) {
   SendMetricInt(UnitTestCategory, u"Tests_Successful", run.PassedCount());
   SendMetricInt(UnitTestCategory, u"Tests_Failed", run.FailedCount());
   SendMetricInt(UnitTestCategory, u"Tests_Not_Run", run.NotRunCount());

@@ -4,9 +4,12 @@
 
 #include "host/ProcessActions.h"
 #include "mstest/TestResultsFile.h"
+#include "platform/FileWatch.h"
 #include "solution/VSNETSLN.h"
+#include "text/StringList.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -37,6 +40,10 @@ struct TMSTestInput {
   std::u16string Tests;
 };
 
+// The test containers that an expanded text names, as the command line has them. Where it has line breaks,
+// each line is one, whatever blanks it holds; otherwise bars and blanks outside quotation marks separate.
+text::TStringList SplitTestContainers(std::u16string_view text);
+
 // How to run it.
 struct TMSTestRunSettings {
   std::u16string ConfigFileName;
@@ -47,9 +54,10 @@ struct TMSTestRunSettings {
   std::u16string StartingDirectory; // empty: the folder of what is tested
 };
 
+// Relative paths mean the project's folder, also where MSTest runs in another: see AsToolSees.
 class TKxMSTestAction : public TKxExecuteAbstractAction {
 public:
-  using TReadResults = TKxArrayOfMSTestResult (*)(std::u16string_view fileName);
+  using TReadResults = TKxArrayOfMSTestResult (*)(std::u16string_view fileName, std::u16string& reason);
 
   TKxMSTestAction() : TKxMSTestAction(InterpretMSTestOutput) {}
   explicit TKxMSTestAction(TReadResults readResults);
@@ -67,16 +75,25 @@ public:
   std::u16string GetQuickHelpFilename() const override { return u"Plugins\\MSTest.html"; }
   int GetHelpTopicID() const override { return 3500; }
   bool Validate(IKxActionValidationError& errors) override;
+  void LookAhead(IKxActionValidationError& errors) override;
+  bool Execute() override;
 
 protected:
   std::u16string GetExecutable() override; // empty when the tool's folder is not known
-  std::u16string GetStartingDir() override;
+  bool GetStartingDir(std::u16string& folder) override;
   bool GetCommandLine(ICommandLineBuilder& builder) override;
-  // The exit code alone decides, unless the results cannot be interpreted.
+  // The exit code alone decides, unless the results cannot be interpreted. What speaks against it (no results
+  // of this run, no tests, failed ones) is reported as a breach.
   bool InterpretResult(int exitCode) override;
+  void InterpretStopped() override; // reports what there is
 
 private:
   std::u16string ToolFolder() const;
+  void LookForFile(IKxActionValidationError& errors, std::u16string_view page, std::u16string_view text);
+  void LookForValue(IKxActionValidationError& errors, std::u16string_view page, std::u16string_view text);
+  void LookForTeamBuild(IKxActionValidationError& errors);
+  std::u16string FolderOfTested(); // empty: the project's
+  std::u16string AsToolSees(const std::u16string& file);
 
   // The parts of the command line, in its order. False: an expression could not be expanded.
   bool AddTestInput(ICommandLineBuilder& builder);
@@ -89,7 +106,11 @@ private:
   bool FindTeamBuild(TTeamBuild& team);   // from the variables of Team Build; True when all are there
   bool ExpandTeamBuild(TTeamBuild& team); // from the action's own settings
 
-  void SendResults(const TKxUnitTestRun& run);
+  // The results that this run has written; none, and the reason, where there are none to be read. A temporary
+  // file is deleted.
+  TKxArrayOfMSTestResult TakeResults(std::u16string& problem);
+  TKxUnitTestRun SendResults(TKxArrayOfMSTestResult results);
+  void SendCounts(const TKxUnitTestRun& run);
 
   TReadResults readResults_;
   TMSTestInput input_;
@@ -98,7 +119,9 @@ private:
   TTeamBuild team_;
 
   // Of the last command line.
-  std::u16string effectiveResultsFile_;
+  std::u16string workingFolder_;                    // the full path of the folder in which MSTest runs
+  std::u16string effectiveResultsFile_;             // its full path
+  std::optional<platform::FileWatch> resultsWatch_; // of a file that the user named, while MSTest runs
   bool resultsFileIsTemporary_ = false;
   bool publishedToTeamBuild_ = false;
 };

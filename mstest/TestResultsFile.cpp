@@ -5,6 +5,7 @@
 #include "text/Text.h"
 
 #include <algorithm>
+#include <map>
 #include <string>
 #include <utility>
 
@@ -12,11 +13,22 @@ namespace kx {
 
 namespace {
 
+// "Ns.Tests, Assembly, Version=1.0.0.0" names the class Ns.Tests; commas in square brackets belong to the
+// arguments of a generic class.
+std::u16string ClassOnly(std::u16string_view name) {
+  int depth = 0;
+  const auto ends = [&depth](char16_t c) {
+    depth += c == u'[' ? 1 : c == u']' ? -1 : 0;
+    return c == u',' && depth == 0;
+  };
+  return std::u16string(text::Trim({name.begin(), std::ranges::find_if(name, ends)}));
+}
+
 // Follows the document's elements: which of them are results, and whether an element stands at
 // Output/ErrorInfo/Message or .../StackTrace below one.
 class TResultsReader : public IXmlEvents {
 public:
-  TKxArrayOfMSTestResult Take() { return std::move(results_); }
+  TKxArrayOfMSTestResult Take();
 
   void StartElement(const IXmlStartTag& tag) override;
   void EndElement() override;
@@ -41,15 +53,27 @@ private:
   };
 
   void BeginResult(const IXmlStartTag& tag);
+  void NoteDefinition(const IXmlStartTag& tag);
   void BeginChild(std::string_view name);
   void BeginError(std::string_view name, TOpen& result);
   TKxUnitTestResult& ResultOf(const TCollected& text) { return results_[text.Index]; }
 
   TKxArrayOfMSTestResult results_;
-  std::string space_; // of the document element
+  std::vector<std::u16string> testIds_; // of the results
+  // Definitions may stand before the results or behind them.
+  std::u16string definedTest_; // the id of the last definition that has begun
+  std::map<std::u16string, std::u16string, text::IgnoreCaseLess> classes_; // by the id of the test
+  std::string space_;                                                      // of the document element
   std::vector<TOpen> open_;
   std::vector<TCollected> texts_; // a result may stand inside the message of another
 };
+
+TKxArrayOfMSTestResult TResultsReader::Take() {
+  for (std::size_t i = 0; i < results_.size(); ++i)
+    if (const auto found = classes_.find(testIds_[i]); found != classes_.end())
+      results_[i].ClassName = found->second;
+  return std::move(results_);
+}
 
 void TResultsReader::StartElement(const IXmlStartTag& tag) {
   if (open_.empty()) space_ = tag.NamespaceUri();
@@ -59,6 +83,7 @@ void TResultsReader::StartElement(const IXmlStartTag& tag) {
   } else if (known && !open_.empty() && open_.back().Place != TPlace::Elsewhere) {
     BeginChild(tag.Name());
   } else {
+    if (known) NoteDefinition(tag);
     open_.emplace_back();
   }
 }
@@ -66,13 +91,23 @@ void TResultsReader::StartElement(const IXmlStartTag& tag) {
 void TResultsReader::BeginResult(const IXmlStartTag& tag) {
   const auto attribute = [&tag](std::string_view name) { return tag.GetAttribute(name).value_or(u""); };
   open_.push_back({TPlace::Result, open_.size(), results_.size()});
+  testIds_.push_back(attribute("testId"));
   TKxUnitTestResult& result = results_.emplace_back();
   result.TestName = attribute("testName");
   result.Executed = true;
-  result.Passed = attribute("outcome") == u"Passed";
+  result.Outcome = attribute("outcome");
+  result.Passed = result.Outcome == u"Passed";
   result.StartTime = ParseUTCDateTime(attribute("startTime"));
   result.EndTime = ParseUTCDateTime(attribute("endTime"));
   result.Duration = ParseUTCTime(attribute("duration"));
+}
+
+void TResultsReader::NoteDefinition(const IXmlStartTag& tag) {
+  if (tag.Name() == "UnitTest") {
+    definedTest_ = tag.GetAttribute("id").value_or(u"");
+  } else if (tag.Name() == "TestMethod") {
+    classes_.insert_or_assign(definedTest_, ClassOnly(tag.GetAttribute("className").value_or(u"")));
+  }
 }
 
 void TResultsReader::BeginChild(std::string_view name) {

@@ -11,7 +11,8 @@ namespace kx {
 using TKxArrayOfMSTestResult = std::vector<TKxUnitTestResult>;
 
 // One result for each element UnitTestResult of the document element's namespace, at any depth and in the
-// order of their start tags. A file that is missing, or that cannot be read as XML to its end, gives none.
+// order of their start tags; the class is that of the TestMethod in the test's definition, without its
+// assembly. A file that is missing, or that cannot be read as XML to its end, gives none.
 TKxArrayOfMSTestResult InterpretMSTestOutput(std::u16string_view fileName);
 // The same; `reason` says why a file could not be read, and is empty for one that was.
 TKxArrayOfMSTestResult InterpretMSTestOutput(std::u16string_view fileName, std::u16string& reason);

@@ -3,7 +3,6 @@
 #include "host/UnitTests.h"
 #include "report/Assets.h"
 #include "report/ResultRows.h"
-#include "report/TestSuites.h"
 #include "text/Encoding.h"
 #include "text/Text.h"
 
@@ -37,6 +36,7 @@ const char* OutcomeOf(const TRunReport& report) {
 void THtmlReport::On(const TRunEvent& event) {
   if (!started_) started_ = event.Time;
   now_ = event.Time;
+  suiteNames_.On(event);
   std::visit([this](const auto& what) { On(what); }, event.What);
 }
 
@@ -99,7 +99,7 @@ void THtmlReport::On(const TMessageSent& message) {
 
 void THtmlReport::On(const TMetricSent& sent) {
   if (sent.Metric.Category == UnitTestCategory) { // has a section of its own
-    if (const std::u16string* xml = TestSuiteXml(sent.Metric)) suites_.push_back(*xml);
+    if (const std::u16string* xml = TestSuiteXml(sent.Metric)) suites_.push_back(suiteNames_.Rename(*xml));
     return;
   }
   const auto* value = std::get_if<std::int64_t>(&sent.Metric.Value);

@@ -3,7 +3,7 @@
 // script.
 #pragma once
 
-#include "runner/Events.h"
+#include "report/TestSuites.h"
 #include "runner/Run.h"
 
 #include <cstdint>
@@ -60,6 +60,7 @@ private:
   std::vector<TOpen> open_;             // the page itself first
   std::vector<std::u16string> actions_; // running ones, with their passes
   std::vector<TChart> charts_;
+  TSuiteNames suiteNames_;
   std::vector<std::u16string> suites_; // XML, one for each run of tests
 };
 

@@ -1,17 +1,17 @@
 #include "report/JUnitSink.h"
 
-#include "report/TestSuites.h"
 #include "text/Encoding.h"
 
 namespace kx {
 
 void TJUnitSink::On(const TRunEvent& event) {
+  names_.On(event);
   const auto* sent = std::get_if<TMetricSent>(&event.What);
   const std::u16string* xml = sent != nullptr ? TestSuiteXml(sent->Metric) : nullptr;
   if (xml == nullptr) return;
   const auto suite = ReadTestSuite(*xml);
   if (!suite) return;
-  suites_ += text::ToUtf8(*xml);
+  suites_ += text::ToUtf8(names_.Rename(*xml));
   tests_ += static_cast<std::int64_t>(suite->Tests.size());
   failures_ += suite->Failed;
   skipped_ += suite->Skipped;

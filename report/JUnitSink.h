@@ -2,7 +2,7 @@
 // of tests, in their order. A run without tests leaves a document without suites.
 #pragma once
 
-#include "runner/Events.h"
+#include "report/TestSuites.h"
 
 #include <cstdint>
 #include <string>
@@ -15,6 +15,7 @@ public:
   std::string Document() const; // UTF-8
 
 private:
+  TSuiteNames names_;
   std::string suites_;
   std::int64_t tests_ = 0;
   std::int64_t failures_ = 0;

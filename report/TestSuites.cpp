@@ -1,12 +1,22 @@
 #include "report/TestSuites.h"
 
 #include "host/UnitTests.h"
+#include "host/Xml.h"
 #include "host/XmlStream.h"
 #include "text/Encoding.h"
+#include "text/Text.h"
 
 namespace kx {
 
 namespace {
+
+// The text of a failure repeats its message in front of the stack trace.
+std::u16string WithoutMessage(std::u16string text, std::u16string_view message) {
+  if (message.empty() || !text.starts_with(message)) return text;
+  text.erase(0, message.size());
+  if (text.starts_with(u'\n')) text.erase(0, 1);
+  return text;
+}
 
 class TSuiteReader : public IXmlEvents {
 public:
@@ -31,7 +41,7 @@ public:
   void EndElement() override {
     --depth_;
     if (!text_.empty() && !suite_.Tests.empty() && suite_.Tests.back().Failed)
-      suite_.Tests.back().StackTrace = text::FromUtf8(text_);
+      suite_.Tests.back().StackTrace = WithoutMessage(text::FromUtf8(text_), suite_.Tests.back().Message);
     text_.clear();
   }
   void Text(std::string_view utf8) override {
@@ -54,6 +64,28 @@ private:
 const std::u16string* TestSuiteXml(const TKxMetric& metric) {
   if (metric.Category != UnitTestCategory || metric.Name != TestResultsMetric) return nullptr;
   return std::get_if<std::u16string>(&metric.Value);
+}
+
+void TSuiteNames::On(const TRunEvent& event) {
+  if (const auto* started = std::get_if<TActionStarted>(&event.What)) {
+    passes_.push_back(started->Pass);
+  } else if (std::holds_alternative<TActionEnded>(event.What) && !passes_.empty()) {
+    passes_.pop_back();
+  }
+}
+
+std::u16string TSuiteNames::Rename(std::u16string_view xml) {
+  constexpr std::u16string_view opening = u"<testsuite name=\"";
+  const std::size_t tag = xml.find(opening);
+  if (tag == std::u16string_view::npos) return std::u16string(xml);
+  const std::size_t end = xml.find(u'"', tag + opening.size());
+  std::u16string passes;
+  for (const auto& pass : passes_)
+    if (!pass.empty()) passes += (passes.empty() ? u"" : u", ") + XmlEscape(pass);
+  std::u16string name(xml.substr(0, end));
+  if (!passes.empty()) name += u" (" + passes + u")";
+  if (const int count = ++seen_[name]; count > 1) name += u" (" + text::FromInteger(count) + u")";
+  return name.append(xml.substr(end));
 }
 
 std::optional<TReportedSuite> ReadTestSuite(std::u16string_view xml) {

@@ -4,6 +4,7 @@
 #include "runner/Events.h"
 
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -34,5 +35,18 @@ struct TReportedSuite {
 const std::u16string* TestSuiteXml(const TKxMetric& metric);
 // Nothing for what is no such element.
 std::optional<TReportedSuite> ReadTestSuite(std::u16string_view xml);
+
+// Gives the suites of a run names of their own, as readers of JUnit's XML need them: the passes of the loops
+// around the action stand behind the name, and a name that was there before has a number.
+class TSuiteNames {
+public:
+  void On(const TRunEvent& event); // each event of the run
+  // The XML, as TKxUnitTestRun writes it, of a suite that the last event brought.
+  std::u16string Rename(std::u16string_view xml);
+
+private:
+  std::vector<std::u16string> passes_; // one for each action under way; empty outside a loop
+  std::map<std::u16string, int> seen_; // how often each name has come
+};
 
 } // namespace kx

@@ -15,7 +15,7 @@ for argument; do case "$argument" in
   /resultsfile:*) [ ! -e "${argument#*:}" ] && cp "$here/results.trx" "${argument#*:}" ;;
 esac; done
 echo "Passed  A"
-exit "${EXIT_CODE:-0}"
+exit "${EXIT_CODE:-1}"
 """
 RESULTS = """<TestRun xmlns="http://microsoft.com/schemas/VisualStudio/TeamTest/2006"><Results>
 <UnitTestResult testName="A" outcome="Passed" duration="00:00:01.5000000"/>
@@ -52,7 +52,7 @@ class MSTestTest(e2e.EndToEndTest):
     def test_a_run_reports_its_tests_and_leaves_nothing_behind(self):
         (self.folder / "bin dir").mkdir()
         run = self.run_action("AssemblyFileName=\"bin dir/a.dll\"|b.dll")
-        self.assertEqual(run.returncode, 0, run.stdout)
+        self.assertEqual(run.returncode, 1, run.stdout)
         folder, arguments = self.call()
         self.assertEqual(folder, self.folder / "bin dir", "that of the first container")
         self.assertEqual(arguments[:2] + arguments[3:], ["/testcontainer:bin dir/a.dll", "/testcontainer:b.dll", "/nologo"])
@@ -63,7 +63,7 @@ class MSTestTest(e2e.EndToEndTest):
                                    "Tests_Not_Run": 0, "Tests_Run_Time": 1520})
         self.assertEqual([test.get("name") for test in suite.iter("testcase")], ["A", "B <\u00e9>"])
         self.assertEqual(suite.find("testcase/failure").get("message"), "Expected: 1\r\nActual: \"2\"")
-        self.assertEqual(suite.find("testcase/failure").text, "at B")
+        self.assertEqual(suite.find("testcase/failure").text, "Expected: 1\r\nActual: \"2\"\nat B")
         suites = xml.etree.ElementTree.parse(self.folder / "junit.xml").getroot()
         self.assertEqual((suites.tag, suites.get("tests"), suites.get("failures")), ("testsuites", "2", "1"))
         self.assertIn("<pre class=\"error\">Expected: 1\n", (self.folder / "report.html").read_text("utf-8"))
@@ -75,18 +75,21 @@ class MSTestTest(e2e.EndToEndTest):
         quoted = name.replace('"', '""').replace("$", "$$")
         run = self.run_action("AssemblyFileName=a.dll", "SpecifyTests=True", f"Tests=\"{quoted}\",end\\",
                               f"OutputFileName={self.folder}/out dir/r.trx")
-        self.assertEqual(run.returncode, 0, run.stdout)
+        self.assertEqual(run.returncode, 1, run.stdout)
         self.assertEqual(self.call()[1], ["/testcontainer:a.dll", f"/resultsfile:{self.folder}/out dir/r.trx",
                                           f"/test:{name}", "/test:end\\", "/nologo"])
         self.assertFalse(list(self.folder.rglob("evil")))
         self.assertTrue((self.folder / "out dir/r.trx").exists(), "the user's own file")
 
-    def test_results_that_cannot_be_read_are_none(self):
-        for what, results in [("cut off", RESULTS[:-20]), ("a bomb", BOMB), ("empty", ""), ("no XML", "\x00\x01")]:
+    def test_results_that_cannot_be_read_are_none_and_the_run_fails_with_the_reason(self):
+        rows = [("cut off", RESULTS[:-20], "Premature end"), ("a bomb", BOMB, "document type"), ("empty", "", "is empty"),
+                ("no XML", "\x00\x01", "is empty")]
+        for what, results, reason in rows:
             with self.subTest(what):
                 self.write("tool/results.trx", results)
                 run = self.run_action("AssemblyFileName=a.dll", EXIT_CODE="0")
-                self.assertEqual(run.returncode, 0, run.stdout)
+                self.assertEqual(run.returncode, 1, run.stdout)
+                self.assertRegex(run.stdout, f"The results file .* cannot be read: .*{reason}")
                 self.assertEqual(self.metrics()["Tests_Successful"], 0)
                 inspected = self.run_program(e2e.BIN / "kxhost", "inspect", "tool/results.trx", "--json")
                 self.assertIn('{"results":[],"passed":0,"failed":0,"notRun":0,"totalMs":0}', inspected.stdout)
@@ -94,6 +97,10 @@ class MSTestTest(e2e.EndToEndTest):
     def test_the_exit_code_and_the_settings_decide(self):
         self.assertEqual(self.run_action("AssemblyFileName=a.dll", EXIT_CODE="1").returncode, 1)
         self.assertEqual(self.metrics()["Tests_Successful"], 1)
+        self.write("tool/results.trx", RESULTS.replace("Failed", "Passed"))
+        self.assertEqual(self.run_action("AssemblyFileName=a.dll", EXIT_CODE="0").returncode, 0)
+        run = self.run_action("AssemblyFileName=a b.dll\nc.dll", "StartingDirectory=.", EXIT_CODE="0")
+        self.assertEqual((run.returncode, self.call()[1][:2]), (0, ["/testcontainer:a b.dll", "/testcontainer:c.dll"]))
         run = self.run_action("AssemblyFileName=a.dll", "PublishMode=pbSpecify")
         self.assertEqual(run.returncode, 1)
         self.assertIn("Team Server Name : a value is required.", run.stdout)

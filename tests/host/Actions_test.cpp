@@ -24,7 +24,10 @@ public:
 
 protected:
   std::u16string GetExecutable() override { return u"C:\\bin\\tool.exe"; }
-  std::u16string GetStartingDir() override { return u"C:\\work"; }
+  bool GetStartingDir(std::u16string& folder) override {
+    folder = u"work";
+    return true;
+  }
   bool GetCommandLine(ICommandLineBuilder& builder) override {
     builder.Reset(0);
     builder.Add(u"/nologo", u"", TCommandLineOption::Plain);
@@ -98,11 +101,12 @@ TEST_F(Actions, RunOneToolAndJudgeItsExitCode) {
   for (const auto& row : cases) {
     TTool tool;
     tool.Attach(host_);
+    host_.Variables[u"ProjectDir"] = u"C:\\project";
     host_.Play(row.Playback);
     EXPECT_EQ(tool.Execute(), row.Succeeds);
     EXPECT_EQ(host_.Log().back(), row.LastLine);
     EXPECT_EQ(host_.Runs().back().Parameters, "/nologo /in:\"a b.dll\" /dir:\"C:\\x\\\\\"");
-    EXPECT_EQ(host_.Runs().back().Directory, "C:\\work");
+    EXPECT_EQ(host_.Runs().back().Directory, "C:\\project\\work");
   }
 }
 
@@ -139,7 +143,7 @@ TEST_F(Actions, ALoopSetsItsVariableForEachPassAndEndsAtTheFirstFailure) {
   const TCase cases[] = {
       {3, 0, true, true, {"= Item v1", "= Item v2", "= Item v3"}},
       {3, 2, true, false, {"= Item v1", "= Item v2"}},
-      {0, 0, true, true, {}},
+      {0, 0, true, true, {"! empty-loop The loop has no pass: there is nothing to go through."}},
       {3, 0, false, false, {}},
   };
   for (const auto& row : cases) {
@@ -153,6 +157,20 @@ TEST_F(Actions, ALoopSetsItsVariableForEachPassAndEndsAtTheFirstFailure) {
     EXPECT_EQ(loop.Execute(), row.Succeeds);
     EXPECT_EQ(host_.Log(), row.Log);
     EXPECT_EQ(loop.GetCurrentIteration(), 0);
+  }
+}
+
+TEST_F(Actions, ALoopVariableThatNoTextCanReadIsFoundBeforehand) {
+  const std::pair<std::u16string, std::size_t> cases[] = {
+      {u"Item", 0}, {u"", 0},    {u"a.b_1", 0}, {u"\u00C9l\u00E9ment", 0},
+      {u"a b", 1},  {u"a-b", 1}, {u"%a%", 1},   {u" a", 1},
+  };
+  for (const auto& [name, entries] : cases) {
+    TLoop loop;
+    loop.SetLoopVariable(name);
+    tests::TRecordingValidation errors;
+    loop.LookAhead(errors);
+    EXPECT_EQ(errors.Entries.size(), entries) << text::ToUtf8(name);
   }
 }
 

@@ -22,8 +22,9 @@ std::vector<TKxUnitTestResult> FourResults() {
        .ErrorMessage = u"a<b\r\n\"c\"",
        .StackTrace = u"at B\r\n\tat C",
        .Duration = 5,
-       .StartTime = At(10)},
-      {.Executed = true, .TestName = u"C"},
+       .StartTime = At(10),
+       .ClassName = u"Ns.List`1[A, B]"},
+      {.Executed = true, .TestName = u"C", .Outcome = u"Timeout"},
       {.TestName = u"D", .Duration = 7},
   };
 }
@@ -44,12 +45,14 @@ TEST(UnitTestRun, IsWrittenAsJUnitHasIt) {
       text::ToUtf8(run.AsXmlString()),
       R"(<testsuite name="Tests &amp; more" tests="4" failures="2" errors="0" skipped="1" time="1.239" timestamp="2010-04-01T10:00:00">
   <testcase name="A" classname="Tests &amp; more" time="1.234"/>
-  <testcase name="B" classname="Tests &amp; more" time="0.005">
-    <failure message="a&lt;b&#13;&#10;&quot;c&quot;">at B&#13;
+  <testcase name="B" classname="Ns.List`1[A, B]" time="0.005">
+    <failure message="a&lt;b&#13;&#10;&quot;c&quot;">a&lt;b&#13;
+&quot;c&quot;
+at B&#13;
 	at C</failure>
   </testcase>
   <testcase name="C" classname="Tests &amp; more" time="0.000">
-    <failure></failure>
+    <failure message="Timeout">Timeout</failure>
   </testcase>
   <testcase name="D" classname="Tests &amp; more" time="0.007">
     <skipped/>
@@ -75,7 +78,7 @@ TEST(UnitTestRun, TextsComeBackButForForbiddenCharacters) {
   EXPECT_EQ(document.DocumentElement()->GetAttribute(u"name"), allowed);
   EXPECT_EQ(test->GetAttribute(u"name"), allowed);
   EXPECT_EQ(failure->GetAttribute(u"message"), allowed);
-  EXPECT_EQ(failure->Text(), allowed);
+  EXPECT_EQ(failure->Text(), allowed + u"\n" + allowed);
 }
 
 } // namespace

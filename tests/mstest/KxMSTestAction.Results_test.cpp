@@ -1,6 +1,10 @@
 #include "tests/mstest/MSTestActionFixture.h"
 
+#include "host/FileUpdates.h"
 #include "platform/Files.h"
+
+#include <filesystem>
+#include <functional>
 
 namespace kx::tests {
 namespace {
@@ -24,18 +28,19 @@ protected:
     host_.Play({.ExitCode = exitCode, .During = [this, trx] { folder_.Write("out.trx", trx); }});
     return action_.Execute();
   }
-  // What followed the run; a run's XML by its length only.
+  // What followed the run, without the XML of its tests and with the test's folder as DIR.
   std::vector<std::string> Outcome() const {
     std::vector<std::string> lines;
     bool ended = false;
     for (const auto& line : host_.Log()) {
-      if (ended) lines.push_back(line.substr(0, line.find('<')));
+      if (ended) lines.push_back(folder_.Plain(line.substr(0, line.find('<'))));
       ended = ended || line == "$ MSTest.exe";
     }
     return lines;
   }
 
   TTemporaryFolder folder_;
+  std::filesystem::file_time_type stamp_;
 };
 
 std::vector<std::string> Metrics(const std::string& passed, const std::string& failed,
@@ -55,11 +60,39 @@ TEST_F(MSTestResults, TheExitCodeAloneDecides) {
     int ExitCode;
     std::vector<std::string> Log;
   };
+  const auto with = [](std::vector<std::string> metrics, const std::string& breach) {
+    metrics.push_back(breach);
+    return metrics;
+  };
+  const auto none = Metrics("0", "0", "0");
+  const std::string unnamed = R"(<Tests><UnitTestResult><testName>A</testName></UnitTestResult></Tests>)";
+  const std::string warning =
+      "2 Warning : 1 result in the results file DIR/out.trx bear no name, as those of Visual Studio 2005 do "
+      "not: "
+      "their tests count as failed. Run the tests with the MSTest of Visual Studio 2008 or later.";
   const TCase cases[] = {
-      {"failed tests, a good exit code", ThreeResults, 0, Metrics("1", "2", "1239")},
+      {"failed tests, a good exit code", ThreeResults, 0,
+       with(Metrics("1", "2", "1239"),
+            "! errors-counted 1 test failed although MSTest ended with exit code 0.")},
       {"a bad exit code", ThreeResults, 1, Metrics("1", "2", "1239")},
-      {"a file cut off", std::string(ThreeResults).substr(0, 200), 0, Metrics("0", "0", "0")},
-      {"an empty file", "", 0, Metrics("0", "0", "0")},
+      {"tests that were not executed, a good exit code",
+       R"(<r><UnitTestResult testName="A" outcome="NotExecuted"/></r>)", 0, Metrics("0", "1", "0")},
+      {"a file cut off", std::string(ThreeResults).substr(0, 200), 0,
+       with(none, "! results-missing The results file DIR/out.trx cannot be read: Couldn't find end of "
+                  "Start Tag UnitTestResult line 4 (line 4)")},
+      {"an empty file", "", 0,
+       with(none,
+            "! results-missing The results file DIR/out.trx cannot be read: Document is empty (line 1)")},
+      {"no tests", "<TestRun/>", 0,
+       with(none, "! no-tests No test was run: the results file DIR/out.trx holds none.")},
+      {"no tests, a bad exit code", "<TestRun/>", 1,
+       with(none, "! no-tests No test was run: the results file DIR/out.trx holds none.")},
+      {"results without names", unnamed, 1,
+       [&] {
+         auto log = Metrics("0", "1", "0");
+         log.insert(log.begin(), warning);
+         return log;
+       }()},
   };
   for (const auto& row : cases) {
     EXPECT_EQ(Run(row.Trx, row.ExitCode), row.ExitCode == 0) << row.What;
@@ -68,9 +101,99 @@ TEST_F(MSTestResults, TheExitCodeAloneDecides) {
   }
 }
 
-TEST_F(MSTestResults, AMissingFileIsARunWithoutTests) {
+TEST_F(MSTestResults, OnlyWhatThisRunHasWrittenCounts) {
+  const std::string old =
+      "! results-missing The results file DIR/out.trx was there before, and MSTest has not "
+      "written it: its results are not those of this run.";
+  const struct {
+    const char* What;
+    bool IsThere; // before the run
+    std::function<void()> During;
+    std::string Breach; // none: the three results are reported
+  } cases[] = {
+      {"nothing",
+       false,
+       {},
+       "! results-missing The results file DIR/out.trx is missing: MSTest has not written it."},
+      {"an older file", true, {}, old},
+      {"the same content again", true, [this] { folder_.Write("out.trx", ThreeResults); }, ""},
+      {"a copy that keeps its time stamp", true,
+       [this] {
+         const std::filesystem::path file(folder_.Path("out.trx")), copy(folder_.Path("copy.trx"));
+         std::filesystem::copy(file, copy);
+         std::filesystem::last_write_time(copy, stamp_);
+         std::filesystem::rename(copy, file);
+       },
+       ""},
+  };
+  for (const auto& row : cases) {
+    if (row.IsThere) folder_.Write("out.trx", ThreeResults);
+    if (row.IsThere) stamp_ = std::filesystem::last_write_time(folder_.Path("out.trx"));
+    host_.ClearLog();
+    host_.Play({.ExitCode = 1, .During = row.During});
+    EXPECT_FALSE(action_.Execute());
+    auto expected = row.Breach.empty() ? Metrics("1", "2", "1239") : Metrics("0", "0", "0");
+    if (!row.Breach.empty()) expected.push_back(row.Breach);
+    EXPECT_EQ(Outcome(), expected) << row.What;
+    if (row.Breach == old) {
+      EXPECT_EQ(std::filesystem::last_write_time(folder_.Path("out.trx")), stamp_) << "left as it was";
+    }
+  }
+}
+
+TEST_F(MSTestResults, ADryRunInterpretsNothing) {
+  folder_.Write("out.trx", ThreeResults);
+  struct : IKxFileUpdates {
+    platform::Result<std::string> Read(std::u16string_view) override { return std::string(); }
+    platform::Status Replace(std::u16string_view, std::string_view) override { return platform::Done{}; }
+    platform::Status CopyIfMissing(std::u16string_view, std::u16string_view) override {
+      return platform::Done{};
+    }
+    bool IsDryRun() const override { return true; }
+  } dryRun;
+  TKxServices services = CurrentServices();
+  services.Files = &dryRun;
+  SetServices(services);
   EXPECT_TRUE(action_.Execute());
-  EXPECT_EQ(Outcome(), Metrics("0", "0", "0"));
+  EXPECT_THAT(Outcome(), ElementsAre());
+}
+
+// The file that the property names, as MSTest is told of it in its own folder, and where its results are
+// read.
+TEST_F(MSTestResults, RelativePathsMeanTheProjectsFolder) {
+  host_.Variables[u"ProjectDir"] = folder_.Path();
+  folder_.Write("bin/a.dll", "");
+  folder_.Write("a.testrunconfig", "");
+  const struct {
+    const char* What;
+    TSettings Settings;
+    std::string Directory, Parameters;
+  } cases[] = {
+      {"in the project's folder",
+       {{u"AssemblyFileName", u"a.dll"}},
+       "DIR",
+       "/testcontainer:a.dll /resultsfile:out.trx"},
+      {"a container below it",
+       {{u"AssemblyFileName", u"bin/a.dll"}},
+       "DIR/bin/",
+       "/testcontainer:DIR/bin/a.dll /resultsfile:DIR/out.trx"},
+      {"a folder of the user's, from which the container is seen",
+       {{u"AssemblyFileName", u"a.dll"}, {u"StartingDirectory", u"bin"}},
+       "DIR/bin",
+       "/testcontainer:a.dll /resultsfile:DIR/out.trx"},
+      {"a run configuration",
+       {{u"ConfigFileName", u"a.testrunconfig"}},
+       "DIR/bin",
+       "/testcontainer:a.dll /resultsfile:DIR/out.trx /runconfig:DIR/a.testrunconfig"},
+  };
+  for (const auto& row : cases) { // each goes on from the one before
+    Set({{u"OutputFileName", u"out.trx"}});
+    Set(row.Settings);
+    Run(ThreeResults, 1);
+    EXPECT_EQ(Outcome(), Metrics("1", "2", "1239")) << row.What;
+    EXPECT_EQ(folder_.Plain(host_.Runs().back().Directory), row.Directory) << row.What;
+    EXPECT_EQ(folder_.Plain(host_.Runs().back().Parameters), row.Parameters + " /nologo") << row.What;
+  }
 }
 
 TEST_F(MSTestResults, TheRunBearsTheExpandedDescription) {
@@ -86,10 +209,10 @@ TEST_F(MSTestResults, CountsArePublishedInOnePlace) {
   for (const auto* name :
        {u"_envTeamServer", u"_envTeamProject", u"_envTeamBuildId", u"_envBuildPlatform", u"_envBuildFlavor"})
     host_.Variables[name] = u"x";
-  Run(ThreeResults, 0);
+  Run(ThreeResults, 1);
   EXPECT_THAT(Outcome(), ElementsAre("# Unit_Tests Test_Results ", "# Unit_Tests Test_Run_Name Run MSTest"));
   Set({{u"PublishMode", u"pbSpecify"}, {u"TeamServer", u"s"}, {u"TeamProject", u"p"}, {u"BuildId", u"b"}});
-  Run(ThreeResults, 0);
+  Run(ThreeResults, 1);
   EXPECT_EQ(Outcome(), Metrics("1", "2", "1239"));
 }
 
@@ -102,12 +225,17 @@ std::u16string ResultsFile(const TRun& run) {
 
 TEST_F(MSTestResults, ATemporaryFileGoesOnceItWasRead) {
   Set({{u"OutputFileName", u""}});
-  host_.Play({.During = [this] {
-    ASSERT_TRUE(platform::SaveFile(ResultsFile(host_.Runs().back()), ThreeResults));
-  }});
-  EXPECT_TRUE(action_.Execute());
-  EXPECT_EQ(Outcome(), Metrics("1", "2", "1239"));
-  EXPECT_FALSE(platform::FileExists(ResultsFile(host_.Runs().back())));
+  for (const int exitCode : {1, ExitCodeTerminated}) {
+    host_.ClearLog();
+    host_.Play({.ExitCode = exitCode, .During = [this] {
+                  ASSERT_TRUE(platform::SaveFile(ResultsFile(host_.Runs().back()), ThreeResults));
+                }});
+    EXPECT_FALSE(action_.Execute());
+    auto expected = Metrics("1", "2", "1239");
+    if (exitCode == ExitCodeTerminated) expected.insert(expected.begin(), "3 Action Terminated by User.");
+    EXPECT_EQ(Outcome(), expected);
+    EXPECT_FALSE(platform::FileExists(ResultsFile(host_.Runs().back())));
+  }
   // The next run's file is the user's own again.
   Set({{u"OutputFileName", folder_.Path() + u"/out.trx"}});
   Run(ThreeResults, 0);
@@ -115,7 +243,7 @@ TEST_F(MSTestResults, ATemporaryFileGoesOnceItWasRead) {
 }
 
 TEST_F(MSTestResults, ATemporaryFileStaysWhenItCannotBeInterpreted) {
-  TKxMSTestAction action([](std::u16string_view) -> TKxArrayOfMSTestResult {
+  TKxMSTestAction action([](std::u16string_view, std::u16string&) -> TKxArrayOfMSTestResult {
     throw EKxException(u"The results make no sense.");
   });
   action.Attach(host_);

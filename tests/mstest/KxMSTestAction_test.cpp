@@ -102,34 +102,98 @@ TEST_F(TMSTestActionTest, RunsTheMSTestOfTheVersionOrTheStandaloneOne) {
 }
 
 TEST_F(TMSTestActionTest, RunsInTheFolderOfWhatItTests) {
-  host_.Variables[u"Root"] = u"C:\\src";
+  const TTemporaryFolder folder;
+  for (const auto* name : {"project/sub/x", "bin/x", "other/x", "My Tests/x"})
+    folder.Write(name);
+  host_.Variables[u"Root"] = folder.Path();
+  host_.Variables[u"ProjectDir"] = folder.Path("project");
   struct TCase {
     const char* What;
     TSettings Settings;
     std::string Directory;
   };
   const TCase cases[] = {
-      {"a container", {{u"AssemblyFileName", u"%Root%\\bin\\a.dll"}}, "C:\\src\\bin\\"},
-      {"a name alone", {{u"AssemblyFileName", u"a.dll"}}, ""},
-      {"semicolons separate", {{u"AssemblyFileName", u"C:\\a\\1.dll;C:\\b\\2.dll"}}, "C:\\a\\"},
-      {"bars do not", {{u"AssemblyFileName", u"C:\\a\\1.dll|C:\\b\\2.dll"}}, "C:\\a\\1.dll|C:\\b\\"},
-      {"a blank ends the first", {{u"AssemblyFileName", u"C:\\My Tests\\a.dll"}}, "C:\\"},
-      {"quotes keep it whole", {{u"AssemblyFileName", u"\"C:\\My Tests\\a.dll\""}}, "C:\\My Tests\\"},
-      {"an empty first item", {{u"AssemblyFileName", u";C:\\b\\2.dll"}}, ""},
+      {"a container", {{u"AssemblyFileName", u"%Root%/bin/a.dll"}}, "DIR/bin/"},
+      {"a name alone", {{u"AssemblyFileName", u"a.dll"}}, "DIR/project"},
+      {"a relative path", {{u"AssemblyFileName", u"sub/a.dll"}}, "DIR/project/sub/"},
+      {"semicolons separate", {{u"AssemblyFileName", u"%Root%/bin/1.dll;%Root%/other/2.dll"}}, "DIR/bin/"},
+      {"bars too", {{u"AssemblyFileName", u"%Root%/bin/1.dll|%Root%/other/2.dll"}}, "DIR/bin/"},
+      {"lines too", {{u"AssemblyFileName", u"%Root%/other/1.dll\r\n%Root%/bin/2.dll"}}, "DIR/other/"},
+      {"a blank ends the first", {{u"AssemblyFileName", u"%Root%/My Tests/a.dll"}}, "DIR/"},
+      {"quotes keep it whole", {{u"AssemblyFileName", u"\"%Root%/My Tests/a.dll\"|b.dll"}}, "DIR/My Tests/"},
+      {"an empty first item", {{u"AssemblyFileName", u";%Root%/bin/2.dll"}}, "DIR/project"},
+      {"a folder that is not there", {{u"AssemblyFileName", u"%Root%/gone/a.dll"}}, "DIR/project"},
       {"a metadata file",
-       {{u"UseMetadataFile", u"True"}, {u"MetadataFile", u"%Root%\\My Tests\\all.vsmdi"}},
-       "C:\\src\\My Tests\\"},
-      {"its own", {{u"StartingDirectory", u"%Root%"}}, "C:\\src"},
+       {{u"UseMetadataFile", u"True"}, {u"MetadataFile", u"%Root%/My Tests/all.vsmdi"}},
+       "DIR/My Tests/"},
+      {"its own", {{u"StartingDirectory", u"%Root%"}}, "DIR"},
   };
   for (const auto& row : cases) { // each goes on from the one before
     Set(row.Settings);
+    host_.ClearLog();
     action_.Execute();
-    EXPECT_EQ(host_.Runs().back().Directory, row.Directory) << row.What;
+    EXPECT_EQ(folder.Plain(host_.Runs().back().Directory), row.Directory) << row.What;
+    const bool isWarned = host_.Log().front().starts_with("2 Warning : there is no folder ");
+    EXPECT_EQ(isWarned, std::string_view(row.What) == "a folder that is not there") << row.What;
   }
+  host_.ClearLog();
   Set({{u"StartingDirectory", u"%No%"}});
-  action_.Execute();
-  EXPECT_EQ(host_.Runs().back().Directory, "") << "one that cannot be expanded";
-  EXPECT_EQ(std::ranges::count(host_.Log(), "3 Starting Directory : Unknown name: No"), 1);
+  EXPECT_FALSE(action_.Execute());
+  EXPECT_THAT(host_.Log(), ElementsAre("3 Starting Directory : Unknown name: No"));
+}
+
+TEST_F(TMSTestActionTest, LooksAheadForWhatARunWouldMiss) {
+  const TTemporaryFolder folder;
+  folder.Write("tool/MSTest.exe");
+  folder.Write("all.vsmdi");
+  host_.Variables = {{u"ProjectDir", folder.Path()}, {u"Empty", u""}};
+  VSDotNetOptions()->SetDevEnv2008Location(folder.Path("tool"));
+  VSDotNetOptions()->SetDevEnv2010Location(folder.Path("no tool"));
+  struct TCase {
+    const char* What;
+    TSettings Settings;
+    std::vector<std::string> Entries;
+  };
+  const TCase cases[] = {
+      {"nothing", {{u"AssemblyFileName", u"a.dll"}}, {}},
+      {"what only a run knows", {{u"AssemblyFileName", u"%Loop%"}, {u"ConfigFileName", u"%Loop%"}}, {}},
+      {"a tool that is not there",
+       {{u"VisualStudioVer", u"vs2010"}},
+       {"VisualStudio.NET Options: There is no DIR/no tool/MSTest.exe. [options]"}},
+      {"texts that come out empty",
+       {{u"VisualStudioVer", u"vs2008"},
+        {u"AssemblyFileName", u"%Empty%"},
+        {u"ConfigFileName", u"%Empty%"},
+        {u"SpecifyTests", u"True"}},
+       {"Assembly Filename: A value is required.", "Tests: A value is required."}},
+      {"files that are not there",
+       {{u"AssemblyFileName", u"a.dll"}, {u"Tests", u"A"}, {u"ConfigFileName", u"no.testrunconfig"}},
+       {"Run Configuration File: There is no file DIR/no.testrunconfig."}},
+      {"a metadata file, but no lists and no build",
+       {{u"ConfigFileName", u""},
+        {u"UseMetadataFile", u"True"},
+        {u"MetadataFile", u"all.vsmdi"},
+        {u"SpecifyTestList", u"True"},
+        {u"PublishMode", u"pbSpecify"},
+        {u"TeamServer", u"s"},
+        {u"TeamProject", u"p"}},
+       {"Test List: A value is required.", "Team Build Id: A value is required."}},
+      {"an empty metadata file",
+       {{u"MetadataFile", u"%Empty%"}, {u"TestList", u"a"}, {u"BuildId", u"1"}},
+       {"Metadata File: A value is required."}},
+      {"no metadata file",
+       {{u"MetadataFile", u"no.vsmdi"}},
+       {"Metadata File: There is no file DIR/no.vsmdi."}},
+  };
+  for (const auto& row : cases) { // each goes on from the one before
+    Set(row.Settings);
+    TRecordingValidation errors;
+    action_.LookAhead(errors);
+    for (auto& entry : errors.Entries)
+      entry = folder.Plain(entry);
+    EXPECT_EQ(errors.Entries, row.Entries) << row.What;
+  }
+  EXPECT_TRUE(host_.Log().empty());
 }
 
 } // namespace

@@ -100,8 +100,34 @@ TEST_F(Reports, CollectAllRunsOfTestsForJUnit) {
   Send(TMetricSent{{std::u16string(UnitTestCategory), std::u16string(TestResultsMetric), u"<broken"}});
   const std::string document = JUnit.Document();
   EXPECT_THAT(document, HasSubstr("<testsuites tests=\"6\" failures=\"2\" errors=\"0\" skipped=\"2\">"));
-  EXPECT_THAT(document, HasSubstr("<failure message=\"1 &lt; 2\">at &lt;x&gt;</failure>"));
+  EXPECT_THAT(document, HasSubstr("<failure message=\"1 &lt; 2\">1 &lt; 2\nat &lt;x&gt;</failure>"));
   EXPECT_THAT(document, Not(HasSubstr("broken")));
+}
+
+TEST_F(Reports, GiveEveryRunOfTestsANameOfItsOwn) {
+  const auto runOf = [this](std::u16string_view pass) {
+    Send(TActionStarted{.Name = u"Tests", .Pass = std::u16string(pass)});
+    SendTests();
+    Send(TActionEnded{});
+  };
+  runOf(u"");
+  Send(TActionStarted{.Name = u"Outer"});
+  for (const auto* outer : {u"A<1>", u"B"}) {
+    Send(TActionStarted{.Name = u"Inner", .Pass = outer});
+    runOf(u"x");
+    runOf(u"x");
+    Send(TActionEnded{});
+  }
+  Send(TActionEnded{});
+  runOf(u"");
+  const std::string document = JUnit.Document();
+  for (const char* name :
+       {"All &amp; more", "All &amp; more (A&lt;1&gt;, x)", "All &amp; more (A&lt;1&gt;, x) (2)",
+        "All &amp; more (B, x)", "All &amp; more (B, x) (2)", "All &amp; more (2)"}) {
+    const std::string tag = "<testsuite name=\"" + std::string(name) + "\" ";
+    EXPECT_THAT(document, HasSubstr(tag));
+  }
+  EXPECT_THAT(Html.Page({}), HasSubstr("<h3>All &amp; more (B, x)</h3>"));
 }
 
 } // namespace

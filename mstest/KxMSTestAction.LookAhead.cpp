@@ -1,0 +1,38 @@
+#include "mstest/KxMSTestAction.h"
+#include "build/KxVSDotNetOptions.h"
+#include "platform/Files.h"
+
+namespace kx {
+
+// A text that is empty as it is written is found by Validate.
+void TKxMSTestAction::LookAhead(IKxActionValidationError& errors) {
+  if (const std::u16string tool = GetExecutable(); !tool.empty() && !platform::FileExists(tool))
+    errors.Add(run_.UseStandaloneMSTest ? u"Standalone MSTest Path" : u"VisualStudio.NET Options",
+               u"There is no " + tool + u".", VSDotNetOptions());
+  if (input_.UseMetadataFile) {
+    if (!input_.MetadataFile.empty()) LookForValue(errors, u"Metadata File", input_.MetadataFile);
+    LookForFile(errors, u"Metadata File", input_.MetadataFile);
+    if (input_.SpecifyTestList) LookForValue(errors, u"Test List", input_.TestList);
+  } else if (!input_.AssemblyFileName.empty()) {
+    LookForValue(errors, u"Assembly Filename", input_.AssemblyFileName);
+  }
+  if (input_.SpecifyTests) LookForValue(errors, u"Tests", input_.Tests);
+  LookForFile(errors, u"Run Configuration File", run_.ConfigFileName);
+  if (publishMode_ == TMSTestPublishMode::pbSpecify) LookForTeamBuild(errors);
+}
+
+void TKxMSTestAction::LookForFile(IKxActionValidationError& errors, std::u16string_view page,
+                                  std::u16string_view text) {
+  const auto file = ForeseeExpression(text);
+  if (!file || file->empty()) return;
+  if (const std::u16string full = FullProjectPath(*file); !platform::FileExists(full))
+    errors.Add(page, u"There is no file " + full + u".");
+}
+
+void TKxMSTestAction::LookForValue(IKxActionValidationError& errors, std::u16string_view page,
+                                   std::u16string_view text) {
+  if (const auto value = ForeseeExpression(text); value && value->empty())
+    errors.Add(page, u"A value is required.");
+}
+
+} // namespace kx
