@@ -28,7 +28,8 @@ void AddToolRows(TRows& rows) {
       .Field(u"ConfigFileName", Run<&TMSTestRunSettings::ConfigFileName>,
              u"The run configuration file (.testrunconfig); empty: none.")
       .Field(u"OutputFileName", Run<&TMSTestRunSettings::OutputFileName>,
-             u"The full path of the results file (.trx), which must not exist; empty: a temporary file.")
+             u"The results file (.trx), which must not exist: MSTest does not write over one. A relative "
+             u"path is seen from the project's folder; empty: a temporary file.")
       .Field(u"VisualStudioVer", Run<&TMSTestRunSettings::VisualStudioVer>, VSDotNetVersionEnumeration,
              u"The Visual Studio whose MSTest runs (Visual Studio 2005 and later).")
       .DefaultVaries()
@@ -63,7 +64,8 @@ void AddPublishRows(TRows& rows) {
       .Field(u"BuildPlatform", Team<&TTeamBuild::Platform>, u"The platform that was built.")
       .Field(u"BuildFlavor", Team<&TTeamBuild::Flavor>, u"The configuration that was built.")
       .Field(u"StartingDirectory", Run<&TMSTestRunSettings::StartingDirectory>,
-             u"The folder in which MSTest runs; empty: that of the first container or of the metadata file.");
+             u"The folder in which MSTest runs; empty: that of the first container or of the metadata file, "
+             u"or the project's where that does not exist.");
 }
 
 } // namespace

@@ -10,13 +10,23 @@ namespace {
 
 // No path holds a bar: one inside quotation marks separates too.
 text::TStringList ContainerLines(std::u16string_view property) {
-  text::TStringList items;
-  items.SetDelimitedText(property, u'|');
   text::TStringList lines;
-  for (const auto& item : items)
+  for (const auto& item : SplitTestContainers(property))
     for (const auto line : text::Split(item, u'|'))
       lines.Add(line);
   return lines;
+}
+
+std::u16string Quoted(std::u16string_view line) {
+  const bool isQuoted = line.size() > 1 && line.starts_with(u'"') && line.ends_with(u'"'); // a pasted path
+  return isQuoted ? std::u16string(line) : u'"' + std::u16string(line) + u'"';
+}
+
+// "%Tests%", "$(Tests)": its value may be several containers, unless it stands in quotation marks.
+bool IsReference(std::u16string_view line) {
+  constexpr auto npos = std::u16string_view::npos;
+  if (line.starts_with(u"$(")) return line.ends_with(u')') && line.find(u'$', 1) == npos;
+  return line.size() > 2 && line.starts_with(u'%') && line.find(u'%', 1) == line.size() - 1;
 }
 
 } // namespace
@@ -67,7 +77,12 @@ void TMSTestFrame::InitFrame() {
 
 void TMSTestFrame::ReadActionData() {
   const TMSTestInput& input = action_->Input();
-  Show(u"MemoAssemblies", ContainerLines(input.AssemblyFileName).GetText());
+  const text::TStringList lines = ContainerLines(input.AssemblyFileName);
+  Show(u"MemoAssemblies", lines.GetText());
+  bare_.clear();
+  for (const auto& line : lines)
+    if (IsReference(line) && input.AssemblyFileName.find(Quoted(line)) == std::u16string::npos)
+      bare_.insert(line);
   Show(u"txtAssemblyFilename", u"");
   Check(input.UseMetadataFile ? u"rbUseTestMetadata" : u"RadioButton1");
   Show(u"edtTestMetadata", input.MetadataFile);
@@ -79,7 +94,8 @@ void TMSTestFrame::ReadActionData() {
 }
 
 void TMSTestFrame::Accept(std::u16string_view /*name*/) {
-  const std::u16string& container = Value(u"txtAssemblyFilename");
+  const std::u16string container = Value(u"txtAssemblyFilename");
+  Show(u"txtAssemblyFilename", u""); // what is taken can be removed from the list again
   text::TStringList lines;
   lines.SetText(Value(u"MemoAssemblies"));
   // Letter case counts here, so IndexOf will not do.
@@ -94,7 +110,8 @@ void TMSTestFrame::WriteActionData() {
   lines.SetText(Value(u"MemoAssemblies"));
   std::u16string containers;
   for (const auto& line : lines)
-    if (!line.empty()) containers += (containers.empty() ? u"\"" : u"|\"") + line + u'"';
+    if (!line.empty())
+      containers += (containers.empty() ? u"" : u"|") + (bare_.contains(line) ? line : Quoted(line));
   TMSTestInput& input = action_->Input();
   input.AssemblyFileName = containers;
   input.UseMetadataFile = IsChecked(u"rbUseTestMetadata");

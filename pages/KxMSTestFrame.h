@@ -4,6 +4,9 @@
 #include "mstest/KxMSTestAction.h"
 #include "pages/PageSupport.h"
 
+#include <set>
+#include <string>
+
 namespace kx {
 
 class TMSTestFrame : public TActionPage<TKxMSTestAction> {
@@ -18,6 +21,9 @@ public:
 protected:
   void ApplyEnableRules() override;
   void Accept(std::u16string_view name) override;
+
+private:
+  std::set<std::u16string> bare_; // references that the action has without quotation marks, and keeps so
 };
 
 } // namespace kx

@@ -35,6 +35,21 @@ TEST_F(TPagesTest, ContainersAreLinesOnThePageAndQuotedItemsInTheAction) {
        u"a.dll\r\n",
        u"\"a.dll\"|\"A.dll\""},
       {"typed once more", u"a.dll", {{u"txtAssemblyFilename", u"a.dll"}}, u"a.dll\r\n", u"\"a.dll\""},
+      {"one a line, with blanks",
+       u"a b.dll\r\nc d.dll",
+       {{u"chkSpecifyTests", u"True"}},
+       u"a b.dll\r\nc d.dll\r\n",
+       u"\"a b.dll\"|\"c d.dll\""},
+      {"references that may be lists stay bare, others are whole paths",
+       u"%Tests%|\"%One%\"|$(More)|%Root%\\a.dll",
+       {{u"txtAssemblyFilename", u"%New%"}},
+       u"%Tests%\r\n%One%\r\n$(More)\r\n%Root%\\a.dll\r\n",
+       u"%Tests%|\"%One%\"|$(More)|\"%Root%\\a.dll\"|\"%New%\""},
+      {"pasted with its quotation marks",
+       u"",
+       {{u"txtAssemblyFilename", u"\"a b.dll\""}},
+       u"",
+       u"\"a b.dll\""},
       {"empty lines are left out", u"", {{u"MemoAssemblies", u"\nx.dll\n\n"}}, u"", u"\"x.dll\""},
   };
   for (const auto& row : rows) {
@@ -68,6 +83,12 @@ TEST_F(TPagesTest, WhatCanBeEditedFollowsTheTestSource) {
   page.Click(u"txtAssemblyFilename", TKxButtonKind::Accept);
   EXPECT_EQ(editor_.Asked, "Select File from : Assemblies (*.dll, *.exe)|*.dll;*.exe|All Files (*.*)|*.*");
   EXPECT_EQ(page.Field(u"MemoAssemblies").Value, u"C:\\t\\x.dll\r\n");
+  EXPECT_EQ(page.Field(u"txtAssemblyFilename").Value, u"") << "taken";
+  page.SetValue(u"txtAssemblyFilename", u"y.dll");
+  page.WriteActionData();
+  page.SetValue(u"MemoAssemblies", u"C:\\t\\x.dll\r\n");
+  page.WriteActionData();
+  EXPECT_EQ(test_.Input().AssemblyFileName, u"\"C:\\t\\x.dll\"") << "what was taken can be removed";
 }
 
 TEST_F(TPagesTest, TheVersionOfMSTestAndTheStandaloneOne) {
