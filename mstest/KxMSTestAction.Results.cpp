@@ -15,6 +15,10 @@ bool HasFailed(const TKxUnitTestResult& result) {
   return std::ranges::find(failures, result.Outcome) != failures.end();
 }
 
+bool WasExecuted(const TKxUnitTestResult& result) {
+  return result.Outcome != u"NotExecuted";
+}
+
 std::u16string Count(std::int64_t number, std::u16string_view what) {
   return text::FromInteger(number) + u" " + std::u16string(what) + (number == 1 ? u"" : u"s");
 }
@@ -59,17 +63,26 @@ bool TKxMSTestAction::InterpretResult(int exitCode) {
     return false; // a temporary file stays, to be looked at
   }
   const TKxUnitTestRun run = SendResults(std::move(results));
-  const auto failed = std::ranges::count_if(run.Results(), HasFailed);
   if (!problem.empty()) {
     ReportBreach(KxVerdictRules::ResultsMissing, problem);
-  } else if (run.TotalCount() == 0) {
+  } else {
+    CheckVerdict(run, exitCode);
+  }
+  return exitCode == 0;
+}
+
+void TKxMSTestAction::CheckVerdict(const TKxUnitTestRun& run, int exitCode) {
+  const auto failed = std::ranges::count_if(run.Results(), HasFailed);
+  if (run.Results().empty()) {
+    ReportBreach(KxVerdictRules::NoTests, u"No test was run: the results file " + effectiveResultsFile_ +
+                                              u" holds no result of a unit test.");
+  } else if (std::ranges::none_of(run.Results(), WasExecuted)) {
     ReportBreach(KxVerdictRules::NoTests,
-                 u"No test was run: the results file " + effectiveResultsFile_ + u" holds none.");
+                 u"No test was run: " + Count(run.TotalCount(), u"test") + u" found, none executed.");
   } else if (exitCode == 0 && failed > 0) {
     ReportBreach(KxVerdictRules::ErrorsCounted,
                  Count(failed, u"test") + u" failed although MSTest ended with exit code 0.");
   }
-  return exitCode == 0;
 }
 
 void TKxMSTestAction::InterpretStopped() {

@@ -111,6 +111,7 @@ private:
   TKxArrayOfMSTestResult TakeResults(std::u16string& problem);
   TKxUnitTestRun SendResults(TKxArrayOfMSTestResult results);
   void SendCounts(const TKxUnitTestRun& run);
+  void CheckVerdict(const TKxUnitTestRun& run, int exitCode);
 
   TReadResults readResults_;
   TMSTestInput input_;

@@ -76,7 +76,11 @@ TEST_F(MSTestResults, TheExitCodeAloneDecides) {
             "! errors-counted 1 test failed although MSTest ended with exit code 0.")},
       {"a bad exit code", ThreeResults, 1, Metrics("1", "2", "1239")},
       {"tests that were not executed, a good exit code",
-       R"(<r><UnitTestResult testName="A" outcome="NotExecuted"/></r>)", 0, Metrics("0", "1", "0")},
+       R"(<r><UnitTestResult testName="A" outcome="NotExecuted"/></r>)", 0,
+       with(Metrics("0", "1", "0"), "! no-tests No test was run: 1 test found, none executed.")},
+      {"some tests that were not executed, a good exit code",
+       R"(<r><UnitTestResult outcome="NotExecuted" testName="A"/><UnitTestResult outcome="Passed" testName="B"/></r>)",
+       0, Metrics("1", "1", "0")},
       {"a file cut off", std::string(ThreeResults).substr(0, 200), 0,
        with(none, "! results-missing The results file DIR/out.trx cannot be read: Couldn't find end of "
                   "Start Tag UnitTestResult line 4 (line 4)")},
@@ -84,9 +88,11 @@ TEST_F(MSTestResults, TheExitCodeAloneDecides) {
        with(none,
             "! results-missing The results file DIR/out.trx cannot be read: Document is empty (line 1)")},
       {"no tests", "<TestRun/>", 0,
-       with(none, "! no-tests No test was run: the results file DIR/out.trx holds none.")},
+       with(none,
+            "! no-tests No test was run: the results file DIR/out.trx holds no result of a unit test.")},
       {"no tests, a bad exit code", "<TestRun/>", 1,
-       with(none, "! no-tests No test was run: the results file DIR/out.trx holds none.")},
+       with(none,
+            "! no-tests No test was run: the results file DIR/out.trx holds no result of a unit test.")},
       {"results without names", unnamed, 1,
        [&] {
          auto log = Metrics("0", "1", "0");

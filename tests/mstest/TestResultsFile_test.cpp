@@ -21,6 +21,7 @@ std::string Shown(const TKxArrayOfMSTestResult& results) {
         (result.Passed ? "+" : "-") + text::ToUtf8(result.TestName) + " " + std::to_string(result.Duration);
     if (result.StartTime) text += " from " + text::ToUtf8(DateTimeText(*result.StartTime));
     if (result.EndTime) text += " to " + text::ToUtf8(DateTimeText(*result.EndTime));
+    if (!result.ClassName.empty()) text += " of " + text::ToUtf8(result.ClassName);
     text += " [" + text::ToUtf8(result.ErrorMessage) + "][" + text::ToUtf8(result.StackTrace) + "]\n";
   }
   return text;
@@ -46,6 +47,12 @@ TEST(TestResultsFile, ReadsResults) {
        "duration='00:01:02.5' startTime='2010-04-01T10:20:30.1234567+10:00' "
        "endTime='2010-04-01T10:20:31.1-05:00'/></Results></TestRun>",
        "+<A&B>\nc 62005 from 2010-04-01T10:20:30.123 [][]\n"},
+      {"the class of the definition, before the results or behind them",
+       "<r xmlns='u'><UnitTest id='{A}'><TestMethod className='N.C, Lib, Version=1.0'/></UnitTest>"
+       "<UnitTestResult testId='{a}' testName='a'/><UnitTestResult testId='{b}' testName='b'/>"
+       "<UnitTestResult testId='{c}' testName='c'/><UnitTest id='{b}'>"
+       "<TestMethod className='N.D`1[[System.Int32, mscorlib]], Lib'/></UnitTest></r>",
+       "-a 0 of N.C [][]\n-b 0 of N.D`1[[System.Int32, mscorlib]] [][]\n-c 0 [][]\n"},
       {"no attributes", "<r xmlns='u'><UnitTestResult/></r>", "- 0 [][]\n"},
       {"only the exact word is a success",
        "<r><UnitTestResult testName='a' outcome='passed'/><UnitTestResult testName='b' outcome='Passed '/>"
