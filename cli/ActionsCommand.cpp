@@ -5,6 +5,7 @@
 #include "text/Text.h"
 
 #include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <memory>

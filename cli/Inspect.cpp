@@ -8,6 +8,8 @@
 #include "text/Text.h"
 #include "text/WindowsPath.h"
 
+#include <nlohmann/json.hpp>
+
 #include <algorithm>
 #include <array>
 

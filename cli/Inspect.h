@@ -3,7 +3,7 @@
 
 #include "cli/Output.h"
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 #include <optional>
 #include <string>

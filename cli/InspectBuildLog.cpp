@@ -5,6 +5,8 @@
 #include "cli/Output.h"
 #include "text/Encoding.h"
 
+#include <nlohmann/json.hpp>
+
 namespace kx::cli {
 
 namespace {

@@ -3,6 +3,8 @@
 #include "text/Encoding.h"
 #include "versioninfo/KxRCVersionInfo.h"
 
+#include <nlohmann/json.hpp>
+
 namespace kx::cli {
 
 namespace {

@@ -7,6 +7,8 @@
 #include <map>
 #include <set>
 
+#include <nlohmann/json.hpp>
+
 namespace kx::cli {
 
 namespace {

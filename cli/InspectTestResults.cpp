@@ -6,6 +6,8 @@
 #include "text/Encoding.h"
 #include "text/Text.h"
 
+#include <nlohmann/json.hpp>
+
 namespace kx::cli {
 
 namespace {

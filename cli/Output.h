@@ -1,7 +1,7 @@
 // What kxhost writes for people and programs.
 #pragma once
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 #include <string>
 #include <string_view>
