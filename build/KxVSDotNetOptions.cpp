@@ -93,6 +93,15 @@ void TVSDotNetOptions::SaveOptions(IKxOptionsWriter& writer) {
   writer.WriteString(StandaloneMSTestKey, standaloneMSTestDir_);
 }
 
+std::vector<TKxOptionDescription> TVSDotNetOptions::DescribeOptions() const {
+  std::vector<TKxOptionDescription> options;
+  for (const TVersionRow& row : VersionRows)
+    options.push_back({.Key = row.OptionKey, .IsFolder = true});
+  options.push_back({.Key = DefaultVersionKey, .Enumeration = &VSDotNetVersionEnumeration});
+  options.push_back({.Key = StandaloneMSTestKey, .IsFolder = true});
+  return options;
+}
+
 void TVSDotNetOptions::SetDefaultVSVersion(TVSDotNetVersion value) {
   if (value == defaultVersion_) return;
   defaultVersion_ = value;

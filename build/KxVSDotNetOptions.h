@@ -31,6 +31,7 @@ public:
   void GetPropertyAlias(text::TStringList& aliases) const override;
   void LoadOptions(const IKxOptionsReader& reader) override;
   void SaveOptions(IKxOptionsWriter& writer) override;
+  std::vector<TKxOptionDescription> DescribeOptions() const override;
 
   // As stored. vsUnknown and anything beyond has no location.
   const std::u16string& GetDevEnv2002Location() const { return locations_[0]; }

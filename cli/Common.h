@@ -9,6 +9,7 @@
 #include "runner/ServiceRegistry.h"
 #include "runner/WebSites.h"
 
+#include <span>
 #include <string>
 #include <vector>
 
@@ -49,11 +50,20 @@ public:
   using EKxException::EKxException;
 };
 
+// "a, b or c".
+std::u16string ListOf(std::span<const std::u16string> names, std::u16string_view lastWord);
+// The position of the name that an option was given, letter case ignored. Raises EUsage that says them all.
+std::size_t RequireChoice(std::u16string_view option, std::u16string_view text,
+                          std::span<const std::u16string_view> names);
+
 // What an editor answers to property pages. Both or none; not owned.
 struct TDesignServices {
   IKxDesignService* Design = nullptr;
   IKxPropertySetDesignServices* PropertySets = nullptr;
 };
+
+// Raises EUsage for what is no drive.
+void MapDrives(const std::vector<std::string>& drives);
 
 // The host of one invocation: options store, services and plug-ins. Made once.
 class THostSession {
@@ -72,6 +82,8 @@ public:
   void SaveOptions();
 
 private:
+  void CheckOverrides(const std::vector<std::string>& assignments);
+
   TOptionsStore store_;
   TServiceRegistry registry_{store_};
   TDotNetInfo dotNet_{store_};
@@ -90,6 +102,8 @@ struct TCommand {
   const char* Name;
   const char* Help;
   void (*Define)(CLI::App& command, const TCommonOptions& common, int& exitCode);
+  const char* Examples; // lines behind "kxhost "
+  const char* ExitCodes;
 };
 void DefineRun(CLI::App& command, const TCommonOptions& common, int& exitCode);
 void DefineDo(CLI::App& command, const TCommonOptions& common, int& exitCode);

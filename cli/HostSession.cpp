@@ -1,6 +1,7 @@
 #include "cli/Common.h"
 
 #include "platform/Files.h"
+#include "runner/KnownOptions.h"
 #include "runner/PluginLoader.h"
 #include "text/Encoding.h"
 #include "text/WindowsPath.h"
@@ -15,6 +16,8 @@ std::u16string DefaultOptionsFile() {
                         : text::JoinPath(text::JoinPath(folder, u"kxhost"), u"options.ini");
 }
 
+} // namespace
+
 void MapDrives(const std::vector<std::string>& drives) {
   for (const auto& drive : drives) {
     const std::u16string text = text::FromUtf8(drive);
@@ -24,8 +27,6 @@ void MapDrives(const std::vector<std::string>& drives) {
     platform::MapDrive(text[0], text.substr(2));
   }
 }
-
-} // namespace
 
 THostSession::THostSession(const TCommonOptions& options, const TDesignServices& design) {
   MapDrives(options.Drives);
@@ -51,6 +52,29 @@ THostSession::THostSession(const TCommonOptions& options, const TDesignServices&
   LoadPlugin(DefaultPluginFile(), context);
   for (const auto& plugin : options.Plugins)
     LoadPlugin(text::FromUtf8(plugin), context);
+  CheckOverrides(options.Overrides);
+}
+
+// Only the plug-ins know what options there are.
+void THostSession::CheckOverrides(const std::vector<std::string>& assignments) {
+  if (assignments.empty()) return;
+  const auto known = KnownOptions(registry_);
+  bool changed = false;
+  for (const auto& assignment : assignments) {
+    const std::u16string text = text::FromUtf8(assignment);
+    const std::size_t equals = text.find(u'=');
+    try {
+      const auto& option = RequireOption(known, TOptionName::Parse(text.substr(0, equals)));
+      const std::u16string value = text.substr(equals + 1);
+      const std::u16string stored = StoredText(option, value);
+      if (stored == value) continue;
+      store_.Override(option.Name, stored);
+      changed = true;
+    } catch (const EKxException& error) {
+      throw EUsage(u"--option: " + error.Message());
+    }
+  }
+  if (changed) registry_.ReloadOptions();
 }
 
 THostSession::~THostSession() {

@@ -1,6 +1,7 @@
 // kxhost options: the options store, with what the registered options classes make of it.
 #include "cli/Common.h"
 #include "platform/Console.h"
+#include "runner/KnownOptions.h"
 #include "text/Encoding.h"
 #include "text/Text.h"
 
@@ -36,22 +37,21 @@ private:
   std::vector<TEntry>& entries_;
 };
 
-bool SameKey(const TEntry& entry, const TOptionName& name) {
-  return text::EqualsIgnoreCase(entry.Section, name.Section) && text::EqualsIgnoreCase(entry.Key, name.Key);
+// What is stored for an option, or stands for it; nothing when there is neither.
+std::optional<std::u16string> ValueOf(THostSession& session, const std::vector<TEntry>& entries,
+                                      const TOptionName& name) {
+  const auto found = std::ranges::find_if(entries, [&name](const TEntry& entry) {
+    return text::EqualsIgnoreCase(entry.Section, name.Section) && text::EqualsIgnoreCase(entry.Key, name.Key);
+  });
+  return found != entries.end() ? std::optional(found->Value) : session.Store().Get(name);
 }
 
-// What holds: the values of the options objects, filled-in defaults included, then everything else that is
-// stored.
+// The values of the options objects, filled-in defaults included.
 std::vector<TEntry> EntriesOf(THostSession& session) {
   std::vector<TEntry> entries;
   for (const auto& options : session.Services().Options()) {
     TCollector collector(options.Class->OptionKey, entries);
     options.Object->SaveOptions(collector);
-  }
-  for (const auto& name : session.Store().StoredNames()) {
-    const bool known = std::any_of(entries.begin(), entries.end(),
-                                   [&name](const TEntry& entry) { return SameKey(entry, name); });
-    if (!known) entries.push_back({name.Section, name.Key, session.Store().Get(name).value_or(u"")});
   }
   return entries;
 }
@@ -64,37 +64,86 @@ TOptionName ParseName(const std::string& text) {
   }
 }
 
+// Raises EUsage for what nothing reads.
+TKnownOption RequireKnown(THostSession& session, const std::string& key) {
+  const TOptionName name = ParseName(key);
+  try {
+    return RequireOption(KnownOptions(session.Services()), name);
+  } catch (const EKxException& error) {
+    throw EUsage(error.Message());
+  }
+}
+
+std::string LineOf(const TOptionName& name, std::u16string_view value) {
+  return ForTerminal(name.Section + u"." + name.Key + u"=" + std::u16string(value)) + "\n";
+}
+
+// All that is read, and what is stored beside it.
 int List(const TCommonOptions& common) {
   THostSession session(common);
+  const auto known = KnownOptions(session.Services());
+  const auto entries = EntriesOf(session);
   TOutput output;
-  for (const auto& entry : EntriesOf(session))
-    output.Write(ForTerminal(entry.Section + u"." + entry.Key + u"=" + entry.Value) + "\n");
+  for (const auto& option : known)
+    output.Write(
+        LineOf(option.Name, ShownText(option, ValueOf(session, entries, option.Name).value_or(u""))));
+  for (const auto& name : session.Store().StoredNames()) {
+    if (FindOption(known, name) != nullptr) continue;
+    output.Write(LineOf(name, session.Store().Get(name).value_or(u"")));
+    WriteError(u"Warning : nothing reads the option " + name.Section + u"." + name.Key +
+               u"; \"kxhost options unset\" removes it.");
+  }
   return ExitSuccess;
+}
+
+int NotSet(const std::string& key) {
+  WriteError(u"The option " + text::FromUtf8(key) + u" is not set.");
+  return ExitFailed;
 }
 
 int Get(const std::string& key, const TCommonOptions& common) {
   THostSession session(common);
   const TOptionName name = ParseName(key);
-  const auto entries = EntriesOf(session);
-  const auto found = std::find_if(entries.begin(), entries.end(),
-                                  [&name](const TEntry& entry) { return SameKey(entry, name); });
-  const auto value = found != entries.end() ? std::optional(found->Value) : session.Store().Get(name);
-  if (!value) {
-    WriteError(u"The option " + text::FromUtf8(key) + u" is not set.");
-    return ExitFailed;
+  if (session.Store().Get(name) && FindOption(KnownOptions(session.Services()), name) == nullptr) {
+    platform::WriteConsole(platform::ConsoleStream::Output, ForTerminal(*session.Store().Get(name)) + "\n");
+    return ExitSuccess;
   }
-  platform::WriteConsole(platform::ConsoleStream::Output, ForTerminal(*value) + "\n");
+  const TKnownOption option = RequireKnown(session, key);
+  const auto value = ValueOf(session, EntriesOf(session), name);
+  if (!value) return NotSet(key);
+  platform::WriteConsole(platform::ConsoleStream::Output, ForTerminal(ShownText(option, *value)) + "\n");
   return ExitSuccess;
 }
 
-int Set(const std::string& key, const std::string& value, const TCommonOptions& common) {
-  THostSession session(common);
-  const TOptionName name = ParseName(key);
-  session.Store().Set(name, text::FromUtf8(value));
+int Save(THostSession& session) {
   const auto saved = session.Store().Save();
   if (saved) return ExitSuccess;
   WriteError(saved.Message());
   return ExitFailed;
+}
+
+int Set(const std::string& key, const std::string& value, const TCommonOptions& common) {
+  THostSession session(common);
+  const TKnownOption option = RequireKnown(session, key);
+  try {
+    const std::u16string text = text::FromUtf8(value);
+    if (const auto doubt = CheckPlace(option, text)) WriteError(u"Warning : " + *doubt);
+    session.Store().Set(option.Name, StoredText(option, text));
+  } catch (const EKxException& error) {
+    throw EUsage(error.Message());
+  }
+  return Save(session);
+}
+
+int Unset(const std::string& key, const TCommonOptions& common) {
+  THostSession session(common);
+  const TOptionName name = ParseName(key);
+  if (!session.Store().GetStored(name)) {
+    RequireKnown(session, key);
+    return NotSet(key);
+  }
+  session.Store().Remove(name);
+  return Save(session);
 }
 
 } // namespace
@@ -104,16 +153,19 @@ void DefineOptions(CLI::App& command, const TCommonOptions& common, int& exitCod
   CLI::App* list = command.add_subcommand("list", "Print all options as SECTION.KEY=VALUE (the default)");
   CLI::App* get = command.add_subcommand("get", "Print one option");
   CLI::App* set = command.add_subcommand("set", "Store one option");
+  CLI::App* unset = command.add_subcommand("unset", "Remove one option from the store");
   const auto key = std::make_shared<std::string>();
   const auto value = std::make_shared<std::string>();
-  get->add_option("KEY", *key, "SECTION.KEY, such as VisualStudioDotNet.MSDevPath2008")->required();
-  set->add_option("KEY", *key, "SECTION.KEY, such as VisualStudioDotNet.MSDevPath2008")->required();
+  for (CLI::App* one : {get, set, unset})
+    one->add_option("KEY", *key, "SECTION.KEY, such as VisualStudioDotNet.MSDevPath2008")->required();
   set->add_option("VALUE", *value, "The new value")->required();
   command.callback([=, &common, &exitCode] {
     if (get->parsed()) {
       exitCode = Get(*key, common);
     } else if (set->parsed()) {
       exitCode = Set(*key, *value, common);
+    } else if (unset->parsed()) {
+      exitCode = Unset(*key, common);
     } else {
       exitCode = List(common);
     }

@@ -1,7 +1,10 @@
 // kxhost: runs build projects with the actions of its plug-ins.
 #include "cli/Common.h"
+#include "cli/CommonOptions.h"
+#include "cli/FileKinds.h"
 #include "host/Exceptions.h"
 #include "platform/Console.h"
+#include "runner/Messages.h"
 #include "text/Encoding.h"
 #include "text/Text.h"
 
@@ -9,88 +12,168 @@
 
 #include <algorithm>
 #include <array>
-#include <map>
 
 namespace kx::cli {
 
 namespace {
 
+constexpr const char* CodesOfRuns =
+    "0 success, 1 the run failed, 2 wrong usage, 3 invalid project file or settings, 130 stopped with Ctrl-C";
+constexpr const char* CodesOfLooks = "0 success, 1 not found or not readable, 2 wrong usage";
+
 constexpr std::array<TCommand, 7> Commands{{
-    {"run", "Run a build project", DefineRun},
-    {"edit", "Edit and run a build project in the browser", DefineEdit},
-    {"do", "Run one action without a project file", DefineDo},
-    {"validate", "Validate every action of a build project, run nothing", DefineValidate},
+    {"run", "Run a build project", DefineRun,
+     "run nightly.kxproj\n"
+     "run nightly.kxproj --dry-run\n"
+     "run nightly.kxproj --set Root=/src --verbosity minimal --log nightly.jsonl\n"
+     "run nightly.kxproj --ci auto --report nightly.html --junit tests.xml\n",
+     CodesOfRuns},
+    {"edit", "Edit and run a build project in the browser", DefineEdit,
+     "edit nightly.kxproj\n"
+     "edit nightly.kxproj --no-browser\n",
+     "0 ended, 1 the editor failed, 2 wrong usage, 3 invalid project file"},
+    {"do", "Run one action without a project file", DefineDo,
+     "do DEVENV Solution=App.sln \"SolutionConfiguration=Release|Any CPU\" VStudioVersion=vs2010\n"
+     "do DEVENV Solution=App.sln SolutionConfiguration=Release SelectedProjects=Lib SelectedProjects=App\n"
+     "do VERSIONINFO ResourceFile=App.rc PropertySetName=Now PropertiesToUpdate=MajorVersion=True "
+     "--property-set Now.MajorVersion=3\n",
+     CodesOfRuns},
+    {"validate", "Validate every action of a build project, run nothing", DefineValidate,
+     "validate nightly.kxproj\n"
+     "validate nightly.kxproj --set Root=/src\n",
+     "0 no problems, 2 wrong usage, 3 invalid project file or settings"},
     {"inspect", "Show what the package reads in a solution, resource script, test result or build log",
-     DefineInspect},
-    {"actions", "List the action types, or the properties of one", DefineActions},
-    {"options", "Read and write the options store", DefineOptions},
+     DefineInspect,
+     "inspect App.sln\n"
+     "inspect App.sln --json --all-projects\n"
+     "inspect App.rc\n"
+     "inspect results.trx\n"
+     "inspect build.log --tool devenv --vs vs2008\n",
+     CodesOfLooks},
+    {"actions", "List the action types, or the properties of one", DefineActions,
+     "actions\n"
+     "actions DEVENV\n"
+     "actions MSTEST --json\n",
+     "0 success, 2 wrong usage"},
+    {"options", "Read and write the options store", DefineOptions,
+     "options\n"
+     "options set VisualStudioDotNet.MSDevPath2008 \"C:\\VS9\\Common7\\IDE\"\n"
+     "options get VisualStudioDotNet.DefVSVersion\n"
+     "options unset DotNetFramework.v4.0\n",
+     CodesOfLooks},
 }};
 
-const std::map<std::string, TVerbosity> Verbosities{{"quiet", TVerbosity::Quiet},
-                                                    {"minimal", TVerbosity::Minimal},
-                                                    {"normal", TVerbosity::Normal},
-                                                    {"detailed", TVerbosity::Detailed},
-                                                    {"diagnostic", TVerbosity::Diagnostic}};
-const std::map<std::string, TColorChoice> Colors{
-    {"auto", TColorChoice::Auto}, {"always", TColorChoice::Always}, {"never", TColorChoice::Never}};
-
-// Each takes one value and may be repeated, before the subcommand or behind it.
-void DefineCommon(CLI::App& app, TCommonOptions& options) {
-  app.fallthrough();
-  app.allow_windows_style_options(false); // "/srv/a.sln" is a file on Windows, too
-  app.add_option("--options", options.OptionsFile,
-                 "The options store (default: in the user's configuration folder)")
-      ->type_name("FILE");
-  app.add_option("--option", options.Overrides, "An option for this run only")
-      ->type_name("SECTION.KEY=VALUE")
-      ->allow_extra_args(false);
-  app.add_option("--plugin", options.Plugins, "Load this plug-in too")
-      ->type_name("FILE")
-      ->allow_extra_args(false);
-  app.add_option("--drive", options.Drives, "What a drive letter stands for")
-      ->type_name("LETTER=FOLDER")
-      ->allow_extra_args(false);
-  app.add_option("--color", options.Color, "auto, always or never")
-      ->type_name("WHEN")
-      ->transform(CLI::CheckedTransformer(Colors, CLI::ignore_case).description(""));
-  app.add_option("--verbosity", options.Verbosity, "quiet, minimal, normal, detailed or diagnostic")
-      ->type_name("LEVEL")
-      ->transform(CLI::CheckedTransformer(Verbosities, CLI::ignore_case).description(""));
-  app.add_option("--log", options.LogFile, "Write every event of the run as a line of JSON")
-      ->type_name("FILE.jsonl");
-  app.add_option("--junit", options.JUnitFile, "Write the unit tests of the run as JUnit's XML")
-      ->type_name("FILE.xml");
-  app.add_option("--report", options.ReportFile, "Write the run as one page to look at in a browser")
-      ->type_name("FILE.html");
-  app.add_flag("--dry-run", options.DryRun, "Show what run and do would start and change, and do neither");
-  app.add_option("--ci", options.Ci, "Fold groups and mark problems as this CI system wants it")
-      ->type_name("github|azure|teamcity|gitlab|auto")
-      ->check(CLI::IsMember({"github", "azure", "teamcity", "gitlab", "auto"}).description(""));
+std::u16string Wide(const char* ascii) {
+  return text::FromAscii(ascii);
 }
 
-// What the library says of a mistyped subcommand is only that one is missing.
-std::u16string UsageMessage(const std::vector<std::u16string>& arguments, const CLI::ParseError& error) {
+// What a command's help says behind its own options.
+std::string FooterOf(const TCommand& command, const CLI::App& app) {
+  std::string footer = CommonOptionsHelp(app, command.Name) + "\nExamples:\n";
+  const std::u16string examples = Wide(command.Examples);
+  for (const auto line : text::SplitLines(examples))
+    footer += "  kxhost " + text::ToUtf8(line) + "\n";
+  return footer + "\nExit codes: " + command.ExitCodes + ".";
+}
+
+// "options set": the commands that were named.
+std::u16string CommandLineOf(const CLI::App& app) {
+  std::u16string names;
+  for (auto named = app.get_subcommands(); !named.empty(); named = named.front()->get_subcommands())
+    names += u" " + text::FromUtf8(named.front()->get_name());
+  return names;
+}
+
+// The options that a command has of its own.
+std::vector<std::u16string> OptionsOf(const CLI::App& command) {
   std::vector<std::u16string> names;
-  names.reserve(Commands.size());
-  for (const auto& command : Commands)
-    names.push_back(text::FromAscii(command.Name));
-  const bool isWord = !arguments.empty() && !arguments.front().starts_with(u"-");
-  if (!isWord || std::find(names.begin(), names.end(), arguments.front()) != names.end())
-    return text::FromUtf8(error.what());
-  const std::u16string nearest = text::NearestName(arguments.front(), names);
-  return u"Unknown subcommand \"" + arguments.front() + u"\"." +
-         (nearest.empty() ? u"" : u" Did you mean \"" + nearest + u"\"?");
+  for (const CLI::Option* option : command.get_options())
+    for (const std::string& name : option->get_lnames())
+      names.push_back(u"--" + text::FromUtf8(name));
+  return names;
 }
 
-int Parse(CLI::App& app, const std::vector<std::u16string>& arguments) {
+std::u16string UnknownOption(const CLI::App& app, const std::u16string& option) {
+  std::vector<std::u16string> takers;
+  for (const TCommand& command : Commands) {
+    const auto names = OptionsOf(*app.get_subcommand(command.Name));
+    if (std::ranges::find(names, option) != names.end()) takers.push_back(Wide(command.Name));
+  }
+  if (!takers.empty()) return option + u" is an option of " + ListOf(takers, u"and") + u".";
+  std::vector<std::u16string> known = OptionsOf(app);
+  for (const CLI::App* command : app.get_subcommands())
+    for (auto& name : OptionsOf(*command))
+      known.push_back(std::move(name));
+  return u"Unknown option " + Quoted(option) + u"." + DidYouMean(option, known);
+}
+
+std::u16string UnknownCommand(const std::u16string& name) {
+  const std::u16string kind = DescribeFileKind(name);
+  if (!kind.empty()) return kind;
+  std::vector<std::u16string> names;
+  for (const auto& command : Commands)
+    names.push_back(Wide(command.Name));
+  return u"Unknown subcommand " + Quoted(name) + u"." + DidYouMean(name, names);
+}
+
+// "--log: 1 required FILE.jsonl missing"
+std::u16string WithoutNumbers(const std::u16string& message) {
+  constexpr std::u16string_view number = u": 1 required ";
+  const std::size_t at = message.find(number);
+  if (at == std::u16string::npos) return message + u".";
+  const std::u16string behind = message.substr(at + number.size());
+  return message.substr(0, at) + u" needs " + behind.substr(0, behind.find(u' ')) + u".";
+}
+
+// The library's own words say little of what was mistyped.
+std::u16string UsageMessage(const CLI::App& app, const CLI::ParseError& error) {
+  const auto rest = app.remaining(true);
+  if (rest.empty()) return WithoutNumbers(text::FromUtf8(error.what()));
+  const std::u16string first = text::FromUtf8(rest.front());
+  if (first.size() > 1 && first.starts_with(u'-'))
+    return UnknownOption(app, first.substr(0, first.find(u'=')));
+  return app.get_subcommands().empty() ? UnknownCommand(first)
+                                       : u"Unexpected argument " + Quoted(first) + u".";
+}
+
+int Refuse(const CLI::App& app, std::u16string_view message) {
+  WriteError(u"kxhost: " + std::u16string(message));
+  WriteError(u"Run \"kxhost" + CommandLineOf(app) + u" --help\" for the usage.");
+  return ExitUsage;
+}
+
+void Define(CLI::App& app, TCommonOptions& common, int& exitCode) {
+  app.require_subcommand(1);
+  app.set_version_flag("--version", "kxhost " KX_VERSION);
+  DefineCommonOptions(app, common);
+  for (const auto& command : Commands) {
+    CLI::App* added = app.add_subcommand(command.Name, command.Help);
+    command.Define(*added, common, exitCode);
+    added->footer([&app, &command] { return FooterOf(command, app); });
+  }
+  // Commands inherit what was said before they were added.
+  app.footer(std::string("\"kxhost COMMAND --help\" says the rest.\nExit codes: ") + CodesOfRuns + ".");
+  // Before the command runs.
+  app.parse_complete_callback([&app] { CheckCommonOptions(app, app.get_subcommands().front()->get_name()); });
+}
+
+void Parse(CLI::App& app, const std::vector<std::u16string>& arguments) {
   // The library takes arguments from the end.
   std::vector<std::string> reversed;
   reversed.reserve(arguments.size());
   for (auto argument = arguments.rbegin(); argument != arguments.rend(); ++argument)
     reversed.push_back(text::ToUtf8(*argument));
+  app.parse(std::move(reversed));
+}
+
+int Main(const std::vector<std::u16string>& arguments) {
+  CLI::App app("Runs build projects with the actions of its plug-ins.", "kxhost");
+  TCommonOptions common;
+  int exitCode = ExitSuccess;
+  Define(app, common, exitCode);
   try {
-    app.parse(std::move(reversed));
-    return ExitSuccess;
+    Parse(app, arguments);
+    return exitCode;
   } catch (const CLI::CallForHelp&) {
     platform::WriteConsole(platform::ConsoleStream::Output, app.help());
     return ExitSuccess;
@@ -98,27 +181,9 @@ int Parse(CLI::App& app, const std::vector<std::u16string>& arguments) {
     platform::WriteConsole(platform::ConsoleStream::Output, std::string(version.what()) + "\n");
     return ExitSuccess;
   } catch (const CLI::ParseError& error) {
-    WriteError(u"kxhost: " + UsageMessage(arguments, error));
-    WriteError(u"Run \"kxhost --help\" for the usage.");
-    return ExitUsage;
-  }
-}
-
-int Main(const std::vector<std::u16string>& arguments) {
-  CLI::App app("Runs build projects with the actions of its plug-ins.", "kxhost");
-  app.require_subcommand(1);
-  app.set_version_flag("--version", "kxhost " KX_VERSION);
-  TCommonOptions common;
-  DefineCommon(app, common);
-  int exitCode = ExitSuccess;
-  for (const auto& command : Commands)
-    command.Define(*app.add_subcommand(command.Name, command.Help), common, exitCode);
-  try {
-    const int parsed = Parse(app, arguments);
-    return parsed == ExitSuccess ? exitCode : parsed;
+    return Refuse(app, UsageMessage(app, error));
   } catch (const EUsage& error) {
-    WriteError(u"kxhost: " + error.Message());
-    return ExitUsage;
+    return Refuse(app, error.Message());
   } catch (const EKxParseError& error) { // the project file, or the options store
     WriteError(u"kxhost: " + error.Message());
     return ExitInvalid;

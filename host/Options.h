@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kx {
 
@@ -25,6 +26,13 @@ public:
   virtual void WriteInteger(std::u16string_view key, std::int32_t value) = 0;
 };
 
+// What is known of a key that an options object saves, for those who list and check options.
+struct TKxOptionDescription {
+  std::u16string_view Key;
+  const TKxEnumeration* Enumeration = nullptr; // the number is its ordinal
+  bool IsFolder = false;
+};
+
 // Base of the options objects. The host makes the one object of each registered class, loads it at start and
 // saves it when it is modified.
 class TKxOptionsObject : public TKxPersistent {
@@ -33,6 +41,7 @@ public:
   virtual void
   LoadOptions(const IKxOptionsReader& reader);        // overrides call it first; clears the modified flag
   virtual void SaveOptions(IKxOptionsWriter& writer); // likewise
+  virtual std::vector<TKxOptionDescription> DescribeOptions() const { return {}; }
   bool IsModified() const { return modified_; }
 
 protected:

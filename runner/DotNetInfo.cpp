@@ -23,6 +23,13 @@ constexpr std::array<std::u16string_view, 3> Tools{u"dotnet", u"msbuild", u"xbui
 
 } // namespace
 
+std::vector<std::u16string_view> DotNetVersions() {
+  std::vector<std::u16string_view> names;
+  for (const TVersion& version : Versions)
+    names.push_back(version.Name);
+  return names;
+}
+
 TDotNetMachine ThisMachine() {
   return {platform::IsWindows(),          platform::ProgramDirectory(),      &platform::FindProgram,
           &platform::EnvironmentVariable, &platform::ReadLocalMachineString, &platform::FileExists};
@@ -32,7 +39,7 @@ TDotNetInfo::TDotNetInfo(const TOptionsStore& store, TDotNetMachine machine)
     : store_(store), machine_(std::move(machine)) {}
 
 std::optional<std::u16string> TDotNetInfo::GetFrameworkDirectory(std::u16string_view version) {
-  auto option = store_.Get({u"DotNetFramework", std::u16string(version)});
+  auto option = store_.Get({std::u16string(DotNetSection), std::u16string(version)});
   if (option && !option->empty()) return option;
   const auto known = std::ranges::find_if(
       Versions, [version](const TVersion& row) { return text::EqualsIgnoreCase(row.Name, version); });

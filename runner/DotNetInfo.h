@@ -9,8 +9,13 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kx {
+
+// The options: a folder that holds MSBuild.exe for each version.
+inline constexpr std::u16string_view DotNetSection = u"DotNetFramework";
+std::vector<std::u16string_view> DotNetVersions();
 
 // How the machine is asked; replaced in tests.
 struct TDotNetMachine {

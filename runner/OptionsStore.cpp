@@ -113,8 +113,11 @@ platform::Status TOptionsStore::Save() {
   const std::u16string text = ini_.Text();
   if (text == savedText_) return platform::Done{};
   if (fileName_.empty()) return platform::Failure{u"There is no file to save the options in."};
-  auto made = platform::CreateDirectories(text::ExtractFileDir(fileName_));
-  if (!made) return made;
+  const std::u16string folder = text::ExtractFileDir(fileName_);
+  if (!folder.empty()) { // else the current one
+    auto made = platform::CreateDirectories(folder);
+    if (!made) return made;
+  }
   auto written = platform::SaveFile(fileName_, (hasMark_ ? "\xEF\xBB\xBF" : "") + text::ToUtf8(text));
   if (written) savedText_ = text;
   return written;

@@ -88,6 +88,11 @@ const std::vector<const TKxEnumeration*>& TServiceRegistry::Enumerations() const
   return knownEnumerations_;
 }
 
+void TServiceRegistry::ReloadOptions() {
+  for (const auto& options : options_)
+    LoadInto(*options.Object, store_, options.Class->OptionKey, TOptionsStore::EOverrides::Apply);
+}
+
 platform::Status TServiceRegistry::SaveOptions() {
   for (const auto& options : options_) {
     const std::u16string_view section = options.Class->OptionKey;

@@ -70,6 +70,8 @@ public:
   const std::vector<TRegisteredPages>& Pages() const { return pages_; }
   const std::vector<TRegisteredEditor>& Editors() const { return editors_; }
 
+  // The options objects read the store again.
+  void ReloadOptions();
   // Writes what the options objects filled in by themselves into the store, and the store into its file. What
   // this run overrides is not written, nor what an object derived from it.
   platform::Status SaveOptions();

@@ -82,7 +82,7 @@ TWebSites::TWebSites(const TOptionsStore& store) : store_(store) {}
 
 std::optional<platform::DirectoryObject> TWebSites::FindObject(std::u16string_view path) {
   if (auto object = platform::ReadDirectoryObject(path)) return object;
-  const auto file = store_.Get({u"WebSites", u"ApplicationHostConfig"});
+  const auto file = store_.Get(ApplicationHostConfigOption());
   const auto name = ParseName(path);
   if (!file || file->empty() || !name) return std::nullopt;
   TXmlDocument document;

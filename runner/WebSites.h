@@ -11,6 +11,10 @@
 
 namespace kx {
 
+inline TOptionName ApplicationHostConfigOption() {
+  return {u"WebSites", u"ApplicationHostConfig"};
+}
+
 // The file is an applicationHost.config (IIS 7 and later): sites/site[@id]/application[@path]/
 // virtualDirectory[@path and @physicalPath]. It stands for the server of every address. Applications and
 // virtual directories are objects of the class "IIsWebVirtualDir"; what lies below one is an
