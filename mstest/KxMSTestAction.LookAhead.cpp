@@ -1,6 +1,8 @@
 #include "mstest/KxMSTestAction.h"
 #include "build/KxVSDotNetOptions.h"
+#include "host/LookAhead.h"
 #include "platform/Files.h"
+#include "text/WindowsPath.h"
 
 namespace kx {
 
@@ -15,6 +17,7 @@ void TKxMSTestAction::LookAhead(IKxActionValidationError& errors) {
     if (input_.SpecifyTestList) LookForValue(errors, u"Test List", input_.TestList);
   } else if (!input_.AssemblyFileName.empty()) {
     LookForValue(errors, u"Assembly Filename", input_.AssemblyFileName);
+    LookForContainers(errors);
   }
   if (input_.SpecifyTests) LookForValue(errors, u"Tests", input_.Tests);
   LookForFile(errors, u"Run Configuration File", run_.ConfigFileName);
@@ -27,6 +30,20 @@ void TKxMSTestAction::LookForFile(IKxActionValidationError& errors, std::u16stri
   if (!file || file->empty()) return;
   if (const std::u16string full = FullProjectPath(*file); !platform::FileExists(full))
     errors.Add(page, u"There is no file " + full + u".");
+}
+
+// Where MSTest would look: from the folder in which it runs, or from the project's.
+void TKxMSTestAction::LookForContainers(IKxActionValidationError& errors) {
+  const auto* run = dynamic_cast<const IKxForeseenRun*>(&errors);
+  const auto containers = ForeseeExpression(input_.AssemblyFileName);
+  const auto folder = ForeseeExpression(run_.StartingDirectory);
+  if (run == nullptr || run->MayMakeFilesBefore() || !containers || !folder) return;
+  for (const auto& container : SplitTestContainers(*containers)) {
+    const std::u16string full = FullProjectPath(container);
+    if (container.empty() || platform::FileExists(full)) continue;
+    if (!platform::FileExists(text::ExpandPath(container, FullProjectPath(*folder))))
+      errors.Add(u"Assembly Filename", u"There is no file " + full + u".");
+  }
 }
 
 void TKxMSTestAction::LookForValue(IKxActionValidationError& errors, std::u16string_view page,

@@ -91,6 +91,7 @@ private:
   std::u16string ToolFolder() const;
   void LookForFile(IKxActionValidationError& errors, std::u16string_view page, std::u16string_view text);
   void LookForValue(IKxActionValidationError& errors, std::u16string_view page, std::u16string_view text);
+  void LookForContainers(IKxActionValidationError& errors);
   void LookForTeamBuild(IKxActionValidationError& errors);
   std::u16string FolderOfTested(); // empty: the project's
   std::u16string AsToolSees(const std::u16string& file);

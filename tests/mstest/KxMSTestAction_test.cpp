@@ -1,3 +1,4 @@
+#include "host/LookAhead.h"
 #include "tests/mstest/MSTestActionFixture.h"
 
 #include <algorithm>
@@ -140,6 +141,30 @@ TEST_F(TMSTestActionTest, RunsInTheFolderOfWhatItTests) {
   Set({{u"StartingDirectory", u"%No%"}});
   EXPECT_FALSE(action_.Execute());
   EXPECT_THAT(host_.Log(), ElementsAre("3 Starting Directory : Unknown name: No"));
+}
+
+TEST_F(TMSTestActionTest, MissesContainersThatNothingBeforeItMakes) {
+  struct TForeseen : TRecordingValidation, IKxForeseenRun {
+    bool Builds = false;
+    bool MayMakeFilesBefore() const override { return Builds; }
+  };
+  const TTemporaryFolder folder;
+  folder.Write("tool/MSTest.exe");
+  folder.Write("here.dll");
+  folder.Write("bin/there.dll");
+  host_.Variables[u"ProjectDir"] = folder.Path();
+  VSDotNetOptions()->SetDevEnv2008Location(folder.Path("tool"));
+  Set({{u"AssemblyFileName", u"here.dll|there.dll|gone.dll"}});
+  for (const bool builds : {false, true})
+    for (const bool inFolder : {false, true}) {
+      Set({{u"StartingDirectory", inFolder ? u"bin" : u""}});
+      TForeseen errors;
+      errors.Builds = builds;
+      action_.LookAhead(errors);
+      EXPECT_EQ(errors.Entries.size(), builds ? 0U : inFolder ? 1U : 2U);
+      for (const auto& entry : errors.Entries)
+        EXPECT_THAT(folder.Plain(entry), testing::StartsWith("Assembly Filename: There is no file DIR/"));
+    }
 }
 
 TEST_F(TMSTestActionTest, LooksAheadForWhatARunWouldMiss) {
