@@ -3,7 +3,7 @@
 #include "host/AssemblyInfoRewriter.h"
 #include "platform/Files.h"
 #include "text/Text.h"
-#include "versioninfo/Brannic.VStudio.SolutionAssemblyUpdater.h"
+#include "versioninfo/ProjectSources.h"
 
 #include <benchmark/benchmark.h>
 
@@ -66,12 +66,17 @@ BENCHMARK(BM_Stamp);
 
 // A project file whose items all stand in one line.
 void BM_FindNameInOneLine(benchmark::State& state) {
-  std::u16string project;
+  std::string project = "<Project>";
   while (project.size() < static_cast<std::size_t>(state.range(0)))
-    project += u"<Compile Include=\"Folder\\AssemblyInfoReader.cs\" />";
+    project += "<Compile Include=\"Folder\\AssemblyInfoReader.cs\" />";
+  project += "</Project>";
+  const std::u16string path =
+      *platform::CreateTemporaryFile(platform::TemporaryDirectory(), u"kxbench", u".csproj");
+  if (!platform::SaveFile(path, project)) std::abort();
   for (auto _ : state)
-    benchmark::DoNotOptimize(FindAssemblyInfoName(project));
-  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(project.size() * 2));
+    benchmark::DoNotOptimize(FindAssemblyInfoName(path, platform::TemporaryDirectory()));
+  static_cast<void>(platform::RemoveFile(path));
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(project.size()));
 }
 BENCHMARK(BM_FindNameInOneLine)->Arg(100'000)->Arg(5'000'000)->Unit(benchmark::kMillisecond);
 

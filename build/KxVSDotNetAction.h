@@ -4,6 +4,7 @@
 
 #include "build/BuildSettings.h"
 #include "build/ProjectSearch.h"
+#include "host/AssemblyInfo.h"
 #include "host/ProcessActions.h"
 #include "host/Services.h"
 
@@ -32,6 +33,7 @@ public:
   TWin32StampSettings& Win32Stamp() { return win32Stamp_; }
   TVersionInfoContainer& Win32Values() { return win32Values_; }
   TWebProjectSettings& WebProjects() { return webProjects_; }
+  TAssemblyInfoHistory& StampHistory() { return stampHistory_; } // of all executions
 
   // devenv.com is used otherwise: MSBuild came with Visual Studio 2005.
   bool UsingMSBuild() const;
@@ -117,6 +119,7 @@ private:
   TWin32StampSettings win32Stamp_;
   TVersionInfoContainer win32Values_;
   TWebProjectSettings webProjects_;
+  TAssemblyInfoHistory stampHistory_;
 
   TKxMSBuildStructuredOutputHelper structuredOutput_;
   TKxEvent terminate_;

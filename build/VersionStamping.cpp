@@ -112,7 +112,8 @@ bool TAssemblyInfoStamping::UpdateFiles() {
                                                  .SharePath = web.SharePath,
                                                  .WebDAVUsername = web.WebDAVUsername,
                                                  .WebDAVPassword = action_.GetWebDAVPassword(),
-                                                 .StopEvent = &stop_});
+                                                 .StopEvent = &stop_},
+                                                &action_.StampHistory());
     if (values_.ApplyTo == TVSDotNetBuildType::btAllProjects) {
       updater->UpdateAllProjects();
       return true;
@@ -251,12 +252,14 @@ void VisitProjects(TKxCustomVSDotNetAction& action, const IVSDotNetSolution& sol
   }
 }
 
-// Empty where the project has none, or cannot be read.
-std::u16string AssemblyInfoFileOf(const IVSDotNetProject& project, const std::u16string& solutionFolder) {
-  const std::u16string file = text::ExpandPath(project.GetFileName(), solutionFolder);
-  const auto text = ReadProjectText(file);
-  const std::u16string_view name = text ? FindAssemblyInfoName(*text) : std::u16string_view();
-  return name.empty() ? std::u16string() : text::ExpandPath(name, text::ExtractFilePath(file));
+// Of the attributes only the names count.
+TAssemblyInfoValues AttributesToStamp(const TAssemblyInfoSettings& settings) {
+  TAssemblyInfoValues attributes;
+  for (const auto& row : AttributeRows)
+    if (settings.*row.Flag) attributes.emplace_back(row.Name, u"");
+  if (settings.UpdateFileVersion) attributes.emplace_back(u"AssemblyFileVersion", u"");
+  if (settings.UpdateVersion) attributes.emplace_back(u"AssemblyVersion", u"");
+  return attributes;
 }
 
 } // namespace
@@ -267,11 +270,12 @@ void CollectFilesToStamp(TKxCustomVSDotNetAction& action, const IVSDotNetSolutio
     if (!file.empty() && !files.IndexOf(file)) files.Add(file);
   };
   const TAssemblyInfoSettings& assemblyInfo = action.AssemblyInfo();
-  if (assemblyInfo.UpdateAssemblyInfo)
+  if (assemblyInfo.UpdateAssemblyInfo) {
+    std::vector<const IVSDotNetProject*> projects;
     VisitProjects(action, solution, assemblyInfo.ApplyTo, assemblyInfo.SelectedProjects,
-                  [&](const IVSDotNetProject& project) {
-                    add(AssemblyInfoFileOf(project, SolutionDirectory(solution)));
-                  });
+                  [&](const IVSDotNetProject& project) { projects.push_back(&project); });
+    CollectAssemblyInfoFiles(solution, projects, AttributesToStamp(assemblyInfo), files);
+  }
   const TWin32StampSettings& win32 = action.Win32Stamp();
   if (win32.UpdateWin32Resource)
     VisitProjects(action, solution, win32.ApplyTo, win32.SelectedProjects,

@@ -13,14 +13,15 @@ using enum TAssemblyInfoLanguage;
 
 namespace {
 
-// The attributes with one text that System.Reflection has: these alone can be added to a file.
 constexpr std::array<std::u16string_view, 12> FrameworkAttributes{
     u"AssemblyTitle",   u"AssemblyDescription", u"AssemblyConfiguration", u"AssemblyCompany",
     u"AssemblyProduct", u"AssemblyCopyright",   u"AssemblyTrademark",     u"AssemblyCulture",
     u"AssemblyVersion", u"AssemblyFileVersion", u"AssemblyDefaultAlias",  u"AssemblyInformationalVersion"};
 
-bool IsFrameworkAttribute(std::u16string_view name) {
-  return std::ranges::find(FrameworkAttributes, name) != FrameworkAttributes.end();
+bool Means(const TSourceAttribute& attribute, std::u16string_view name, TAssemblyInfoLanguage language) {
+  const bool same =
+      language == VisualBasic ? text::EqualsIgnoreCase(attribute.Name, name) : attribute.Name == name;
+  return same && (attribute.OfFramework || !IsFrameworkAttribute(name));
 }
 
 // How a new attribute is written: like the last one of the file, or as the language's templates have it.
@@ -78,10 +79,11 @@ public:
 
   void Set(const std::u16string& name, const std::u16string& value) {
     bool written = false;
+    const std::size_t changes = edits_.size() + added_.size();
     std::optional<std::size_t> conditional;
     for (const TSourceSection& section : source_.Sections)
       for (const TSourceAttribute& attribute : section.Attributes) {
-        if (!Means(attribute, name)) continue;
+        if (!Means(attribute, name, language_)) continue;
         if (attribute.Certain)
           Replace(attribute, value);
         else
@@ -89,15 +91,15 @@ public:
         written = written || attribute.Certain;
       }
     if (conditional)
-      Note(u"Warning : " + name + u" in line " + Line(*conditional) +
-           u" stands under a condition and is left as it is");
+      Note(name + u" in line " + Line(*conditional) + u" stands under a condition and is left as it is");
     else if (!written && !IsFrameworkAttribute(name))
-      Note(u"Warning : " + name +
+      Note(name +
            u" is not an attribute of the .NET framework and the file has none of that name: it is not added");
     else if (!written)
       added_.emplace_back(name, value);
     if (written || (!conditional && !added_.empty() && added_.back().first == name))
       rewrite_.Entries.emplace_back(name, value);
+    if (edits_.size() + added_.size() != changes) rewrite_.Changed.push_back(name);
   }
 
   TAssemblyInfoRewrite Finish(const TSourceText& source, std::string_view bytes) {
@@ -112,12 +114,6 @@ public:
   }
 
 private:
-  bool Means(const TSourceAttribute& attribute, std::u16string_view name) const {
-    const bool same =
-        language_ == VisualBasic ? text::EqualsIgnoreCase(attribute.Name, name) : attribute.Name == name;
-    return same && (attribute.OfFramework || !IsFrameworkAttribute(name));
-  }
-
   std::u16string_view Text(const TSourceRange& range) const {
     return text_.substr(range.Begin, range.End - range.Begin);
   }
@@ -134,7 +130,7 @@ private:
     std::u16string literal = EncodeLiteral(value, language_, old);
     if (literal == old) return;
     if (!old.empty() && !attribute.IsLiteral)
-      Note(u"Warning : the expression " + Shortened(old) + u" in line " + Line(attribute.Argument.Begin) +
+      Note(u"the expression " + Shortened(old) + u" in line " + Line(attribute.Argument.Begin) +
            u" is replaced by the value");
     if (old.empty() && attribute.OthersFollow) literal += u", ";
     if (old.empty() && !attribute.HasParentheses) literal = u"(" + literal + u")";
@@ -316,6 +312,28 @@ TAssemblyInfoRewrite RewriteOnce(std::string_view bytes, TAssemblyInfoLanguage l
 }
 
 } // namespace
+
+bool IsFrameworkAttribute(std::u16string_view name) {
+  return std::ranges::find(FrameworkAttributes, name) != FrameworkAttributes.end();
+}
+
+TAssemblyInfoInventory::TAssemblyInfoInventory(std::string_view bytes, TAssemblyInfoLanguage language)
+    : language_(language) {
+  const TSourceText source(bytes);
+  if (!source.IsText()) return;
+  const TSourceTokens tokens = ScanAssemblyInfo(source.Text(), language, source.IsAnsi());
+  for (TSourceSection& section : ParseAssemblyInfo(source.Text(), language, tokens).Sections)
+    std::ranges::move(section.Attributes, std::back_inserter(attributes_));
+}
+
+TAssemblyInfoPresence TAssemblyInfoInventory::Find(std::u16string_view name) const {
+  TAssemblyInfoPresence presence = TAssemblyInfoPresence::Absent;
+  for (const TSourceAttribute& attribute : attributes_)
+    if (Means(attribute, name, language_))
+      presence = std::max(presence, attribute.Certain ? TAssemblyInfoPresence::Certain
+                                                      : TAssemblyInfoPresence::Conditional);
+  return presence;
+}
 
 TAssemblyInfoRewrite RewriteAssemblyInfo(std::string_view bytes, TAssemblyInfoLanguage language,
                                          const TAssemblyInfoValues& values) {

@@ -1,12 +1,16 @@
 #include "versioninfo/Brannic.VStudio.SolutionAssemblyUpdater.h"
-#include "host/RegEx.h"
+#include "host/AssemblyInfoSharing.h"
 #include "host/Utilities.h"
 #include "host/WebDav.h"
 #include "host/Xml.h"
 #include "platform/Files.h"
 #include "text/Text.h"
 #include "text/WindowsPath.h"
+#include "versioninfo/ProjectSources.h"
 #include "web/KxResolveIISDirectory.h"
+
+#include <map>
+#include <optional>
 
 namespace kx {
 
@@ -56,15 +60,72 @@ std::u16string RemoteFolder(std::u16string_view folder, std::u16string_view belo
   return std::u16string(folder) + (folder.empty() || rest.empty() ? u"" : u"/") + std::u16string(rest);
 }
 
+bool IsWebAddress(std::u16string_view location) {
+  return text::FindIgnoreCase(location, u"http://") != std::u16string_view::npos;
+}
+
+// The projects of a solution and their sources, read when somebody asks for them.
+class TSolutionUnits : public IAssemblyInfoUnits {
+public:
+  TSolutionUnits(const IVSDotNetSolution& solution, std::u16string solutionPath)
+      : projects_(solution.GetProjects()), solutionPath_(std::move(solutionPath)) {}
+
+  void Enter(const IVSDotNetProject& project, std::u16string_view file) {
+    project_ = &project;
+    file_ = file;
+  }
+
+  const TAssemblyInfoUnit& Current() override { return UnitOf(*project_, file_); }
+
+  std::vector<const TAssemblyInfoUnit*> UnitsOf(std::u16string_view source) override {
+    if (bySource_.empty()) ReadAll();
+    const auto [first, last] = bySource_.equal_range(text::ToLower(source));
+    std::vector<const TAssemblyInfoUnit*> units;
+    for (auto at = first; at != last; ++at)
+      units.push_back(at->second);
+    return units;
+  }
+
+private:
+  const TAssemblyInfoUnit& UnitOf(const IVSDotNetProject& project, std::u16string_view file) {
+    const auto found = units_.find(project.GetProjectID());
+    if (found != units_.end()) return found->second;
+    return units_.emplace(project.GetProjectID(), ReadProjectSources(project.GetName(), file, solutionPath_))
+        .first->second;
+  }
+
+  // A web project is known only while it is stamped.
+  void ReadAll() {
+    for (int i = 0; i < projects_->GetCount(); ++i) {
+      const auto project = projects_->GetItem(i);
+      const bool current = project.get() == project_;
+      if (!current && IsWebAddress(project->GetFileName())) continue;
+      const std::u16string file =
+          current ? file_ : TPathUtils::ExpandRelativePath(project->GetFileName(), solutionPath_);
+      const TAssemblyInfoUnit& unit = UnitOf(*project, file);
+      for (const auto& source : unit.Sources)
+        bySource_.emplace(text::ToLower(source), &unit);
+    }
+  }
+
+  std::shared_ptr<IVSDotNetProjects> projects_;
+  std::u16string solutionPath_;
+  const IVSDotNetProject* project_ = nullptr;
+  std::u16string file_;
+  std::map<std::u16string, TAssemblyInfoUnit> units_; // by the project's id
+  std::multimap<std::u16string, const TAssemblyInfoUnit*> bySource_;
+};
+
 } // namespace
 
 class TKxAssemblyInfoUpdater : public IKxAssemblyInfoUpdater {
 public:
   TKxAssemblyInfoUpdater(std::shared_ptr<IVSDotNetSolution> solution, TCustomKxAction& action,
-                         IAssemblyInfoCallback& callback, const TKxWebProjectSettings& web)
+                         IAssemblyInfoCallback& callback, const TKxWebProjectSettings& web,
+                         TAssemblyInfoHistory* history)
       : solution_(std::move(solution)), action_(action), callback_(callback),
-        solutionPath_(text::ExtractFilePath(solution_->GetFileName())), web_(web),
-        assemblyInfo_(TBrannicAssemblyInfo::Create()) {}
+        solutionPath_(text::ExtractFilePath(solution_->GetFileName())), web_(web), history_(history),
+        units_(*solution_, solutionPath_), assemblyInfo_(TBrannicAssemblyInfo::Create()) {}
 
   void UpdateAllProjects() override {
     text::TStringList ids;
@@ -82,28 +143,42 @@ public:
     TConnection connection;
     for (const auto& id : ids) {
       if (const auto project = solution_->GetProjects()->FindByID(id))
-        UpdateProject(project->GetFileName(), connection);
+        UpdateProject(*project, connection);
       else
         action_.SendMessage(u"ProjectID : " + id + u" - not found in solution");
     }
   }
 
 private:
-  void UpdateProject(const std::u16string& location, TConnection& connection) {
-    const bool isWeb = text::ToLower(location).find(u"http://") != std::u16string::npos;
+  void UpdateProject(const IVSDotNetProject& project, TConnection& connection) {
+    const std::u16string& location = project.GetFileName();
+    const bool isWeb = IsWebAddress(location);
     const bool isWebDav = isWeb && web_.ProjLocDetectMethod == TProjLocDetectMethod::useWebDAV;
     const std::u16string path = ProjectFile(location, isWeb, connection);
     const TDownloadedFile copy(isWebDav ? path : std::u16string());
     if (!platform::FileExists(path)) throw EKxException(u"ERROR : Unable to find : " + path);
     action_.SendMessage(u"Processing Project File : " + path);
-    const auto projectText = ReadProjectText(path);
-    if (!projectText) throw EKxException(projectText.Message());
-    const std::u16string_view name = FindAssemblyInfoName(*projectText);
-    if (name.empty()) return;
-    if (isWebDav)
-      ProcessOnServer(name, connection.Client(web_));
-    else
-      Process(TPathUtils::ExpandRelativePath(name, text::ExtractFilePath(path)));
+    const auto name = AssemblyInfoName(path);
+    if (!name || name->empty()) return;
+    if (isWebDav) return ProcessOnServer(*name, connection.Client(web_));
+    const std::u16string file = TPathUtils::ExpandRelativePath(*name, text::ExtractFilePath(path));
+    if (!platform::FileExists(file))
+      return Warn(path + u" names " + file + u", which does not exist: the project is not stamped");
+    units_.Enter(project, path);
+    Process(file, &units_);
+  }
+
+  std::optional<std::u16string> AssemblyInfoName(const std::u16string& projectFile) const {
+    try {
+      return FindAssemblyInfoName(projectFile, solutionPath_);
+    } catch (const EKxParseError& error) {
+      Warn(projectFile + u" cannot be read, so the project is not stamped: " + error.Message());
+      return std::nullopt;
+    }
+  }
+
+  void Warn(const std::u16string& message) const {
+    action_.SendMessage(u"Warning : " + message, TStatusTag::stWarning);
   }
 
   std::u16string ProjectFile(const std::u16string& location, bool isWeb, TConnection& connection) {
@@ -119,15 +194,16 @@ private:
     return GetProjectFileUsingWebDAV(connection.Client(web_), location, webDavProjectPath_);
   }
 
-  void Process(std::u16string_view fileName) {
+  void Process(std::u16string_view fileName, IAssemblyInfoUnits* units) {
     assemblyInfo_->SetCallback(callback_);
+    assemblyInfo_->SetUnits(units, history_);
     assemblyInfo_->ProcessFile(fileName, true);
   }
 
   void ProcessOnServer(std::u16string_view name, TKxWebDavClient* client) {
     const std::u16string folder = RemoteFolder(webDavProjectPath_, text::ExtractFilePath(name));
     const std::u16string local = GetFileUsingWebDAV(client, folder, text::ExtractFileName(name));
-    Process(local);
+    Process(local, nullptr); // the other sources stay on the server
     PutFileUsingWebDAV(client, local, folder);
     // After a failure it stays: the message names it, and the next run replaces it.
     static_cast<void>(platform::RemoveFile(local));
@@ -138,6 +214,8 @@ private:
   IAssemblyInfoCallback& callback_;
   std::u16string solutionPath_;
   TKxWebProjectSettings web_;
+  TAssemblyInfoHistory* history_;
+  TSolutionUnits units_;
   std::u16string webDavProjectPath_; // the project's folder on the server
   std::shared_ptr<IBrannicAssemblyInfoUpdater> assemblyInfo_;
 };
@@ -145,25 +223,31 @@ private:
 std::shared_ptr<IKxAssemblyInfoUpdater> GetAssemblyInfoUpdater(std::shared_ptr<IVSDotNetSolution> solution,
                                                                TCustomKxAction& action,
                                                                IAssemblyInfoCallback& callback,
-                                                               const TKxWebProjectSettings& web) {
-  return std::make_shared<TKxAssemblyInfoUpdater>(std::move(solution), action, callback, web);
+                                                               const TKxWebProjectSettings& web,
+                                                               TAssemblyInfoHistory* history) {
+  return std::make_shared<TKxAssemblyInfoUpdater>(std::move(solution), action, callback, web, history);
 }
 
-// Meant are "((.*\\)?AssemblyInfo\.\w+)" and, where that is nowhere, "(.*AssemblyInfo[\w|\.]+)", quotation
-// marks included. Searched for as they stand they try every quotation mark of a line with every place behind
-// it. A match always begins at the first quotation mark of its line unless the name alone is quoted, so each
-// line needs one try only.
-std::u16string_view FindAssemblyInfoName(std::u16string_view projectText) {
-  static constexpr TRegExOptions options = TRegExOptions::IgnoreCase;
-  const auto find = [projectText](std::u16string_view pattern) {
-    return RegEx::Match(projectText, pattern, options | TRegExOptions::MultiLine);
-  };
-  if (!find(u"AssemblyInfo")) return {}; // at once, also for texts that need more tries than are allowed
-  const TRegExMatch withFolder = find(u"^[^\"\\r\\n]*+\"(.*\\\\AssemblyInfo\\.\\w+)\"");
-  const TRegExMatch nameAlone = find(u"\"(AssemblyInfo\\.\\w+)\"");
-  if (nameAlone && (!withFolder || nameAlone.Position() < withFolder.Position())) return nameAlone.GetItem(1);
-  if (withFolder) return withFolder.GetItem(1);
-  return find(u"^[^\"\\r\\n]*+\"((?:.*[^\\w|.\\r\\n])?(?>[\\w|.]*AssemblyInfo[\\w|.]+))\"").GetItem(1);
+void CollectAssemblyInfoFiles(const IVSDotNetSolution& solution,
+                              const std::vector<const IVSDotNetProject*>& projects,
+                              const TAssemblyInfoValues& values, text::TStringList& files) {
+  const std::u16string folder = text::ExtractFilePath(solution.GetFileName());
+  TSolutionUnits units(solution, folder);
+  TAssemblyInfoInventories inventories;
+  for (const IVSDotNetProject* project : projects) {
+    if (IsWebAddress(project->GetFileName())) continue;
+    const std::u16string path = TPathUtils::ExpandRelativePath(project->GetFileName(), folder);
+    try {
+      const std::u16string name = FindAssemblyInfoName(path, folder);
+      const std::u16string file = TPathUtils::ExpandRelativePath(name, text::ExtractFilePath(path));
+      if (name.empty() || !platform::FileExists(file)) continue;
+      units.Enter(*project, path);
+      for (const auto& share : ShareAssemblyInfo(file, values, &units, inventories).Files)
+        if (!share.Values.empty() && !files.IndexOf(share.File)) files.Add(share.File);
+    } catch (const EKxParseError&) {
+      continue; // the stamping will say it
+    }
+  }
 }
 
 } // namespace kx

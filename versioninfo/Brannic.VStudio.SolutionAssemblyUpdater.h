@@ -3,6 +3,7 @@
 
 #include "host/Actions.h"
 #include "host/AssemblyInfo.h"
+#include "host/AssemblyInfoRewriter.h"
 #include "solution/VSNETSLN.h"
 #include "web/ProjLocDetectMethod.h"
 
@@ -25,11 +26,11 @@ struct TKxWebProjectSettings {
   const TKxEvent* StopEvent = nullptr; // ends a transfer early; outlives the updater
 };
 
-// The file is the first that the project names: in quotes, "AssemblyInfo" with an extension, letter case
-// ignored. Projects without one are passed over silently, projects that are not in the solution with a
-// message. Everything else that fails raises EKxException, and the projects behind it are not updated: a
-// project file that does not exist ("ERROR : Unable to find : " and its path), a transfer, a file that cannot
-// be written.
+// The file is the one that FindAssemblyInfoName finds; an attribute that another source of the project has is
+// changed there. Projects without such a file are passed over silently, projects that are not in the solution
+// and those whose file is not on disk with a message. Everything else that fails raises EKxException, and the
+// projects behind it are not updated: a project file that does not exist ("ERROR : Unable to find : " and its
+// path), a transfer, a file that cannot be written.
 class IKxAssemblyInfoUpdater {
 public:
   virtual ~IKxAssemblyInfoUpdater() = default;
@@ -38,14 +39,18 @@ public:
   virtual void UpdateProjects(const text::TStringList& projectIDs, const text::TStringList* filter) = 0;
 };
 
-// The action takes the messages, `callback` gives the values; both outlive the updater.
+// The action takes the messages, `callback` gives the values; both outlive the updater. So does `history`,
+// which may be null: with it, a source that was stamped for several projects one after the other is told of.
 std::shared_ptr<IKxAssemblyInfoUpdater> GetAssemblyInfoUpdater(std::shared_ptr<IVSDotNetSolution> solution,
                                                                TCustomKxAction& action,
                                                                IAssemblyInfoCallback& callback,
-                                                               const TKxWebProjectSettings& web);
+                                                               const TKxWebProjectSettings& web,
+                                                               TAssemblyInfoHistory* history = nullptr);
 
-// The path, as the project writes it, of the AssemblyInfo file that a project file names; empty when it names
-// none. Takes time in proportion to the text, however long its lines are.
-std::u16string_view FindAssemblyInfoName(std::u16string_view projectText);
+// The files that stamping these attributes of the projects would change; projects on web servers are left
+// out. Never raises.
+void CollectAssemblyInfoFiles(const IVSDotNetSolution& solution,
+                              const std::vector<const IVSDotNetProject*>& projects,
+                              const TAssemblyInfoValues& values, text::TStringList& files);
 
 } // namespace kx

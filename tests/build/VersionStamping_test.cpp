@@ -193,7 +193,7 @@ TEST_F(VersionStamping, TellsBeforehandWhichFilesItWouldChange) {
   };
   EXPECT_EQ(files(), "");
   Set(u"UpdateAssemblyInfo=True&ApplyAssemblyInfoTo=btSelectedProjects&AssemblySelectedProjects=Lib&"
-      u"UpdateWin32Resource=True");
+      u"UpdateAssemblyVersion=True&UpdateWin32Resource=True");
   EXPECT_EQ(files(), "DIR/Lib/Properties/AssemblyInfo.cs\r\nDIR/Native/version.rc\r\n");
   Set(u"Solution=%No%");
   EXPECT_EQ(files(), "");

@@ -274,7 +274,8 @@ public:
     Log.push_back(text::ToUtf8(name) + "=" + text::ToUtf8(value));
   }
   void AssemblyInfoProcessMessage(std::u16string_view text) override {
-    Log.push_back(text::ToUtf8(text.substr(0, text.find(u"in line"))));
+    const std::size_t name = text.find(u"AssemblyInfo.CS: ");
+    Log.push_back(text::ToUtf8(text.substr(name, text.find(u"in line") - name)));
   }
 };
 
@@ -290,7 +291,7 @@ TEST(AssemblyInfo, WritesTheFileOnceAndReports) {
   updater->ProcessFile(path, true);
   EXPECT_EQ(*platform::ReadFile(path),
             "[assembly: AssemblyTitle(\"N\")]\n[assembly: AssemblyVersion(\"1.2\")]\n");
-  const std::string said = "Warning : the expression Names.Title ";
+  const std::string said = "AssemblyInfo.CS: the expression Names.Title ";
   EXPECT_EQ(stamp.Log, (std::vector<std::string>{said, "AssemblyTitle=N", "AssemblyVersion=1.2", said,
                                                  "AssemblyTitle=N", "AssemblyVersion=1.2"}));
   // Nothing to change: a file that cannot be written is no obstacle.

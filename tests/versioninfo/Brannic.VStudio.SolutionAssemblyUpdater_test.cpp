@@ -1,12 +1,10 @@
 #include "versioninfo/Brannic.VStudio.SolutionAssemblyUpdater.h"
 
-#include "host/RegEx.h"
 #include "tests/support/RecordingHost.h"
 #include "tests/support/TemporaryFolder.h"
+#include "versioninfo/ProjectSources.h"
 
 #include <gmock/gmock.h>
-
-#include <random>
 
 namespace kx {
 namespace {
@@ -23,10 +21,16 @@ public:
   bool Execute() override { return true; }
   void OnProcessFile(std::u16string_view fileName, IAssemblyInfoAttributes& updater) override {
     SendMessage(u"File " + std::u16string(fileName));
-    updater.SetAttribute(u"AssemblyVersion", u"1.2.3.4");
+    updater.SetAttribute(u"AssemblyVersion", Version);
   }
   void AssemblyInfoProcessEntry(std::u16string_view /*name*/, std::u16string_view /*value*/) override {}
-  void AssemblyInfoProcessMessage(std::u16string_view /*text*/) override {}
+  void AssemblyInfoProcessMessage(std::u16string_view text) override {
+    Messages.push_back(tests::Generic(text::ToUtf8(text::ReplaceAll(text, Folder, u"@"))));
+  }
+
+  std::u16string Version = u"1.2.3.4";
+  std::u16string Folder; // "@" in the messages
+  std::vector<std::string> Messages;
 };
 
 std::string Id(char letter) {
@@ -45,22 +49,26 @@ struct TDirectory : IKxDirectoryService {
 
 class SolutionAssemblyUpdater : public testing::Test {
 protected:
-  SolutionAssemblyUpdater() { action_.Attach(host_); }
+  SolutionAssemblyUpdater() {
+    action_.Attach(host_);
+    action_.Folder = folder_.Path();
+  }
 
   void AddProject(char letter, const std::string& location) {
     solution_ += "Project(\"" + Id('F') + "\") = \"" + letter + "\", \"" + location + "\", \"" + Id(letter) +
                  "\"\nEndProject\n";
   }
-  std::shared_ptr<IKxAssemblyInfoUpdater> Updater(const TKxWebProjectSettings& web = {}) {
+  std::shared_ptr<IKxAssemblyInfoUpdater> Updater(const TKxWebProjectSettings& web = {},
+                                                  TAssemblyInfoHistory* history = nullptr) {
     const std::u16string path = folder_.Write("App.sln", solution_ + "Global\nEndGlobal\n");
-    return GetAssemblyInfoUpdater(OpenSolution(path, true), action_, action_, web);
+    return GetAssemblyInfoUpdater(OpenSolution(path, true), action_, action_, web, history);
   }
   // The log with the test's folder as "@".
   std::vector<std::string> Log() const {
     std::vector<std::string> log = host_.Log();
     const std::string folder = text::ToUtf8(folder_.Path());
     for (std::string& line : log)
-      if (const auto at = line.find(folder); at != std::string::npos)
+      for (auto at = line.find(folder); at != std::string::npos; at = line.find(folder))
         line = tests::Generic(line.replace(at, folder.size(), "@"));
     return log;
   }
@@ -134,31 +142,135 @@ TEST_F(SolutionAssemblyUpdater, WebProjectsAreFoundAsTheActionSays) {
   }
 }
 
-// The expressions as they are meant, which take time in proportion to the square of a line's length.
-std::u16string_view Simple(std::u16string_view text) {
-  const auto first = RegEx::Match(text, u"\"((.*\\\\)?AssemblyInfo\\.\\w+)\"", TRegExOptions::IgnoreCase);
-  if (first) return first.GetItem(1);
-  return RegEx::Match(text, u"\"(.*AssemblyInfo[\\w|\\.]+)\"", TRegExOptions::IgnoreCase).GetItem(1);
-}
-
-TEST(FindAssemblyInfoName, FindsWhatTheExpressionsMean) {
-  constexpr std::u16string_view pieces[] = {
-      u"\"",   u"\\", u"AssemblyInfo", u"assemblyinfo.", u"AssemblyInfo.cs\"", u"\\AssemblyInfo.vb\"", u"|",
-      u"x y.", u"\n", u"\r\n",         u"\u00E9",        u"\"AssemblyInfo.c"};
-  std::minstd_rand random(20050101);
-  for (int round = 0; round < 4000; ++round) {
-    std::u16string text;
-    for (auto count = random() % 12; count > 0; --count)
-      text += pieces[random() % std::size(pieces)];
-    ASSERT_EQ(FindAssemblyInfoName(text), Simple(text)) << text::ToUtf8(text);
+// What another source of the project carries is changed there; nothing stands twice.
+TEST_F(SolutionAssemblyUpdater, ChangesAnAttributeWhereItStands) {
+  struct TCase {
+    const char* Name;
+    std::string Project; // a/a.csproj; its AssemblyInfo.cs has no version
+    bool Added;
+  };
+  const TCase cases[] = {
+      {"a link", R"(<Compile Include="..\Common.cs"><Link>Common.cs</Link></Compile>)", false},
+      {"a link of Visual Studio 2003",
+       R"(<File RelPath="Common.cs" Link="..\Common.cs" BuildAction="Compile"/>)", false},
+      {"a C++ project", R"(<File RelativePath="..\Common.cpp"/>)", false},
+      {"a list with escapes and properties",
+       R"(<PropertyGroup><Root>..\</Root></PropertyGroup><Compile Include="x.cs;$(Root)%43ommon.cs"/>)",
+       false},
+      {"a pattern", R"(<Compile Include="..\**\C*n.cs" Exclude="..\b\**"/>)", false},
+      {"an imported file", R"(<Import Project="..\all.targets"/>)", false},
+      {"an item under a condition", R"(<Compile Include="..\Common.cs" Condition="'$(X)'=='1'"/>)", false},
+      {"in a comment", R"(<!-- <Compile Include="..\Common.cs"/> -->)", true},
+      {"not compiled", R"(<None Include="..\Common.cs"/>)", true},
+      {"removed again", R"(<Compile Include="..\Common.cs"/><Compile Remove="..\Common.cs"/>)", true},
+      {"not on disk", R"(<Compile Include="..\Missing.cs"/>)", true},
+  };
+  for (const auto& row : cases) {
+    SCOPED_TRACE(row.Name);
+    solution_.resize(solution_.find('\n') + 1);
+    host_.ClearLog();
+    AddProject('A', "a/a.csproj");
+    folder_.Write("a/a.csproj",
+                  "<Project><Compile Include=\"AssemblyInfo.cs\"/>" + row.Project + "</Project>");
+    folder_.Write("a/AssemblyInfo.cs", "[assembly: AssemblyTitle(\"\")]");
+    folder_.Write("all.targets",
+                  R"(<Project><Compile Include="$(MSBuildThisFileDirectory)Common.cs"/></Project>)");
+    folder_.Write("Common.cs", Old);
+    folder_.Write("Common.cpp", std::string(Old) + ";");
+    Updater()->UpdateAllProjects();
+    EXPECT_EQ(Read("a/AssemblyInfo.cs").find("AssemblyVersion") != std::string::npos, row.Added);
+    EXPECT_EQ(Read("Common.cs") == New || Read("Common.cpp") == std::string(New) + ";", !row.Added);
+    EXPECT_EQ(action_.Messages.empty(), row.Added) << "a warning";
+    action_.Messages.clear();
   }
 }
 
-TEST(FindAssemblyInfoName, TakesLongLines) {
-  std::u16string text;
-  while (text.size() < 2'000'000)
-    text += u"<Compile Include=\"F\\AssemblyInfoReader.cs\" />AssemblyInfo.";
-  EXPECT_TRUE(FindAssemblyInfoName(text).ends_with(u"\\AssemblyInfoReader.cs"));
+TEST_F(SolutionAssemblyUpdater, TellsOfSharedSourcesOnce) {
+  TAssemblyInfoHistory history;
+  AddProject('A', "a.csproj");
+  AddProject('B', "b.csproj");
+  const std::string common = R"(<Compile Include="Common.cs"/>)";
+  folder_.Write("a.csproj", "<Project><Compile Include=\"AssemblyInfo.cs\"/>" + common + "</Project>");
+  folder_.Write("b.csproj", "<Project><Compile Include=\"b/AssemblyInfo.cs\"/>" + common + "</Project>");
+  folder_.Write("AssemblyInfo.cs");
+  folder_.Write("b/AssemblyInfo.cs");
+  folder_.Write("Common.cs", Old);
+  Updater({}, &history)->UpdateAllProjects();
+  EXPECT_THAT(
+      action_.Messages,
+      ElementsAre("Warning : @/Common.cs: is changed for A, whose AssemblyInfo file lacks AssemblyVersion. "
+                  "It is also part of B; to stamp A alone, move the attributes into its own file"));
+  action_.Messages.clear();
+  action_.Version = u"2.0";
+  Updater({}, &history)->UpdateProjects({text::FromAscii(Id('A'))}, nullptr);
+  EXPECT_EQ(Read("Common.cs"), "[assembly: AssemblyVersion(\"2.0\")]");
+  EXPECT_THAT(
+      action_.Messages,
+      ElementsAre(testing::HasSubstr("is changed for A"),
+                  "Warning : @/Common.cs: AssemblyVersion was \"1.2.3.4\" for B earlier in this run and is "
+                  "\"2.0\" for A now; give each project its own, or all the same"));
+}
+
+TEST_F(SolutionAssemblyUpdater, AddsNothingThatAProjectHasAlready) {
+  AddProject('A', "a.csproj");
+  AddProject('B', "b.csproj");
+  AddProject('C', "c.csproj");
+  folder_.Write("a.csproj", R"(<Project><Compile Include="CommonAssemblyInfo.cs"/></Project>)");
+  folder_.Write(
+      "b.csproj",
+      R"(<Project><Compile Include="CommonAssemblyInfo.cs"/><Compile Include="AssemblyInfo.cs"/></Project>)");
+  folder_.Write("c.csproj",
+                R"(<Project Sdk="x"><Compile Remove="*"/><None Include="c/AssemblyInfo.cs"/></Project>)");
+  folder_.Write("CommonAssemblyInfo.cs", "\n");
+  folder_.Write("AssemblyInfo.cs", Old);
+  folder_.Write("c/AssemblyInfo.cs", "\n");
+  Updater()->UpdateAllProjects();
+  EXPECT_EQ(Read("CommonAssemblyInfo.cs") + Read("c/AssemblyInfo.cs"), "\n\n");
+  EXPECT_EQ(Read("AssemblyInfo.cs"), New);
+  EXPECT_THAT(
+      action_.Messages,
+      ElementsAre(testing::HasSubstr("is not added: B, which is made of this file too, has it already in @/"),
+                  testing::HasSubstr("is not added: C has it written by its build")));
+}
+
+TEST_F(SolutionAssemblyUpdater, PassesOverWhatIsNotThere) {
+  AddProject('A', "a.csproj");
+  AddProject('B', "b.csproj");
+  AddProject('C', "c.csproj");
+  folder_.Write("a.csproj", Item);
+  folder_.Write("b.csproj", "<Project>");
+  folder_.Write("c.csproj", R"(<Compile Include="AssemblyInfo.cs"/>)");
+  folder_.Write("AssemblyInfo.cs", Old);
+  Updater()->UpdateAllProjects();
+  EXPECT_EQ(Read("AssemblyInfo.cs"), New);
+  EXPECT_THAT(Log(),
+              testing::Contains("2 Warning : @/a.csproj names @/Properties/AssemblyInfo.cs, which does not "
+                                "exist: the project is not stamped"));
+  EXPECT_THAT(Log(), testing::Contains(testing::StartsWith("2 Warning : @/b.csproj cannot be read")));
+}
+
+TEST(FindAssemblyInfoName, SeesItemsOneByOne) {
+  const std::pair<const char*, std::u16string_view> cases[] = {
+      {R"(<Compile Include="Properties\assemblyinfo.CS"/>)", u"Properties\\assemblyinfo.CS"},
+      {R"(<P><Compile Include="A b.cs"/><Compile Include="P\AssemblyInfo.cs"/></P>)", u"P\\AssemblyInfo.cs"},
+      {R"(<P><!-- <Compile Include="Old\AssemblyInfo.cs"/> --><Compile Include="AssemblyInfo.vb"/></P>)",
+       u"AssemblyInfo.vb"},
+      {R"(<Compile Include="R&amp;D\My%20Own\AssemblyInfo.cs"/>)", u"R&D\\My Own\\AssemblyInfo.cs"},
+      {R"(<P><Compile Include='..\GlobalAssemblyInfo.cs'/><Compile Include='P/AssemblyInfo.cs'/></P>)",
+       u"P/AssemblyInfo.cs"},
+      {R"(<P><Compile Include="TestAssemblyInfo.x|y.cs"/><Compile Include="AssemblyInfo"/></P>)",
+       u"TestAssemblyInfo.x|y.cs"},
+      {R"(<P><None Include="T\AssemblyInfo.cs"/><Compile Include="P\AssemblyInfo.cs"/></P>)",
+       u"P\\AssemblyInfo.cs"},
+      {R"(<P><Content Include="T\AssemblyInfo.cs"/></P>)", u"T\\AssemblyInfo.cs"},
+      {R"(<File RelPath="AssemblyInfo.cs" Link="..\AssemblyInfo.cs"/>)", u"..\\AssemblyInfo.cs"},
+      {R"(<File RelativePath=".\AssemblyInfo.cpp"/>)", u".\\AssemblyInfo.cpp"},
+      {"\"SourcePath\" = \"8:AssemblyInfo.cs\"", u""},
+      {"", u""},
+  };
+  const tests::TTemporaryFolder folder;
+  for (const auto& [project, expected] : cases)
+    EXPECT_EQ(FindAssemblyInfoName(folder.Write("a.csproj", project), folder.Path()), expected) << project;
 }
 
 } // namespace
