@@ -56,7 +56,7 @@ void AppendOutcome(std::u16string& xml, const TKxUnitTestResult& result) {
 
 void AppendTest(std::u16string& xml, const TKxUnitTestResult& result, std::u16string_view runName) {
   xml += u"  <testcase";
-  AppendAttribute(xml, u"name", result.TestName);
+  AppendAttribute(xml, u"name", result.TestName.empty() ? u"without a name" : result.TestName);
   AppendAttribute(xml, u"classname", result.ClassName.empty() ? runName : result.ClassName);
   AppendAttribute(xml, u"time", Seconds(result.Duration));
   if (result.Executed && result.Passed) {

@@ -100,10 +100,10 @@ TKxUnitTestRun TKxMSTestAction::SendResults(TKxArrayOfMSTestResult results) {
   const auto nameless =
       std::ranges::count_if(results, [](const TKxUnitTestResult& result) { return result.TestName.empty(); });
   if (nameless > 0)
-    SendMessage(u"Warning : " + Count(nameless, u"result") + u" in the results file " +
-                    effectiveResultsFile_ +
-                    u" bear no name, as those of Visual Studio 2005 do not: their tests count as failed. "
-                    u"Run the tests with the MSTest of Visual Studio 2008 or later.",
+    SendMessage(u"Warning : the results file " + effectiveResultsFile_ + u" holds " +
+                    Count(nameless, u"result") +
+                    u" without a name, as Visual Studio 2005 writes them: their tests count as failed. Run "
+                    u"the tests with the MSTest of Visual Studio 2008 or later.",
                 TStatusTag::stWarning);
   TKxUnitTestRun run(std::move(results));
   run.SetName(ExpandExpression(GetDescription()));

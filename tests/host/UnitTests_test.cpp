@@ -24,7 +24,7 @@ std::vector<TKxUnitTestResult> FourResults() {
        .Duration = 5,
        .StartTime = At(10),
        .ClassName = u"Ns.List`1[A, B]"},
-      {.Executed = true, .TestName = u"C", .Outcome = u"Timeout"},
+      {.Executed = true, .Outcome = u"Timeout"},
       {.TestName = u"D", .Duration = 7},
   };
 }
@@ -51,7 +51,7 @@ TEST(UnitTestRun, IsWrittenAsJUnitHasIt) {
 at B&#13;
 	at C</failure>
   </testcase>
-  <testcase name="C" classname="Tests &amp; more" time="0.000">
+  <testcase name="without a name" classname="Tests &amp; more" time="0.000">
     <failure message="Timeout">Timeout</failure>
   </testcase>
   <testcase name="D" classname="Tests &amp; more" time="0.007">

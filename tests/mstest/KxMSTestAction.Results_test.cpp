@@ -67,9 +67,8 @@ TEST_F(MSTestResults, TheExitCodeAloneDecides) {
   const auto none = Metrics("0", "0", "0");
   const std::string unnamed = R"(<Tests><UnitTestResult><testName>A</testName></UnitTestResult></Tests>)";
   const std::string warning =
-      "2 Warning : 1 result in the results file DIR/out.trx bear no name, as those of Visual Studio 2005 do "
-      "not: "
-      "their tests count as failed. Run the tests with the MSTest of Visual Studio 2008 or later.";
+      "2 Warning : the results file DIR/out.trx holds 1 result without a name, as Visual Studio 2005 writes "
+      "them: their tests count as failed. Run the tests with the MSTest of Visual Studio 2008 or later.";
   const TCase cases[] = {
       {"failed tests, a good exit code", ThreeResults, 0,
        with(Metrics("1", "2", "1239"),
