@@ -196,10 +196,13 @@ void AddAssemblyValueRows(TRows& rows) {
 void AddVersionRows(TRows& rows) {
   rows.Accessors(u"AssemblyFileVersion", VersionText<&TAssemblyInfoSettings::FileVersion>,
                  SetVersionText<&TAssemblyInfoSettings::FileVersion>,
-                 u"The file version: major, minor, build and revision, joined by bars.")
-      .Accessors(u"AssemblyVersion", VersionText<&TAssemblyInfoSettings::Version>,
-                 SetVersionText<&TAssemblyInfoSettings::Version>,
-                 u"The assembly version: major, minor, build and revision, joined by bars.")
+                 u"The file version: major, minor, build and revision, joined by bars; 3|1|4|0 is 3.1.4.0, "
+                 u"3|1|| is 3.1.")
+      .Accessors(
+          u"AssemblyVersion", VersionText<&TAssemblyInfoSettings::Version>,
+          SetVersionText<&TAssemblyInfoSettings::Version>,
+          u"The assembly version: major, minor, build and revision, joined by bars; 3|1|4|0 is 3.1.4.0, "
+          u"3|1|| is 3.1.")
       .Accessors(u"AssemblyVersionMajor", VersionPart<&TAssemblyInfoSettings::Version, 0>,
                  SetVersionPart<&TAssemblyInfoSettings::Version, 0>,
                  u"The major part of the assembly version.")

@@ -1,0 +1,164 @@
+"""The commands that only look, and what is said to those who use one wrongly."""
+import json
+import unittest
+
+import e2e
+
+ID = "{{{0}0000000-0000-0000-0000-000000000000}}".format
+HEADER = "Microsoft Visual Studio Solution File, Format Version 8.00\n"
+
+
+def project(name, needs="", path=None):
+    section = "".join(f"\t\t{ID(need)} = {ID(need)}\n" for need in needs)
+    return (f'Project("{ID("F")}") = "{name}", "{path or name + ".csproj"}", "{ID(name)}"\n'
+            f"\tProjectSection(ProjectDependencies) = postProject\n{section}\tEndProjectSection\nEndProject\n")
+
+
+class CommandsTest(e2e.EndToEndTest):
+    def host(self, *arguments):
+        run = self.run_program(e2e.BIN / "kxhost", *arguments)
+        return run.returncode, run.stdout
+
+    def check_table(self, rows, code=2):
+        for arguments, said in rows:
+            with self.subTest(arguments):
+                status, output = self.host(*arguments.split())
+                self.assertIn(said, output)
+                self.assertEqual(status, code, output)
+
+    def test_wrong_use_says_what_is_right(self):
+        self.write("App.sln", HEADER + "Global\nEndGlobal\n")
+        self.write("p.kxproj", "<BuildProject><Actions/></BuildProject>")
+        self.check_table([
+            ("run p.kxproj --verbosity loud", 'takes quiet, minimal, normal, detailed or diagnostic, not "loud".'),
+            ("run p.kxproj --color sometimes", 'takes auto, always or never, not "sometimes".'),
+            ("run p.kxproj --ci=github2", 'Did you mean "github"?'),
+            ("run p.kxproj --st A=1", 'Unknown option "--st". Did you mean "--set"?\nRun "kxhost run --help" for'),
+            ("run p.kxproj --log", "--log needs FILE.jsonl."),
+            ("run p.kxproj --log -", "--log takes the name of a file"),
+            ("run p.kxproj x", 'Unexpected argument "x".'),
+            ("validate p.kxproj --report x.html", "--report is an option of run and do; validate does not use it."),
+            ("--dry-run inspect App.sln", "--dry-run is an option of run and do; inspect does not use it."),
+            ("inspect App.sln --set A=1", "--set is an option of"),
+            ("inspect App.sln --lines", "--lines is for build logs"),
+            ("inspect App.sln --tool msbuid", 'Did you mean "msbuild"?'),
+            ("inspect App.sln --tool msbuild --all-projects", "--all-projects is for solutions"),
+            ("rum p.kxproj", 'Unknown subcommand "rum". Did you mean "run"?\nRun "kxhost --help" for'),
+            ("options set", 'KEY is required.\nRun "kxhost options set --help" for'),
+            ("run p.kxproj --option VisualStudioDotNet.MSDevPat2008=x", 'Did you mean "VisualStudioDotNet.MSDevPath2008"?'),
+            ("run p.kxproj --option VisualStudioDotNet.DefVSVersion=vs2009", 'not "vs2009".'),
+        ])
+
+    def test_a_file_of_another_kind_is_named_with_the_command_that_takes_it(self):
+        self.write("App.sln", HEADER + "Global\nEndGlobal\n")
+        self.write("renamed.txt", "\n" + HEADER + "Global\nEndGlobal\n")
+        self.write("p.kxproj", "<BuildProject/>")
+        self.write("p.xml", "<BuildProject><Actions/></BuildProject>")
+        self.write("notes.txt", "to do\n")
+        self.check_table([
+            ("run App.sln", 'App.sln is a solution. "kxhost inspect App.sln" shows it'),
+            ("run renamed.txt", "renamed.txt is a solution."),
+            ("edit new.SLN --no-browser", "new.SLN is a solution."),
+            ("validate App.rc2", "App.rc2 is a resource script."),
+            ("validate App.vcxproj", "App.vcxproj is a project of Visual Studio."),
+            ("run results.trx", "results.trx is a file of test results."),
+            ("run notes.txt", "notes.txt is no build project, which is XML"),
+            ("do App.sln", "App.sln is a solution."),
+            ("p.kxproj", 'p.kxproj is a build project. "kxhost run p.kxproj" runs it'),
+        ])
+        self.check_table([("inspect p.kxproj", "p.kxproj is a build project."),
+                          ("inspect App.csproj", "App.csproj is a project of Visual Studio."),
+                          ("inspect .", ". is a folder")], code=1)
+        self.check_table([("validate p.xml", "No problems found.")], code=0)
+
+    def test_help_of_a_command_lists_all_that_it_takes(self):
+        for command, options in (("run", "--dry-run --report --ci --verbosity --log --junit --option --plugin --set"),
+                                 ("validate", "--set --options --drive"), ("inspect", "--json --drive")):
+            status, shown = self.host(command, "--help")
+            self.assertEqual(status, 0, shown)
+            for option in options.split():
+                self.assertIn(f"  {option} ", shown, command)
+            self.assertIn(f"\nExamples:\n  kxhost {command} ", shown)
+            self.assertIn("\nExit codes: 0 ", shown)
+        self.assertNotIn("--report", self.host("validate", "--help")[1])
+
+    def test_options_are_listed_checked_and_unset(self):
+        folder = self.folder / "framework"
+        folder.mkdir()
+        store = ("options", "--options", "new.ini")
+        for arguments, code, said in (
+                (("set", "VisualStudioDotNet.MSDevPat", "/x"), 2, 'Did you mean "VisualStudioDotNet.MSDevPath"?'),
+                (("set", "VisualStudioDotNet.MSDevPath2008", "x"), 2, "takes the full path of a folder"),
+                (("set", "VisualStudioDotNet.MSDevPath2008", self.write("devenv.com", "")), 2, "takes a folder"),
+                (("set", "VisualStudioDotNet.MSDevPath2008", "C:\\VS9"), 0, "Warning : There is no folder C:\\VS9"),
+                (("set", "visualstudiodotnet.defvsversion", "VS2010"), 0, ""),
+                (("set", "VisualStudioDotNet.DefVSVersion", "6"), 2, "takes vs2002, vs2003"),
+                (("set", "DotNetFramework.v4.0", folder), 0, ""),
+                (("get", "VisualStudioDotNet.DefVSVersion"), 0, "vs2010\n"),
+                (("unset", "VisualStudioDotNet.MSDevPath2008"), 0, ""),
+                (("unset", "VisualStudioDotNet.MSDevPath2008"), 1, "is not set"),
+                (("unset", "Nothing.x"), 2, "Unknown option")):
+            status, output = self.host(*store, *arguments)
+            self.assertEqual(status, code, (arguments, output))
+            self.assertEqual(bool(said), bool(output), (arguments, output))
+            self.assertIn(said, output)
+        stored = self.folder / "new.ini"
+        self.assertEqual(stored.read_text(), f"[VisualStudioDotNet]\nDefVSVersion=4\n\n[DotNetFramework]\nv4.0={folder}\n")
+        stored.write_text(stored.read_text() + "[Old]\nKey=1\n")
+        shown = self.host(*store, "list", "--option", "VisualStudioDotNet.DefVSVersion=vs2003")[1]
+        for line in ("VisualStudioDotNet.DefVSVersion=vs2003\n", "WebSites.ApplicationHostConfig=\n", "Old.Key=1\n",
+                     f"DotNetFramework.v4.0={folder}\n", "nothing reads the option Old.Key"):
+            self.assertIn(line, shown)
+
+    def test_a_solution_is_shown_with_what_it_lacks(self):
+        for name in "ABC":
+            self.write(f"{name}.csproj", "<Project/>")
+        self.write("App.sln", HEADER + project("A", "BBDE") + project("B") + project("C") + project("D") + "Global\n"
+                   f"\tGlobalSection(ProjectDependencies) = postSolution\n\t\t{ID('B')}.0 = {ID('C')}\n"
+                   f"\t\t{ID('C')}.0 = {ID('A')}\n\tEndGlobalSection\nEndGlobal\n")
+        status, shown = self.host("inspect", "App.sln")
+        self.assertEqual(status, 0)
+        self.assertEqual(shown, "Format          vs2003\nConfigurations  none\nProjects in build order  3\n"
+                         f"  B  B.csproj  {ID('B')}\n      needs C\n"
+                         f"  A  A.csproj  {ID('A')}\n      needs B\n      needs D (not on disk)\n"
+                         f"      needs {ID('E')} (no project of this solution)\n"
+                         f"  C  C.csproj  {ID('C')}\n      needs A\n"
+                         f"Projects not on disk     1  (left out of every build)\n  D  D.csproj  {ID('D')}\n"
+                         "Circle, passed over by the order: A needs B, B needs C, C needs A\n")
+        known = json.loads(self.host("inspect", "App.sln", "--json", "--all-projects")[1])
+        self.assertEqual(known["projectsNotFound"], [{"name": "D", "fileName": "D.csproj", "id": ID("D")}])
+        self.assertIn(f"{ID('D')}  (not on disk)\n", self.host("inspect", "App.sln", "--all-projects")[1])
+
+    def test_a_circle_of_projects_is_named_instead_of_searched_for_an_order(self):
+        for name in "ABC":
+            self.write(f"{name}.csproj", "<Project/>")
+        self.write("App.sln", HEADER + project("A", "B") + project("B", "C") + project("C", "A") + "Global\nEndGlobal\n")
+        status, shown = self.host("inspect", "App.sln")
+        self.assertEqual((status, shown), (1, "Solution has invalid circular dependancies between : "
+                                              "A needs B, B needs C, C needs A\n"))
+
+    def test_the_properties_of_an_action_stand_in_groups(self):
+        shown = self.host("actions", "DEVENV")[1]
+        for piece in ("\nBuild: Warnings\n  OverrideWarnings: Boolean", "\n      fx35: .NET Framework 3.5\n",
+                      "3|1|4|0 is 3.1.4.0", "\nOn no page of the editor\n", "An enumeration takes a name or its number"):
+            self.assertIn(piece, shown)
+        properties = {row["name"]: row for row in json.loads(self.host("actions", "DEVENV", "--json")[1])["properties"]}
+        for name in properties:
+            self.assertEqual(shown.count(f"\n  {name}: "), 1, f"{name} stands once in the groups")
+        self.assertEqual(properties["BuildAction"]["labels"], ["Build", "Rebuild", "Clean", "Deploy"])
+
+    def test_a_log_says_where_its_counts_come_from(self):
+        rows = (("msbuild", "b = warning = c\n    2 Warning(s)\n    0 Error(s)\n", "Warnings  2", "are told by"),
+                ("msbuild", "a = warning = b\n", "Warnings  0", "this log holds none"),
+                ("devenv", "a = warning = b\n    2 Warning(s)\n", "Warnings  0", "change --tool"),
+                ("devenv", "a = warning = b\nBuild complete -- 0 errors, 1 warnings\n", "Warnings  1", ""))
+        for tool, log, counts, reason in rows:
+            self.write("build.log", log)
+            shown = self.host("inspect", "build.log", "--tool", tool)[1]
+            self.assertIn(counts, shown)
+            self.assertIn(reason, shown)
+            self.assertEqual(shown.endswith(" error\n"), not reason, shown)
+
+
+if __name__ == "__main__":
+    unittest.main()
