@@ -11,14 +11,21 @@ let state = {};
 let brief = {};
 let problems = [];
 let hasEnded = false;
+let turn = Promise.resolve(); // the newest command, see inTurn
+let change = turn; // the newest change, until what came of it is shown
+let shown = turn; // the pages of the action selected last
 const views = ["actions", "project", "options", "run"];
 
 const form = new Form(byId("pages"), { changed: () => checkSoon() });
 const optionsForm = new Form(byId("options-pages"), { changed: () => announce("The options are saved.") });
 const run = new RunView({ started: () => showView("run"), ended: () => refresh() });
 const tree = new Tree(byId("tree"), {
-  select: (id) => showAction(id),
-  open: () => byId("pages").querySelector("input:enabled, select:enabled, textarea:enabled, button")?.focus(),
+  inTurn,
+  select: (id) => { shown = showAction(id); },
+  open: async () => {
+    await shown;
+    byId("pages").querySelector("input:enabled, select:enabled, textarea:enabled, button")?.focus();
+  },
   move: (direction) => moveAction(direction),
   remove: () => removeAction(),
 });
@@ -64,6 +71,12 @@ async function attemptChange(work) {
   }
 }
 
+// One command after the other: one that is given while another is under way means the project as that will leave it.
+function inTurn(command) {
+  turn = turn.then(() => change).then(() => command()).catch((error) => announce(error.message, true));
+  return turn;
+}
+
 function flush() {
   form.flush();
   optionsForm.flush();
@@ -90,16 +103,18 @@ async function refresh() {
   if (!brief.running) await showAction(selected);
 }
 
-async function edit(operation, values, isNewForm = true) {
+function edit(operation, values, isNewForm = true) {
   flush();
-  return attemptChange(async () => {
+  change = attemptChange(async () => {
     const answer = await call(operation, values);
+    if (operation === "move") form.follow(values.id, answer.id);
     form.mustRedraw = isNewForm;
     const selected = showState(answer);
     await showAction(selected);
     checkSoon();
     return answer;
   });
+  return change;
 }
 
 const editProject = (operation, values) => edit(operation, values);
@@ -171,12 +186,15 @@ async function addAction() {
   if (selected?.node.isLoop) places.push({ value: "inside", text: "inside the selected loop" });
   const chosen = await askTexts("Add an action", [{ name: "type", label: "Action", items }, { name: "place", label: "Place", items: places }], "Add");
   if (!chosen) return;
-  let to = "0";
-  if (selected && chosen.place === "inside") to = `${selected.node.id}/${selected.node.children.length}`;
-  else if (selected) to = behind(selected.node.id);
   showView("actions");
-  await edit("add", { type: chosen.type, to });
-  tree.focusSelected();
+  tree.focusSelected(); // keys that follow are meant for the new action
+  await inTurn(() => edit("add", { type: chosen.type, to: placeOf(chosen.place) }));
+}
+
+function placeOf(place) {
+  const selected = tree.rowOf(tree.selected);
+  if (!selected) return "0";
+  return place === "inside" ? `${selected.node.id}/${selected.node.children.length}` : behind(selected.node.id);
 }
 
 function behind(id) {
@@ -191,7 +209,7 @@ async function moveAction(direction) {
     announce("The action cannot go further that way.");
     return;
   }
-  await edit("move", { id: tree.selected, to });
+  await edit("move", { id: tree.selected, to }, false);
   tree.focusSelected();
 }
 
@@ -218,6 +236,13 @@ async function save(overwrite = false) {
     if (choice === "overwrite") await save(true);
     if (choice === "reload") await edit("reload", {});
   });
+}
+
+const undo = () => edit("undo", {});
+const redo = () => edit("redo", {});
+
+function copyAction() {
+  return tree.selected === undefined ? undefined : edit("copy", { id: tree.selected, to: behind(tree.selected) });
 }
 
 async function start(dryRun) {
@@ -248,11 +273,11 @@ async function quit() {
 function onKey(event) {
   if (!(event.ctrlKey || event.metaKey) || event.altKey || document.querySelector("dialog[open]")) return;
   const isText = event.target.matches("input[type=text], input[type=password], textarea");
-  const keys = { s: () => save(), z: isText ? undefined : () => edit(event.shiftKey ? "redo" : "undo", {}), y: isText ? undefined : () => edit("redo", {}) };
+  const keys = { s: save, z: isText ? undefined : event.shiftKey ? redo : undo, y: isText ? undefined : redo };
   const work = keys[event.key.toLowerCase()];
   if (!work) return;
   event.preventDefault();
-  work();
+  inTurn(work);
 }
 
 // Tells kxhost that a page is still there, and learns what another window has done.
@@ -269,13 +294,14 @@ async function stayInTouch() {
 }
 
 function listen() {
-  const clicks = {
-    save: () => save(), undo: () => edit("undo", {}), redo: () => edit("redo", {}), check, quit,
-    start: () => start(false), "dry-run": () => start(true), stop: () => attempt(() => run.stop()),
-    add: addAction, remove: removeAction, copy: () => tree.selected !== undefined && edit("copy", { id: tree.selected, to: behind(tree.selected) }),
-    "move-up": () => moveAction("up"), "move-down": () => moveAction("down"), "move-in": () => moveAction("in"), "move-out": () => moveAction("out"),
+  const commands = {
+    save, undo, redo, check, quit, start: () => start(false), "dry-run": () => start(true),
+    remove: removeAction, copy: copyAction, "move-up": () => moveAction("up"), "move-down": () => moveAction("down"),
+    "move-in": () => moveAction("in"), "move-out": () => moveAction("out"),
   };
-  for (const [id, work] of Object.entries(clicks)) byId(id).addEventListener("click", work);
+  for (const [id, command] of Object.entries(commands)) byId(id).addEventListener("click", () => inTurn(command));
+  byId("stop").addEventListener("click", () => attempt(() => run.stop()));
+  byId("add").addEventListener("click", addAction);
   for (const view of views) byId(`show-${view}`).addEventListener("click", () => showView(view));
   const attribute = (name, value) => edit("attribute", { id: tree.selected, name, value }, false);
   byId("action-name").addEventListener("change", (event) => attribute("Name", event.target.value));

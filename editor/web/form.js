@@ -27,6 +27,11 @@ export class Form {
     else this.draw();
   }
 
+  // The action has another id now: what is being typed goes on belonging to it.
+  follow(from, to) {
+    if (this.id === from) this.id = to;
+  }
+
   clear() {
     this.id = undefined;
     this.controls = [];

@@ -2,9 +2,12 @@
 import { askTexts } from "./dialogs.js";
 import { button, el, newId } from "./dom.js";
 
-// `edit(operation, values)` sends one change and shows the project anew.
+// `edit(operation, values)` sends one change and shows the project anew. What somebody is typing stays: the project is shown
+// when it is sent.
 export function showProject(element, state, edit) {
-  const shown = document.activeElement?.dataset?.key;
+  const active = document.activeElement;
+  const shown = active?.dataset?.key;
+  if (shown && active.value !== active.defaultValue) return;
   element.replaceChildren(variables(state, edit), ...state.propertySets.map((set) => propertySet(set, edit)),
     button("Add a property set…", () => addSet(edit)));
   if (shown) element.querySelector(`[data-key="${CSS.escape(shown)}"]`)?.focus();
@@ -12,8 +15,13 @@ export function showProject(element, state, edit) {
 
 function valueRow(key, name, value, change, remove) {
   const id = newId();
-  const input = el("input", { id, type: "text", autocomplete: "off", spellcheck: "false", "data-key": key, onchange: () => change(input.value) });
-  input.value = value;
+  const input = el("input", {
+    id, type: "text", autocomplete: "off", spellcheck: "false", "data-key": key, value,
+    onchange: () => {
+      input.defaultValue = input.value; // no longer being typed
+      change(input.value);
+    },
+  });
   return el("tr", {}, el("th", { scope: "row" }, el("label", { for: id }, name)), el("td", {}, input),
     el("td", {}, button("Remove", remove, { "aria-label": `Remove ${name}` })));
 }

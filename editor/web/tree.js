@@ -2,7 +2,8 @@
 import { el } from "./dom.js";
 
 export class Tree {
-  // `handlers`: select(id), open(id), move(id, to), remove(id).
+  // `handlers`: select(id), open(), move(direction), remove(); inTurn(work) calls back when nothing is under way that changes
+  // the tree, so that a key pressed meanwhile means the tree as it will be.
   constructor(element, handlers) {
     this.element = element;
     this.handlers = handlers;
@@ -73,7 +74,7 @@ export class Tree {
   }
 
   focusSelected() {
-    this.rowOf(this.selected)?.item.focus();
+    (this.rowOf(this.selected)?.item ?? this.element).focus();
   }
 
   rowOf(id) {
@@ -98,36 +99,50 @@ export class Tree {
     return before?.isLoop ? `${before.id}/${before.children.length}` : undefined;
   }
 
-  onKey(event) {
-    const index = this.rows.findIndex((row) => row.node.id === this.selected);
+  goTo(index) {
     const row = this.rows[index];
-    if (!row || event.ctrlKey || event.metaKey) return;
-    const moves = { ArrowUp: "up", ArrowDown: "down", ArrowLeft: "out", ArrowRight: "in" };
-    if (event.altKey) {
-      if (!moves[event.key]) return;
-      event.preventDefault();
-      this.handlers.move(moves[event.key]);
-      return;
-    }
-    const goTo = (target) => target && this.select(target.node.id);
-    const keys = {
-      ArrowDown: () => goTo(this.rows[index + 1]),
-      ArrowUp: () => goTo(this.rows[index - 1]),
-      Home: () => goTo(this.rows[0]),
-      End: () => goTo(this.rows.at(-1)),
-      ArrowRight: () => {
-        if (this.collapsed.has(row.node.id)) this.toggle(row.node.id);
-        else if (row.node.children?.length) goTo(this.rows[index + 1]);
-      },
-      ArrowLeft: () => {
-        if (row.node.children?.length && !this.collapsed.has(row.node.id)) this.toggle(row.node.id);
-        else if (row.parent) this.select(row.parent.id);
-      },
-      Enter: () => this.handlers.open(),
-      Delete: () => this.handlers.remove(),
-    };
-    if (!keys[event.key]) return;
+    if (row) this.select(row.node.id);
+  }
+
+  isFolded({ node }) {
+    return this.collapsed.has(node.id);
+  }
+
+  unfoldOrEnter(row, index) {
+    if (this.isFolded(row)) this.toggle(row.node.id);
+    else if (row.node.children?.length) this.goTo(index + 1);
+  }
+
+  foldOrLeave(row) {
+    if (row.node.children?.length && !this.isFolded(row)) this.toggle(row.node.id);
+    else if (row.parent) this.select(row.parent.id);
+  }
+
+  onKey(event) {
+    const work = (event.altKey ? moves : keys)[event.key];
+    if (!work || event.ctrlKey || event.metaKey) return;
     event.preventDefault();
-    keys[event.key]();
+    this.handlers.inTurn(() => {
+      const index = this.rows.findIndex((row) => row.node.id === this.selected);
+      return index < 0 ? undefined : work(this, this.rows[index], index);
+    });
   }
 }
+
+const moves = {
+  ArrowUp: (tree) => tree.handlers.move("up"),
+  ArrowDown: (tree) => tree.handlers.move("down"),
+  ArrowLeft: (tree) => tree.handlers.move("out"),
+  ArrowRight: (tree) => tree.handlers.move("in"),
+};
+
+const keys = {
+  ArrowDown: (tree, row, index) => tree.goTo(index + 1),
+  ArrowUp: (tree, row, index) => tree.goTo(index - 1),
+  Home: (tree) => tree.goTo(0),
+  End: (tree) => tree.goTo(tree.rows.length - 1),
+  ArrowRight: (tree, row, index) => tree.unfoldOrEnter(row, index),
+  ArrowLeft: (tree, row) => tree.foldOrLeave(row),
+  Enter: (tree) => tree.handlers.open(),
+  Delete: (tree) => tree.handlers.remove(),
+};

@@ -42,6 +42,14 @@ async function save(page) {
   await page.waitForSelector("#dirty:text-is('saved')");
 }
 
+// Longer than it takes to press the next key.
+async function answerSlowly(page) {
+  await page.route("**/api/*", async (route) => {
+    await new Promise((resolve) => { setTimeout(resolve, 150); });
+    await route.continue();
+  });
+}
+
 async function turnTo(page, name) {
   await page.locator("#pages [role=tab]", { hasText: name }).click();
 }
@@ -142,21 +150,42 @@ test("actions are added, nested, moved and removed; undo brings everything back"
     await page.getByLabel("Action", { exact: true }).selectOption("SOLUTIONITERATOR");
     await page.keyboard.press("Tab");
     await page.keyboard.press("Tab");
-    await page.keyboard.press("Enter");
-    await page.waitForSelector("[role=treeitem] >> nth=1");
-    await page.keyboard.press("Alt+ArrowUp");
-    await page.waitForSelector("#action-0[aria-selected=true][aria-expanded]");
-    await page.keyboard.press("ArrowDown");
-    await page.keyboard.press("Alt+ArrowRight");
+    await answerSlowly(page);
+    for (const key of ["Enter", "Alt+ArrowUp", "ArrowDown", "Alt+ArrowRight", "Control+s"]) await page.keyboard.press(key);
     await page.waitForSelector("[aria-level='2'][aria-selected=true]");
-    await save(page);
+    await page.waitForSelector("#dirty:text-is('saved')");
     assert.match(editor.read("p.kxproj"), /SOLUTIONITERATOR[^]*<Actions>\s*<Action Type="DEVENV" Name="Übersetzen">\s*<Solution>Greeter\\Greeter.sln<\/Solution> <!-- ours -->/);
     await page.keyboard.press("Delete");
     await page.waitForSelector("[aria-level='2']", { state: "detached" });
     for (let steps = 0; steps < 4; steps += 1) await page.click("#undo");
-    await settled(page);
+    await page.waitForSelector("#undo:disabled");
     await save(page);
     assert.equal(editor.read("p.kxproj"), text);
+  });
+});
+
+test("what is typed while the page is drawn anew stays", async () => {
+  const text = project(devenv() + devenv("", "Zweite")).replace("  <Actions>", `  <Variables>
+    <Variable Name="A">1</Variable>
+    <Variable Name="B">2</Variable>
+  </Variables>
+  <Actions>`);
+  await withEditor({ text }, async (page, editor) => {
+    await turnTo(page, "Build");
+    await answerSlowly(page);
+    await page.click("#move-down");
+    await page.getByLabel("Extra Cmd Line Params").fill("/moved");
+    await page.waitForSelector("#action-1[aria-selected=true]");
+    await page.click("#show-project");
+    await page.getByLabel("A", { exact: true }).fill("eins");
+    await page.keyboard.press("Tab"); // which sends it
+    await page.keyboard.press("Tab");
+    await page.getByLabel("B", { exact: true }).fill("zw");
+    await page.waitForSelector("#dirty:text-is('not saved')");
+    await settled(page);
+    await page.keyboard.type("ei");
+    await save(page);
+    assert.match(editor.read("p.kxproj"), />eins<[^]*>zwei<[^]*Zweite[^]*Übersetzen[^]*\/moved/);
   });
 });
 
