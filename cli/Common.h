@@ -95,7 +95,16 @@ private:
 // the exit code.
 int RunProject(TProjectRunner& runner, THostSession& session, const TCommonOptions& options);
 
+// What run, do and edit take for their runs.
+struct TRunArguments {
+  std::vector<std::string> Variables;
+  std::vector<std::string> Rules;
+};
+void DefineRunArguments(CLI::App& command, TRunArguments& arguments);
+void DefineVariables(CLI::App& command, std::vector<std::string>& assignments);
 std::vector<TProjectVariable> ParseVariables(const std::vector<std::string>& assignments); // raises EUsage
+// Raises EUsage.
+TRunSettings RunSettingsOf(const TRunArguments& arguments, const THostSession& session, bool dryRun);
 
 // A subcommand: describes its options and, once they are parsed, runs with the result in `exitCode`.
 struct TCommand {

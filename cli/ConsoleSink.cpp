@@ -43,33 +43,9 @@ std::string ProgressText(const std::optional<TLoopPosition>& position) {
 
 } // namespace
 
-std::string TPalette::Wrap(const char* code, std::string_view text) const {
-  return enabled_ ? std::string("\x1b[") + code + "m" + std::string(text) + "\x1b[0m" : std::string(text);
-}
-
-std::string TPalette::Bold(std::string_view text) const {
-  return Wrap("1", text);
-}
-std::string TPalette::Dim(std::string_view text) const {
-  return Wrap("2", text);
-}
-
-std::string TPalette::Paint(std::string_view text, TStatusTag status) const {
-  static constexpr std::array<const char*, 4> codes{"0", "32", "33", "31"};
-  return status == TStatusTag::stNormal ? std::string(text)
-                                        : Wrap(codes[static_cast<std::size_t>(status)], text);
-}
-
-TPalette ChoosePalette(TColorChoice choice) {
-  if (choice != TColorChoice::Auto) return TPalette(choice == TColorChoice::Always);
-  const bool refused = !platform::EnvironmentVariable(u"NO_COLOR").value_or(u"").empty();
-  return TPalette(!refused && platform::IsTerminal(platform::ConsoleStream::Output));
-}
-
 TConsoleSink::TConsoleSink(TVerbosity verbosity, TPalette palette, const TCiDialect* ci)
     : verbosity_(verbosity), palette_(palette),
-      status_(verbosity != TVerbosity::Quiet && platform::IsTerminal(platform::ConsoleStream::Output)),
-      ci_(ci) {
+      status_(verbosity != TVerbosity::Quiet && CanSteerTerminal(), palette), ci_(ci) {
   if (ci_ != nullptr && !ci_->RootVariable.empty())
     ciRoot_ = platform::EnvironmentVariable(ci_->RootVariable).value_or(u"");
 }
@@ -77,6 +53,7 @@ TConsoleSink::TConsoleSink(TVerbosity verbosity, TPalette palette, const TCiDial
 void TConsoleSink::On(const TRunEvent& event) {
   if (verbosity_ == TVerbosity::Diagnostic) stamp_ = TimeStamp(event.Time);
   seconds_ = std::chrono::floor<std::chrono::seconds>(event.Time).time_since_epoch().count();
+  status_.SetCounts(event.SoFar);
   std::visit([this, &event](const auto& what) { Show(event.Depth, what); }, event.What);
 }
 
@@ -127,6 +104,11 @@ bool TConsoleSink::Shows(TStatusTag status) const {
   }
 }
 
+// What would have been done is what a dry run is for.
+bool TConsoleSink::Shows(const TMessageSent& message) const {
+  return Shows(message.Status) || (message.IsDryRun && verbosity_ != TVerbosity::Quiet);
+}
+
 void TConsoleSink::Line(int depth, std::string_view text) {
   const int shownDepth = verbosity_ < TVerbosity::Normal ? 0 : depth;
   status_.Print(palette_.Dim(stamp_) + std::string(static_cast<std::size_t>(shownDepth * IndentWidth), ' ') +
@@ -142,17 +124,15 @@ void TConsoleSink::Show(int depth, const TActionStarted& event) {
 
 void TConsoleSink::Show(int depth, const TActionEnded& event) {
   status_.Pop();
-  const TStatusTag status = event.Result.Succeeded ? TStatusTag::stSuccess : TStatusTag::stError;
+  const TStatusTag status = StatusOf(event.Result.Result);
   if (Shows(status))
-    Line(depth, palette_.Paint(Shown(event.Result.Name) + " " + ResultWord(status), status) +
+    Line(depth, palette_.Paint(Shown(event.Result.Name) + " " + WordOf(event.Result.Result), status) +
                     palette_.Dim(" (" + FormatElapsed(event.Result.Elapsed) + ")"));
   if (Shows(TStatusTag::stNormal)) EndTitle();
 }
 
 void TConsoleSink::Show(int depth, const TMessageSent& event) {
-  if (event.Status == TStatusTag::stError || event.Status == TStatusTag::stWarning)
-    status_.Count(event.Status == TStatusTag::stError);
-  if (!Shows(event.Status) || Annotate(event.Text, event.Status)) return;
+  if (!Shows(event) || Annotate(event.Text, event.Status)) return;
   const auto lines = text::SplitLines(event.Text);
   for (const auto line : lines)
     Line(depth, palette_.Paint(Shown(line), event.Status));
@@ -170,7 +150,7 @@ void TConsoleSink::Show(int depth, const TGroupEnded& event) {
   if (!Shows(TStatusTag::stNormal)) return;
   const TStatusTag status = event.Status.value_or(TStatusTag::stNormal);
   Line(depth,
-       palette_.Paint(ResultWord(status), status) + palette_.Dim(" (" + FormatElapsed(event.Elapsed) + ")"));
+       palette_.Paint(GroupWord(status), status) + palette_.Dim(" (" + FormatElapsed(event.Elapsed) + ")"));
   EndTitle();
 }
 

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "cli/Common.h"
+#include "cli/Palette.h"
 #include "cli/StatusLine.h"
 #include "report/CiDialect.h"
 #include "report/ResultRows.h"
@@ -15,21 +16,6 @@
 #include <vector>
 
 namespace kx::cli {
-
-// Escape sequences, or nothing where there is no colour.
-class TPalette {
-public:
-  explicit TPalette(bool enabled) : enabled_(enabled) {}
-  std::string Paint(std::string_view text, TStatusTag status) const;
-  std::string Bold(std::string_view text) const;
-  std::string Dim(std::string_view text) const;
-
-private:
-  std::string Wrap(const char* code, std::string_view text) const;
-  bool enabled_;
-};
-// By the user's choice, NO_COLOR, and whether standard output is a terminal.
-TPalette ChoosePalette(TColorChoice choice);
 
 class TConsoleSink : public IRunEventSink {
 public:
@@ -43,12 +29,14 @@ private:
   void Show(int depth, const TGroupStarted& event);
   void Show(int depth, const TGroupEnded& event);
   void Show(int depth, const TMetricSent& event);
+  void Show(int /*depth*/, const TRunEnded& /*event*/) {}
   void Line(int depth, std::string_view text);
   void Title(int depth, std::u16string_view title, const std::string& painted);
   void EndTitle();
   bool Annotate(std::u16string_view text, TStatusTag status);
   std::string Shown(std::u16string_view text) const;
   bool Shows(TStatusTag status) const;
+  bool Shows(const TMessageSent& message) const;
 
   TVerbosity verbosity_;
   TPalette palette_;
@@ -62,7 +50,7 @@ private:
 };
 
 // Rows of action, configuration, result, errors, warnings, time; one for each configuration that an action
-// built.
-std::string EndTable(const std::vector<TActionResult>& results, const TPalette& palette);
+// built. Behind them a line of what the rows add up to. Empty when nothing ran.
+std::string EndTable(const TRunReport& report, const TPalette& palette);
 
 } // namespace kx::cli

@@ -16,7 +16,7 @@ namespace {
 struct TDoArguments {
   std::string Action;
   std::vector<std::string> Properties;
-  std::vector<std::string> Variables;
+  TRunArguments Run;
   std::vector<std::string> SetValues;
 };
 
@@ -82,7 +82,7 @@ void Configure(TProject& project, const TDoArguments& arguments) {
 int Do(const TDoArguments& arguments, const TCommonOptions& common) {
   THostSession session(common);
   TProjectRunner runner(session.Services(), session.Stop(),
-                        {ParseVariables(arguments.Variables), session.KeyFile(), common.DryRun});
+                        RunSettingsOf(arguments.Run, session, common.DryRun));
   AddPropertySets(runner.Project(), arguments.SetValues);
   Configure(runner.Project(), arguments);
   const int exitCode = RunProject(runner, session, common);
@@ -99,9 +99,7 @@ void DefineDo(CLI::App& command, const TCommonOptions& common, int& exitCode) {
   command
       .add_option("PROPERTIES", arguments->Properties, "Property=Value; repeat a list property for each line")
       ->type_name("Property=Value");
-  command.add_option("--set", arguments->Variables, "NAME=VALUE: a variable for expressions")
-      ->type_name("NAME=VALUE")
-      ->allow_extra_args(false);
+  DefineRunArguments(command, arguments->Run);
   command
       .add_option("--property-set", arguments->SetValues,
                   "SET.NAME=VALUE: a value of a property set that the action names; repeat it for each value")

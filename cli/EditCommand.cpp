@@ -20,7 +20,7 @@ namespace {
 
 struct TEditArguments {
   std::string File;
-  std::vector<std::string> Variables;
+  TRunArguments Run;
   bool NoBrowser = false;
 };
 
@@ -56,7 +56,7 @@ int Edit(const TEditArguments& arguments, const TCommonOptions& common) {
   editor::TEditorSession session(
       host.Services(), design,
       {text::ExpandPath(text::FromUtf8(arguments.File), platform::CurrentDirectory()),
-       {ParseVariables(arguments.Variables), host.KeyFile()}});
+       RunSettingsOf(arguments.Run, host, false)});
   {
     const platform::InterruptHandler interrupts(host.Stop());
     const editor::TEditorServer server(session);
@@ -76,11 +76,7 @@ void DefineEdit(CLI::App& command, const TCommonOptions& common, int& exitCode) 
   auto arguments = std::make_shared<TEditArguments>();
   command.add_option("PROJECT", arguments->File, "The build project (*.kxproj); made when it is saved")
       ->required();
-  command
-      .add_option("--set", arguments->Variables,
-                  "NAME=VALUE: a variable of runs, before those of the project")
-      ->type_name("NAME=VALUE")
-      ->allow_extra_args(false);
+  DefineRunArguments(command, arguments->Run);
   command.add_flag("--no-browser", arguments->NoBrowser, "Print the address instead of opening the browser");
   command.callback([arguments, &common, &exitCode] { exitCode = Edit(*arguments, common); });
 }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 
 namespace kx::cli {
 
@@ -34,9 +35,12 @@ std::string Aligned(const std::string& cell, std::size_t width, bool right) {
 TRow RowOf(const TResultRow& result) {
   const std::string indent(static_cast<std::size_t>(result.Nesting) * 2, ' ');
   TRow row;
-  row.Cells = {indent + ForTerminal(result.Action),       ForTerminal(result.Configuration),
-               result.Succeeded ? "succeeded" : "failed", std::to_string(result.Errors),
-               std::to_string(result.Warnings),           FormatElapsed(result.Elapsed)};
+  row.Cells = {indent + ForTerminal(result.Action),
+               ForTerminal(result.Configuration),
+               result.Word(),
+               std::to_string(result.Counts.Errors),
+               std::to_string(result.Counts.Warnings),
+               FormatElapsed(result.Elapsed)};
   row.Status = result.Status();
   return row;
 }
@@ -51,11 +55,19 @@ std::string LineOf(const TRow& row, const std::array<std::size_t, ColumnCount>& 
   return line + "\n";
 }
 
+// "Finished with failures: ..."; the word alone is painted.
+std::string EndLine(const TRunReport& report, const TPalette& palette) {
+  std::string word = WordOf(report.Result);
+  word.front() = static_cast<char>(std::toupper(static_cast<unsigned char>(word.front())));
+  return palette.Paint(word, StatusOf(report.Result)) + ": " + TotalsText(report) + "; " +
+         FormatElapsed(report.Elapsed) + "\n";
+}
+
 } // namespace
 
-std::string EndTable(const std::vector<TActionResult>& results, const TPalette& palette) {
+std::string EndTable(const TRunReport& report, const TPalette& palette) {
   std::vector<TRow> rows;
-  for (const auto& result : ResultRows(results))
+  for (const auto& result : ResultRows(report.Actions))
     rows.push_back(RowOf(result));
   if (rows.empty()) return {};
 
@@ -70,7 +82,7 @@ std::string EndTable(const std::vector<TActionResult>& results, const TPalette& 
   std::string table = "\n" + palette.Bold(LineOf(titles, widths, TPalette(false)));
   for (const auto& row : rows)
     table += LineOf(row, widths, palette);
-  return table;
+  return table + "\n" + EndLine(report, palette);
 }
 
 } // namespace kx::cli

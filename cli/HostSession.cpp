@@ -92,16 +92,4 @@ void THostSession::SaveOptions() {
   if (!saved) WriteError(u"Warning : the options could not be saved. " + saved.Message());
 }
 
-std::vector<TProjectVariable> ParseVariables(const std::vector<std::string>& assignments) {
-  std::vector<TProjectVariable> variables;
-  for (const auto& assignment : assignments) {
-    try {
-      variables.push_back(TProjectVariable::Parse(text::FromUtf8(assignment)));
-    } catch (const EKxException& error) {
-      throw EUsage(u"--set: " + error.Message());
-    }
-  }
-  return variables;
-}
-
 } // namespace kx::cli

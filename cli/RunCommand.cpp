@@ -18,7 +18,7 @@ namespace {
 
 struct TProjectArguments {
   std::string File;
-  std::vector<std::string> Variables;
+  TRunArguments Run;
   bool NoSave = false;
 };
 
@@ -26,8 +26,7 @@ struct TProjectArguments {
 class TOpenProject {
 public:
   TOpenProject(const TProjectArguments& arguments, THostSession& session, bool dryRun = false)
-      : runner_(session.Services(), session.Stop(),
-                {ParseVariables(arguments.Variables), session.KeyFile(), dryRun}),
+      : runner_(session.Services(), session.Stop(), RunSettingsOf(arguments.Run, session, dryRun)),
         file_(runner_.Project()) {
     RequireBuildProject(text::FromUtf8(arguments.File));
     file_.Load(text::ExpandPath(text::FromUtf8(arguments.File), platform::CurrentDirectory()));
@@ -74,9 +73,6 @@ int ValidateFile(const TProjectArguments& arguments, const TCommonOptions& commo
 std::shared_ptr<TProjectArguments> DefineProject(CLI::App& command) {
   auto arguments = std::make_shared<TProjectArguments>();
   command.add_option("PROJECT", arguments->File, "The build project (*.kxproj)")->required();
-  command.add_option("--set", arguments->Variables, "NAME=VALUE: a variable, before those of the project")
-      ->type_name("NAME=VALUE")
-      ->allow_extra_args(false);
   return arguments;
 }
 
@@ -84,6 +80,7 @@ std::shared_ptr<TProjectArguments> DefineProject(CLI::App& command) {
 
 void DefineRun(CLI::App& command, const TCommonOptions& common, int& exitCode) {
   const auto arguments = DefineProject(command);
+  DefineRunArguments(command, arguments->Run);
   command.add_flag("--no-save", arguments->NoSave,
                    "Do not write incremented version numbers back into the project file");
   command.callback([arguments, &common, &exitCode] { exitCode = RunFile(*arguments, common); });
@@ -91,6 +88,7 @@ void DefineRun(CLI::App& command, const TCommonOptions& common, int& exitCode) {
 
 void DefineValidate(CLI::App& command, const TCommonOptions& common, int& exitCode) {
   const auto arguments = DefineProject(command);
+  DefineVariables(command, arguments->Run.Variables);
   command.callback([arguments, &common, &exitCode] { exitCode = ValidateFile(*arguments, common); });
 }
 

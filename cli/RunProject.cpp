@@ -15,8 +15,9 @@ namespace kx::cli {
 namespace {
 
 int ExitCodeOf(const TRunReport& report) {
-  if (report.Stopped) return ExitStopped;
-  return report.Succeeded ? ExitSuccess : ExitFailed;
+  if (report.Result == TResultKind::Stopped) return ExitStopped;
+  if (IsSuccess(report.Result)) return ExitSuccess;
+  return report.NothingExecuted ? ExitInvalid : ExitFailed;
 }
 
 std::unique_ptr<TJsonLinesSink> OpenLog(const TCommonOptions& options) {
@@ -96,7 +97,7 @@ int RunProject(TProjectRunner& runner, THostSession& session, const TCommonOptio
     const platform::InterruptHandler interrupts(session.Stop());
     report = runner.Run();
   }
-  platform::WriteConsole(platform::ConsoleStream::Output, EndTable(report.Actions, palette));
+  platform::WriteConsole(platform::ConsoleStream::Output, EndTable(report, palette));
   reports.Write(report);
   if (log && log->HasFailed())
     WriteError(u"Warning : the log " + text::FromUtf8(options.LogFile) +

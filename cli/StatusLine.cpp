@@ -2,6 +2,7 @@
 
 #include "cli/Output.h"
 #include "platform/Console.h"
+#include "report/ResultRows.h"
 #include "text/Encoding.h"
 
 namespace kx::cli {
@@ -22,7 +23,7 @@ std::string Clock(std::chrono::steady_clock::duration time) {
 
 } // namespace
 
-TStatusLine::TStatusLine(bool enabled) : enabled_(enabled) {
+TStatusLine::TStatusLine(bool enabled, const TPalette& palette) : enabled_(enabled), palette_(palette) {
   if (enabled_) thread_ = std::thread([this] { Work(); });
 }
 
@@ -57,9 +58,9 @@ void TStatusLine::Pop() {
   if (!entries_.empty()) entries_.pop_back();
 }
 
-void TStatusLine::Count(bool error) {
+void TStatusLine::SetCounts(const TProblemCounts& counts) {
   const std::scoped_lock lock(mutex_);
-  ++(error ? errors_ : warnings_);
+  counts_ = counts;
 }
 
 void TStatusLine::Work() {
@@ -74,8 +75,8 @@ std::string TStatusLine::Text() const {
   std::string text = Clock(std::chrono::steady_clock::now() - since_);
   if (!now.Progress.empty()) text += "  " + now.Progress;
   text += "  " + now.Title;
-  if (errors_ > 0) text += "  " + std::to_string(errors_) + " errors";
-  if (warnings_ > 0) text += "  " + std::to_string(warnings_) + " warnings";
+  if (counts_.Errors > 0) text += "  " + CountText(counts_.Errors, "error");
+  if (counts_.Warnings > 0) text += "  " + CountText(counts_.Warnings, "warning");
   return text;
 }
 
@@ -85,7 +86,7 @@ void TStatusLine::Draw() {
   const auto columns = static_cast<std::size_t>(width > 1 ? width - 1 : 1);
   std::u16string text = text::FromUtf8(Text());
   if (text.size() > columns) text.resize(columns);
-  Out("\r\x1b[2K\x1b[2m" + ForTerminal(text) + "\x1b[0m");
+  Out("\r\x1b[2K" + palette_.Dim(ForTerminal(text)));
   drawn_ = true;
 }
 

@@ -2,6 +2,9 @@
 // far.
 #pragma once
 
+#include "cli/Palette.h"
+#include "runner/Results.h"
+
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
@@ -16,7 +19,7 @@ namespace kx::cli {
 // Everything else that goes to the terminal goes through Print, so that the line never mixes with it.
 class TStatusLine {
 public:
-  explicit TStatusLine(bool enabled);
+  TStatusLine(bool enabled, const TPalette& palette);
   ~TStatusLine();
   TStatusLine(const TStatusLine&) = delete;
   TStatusLine& operator=(const TStatusLine&) = delete;
@@ -26,7 +29,7 @@ public:
   // around it holds on.
   void Push(std::string_view title, std::string_view progress = {});
   void Pop();
-  void Count(bool error); // one more error or warning
+  void SetCounts(const TProblemCounts& counts);
 
 private:
   struct TEntry {
@@ -39,14 +42,14 @@ private:
   std::string Text() const;
 
   const bool enabled_;
+  const TPalette palette_;
   std::mutex mutex_;
   std::condition_variable changed_;
   bool ending_ = false;
   bool drawn_ = false;
   std::vector<TEntry> entries_; // the innermost last
   std::chrono::steady_clock::time_point since_;
-  int errors_ = 0;
-  int warnings_ = 0;
+  TProblemCounts counts_;
   std::thread thread_;
 };
 

@@ -2,6 +2,7 @@
 
 #include "host/Exceptions.h"
 #include "report/JsonLinesSink.h"
+#include "report/ResultJson.h"
 #include "report/SourceLocation.h"
 #include "runner/ProjectFile.h"
 #include "text/Encoding.h"
@@ -19,21 +20,6 @@ using nlohmann::json;
 
 constexpr std::size_t MostEventsAtOnce = 20000;
 constexpr auto Gathering = std::chrono::milliseconds(100); // one answer for what comes in quick succession
-
-json ResultJson(const TActionResult& result) {
-  json configurations = json::array();
-  for (const auto& row : result.Configurations)
-    configurations.push_back({{"configuration", text::ToUtf8(row.Configuration)},
-                              {"succeeded", row.Succeeded},
-                              {"errors", row.Errors},
-                              {"warnings", row.Warnings},
-                              {"elapsedMs", row.Elapsed.count()}});
-  return {{"name", text::ToUtf8(result.Name)}, {"type", text::ToUtf8(result.Type)},
-          {"pass", text::ToUtf8(result.Pass)}, {"nesting", result.Nesting},
-          {"succeeded", result.Succeeded},     {"errors", result.Errors},
-          {"warnings", result.Warnings},       {"elapsedMs", result.Elapsed.count()},
-          {"configurations", configurations}};
-}
 
 std::string Dump(const json& value) {
   return value.dump(-1, ' ', false, json::error_handler_t::replace);
@@ -154,7 +140,6 @@ void TEditorRuns::Stop() {
 }
 
 void TEditorRuns::Execute(TRun& run) {
-  const auto start = std::chrono::steady_clock::now();
   TRunReport report;
   std::string text;
   std::string error;
@@ -173,17 +158,16 @@ void TEditorRuns::Execute(TRun& run) {
   }
   json actions = json::array();
   for (const auto& result : report.Actions)
-    actions.push_back(ResultJson(result));
-  const auto elapsed = std::chrono::steady_clock::now() - start;
+    actions.push_back(json(ResultJson(result)));
+  json summary = RunJson(report);
+  summary.update({{"run", run.Number},
+                  {"dryRun", run.DryRun},
+                  {"stopped", report.Result == TResultKind::Stopped},
+                  {"error", error},
+                  {"actions", actions},
+                  {"metrics", run.Metrics}});
   const std::lock_guard lock(mutex_);
-  summaries_.push_back({{"run", run.Number},
-                        {"dryRun", run.DryRun},
-                        {"succeeded", report.Succeeded},
-                        {"stopped", report.Stopped},
-                        {"error", error},
-                        {"elapsedMs", std::chrono::duration_cast<std::chrono::milliseconds>(elapsed).count()},
-                        {"actions", actions},
-                        {"metrics", run.Metrics}});
+  summaries_.push_back(std::move(summary));
   if (!run.DryRun && !text.empty() && text != run.Text) result_ = std::move(text);
   run.Running = false;
   changed_.notify_all();

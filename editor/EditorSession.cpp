@@ -225,7 +225,7 @@ TJson TEditorSession::PagesJson(const TJson& arguments) {
   TJson answer = {{"id", PathText(project_.PathOf(node))},
                   {"name", text::ToUtf8(node.Name())},
                   {"typeName", text::ToUtf8(node.Action().GetActionName())},
-                  {"continueOnError", node.ContinueOnError()},
+                  {"continueOnError", node.OnFailure() != TOnFailure::Stop},
                   {"pages", pages}};
   // The pages of a loop say which variable it sets; the form of a table without pages cannot.
   if (node.Iterator() != nullptr && pages.size() == 1)

@@ -52,7 +52,7 @@ TJson NodesJson(const std::vector<std::unique_ptr<TActionNode>>& nodes, const TA
                  {"type", text::ToUtf8(node.Type().Identifier)},
                  {"typeName", text::ToUtf8(node.Action().GetActionName())},
                  {"name", text::ToUtf8(node.Name())},
-                 {"continueOnError", node.ContinueOnError()},
+                 {"continueOnError", node.OnFailure() != TOnFailure::Stop},
                  {"isLoop", node.Iterator() != nullptr}};
     if (node.Iterator() != nullptr) row["children"] = NodesJson(node.Children(), path);
     list.push_back(std::move(row));
@@ -180,12 +180,13 @@ TJson ActionTypesJson(const TServiceRegistry& services) {
 TJson ValidationJson(const std::vector<TValidationEntry>& entries, TEditedProject& project) {
   TJson list = TJson::array();
   for (const auto& entry : entries) {
-    TJson row = {{"id", PathText(project.PathOf(*entry.Node))},
+    TJson row = {{"id", entry.Node == nullptr ? "" : PathText(project.PathOf(*entry.Node))},
                  {"action", text::ToUtf8(entry.Action)},
                  {"place", text::ToUtf8(entry.Page)},
                  {"message", text::ToUtf8(entry.Message)},
                  {"options", entry.Options == nullptr ? "" : text::ToUtf8(entry.Options->Name)}};
-    FindPlace(project.PagesOf(project.NodeAt(project.PathOf(*entry.Node))), entry.Page, row);
+    if (entry.Node != nullptr)
+      FindPlace(project.PagesOf(project.NodeAt(project.PathOf(*entry.Node))), entry.Page, row);
     list.push_back(std::move(row));
   }
   return list;

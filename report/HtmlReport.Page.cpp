@@ -2,7 +2,7 @@
 #include "report/HtmlReport.h"
 #include "host/Xml.h"
 #include "report/ResultRows.h"
-#include "report/TestSuites.h"
+#include "runner/TestSuites.h"
 #include "text/Encoding.h"
 #include "text/Text.h"
 
@@ -18,11 +18,11 @@ std::string Number(std::int64_t number) {
 }
 
 std::string RowHtml(const TResultRow& row) {
-  const char* const outcome = row.Succeeded ? "succeeded" : "failed";
   return "<tr><td style=\"padding-left:" + Number(row.Nesting + 1) + "em\">" + HtmlText(row.Action) +
          "</td><td>" + HtmlText(row.Configuration) + "</td><td class=\"" + StatusClass(row.Status()) + "\">" +
-         outcome + "</td><td class=\"number\">" + Number(row.Errors) + "</td><td class=\"number\">" +
-         Number(row.Warnings) + "</td><td class=\"number\">" + FormatElapsed(row.Elapsed) + "</td></tr>\n";
+         row.Word() + "</td><td class=\"number\">" + Number(row.Counts.Errors) +
+         "</td><td class=\"number\">" + Number(row.Counts.Warnings) + "</td><td class=\"number\">" +
+         FormatElapsed(row.Elapsed) + "</td></tr>\n";
 }
 
 std::string BarHtml(const TChartBar& bar, std::int64_t largest) {
@@ -85,15 +85,15 @@ std::string HtmlText(std::u16string_view text) {
   return text::ToUtf8(XmlEscape(text::VisibleControls(text)));
 }
 
-std::string ResultTableHtml(const std::vector<TActionResult>& actions) {
+std::string ResultTableHtml(const TRunReport& report) {
   std::string html =
       "<section id=\"results\"><h2>Results</h2>\n<div class=\"wide\"><table><thead><tr><th>Action</th>"
       "<th>Configuration</th><th>Result</th><th class=\"number\">Errors</th><th "
       "class=\"number\">Warnings</th><th class=\"number\">Time</th></tr></thead>"
       "<tbody>\n";
-  for (const auto& row : ResultRows(actions))
+  for (const auto& row : ResultRows(report.Actions))
     html += RowHtml(row);
-  return html + "</tbody></table></div></section>\n";
+  return html + "</tbody></table></div>\n<p>" + TotalsText(report) + "</p></section>\n";
 }
 
 std::string ChartsHtml(const std::vector<TChart>& charts) {

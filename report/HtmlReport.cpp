@@ -26,11 +26,6 @@ std::string UniversalTime(std::chrono::system_clock::time_point time) {
   return text + " UTC";
 }
 
-const char* OutcomeOf(const TRunReport& report) {
-  if (report.Stopped) return "stopped";
-  return report.Succeeded ? "succeeded" : "failed";
-}
-
 } // namespace
 
 void THtmlReport::On(const TRunEvent& event) {
@@ -51,7 +46,8 @@ void THtmlReport::EndLines(TOpen& group) {
 }
 
 // What went well is folded away; what did not stands open.
-void THtmlReport::CloseGroup(TStatusTag status, std::chrono::milliseconds elapsed) {
+void THtmlReport::CloseGroup(TStatusTag status, const std::string& outcome,
+                             std::chrono::milliseconds elapsed) {
   if (open_.size() < 2) return;
   TOpen group = std::move(open_.back());
   open_.pop_back();
@@ -61,7 +57,7 @@ void THtmlReport::CloseGroup(TStatusTag status, std::chrono::milliseconds elapse
   outer.HasProblems = outer.HasProblems || bad;
   outer.Body += std::string("<details class=\"") + StatusClass(status) + (bad ? " bad\" open>" : "\">") +
                 "<summary><span class=\"title\">" + HtmlText(group.Title) +
-                "</span> <span class=\"outcome\">" + ResultWord(status) + "</span> <span class=\"time\">" +
+                "</span> <span class=\"outcome\">" + outcome + "</span> <span class=\"time\">" +
                 FormatElapsed(elapsed) + "</span></summary>";
   outer.Body += group.Body;
   outer.Body += "</details>\n";
@@ -74,7 +70,7 @@ void THtmlReport::On(const TActionStarted& action) {
 }
 
 void THtmlReport::On(const TActionEnded& ended) {
-  CloseGroup(ended.Result.Succeeded ? TStatusTag::stSuccess : TStatusTag::stError, ended.Result.Elapsed);
+  CloseGroup(StatusOf(ended.Result.Result), WordOf(ended.Result.Result), ended.Result.Elapsed);
   if (!actions_.empty()) actions_.pop_back();
 }
 
@@ -83,7 +79,8 @@ void THtmlReport::On(const TGroupStarted& group) {
 }
 
 void THtmlReport::On(const TGroupEnded& group) {
-  CloseGroup(group.Status.value_or(TStatusTag::stNormal), group.Elapsed);
+  const TStatusTag status = group.Status.value_or(TStatusTag::stNormal);
+  CloseGroup(status, GroupWord(status), group.Elapsed);
 }
 
 void THtmlReport::On(const TMessageSent& message) {
@@ -114,7 +111,7 @@ void THtmlReport::On(const TMetricSent& sent) {
 
 std::string THtmlReport::Page(const TRunReport& report) const {
   const std::string title = HtmlText(title_);
-  const std::string outcome = OutcomeOf(report);
+  const std::string outcome = WordOf(report.Result);
   std::string page = "<!DOCTYPE html>\n<html lang=\"en\"><head><meta charset=\"utf-8\">"
                      "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">"
                      // Nothing in a log can make the page load or run anything of its own.
@@ -124,13 +121,12 @@ std::string THtmlReport::Page(const TRunReport& report) const {
                      title + ": " + outcome + "</title><style>";
   page += assets::ReportStyle;
   page += "</style></head>\n<body>\n<header><h1>" + title + "</h1><p><strong class=\"" +
-          (report.Succeeded && !report.Stopped ? "success" : "error") + "\">" + outcome + "</strong>";
+          StatusClass(StatusOf(report.Result)) + "\">" + outcome + "</strong>";
   if (started_) {
     const auto elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(now_ - *started_);
     page += " after " + FormatElapsed(elapsed) + ", started " + UniversalTime(*started_);
   }
-  page +=
-      "</p></header>\n<main>\n" + ResultTableHtml(report.Actions) + TestsHtml(suites_) + ChartsHtml(charts_);
+  page += "</p></header>\n<main>\n" + ResultTableHtml(report) + TestsHtml(suites_) + ChartsHtml(charts_);
   page += "<section id=\"log\"><h2>Log</h2>\n<p class=\"tools\" hidden><button id=\"problems\" "
           "aria-pressed=\"false\">"
           "Only warnings and errors</button> <button id=\"expand\">Open all</button> "

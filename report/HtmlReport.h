@@ -3,8 +3,7 @@
 // script.
 #pragma once
 
-#include "report/TestSuites.h"
-#include "runner/Run.h"
+#include "runner/TestSuites.h"
 
 #include <cstdint>
 #include <optional>
@@ -50,8 +49,9 @@ private:
   void On(const TGroupStarted& group);
   void On(const TGroupEnded& group);
   void On(const TMetricSent& sent);
+  void On(const TRunEnded& /*ended*/) {}
   void OpenGroup(std::u16string_view title);
-  void CloseGroup(TStatusTag status, std::chrono::milliseconds elapsed);
+  void CloseGroup(TStatusTag status, const std::string& outcome, std::chrono::milliseconds elapsed);
   static void EndLines(TOpen& group);
 
   std::u16string title_;
@@ -67,7 +67,7 @@ private:
 // The parts of the page around the log.
 const char* StatusClass(TStatusTag status);     // of the page's style
 std::string HtmlText(std::u16string_view text); // escaped; control characters made visible
-std::string ResultTableHtml(const std::vector<TActionResult>& actions);
+std::string ResultTableHtml(const TRunReport& report);
 std::string ChartsHtml(const std::vector<TChart>& charts);
 std::string TestsHtml(const std::vector<std::u16string>& suites);
 

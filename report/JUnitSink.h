@@ -2,7 +2,7 @@
 // of tests, in their order. A run without tests leaves a document without suites.
 #pragma once
 
-#include "report/TestSuites.h"
+#include "runner/TestSuites.h"
 
 #include <cstdint>
 #include <string>

@@ -2,6 +2,7 @@
 
 #include "host/UnitTests.h"
 #include "platform/Files.h"
+#include "report/ResultJson.h"
 #include "text/Encoding.h"
 
 #include <nlohmann/json.hpp>
@@ -25,17 +26,6 @@ std::string TimeText(std::chrono::system_clock::time_point time) {
   return Utf8(DateTimeText(std::chrono::floor<std::chrono::milliseconds>(time))) + "Z";
 }
 
-TJson ConfigurationsOf(const TActionResult& result) {
-  TJson list = TJson::array();
-  for (const auto& row : result.Configurations)
-    list.push_back({{"configuration", Utf8(row.Configuration)},
-                    {"succeeded", row.Succeeded},
-                    {"errors", row.Errors},
-                    {"warnings", row.Warnings},
-                    {"elapsedMs", row.Elapsed.count()}});
-  return list;
-}
-
 TJson Fields(const TActionStarted& action) {
   TJson fields{{"event", "action"},         {"name", Utf8(action.Name)},
                {"type", Utf8(action.Type)}, {"description", Utf8(action.Description)},
@@ -48,21 +38,22 @@ TJson Fields(const TActionStarted& action) {
 }
 
 TJson Fields(const TActionEnded& ended) {
-  const TActionResult& result = ended.Result;
-  return {{"event", "actionEnd"},
-          {"name", Utf8(result.Name)},
-          {"type", Utf8(result.Type)},
-          {"pass", Utf8(result.Pass)},
-          {"nesting", result.Nesting},
-          {"succeeded", result.Succeeded},
-          {"errors", result.Errors},
-          {"warnings", result.Warnings},
-          {"elapsedMs", result.Elapsed.count()},
-          {"configurations", ConfigurationsOf(result)}};
+  TJson fields{{"event", "actionEnd"}};
+  fields.update(ResultJson(ended.Result));
+  return fields;
+}
+
+TJson Fields(const TRunEnded& ended) {
+  TJson fields{{"event", "runEnd"}};
+  fields.update(RunJson(ended.Report));
+  return fields;
 }
 
 TJson Fields(const TMessageSent& message) {
-  return {{"event", "message"}, {"status", static_cast<int>(message.Status)}, {"text", Utf8(message.Text)}};
+  TJson fields{
+      {"event", "message"}, {"status", static_cast<int>(message.Status)}, {"text", Utf8(message.Text)}};
+  if (message.IsDryRun) fields["dryRun"] = true;
+  return fields;
 }
 
 TJson Fields(const TGroupStarted& group) {

@@ -2,9 +2,9 @@
 //
 //   {"time":"2010-04-01T10:20:30.123Z","depth":1,"event":"message","status":3,"text":"..."}
 //
-// Events: "action" (name, type, description, pass, nesting), "actionEnd" (name, type, pass, nesting,
-// succeeded, errors, warnings, elapsedMs, configurations), "message" (status, text), "group" (status, title),
-// "groupEnd" (status or null, title, elapsedMs), "metric" (category, name, configuration, value).
+// Events: "action" (name, type, description, pass, nesting), "actionEnd" (ResultJson), "message" (status,
+// text; dryRun where it says what would have been done), "group" (status, title), "groupEnd" (status or null,
+// title, elapsedMs), "metric" (category, name, configuration, value), at the end "runEnd" (RunJson).
 #pragma once
 
 #include "platform/Result.h"

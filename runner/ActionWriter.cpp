@@ -99,7 +99,8 @@ std::string TActionWriter::Action(const TActionNode& node, const std::string& in
   };
   std::string text = "<Action" + attribute("Type", node.Type().Identifier);
   if (!node.Name().empty()) text += attribute("Name", node.Name());
-  if (node.ContinueOnError()) text += attribute("ContinueOnError", u"true");
+  if (node.OnFailure() != TOnFailure::Stop)
+    text += attribute("ContinueOnError", node.OnFailure() == TOnFailure::Ignore ? u"ignore" : u"true");
   const std::string inner = indent + text_.Step();
   std::string content;
   for (const auto* property : WorthStating(node))

@@ -14,7 +14,9 @@ class TDryRunProcess : public IKxProcess {
 public:
   explicit TDryRunProcess(TDryRunMessages messages) : messages_(std::move(messages)) {}
   TKxProcessSettings& Settings() override { return settings_; }
-  void Run() override { messages_(u"Dry run : not started."); }
+  void Run() override {
+    messages_(u"Dry run : this would start " + settings_.Executable + u" " + settings_.Parameters);
+  }
   int GetExitCode() const override { return 0; }
 
 private:

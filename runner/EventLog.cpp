@@ -13,7 +13,8 @@ std::chrono::milliseconds ElapsedSince(TRunClock::time_point start) {
 template <typename TWhat>
 void TEventLog::Emit(TWhat what) {
   if (sinks_.empty()) return;
-  const TRunEvent event{std::chrono::system_clock::now(), static_cast<int>(open_.size()), std::move(what)};
+  const TRunEvent event{std::chrono::system_clock::now(), static_cast<int>(open_.size()), std::move(what),
+                        soFar_};
   for (auto* sink : sinks_)
     sink->On(event);
 }
@@ -39,13 +40,16 @@ void TEventLog::StartAction(TActionStarted started) {
 
 void TEventLog::EndAction(TActionResult result) {
   while (!open_.back().IsAction)
-    EndGroup(result.Succeeded ? std::nullopt : std::optional(TStatusTag::stError));
+    EndGroup(IsSuccess(result.Result) ? std::nullopt : std::optional(TStatusTag::stError));
   open_.pop_back();
   Emit(TActionEnded{std::move(result)});
 }
 
-void TEventLog::Send(std::u16string_view text, TStatusTag status) {
-  TMessageSent message{std::u16string(text), status};
+void TEventLog::EndRun(TRunReport report) {
+  Emit(TRunEnded{std::move(report)});
+}
+
+void TEventLog::Send(TMessageSent message) {
   Mask(message.Text);
   Emit(std::move(message));
 }

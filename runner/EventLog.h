@@ -22,10 +22,13 @@ public:
   // From now on every text shows "***" in its place, whoever sends it: a tool may repeat what it was given.
   // Secrets of fewer than four characters stay, since they would break up words of every log.
   void KeepSecret(std::u16string_view secret);
+  // The counts that events carry from now on.
+  void SetCounts(const TProblemCounts& soFar) { soFar_ = soFar; }
 
   void StartAction(TActionStarted started);
   void EndAction(TActionResult result); // closes what the action left open
-  void Send(std::u16string_view text, TStatusTag status);
+  void EndRun(TRunReport report);
+  void Send(TMessageSent message);
   void Send(TMetricSent sent);
   void StartGroup(std::u16string_view title, TStatusTag status);
   // The innermost group of the running action; none open: nothing happens.
@@ -44,6 +47,7 @@ private:
   std::vector<IRunEventSink*> sinks_;
   std::vector<TOpen> open_;
   std::vector<std::u16string> secrets_;
+  TProblemCounts soFar_;
 };
 
 } // namespace kx

@@ -1,39 +1,14 @@
 // What a run tells the outside world, event by event.
 #pragma once
 
-#include "host/Actions.h"
+#include "runner/Results.h"
 
 #include <chrono>
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <variant>
-#include <vector>
 
 namespace kx {
-
-// What became of one configuration that an action built.
-struct TConfigurationResult {
-  std::u16string Configuration; // "Release|Any CPU"
-  bool Succeeded = true;
-  std::int64_t Errors = 0;
-  std::int64_t Warnings = 0;
-  std::chrono::milliseconds Elapsed{0};
-};
-
-// One execution of one action; an action inside a loop has one a pass. Errors and warnings are the sums of
-// the metrics ("Compiler", "Errors") and ("Compiler", "Warnings"); those of nested actions are not added.
-struct TActionResult {
-  std::u16string Name = {}; // the user's own, else that of the type
-  std::u16string Type = {}; // the identifier, "DEVENV"
-  std::u16string Pass = {}; // the value of the innermost loop's variable; empty outside a loop
-  int Nesting = 0;          // loops around it
-  bool Succeeded = false;
-  std::int64_t Errors = 0;
-  std::int64_t Warnings = 0;
-  std::chrono::milliseconds Elapsed{0};
-  std::vector<TConfigurationResult> Configurations = {}; // in the order built; empty for other actions
-};
 
 // Where a loop stands: "project" 3 of 17.
 struct TLoopPosition {
@@ -56,6 +31,7 @@ struct TActionEnded {
 struct TMessageSent {
   std::u16string Text;
   TStatusTag Status = TStatusTag::stNormal;
+  bool IsDryRun = false; // says what would have been done
 };
 struct TGroupStarted {
   std::u16string Title;
@@ -71,12 +47,19 @@ struct TMetricSent {
   std::u16string Configuration = {}; // that the action is building, "Release|Any CPU"; else empty
 };
 
+// The end of the run; nothing comes behind it.
+struct TRunEnded {
+  TRunReport Report;
+};
+
 // Depth counts what is open around the event: running actions and message groups. An action and a group have
 // the same depth when they start and when they end.
 struct TRunEvent {
   std::chrono::system_clock::time_point Time;
   int Depth = 0;
-  std::variant<TActionStarted, TActionEnded, TMessageSent, TGroupStarted, TGroupEnded, TMetricSent> What;
+  std::variant<TActionStarted, TActionEnded, TMessageSent, TGroupStarted, TGroupEnded, TMetricSent, TRunEnded>
+      What;
+  TProblemCounts SoFar = {}; // of the whole run
 };
 
 // Called on the thread that runs the actions, in the order of the events. Must not throw.

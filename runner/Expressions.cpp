@@ -28,8 +28,11 @@ private:
 // The expansion of one text.
 class TExpansion {
 public:
-  TExpansion(const TProject& project, const TVariables& variables, TCustomKxAction* action, int& calls)
-      : project_(project), variables_(variables), action_(action), calls_(calls) {}
+  // `loopVariables`: null in a run.
+  TExpansion(const TProject& project, const TVariables& variables, TCustomKxAction* action, int& calls,
+             const TVariableNames* loopVariables)
+      : project_(project), variables_(variables), action_(action), calls_(calls),
+        loopVariables_(loopVariables) {}
 
   std::u16string Expand(std::u16string_view text) {
     std::u16string result;
@@ -42,6 +45,7 @@ public:
 
   std::optional<std::u16string> Variable(std::u16string_view name) {
     if (const auto done = expanded_.find(name); done != expanded_.end()) return done->second;
+    if (loopVariables_ != nullptr && loopVariables_->contains(name)) RefuseBeforeRun(name);
     auto value = variables_.Find(name);
     if (!value) return std::nullopt;
     if (value->MayHoldReferences) {
@@ -70,7 +74,13 @@ private:
     auto hooked = action_->ActionExpandExpression(reference.Written);
     if (hooked != reference.Written) return hooked;
     std::u16string value;
-    return action_->GetLocalVariableValue(reference.Name, value) ? std::optional(value) : std::nullopt;
+    if (!action_->GetLocalVariableValue(reference.Name, value)) return std::nullopt;
+    if (loopVariables_ != nullptr) RefuseBeforeRun(reference.Name);
+    return value;
+  }
+
+  [[noreturn]] static void RefuseBeforeRun(std::u16string_view name) {
+    throw EKnownInRunOnly(u"Only a run knows the value of " + Quoted(name) + u".");
   }
 
   void Enter(std::u16string_view name) {
@@ -84,8 +94,7 @@ private:
     std::u16string chain;
     for (auto step = first; step != under_.end(); ++step)
       chain += *step + u", ";
-    throw EExpressionError(u"The variable " + Quoted(*first) + u" refers to itself: " + chain + *first +
-                           u".");
+    throw ESelfReference(u"The variable " + Quoted(*first) + u" refers to itself: " + chain + *first + u".");
   }
 
   const TActionNode& CalledNode(const TReference& reference) const {
@@ -121,6 +130,7 @@ private:
     text::TStringList local;
     if (action_ != nullptr) action_->CollectLocalVariables(local, false, false);
     names.insert(names.end(), local.begin(), local.end());
+    if (loopVariables_ != nullptr) names.insert(names.end(), loopVariables_->begin(), loopVariables_->end());
     return names;
   }
 
@@ -128,6 +138,7 @@ private:
   const TVariables& variables_;
   TCustomKxAction* action_;
   int& calls_;
+  const TVariableNames* loopVariables_;
   std::vector<std::u16string> under_; // the variables whose values are being expanded
   std::map<std::u16string, std::u16string, text::IgnoreCaseLess> expanded_;
 };
@@ -138,14 +149,23 @@ TExpressionEngine::TExpressionEngine(const TProject& project, const TVariables& 
     : project_(project), variables_(variables) {}
 
 std::u16string TExpressionEngine::Expand(TCustomKxAction& action, std::u16string_view text) const {
-  return TExpansion(project_, variables_, &action, calls_).Expand(text);
+  return TExpansion(project_, variables_, &action, calls_, loopVariables_).Expand(text);
 }
 
 std::optional<std::u16string> TExpressionEngine::VariableValue(TCustomKxAction* action,
                                                                std::u16string_view name) const {
-  TExpansion expansion(project_, variables_, action, calls_);
+  TExpansion expansion(project_, variables_, action, calls_, loopVariables_);
   if (auto value = expansion.Variable(name)) return value;
   return TVariables::FindInEnvironment(name);
+}
+
+TForesight::TForesight(const TExpressionEngine& expressions, TVariableNames loopVariables)
+    : expressions_(expressions), loopVariables_(std::move(loopVariables)) {
+  expressions_.loopVariables_ = &loopVariables_;
+}
+
+TForesight::~TForesight() {
+  expressions_.loopVariables_ = nullptr;
 }
 
 } // namespace kx

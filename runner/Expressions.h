@@ -13,10 +13,24 @@
 #include "runner/Variables.h"
 
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 
 namespace kx {
+
+using TVariableNames = std::set<std::u16string, text::IgnoreCaseLess>;
+
+// The value of a name that only a run has: a loop variable, an action's own variable.
+class EKnownInRunOnly : public EExpressionError {
+public:
+  using EExpressionError::EExpressionError;
+};
+// A variable that cannot be expanded wherever it is used.
+class ESelfReference : public EExpressionError {
+public:
+  using EExpressionError::EExpressionError;
+};
 
 // A name is looked up in the action (its hook ActionExpandExpression, then its local variables), in the
 // variables, among the registered constants, in the environment. What the user wrote as a variable's value is
@@ -33,10 +47,25 @@ public:
   std::optional<std::u16string> VariableValue(TCustomKxAction* action, std::u16string_view name) const;
 
 private:
+  friend class TForesight;
   const TProject& project_;
   const TVariables& variables_;
+  mutable const TVariableNames* loopVariables_ = nullptr; // while nothing runs
   // Script functions may expand texts in turn: how many of them are under way.
   mutable int calls_ = 0;
+};
+
+// While it lives nothing runs: these loop variables and the own variables of actions raise EKnownInRunOnly.
+class TForesight {
+public:
+  TForesight(const TExpressionEngine& expressions, TVariableNames loopVariables);
+  ~TForesight();
+  TForesight(const TForesight&) = delete;
+  TForesight& operator=(const TForesight&) = delete;
+
+private:
+  const TExpressionEngine& expressions_;
+  TVariableNames loopVariables_;
 };
 
 } // namespace kx

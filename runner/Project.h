@@ -3,6 +3,7 @@
 
 #include "host/Iterator.h"
 #include "runner/ServiceRegistry.h"
+#include "runner/VerdictRules.h"
 
 #include <map>
 #include <memory>
@@ -51,6 +52,13 @@ private:
 // Accepted where the user writes it, but only its encrypted twin is kept.
 bool IsClearSecret(const TKxPublishedProperty& property);
 
+// What follows for the run when an action fails.
+enum class TOnFailure {
+  Stop,
+  Continue, // the run goes on, but does not succeed any more
+  Ignore,   // the action counts as passed over
+};
+
 // One action of a project with what the project says about it. Owns the action and its children.
 class TActionNode {
 public:
@@ -67,8 +75,8 @@ public:
   const std::u16string& Name() const { return name_; }
   void SetName(std::u16string_view name); // is the action's description too
   std::u16string DisplayName() const;     // the name, else that of the type
-  bool ContinueOnError() const { return continueOnError_; }
-  void SetContinueOnError(bool value) { continueOnError_ = value; }
+  TOnFailure OnFailure() const { return onFailure_; }
+  void SetOnFailure(TOnFailure value) { onFailure_ = value; }
 
   // The action's published properties in declaration order; a loop's own LoopVariable comes first.
   const std::vector<const TKxPublishedProperty*>& Properties() const { return properties_; }
@@ -86,7 +94,7 @@ private:
   std::vector<const TKxPublishedProperty*> properties_;
   std::vector<std::unique_ptr<TActionNode>> children_;
   std::u16string name_;
-  bool continueOnError_ = false;
+  TOnFailure onFailure_ = TOnFailure::Stop;
 };
 
 // The registry and the host outlive the project. Actions stay where they are as long as the project lives.
@@ -100,6 +108,7 @@ public:
   std::u16string FileName; // full path; empty for a project that was made in memory
   std::vector<TProjectVariable> Variables;
   TProjectPropertySets PropertySets;
+  TRuleSettings Rules;
 
   std::u16string Directory() const; // of the file; the current folder without one
   const TServiceRegistry& Services() const { return services_; }

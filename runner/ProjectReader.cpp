@@ -33,11 +33,13 @@ public:
     if (root.Name != u"BuildProject")
       Refuse(root, u"Not a build project: expected <BuildProject>, not <" + root.Name + u">.");
     CheckAttributes(root, std::array<std::u16string_view, 1>{u"Name"});
-    CheckChildren(root, std::array<std::u16string_view, 3>{u"Variables", u"PropertySets", ActionsName});
+    CheckChildren(root,
+                  std::array<std::u16string_view, 4>{u"Variables", u"PropertySets", u"Rules", ActionsName});
     CheckOnce(root);
     project_.Name = root.Attribute(u"Name").value_or(u"");
     if (const auto* variables = root.Child(u"Variables")) ReadVariables(*variables);
     if (const auto* sets = root.Child(u"PropertySets")) ReadPropertySets(*sets);
+    if (const auto* rules = root.Child(u"Rules")) ReadRules(*rules);
     if (const auto* actions = root.Child(ActionsName)) ReadActions(*actions, nullptr);
   }
 
@@ -104,6 +106,22 @@ private:
     }
   }
 
+  void ReadRules(const TProjectElement& list) {
+    CheckAttributes(list, {});
+    CheckChildren(list, std::array<std::u16string_view, 1>{u"Rule"});
+    for (const auto& element : list.Children) {
+      CheckAttributes(element, std::array<std::u16string_view, 1>{u"Name"});
+      CheckIsText(element);
+      const std::u16string name = RequireAttribute(element, u"Name");
+      if (project_.Rules.Find(name)) Refuse(element, u"The rule " + Quoted(name) + u" stands twice.");
+      try {
+        project_.Rules.Set(name, element.Text);
+      } catch (const EKxException& error) {
+        Refuse(element, error.Message());
+      }
+    }
+  }
+
   TPropertySetKind ReadKind(const TProjectElement& element) const {
     const std::u16string kind = RequireAttribute(element, u"Kind");
     if (text::EqualsIgnoreCase(kind, u"Win32")) return TPropertySetKind::Win32;
@@ -158,7 +176,7 @@ private:
     TActionNode& node = AddAction(element, parent);
     if (const auto name = element.Attribute(u"Name")) node.SetName(*name);
     if (const auto value = element.Attribute(u"ContinueOnError"))
-      node.SetContinueOnError(ReadBoolean(element, *value));
+      node.SetOnFailure(ReadOnFailure(element, *value));
     // A new secret in clear text replaces the encrypted one, wherever it stands.
     for (const bool secrets : {false, true})
       for (const auto& child : element.Children)
@@ -172,14 +190,14 @@ private:
     ReadActions(list, &node);
   }
 
-  bool ReadBoolean(const TProjectElement& element, std::u16string_view text) const {
+  TOnFailure ReadOnFailure(const TProjectElement& element, std::u16string_view text) const {
+    if (text::EqualsIgnoreCase(text::Trim(text), u"ignore")) return TOnFailure::Ignore;
     TKxPublishedProperty attribute;
-    attribute.Name = u"ContinueOnError";
     attribute.Kind = TKxPropertyKind::Boolean;
     try {
-      return std::get<bool>(PropertyFromText(attribute, text));
-    } catch (const std::exception& error) {
-      Refuse(element, MessageOf(error));
+      return std::get<bool>(PropertyFromText(attribute, text)) ? TOnFailure::Continue : TOnFailure::Stop;
+    } catch (const std::exception&) {
+      Refuse(element, u"ContinueOnError takes true, false or ignore, not " + Quoted(text) + u".");
     }
   }
 

@@ -4,6 +4,7 @@
 #include "runner/Events.h"
 #include "runner/Expressions.h"
 #include "runner/Project.h"
+#include "runner/Validation.h"
 #include "runner/Variables.h"
 
 #include <memory>
@@ -13,30 +14,13 @@
 
 namespace kx {
 
+class TRunEngine;
+
 struct TRunSettings {
   std::vector<TProjectVariable> Variables; // of the command line, before those of the project
   std::u16string KeyFile;                  // holds the key of stored secrets where the system has none
-  bool DryRun = false; // processes are not started, and changes of files are shown instead of made
-};
-
-struct TRunReport {
-  bool Succeeded = false;
-  bool Stopped = false;                    // a stop request came before the end
-  std::vector<TActionResult> Actions = {}; // in the order in which they ended
-};
-
-// A file that an action would change when it is run, but could not.
-struct TValidationNote {
-  std::u16string Action; // its name in the project
-  std::u16string Message;
-};
-
-struct TValidationEntry {
-  std::u16string Action; // its name in the project
-  std::u16string Page;
-  std::u16string Message;
-  const TKxOptionsClass* Options = nullptr; // the options that mend it, when the action knows
-  const TActionNode* Node = nullptr;        // the action
+  bool DryRun = false;      // processes are not started, and changes of files are shown instead of made
+  TRuleSettings Rules = {}; // of the command line, before those of the project
 };
 
 // Owns the project, since its actions are attached to this host. Fill Project() (by hand or by TProjectFile),
@@ -50,15 +34,15 @@ public:
   TProject& Project();
   void AddSink(IRunEventSink& sink); // outlives the runner
 
-  // Asks every action, nested ones too; runs nothing. Raises nothing: an action that throws has an entry
-  // more.
+  // Everything that can be found wrong without running (ValidateProject). Runs nothing, raises nothing.
   std::vector<TValidationEntry> Validate();
   // What stands in the way of the files that the actions would change, as far as it can be told beforehand.
   std::vector<TValidationNote> CheckFilesToChange();
 
-  // Runs the actions in order. The first that fails ends the run, unless it says ContinueOnError: then the
-  // run goes on, and its result stays True. A stop request made before this call is forgotten; one made
-  // during it ends the current action, and nothing more is started.
+  // Runs the actions in order. Each is asked for its settings first; what it finds wrong fails it, and it is
+  // not executed. The first action that fails ends the run, unless the project says otherwise (TOnFailure). A
+  // stop request made before this call is forgotten; one made during it ends the current action, and nothing
+  // more is started.
   TRunReport Run();
 
   void SendMessage(TCustomKxAction& action, std::u16string_view text, TStatusTag status) override;
@@ -81,8 +65,8 @@ public:
   bool IsValidating() const override;
 
 private:
-  struct TState;
-  std::unique_ptr<TState> state_;
+  std::unique_ptr<TRunEngine> engine_;
+  bool validating_ = false;
 };
 
 } // namespace kx

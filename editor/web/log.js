@@ -32,7 +32,7 @@ export class Log {
 
   // `event` is its position in the run's events.
   add(event, position) {
-    if (event.event === "metric") return;
+    if (event.event === "metric" || event.event === "runEnd") return;
     if (event.event === "actionEnd" || event.event === "groupEnd") {
       this.endGroup(event);
       return;

@@ -236,11 +236,13 @@ TEST_F(EditorSession, ARunLogsShowsPlacesAndGivesItsNumbersBack) {
   host_.Write("src/a.cs", "one\ntwo\n");
   TStepAction::Deeds()[u"count"] = [](TStepAction& action) {
     action.SendMessage(u"src\\a.cs(2,1): error CS0103: no", TStatusTag::stError);
-    action.SendMetricInt(u"Compiler", u"Errors", ++action.Number);
+    action.SendMetricInt(u"Compiler", u"Warnings", ++action.Number);
     return true;
   };
   TJson events = RunToTheEnd();
-  ASSERT_EQ(events.size(), 4U);
+  ASSERT_EQ(events.size(), 5U);
+  EXPECT_EQ(events[4]["errors"], 1) << "the end says what the run's summary says";
+  EXPECT_EQ(Do("runs")["runs"][0]["errors"], 1);
   EXPECT_EQ(events[1]["line"], 2);
   TJson source = Do("source", {{"event", 1}});
   EXPECT_EQ(source["lines"][1], "two");

@@ -40,8 +40,8 @@ TEST_F(Reports, FoldWhatWentWellAndLeaveOpenWhatDidNot) {
   Send(TGroupStarted{u"Solution B"});
   Send(TMessageSent{u"<script>\x1b[2J", TStatusTag::stError});
   Send(TGroupEnded{u"", std::nullopt});
-  Send(TActionEnded{{.Succeeded = true}});
-  const std::string page = Html.Page({.Succeeded = true});
+  Send(TActionEnded{{.Result = TResultKind::Succeeded}});
+  const std::string page = Html.Page({.Result = TResultKind::Succeeded});
   EXPECT_THAT(page, HasSubstr("<title>Night&lt;ly&gt;: succeeded</title>"));
   EXPECT_THAT(
       page, HasSubstr("<details class=\"success\"><summary><span class=\"title\">Solution &lt;A&gt;</span>"));

@@ -12,9 +12,11 @@ TEST(JsonLinesSink, WritesEachEventAsOneLine) {
   TActionResult result;
   result.Name = u"Build";
   result.Type = u"DEVENV";
-  result.Errors = 3;
+  result.Reason = u"errors-counted";
+  result.Counts = {3, 0};
+  result.Tests.Failed = 2;
   result.Elapsed = 1500ms;
-  result.Configurations = {{u"Debug|x86", false, 3, 0, 20ms}};
+  result.Configurations = {{u"Debug|x86", TResultKind::NothingToDo, u"", {3, 0}, 20ms}};
   const struct {
     decltype(TRunEvent::What) What;
     const char* Rest;
@@ -22,9 +24,13 @@ TEST(JsonLinesSink, WritesEachEventAsOneLine) {
       {TActionStarted{u"Build", u"DEVENV", u"", u"", 1, TLoopPosition{u"project", 2, 3}},
        R"("action","name":"Build","type":"DEVENV","description":"","pass":"","nesting":1,"iteration":2,"iterations":3})"},
       {TActionEnded{result},
-       R"("actionEnd","name":"Build","type":"DEVENV","pass":"","nesting":0,"succeeded":false,"errors":3,)"
-       R"("warnings":0,"elapsedMs":1500,"configurations":[{"configuration":"Debug|x86","succeeded":false,)"
-       R"("errors":3,"warnings":0,"elapsedMs":20}]})"},
+       R"("actionEnd","name":"Build","type":"DEVENV","pass":"","nesting":0,"isLoop":false,"succeeded":false,)"
+       R"("result":"failed","reason":"errors-counted","errors":3,"warnings":0,"elapsedMs":1500,)"
+       R"("tests":{"passed":0,"failed":2,"notRun":0},"configurations":[{"configuration":"Debug|x86",)"
+       R"("succeeded":true,"result":"nothing to do","reason":"","errors":3,"warnings":0,"elapsedMs":20}]})"},
+      {TRunEnded{{.Result = TResultKind::FinishedWithFailures, .Counts = {1, 2}, .Elapsed = 3ms}},
+       R"("runEnd","succeeded":false,"result":"finished with failures","totals":"1 error, 2 warnings",)"
+       R"("errors":1,"warnings":2,"elapsedMs":3,"tests":{"passed":0,"failed":0,"notRun":0}})"},
       {TMessageSent{u"\u00E9 \"q\"\r\n\xD800", TStatusTag::stError},
        "\"message\",\"status\":3,\"text\":\"\xC3\xA9 \\\"q\\\"\\r\\n\xEF\xBF\xBD\"}"},
   };

@@ -24,12 +24,13 @@ TEST(ProjectFile, ReadsEverything) {
   <PropertySets>
     <PropertySet Name="Rel" Kind="win32"><Value Name="Major">3</Value></PropertySet>
   </PropertySets>
+  <Rules><Rule Name="nothing-built"> Warning </Rule></Rules>
   <Actions>
     <Action Type="loop" Name="All"><LoopVariable>P</LoopVariable><Values>
         a
         b c
       </Values>
-      <Actions><Action Type="STEP" ContinueOnError="yes"/></Actions>
+      <Actions><Action Type="STEP" ContinueOnError="yes"/><Action Type="STEP" ContinueOnError="Ignore"/></Actions>
     </Action>
     <Action Type="STEP" Name="One">
       <Text><![CDATA[a<b]]> &quot;
@@ -49,8 +50,10 @@ TEST(ProjectFile, ReadsEverything) {
   const TActionNode& loop = *project.Actions()[0];
   EXPECT_EQ(loop.Iterator()->GetLoopVariable(), u"P");
   EXPECT_EQ(static_cast<const TLoopAction&>(loop.Action()).Values, text::TStringList({u"a", u"b c"}));
-  ASSERT_EQ(loop.Children().size(), 1U);
-  EXPECT_TRUE(loop.Children()[0]->ContinueOnError());
+  ASSERT_EQ(loop.Children().size(), 2U);
+  EXPECT_EQ(loop.Children()[0]->OnFailure(), TOnFailure::Continue);
+  EXPECT_EQ(loop.Children()[1]->OnFailure(), TOnFailure::Ignore);
+  EXPECT_EQ(project.Rules.Find(u"NOTHING-BUILT"), TRuleSeverity::Warning);
   const auto& step = static_cast<const TStepAction&>(project.Actions()[1]->Action());
   EXPECT_EQ(step.Text, u"a<b \"\r\n two");
   EXPECT_EQ(step.Number, 12);
@@ -76,7 +79,14 @@ TEST(ProjectFile, SaysWhatIsWrongAndWhere) {
        "(2): Unknown element <Action> in <BuildProject>. Did you mean \"Actions\"?"},
       {In("Variables", "<Variable Name=\"a b\"/>"), "(2): The variable name \"a b\" may hold only"},
       {In("Actions", "<Action Type=\"STP\"/>"), "(2): Unknown action type \"STP\". Did you mean \"STEP\"?"},
-      {In("Actions", "<Action Type=\"STEP\" ContinueOnError=\"ja\"/>"), "(2): ContinueOnError takes True or"},
+      {In("Actions", "<Action Type=\"STEP\" ContinueOnError=\"ja\"/>"),
+       "(2): ContinueOnError takes true, false or ignore, not \"ja\"."},
+      {In("Rules", "<Rule Name=\"nothing-buildt\">off</Rule>"),
+       "(2): There is no rule \"nothing-buildt\". Did you mean \"nothing-built\"?"},
+      {In("Rules", "<Rule Name=\"no-tests\">of</Rule>"),
+       "(2): The rule \"no-tests\" takes error, warning or off, not \"of\". Did you mean \"off\"?"},
+      {In("Rules", "<Rule Name=\"no-tests\">off</Rule>\n<Rule Name=\"No-Tests\">off</Rule>"),
+       "(3): The rule"},
       {Wrapped("<Numbr>1</Numbr>"),
        "(4): The action STEP has no property \"Numbr\". Did you mean \"Number\"?"},
       {Wrapped("<Number>1</Number>\n<number>2</number>"), "(5): <number> stands twice in <Action>."},

@@ -33,17 +33,37 @@ protected:
   TEmbeddedHost Host;
 };
 
-TEST_F(RunTest, TheFirstFailureEndsTheRunUnlessItMayContinue) {
-  Add(u"a", nullptr, Succeed);
-  Add(u"b", nullptr, Fail);
-  Host.Project().FindNamed(u"b")->SetContinueOnError(true);
-  Add(u"c", nullptr, Fail);
-  Add(u"d", nullptr, Succeed);
-  EXPECT_THAT(Host.Run(), ElementsAre("a {", "} True", "b {", "} False", "c {", "} False"));
-  EXPECT_FALSE(Host.Report.Succeeded);
-  Host.Project().FindNamed(u"c")->SetContinueOnError(true);
-  EXPECT_THAT(Host.Run(), testing::Contains("d {"));
-  EXPECT_TRUE(Host.Report.Succeeded);
+TEST_F(RunTest, TheFirstFailureEndsTheRunUnlessTheProjectSaysOtherwise) {
+  const struct {
+    TOnFailure First;
+    TOnFailure Second;
+    std::string Ran;
+    TResultKind Result;
+    TResultKind FirstRow;
+  } cases[] = {
+      {TOnFailure::Stop, TOnFailure::Stop, "b", TResultKind::Failed, TResultKind::Failed},
+      {TOnFailure::Continue, TOnFailure::Stop, "bc", TResultKind::Failed, TResultKind::Failed},
+      {TOnFailure::Continue, TOnFailure::Ignore, "bcd", TResultKind::FinishedWithFailures,
+       TResultKind::Failed},
+      {TOnFailure::Ignore, TOnFailure::Continue, "bcd", TResultKind::FinishedWithFailures,
+       TResultKind::Ignored},
+      {TOnFailure::Ignore, TOnFailure::Ignore, "bcd", TResultKind::Succeeded, TResultKind::Ignored},
+  };
+  std::string ran;
+  for (const char16_t name : {u'b', u'c', u'd'})
+    Add(std::u16string(1, name), nullptr, [&ran, name](TStepAction&) {
+      ran += static_cast<char>(name);
+      return name == u'd';
+    });
+  for (const auto& row : cases) {
+    ran.clear();
+    Host.Project().FindNamed(u"b")->SetOnFailure(row.First);
+    Host.Project().FindNamed(u"c")->SetOnFailure(row.Second);
+    Host.Run();
+    EXPECT_EQ(ran, row.Ran);
+    EXPECT_EQ(Host.Report.Result, row.Result) << row.Ran;
+    EXPECT_EQ(Host.Report.Actions[0].Result, row.FirstRow) << row.Ran;
+  }
 }
 
 TEST_F(RunTest, ExceptionsFailTheActionWithTheirMessage) {
@@ -158,7 +178,7 @@ TEST_F(RunTest, AFailingChildEndsTheLoop) {
   Add(u"a", &loop, [](TStepAction& a) { return a.GetVariableValue(u"P") != u"2"; });
   Add(u"b", &loop, Succeed);
   EXPECT_THAT(Host.Run(), ElementsAre("Loop {", "  a [1] {", "  } True", "  b [1] {", "  } True", "  a [2] {",
-                                      "  } False", "} False"));
+                                      "    3 The action failed without a message.", "  } False", "} False"));
 }
 
 TEST_F(RunTest, AStopRequestEndsTheActionAndNothingMoreStarts) {
@@ -167,14 +187,18 @@ TEST_F(RunTest, AStopRequestEndsTheActionAndNothingMoreStarts) {
   Add(u"a", &loop, [this](TStepAction& a) {
     Host.Stop.Raise();
     EXPECT_TRUE(a.Terminated.WaitFor(std::chrono::minutes(1))) << "TerminateAction was not called";
+    a.SendMessage(u"Action Terminated by User.", TStatusTag::stError);
     return false;
   });
-  Host.Project().FindNamed(u"a")->SetContinueOnError(true);
+  Host.Project().FindNamed(u"a")->SetOnFailure(TOnFailure::Continue);
   Add(u"b", &loop, Succeed);
   Add(u"c", nullptr, Succeed);
-  EXPECT_THAT(Host.Run(), ElementsAre("Loop {", "  a [1] {", "  } False", "} False"));
-  EXPECT_TRUE(Host.Report.Stopped);
-  EXPECT_FALSE(Host.Report.Succeeded);
+  EXPECT_THAT(Host.Run(),
+              ElementsAre("Loop {", "  a [1] {", "    3 Action Terminated by User.", "  } False", "} False"));
+  EXPECT_EQ(Host.Report.Result, TResultKind::Stopped);
+  for (const auto& row : Host.Report.Actions)
+    EXPECT_EQ(row.Result, TResultKind::Stopped);
+  EXPECT_EQ(Host.Report.Counts, TProblemCounts{}) << "being stopped is no error";
 }
 
 TEST_F(RunTest, ValidationAsksEveryActionAndRunsNone) {

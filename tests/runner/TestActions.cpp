@@ -7,8 +7,11 @@ namespace kx::tests {
 
 namespace {
 
-TRunSettings SettingsIn(const TTemporaryFolder& folder) {
-  return {{{u"FromCommandLine", u"set"}, {u"Both", u"command line"}}, folder.Path("keys")};
+TRunSettings SettingsIn(const TTemporaryFolder& folder, bool dryRun, TRuleSettings rules) {
+  return {{{u"FromCommandLine", u"set"}, {u"Both", u"command line"}},
+          folder.Path("keys"),
+          dryRun,
+          std::move(rules)};
 }
 
 } // namespace
@@ -93,12 +96,13 @@ std::u16string TLoopAction::GetCurrentValue() {
 
 void TRecordingSink::On(const TRunEvent& event) {
   const auto number = [](TStatusTag status) { return std::to_string(static_cast<int>(status)); };
+  if (std::holds_alternative<TRunEnded>(event.What)) return; // the runner gives the report itself
   std::string line(static_cast<std::size_t>(event.Depth) * 2, ' ');
   if (const auto* action = std::get_if<TActionStarted>(&event.What)) {
     const std::string pass = action->Pass.empty() ? "" : "[" + text::ToUtf8(action->Pass) + "] ";
     line += text::ToUtf8(action->Name) + " " + pass + "{";
   } else if (const auto* ended = std::get_if<TActionEnded>(&event.What)) {
-    line += ended->Result.Succeeded ? "} True" : "} False";
+    line += IsSuccess(ended->Result.Result) ? "} True" : "} False";
   } else if (const auto* message = std::get_if<TMessageSent>(&event.What)) {
     line += number(message->Status) + " " + text::ToUtf8(message->Text);
   } else if (const auto* group = std::get_if<TGroupStarted>(&event.What)) {
@@ -109,7 +113,8 @@ void TRecordingSink::On(const TRunEvent& event) {
   Lines.push_back(std::move(line));
 }
 
-TEmbeddedHost::TEmbeddedHost() : Services(Store), Runner(Services, Stop, SettingsIn(folder_)) {
+TEmbeddedHost::TEmbeddedHost(bool dryRun, TRuleSettings rules)
+    : Services(Store), Runner(Services, Stop, SettingsIn(folder_, dryRun, std::move(rules))) {
   Services.RegisterAction(u"STEP", u"Tests", TStepAction::Class());
   Services.RegisterAction(u"LOOP", u"Tests", TLoopAction::Class());
   Services.RegisterEnumeration(ColourEnumeration());

@@ -71,7 +71,7 @@ public:
 // An embedded host over a folder of its own, which goes with it.
 class TEmbeddedHost {
 public:
-  TEmbeddedHost();
+  explicit TEmbeddedHost(bool dryRun = false, TRuleSettings rules = {});
   ~TEmbeddedHost();
   TEmbeddedHost(const TEmbeddedHost&) = delete;
   TEmbeddedHost& operator=(const TEmbeddedHost&) = delete;

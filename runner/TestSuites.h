@@ -29,6 +29,7 @@ struct TReportedSuite {
   std::int64_t Skipped = 0;
 
   std::int64_t Passed() const { return static_cast<std::int64_t>(Tests.size()) - Failed - Skipped; }
+  TTestCounts Counts() const { return {Passed(), Failed, Skipped}; }
 };
 
 // The XML of a run of tests when this is the metric that carries one, else null.

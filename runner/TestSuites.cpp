@@ -1,4 +1,4 @@
-#include "report/TestSuites.h"
+#include "runner/TestSuites.h"
 
 #include "host/UnitTests.h"
 #include "host/Xml.h"

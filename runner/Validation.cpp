@@ -1,0 +1,178 @@
+#include "runner/Validation.h"
+
+#include "platform/Files.h"
+#include "runner/Messages.h"
+#include "runner/References.h"
+
+#include <algorithm>
+
+namespace kx {
+
+namespace {
+
+using TNodes = std::vector<std::unique_ptr<TActionNode>>;
+
+class TValidationCollector : public IKxActionValidationError {
+public:
+  TValidationCollector(const TServiceRegistry& services, const TActionNode& node, TValidationEntries& entries)
+      : services_(services), node_(node), entries_(entries) {}
+
+  void Add(std::u16string_view page, std::u16string_view message, TKxOptionsObject* options) override {
+    TValidationEntry entry{node_.DisplayName(), std::u16string(page), std::u16string(message),
+                           ClassOf(options), &node_};
+    const auto isSame = [&entry](const TValidationEntry& other) { return entry.IsSame(other); };
+    if (std::ranges::none_of(entries_, isSame)) entries_.push_back(std::move(entry));
+  }
+
+private:
+  const TKxOptionsClass* ClassOf(const TKxOptionsObject* options) const {
+    const auto& all = services_.Options();
+    const auto found = std::ranges::find_if(
+        all, [options](const TRegisteredOptions& row) { return row.Object.get() == options; });
+    return found == all.end() ? nullptr : found->Class;
+  }
+
+  const TServiceRegistry& services_;
+  const TActionNode& node_;
+  TValidationEntries& entries_;
+};
+
+class TProjectValidation {
+public:
+  TProjectValidation(const TProject& project, const TExpressionEngine& expressions)
+      : project_(project), expressions_(expressions) {}
+
+  TValidationEntries Run() {
+    if (project_.Actions().empty())
+      entries_.push_back({u"Project", u"Actions", u"The project holds no actions. Add one."});
+    CheckVariables();
+    CheckNodes(project_.Actions());
+    return std::move(entries_);
+  }
+
+private:
+  void CheckVariables() {
+    TVariableNames loopVariables;
+    CollectLoopVariables(project_.Actions(), loopVariables);
+    const TForesight foresight(expressions_, std::move(loopVariables));
+    for (const auto& variable : project_.Variables) {
+      try {
+        static_cast<void>(expressions_.VariableValue(nullptr, variable.Name));
+      } catch (const ESelfReference& error) {
+        entries_.push_back({u"Project", u"Variables", error.Message()});
+      } catch (const std::exception&) {
+        // Where the variable is used it is looked at with what is known there.
+      }
+    }
+  }
+
+  static void CollectLoopVariables(const TNodes& nodes, TVariableNames& names) {
+    for (const auto& node : nodes) {
+      if (node->Iterator() == nullptr) continue;
+      names.insert(node->Iterator()->GetLoopVariable());
+      CollectLoopVariables(node->Children(), names);
+    }
+  }
+
+  void CheckNodes(const TNodes& nodes) {
+    for (const auto& node : nodes) {
+      {
+        const TForesight foresight(expressions_, {loopVariables_.begin(), loopVariables_.end()});
+        CheckNode(*node);
+      }
+      if (node->Iterator() == nullptr) continue;
+      loopVariables_.push_back(node->Iterator()->GetLoopVariable());
+      CheckNodes(node->Children());
+      loopVariables_.pop_back();
+    }
+  }
+
+  void CheckNode(const TActionNode& node) {
+    ValidateAction(project_.Services(), node, entries_);
+    TValidationCollector errors(project_.Services(), node, entries_);
+    CheckLoop(node, errors);
+    for (const auto* property : node.Properties())
+      CheckTexts(node, *property, errors);
+    try {
+      node.Action().LookAhead(errors);
+    } catch (const std::exception& error) {
+      errors.Add({}, MessageOf(error), nullptr);
+    }
+  }
+
+  static void CheckLoop(const TActionNode& node, TValidationCollector& errors) {
+    const bool isEmpty = node.Iterator() != nullptr && node.Children().empty();
+    if (isEmpty) errors.Add(u"Actions", u"The loop holds no actions. Add one.", nullptr);
+  }
+
+  void CheckTexts(const TActionNode& node, const TKxPublishedProperty& property,
+                  TValidationCollector& errors) const {
+    if (property.Secret || property.ReadOnly) return;
+    const TKxPropertyValue value = property.Get(node.Action());
+    if (const auto* text = std::get_if<std::u16string>(&value)) CheckText(node, property, *text, errors);
+    if (const auto* lines = std::get_if<text::TStringList>(&value))
+      for (const auto& line : *lines)
+        CheckText(node, property, line, errors);
+  }
+
+  // Reference by reference: behind one whose value only a run has, others can still mean nothing.
+  void CheckText(const TActionNode& node, const TKxPublishedProperty& property, std::u16string_view text,
+                 TValidationCollector& errors) const {
+    for (const auto& part : SplitReferences(text)) {
+      if (!part.Reference) continue;
+      try {
+        static_cast<void>(expressions_.Expand(node.Action(), part.Reference->Written));
+      } catch (const EKnownInRunOnly&) {
+        continue;
+      } catch (const std::exception& error) {
+        errors.Add(property.Name, MessageOf(error), nullptr);
+      }
+    }
+  }
+
+  const TProject& project_;
+  const TExpressionEngine& expressions_;
+  TValidationEntries entries_;
+  std::vector<std::u16string> loopVariables_; // of the loops around
+};
+
+// Several actions may change one file; it is named once for each.
+void CheckFiles(const TNodes& nodes, std::vector<TValidationNote>& notes) {
+  for (const auto& node : nodes) {
+    text::TStringList files;
+    node->Action().GetFilesToChange(files);
+    for (const auto& file : files)
+      if (const auto allowed = platform::CheckSaveFile(file); !allowed)
+        notes.push_back({node->DisplayName(), allowed.Message()});
+    CheckFiles(node->Children(), notes);
+  }
+}
+
+} // namespace
+
+bool TValidationEntry::IsSame(const TValidationEntry& other) const {
+  return Node == other.Node && Page == other.Page && Message == other.Message;
+}
+
+void ValidateAction(const TServiceRegistry& services, const TActionNode& node, TValidationEntries& entries) {
+  TValidationCollector collector(services, node, entries);
+  const std::size_t before = entries.size();
+  try {
+    if (!node.Action().Validate(collector) && entries.size() == before)
+      collector.Add({}, u"The settings are not valid.", nullptr);
+  } catch (const std::exception& error) {
+    collector.Add({}, MessageOf(error), nullptr);
+  }
+}
+
+TValidationEntries ValidateProject(const TProject& project, const TExpressionEngine& expressions) {
+  return TProjectValidation(project, expressions).Run();
+}
+
+std::vector<TValidationNote> CheckFilesToChange(const TProject& project) {
+  std::vector<TValidationNote> notes;
+  CheckFiles(project.Actions(), notes);
+  return notes;
+}
+
+} // namespace kx
