@@ -139,7 +139,7 @@ TEST_F(RunTest, ALoopVariableLivesAsLongAsItsLoop) {
     std::vector<std::string> Said;
   } cases[] = {
       {"to its end", Succeed, {"command line", "inner", "outer", "command line"}},
-      {"a failure", Fail, {"command line", "inner", "command line"}},
+      {"a failure", Fail, {"command line", "inner", "The action failed without a message.", "command line"}},
       {"an exception",
        [](TStepAction&) -> bool { throw EFailAction(u"no"); },
        {"command line", "inner", "no", "command line"}},
@@ -149,7 +149,7 @@ TEST_F(RunTest, ALoopVariableLivesAsLongAsItsLoop) {
   TActionNode& inner = AddLoop({u"inner"}, &outer);
   static_cast<TLoopAction&>(outer.Action()).SetLoopVariable(u"Both");
   static_cast<TLoopAction&>(inner.Action()).SetLoopVariable(u"BOTH");
-  outer.SetContinueOnError(true);
+  outer.SetOnFailure(TOnFailure::Continue);
   Add(u"inside", &inner, say);
   Add(u"last", &inner, Succeed);
   Add(u"behind", &outer, say);
@@ -167,10 +167,13 @@ TEST_F(RunTest, ALoopVariableLivesAsLongAsItsLoop) {
 TEST_F(RunTest, ALoopThatDoesNothingIsNoSuccess) {
   AddLoop({});
   EXPECT_THAT(Host.Run(),
-              ElementsAre("Loop {", "  3 The loop has no pass: there is nothing to go through.", "} False"));
+              ElementsAre("Loop {",
+                          "  3 The loop has no pass: there is nothing to go through. (rule empty-loop)",
+                          "} False"));
   static_cast<TLoopAction&>(Host.Project().FindNamed(u"Loop")->Action()).Values = {u"1", u"2"};
   EXPECT_THAT(Host.Run(),
-              ElementsAre("Loop {", "  3 The loop holds no actions: its passes do nothing.", "} False"));
+              ElementsAre("Loop {", "  3 The loop holds no actions: its passes do nothing. (rule empty-loop)",
+                          "} False"));
 }
 
 TEST_F(RunTest, AFailingChildEndsTheLoop) {

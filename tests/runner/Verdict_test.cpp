@@ -140,14 +140,6 @@ TEST_F(Verdict, TakesTheCommandLineBeforeTheProject) {
   EXPECT_EQ(Run(), "succeeded");
 }
 
-TEST_F(Verdict, OfALoopNeedsPassesAndActions) {
-  Step([](TStepAction&) { return true; }, &Loop({}));
-  EXPECT_EQ(Run(), "failed (empty-loop)");
-  Again();
-  Loop({u"a"});
-  EXPECT_EQ(Run(), "failed (empty-loop)");
-}
-
 TEST_F(Verdict, BooksEverythingWhereItBelongs) {
   TActionNode& loop = Loop({u"x"});
   Step(
