@@ -11,8 +11,9 @@ endif()
 # The program finds its plug-in, its launcher and its logger beside itself, wherever the folder is put.
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
-set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 set(CMAKE_INSTALL_RPATH "$ORIGIN")
+# In the build tree too: CMake fills a path of its own up with empty entries, which are the current folder.
+set(CMAKE_BUILD_WITH_INSTALL_RPATH ON)
 
 find_program(KX_CCACHE ccache)
 if(KX_CCACHE)
