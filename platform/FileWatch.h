@@ -1,6 +1,7 @@
 // Whether a file is written in the meantime.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <optional>

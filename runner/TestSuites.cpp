@@ -82,10 +82,13 @@ std::u16string TSuiteNames::Rename(std::u16string_view xml) {
   std::u16string passes;
   for (const auto& pass : passes_)
     if (!pass.empty()) passes += (passes.empty() ? u"" : u", ") + XmlEscape(pass);
-  std::u16string name(xml.substr(0, end));
+  const std::u16string old(xml.substr(tag + opening.size(), end - tag - opening.size()));
+  std::u16string name = old;
   if (!passes.empty()) name += u" (" + passes + u")";
   if (const int count = ++seen_[name]; count > 1) name += u" (" + text::FromInteger(count) + u")";
-  return name.append(xml.substr(end));
+  const auto inClass = [](const std::u16string& suite) { return u" classname=\"" + suite + u'"'; };
+  return std::u16string(xml.substr(0, tag + opening.size())) + name +
+         text::ReplaceAll(xml.substr(end), inClass(old), inClass(name));
 }
 
 std::optional<TReportedSuite> ReadTestSuite(std::u16string_view xml) {

@@ -38,7 +38,8 @@ const std::u16string* TestSuiteXml(const TKxMetric& metric);
 std::optional<TReportedSuite> ReadTestSuite(std::u16string_view xml);
 
 // Gives the suites of a run names of their own, as readers of JUnit's XML need them: the passes of the loops
-// around the action stand behind the name, and a name that was there before has a number.
+// around the action stand behind the name, and a name that was there before has a number. Tests whose class
+// is the suite, since they have none, follow it: GitLab takes equal tests of equal classes for one.
 class TSuiteNames {
 public:
   void On(const TRunEvent& event); // each event of the run

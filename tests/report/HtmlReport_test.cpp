@@ -127,6 +127,7 @@ TEST_F(Reports, GiveEveryRunOfTestsANameOfItsOwn) {
     const std::string tag = "<testsuite name=\"" + std::string(name) + "\" ";
     EXPECT_THAT(document, HasSubstr(tag));
   }
+  EXPECT_THAT(document, HasSubstr("<testcase name=\"Good\" classname=\"All &amp; more (B, x) (2)\""));
   EXPECT_THAT(Html.Page({}), HasSubstr("<h3>All &amp; more (B, x)</h3>"));
 }
 
