@@ -1,5 +1,6 @@
 #include "runner/Validation.h"
 
+#include "host/LookAhead.h"
 #include "platform/Files.h"
 #include "runner/Messages.h"
 #include "runner/References.h"
@@ -12,10 +13,13 @@ namespace {
 
 using TNodes = std::vector<std::unique_ptr<TActionNode>>;
 
-class TValidationCollector : public IKxActionValidationError {
+class TValidationCollector : public IKxActionValidationError, public IKxForeseenRun {
 public:
-  TValidationCollector(const TServiceRegistry& services, const TActionNode& node, TValidationEntries& entries)
-      : services_(services), node_(node), entries_(entries) {}
+  TValidationCollector(const TServiceRegistry& services, const TActionNode& node, TValidationEntries& entries,
+                       bool othersBefore = false)
+      : services_(services), node_(node), entries_(entries), othersBefore_(othersBefore) {}
+
+  bool MayMakeFilesBefore() const override { return othersBefore_; }
 
   void Add(std::u16string_view page, std::u16string_view message, TKxOptionsObject* options) override {
     TValidationEntry entry{node_.DisplayName(), std::u16string(page), std::u16string(message),
@@ -35,6 +39,7 @@ private:
   const TServiceRegistry& services_;
   const TActionNode& node_;
   TValidationEntries& entries_;
+  bool othersBefore_;
 };
 
 class TProjectValidation {
@@ -89,7 +94,11 @@ private:
 
   void CheckNode(const TActionNode& node) {
     ValidateAction(project_.Services(), node, entries_);
-    TValidationCollector errors(project_.Services(), node, entries_);
+    const auto isOther = [&node](const TActionNode* other) {
+      return other->Iterator() == nullptr && other->Type().Class != node.Type().Class;
+    };
+    TValidationCollector errors(project_.Services(), node, entries_, std::ranges::any_of(before_, isOther));
+    before_.push_back(&node);
     CheckLoop(node, errors);
     for (const auto* property : node.Properties())
       CheckTexts(node, *property, errors);
@@ -134,6 +143,7 @@ private:
   const TExpressionEngine& expressions_;
   TValidationEntries entries_;
   std::vector<std::u16string> loopVariables_; // of the loops around
+  std::vector<const TActionNode*> before_;    // in the order of the run
 };
 
 // Several actions may change one file; it is named once for each.

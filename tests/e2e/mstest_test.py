@@ -105,6 +105,15 @@ class MSTestTest(e2e.EndToEndTest):
         self.assertEqual(run.returncode, 1)
         self.assertIn("Team Server Name : a value is required.", run.stdout)
 
+    def test_validation_misses_containers_that_nothing_before_makes(self):
+        tests = """<Action Type="MSTEST"><UseStandaloneMSTest>True</UseStandaloneMSTest>
+            <AssemblyFileName>gone.dll</AssemblyFileName></Action>"""
+        for before, missed in [("", 1), (tests, 2), ('<Action Type="DEVENV"><Solution>a.sln</Solution></Action>', 0)]:
+            self.write("p.kxproj", f"<BuildProject><Actions>{before}{tests}</Actions></BuildProject>")
+            run = self.run_program(e2e.BIN / "kxhost", "validate", "p.kxproj", "--option",
+                                   f"VisualStudioDotNet.StandaloneMSTestDir={self.folder / 'tool'}")
+            self.assertEqual((run.returncode, run.stdout.count("There is no file")), (3, missed), run.stdout)
+
     def test_inspection_shows_results_to_programs_and_people(self):
         shown = self.run_program(e2e.BIN / "kxhost", "inspect", "tool/results.trx", "--json", "tool/results.trx", "no.trx")
         self.assertEqual(shown.returncode, 1, "one file is missing")
