@@ -165,10 +165,11 @@ std::u16string GuessedConfiguration(const IVSDotNetSolution& solution, std::u16s
          u" or set UseRegExOnConfigName to False.";
 }
 
-bool IsConfigurationWithoutPlatform(const IVSDotNetSolution& solution, std::u16string_view wanted) {
+bool MayToolKnowConfiguration(const IVSDotNetSolution& solution, std::u16string_view wanted) {
   const std::vector<std::u16string> names = NamesOf(solution);
-  return std::ranges::any_of(
-      names, [wanted](const auto& name) { return text::EqualsIgnoreCase(ConfigurationPart(name), wanted); });
+  return names.empty() || std::ranges::any_of(names, [wanted](const auto& name) {
+           return text::EqualsIgnoreCase(ConfigurationPart(name), wanted);
+         });
 }
 
 } // namespace kx

@@ -19,7 +19,9 @@ std::u16string MissingConfiguration(const IVSDotNetSolution& solution, std::u16s
 std::u16string GuessedConfiguration(const IVSDotNetSolution& solution, std::u16string_view wanted,
                                     std::span<const std::u16string> matched);
 
-// MSBuild takes a configuration without its platform, and so does devenv.
-bool IsConfigurationWithoutPlatform(const IVSDotNetSolution& solution, std::u16string_view wanted);
+// Whether a tool that is given the whole solution may take the name all the same: devenv and MSBuild choose a
+// platform themselves for a configuration without one, and know what a solution without any configurations
+// means.
+bool MayToolKnowConfiguration(const IVSDotNetSolution& solution, std::u16string_view wanted);
 
 } // namespace kx

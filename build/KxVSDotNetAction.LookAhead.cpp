@@ -170,8 +170,7 @@ std::vector<std::u16string> TBuildOutlook::CheckConfiguration(const IVSDotNetSol
   std::u16string problem;
   const auto matched = MatchConfigurations(solution, *wanted, settings.UseRegExOnConfigName, problem);
   const bool toolDecides =
-      settings.BuildType == TVSDotNetBuildType::btAllProjects &&
-      (!solution.GetConfigurations() || IsConfigurationWithoutPlatform(solution, *wanted));
+      settings.BuildType == TVSDotNetBuildType::btAllProjects && MayToolKnowConfiguration(solution, *wanted);
   if (wanted->empty())
     problem = u"A configuration is required.";
   else if (problem.empty() && matched.empty() && !toolDecides)

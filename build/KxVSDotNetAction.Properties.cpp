@@ -106,7 +106,9 @@ void AddSolutionRows(TRows& rows) {
   rows.Field(u"Solution", Solution<&TSolutionSettings::Solution>,
              u"The solution file to build; a relative name is seen from the folder of the build project.")
       .Field(u"SolutionConfiguration", Solution<&TSolutionSettings::SolutionConfiguration>,
-             u"The solution configuration to build, or an expression that matches several.")
+             u"The solution configuration to build. What is no name of the solution is read as an expression "
+             u"that "
+             u"may match several; in it the bar means \"or\" (Release\\|Any CPU is one configuration).")
       .Computed(u"AllSolutionConfigurations", &TKxVSDotNetAction::GetAllSolutionConfigurations,
                 u"The configurations that the solution offers, one a line.")
       .Field(u"UpdateWin32Resource", Win32Stamp<&TWin32StampSettings::UpdateWin32Resource>,
@@ -298,11 +300,12 @@ void AddToolRows(TRows& rows) {
       .Field(u"Win32VersionInfoPropertySetName", Win32Stamp<&TWin32StampSettings::PropertySetName>,
              u"The property set that holds the Win32 version information.")
       .Field(u"UseWin32PropertySet", Win32Stamp<&TWin32StampSettings::UsePropertySet>,
-             u"Take the Win32 version information from a property set.")
+             u"Take the Win32 version information from a property set; what the set lacks comes from the "
+             u"action.")
       .Field(u"DotNetVersionInfoPropertySetName", AssemblyInfo<&TAssemblyInfoSettings::PropertySetName>,
              u"The property set that holds the assembly information.")
       .Field(u"UseDotNetPropertySet", AssemblyInfo<&TAssemblyInfoSettings::UsePropertySet>,
-             u"Take the assembly information from a property set.")
+             u"Take the assembly information from a property set; what the set lacks comes from the action.")
       .Field(u"ExtraCmdLineParams", Solution<&TSolutionSettings::ExtraCmdLineParams>,
              u"Text put in front of the parameters of devenv.com or MSBuild.")
       .Field(u"OutputDirectory", MSBuild<&TMSBuildSettings::OutputDirectory>,

@@ -82,9 +82,11 @@ std::vector<std::u16string> TBuildRun::FindConfigurations(const std::u16string& 
   if (const auto guess = GuessedConfiguration(*solution_, wanted, matched); !guess.empty())
     action_.SendMessage(u"Warning : " + guess, TStatusTag::stWarning);
   if (!matched.empty()) return matched;
-  // A name that the solution does not know still goes to the tool, which then says so. No tool is asked where
-  // projects are built one by one: the solution alone says what a configuration means to them.
-  if (action_.solution_.BuildType != TVSDotNetBuildType::btAllProjects)
+  // A name that the solution does not know still goes to the tool, which then says so. Where projects are
+  // built one by one no tool is asked: the solution alone says what a configuration means to them.
+  const bool toolDecides = action_.solution_.BuildType == TVSDotNetBuildType::btAllProjects &&
+                           MayToolKnowConfiguration(*solution_, wanted);
+  if (!toolDecides)
     action_.ReportBreach(KxVerdictRules::NoConfiguration, MissingConfiguration(*solution_, wanted));
   return {wanted};
 }

@@ -5,9 +5,9 @@
 #include "host/Xml.h"
 #include "text/Text.h"
 #include "text/WindowsPath.h"
-#include "versioninfo/Brannic.VStudio.SolutionAssemblyUpdater.h"
 #include "versioninfo/KxRCVersionInfo.h"
 
+#include <algorithm>
 #include <array>
 #include <limits>
 
@@ -35,6 +35,17 @@ std::shared_ptr<const IPropertySet> FindPropertySet(TCustomKxAction& action, con
 text::TStringList IdsOf(TCustomKxAction& action, const IVSDotNetSolution& solution,
                         const text::TStringList& entries) {
   return ResolveSelection(solution, entries, [&](auto text) { return action.ExpandExpression(text); }).Ids;
+}
+
+bool HasProject(const IVSDotNetSolution& solution, const text::TStringList& ids) {
+  const auto projects = solution.GetProjects();
+  return std::any_of(ids.begin(), ids.end(),
+                     [&](const std::u16string& id) { return projects->FindByID(id) != nullptr; });
+}
+
+void ReportEmptySelection(TCustomKxAction& action, std::u16string_view what, std::u16string_view property) {
+  action.ReportBreach(KxVerdictRules::EmptySelection, u"No " + std::u16string(what) + u" was updated: " +
+                                                          std::u16string(property) + u" means no project.");
 }
 
 void Increment(TVersionQuadruple& version, std::size_t part) {
@@ -114,23 +125,30 @@ bool TAssemblyInfoStamping::UpdateFiles() {
                                                  .WebDAVPassword = action_.GetWebDAVPassword(),
                                                  .StopEvent = &stop_},
                                                 &action_.StampHistory());
-    if (values_.ApplyTo == TVSDotNetBuildType::btAllProjects) {
+    if (values_.ApplyTo == TVSDotNetBuildType::btAllProjects)
       updater->UpdateAllProjects();
-      return true;
-    }
-    const text::TStringList selected =
-        action_.ResolveProjects(u"AssemblySelectedProjects", values_.SelectedProjects, *solution_);
-    if (action_.Solution().BuildType == TVSDotNetBuildType::btAllProjects) {
-      updater->UpdateProjects(selected, nullptr);
-      return true;
-    }
-    const text::TStringList built = IdsOf(action_, *solution_, action_.Solution().SelectedProjects);
-    updater->UpdateProjects(selected, &built);
+    else
+      UpdateSelected(*updater);
     return true;
   } catch (const std::exception& error) {
     action_.SendMessage(u"Error Updating Assembly Info : " + MessageOf(error), TStatusTag::stError);
     return false;
   }
+}
+
+// Of the selected projects those that are built; in a loop there may be none of them.
+void TAssemblyInfoStamping::UpdateSelected(IKxAssemblyInfoUpdater& updater) {
+  const text::TStringList selected =
+      action_.ResolveProjects(u"AssemblySelectedProjects", values_.SelectedProjects, *solution_);
+  if (!HasProject(*solution_, selected))
+    ReportEmptySelection(action_, u"AssemblyInfo file", u"AssemblySelectedProjects");
+  if (action_.Solution().BuildType == TVSDotNetBuildType::btAllProjects) {
+    updater.UpdateProjects(selected, nullptr);
+    return;
+  }
+  const text::TStringList built = IdsOf(action_, *solution_, action_.Solution().SelectedProjects);
+  if (built.IsEmpty()) ReportEmptySelection(action_, u"AssemblyInfo file", u"SelectedProjects");
+  updater.UpdateProjects(selected, &built);
 }
 
 void TAssemblyInfoStamping::OnProcessFile(std::u16string_view fileName, IAssemblyInfoAttributes& updater) {
@@ -202,8 +220,11 @@ bool TWin32Stamping::DoUpdateWin32VersionInfo() {
       if (!stamp(projects->GetItem(i).get())) return false;
     return true;
   }
-  for (const auto& id : action_.ResolveProjects(u"ResourceSelectedProjects",
-                                                action_.Win32Stamp().SelectedProjects, *solution_))
+  const text::TStringList selected =
+      action_.ResolveProjects(u"ResourceSelectedProjects", action_.Win32Stamp().SelectedProjects, *solution_);
+  if (!HasProject(*solution_, selected))
+    ReportEmptySelection(action_, u"version resource", u"ResourceSelectedProjects");
+  for (const auto& id : selected)
     if (!stamp(projects->FindByID(id).get())) return false;
   return true;
 }

@@ -3,6 +3,7 @@
 
 #include "build/KxVSDotNetAction.h"
 #include "host/AssemblyInfo.h"
+#include "versioninfo/Brannic.VStudio.SolutionAssemblyUpdater.h"
 
 #include <functional>
 #include <memory>
@@ -30,6 +31,7 @@ private:
   bool TakeValues();
   void IncrementNumbers();
   bool UpdateFiles();
+  void UpdateSelected(IKxAssemblyInfoUpdater& updater);
 
   void OnProcessFile(std::u16string_view fileName, IAssemblyInfoAttributes& updater) override;
   void AssemblyInfoProcessEntry(std::u16string_view name, std::u16string_view value) override;

@@ -50,6 +50,8 @@ inline constexpr std::u16string_view NoTests = u"no-tests";
 inline constexpr std::u16string_view ResultsMissing = u"results-missing";
 // The solution has no configuration of this name.
 inline constexpr std::u16string_view NoConfiguration = u"no-configuration";
+// A selection of projects that means none of the solution's, though something was to be done with them.
+inline constexpr std::u16string_view EmptySelection = u"empty-selection";
 // A loop without a pass.
 inline constexpr std::u16string_view EmptyLoop = u"empty-loop";
 } // namespace KxVerdictRules

@@ -11,7 +11,7 @@ namespace kx {
 
 namespace {
 
-constexpr std::array<TVerdictRule, 8> Rules{{
+constexpr std::array<TVerdictRule, 9> Rules{{
     {KxVerdictRules::NothingBuilt, TRuleSeverity::Error, true,
      u"No tool ran, or it built no project and found none up to date"},
     {KxVerdictRules::ErrorsCounted, TRuleSeverity::Error, true,
@@ -20,6 +20,8 @@ constexpr std::array<TVerdictRule, 8> Rules{{
      u"A configuration failed, but a later one of the same action succeeded"},
     {KxVerdictRules::NoConfiguration, TRuleSeverity::Error, false,
      u"The solution has no configuration of the name that an action builds"},
+    {KxVerdictRules::EmptySelection, TRuleSeverity::Error, false,
+     u"A selection of projects to stamp means none of the solution's"},
     {KxVerdictRules::NoTests, TRuleSeverity::Error, true, u"A run of tests executed none"},
     {KxVerdictRules::ResultsMissing, TRuleSeverity::Error, true,
      u"A run of tests left no results file, or one that cannot be read"},

@@ -75,9 +75,10 @@ TEST_F(ConfigurationNames, AreOfferedWithTheNearestFirst) {
   };
   for (const auto& [wanted, offer] : cases)
     EXPECT_THAT(text::ToUtf8(MissingConfiguration(*solution_, wanted)), testing::EndsWith("\"." + offer));
-  EXPECT_TRUE(IsConfigurationWithoutPlatform(*solution_, u"release"));
-  EXPECT_FALSE(IsConfigurationWithoutPlatform(*solution_, u"rel"));
+  EXPECT_TRUE(MayToolKnowConfiguration(*solution_, u"release"));
+  EXPECT_FALSE(MayToolKnowConfiguration(*solution_, u"rel"));
   Offer({});
+  EXPECT_TRUE(MayToolKnowConfiguration(*solution_, u"rel"));
   EXPECT_THAT(text::ToUtf8(MissingConfiguration(*solution_, u"x")),
               testing::EndsWith(": it has none at all."));
 }

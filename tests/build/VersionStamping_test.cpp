@@ -148,6 +148,24 @@ TEST_F(VersionStamping, SaysWhichEntriesOfASelectionMeanNoProject) {
   }
 }
 
+TEST_F(VersionStamping, IsNoSuccessWhenASelectionMeansNoProjectAtAll) {
+  const std::u16string assemblies = u"UpdateAssemblyInfo=True&ApplyAssemblyInfoTo=btSelectedProjects";
+  const std::u16string resources = u"UpdateWin32Resource=True&ApplyResourceInfoTo=btSelectedProjects";
+  const std::pair<std::u16string, bool> cases[] = {
+      {assemblies, true},
+      {assemblies + u"&AssemblySelectedProjects=Gone", true},
+      {assemblies + u"&AssemblySelectedProjects=Gone\nLib", false},
+      {assemblies + u"&AssemblySelectedProjects=Lib&BuildType=btSelectedProjects&SelectedProjects=App",
+       false},
+      {assemblies + u"&AssemblySelectedProjects=Lib&BuildType=btIncludeDisabledProjects", true},
+      {resources, true},
+      {resources + u"&ResourceSelectedProjects=Lib", false}, // it has no script
+  };
+  for (const auto& [settings, isEmpty] : cases)
+    EXPECT_EQ(Stamp(settings).find("! empty-selection ") != std::string::npos, isEmpty)
+        << text::ToUtf8(settings);
+}
+
 TEST_F(VersionStamping, TakesFromTheActionWhatAPropertySetOfWin32ValuesLacks) {
   host_.Sets.Sets[u"Set"] = {{u"MajorVersion", u"5"}, {u"CompanyName", u"Set"}};
   Stamp(
