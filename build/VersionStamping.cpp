@@ -229,7 +229,6 @@ bool TWin32Stamping::DoUpdateWin32VersionInfo() {
   return true;
 }
 
-// A warning about the file follows the step, so that the messages of the step stay together.
 bool TWin32Stamping::ApplyVersionInfo(const std::u16string& file) {
   const auto info = std::make_shared<TVersionInfoContainer>();
   std::shared_ptr<IKxVersionInfoParser> script;
@@ -241,10 +240,15 @@ bool TWin32Stamping::ApplyVersionInfo(const std::u16string& file) {
       });
   if (!read) return false;
   action_.SendMessage(u"Updating Version info in file : " + file);
-  if (!Attempt(u"Error saving resource file : ", [&] { script->Save(*info); })) return false;
-  for (const auto& warning : script->GetWarnings())
-    action_.SendMessage(warning, TStatusTag::stWarning);
-  return true;
+  const auto warn = [this](const text::TStringList& warnings) {
+    for (const auto& warning : warnings)
+      action_.SendMessage(warning, TStatusTag::stWarning);
+  };
+  return Attempt(u"Error saving resource file : ", [&] {
+    warn(script->FindLosses(*info));
+    script->Save(*info);
+    warn(script->GetWarnings());
+  });
 }
 
 bool TWin32Stamping::Attempt(std::u16string_view failure, const std::function<void()>& step) {
@@ -253,6 +257,7 @@ bool TWin32Stamping::Attempt(std::u16string_view failure, const std::function<vo
     return true;
   } catch (const std::exception& error) {
     action_.SendMessage(std::u16string(failure) + MessageOf(error), TStatusTag::stError);
+    if (const auto where = WhereRefused(error)) action_.SendMessage(*where, TStatusTag::stWarning);
     return false;
   }
 }

@@ -75,10 +75,29 @@ TVersionInfoValues WithAutomaticUpdates(TVersionInfoValues values) {
 
 constexpr std::u16string_view QuoteEscape = u"\\042";
 
+// Characters that would end the line of a statement, or be nothing in a text, are spelled by their number.
+std::u16string ControlEscape(char16_t c) {
+  if (c == u'\n') return u"\\n";
+  if (c == u'\r') return u"\\r";
+  if (c == u'\t') return u"\\t";
+  std::u16string out = u"\\";
+  for (const unsigned shift : {6U, 3U, 0U})
+    out += static_cast<char16_t>(u'0' + ((static_cast<unsigned>(c) >> shift) & 7U));
+  return out;
+}
+
 // A quotation mark is spelled by its number: readers of scripts take the first one in a value for its end,
 // doubled or not.
 std::u16string Encoded(std::u16string_view text) {
-  return text::ReplaceAll(text::ReplaceAll(text, u"\\", u"\\\\"), u"\"", QuoteEscape);
+  std::u16string out;
+  for (const char16_t c : text)
+    if (c == u'"')
+      out += QuoteEscape;
+    else if (c < u' ' || c == 0x7F)
+      out += ControlEscape(c);
+    else
+      (out += c == u'\\' ? u"\\" : u"") += c;
+  return out;
 }
 
 // The first character of a spelling: an escape, a doubled quotation mark or one unit.
@@ -108,7 +127,10 @@ std::u16string Mended(std::u16string_view spelling) {
   std::u16string out;
   while (!spelling.empty()) {
     const std::u16string_view character = FirstOf(spelling);
-    out += IsQuote(character) ? QuoteEscape : character == u"\\" ? u"\\\\" : character;
+    // Behind a character that is not ASCII a single backslash at the end is the second byte of that one, in a
+    // code page with two bytes a character.
+    const bool half = !out.empty() && out.back() >= 0x80;
+    out += IsQuote(character) ? QuoteEscape : character == u"\\" && !half ? u"\\\\" : character;
     spelling.remove_prefix(character.size());
   }
   return out;

@@ -3,9 +3,6 @@
 
 namespace kx {
 
-namespace {
-
-// The index of the line behind the block whose first line is at `index`.
 std::size_t FindEndOfBlock(const text::TStringList& lines, std::size_t index, const std::u16string& file) {
   unsigned allowed = HeaderToken | BeginToken;
   int depth = 0;
@@ -25,8 +22,6 @@ std::size_t FindEndOfBlock(const text::TStringList& lines, std::size_t index, co
   }
   return index;
 }
-
-} // namespace
 
 text::TStringList RewriteVersionBlock(const text::TStringList& lines, const std::u16string& file,
                                       const IVersionInformation& info) {

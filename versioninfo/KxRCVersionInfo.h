@@ -4,7 +4,9 @@
 #include "host/VersionInfo.h"
 #include "text/StringList.h"
 
+#include <exception>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace kx {
@@ -17,15 +19,24 @@ public:
   // Always False. Raises EKxParseError with the line that does not fit, or EKxException naming a file that
   // cannot be read. A script without a version block reports nothing.
   virtual bool Parse() = 0;
+  // What Save would change or leave out though `info` does not ask for it: whole messages ("Warning : ..."),
+  // for the log before the file is written. Raises as Parse does.
+  virtual text::TStringList FindLosses(const IVersionInformation& info) = 0;
   // Replaces the version block, or adds one at the end; all other lines stay. True when the file is written:
-  // in the ANSI code page, with CR LF, whatever it was before. The file as it was before the first Save is
-  // kept beside it with ".orig" behind its name. Raises as Parse does; then the file is unchanged.
+  // with CR LF, in the ANSI code page whatever it was before, but in UTF-8 where a pragma of the script says
+  // so and all of it is that. The file as it was before the first Save is kept beside it with ".orig" behind
+  // its name; one of which Save loses something, in ".orig2" and so on where that is another. Raises as Parse
+  // does; then the file is unchanged.
   virtual bool Save(const IVersionInformation& info) = 0;
   virtual void SetCallback(std::shared_ptr<IKxVersionInfoCallback> callback) = 0;
   // What the user should know about the file that the last Save wrote: whole messages ("Warning : ..."), for
   // the log once the step is over.
   virtual const text::TStringList& GetWarnings() const = 0;
 };
+
+// Where a script that is refused is, and why, as a message ("Warning : ...") beside the error's; nothing for
+// errors that say it themselves.
+std::optional<std::u16string> WhereRefused(const std::exception& error);
 
 std::shared_ptr<IKxVersionInfoParser> GetVersionInfoParser(std::shared_ptr<IKxVersionInfoCallback> callback,
                                                            std::u16string_view fileName);

@@ -106,22 +106,30 @@ bool TKxVersionInfoUpdaterAction::Update(TVersionInfoContainer& info, IKxVersion
     script.Parse();
     CheckProperties(info);
   } catch (const std::exception& error) {
-    SendMessage(u"Error Parsing File : " + MessageOf(error), TStatusTag::stError);
-    return false;
+    return Refuse(u"Error Parsing File : ", error);
   }
   return Save(info, script);
 }
 
 bool TKxVersionInfoUpdaterAction::Save(const TVersionInfoContainer& info, IKxVersionInfoParser& script) {
+  const auto warn = [this](const text::TStringList& warnings) {
+    for (const auto& warning : warnings)
+      SendMessage(warning, TStatusTag::stWarning);
+  };
   try {
+    warn(script.FindLosses(info));
     script.Save(info);
   } catch (const std::exception& error) {
-    SendMessage(u"Error saving resource file : " + MessageOf(error), TStatusTag::stError);
-    return false;
+    return Refuse(u"Error saving resource file : ", error);
   }
-  for (const auto& warning : script.GetWarnings())
-    SendMessage(warning, TStatusTag::stWarning);
+  warn(script.GetWarnings());
   return true;
+}
+
+bool TKxVersionInfoUpdaterAction::Refuse(std::u16string_view failure, const std::exception& error) {
+  SendMessage(std::u16string(failure) + MessageOf(error), TStatusTag::stError);
+  if (const auto where = WhereRefused(error)) SendMessage(*where, TStatusTag::stWarning);
+  return false;
 }
 
 } // namespace kx

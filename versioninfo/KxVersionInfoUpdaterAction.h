@@ -35,6 +35,7 @@ private:
   void CheckStrings(TVersionInfoContainer& info);
   bool Update(TVersionInfoContainer& info, IKxVersionInfoParser& script);
   bool Save(const TVersionInfoContainer& info, IKxVersionInfoParser& script);
+  bool Refuse(std::u16string_view failure, const std::exception& error); // False
 
   std::shared_ptr<const IPropertySet> propertySet_; // during Execute
 };

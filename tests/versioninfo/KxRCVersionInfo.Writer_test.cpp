@@ -15,13 +15,16 @@ class ResourceScriptWriter : public testing::Test {
 protected:
   std::string Content(std::string_view name = "app.rc") const { return folder_.Read(name); }
 
-  // Parses and saves as it stands; the new content, where "<>" stands for the block, or the refusal.
-  std::string Stamp(std::string_view script) {
+  // Parses and saves, with a new text of this name as far as one is given; the new content, where "<>" stands
+  // for the block, or the refusal.
+  std::string Stamp(std::string_view script, std::u16string_view name = {}, std::u16string_view text = {}) {
     static_cast<void>(folder_.Write("app.rc", script));
     const auto container = std::make_shared<TVersionInfoContainer>();
     const auto parser = GetVersionInfoParser(container, folder_.Path("app.rc"));
     try {
       parser->Parse();
+      if (!name.empty()) SetVersionText(container->Values(), name, text);
+      losses_ = folder_.Plain(text::ToUtf8(parser->FindLosses(*container).GetText()));
       EXPECT_TRUE(parser->Save(*container));
     } catch (const EKxParseError& error) {
       EXPECT_EQ(Content(), script);
@@ -38,6 +41,7 @@ protected:
 
   tests::TTemporaryFolder folder_;
   std::string warnings_;
+  std::string losses_; // said before the file was written
 };
 
 struct TCase {
@@ -83,6 +87,104 @@ TEST_F(ResourceScriptWriter, WarnsWhereWindowsWillNotSeeTheVersion) {
   }
   static_cast<void>(Stamp("\xEF\xBB\xBF#include <winver.h>\n\xD0\xAF\xF0\x9F\x98\x80\n"));
   EXPECT_TRUE(warnings_.starts_with("Warning : 2 characters of ")) << warnings_;
+  EXPECT_TRUE(warnings_.ends_with("is kept in app.rc.orig2.\r\n")) << "the first copy is another script";
+}
+
+// A block as the generator writes it, with something in place of `from`.
+std::string Block(std::string_view from = {}, std::string_view to = {}) {
+  std::string block =
+      "#include <winver.h>\r\n1 VERSIONINFO\r\n FILEVERSION 1,2,3,4\r\n PRODUCTVERSION 1,2,3,4\r\n"
+      " FILEFLAGSMASK VS_FFI_FILEFLAGSMASK\r\n FILEFLAGS 0x00\r\n FILEOS 0x40004L\r\n"
+      " FILETYPE VFT_APP\r\n FILESUBTYPE 0x0L\r\nBEGIN\r\n"
+      " BLOCK \"StringFileInfo\"\r\n BEGIN\r\n  BLOCK \"040904E4\"\r\n  BEGIN\r\n"
+      "   VALUE \"CompanyName\", \"We\\0\"\r\n  END\r\n END\r\n"
+      " BLOCK \"VarFileInfo\"\r\n BEGIN\r\n  VALUE \"Translation\", 0x409, 1252\r\n END\r\nEND\r\n"
+      "// behind\r\n";
+  if (!from.empty()) block.replace(block.find(from), from.size(), to);
+  return block;
+}
+
+TEST_F(ResourceScriptWriter, SaysBeforehandWhatRewritingLoses) {
+  struct TLoss {
+    const char* Name;
+    std::string Script;
+    const char* Said; // empty: nothing
+  };
+  const TLoss cases[] = {
+      {"what compiles to the same", Block(), ""},
+      {"numbers with blanks", Block("FILEVERSION 1,2,3,4", "FILEVERSION 1, 2, 3, 4"),
+       "changes FILEVERSION 1, 2, 3, 4 to 0, 0, 0, 0, PRODUCTVERSION 1, 2, 3, 4 to 0, 0, 0, 0 in"},
+      {"a macro for a number", Block("1,2,3,4", "APP_VERSION"),
+       "changes FILEVERSION APP_VERSION to 0, 0, 0, 0,"},
+      {"a file type", Block("VFT_APP", "0x2L"), "changes FILETYPE 0x2L to 0x1L in"},
+      {"a system", Block("0x40004L", "VOS__WINDOWS32"), "changes FILEOS VOS__WINDOWS32 to 0x40004L in"},
+      {"a macro for a text", Block("\"We\\0\"", "COMPANY \"\\0\""),
+       "loses the texts CompanyName (COMPANY \"\\0\");"},
+      {"a wide text", Block("\"We", "L\"We"), "loses the texts CompanyName (L\"We\\0\");"},
+      {"doubled quotation marks", Block("We", "\"\"We\"\""),
+       "loses the texts CompanyName (\"\"\"We\"\"\\0\");"},
+      {"a text in the next line", Block("\"CompanyName\", ", "\"CompanyName\",\r\n"),
+       "loses the texts CompanyName (\"We\\0\");"},
+      {"a further language",
+       Block("  END\r\n END", "  END\r\n BLOCK \"040704e4\"\r\n BEGIN\r\n VALUE \"A\", "
+                              "\"b\"\r\n END\r\n END"),
+       "loses the language 040704e4 of"},
+      {"a language that the translation does not say", Block("040904E4", "040704b0"),
+       "loses the language 040704b0 of"},
+      {"more translations", Block("1252", "1252, 0x407, 1252"),
+       "changes Translation 0x409, 1252, 0x407, 1252 to 0x409, 1252 in"},
+      {"the translation first",
+       Block(" BLOCK \"Str", " BLOCK \"VarFileInfo\"\r\nBEGIN\r\nVALUE \"Translation\", 0x409, "
+                             "1252\r\nEND\r\n BLOCK \"Str"),
+       "loses the texts CompanyName (\"We\\0\");"},
+      {"comments and conditions", Block(" FILEFLAGS ", "#ifdef X // c\r\n#endif\r\n FILEFLAGS "),
+       "loses #ifdef X // c, #endif of"},
+      {"braces", "1 VERSIONINFO\r\n{\r\n}\r\n2 ICON \"a.ico\"\r\n",
+       "loses lines 4 to 4, which stand behind the end of"},
+      {"a double-byte character before a digit",
+       "#pragma code_page(932)\r\n" + Block("We\\0", "\x94\x5C"
+                                                     "0"),
+       "loses the texts CompanyName ("},
+  };
+  for (const auto& row : cases) {
+    static_cast<void>(Stamp(row.Script));
+    const std::string said =
+        *row.Said == '\0' ? "" : std::string("Warning : DIR/app.rc: stamping ") + row.Said;
+    EXPECT_TRUE(losses_.starts_with(said) && losses_.empty() == said.empty()) << row.Name << "\n" << losses_;
+    static_cast<void>(Stamp(Content()));
+    EXPECT_EQ(losses_, "") << row.Name << ", again";
+  }
+  static_cast<void>(Stamp(Block("\"We", "L\"We"), u"CompanyName", u"They"));
+  EXPECT_EQ(losses_, "") << "asked for";
+}
+
+TEST_F(ResourceScriptWriter, KeepsUtf8ThatAPragmaAsksFor) {
+  const std::string script = "#pragma code_page(65001)\r\n// \u042F\r\n" + Block();
+  const std::string stamped = "\u042F\r\n#include <winver.h>\r\n<>// behind\r\n";
+  for (const std::string mark : {"", "\xEF\xBB\xBF"}) {
+    EXPECT_EQ(Stamp(mark + script, u"Comments", u"\u20AC"),
+              mark + "#pragma code_page(65001)\r\n// " + stamped);
+    EXPECT_EQ(warnings_ + losses_, "");
+  }
+  static_cast<void>(Stamp("#pragma code_page(65001)\r\n// \xE9\r\n" + Block()));
+  EXPECT_TRUE(losses_.starts_with("Warning : DIR/app.rc is not in UTF-8")) << losses_;
+  static_cast<void>(Stamp("#pragma code_page(1251)\r\n" + Block(), u"Comments", u"\u00E9"));
+  EXPECT_TRUE(losses_.starts_with("Warning : DIR/app.rc: stamping writes characters")) << losses_;
+}
+
+// What cannot stand in a line is written so that the script compiles, and reads back the same.
+TEST_F(ResourceScriptWriter, WritesControlCharactersAsEscapes) {
+  const std::u16string text = u"a\r\nb\tc\x01\\d";
+  static_cast<void>(Stamp(Block(), u"Comments", text));
+  const std::string once = Content();
+  EXPECT_NE(once.find(R"(VALUE "Comments", "a\r\nb\tc\001\\d")"), std::string::npos) << once;
+  static_cast<void>(Stamp(once, u"Comments", text));
+  EXPECT_EQ(Content(), once);
+}
+
+TEST_F(ResourceScriptWriter, KeepsHalfACharacterAtTheEndOfAText) {
+  static_cast<void>(Stamp(Block("We\\0", "\x83\x5C")));
+  EXPECT_NE(Content().find("VALUE \"CompanyName\", \"\x83\x5C\"\r\n"), std::string::npos) << Content();
 }
 
 TEST(MutatedResourceScripts, AreReadAndRewrittenOrRefused) {

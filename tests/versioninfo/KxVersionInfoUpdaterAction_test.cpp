@@ -19,7 +19,7 @@ protected:
     Set() = {{u"MajorVersion", u"3"}, {u"Comments", u"new"}, {u"SpecialBuildDetails", u"s"}};
     static_cast<void>(folder_.Write(
         "app.rc", "#include <winver.h>\n1 VERSIONINFO\nFILEVERSION 1,2,3,4\nFILETYPE 0x2\nBEGIN\n"
-                  "BLOCK \"StringFileInfo\"\nBEGIN\nBLOCK \"0\"\nBEGIN\nVALUE \"Comments\", \"old\"\n"
+                  "BLOCK \"StringFileInfo\"\nBEGIN\nBLOCK \"040904e4\"\nBEGIN\nVALUE \"Comments\", \"old\"\n"
                   "VALUE \"CompanyName\", \"We\"\nEND\nEND\nEND\n"));
   }
 
@@ -85,6 +85,21 @@ TEST_F(Updater, SaysWhyNothingWasStamped) {
                                                 testing::AllOf(testing::StartsWith("3 Error Parsing File : "),
                                                                testing::HasSubstr("/nowhere/app.rc"))));
   EXPECT_EQ(Script(), before);
+}
+
+TEST_F(Updater, NamesAScriptThatItRefusesAndWhatItLoses) {
+  static_cast<void>(folder_.Write("app.rc", "1 VERSIONINFO\nEND\n"));
+  EXPECT_FALSE(action_.Execute());
+  EXPECT_THAT(host_.Log(),
+              testing::ElementsAre("3 Error Parsing File : Unexpected END",
+                                   testing::AllOf(testing::StartsWith("2 Warning : "),
+                                                  testing::HasSubstr("app.rc is not stamped: line 2"))));
+  host_.ClearLog();
+  static_cast<void>(
+      folder_.Write("app.rc", "#include <winver.h>\n1 VERSIONINFO\nFILETYPE 0x2L\nBEGIN\nEND\n"));
+  EXPECT_TRUE(action_.Execute());
+  EXPECT_THAT(host_.Log(),
+              testing::ElementsAre(testing::HasSubstr("app.rc: stamping changes FILETYPE 0x2L to 0x1L")));
 }
 
 } // namespace
