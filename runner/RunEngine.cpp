@@ -300,7 +300,7 @@ void TRunEngine::StartConfiguration(const TCustomKxAction& action, std::u16strin
 void TRunEngine::EndConfiguration(const TCustomKxAction& action, TKxOutcome outcome) {
   TExecution* execution = Current(action);
   if (execution == nullptr || execution->OpenConfiguration() == nullptr) return;
-  if (outcome == TKxOutcome::koSucceeded) JudgeErrors(*execution);
+  if (outcome != TKxOutcome::koFailed) JudgeErrors(*execution);
   TResultKind kind = outcome == TKxOutcome::koNothingToDo ? TResultKind::NothingToDo : SuccessKind();
   if (outcome == TKxOutcome::koFailed || !execution->OpenConfiguration()->Reason.empty())
     kind = FailureKind();

@@ -70,6 +70,17 @@ const TSituation Situations[] = {
      },
      "failed (errors-counted)",
      "1 error was counted although the tool reports success. (rule errors-counted)", "would run"},
+    {"errors in a configuration in which nothing was built",
+     [](TStepAction& a) {
+       a.StartConfiguration(u"Debug");
+       Count(a, u"Errors", 1);
+       a.EndConfiguration(TKxOutcome::koNothingToDo);
+       a.StartConfiguration(u"Release");
+       a.EndConfiguration(TKxOutcome::koSucceeded);
+       return true;
+     },
+     "failed (errors-counted)",
+     "1 error was counted although the tool reports success. (rule errors-counted)", "would run"},
     {"a configuration before the last that failed",
      [](TStepAction& a) {
        a.StartConfiguration(u"Debug");
