@@ -45,8 +45,9 @@ bool FindPath(const std::vector<std::unique_ptr<TActionNode>>& nodes, const TAct
 
 } // namespace
 
-TEditedProject::TLoaded::TLoaded(const TServiceRegistry& services, const TRunSettings& settings)
-    : Runner(services, Stop, settings), File(Runner.Project()) {}
+TEditedProject::TLoaded::TLoaded(const TServiceRegistry& services, TKxEvent& stop,
+                                 const TRunSettings& settings)
+    : Runner(services, stop, settings), File(Runner.Project()) {}
 
 TEditedProject::TEditedProject(const TServiceRegistry& services, TRunSettings settings,
                                std::u16string fileName)
@@ -62,7 +63,7 @@ TEditedProject::TEditedProject(const TServiceRegistry& services, TRunSettings se
 }
 
 std::unique_ptr<TEditedProject::TLoaded> TEditedProject::Load(std::string text) const {
-  auto loaded = std::make_unique<TLoaded>(services_, settings_);
+  auto loaded = std::make_unique<TLoaded>(services_, stop_, settings_);
   loaded->File.LoadBytes(std::move(text), fileName_);
   return loaded;
 }

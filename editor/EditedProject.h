@@ -31,7 +31,11 @@ public:
   TProject& Project() const { return loaded_->Runner.Project(); }
   TProjectRunner& Runner() const { return loaded_->Runner; }
   const std::string& Text() const { return text_; }
+  // From any thread: ends whatever the actions look for in a solution, now and from now on.
+  void EndSearches() { stop_.Raise(); }
+  const TKxEvent& SearchStop() const { return stop_; }
   bool IsDirty() const { return text_ != saved_; }
+  bool HasFile() const { return disk_.has_value(); } // False until the first save of a new project
   bool CanUndo() const { return !undo_.empty(); }
   bool CanRedo() const { return !redo_.empty(); }
   // Counts how often the actions were made anew: paths that somebody noted before may mean others now.
@@ -55,7 +59,7 @@ public:
   // Makes an action with its default values at this place; gives it back.
   TActionNode& AddAction(std::u16string_view type, const TActionPath& at);
   void SetProperty(TActionNode& node, std::u16string_view property, std::u16string_view text);
-  void Replace(std::string text); // by what a run has changed
+  void Replace(std::string text); // by what a run has changed, or a copy that was kept
 
   void Undo();
   void Redo();
@@ -69,9 +73,8 @@ public:
 private:
   // Made from one text.
   struct TLoaded {
-    TLoaded(const TServiceRegistry& services, const TRunSettings& settings);
-    TKxEvent Stop; // nothing is run here
-    TProjectRunner Runner;
+    TLoaded(const TServiceRegistry& services, TKxEvent& stop, const TRunSettings& settings);
+    TProjectRunner Runner; // which runs nothing here
     TProjectFile File;
   };
   std::unique_ptr<TLoaded> Load(std::string text) const;
@@ -82,6 +85,7 @@ private:
   const TServiceRegistry& services_;
   TRunSettings settings_;
   std::u16string fileName_;
+  mutable TKxEvent stop_;
   std::optional<std::string> disk_; // as read or written last; nothing: there was no file
   std::string saved_;
   std::string text_;

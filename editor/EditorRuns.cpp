@@ -3,6 +3,7 @@
 #include "host/Exceptions.h"
 #include "report/JsonLinesSink.h"
 #include "report/ResultJson.h"
+#include "report/ResultRows.h"
 #include "report/SourceLocation.h"
 #include "runner/ProjectFile.h"
 #include "text/Encoding.h"
@@ -21,6 +22,21 @@ using nlohmann::json;
 constexpr std::size_t MostEventsAtOnce = 20000;
 constexpr auto Gathering = std::chrono::milliseconds(100); // one answer for what comes in quick succession
 
+// The table at the end of the run, row by row.
+json RowsJson(const TRunReport& report) {
+  json rows = json::array();
+  for (const auto& row : ResultRows(report.Actions))
+    rows.push_back({{"action", text::ToUtf8(row.Action)},
+                    {"nesting", row.Nesting},
+                    {"configuration", text::ToUtf8(row.Configuration)},
+                    {"result", row.Word()},
+                    {"status", static_cast<int>(row.Status())},
+                    {"errors", row.Counts.Errors},
+                    {"warnings", row.Counts.Warnings},
+                    {"elapsedMs", row.Elapsed.count()}});
+  return rows;
+}
+
 std::string Dump(const json& value) {
   return value.dump(-1, ' ', false, json::error_handler_t::replace);
 }
@@ -37,6 +53,7 @@ struct TEditorRuns::TRun {
   std::vector<std::string> Events;
   std::map<std::size_t, TLocation> Locations;
   json Metrics = json::array();
+  TProblemCounts SoFar = {};
 };
 
 // Called on the thread of the run.
@@ -59,7 +76,7 @@ public:
     } else if (const auto* sent = std::get_if<TMetricSent>(&event.What)) {
       Keep(*sent);
     }
-    runs_.Append(run_, std::move(line));
+    runs_.Append(run_, std::move(line), event.SoFar);
   }
 
 private:
@@ -156,15 +173,12 @@ void TEditorRuns::Execute(TRun& run) {
   } catch (const std::exception& failure) {
     error = text::ToUtf8(MessageOf(failure));
   }
-  json actions = json::array();
-  for (const auto& result : report.Actions)
-    actions.push_back(json(ResultJson(result)));
   json summary = RunJson(report);
   summary.update({{"run", run.Number},
                   {"dryRun", run.DryRun},
                   {"stopped", report.Result == TResultKind::Stopped},
                   {"error", error},
-                  {"actions", actions},
+                  {"rows", RowsJson(report)},
                   {"metrics", run.Metrics}});
   const std::lock_guard lock(mutex_);
   summaries_.push_back(std::move(summary));
@@ -173,8 +187,9 @@ void TEditorRuns::Execute(TRun& run) {
   changed_.notify_all();
 }
 
-void TEditorRuns::Append(TRun& run, std::string line) {
+void TEditorRuns::Append(TRun& run, std::string line, const TProblemCounts& soFar) {
   const std::lock_guard lock(mutex_);
+  run.SoFar = soFar;
   run.Events.push_back(std::move(line));
 }
 
@@ -195,13 +210,15 @@ std::string TEditorRuns::Events(int run, std::size_t from, std::chrono::millisec
     changed_.wait_for(lock, Gathering);
   if (run_ != nullptr && run_->Running && run_->Events.size() < from + MostEventsAtOnce)
     changed_.wait_for(lock, Gathering);
-  if (run_ == nullptr) return R"({"run":0,"running":false,"from":0,"next":0,"events":[]})";
+  if (run_ == nullptr)
+    return R"({"run":0,"running":false,"errors":0,"warnings":0,"from":0,"next":0,"events":[]})";
   if (run_->Number != run) from = 0;
   const std::size_t next = std::min(run_->Events.size(), from + MostEventsAtOnce);
   std::string text = "{\"run\":" + std::to_string(run_->Number) +
                      ",\"running\":" + (run_->Running || next < run_->Events.size() ? "true" : "false") +
-                     ",\"from\":" + std::to_string(from) + ",\"next\":" + std::to_string(next) +
-                     ",\"events\":[";
+                     ",\"errors\":" + std::to_string(run_->SoFar.Errors) +
+                     ",\"warnings\":" + std::to_string(run_->SoFar.Warnings) + ",\"from\":" + std::to_string(from) +
+                     ",\"next\":" + std::to_string(next) + ",\"events\":[";
   for (std::size_t i = from; i < next; ++i)
     text.append(i == from ? "" : ",").append(run_->Events[i]);
   return text + "]}";

@@ -37,12 +37,13 @@ public:
 
   // The events of the newest run from position `from` on, at most some thousand; while it goes on waits for
   // the next one, but not longer than `wait`. Another `run` than the newest counts from the beginning.
-  //   {"run":2,"running":true,"from":10,"next":12,"events":[...]}
+  //   {"run":2,"running":true,"errors":1,"warnings":0,"from":10,"next":12,"events":[...]}
   // The events are those of report/JsonLinesSink.h, with the places of problems ("file", "line", "column")
   // and what a loop counts ("unit").
   std::string Events(int run, std::size_t from, std::chrono::milliseconds wait);
 
-  // All runs of the session: how they went, their results and metrics, without their logs.
+  // All runs of the session, without their logs: what became of them (RunJson), the rows of their end tables
+  // and their metrics.
   nlohmann::json Summaries() const;
 
   // Where the problem is that the newest run has reported at this position; the page cannot ask for others.
@@ -56,7 +57,7 @@ private:
   class TSink;
   struct TRun;
   void Execute(TRun& run);
-  void Append(TRun& run, std::string line);
+  void Append(TRun& run, std::string line, const TProblemCounts& soFar);
 
   const TServiceRegistry& services_;
   TRunSettings settings_;

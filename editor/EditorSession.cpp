@@ -1,6 +1,8 @@
 #include "editor/EditorSession.h"
 
 #include "editor/FileChooser.h"
+#include "editor/ProjectPaths.h"
+#include "editor/UnsavedCopies.h"
 #include "host/Exceptions.h"
 #include "platform/Files.h"
 #include "text/Encoding.h"
@@ -77,7 +79,7 @@ TEditorSession::~TEditorSession() {
 
 TEditorSession::TOperation TEditorSession::FindOperation(std::string_view name) {
   using T = TEditorSession;
-  static constexpr std::array<std::pair<std::string_view, TOperation>, 25> operations{{
+  static constexpr std::array<std::pair<std::string_view, TOperation>, 26> operations{{
       {"state", &T::State},
       {"ping", &T::Ping},
       {"action", &T::Action},                     // {id}: its pages, as they are now
@@ -97,12 +99,13 @@ TEditorSession::TOperation TEditorSession::FindOperation(std::string_view name) 
       {"save", &T::Save}, // {overwrite}
       {"reload", &T::Reload},
       {"validate", &T::Validate},
-      {"list", &T::List}, // {path, filter}
+      {"list", &T::List}, // {path, patterns}
       {"run", &T::Run},   // {dryRun}
       {"stop", &T::Stop},
       {"runs", &T::Runs},
-      {"source", &T::Source}, // {event}
-      {"quit", &T::Quit},     // {discard}
+      {"source", &T::Source},   // {event}
+      {"unsaved", &T::Unsaved}, // {file, take}: takes over what was kept, else removes it
+      {"quit", &T::Quit},       // {discard}
   }};
   const auto found = std::ranges::find(operations, name, &std::pair<std::string_view, TOperation>::first);
   if (found == operations.end()) throw EKxException(u"There is no operation " + text::FromUtf8(name) + u".");
@@ -139,9 +142,13 @@ TJson TEditorSession::Brief() {
   TJson messages = TJson::array();
   for (const auto& message : std::exchange(design_.Messages, {}))
     messages.push_back(text::ToUtf8(message));
-  return {{"generation", project_.Generation()}, {"dirty", project_.IsDirty()},
-          {"canUndo", project_.CanUndo()},       {"canRedo", project_.CanRedo()},
-          {"running", runs_.IsRunning()},        {"messages", messages}};
+  return {{"generation", project_.Generation()},
+          {"dirty", project_.IsDirty()},
+          {"hasFile", project_.HasFile()},
+          {"canUndo", project_.CanUndo()},
+          {"canRedo", project_.CanRedo()},
+          {"running", runs_.IsRunning()},
+          {"messages", messages}};
 }
 
 void TEditorSession::TakeRunResult() {
@@ -150,7 +157,7 @@ void TEditorSession::TakeRunResult() {
   project_.Replace(*std::move(text));
   if (!wasCleanAtStart_) return;
   try {
-    if (project_.Save(TEditedProject::ESave::Safely)) return;
+    if (SaveProject(TEditedProject::ESave::Safely)) return;
     design_.Messages.emplace_back(u"The run has counted up numbers of the project, which are not saved: the "
                                   u"file has been edited by somebody else.");
   } catch (const EKxException& error) {
@@ -172,6 +179,7 @@ TJson TEditorSession::State(const TJson& /*arguments*/) {
           {"types", ActionTypesJson(services_)},
           {"variables", VariablesJson(project)},
           {"propertySets", PropertySetsJson(TProjectText(project_.Text()))},
+          {"unsaved", UnsavedJson()},
           {"options", options}};
 }
 
@@ -222,6 +230,7 @@ TJson TEditorSession::PagesJson(const TJson& arguments) {
   TActionNode& node = project_.NodeAt(PathOf(arguments));
   for (const auto& page : project_.PagesOf(node))
     pages.push_back(PageJson(*page));
+  TellApart(pages);
   TJson answer = {{"id", PathText(project_.PathOf(node))},
                   {"name", text::ToUtf8(node.Name())},
                   {"typeName", text::ToUtf8(node.Action().GetActionName())},
@@ -248,21 +257,42 @@ void TEditorSession::EditPage(const TJson& arguments, const std::function<void(T
 }
 
 TJson TEditorSession::Set(const TJson& arguments) {
+  const std::u16string name = TextOf(arguments, "field");
   const std::u16string value = TextOf(arguments, "value");
-  EditPage(arguments, [&](TKxPropertyPage& page) { page.SetValue(TextOf(arguments, "field"), value); });
+  EditPage(arguments, [&](TKxPropertyPage& page) {
+    if (page.Field(name).TakesNewItems && !value.empty() && !IsVariableName(value))
+      throw EKxException(u"\"" + value +
+                         u"\" cannot be the name of a variable: letters, digits, \"_\" and \".\" can.");
+    page.SetValue(name, value);
+  });
   return PagesJson(arguments);
+}
+
+// What the chooser gave, as the page shall see it: a full path, or a text that only a run turns into one.
+std::u16string TEditorSession::FullChoice(std::u16string_view choice) const {
+  if (!text::IsAbsolutePath(choice) && HasReferences(choice)) return std::u16string(choice);
+  return text::ExpandPath(choice, project_.Project().Directory());
 }
 
 TJson TEditorSession::Click(const TJson& arguments) {
   const TKxButtonKind button = ParseButton(text::ToUtf8(TextOf(arguments, "button")));
-  design_.Choice = OptionalText(arguments, "choice");
-  EditPage(arguments, [&](TKxPropertyPage& page) { page.Click(TextOf(arguments, "field"), button); });
+  const std::u16string name = TextOf(arguments, "field");
+  const auto choice = OptionalText(arguments, "choice");
+  const bool isProjects = TextOf(arguments, "id") != text::FromAscii(OptionsId);
+  EditPage(arguments, [&](TKxPropertyPage& page) {
+    design_.Choice = choice ? std::optional(FullChoice(*choice)) : std::nullopt;
+    page.Click(name, button);
+    const TKxPageField& field = page.Field(name);
+    if (choice && isProjects && text::IsAbsolutePath(field.Value))
+      page.SetValue(name,
+                    PathForProject(field.Value, project_.Project().Directory(), field.IsSeenFromProject));
+  });
   design_.Choice.reset();
   return PagesJson(arguments);
 }
 
 TJson TEditorSession::Offers(const TJson& arguments) {
-  return OffersJson(PageOf(arguments).Offers(TextOf(arguments, "field")));
+  return OffersJson(PageOf(arguments).Offers(TextOf(arguments, "field"), &project_.SearchStop()));
 }
 
 TJson TEditorSession::Attribute(const TJson& arguments) {
@@ -359,7 +389,38 @@ TJson TEditorSession::Redo(const TJson& arguments) {
 TJson TEditorSession::Save(const TJson& arguments) {
   const auto how =
       Flag(arguments, "overwrite") ? TEditedProject::ESave::Overwrite : TEditedProject::ESave::Safely;
-  return {{"saved", project_.Save(how)}};
+  return {{"saved", SaveProject(how)}};
+}
+
+// Copies that were taken over are in the project now.
+bool TEditorSession::SaveProject(TEditedProject::ESave how) {
+  if (!project_.Save(how)) return false;
+  for (const auto& file : std::exchange(takenCopies_, {}))
+    static_cast<void>(platform::RemoveFile(file));
+  return true;
+}
+
+TJson TEditorSession::UnsavedJson() const {
+  TJson files = TJson::array();
+  for (const auto& file : FindUnsavedCopies(project_.FileName()))
+    if (!takenCopies_.contains(file)) files.push_back(text::ToUtf8(file));
+  return files;
+}
+
+TJson TEditorSession::Unsaved(const TJson& arguments) {
+  const std::u16string file = TextOf(arguments, "file");
+  const auto known = FindUnsavedCopies(project_.FileName());
+  if (std::ranges::find(known, file) == known.end()) throw EKxException(u"That file is not there any more.");
+  if (Flag(arguments, "take")) {
+    auto bytes = platform::ReadFile(file);
+    if (!bytes) throw EKxException(bytes.Message());
+    project_.Accept();
+    project_.Replace(*std::move(bytes));
+    takenCopies_.insert(file);
+  } else if (const auto removed = platform::RemoveFile(file); !removed) {
+    throw EKxException(removed.Message());
+  }
+  return State(arguments);
 }
 
 TJson TEditorSession::Reload(const TJson& arguments) {
@@ -373,18 +434,16 @@ TJson TEditorSession::Validate(const TJson& /*arguments*/) {
 
 TJson TEditorSession::List(const TJson& arguments) {
   const auto folder = ListChooserFolder(TextOf(arguments, "path"), project_.Project().Directory(),
-                                        OptionalText(arguments, "filter").value_or(u""));
+                                        OptionalText(arguments, "patterns").value_or(u""));
   const auto names = [](const std::vector<std::u16string>& list) {
     TJson texts = TJson::array();
     for (const auto& name : list)
       texts.push_back(text::ToUtf8(name));
     return texts;
   };
-  return {{"path", text::ToUtf8(folder.Path)},
-          {"parent", text::ToUtf8(folder.Parent)},
-          {"folders", names(folder.Folders)},
-          {"files", names(folder.Files)},
-          {"separator", text::IsPosixPath(folder.Path) ? "/" : "\\"},
+  return {{"path", text::ToUtf8(folder.Path)},  {"parent", text::ToUtf8(folder.Parent)},
+          {"isThere", folder.IsThere},          {"folders", names(folder.Folders)},
+          {"files", names(folder.Files)},       {"separator", text::IsPosixPath(folder.Path) ? "/" : "\\"},
           {"error", text::ToUtf8(folder.Error)}};
 }
 
@@ -430,7 +489,7 @@ TJson TEditorSession::Quit(const TJson& arguments) {
   project_.Accept();
   ended_ = !project_.IsDirty() || Flag(arguments, "discard");
   if (ended_ && project_.IsDirty()) discarded_ = true;
-  return {{"ended", ended_}};
+  return {{"ended", ended_.load()}};
 }
 
 std::string_view TEditorSession::Image(std::u16string_view type) const {
@@ -443,12 +502,8 @@ bool TEditorSession::IsDirty() {
   return project_.IsDirty();
 }
 
-bool TEditorSession::HasEnded() {
-  const std::lock_guard lock(mutex_);
-  return ended_;
-}
-
 void TEditorSession::EndRun() {
+  project_.EndSearches();
   runs_.End();
 }
 
@@ -457,9 +512,9 @@ std::u16string TEditorSession::KeepUnsaved() {
   TakeRunResult();
   project_.Accept();
   if (!project_.IsDirty() || discarded_) return {};
-  std::u16string file = text::ChangeFileExt(project_.FileName(), u".unsaved.kxproj");
-  const auto written = platform::SaveFile(file, project_.Text());
-  if (!written) throw EKxException(written.Message());
+  std::u16string file = KeepUnsavedCopy(project_.FileName(), project_.Text());
+  for (const auto& taken : takenCopies_) // the new copy holds what they held
+    static_cast<void>(platform::RemoveFile(taken));
   return file;
 }
 

@@ -5,8 +5,10 @@
 #include "editor/EditorRuns.h"
 #include "editor/SessionJson.h"
 
+#include <atomic>
 #include <functional>
 #include <mutex>
+#include <set>
 #include <string>
 #include <string_view>
 
@@ -32,10 +34,13 @@ public:
   TEditorRuns& Runs() { return runs_; }                   // may be used while a request is handled
   std::string_view Image(std::u16string_view type) const; // SVG of an action type; empty when there is none
   bool IsDirty();                                         // something is not saved
-  bool HasEnded();                                        // the user asked for the end
-  void EndRun(); // stops a run that is going on and waits for its end
+  bool HasEnded() const { return ended_; }                // the user asked for the end; never waits
+  // The program ends: stops a run that is going on and waits for its end; a request that looks for something
+  // in a solution ends soon.
+  void EndRun();
   // For the end of the program: takes over what the last run left. Where something is not saved, writes it
-  // into a file beside the project, whose name this gives; else empty. Raises EKxException.
+  // into a file beside the project, whose name this gives; else empty. Raises EKxException. Files that were
+  // kept before stay as they are.
   std::u16string KeepUnsaved();
 
 private:
@@ -65,6 +70,7 @@ private:
   TJson Stop(const TJson& arguments);
   TJson Runs(const TJson& arguments);
   TJson Source(const TJson& arguments);
+  TJson Unsaved(const TJson& arguments);
   TJson Quit(const TJson& arguments);
 
   void EditPage(const TJson& arguments, const std::function<void(TKxPropertyPage&)>& change);
@@ -74,6 +80,9 @@ private:
   TJson Moved(std::string_view id);
   void RequireEditable(std::string_view operation, const TJson& arguments);
   void TakeRunResult();
+  bool SaveProject(TEditedProject::ESave how);
+  TJson UnsavedJson() const;
+  std::u16string FullChoice(std::u16string_view choice) const;
   TJson Brief();
 
   TServiceRegistry& services_;
@@ -83,8 +92,9 @@ private:
   TPages optionsPages_;
   TEditorRuns runs_;
   bool wasCleanAtStart_ = false; // when the run began
-  bool ended_ = false;
-  bool discarded_ = false; // the user does not want what is not saved
+  std::atomic<bool> ended_ = false;
+  std::set<std::u16string> takenCopies_; // which the next save makes superfluous
+  bool discarded_ = false;               // the user does not want what is not saved
 };
 
 } // namespace kx::editor

@@ -12,13 +12,9 @@ namespace kx::editor {
 
 namespace {
 
-std::vector<std::u16string_view> FirstPatterns(std::u16string_view filter) {
-  const auto parts = text::Split(filter, u'|');
-  return parts.size() < 2 ? std::vector<std::u16string_view>() : text::Split(parts[1], u';');
-}
-
-bool IsWanted(std::u16string_view name, const std::vector<std::u16string_view>& patterns) {
-  return patterns.empty() || std::ranges::any_of(patterns, [name](std::u16string_view pattern) {
+bool IsWanted(std::u16string_view name, std::u16string_view patterns) {
+  return patterns.empty() ||
+         std::ranges::any_of(text::Split(patterns, u';'), [name](std::u16string_view pattern) {
            const auto trimmed = text::Trim(pattern);
            return trimmed == u"*.*" || MatchesPattern(name, trimmed);
          });
@@ -69,11 +65,13 @@ bool MatchesPattern(std::u16string_view name, std::u16string_view pattern) {
 }
 
 TChooserFolder ListChooserFolder(std::u16string_view path, std::u16string_view base,
-                                 std::u16string_view filter) {
+                                 std::u16string_view patterns) {
   if (path.find(u'\0') != std::u16string_view::npos) throw EKxException(u"That is no path.");
   if (platform::IsWindows() && path == u"\\") return ListDrives();
-  const std::u16string wanted = NearestFolder(text::ExpandPath(path, base), base);
+  const std::u16string asked = text::ExpandPath(path, base);
+  const std::u16string wanted = NearestFolder(text::ExcludeTrailingPathDelimiter(asked), base);
   TChooserFolder folder;
+  folder.IsThere = !text::Trim(path).empty() && wanted == text::ExcludeTrailingPathDelimiter(asked);
   folder.Path = platform::ResolveExisting(wanted).value_or(wanted);
   folder.Parent = text::ExtractFileDir(text::ExcludeTrailingPathDelimiter(folder.Path));
   if (folder.Parent == folder.Path) folder.Parent = std::u16string(platform::IsWindows() ? 1 : 0, u'\\');
@@ -82,7 +80,6 @@ TChooserFolder ListChooserFolder(std::u16string_view path, std::u16string_view b
     folder.Error = entries.Message();
     return folder;
   }
-  const auto patterns = FirstPatterns(filter);
   for (const auto& entry : *entries) {
     if (entry.IsDirectory) {
       folder.Folders.push_back(entry.Name);

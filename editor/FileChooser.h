@@ -13,12 +13,13 @@ struct TChooserFolder {
   std::vector<std::u16string> Folders;
   std::vector<std::u16string> Files;
   std::u16string Error; // why there are none
+  bool IsThere = false; // `path` named this very folder
 };
 
-// The folder that `path` names or lies in, seen from `base`; the nearest one there is. `filter` is that of a
-// field ("Text|*.a;*.b|..."); files of its first patterns are listed, all when it is empty.
+// The folder that `path` names or lies in, seen from `base`; the nearest one there is. Files that fit one of
+// `patterns` ("*.a;*.b") are listed, all when there are none.
 TChooserFolder ListChooserFolder(std::u16string_view path, std::u16string_view base,
-                                 std::u16string_view filter);
+                                 std::u16string_view patterns);
 
 // "*.sln", "a?.txt"; letter case is ignored.
 bool MatchesPattern(std::u16string_view name, std::u16string_view pattern);

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <map>
 
 namespace kx::editor {
 
@@ -34,7 +35,9 @@ TJson FieldJson(const TKxPageField& field) {
           {"title", text::ToUtf8(field.Title)},
           {"filter", text::ToUtf8(field.Filter)},
           {"buttons", buttons},
-          {"offers", field.HasOffers},
+          {"offers", text::ToUtf8(field.OffersTitle)},
+          {"needs", field.Enabled ? "" : text::ToUtf8(field.Needs)},
+          {"takesNewItems", field.TakesNewItems},
           {"value", field.Kind == TKxFieldKind::Secret ? "" : text::ToUtf8(field.Value)},
           {"enabled", field.Enabled},
           {"items", items},
@@ -60,41 +63,36 @@ TJson NodesJson(const std::vector<std::unique_ptr<TActionNode>>& nodes, const TA
   return list;
 }
 
-// "Solution File :" and "Solution file" are the same place.
-std::u16string_view Bare(std::u16string_view label) {
+std::u16string_view WithoutColon(std::u16string_view label) {
   label = text::Trim(label);
-  while (label.ends_with(u':'))
-    label = text::Trim(label.substr(0, label.size() - 1));
-  return label;
+  return label.ends_with(u':') ? text::Trim(label.substr(0, label.size() - 1)) : label;
 }
 
-bool SameWords(std::u16string_view label, std::u16string_view place) {
-  return !place.empty() && text::EqualsIgnoreCase(Bare(label), Bare(place));
+// "Metadata File", "MetadataFile" and "Metadata file :" are the same place.
+std::u16string Letters(std::u16string_view text) {
+  std::u16string letters;
+  for (const char16_t c : text)
+    if (c != u' ' && c != u':' && c != u'.') letters += text::FoldCase(c);
+  return letters;
 }
 
-// "Solution" is meant by "Solution file", too.
-bool BeginsWords(std::u16string_view label, std::u16string_view place) {
-  const std::u16string start = std::u16string(Bare(label)) + u" ";
-  return start.size() > 1 && text::StartsWithIgnoreCase(place, start);
-}
-
-using TSame = bool (*)(std::u16string_view label, std::u16string_view place);
-
-bool FindField(const TPages& pages, std::u16string_view place, TSame same, TJson& row) {
-  for (std::size_t i = 0; i < pages.size(); ++i)
-    for (const auto& field : pages[i]->Fields()) {
-      if (!same(field.Label, place) && !same(field.Property, place) && !same(field.Name, place)) continue;
-      row["page"] = i;
-      row["field"] = text::ToUtf8(field.Name); // headings have none
-      return true;
-    }
-  return false;
+bool IsPlace(const TKxPageField& field, std::u16string_view place) {
+  const auto same = [wanted = Letters(place)](std::u16string_view name) { return Letters(name) == wanted; };
+  return same(field.Label) || same(field.Property) || same(field.Name) ||
+         std::ranges::any_of(field.Places, same);
 }
 
 void FindPlace(const TPages& pages, std::u16string_view place, TJson& row) {
-  if (FindField(pages, place, SameWords, row) || FindField(pages, place, BeginsWords, row)) return;
+  if (place.empty()) return;
   for (std::size_t i = 0; i < pages.size(); ++i)
-    if (SameWords(pages[i]->PageName(), place)) row["page"] = i;
+    for (const auto& field : pages[i]->Fields()) {
+      if (field.Name.empty() || !IsPlace(field, place)) continue; // a heading cannot be gone to
+      row["page"] = i;
+      row["field"] = text::ToUtf8(field.Name);
+      return;
+    }
+  for (std::size_t i = 0; i < pages.size(); ++i)
+    if (Letters(pages[i]->PageName()) == Letters(place)) row["page"] = i;
 }
 
 } // namespace
@@ -128,11 +126,31 @@ TJson PageJson(const TKxPropertyPage& page) {
   return {{"name", text::ToUtf8(page.PageName())}, {"fields", fields}};
 }
 
+void TellApart(TJson& pages) {
+  std::map<std::string, int> named;
+  for (const auto& page : pages)
+    ++named[page["name"].get<std::string>()];
+  for (auto& page : pages) {
+    if (named[page["name"].get<std::string>()] == 1) continue;
+    const auto heading = std::ranges::find_if(
+        page["fields"], [](const TJson& field) { return field["kind"] == FieldKinds.front(); });
+    if (heading == page["fields"].end()) continue;
+    const auto label = text::FromUtf8((*heading)["label"].get<std::string>());
+    page["name"] = page["name"].get<std::string>() + ": " + text::ToUtf8(WithoutColon(label));
+  }
+}
+
 TJson OffersJson(const TKxFieldOffers& offers) {
   TJson items = TJson::array();
-  for (const auto& item : offers.Items)
-    items.push_back(
-        {{"value", text::ToUtf8(item.Value)}, {"label", text::ToUtf8(item.Label)}, {"chosen", item.Chosen}});
+  for (const auto& item : offers.Items) {
+    TJson lines = TJson::array();
+    for (const auto& line : item.Lines)
+      lines.push_back(text::ToUtf8(line));
+    items.push_back({{"value", text::ToUtf8(item.Value)},
+                     {"label", text::ToUtf8(item.Label)},
+                     {"chosen", item.Chosen},
+                     {"lines", lines}});
+  }
   return {{"items", items}, {"error", text::ToUtf8(offers.Error)}};
 }
 

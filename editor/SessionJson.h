@@ -16,6 +16,8 @@ TActionPath ParsePath(std::string_view text);
 
 // Secrets have no value here; nobody gets one out of the program.
 TJson PageJson(const TKxPropertyPage& page);
+// Pages of one name get their first heading behind it.
+void TellApart(TJson& pages);
 TJson OffersJson(const TKxFieldOffers& offers);
 TKxButtonKind ParseButton(std::string_view name);
 

@@ -41,11 +41,15 @@ struct TKxPageField {
   std::u16string Property = {}; // the published property that it edits; empty when there is none of this name
   std::u16string Group = {};
   std::u16string Hint = {};
-  std::u16string Title = {};            // of the chooser
-  std::u16string Filter = {};           // "Text|*.a;*.b|Text|*.*": what is shown, then the patterns
-  std::u16string DefaultExtension = {}; // of a chosen file that has none
+  std::u16string Needs = {};                    // what has to be chosen elsewhere before the field is enabled
+  std::vector<std::u16string_view> Places = {}; // further names by which validation speaks of the field
+  std::u16string Title = {};                    // of the chooser
+  std::u16string Filter = {};                   // "Text|*.a;*.b|Text|*.*": what is shown, then the patterns
+  std::u16string DefaultExtension = {};         // of a chosen file that has none
   std::vector<TKxFieldButton> Buttons = {};
-  bool HasOffers = false; // TKxPropertyPage::Offers knows what could stand in the field
+  bool IsSeenFromProject = true;   // a relative path means the project's folder; else that of a tool
+  bool TakesNewItems = false;      // a drop-down of names: the user may make a new one
+  std::u16string OffersTitle = {}; // what TKxPropertyPage::Offers knows for the field; empty: nothing
 
   // The state, as the user sees it.
   // Choices and check boxes: "True" or "False". Integers: decimal, or what the user typed. Lists: lines, each
@@ -64,7 +68,8 @@ struct TKxPageField {
 struct TKxFieldOffer {
   std::u16string Value; // what to put into the field, or the line to add to a list
   std::u16string Label;
-  bool Chosen = false; // the field's present value means it
+  bool Chosen = false;                    // the field's present value means it
+  std::vector<std::u16string> Lines = {}; // those of a list that mean it
 };
 
 struct TKxFieldOffers {

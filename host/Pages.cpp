@@ -1,6 +1,7 @@
 #include "host/Pages.h"
 
 #include "host/Utilities.h"
+#include "platform/Files.h"
 #include "text/Text.h"
 #include "text/WindowsPath.h"
 
@@ -76,8 +77,11 @@ void TKxPropertyPage::Assign(TKxPageField& field, std::u16string_view value) {
     break;
   }
   case TKxFieldKind::DropDown:
-    if (!value.empty() && !HasItem(field, value))
-      throw EKxException(Caption(field) + u" has no item " + DoubleQuoteString(value) + u".");
+    if (!value.empty() && !HasItem(field, value)) {
+      if (!field.TakesNewItems)
+        throw EKxException(Caption(field) + u" has no item " + DoubleQuoteString(value) + u".");
+      field.Items.emplace_back(value);
+    }
     field.Value = value;
     break;
   case TKxFieldKind::Secret:
@@ -153,7 +157,9 @@ void TKxPropertyPage::Browse(TKxPageField& field) {
     if (!KxBrowseForDirectory(field.Title, path)) return;
   } else {
     if (!KxBrowseForFile(field.Title, path, field.Filter)) return;
-    if (text::ExtractFileExt(path).empty()) path += field.DefaultExtension;
+    if (platform::DirectoryExists(path))
+      throw EKxException(DoubleQuoteString(path) + u" is a folder. Choose a file.");
+    if (text::ExtractFileExt(path).empty() && !platform::FileExists(path)) path += field.DefaultExtension;
   }
   Assign(field, path);
 }

@@ -4,6 +4,8 @@
 #include "text/Text.h"
 
 #include <algorithm>
+#include <array>
+#include <utility>
 
 namespace kx {
 
@@ -24,11 +26,31 @@ bool BeginsWord(std::u16string_view name, std::size_t i) {
   return i + 2 < name.size() && IsLower(name[i + 1]) && IsLower(name[i + 2]);
 }
 
+constexpr std::array<std::pair<std::u16string_view, std::u16string_view>, 10> ShortWords{
+    {{u"Auto", u"Automatically"},
+     {u"Cmd", u"Command"},
+     {u"Config", u"Configuration"},
+     {u"Dir", u"Directory"},
+     {u"Env", u"Environment"},
+     {u"Ex", u"Expression"},
+     {u"Inc", u"Increment"},
+     {u"Num", u"Number"},
+     {u"Params", u"Parameters"},
+     {u"Reg", u"Regular"}}};
+
+std::u16string_view InFull(std::u16string_view word) {
+  const auto found = std::ranges::find(ShortWords, word, &decltype(ShortWords)::value_type::first);
+  return found == ShortWords.end() ? word : found->second;
+}
+
 std::u16string WordsApart(std::u16string_view name) {
   std::u16string words;
-  for (std::size_t i = 0; i < name.size(); ++i) {
-    if (BeginsWord(name, i)) words += u' ';
-    words += name[i];
+  std::size_t begin = 0;
+  for (std::size_t i = 1; i <= name.size(); ++i) {
+    if (i < name.size() && !BeginsWord(name, i)) continue;
+    if (begin > 0) words += u' ';
+    words += InFull(name.substr(begin, i - begin));
+    begin = i;
   }
   return words;
 }
@@ -62,7 +84,8 @@ std::u16string DisplayName(const TKxPersistent& object, std::u16string_view prop
   text::TStringList aliases;
   object.GetPropertyAlias(aliases);
   const std::u16string_view alias = aliases.Value(property);
-  return alias.empty() ? WordsApart(property) : std::u16string(alias);
+  const bool saysNothing = alias.empty() || alias == property;
+  return saysNothing ? WordsApart(property) : std::u16string(alias);
 }
 
 std::u16string PropertyHelp(const TKxPersistent& object, const TKxPublishedProperty& property) {
@@ -124,11 +147,17 @@ void TKxTablePage::AddGeneralForm() {
 void TKxTablePage::AddField(const TKxTableField& row, const TKxPublishedProperty& property) {
   TKxPageField field{.Name = std::u16string(property.Name),
                      .Kind = KindOf(row, property),
-                     .Label = DisplayName(*edited_, property.Name),
+                     .Label =
+                         row.Label.empty() ? DisplayName(*edited_, property.Name) : std::u16string(row.Label),
                      .Property = std::u16string(property.Name),
                      .Hint = PropertyHelp(*edited_, property),
+                     .Places = {row.Places.begin(), row.Places.end()},
                      .Filter = std::u16string(row.Filter),
-                     .HasOffers = row.HasOffers};
+                     .IsSeenFromProject = row.IsSeenFromProject,
+                     .OffersTitle = std::u16string(row.OffersTitle)};
+  if (!row.EnabledAt.empty())
+    field.Needs =
+        u"Needs " + DoubleQuoteString(Field(row.EnabledBy).Label) + u": " + EnablingItem(row) + u".";
   field.Title = ChooserTitle(field.Kind);
   if (property.Enumeration != nullptr)
     for (std::size_t i = 0; i < property.Enumeration->Values.size(); ++i)
@@ -180,10 +209,19 @@ TKxPropertyValue TKxTablePage::WrittenValue(const TKxPageField& field,
   return PropertyFromText(property, field.Value);
 }
 
+std::u16string TKxTablePage::EnablingItem(const TKxTableField& row) const {
+  const auto& values = *edited_->PublishedProperties().Find(row.EnabledBy)->Enumeration;
+  return Field(row.EnabledBy).Items[static_cast<std::size_t>(values.OrdinalOf(row.EnabledAt).value())];
+}
+
+bool TKxTablePage::IsEnabled(const TKxTableField& row) const {
+  const TKxPageField& by = Field(row.EnabledBy);
+  return by.Enabled && (row.EnabledAt.empty() ? by.IsChecked() : by.Value == EnablingItem(row));
+}
+
 void TKxTablePage::ApplyEnableRules() {
   for (const auto& row : layout_)
-    if (!row.EnabledBy.empty())
-      Enable(row.Property, Field(row.EnabledBy).Enabled && IsChecked(row.EnabledBy));
+    if (!row.EnabledBy.empty()) Enable(row.Property, IsEnabled(row));
 }
 
 } // namespace kx

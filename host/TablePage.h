@@ -11,10 +11,14 @@ namespace kx {
 struct TKxTableField {
   std::u16string_view Heading = {};
   std::u16string_view Property = {};
-  std::u16string_view EnabledBy = {};    // a Boolean property further up on the page
+  std::u16string_view Label = {};        // where the object's own name for it does not do
+  std::u16string_view EnabledBy = {};    // a property further up on the page: a Boolean that is True,
+  std::u16string_view EnabledAt = {};    // or an enumeration that has this value
   std::optional<TKxFieldKind> Kind = {}; // of a text: a file, a folder, lines
   std::u16string_view Filter = {};       // of a file
-  bool HasOffers = false;
+  bool IsSeenFromProject = true;
+  std::u16string_view OffersTitle = {};
+  std::span<const std::u16string_view> Places = {};
 };
 
 // The general form when no fields are given: every property that is neither hidden nor read-only, under the
@@ -41,6 +45,8 @@ protected:
 private:
   void AddField(const TKxTableField& row, const TKxPublishedProperty& property);
   void AddGeneralForm();
+  bool IsEnabled(const TKxTableField& row) const;
+  std::u16string EnablingItem(const TKxTableField& row) const;
   std::u16string ReadValue(const TKxPageField& field, const TKxPublishedProperty& property);
   TKxPropertyValue WrittenValue(const TKxPageField& field, const TKxPublishedProperty& property) const;
 
@@ -50,7 +56,8 @@ private:
   std::vector<std::u16string> read_; // the value of each of Fields() as ReadActionData found it
 };
 
-// The name of a property for people: the object's own alias, else its words apart ("Output Directory").
+// The name of a property for people: the object's own alias, else its words apart and in full ("Extra Command
+// Line Parameters" for ExtraCmdLineParams).
 std::u16string DisplayName(const TKxPersistent& object, std::u16string_view property);
 // The help of a property: the object's own, else the table's.
 std::u16string PropertyHelp(const TKxPersistent& object, const TKxPublishedProperty& property);

@@ -22,14 +22,15 @@ struct TTextRow {
   std::u16string_view Name;
   std::u16string_view Label;
   std::u16string_view Property;
+  std::u16string_view CheckedAs; // by validation
   std::u16string TTeamBuild::*Place;
 };
 constexpr std::array<TTextRow, 5> Texts{{
-    {u"txtTeamServer", u"Team Server:", u"TeamServer", &TTeamBuild::Server},
-    {u"txtTeamProject", u"Team Project:", u"TeamProject", &TTeamBuild::Project},
-    {u"txtBuildID", u"Build ID:", u"BuildId", &TTeamBuild::BuildId},
-    {u"txtPlatform", u"Build Platform:", u"BuildPlatform", &TTeamBuild::Platform},
-    {u"txtFlavor", u"Build Flavor:", u"BuildFlavor", &TTeamBuild::Flavor},
+    {u"txtTeamServer", u"Team Server:", u"TeamServer", u"Team Server Name", &TTeamBuild::Server},
+    {u"txtTeamProject", u"Team Project:", u"TeamProject", u"Team Project Name", &TTeamBuild::Project},
+    {u"txtBuildID", u"Build ID:", u"BuildId", u"Team Build Id", &TTeamBuild::BuildId},
+    {u"txtPlatform", u"Build Platform:", u"BuildPlatform", u"Build Platform", &TTeamBuild::Platform},
+    {u"txtFlavor", u"Build Flavor:", u"BuildFlavor", u"Build Flavor", &TTeamBuild::Flavor},
 }};
 
 } // namespace
@@ -49,7 +50,8 @@ void TMSTestPublishFrame::InitFrame() {
   for (const auto& row : Texts)
     Add({.Name = std::u16string(row.Name),
          .Label = std::u16string(row.Label),
-         .Property = std::u16string(row.Property)});
+         .Property = std::u16string(row.Property),
+         .Places = {row.CheckedAs}});
 }
 
 void TMSTestPublishFrame::ReadActionData() {

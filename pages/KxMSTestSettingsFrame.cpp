@@ -54,7 +54,8 @@ void TMSTestSettingsFrame::InitFrame() {
   Add({.Name = u"cmbVSVer",
        .Kind = TKxFieldKind::DropDown,
        .Label = u"MSTest Version",
-       .Property = u"VisualStudioVer"});
+       .Property = u"VisualStudioVer",
+       .Places = {u"VisualStudio.NET Options", u"Standalone MSTest Path"}});
 }
 
 void TMSTestSettingsFrame::InitPage(TKxPersistent& edited) {

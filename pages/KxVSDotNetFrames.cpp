@@ -8,21 +8,40 @@ namespace kx {
 
 namespace {
 
+constexpr std::u16string_view ConfigurationsTitle = u"Configurations of the solution";
+constexpr std::u16string_view ProjectsTitle = u"Choose from the solution";
+constexpr std::u16string_view SetsTitle = u"Property sets of the project";
+constexpr std::u16string_view SelectedOnly = u"btSelectedProjects";
+
+constexpr std::u16string_view SolutionPlaces[] = {u"Solution file"};
+// The version picks the tool, whose folder the options or the machine name.
+constexpr std::u16string_view ToolPlaces[] = {u"VisualStudio.NET Options", u".NET Framework Settings"};
+// Which are edited by their parts.
+constexpr std::u16string_view VersionPlaces[] = {u"AssemblyVersion"};
+constexpr std::u16string_view FileVersionPlaces[] = {u"AssemblyFileVersion"};
+
 constexpr TKxTableField ProjectFields[] = {
-    {.Property = u"Solution", .Kind = TKxFieldKind::FilePath, .Filter = u"Solution Files (*.sln)|*.sln"},
-    {.Property = u"SolutionConfiguration", .HasOffers = true},
+    {.Property = u"Solution",
+     .Kind = TKxFieldKind::FilePath,
+     .Filter = u"Solution Files (*.sln)|*.sln",
+     .Places = SolutionPlaces},
+    {.Property = u"SolutionConfiguration", .OffersTitle = ConfigurationsTitle},
     {.Property = u"UseRegExOnConfigName"},
     {.Heading = u"Projects"},
     {.Property = u"BuildType"},
-    {.Property = u"SelectedProjects", .HasOffers = true},
+    {.Property = u"SelectedProjects",
+     .EnabledBy = u"BuildType",
+     .EnabledAt = SelectedOnly,
+     .OffersTitle = ProjectsTitle},
     {.Heading = u"Build"},
     {.Property = u"BuildAction"},
-    {.Property = u"VStudioVersion"},
+    {.Property = u"VStudioVersion", .Places = ToolPlaces},
     {.Property = u"UseMSBuild"},
 };
 
+// What the tool is told as it stands is seen from the folder of each project that it builds.
 constexpr TKxTableField PathsFields[] = {
-    {.Property = u"OutputDirectory", .Kind = TKxFieldKind::FolderPath},
+    {.Property = u"OutputDirectory", .Kind = TKxFieldKind::FolderPath, .IsSeenFromProject = false},
     {.Property = u"OverrideReferencePaths"},
     {.Property = u"ReferencePaths", .EnabledBy = u"OverrideReferencePaths"},
     {.Property = u"UseEnv"},
@@ -58,11 +77,14 @@ constexpr TKxTableField BuildFields[] = {
 constexpr TKxTableField AssemblyFields[] = {
     {.Property = u"UpdateAssemblyInfo"},
     {.Property = u"ApplyAssemblyInfoTo"},
-    {.Property = u"AssemblySelectedProjects", .HasOffers = true},
+    {.Property = u"AssemblySelectedProjects",
+     .EnabledBy = u"ApplyAssemblyInfoTo",
+     .EnabledAt = SelectedOnly,
+     .OffersTitle = ProjectsTitle},
     {.Property = u"UseDotNetPropertySet"},
     {.Property = u"DotNetVersionInfoPropertySetName",
      .EnabledBy = u"UseDotNetPropertySet",
-     .HasOffers = true},
+     .OffersTitle = SetsTitle},
     {.Heading = u"Attributes"},
     {.Property = u"UpdateAssemblyTitle"},
     {.Property = u"AssemblyTitle", .EnabledBy = u"UpdateAssemblyTitle"},
@@ -80,7 +102,7 @@ constexpr TKxTableField AssemblyFields[] = {
     {.Property = u"AssemblyProductName", .EnabledBy = u"UpdateAssemblyProductName"},
     {.Heading = u"Assembly Version"},
     {.Property = u"UpdateAssemblyVersion"},
-    {.Property = u"AssemblyVersionMajor", .EnabledBy = u"UpdateAssemblyVersion"},
+    {.Property = u"AssemblyVersionMajor", .EnabledBy = u"UpdateAssemblyVersion", .Places = VersionPlaces},
     {.Property = u"AssemblyVersionMinor", .EnabledBy = u"UpdateAssemblyVersion"},
     {.Property = u"AssemblyVersionBuild", .EnabledBy = u"UpdateAssemblyVersion"},
     {.Property = u"AssemblyVersionRevision", .EnabledBy = u"UpdateAssemblyVersion"},
@@ -89,7 +111,9 @@ constexpr TKxTableField AssemblyFields[] = {
     {.Heading = u"File Version"},
     {.Property = u"UpdateAssemblyFileVersion"},
     {.Property = u"LinkAssemblyFileVersionInfo", .EnabledBy = u"UpdateAssemblyFileVersion"},
-    {.Property = u"AssemblyFileVersionMajor", .EnabledBy = u"UpdateAssemblyFileVersion"},
+    {.Property = u"AssemblyFileVersionMajor",
+     .EnabledBy = u"UpdateAssemblyFileVersion",
+     .Places = FileVersionPlaces},
     {.Property = u"AssemblyFileVersionMinor", .EnabledBy = u"UpdateAssemblyFileVersion"},
     {.Property = u"AssemblyFileVersionBuild", .EnabledBy = u"UpdateAssemblyFileVersion"},
     {.Property = u"AssemblyFileVersionRevision", .EnabledBy = u"UpdateAssemblyFileVersion"},
@@ -100,9 +124,14 @@ constexpr TKxTableField AssemblyFields[] = {
 constexpr TKxTableField VersionInfoFields[] = {
     {.Property = u"UpdateWin32Resource"},
     {.Property = u"ApplyResourceInfoTo"},
-    {.Property = u"ResourceSelectedProjects", .HasOffers = true},
+    {.Property = u"ResourceSelectedProjects",
+     .EnabledBy = u"ApplyResourceInfoTo",
+     .EnabledAt = SelectedOnly,
+     .OffersTitle = ProjectsTitle},
     {.Property = u"UseWin32PropertySet"},
-    {.Property = u"Win32VersionInfoPropertySetName", .EnabledBy = u"UseWin32PropertySet", .HasOffers = true},
+    {.Property = u"Win32VersionInfoPropertySetName",
+     .EnabledBy = u"UseWin32PropertySet",
+     .OffersTitle = SetsTitle},
     {.Heading = u"Version"},
     {.Property = u"MajorVersion"},
     {.Property = u"MinorVersion"},
@@ -175,24 +204,27 @@ std::u16string TVSDotNetTablePage::ItemText(const TKxEnumeration& enumeration, s
   return u".NET Framework " + std::u16string(digits.substr(0, 1)) + u"." + std::u16string(digits.substr(1));
 }
 
+TKxFieldOffers TVSDotNetActionPage::OfferOf(const TKxPageField& field, const TKxEvent* stop) {
+  auto& action = static_cast<TKxVSDotNetAction&>(Edited());
+  const std::u16string& name = field.Name;
+  if (name == u"Win32VersionInfoPropertySetName")
+    return OfferPropertySets(GetWin32PropertySetsStrs(action.GetPropertySetService()), field.Value);
+  if (name == u"DotNetVersionInfoPropertySetName")
+    return OfferPropertySets(GetDotNetPropertySetStrs(action.GetPropertySetService()), field.Value);
+  const bool here = name == u"SolutionConfiguration" || name == u"SelectedProjects";
+  const auto solution = OpenSolutionOf(action, here ? Value(u"Solution") : action.Solution().Solution, stop);
+  if (name == u"SolutionConfiguration")
+    return OfferConfigurations(*solution, action, field.Value, IsChecked(u"UseRegExOnConfigName"));
+  text::TStringList selected;
+  selected.SetText(field.Value);
+  return OfferProjects(*solution, action, selected);
+}
+
 TKxFieldOffers TVSDotNetActionPage::Offers(std::u16string_view name, const TKxEvent* stop) {
   const TKxPageField& field = Field(name);
-  if (!field.HasOffers) return {};
-  auto& action = static_cast<TKxVSDotNetAction&>(Edited());
+  if (field.OffersTitle.empty()) return {};
   try {
-    if (name == u"Win32VersionInfoPropertySetName")
-      return OfferPropertySets(GetWin32PropertySetsStrs(action.GetPropertySetService()), field.Value);
-    if (name == u"DotNetVersionInfoPropertySetName")
-      return OfferPropertySets(GetDotNetPropertySetStrs(action.GetPropertySetService()), field.Value);
-    const bool here = name == u"SolutionConfiguration" || name == u"SelectedProjects";
-    const auto solution =
-        OpenSolutionOf(action, here ? Value(u"Solution") : action.Solution().Solution, stop);
-    if (name == u"SolutionConfiguration")
-      return OfferConfigurations(*solution, action.ExpandExpression(field.Value),
-                                 IsChecked(u"UseRegExOnConfigName"));
-    text::TStringList selected;
-    selected.SetText(field.Value);
-    return OfferProjects(*solution, selected);
+    return OfferOf(field, stop);
   } catch (const std::exception& error) {
     return {.Items = {}, .Error = MessageOf(error)};
   }

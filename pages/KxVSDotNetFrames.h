@@ -20,6 +20,9 @@ class TVSDotNetActionPage : public TVSDotNetTablePage {
 public:
   using TVSDotNetTablePage::TVSDotNetTablePage;
   TKxFieldOffers Offers(std::u16string_view name, const TKxEvent* stop = nullptr) override;
+
+private:
+  TKxFieldOffers OfferOf(const TKxPageField& field, const TKxEvent* stop);
 };
 
 class TVSDotNetProjectFrame : public TVSDotNetActionPage {

@@ -43,7 +43,10 @@ void TSolutionIteratorFrame::InitFrame() {
          .Property = u"IterateValue",
          .Group = u"IterateValue"});
   AddHeading(u"Variable To Set");
-  Add({.Name = u"cmbVariable", .Kind = TKxFieldKind::DropDown, .Property = u"LoopVariable"});
+  Add({.Name = u"cmbVariable",
+       .Kind = TKxFieldKind::DropDown,
+       .Property = u"LoopVariable",
+       .TakesNewItems = true});
   AddHeading(u"Order");
   Add({.Name = u"rbDepOrder",
        .Kind = TKxFieldKind::Choice,

@@ -4,6 +4,7 @@
 #include "host/VersionInfo.h"
 #include "pages/PageSupport.h"
 #include "pages/SolutionOffers.h"
+#include "text/Text.h"
 #include "versioninfo/KxVersionInfoUpdaterAction.h"
 
 #include <algorithm>
@@ -16,8 +17,8 @@ constexpr TKxTableField UpdaterFields[] = {
     {.Property = u"ResourceFile",
      .Kind = TKxFieldKind::FilePath,
      .Filter = u"Resource Scripts (*.rc)|*.rc|All Files (*.*)|*.*"},
-    {.Property = u"PropertySetName", .HasOffers = true},
-    {.Property = u"PropertiesToUpdate", .HasOffers = true},
+    {.Property = u"PropertySetName", .OffersTitle = u"Property sets of the project"},
+    {.Property = u"PropertiesToUpdate", .OffersTitle = u"Properties that can be updated"},
 };
 
 TKxFieldOffers OfferUpdates(std::u16string_view value) {
@@ -25,8 +26,11 @@ TKxFieldOffers OfferUpdates(std::u16string_view value) {
   selected.SetText(value);
   TKxFieldOffers offers;
   const auto offer = [&](std::u16string_view name) {
-    offers.Items.push_back({std::u16string(name) + u"=True", std::u16string(name),
-                            StringToBoolean(selected.Value(name)).value_or(false)});
+    TKxFieldOffer row{std::u16string(name) + u"=True", std::u16string(name),
+                      StringToBoolean(selected.Value(name)).value_or(false)};
+    for (std::size_t i = 0; i < selected.Count(); ++i) // a line that says False, too, has had its day
+      if (text::EqualsIgnoreCase(selected.NameOf(i), name)) row.Lines.push_back(selected[i]);
+    offers.Items.push_back(std::move(row));
   };
   for (const auto& property : Win32VersionProperties())
     if (property.Selectable) offer(property.Name);

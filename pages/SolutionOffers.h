@@ -16,12 +16,15 @@ namespace kx {
 std::shared_ptr<IVSDotNetSolution> OpenSolutionOf(TKxCustomVSDotNetAction& action, std::u16string_view text,
                                                   const TKxEvent* stop);
 
-// The solution's configurations; chosen are those that a run would build for `wanted`.
-TKxFieldOffers OfferConfigurations(const IVSDotNetSolution& solution, std::u16string_view wanted,
-                                   bool asExpression);
+// The solution's configurations; chosen are those that a run would build for `wanted`, which may hold
+// variables.
+TKxFieldOffers OfferConfigurations(const IVSDotNetSolution& solution, TKxCustomVSDotNetAction& action,
+                                   std::u16string_view wanted, bool asExpression);
 
-// The solution's projects in build order, by their ids; chosen are those that an entry of `selected` means.
-TKxFieldOffers OfferProjects(const IVSDotNetSolution& solution, const text::TStringList& selected);
+// The solution's projects in build order, by their names, or by their ids where a name would not mean just
+// this one; chosen are those that an entry of `selected` means.
+TKxFieldOffers OfferProjects(const IVSDotNetSolution& solution, TKxCustomVSDotNetAction& action,
+                             const text::TStringList& selected);
 
 // Property sets of the project by their names; chosen is the one that `value` names.
 TKxFieldOffers OfferPropertySets(const text::TStringList& names, std::u16string_view value);

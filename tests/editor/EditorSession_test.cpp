@@ -7,12 +7,21 @@
 
 #include <gmock/gmock.h>
 
+#include <filesystem>
+
 namespace kx::editor {
 namespace {
 
 using testing::HasSubstr;
 using testing::Not;
 using tests::TStepAction;
+
+class TNoFrameworks : public IKxDotNetInfo {
+public:
+  std::optional<std::u16string> GetFrameworkDirectory(std::u16string_view /*version*/) override {
+    return std::nullopt;
+  }
+};
 
 // The package's actions and pages over a store of its own, and two actions without pages.
 class EditorSession : public testing::Test {
@@ -25,7 +34,8 @@ protected:
                  .Scripting = &services_,
                  .Options = &services_,
                  .Design = &design_,
-                 .PropertySetDesign = &design_});
+                 .PropertySetDesign = &design_,
+                 .DotNet = &frameworks_});
     RegisterVisualStudioDotNet(TDesignContext());
   }
   ~EditorSession() override {
@@ -86,6 +96,7 @@ protected:
   TOptionsStore store_;
   TServiceRegistry services_{store_};
   TEditorDesign design_;
+  TNoFrameworks frameworks_;
   std::unique_ptr<TEditorSession> session_;
 };
 
@@ -221,14 +232,160 @@ TEST_F(EditorSession, AnotherEditorsFileIsNotOverwritten) {
   EXPECT_THAT(host_.Read("p.unsaved.kxproj"), HasSubstr("<Value Name=\"MajorVersion\">3</Value>"));
 }
 
+TEST_F(EditorSession, WhatWasNotSavedIsOfferedAgainUntilItIsSaved) {
+  const auto variable = [this](const char* name) { Do("variable", {{"name", name}, {"value", "1"}}); };
+  const auto offered = [this] {
+    std::vector<std::string> names;
+    const TJson files = Do("state")["unsaved"];
+    for (const auto& file : files)
+      names.push_back(std::filesystem::path(file.get<std::string>()).filename().string());
+    return names;
+  };
+  Open(Tests);
+  variable("First");
+  session_->KeepUnsaved();
+  Open();
+  EXPECT_THAT(offered(), testing::ElementsAre("p.unsaved.kxproj"));
+  variable("Second"); // somebody who does not care about the first
+  session_->KeepUnsaved();
+  EXPECT_THAT(host_.Read("p.unsaved.kxproj"), HasSubstr("First"));
+  Open();
+  EXPECT_THAT(offered(), testing::ElementsAre("p.unsaved.kxproj", "p.unsaved-2.kxproj"));
+  const TJson files = Do("state")["unsaved"];
+  EXPECT_EQ(Do("unsaved", {{"file", files[0]}, {"take", true}})["variables"][0]["name"], "First");
+  EXPECT_EQ(Do("undo")["variables"].size(), 0U) << "it is a change like any other";
+  Do("redo");
+  EXPECT_THAT(offered(), testing::ElementsAre("p.unsaved-2.kxproj"));
+  EXPECT_THAT(host_.Read("p.unsaved.kxproj"), HasSubstr("First")) << "nothing is saved yet";
+  EXPECT_THAT(Saved(), HasSubstr("First"));
+  EXPECT_EQ(host_.Read("p.unsaved.kxproj"), "");
+  EXPECT_EQ(Do("unsaved", {{"file", files[1]}})["unsaved"].size(), 0U);
+  EXPECT_NE(Refusal("unsaved", {{"file", text::ToUtf8(host_.Path("p.kxproj"))}}), "");
+}
+
+TEST_F(EditorSession, ANewProjectHasNoFileUntilItIsSaved) {
+  Open();
+  EXPECT_EQ(Do("ping")["hasFile"], false);
+  EXPECT_EQ(Do("ping")["dirty"], false) << "nobody misses it";
+  EXPECT_THAT(Saved(), HasSubstr("<BuildProject>"));
+  EXPECT_EQ(Do("ping")["hasFile"], true);
+}
+
+// What an action finds wrong leads to the field where it is mended: every entry of the package, by its words.
 TEST_F(EditorSession, ProblemsStandBesideTheirFields) {
-  Open("    <Action Type=\"STEP\"/>\n    <Action Type=\"DEVENV\"/>\n");
-  TJson entries = Do("validate")["entries"];
-  ASSERT_GE(entries.size(), 2U);
-  EXPECT_EQ(entries[0]["field"], "Text");
-  EXPECT_EQ(entries[1]["id"], "1");
-  EXPECT_EQ(entries[1]["page"], 0);
-  EXPECT_EQ(entries[1]["field"], "Solution");
+  const struct {
+    const char* Type;
+    const char* Properties;
+    const char* Place;
+    int Page;
+    const char* Field;
+  } rows[] = {
+      {"STEP", "", "Text", 0, "Text"},
+      {"DEVENV", "", "Solution file", 0, "Solution"},
+      {"DEVENV", "<VStudioVersion>vs2002</VStudioVersion>", "VisualStudio.NET Options", 0, "VStudioVersion"},
+      {"DEVENV", "<VStudioVersion>vs2010</VStudioVersion>", ".NET Framework Settings", 0, "VStudioVersion"},
+      {"MSTEST", "", "Assembly Filename", 0, "MemoAssemblies"},
+      {"MSTEST", "<UseMetadataFile>True</UseMetadataFile>", "Metadata File", 0, "edtTestMetadata"},
+      {"MSTEST", "", "VisualStudio.NET Options", 1, "cmbVSVer"},
+      {"MSTEST", "<UseStandaloneMSTest>True</UseStandaloneMSTest>", "Standalone MSTest Path", 1, "cmbVSVer"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.Type + std::string(" ") + row.Place);
+    Open(std::string("    <Action Type=\"STEP\"/>\n    <Action Type=\"") + row.Type + "\">" + row.Properties +
+         "</Action>\n");
+    TJson found;
+    const TJson entries = Do("validate")["entries"];
+    for (const auto& entry : entries)
+      if (entry["id"] == "1" && entry["place"] == row.Place) found = entry;
+    ASSERT_FALSE(found.is_null());
+    EXPECT_EQ(found["page"], row.Page);
+    EXPECT_EQ(found["field"], row.Field);
+  }
+}
+
+TEST_F(EditorSession, PagesOfOneNameAreToldApart) {
+  Open(Tests);
+  std::vector<std::string> names;
+  const TJson pages = Do("action", {{"id", "0"}})["pages"];
+  for (const auto& page : pages)
+    names.push_back(page["name"]);
+  EXPECT_THAT(names, testing::ElementsAre("Settings: Test Source", "Settings: MSTest Options",
+                                          "Publish Results", "All Properties"));
+}
+
+// A project can be moved with what lies around it; what is far away keeps its full path.
+TEST_F(EditorSession, ChosenFilesAreSeenFromTheProject) {
+  for (const char* file : {"Sub/App.sln", "Near/50%off%.sln", "Sub/out/x"})
+    host_.Write(file, "");
+  const std::string folder = text::ToUtf8(host_.Path(""));
+  const std::string parent = std::filesystem::path(folder).parent_path().parent_path().string();
+  const auto slashed = [](TJson value) { return tests::Generic(value.get<std::string>()); };
+  const struct {
+    const char* Type;
+    int Page;
+    const char* Field;
+    std::string Chosen;
+    std::string Written;
+  } rows[] = {
+      {"DEVENV", 0, "Solution", folder + "Sub/App.sln", "Sub/App.sln"},
+      {"DEVENV", 0, "Solution", "Sub/App.sln", "Sub/App.sln"}, // typed
+      {"DEVENV", 0, "Solution", "%Root%/App.sln", "%Root%/App.sln"},
+      {"DEVENV", 0, "Solution", folder + "Near/50%off%.sln", "Near/50%%off%.sln"},
+      {"DEVENV", 0, "Solution", parent + "/Near/App.sln", "../Near/App.sln"},
+      {"DEVENV", 0, "Solution", "/far/away/App.sln", "/far/away/App.sln"},
+      // The tool sees a relative folder from each project that it builds.
+      {"DEVENV", 1, "OutputDirectory", folder + "Sub/out", "%ProjectDir%/Sub/out"},
+      {"SOLUTIONITERATOR", 0, "txtSolution", folder + "Sub/New", "Sub/New.sln"},
+      {"MSTEST", 1, "RzButtonEditStartingDirectory", folder, "."},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.Chosen);
+    Open(std::string("    <Action Type=\"") + row.Type + "\"/>\n");
+    const TJson click = {
+        {"id", "0"}, {"page", row.Page}, {"field", row.Field}, {"button", "browse"}, {"choice", row.Chosen}};
+    EXPECT_EQ(slashed(Field(Do("click", click), static_cast<std::size_t>(row.Page), row.Field)["value"]),
+              row.Written);
+  }
+  EXPECT_THAT(Refusal("click", {{"id", "0"},
+                                {"page", 1},
+                                {"field", "txtConfigFileName"},
+                                {"button", "browse"},
+                                {"choice", "Sub"}}),
+              HasSubstr("is a folder"));
+}
+
+TEST_F(EditorSession, SelectionsStayAsTheyAreWritten) {
+  host_.Write("A.sln",
+              "\nMicrosoft Visual Studio Solution File, Format Version 10.00\n"
+              "Project(\"{FAE04EC0-301F-11D3-BF4B-00C04F79EFBC}\") = \"Lib\", \"http://h/Lib\", \"{L}\"\n"
+              "EndProject\nGlobal\nEndGlobal\n");
+  Open("    <Action Type=\"DEVENV\">\n      <Solution>A.sln</Solution>\n    </Action>\n");
+  Set("0", 0, "BuildType", "Selected Projects");
+  EXPECT_EQ(Do("offers", {{"id", "0"}, {"page", 0}, {"field", "SelectedProjects"}})["items"][0]["value"],
+            "Lib");
+  Set("0", 0, "SelectedProjects", "Lib");
+  EXPECT_THAT(Saved(), HasSubstr("<Line>Lib</Line>"));
+  EXPECT_EQ(Field(Do("action", {{"id", "0"}}), 0, "SelectedProjects")["value"], "Lib\r\n");
+}
+
+TEST_F(EditorSession, ACircleOfProjectsIsNamedAndHoldsNobodyUp) {
+  std::string solution = "\nMicrosoft Visual Studio Solution File, Format Version 10.00\n";
+  for (const char* pair : {"AB", "BC", "CA"})
+    solution += std::string("Project(\"{FAE04EC0-301F-11D3-BF4B-00C04F79EFBC}\") = \"") + pair[0] +
+                "\", \"http://h/" + pair[0] + "\", \"{" + pair[0] +
+                "}\"\nProjectSection(ProjectDependencies) = postProject\n{" + pair[1] + "} = {" + pair[1] +
+                "}\nEndProjectSection\nEndProject\n";
+  host_.Write("A.sln", solution + "Global\nEndGlobal\n");
+  Open("    <Action Type=\"DEVENV\">\n      <Solution>A.sln</Solution>\n"
+       "      <SelectedProjects><Line>A</Line></SelectedProjects>\n    </Action>\n"
+       "    <Action Type=\"SOLUTIONITERATOR\">\n      <Solution>A.sln</Solution>\n    </Action>\n");
+  Set("0", 0, "BuildType", "Selected Projects");
+  EXPECT_THAT(
+      Do("offers", {{"id", "0"}, {"page", 0}, {"field", "SelectedProjects"}})["error"].get<std::string>(),
+      HasSubstr("A needs B, B needs C, C needs A"));
+  Do("validate");
+  EXPECT_EQ(Do("quit", {{"discard", true}})["ended"], true);
+  EXPECT_TRUE(session_->HasEnded());
 }
 
 TEST_F(EditorSession, ARunLogsShowsPlacesAndGivesItsNumbersBack) {
@@ -284,8 +441,12 @@ TEST_F(EditorSession, OptionsAreSavedInTheStore) {
 TEST_F(EditorSession, TheChooserListsNamesThatFitTheFilter) {
   host_.Write("Sub/App.sln", "");
   host_.Write("Sub/App.SLN.txt", "");
-  const auto folder = ListChooserFolder(u"Sub\\missing\\x.sln", host_.Path(""), u"Solutions (*.sln)|*.sln");
+  const auto folder = ListChooserFolder(u"Sub\\missing\\x.sln", host_.Path(""), u"*.txt2; *.sln");
   EXPECT_THAT(folder.Files, testing::ElementsAre(u"App.sln"));
+  EXPECT_FALSE(folder.IsThere);
+  EXPECT_TRUE(ListChooserFolder(u"Sub\\", host_.Path(""), u"").IsThere);
+  EXPECT_FALSE(ListChooserFolder(u"", host_.Path(""), u"").IsThere);
+  EXPECT_FALSE(ListChooserFolder(u"Sub/App.sln", host_.Path(""), u"").IsThere);
   EXPECT_TRUE(folder.Parent.size() < folder.Path.size());
   EXPECT_THAT(ListChooserFolder(u"Sub", host_.Path(""), u"").Files, testing::SizeIs(2));
   EXPECT_THROW(ListChooserFolder(std::u16string_view(u"a\0b", 3), u"/", u""), EKxException);

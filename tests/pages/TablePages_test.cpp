@@ -81,6 +81,7 @@ TEST_F(TTablePagesTest, KindsItemsAndRulesComeFromTheTable) {
   EXPECT_EQ(action_.MSBuild().ExtraMSBuildProperties, (text::TStringList{u"A=1", u"B=2"}));
   EXPECT_EQ(action_.MSBuild().MaxCPUs, 4);
   EXPECT_EQ(page.Field(u"MaxCPUs").Label, u"Max CPUs");
+  EXPECT_EQ(page.Field(u"ExtraCmdLineParams").Label, u"Extra Command Line Parameters");
   EXPECT_EQ(page.Field(u"TargetFramework").Items[2], u".NET Framework 3.5");
   EXPECT_THAT(text::ToUtf8(page.Field(u"ExtraMSBuildProperties").Hint),
               testing::HasSubstr("Do not quote entries"));
@@ -92,7 +93,7 @@ TEST_F(TTablePagesTest, TheGeneralFormLeavesOutWhatIsHiddenAndKeepsTheGroups) {
   std::vector<std::string> first;
   for (const auto& field : page.Fields().first(8))
     first.push_back(text::ToUtf8(field.Label));
-  EXPECT_THAT(first, ElementsAre("Solution", "Solution", "SolutionConfiguration", "Visual Studio Version",
+  EXPECT_THAT(first, ElementsAre("Solution", "Solution", "Solution Configuration", "Visual Studio Version",
                                  "Use MSBuild", "MSBuild", "Extra MSBuild Properties", "Other Properties"));
   EXPECT_THAT(NamesWhere(page, [](const auto& field) { return field.Kind == TKxFieldKind::Secret; }),
               ElementsAre("WebDAVPassword"));
@@ -122,6 +123,10 @@ TEST_F(TTablePagesTest, TheSolutionOffersWhatItHolds) {
   EXPECT_THAT(Labels(page.Offers(u"SelectedProjects")),
               ElementsAre(testing::StartsWith("! Error Parsing Solution File : ")));
   page.SetValue(u"Solution", u"%Sln%"); // typed, not yet accepted
+  EXPECT_EQ(FailureOf([&] { page.SetValue(u"SelectedProjects", u"lib"); }),
+            "The field \"Selected Projects\" is disabled.");
+  EXPECT_EQ(page.Field(u"SelectedProjects").Needs, u"Needs \"Build Type\": Selected Projects.");
+  page.SetValue(u"BuildType", u"Selected Projects");
   page.SetValue(u"SelectedProjects", u"lib\r\n");
   EXPECT_THAT(Labels(page.Offers(u"SelectedProjects")),
               ElementsAre("* Lib (http://h/Lib)", "App (http://h/App)"));
@@ -133,6 +138,8 @@ TEST_F(TTablePagesTest, TheSolutionOffersWhatItHolds) {
       {u"debug", false, {"* Debug", "Release"}},
       {u"e", true, {"* Debug", "* Release"}},
       {u"e", false, {"Debug", "Release", "! The solution has no configuration \"e\"."}},
+      {u"", true, {"Debug", "Release", "! No configuration is named yet."}},
+      {u"%Nowhere%", true, {"Debug", "Release", "! Unknown name: Nowhere"}},
   };
   for (const auto& row : rows) {
     page.SetValue(u"SolutionConfiguration", row.Wanted);
@@ -143,6 +150,39 @@ TEST_F(TTablePagesTest, TheSolutionOffersWhatItHolds) {
   page.SetValue(u"UseRegExOnConfigName", u"True");
   EXPECT_THAT(Labels(page.Offers(u"SolutionConfiguration")),
               ElementsAre("Debug", "Release", testing::StartsWith("! ")));
+}
+
+TEST_F(TTablePagesTest, ProjectsAreSelectedByTheirNamesWhereThoseMeanJustOne) {
+  const struct {
+    const char* Name;
+    const char* Id;
+    const char* File;
+    const char* Value;
+  } rows[] = {{"Core", "{C}", "Core.vcproj", "Core"},
+              {"Twin", "{T1}", "a/Twin.vcproj", "{T1}"},
+              {"twin", "{T2}", "b/Twin.vcproj", "{T2}"},
+              {"%Any%", "{A}", "Any.vcproj", "{A}"},
+              {"{odd}", "{O}", "Odd.vcproj", "{O}"},
+              {"Core.vcproj", "{F}", "File.vcproj", "{F}"}}; // which is the file of another
+  const TTemporaryFolder folder;
+  std::string solution = "\nMicrosoft Visual Studio Solution File, Format Version 10.00\n";
+  for (const auto& row : rows)
+    solution += std::string("Project(\"{8BC9CEB8-8B4A-11D0-8D11-00A0C91BC942}\") = \"") + row.Name +
+                "\", \"" + Generic(text::ToUtf8(folder.Write(row.File, "<VisualStudioProject/>"))) +
+                "\", \"" + row.Id + "\"\nEndProject\n";
+  action_.Solution().Solution = folder.Write("A.sln", solution + "Global\nEndGlobal\n");
+  action_.Solution().SelectedProjects = {u"{c}", u"core", u"nobody", u"b/twin.vcproj"};
+  TVSDotNetProjectFrame page;
+  editor_.Open(page, action_);
+  const auto offers = page.Offers(u"SelectedProjects");
+  ASSERT_EQ(offers.Items.size(), std::size(rows)) << text::ToUtf8(offers.Error);
+  for (const auto& row : rows)
+    EXPECT_EQ(std::ranges::count(offers.Items, text::FromAscii(row.Value), &TKxFieldOffer::Value), 1)
+        << row.Name;
+  const auto core = std::ranges::find(offers.Items, u"Core", &TKxFieldOffer::Value);
+  EXPECT_THAT(core->Lines, ElementsAre(u"{c}", u"core")) << "which go when it is chosen no more";
+  const auto twin = std::ranges::find(offers.Items, u"{T2}", &TKxFieldOffer::Value);
+  EXPECT_THAT(twin->Lines, ElementsAre(u"b/twin.vcproj"));
 }
 
 TEST_F(TTablePagesTest, TheOptionsAndTheUpdater) {

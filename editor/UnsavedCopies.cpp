@@ -1,0 +1,43 @@
+#include "editor/UnsavedCopies.h"
+
+#include "host/Exceptions.h"
+#include "platform/Files.h"
+#include "text/Text.h"
+#include "text/WindowsPath.h"
+
+namespace kx::editor {
+
+namespace {
+
+std::u16string NameOfCopy(std::u16string_view projectFile, int number) {
+  const std::u16string suffix = number == 1 ? u"" : u"-" + text::FromInteger(number);
+  return text::ChangeFileExt(projectFile, u".unsaved" + suffix + u".kxproj");
+}
+
+} // namespace
+
+// Somebody may have removed one of them, so that numbers are missing: a few more are tried.
+std::vector<std::u16string> FindUnsavedCopies(std::u16string_view projectFile) {
+  constexpr int gap = 10;
+  std::vector<std::u16string> found;
+  int last = 0;
+  for (int number = 1; number <= last + gap; ++number) {
+    std::u16string name = NameOfCopy(projectFile, number);
+    if (!platform::FileExists(name)) continue;
+    found.push_back(std::move(name));
+    last = number;
+  }
+  return found;
+}
+
+std::u16string KeepUnsavedCopy(std::u16string_view projectFile, std::string_view text) {
+  int number = 1;
+  while (platform::FileExists(NameOfCopy(projectFile, number)))
+    ++number;
+  std::u16string name = NameOfCopy(projectFile, number);
+  const auto written = platform::SaveFile(name, text);
+  if (!written) throw EKxException(written.Message());
+  return name;
+}
+
+} // namespace kx::editor
