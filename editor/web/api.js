@@ -10,7 +10,15 @@ export function onAnswer(listener) {
   listeners.push(listener);
 }
 
-export class ApiError extends Error {}
+export class ApiError extends Error {
+  constructor(message, until = "") {
+    super(message);
+    this.until = until; // what ends it
+  }
+}
+
+// Until kxhost answers again.
+export const answers = "answers";
 
 async function send(operation, values) {
   let response;
@@ -21,7 +29,7 @@ async function send(operation, values) {
       body: JSON.stringify({ generation, ...values }),
     });
   } catch {
-    throw new ApiError("kxhost does not answer. Is it still running? What was not saved stays with it.");
+    throw new ApiError("kxhost does not answer. Is it still running? What was not saved stays with it.", answers);
   }
   if (!(response.headers.get("Content-Type") ?? "").startsWith("application/json"))
     throw new ApiError((await response.text()) || `kxhost answers ${response.status}.`);

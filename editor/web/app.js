@@ -1,7 +1,7 @@
 // The page as a whole: what is chosen, what the buttons do.
-import { call, callUnlessRunning, forgetGeneration, onAnswer } from "./api.js";
+import { answers, call, callUnlessRunning, forgetGeneration, onAnswer } from "./api.js";
 import { ask, askTexts } from "./dialogs.js";
-import { announce, byId, debounce, el } from "./dom.js";
+import { announce, announceError, button, byId, clearMessage, counted, debounce, el } from "./dom.js";
 import { Form } from "./form.js";
 import { showProject } from "./project.js";
 import { RunView } from "./run.js";
@@ -17,7 +17,9 @@ let shown = turn; // the pages of the action selected last
 const views = ["actions", "project", "options", "run"];
 
 const form = new Form(byId("pages"), { changed: () => checkSoon() });
-const optionsForm = new Form(byId("options-pages"), { changed: () => announce("The options are saved.") });
+const optionsForm = new Form(byId("options-pages"), {
+  changed: (answer) => answer.pages.every((page) => page.fields.every((field) => !field.error)) && announce("The options are saved."),
+});
 const run = new RunView({ started: () => showView("run"), ended: () => refresh() });
 const tree = new Tree(byId("tree"), {
   inTurn,
@@ -32,11 +34,12 @@ const tree = new Tree(byId("tree"), {
 
 onAnswer((answer) => {
   brief = answer;
-  byId("dirty").textContent = answer.dirty ? "not saved" : "saved";
+  clearMessage(answers);
+  byId("dirty").textContent = answer.dirty ? "not saved" : answer.hasFile ? "saved" : "not saved yet";
   byId("dirty").className = answer.dirty ? "warning" : "";
   document.title = `${answer.dirty ? "● " : ""}${fileName()} – kxhost`;
   const locked = answer.running;
-  byId("save").disabled = locked || !answer.dirty;
+  byId("save").disabled = locked || (answer.hasFile && !answer.dirty);
   byId("undo").disabled = locked || !answer.canUndo;
   byId("redo").disabled = locked || !answer.canRedo;
   for (const id of ["start", "dry-run", "check", "add", "copy", "remove", "move-up", "move-down", "move-in", "move-out"]) byId(id).disabled = locked;
@@ -54,7 +57,7 @@ async function attempt(work) {
   try {
     return await work();
   } catch (error) {
-    announce(error.message, true);
+    announceError(error);
     return undefined;
   }
 }
@@ -66,14 +69,14 @@ async function attemptChange(work) {
   } catch (error) {
     forgetGeneration();
     await attempt(refresh);
-    announce(error.message, true);
+    announceError(error);
     return undefined;
   }
 }
 
 // One command after the other: one that is given while another is under way means the project as that will leave it.
 function inTurn(command) {
-  turn = turn.then(() => change).then(() => command()).catch((error) => announce(error.message, true));
+  turn = turn.then(() => change).then(() => command()).catch(announceError);
   return turn;
 }
 
@@ -95,6 +98,7 @@ function showState(answer, selected = answer.id ?? tree.selected) {
   byId("no-actions").hidden = state.tree.length > 0;
   showProject(byId("project"), state, editProject);
   byId("show-options").hidden = state.options.length === 0;
+  showUnsaved();
   return tree.selected;
 }
 
@@ -149,21 +153,53 @@ const checkSoon = debounce(() => !brief.running && check(), 900);
 
 async function check() {
   checkSoon.cancel();
-  await attempt(async () => {
+  return attempt(async () => {
     const answer = await callUnlessRunning("validate");
-    if (!answer) return;
+    if (!answer) return undefined;
     problems = answer.entries;
     tree.mark(new Set(problems.map((problem) => problem.id)));
     showProblems();
+    return problems;
   });
 }
 
-// Those that no field shows stand above the pages.
+// The same when the user asks, who wants to hear what came of it.
+async function checkNow() {
+  flush();
+  const found = await check();
+  if (!found) return;
+  const places = [...new Set(found.map((problem) => problem.action))].join(", ");
+  if (found.length) announce(`${counted(found.length, "problem")} found: ${places}.`, { isError: true });
+  else announce("No problems found.");
+}
+
+// What is wrong with the project itself stands above the views, with the selected action above its pages; each
+// leads to its field.
 function showProblems() {
   const own = problems.filter((problem) => problem.id === tree.selected);
   form.showProblems(own);
-  byId("action-problems").replaceChildren(...own.map((problem) =>
-    el("li", {}, problem.place ? `${problem.place}: ${problem.message}` : problem.message)));
+  byId("action-problems").replaceChildren(...own.map(problemItem));
+  byId("project-problems").replaceChildren(...problems.filter((problem) => problem.id === "").map(problemItem));
+}
+
+function problemItem(problem) {
+  const text = problem.place ? `${problem.place}: ${problem.message}` : problem.message;
+  const item = el("li", {}, problem.page === undefined ? text : button(text, () => form.goTo(problem.page, problem.field), { class: "link" }));
+  if (problem.options) item.append(" ", button("Open the options", () => showView("options")));
+  return item;
+}
+
+// What an earlier editor kept when it ended without saving.
+function showUnsaved() {
+  byId("unsaved").replaceChildren(...state.unsaved.map((file) => el("p", { class: "bar" },
+    el("span", {}, `Changes that were not saved when the editor ended are kept in ${file}.`),
+    button("Take them over", async () => {
+      if (await edit("unsaved", { file, take: true })) announce("The changes are taken over. Undo brings back what was here before.");
+    }),
+    button("Remove them", async () => {
+      const choice = await ask("Remove the changes that were not saved?", `${file} is deleted. That cannot be undone.`, [{ text: "Remove", value: "remove", main: true }]);
+      if (choice) await edit("unsaved", { file });
+    }))));
 }
 
 function showView(name) {
@@ -289,13 +325,13 @@ async function stayInTouch() {
     if (answer.generation !== before && !answer.running) await refresh();
     if (answer.running) run.watch();
   } catch (error) {
-    announce(error.message, true);
+    announceError(error);
   }
 }
 
 function listen() {
   const commands = {
-    save, undo, redo, check, quit, start: () => start(false), "dry-run": () => start(true),
+    save, undo, redo, check: checkNow, quit, start: () => start(false), "dry-run": () => start(true),
     remove: removeAction, copy: copyAction, "move-up": () => moveAction("up"), "move-down": () => moveAction("down"),
     "move-in": () => moveAction("in"), "move-out": () => moveAction("out"),
   };
@@ -308,6 +344,9 @@ function listen() {
   byId("continue").addEventListener("change", (event) => attribute("ContinueOnError", event.target.checked ? "true" : "false"));
   byId("loop-variable").addEventListener("change", (event) => attribute("LoopVariable", event.target.value));
   document.addEventListener("keydown", onKey);
+  // A message is about what the user did last.
+  for (const type of ["click", "input", "change"]) document.addEventListener(type, () => clearMessage(), true);
+  document.addEventListener("keydown", (event) => !["Tab", "Shift", "Control", "Alt", "Meta"].includes(event.key) && clearMessage(), true);
   window.addEventListener("beforeunload", (event) => {
     flush();
     if (brief.dirty && !hasEnded) event.preventDefault();
@@ -318,5 +357,5 @@ function listen() {
 listen();
 showView("actions");
 await attempt(refresh);
-if (brief.running) run.watch();
-else check();
+if (!brief.running) check();
+await attempt(() => run.catchUp(brief.running));

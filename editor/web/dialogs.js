@@ -2,15 +2,21 @@
 import { call } from "./api.js";
 import { button, el, newId } from "./dom.js";
 
-// `buttons`: {text, value, main}; a value may be a function. Enter in a field presses the main one.
+// What a button's function gives to keep the dialog open.
+const stay = Symbol("stay");
+
+// `buttons`: {text, value, main}; a value may be a function, which may take its time. Enter in a field presses
+// the main one.
 function show(title, content, buttons) {
   return new Promise((resolve) => {
     const heading = newId();
     const dialog = el("dialog", { "aria-labelledby": heading });
-    const close = (value) => {
+    const close = async (value) => {
+      const result = typeof value === "function" ? await value() : value;
+      if (result === stay || !dialog.open) return;
       dialog.close();
       dialog.remove();
-      resolve(typeof value === "function" ? value() : value);
+      resolve(result);
     };
     const main = buttons.find((row) => row.main);
     const row = el("div", { class: "buttons" }, ...buttons.map((one) => one === main
@@ -48,25 +54,41 @@ export function askTexts(title, fields, okText) {
     [{ text: okText, value: values, main: true }, { text: "Cancel", value: undefined }]);
 }
 
+// "Text|*.a;*.b|Text|*.*" as entries; all files can be had whatever it says.
+function filterEntries(filter) {
+  const parts = filter.split("|");
+  const entries = [];
+  for (let i = 0; i + 1 < parts.length; i += 2) entries.push({ text: parts[i], patterns: parts[i + 1] });
+  if (!entries.some(({ patterns }) => patterns.split(";").some((one) => ["*", "*.*"].includes(one.trim()))))
+    entries.push({ text: "All Files (*.*)", patterns: "*.*" });
+  return entries;
+}
+
 // The path of a file or a folder. `start` is what stands in the field.
 export async function choosePath({ title, start, filter, folders }) {
   const pathId = newId();
   const path = el("input", { id: pathId, type: "text", autocomplete: "off", spellcheck: "false" });
   const list = el("ul", { class: "chooser", "aria-label": "Folders and files" });
   const problem = el("p", { class: "error", role: "status" });
+  const filterId = newId();
+  const filters = el("select", { id: filterId, onchange: () => go(folder.path) },
+    ...filterEntries(filter).map((entry) => el("option", { value: entry.patterns }, entry.text)));
   let folder = {};
 
   const join = (name) => {
     if (!folder.path) return name; // a drive
     return folder.path.endsWith(folder.separator) ? folder.path + name : folder.path + folder.separator + name;
   };
+  const listAt = (where) => call("list", { path: where, patterns: folders ? "" : filters.value });
   const go = async (where) => {
     try {
-      folder = await call("list", { path: where, filter: folders ? "" : filter });
+      showFolder(await listAt(where));
     } catch (error) {
       problem.textContent = error.message;
-      return;
     }
+  };
+  const showFolder = (listed) => {
+    folder = listed;
     problem.textContent = folder.error;
     path.value = folder.path;
     const rows = [];
@@ -81,10 +103,25 @@ export async function choosePath({ title, start, filter, folders }) {
     list.replaceChildren(...rows.map((row) => el("li", {}, row)));
     list.scrollTop = 0;
   };
+  // A folder is no file: to choose one leads into it.
+  const choose = async () => {
+    const chosen = path.value.trim();
+    if (!chosen) return stay;
+    if (folders) return chosen;
+    try {
+      const listed = await listAt(chosen);
+      if (!listed.isThere) return chosen;
+      showFolder(listed);
+    } catch (error) {
+      problem.textContent = error.message;
+    }
+    return stay;
+  };
   const content = el("div", {},
-    el("div", { class: "field" }, el("label", { for: pathId }, folders ? "Folder" : "File"), path), problem, list);
+    el("div", { class: "field" }, el("label", { for: pathId }, folders ? "Folder" : "File"), path), problem, list,
+    folders ? null : el("div", { class: "field" }, el("label", { for: filterId }, "Files shown"), filters));
   const result = show(title || (folders ? "Select Directory" : "Select File"), content,
-    [{ text: "Choose", value: () => path.value, main: true }, { text: "Cancel", value: undefined }]);
+    [{ text: "Choose", value: choose, main: true }, { text: "Cancel", value: undefined }]);
   path.addEventListener("keydown", (event) => {
     if (event.key === "ArrowDown") list.querySelector("button")?.focus();
   });

@@ -36,11 +36,30 @@ export function debounce(work, milliseconds) {
   return later;
 }
 
-// Says it to those who cannot see it, and shows it for those who can.
-export function announce(text, isError = false) {
+// Says it to those who cannot see it, and shows it for those who can, until the user does something else. What
+// only time can mend (`until`) stays until then.
+let lasting = "";
+export function announce(text, { isError = false, until = "" } = {}) {
   const place = byId("message");
   place.textContent = text;
   place.className = isError ? "error" : "";
+  lasting = until;
+}
+
+export function announceError(error) {
+  announce(error.message, { isError: true, until: error.until ?? "" });
+}
+
+export function clearMessage(cause = "") {
+  if (lasting === cause) announce("");
+}
+
+export function counted(count, word) {
+  return `${count} ${word}${count === 1 ? "" : "s"}`;
+}
+
+export function formatProblems({ errors, warnings }) {
+  return `${counted(errors, "error")}, ${counted(warnings, "warning")}`;
 }
 
 export function formatTime(milliseconds) {

@@ -1,7 +1,7 @@
 // The pages of an action, drawn from what kxhost says about their fields.
 import { call } from "./api.js";
-import { choosePath } from "./dialogs.js";
-import { announce, button, debounce, el, newId } from "./dom.js";
+import { askTexts, choosePath } from "./dialogs.js";
+import { announce, announceError, button, debounce, el, newId } from "./dom.js";
 
 const linesOf = (value) => value.replaceAll("\r\n", "\n").replace(/\n$/, "");
 
@@ -79,6 +79,12 @@ export class Form {
     this.update();
   }
 
+  goTo(page, field) {
+    if (page !== this.page) this.turnTo(page);
+    const control = this.controls.find((one) => field && one.field?.name === field);
+    (control?.input ?? this.element.querySelector("[role=tab][aria-selected=true]")).focus();
+  }
+
   turnTo(page) {
     this.flush();
     this.page = page;
@@ -91,6 +97,8 @@ export class Form {
       control.field = field;
       control.update?.(field);
       if (!control.problem) return;
+      control.needs.textContent = field.needs;
+      control.updateOffers?.(field);
       const own = this.problems.filter((entry) => entry.page === this.page && entry.field === field.name && field.name);
       const texts = [field.error, ...own.map((entry) => entry.message)].filter(Boolean);
       control.problem.replaceChildren(...texts.map((text) => el("span", {}, text)));
@@ -111,9 +119,9 @@ export class Form {
     try {
       const answer = await call(operation, { id, page: this.page, ...values });
       if (this.id === id) this.pages = answer.pages;
-      this.handlers.changed(answer);
+      this.handlers.changed(answer, this.page);
     } catch (error) {
-      announce(error.message, true);
+      announceError(error);
     }
     this.underWay -= 1;
     // The answer to an earlier edit does not know of one that is still on its way.
@@ -127,8 +135,9 @@ export class Form {
     const id = newId();
     const problemId = newId();
     const hintId = newId();
-    const control = { key, field, problem: el("p", { id: problemId, class: "problem" }) };
-    const described = field.hint ? `${hintId} ${problemId}` : problemId;
+    const control = { key, field, problem: el("p", { id: problemId, class: "problem" }), needs: el("p", { class: "hint" }) };
+    const needsId = newId();
+    const described = [field.hint ? hintId : "", needsId, problemId].filter(Boolean).join(" ");
     const attributes = {
       id, "aria-describedby": described, "data-field": field.name,
       "aria-label": field.label ? false : labelBefore || field.title || field.property || field.name,
@@ -137,9 +146,10 @@ export class Form {
     const body = this[maker](control, attributes);
     const isCheck = maker === "makeCheck";
     const label = field.label ? el("label", { for: id }, field.label) : null;
+    control.needs.id = needsId;
     control.row = el("div", { class: isCheck ? "field check" : "field" },
       ...(isCheck ? [body, label] : [label, body]),
-      field.hint ? el("p", { id: hintId, class: "hint" }, field.hint) : null, control.problem);
+      field.hint ? el("p", { id: hintId, class: "hint" }, field.hint) : null, control.needs, control.problem);
     if (field.offers) control.row.append(this.makeOffers(control));
     return control;
   }
@@ -164,8 +174,17 @@ export class Form {
       control.input.replaceChildren(...items.map((item) => el("option", { value: item, selected: item === field.value }, item)));
       control.input.value = field.value;
       control.input.disabled = !field.enabled;
+      if (control.make) control.make.disabled = !field.enabled;
     };
-    return control.input;
+    if (!control.field.takesNewItems) return control.input;
+    control.make = button("New…", () => this.makeItem(control), { "aria-label": `New: ${attributes["aria-label"] || control.field.label}` });
+    return el("div", { class: "with-buttons" }, control.input, control.make);
+  }
+
+  async makeItem(control) {
+    const texts = await askTexts("A new variable", [{ name: "name", label: "Name" }], "Use it");
+    control.input.focus();
+    if (texts?.name.trim()) await this.send("set", { field: control.field.name, value: texts.name.trim() });
   }
 
   makeText(control, attributes) {
@@ -254,11 +273,15 @@ export class Form {
   // What could stand in the field: read when somebody opens it.
   makeOffers(control) {
     const list = el("ul", { class: "offers" });
-    const details = el("details", { class: "offered" }, el("summary", {}, control.field.kind === "list" ? "Choose from the solution" : "What the solution offers"), list);
+    const details = el("details", { class: "offered" }, el("summary", {}, control.field.offers), list);
+    control.updateOffers = (field) => {
+      for (const input of list.querySelectorAll("input, button")) input.disabled = !field.enabled;
+    };
     const load = async () => {
       try {
         const offers = await call("offers", { id: this.id, page: this.page, field: control.field.name });
-        list.replaceChildren(...offers.items.map((item) => this.drawOffer(control, item, offers.items, load)));
+        list.replaceChildren(...offers.items.map((item) => this.drawOffer(control, item, load)));
+        control.updateOffers(control.field);
         if (offers.error) list.prepend(el("li", { class: "problem" }, offers.error));
       } catch (error) {
         list.replaceChildren(el("li", { class: "problem" }, error.message));
@@ -271,7 +294,7 @@ export class Form {
     return details;
   }
 
-  drawOffer(control, item, all, reload) {
+  drawOffer(control, item, reload) {
     if (control.field.kind !== "list") {
       const text = item.label || item.value;
       return el("li", { class: item.chosen ? "chosen" : false },
@@ -282,11 +305,13 @@ export class Form {
     }
     const id = newId();
     const box = el("input", { type: "checkbox", id, checked: item.chosen, onchange: async () => {
-      item.chosen = box.checked;
-      const offered = new Set(all.map((other) => other.value.toLowerCase()));
-      const kept = linesOf(control.field.value).split("\n").filter((line) => line && !offered.has(line.toLowerCase()));
-      const chosen = all.filter((other) => other.chosen).map((other) => other.value);
-      await this.send("set", { field: control.field.name, value: [...chosen, ...kept].join("\r\n") });
+      // Whatever else stands in the list stays as it is written; several boxes may be ticked in quick succession.
+      const old = new Set(item.lines);
+      control.lines = (control.lines ?? linesOf(control.field.value).split("\n")).filter((line) => line && !old.has(line));
+      item.lines = box.checked ? [item.value] : [];
+      control.lines.push(...item.lines);
+      await this.send("set", { field: control.field.name, value: control.lines.join("\r\n") });
+      if (this.underWay === 0) control.lines = undefined;
     } });
     return el("li", {}, box, el("label", { for: id }, item.label || item.value));
   }

@@ -4,6 +4,13 @@ import { el, formatTime } from "./dom.js";
 const rowHeight = 24;
 const statusNames = ["", "success", "warning", "error"];
 
+// All that a browser breaks a line at; an end of line behind the last one begins no further line.
+function linesOf(text) {
+  const lines = text.split(/\r\n|[\n\r\v\f\u0085\u2028\u2029]/);
+  if (lines.length > 1 && lines.at(-1) === "") lines.pop();
+  return lines;
+}
+
 export class Log {
   // `open(event, text)`: the user wants to see the place that a message names.
   constructor(element, { open, select }) {
@@ -20,13 +27,13 @@ export class Log {
   }
 
   clear() {
-    this.lines = []; // {kind, depth, text, status, event, parent, worst, collapsed, ended, elapsed, file, line}
+    // One a row: {isGroup, depth, text, whole, status, position, parent, worst, collapsed, file, line, elapsed}
+    this.lines = [];
     this.visible = []; // indices of lines
     this.openGroups = [];
     this.least = 0;
     this.current = -1; // a line
     this.follow = true;
-    this.counts = [0, 0, 0, 0];
     this.draw();
   }
 
@@ -39,16 +46,25 @@ export class Log {
     }
     const isGroup = event.event === "action" || event.event === "group";
     const parent = this.openGroups.at(-1) ?? -1;
+    const whole = this.textOf(event);
+    const [first, ...others] = linesOf(whole);
     const line = {
-      isGroup, depth: event.depth, text: this.textOf(event), status: event.status ?? 0, position, parent,
+      isGroup, depth: event.depth, text: first, whole, status: event.status ?? 0, position, parent,
       worst: event.status ?? 0, collapsed: false, file: event.file, line: event.line, elapsed: undefined,
       time: event.time.slice(11, 19),
     };
-    const index = this.lines.push(line) - 1;
-    if (isGroup) this.openGroups.push(index);
-    else this.counts[line.status] += 1;
+    const index = this.addRow(line);
     if (line.status >= 2) this.spread(index, line.status);
+    if (isGroup) this.openGroups.push(index);
+    // Rows are as high as one line: each further line of a text has its own, inside a group whose title it is.
+    const rest = isGroup ? { isGroup: false, depth: line.depth + 1, parent: index } : {};
+    for (const text of others) this.addRow({ ...line, ...rest, text });
+  }
+
+  addRow(line) {
+    const index = this.lines.push(line) - 1;
     if (this.isShown(line)) this.visible.push(index);
+    return index;
   }
 
   textOf(event) {
@@ -183,7 +199,7 @@ export class Log {
       if (event.key === "Enter" || event.key === " " || line.collapsed !== (event.key === "ArrowLeft")) this.toggle(this.current);
     } else if (line?.file && event.key === "Enter") {
       event.preventDefault();
-      this.open(line.position, line.text);
+      this.open(line.position, line.whole);
     }
   }
 }

@@ -2,7 +2,7 @@
 import { call, events } from "./api.js";
 import { charts, resultTable } from "./charts.js";
 import { showSource } from "./dialogs.js";
-import { announce, button, byId, el, formatTime } from "./dom.js";
+import { announce, announceError, button, byId, el, formatProblems, formatTime } from "./dom.js";
 import { Log } from "./log.js";
 
 export class RunView {
@@ -32,11 +32,28 @@ export class RunView {
     announce("The run is asked to stop.");
   }
 
+  // What the page has missed: a run that went on while it was loaded anew, or the newest that has ended.
+  async catchUp(isRunning) {
+    if (isRunning) {
+      await this.watch();
+    } else if ((await call("runs")).runs.length) {
+      await this.follow();
+      await this.showEnd();
+    }
+  }
+
   // Follows the newest run to its end.
   async watch() {
     if (this.isWatching) return;
-    this.isWatching = true;
     this.handlers.started();
+    await this.follow();
+    await this.showEnd();
+    announce(`The run has ended: ${this.outcome}.`, { isError: !this.runs.at(-1).succeeded });
+    this.handlers.ended();
+  }
+
+  async follow() {
+    this.isWatching = true;
     const began = performance.now();
     const clock = setInterval(() => this.showProgress(performance.now() - began), 1000);
     try {
@@ -46,17 +63,16 @@ export class RunView {
         if (answer.run !== this.number) this.begin(answer.run);
         answer.events.forEach((event, i) => this.take(event, answer.from + i));
         next = answer.next;
+        this.problems = answer;
         this.log.refresh();
         this.showProgress(performance.now() - began);
         goesOn = answer.running;
       }
     } catch (error) {
-      announce(error.message, true);
+      announceError(error);
     }
     clearInterval(clock);
     this.isWatching = false;
-    await this.showEnd();
-    this.handlers.ended();
   }
 
   begin(number) {
@@ -81,7 +97,7 @@ export class RunView {
   }
 
   showProgress(elapsed) {
-    const parts = [this.actions?.at(-1), this.position, `${this.log.counts[3]} errors, ${this.log.counts[2]} warnings`, formatTime(elapsed)];
+    const parts = [this.actions?.at(-1), this.position, this.problems && formatProblems(this.problems), formatTime(elapsed)];
     byId("progress").textContent = parts.filter(Boolean).join(" · ");
   }
 
@@ -89,10 +105,9 @@ export class RunView {
     this.runs = (await call("runs")).runs;
     const run = this.runs.at(-1);
     if (!run) return;
-    const outcome = run.error || (run.stopped ? "stopped" : run.succeeded ? "succeeded" : "failed");
-    const text = `${run.dryRun ? "Dry run" : "Run"} ${run.run}: ${outcome} after ${formatTime(run.elapsedMs)}, ${this.log.counts[3]} errors, ${this.log.counts[2]} warnings`;
-    byId("progress").textContent = text;
-    announce(`The run has ended: ${outcome}.`, !run.succeeded);
+    this.outcome = run.error || (run.stopped ? "stopped" : run.succeeded ? "succeeded" : "failed");
+    byId("progress").textContent =
+      `${run.dryRun ? "Dry run" : "Run"} ${run.run}: ${this.outcome} after ${formatTime(run.elapsedMs)}, ${formatProblems(run)}`;
     const select = byId("compare");
     select.replaceChildren(el("option", { value: "" }, "no other run"),
       ...this.runs.slice(0, -1).reverse().map((other) =>
@@ -111,8 +126,8 @@ export class RunView {
   }
 
   showDetail(line) {
-    const parts = [el("pre", {}, line.text)];
-    if (line.file) parts.push(button(`Show ${line.file} (${line.line})`, () => this.openSource(line.position, line.text)));
+    const parts = [el("pre", {}, line.whole)];
+    if (line.file) parts.push(button(`Show ${line.file} (${line.line})`, () => this.openSource(line.position, line.whole)));
     byId("detail").replaceChildren(...parts);
   }
 
@@ -120,7 +135,7 @@ export class RunView {
     try {
       await showSource(event, text);
     } catch (error) {
-      announce(error.message, true);
+      announceError(error);
     }
   }
 }

@@ -50,6 +50,15 @@ async function answerSlowly(page) {
   });
 }
 
+async function hasValue(page, field, value) {
+  const control = page.locator(`[data-field="${field}"]`);
+  const end = Date.now() + 30000;
+  while (await control.inputValue() !== value) {
+    assert.ok(Date.now() < end, `${field} holds "${await control.inputValue()}", not "${value}"`);
+    await page.waitForTimeout(50);
+  }
+}
+
 async function turnTo(page, name) {
   await page.locator("#pages [role=tab]", { hasText: name }).click();
 }
@@ -58,7 +67,7 @@ test("editing by the keyboard and the mouse changes what it should and nothing e
   await withEditor({ text: project(devenv() + `    <Action Type="MSTEST"/>\n`) }, async (page, editor) => {
     await page.getByLabel("Name of the action").fill("Bauen 日本");
     await turnTo(page, "Build");
-    await page.getByLabel("Extra Cmd Line Params").fill("/nologo \"é\"");
+    await page.getByLabel("Extra Command Line Parameters").fill("/nologo \"é\"");
     await page.getByLabel("Override Compiler").check();
     await page.locator("[data-field=CompilerConstants]:enabled").waitFor();
     await turnTo(page, "Project Detection");
@@ -197,12 +206,23 @@ test("the solution's projects are offered, files are chosen, and a change by som
     await offered.getByLabel("Greeter.Text").check();
     await settled(page);
     await page.locator("button[aria-label^='Browse']").first().click();
-    await page.getByLabel("Folder Greeter.App").waitFor();
-    await page.getByRole("button", { name: "Greeter.WithNative.sln" }).click();
-    await page.getByRole("button", { name: "Choose", exact: true }).click();
-    await settled(page);
+    const dialog = page.locator("dialog");
+    await dialog.getByLabel("Folder Greeter.App").click();
+    await dialog.getByLabel("Files shown").selectOption({ label: "All Files (*.*)" });
+    await dialog.getByRole("button", { name: "Greeter.App.csproj" }).waitFor();
+    await dialog.getByLabel("File", { exact: true }).fill("Greeter");
+    await dialog.getByRole("button", { name: "Choose", exact: true }).click(); // a folder leads on
+    await dialog.getByRole("button", { name: "Greeter.WithNative.sln" }).click();
+    await dialog.getByRole("button", { name: "Choose", exact: true }).click();
+    await hasValue(page, "Solution", "Greeter/Greeter.WithNative.sln");
     await save(page);
-    assert.match(editor.read("p.kxproj"), /Greeter.WithNative.sln<[^]*<SelectedProjects>\s*<Line>/);
+    assert.match(editor.read("p.kxproj"), /<Solution>Greeter\/Greeter.WithNative.sln<[^]*<SelectedProjects>\s*<Line>Greeter.Text<\/Line>\s*<\/SelectedProjects>/);
+    await offered.getByLabel("Greeter.Text").uncheck();
+    await hasValue(page, "SelectedProjects", "");
+    await page.getByLabel("Build Type").selectOption("All Projects");
+    await page.locator("[data-field=SelectedProjects]:disabled").waitFor();
+    assert.ok(await offered.getByLabel("Greeter.Text").isDisabled(), "what is ticked would not be used");
+    await page.getByText('Needs "Build Type": Selected Projects.').waitFor();
 
     fs.appendFileSync(editor.file, "<!-- by hand -->\n");
     await page.getByLabel("Name of the action").fill("x");
@@ -214,6 +234,93 @@ test("the solution's projects are offered, files are chosen, and a change by som
     await settled(page);
     assert.equal(await page.getByLabel("Name of the action").inputValue(), "x");
     assert.match(editor.read("p.kxproj"), /by hand/);
+  });
+});
+
+test("a dry run shows each line of a difference in a row, and a page that is loaded anew knows of the run", async () => {
+  const stamp = "\n      <UpdateAssemblyInfo>True</UpdateAssemblyInfo>\n      <UpdateAssemblyTitle>True</UpdateAssemblyTitle>\n      <AssemblyTitle>Neu</AssemblyTitle>";
+  await withEditor({ text: project(devenv(stamp)) }, async (page) => {
+    await page.click("#dry-run");
+    const ended = page.locator("#progress", { hasText: /^Dry run 1: / });
+    await ended.waitFor();
+    const head = await ended.textContent();
+    await page.locator("#log").focus();
+    await page.keyboard.press("Home");
+    const added = page.locator("#log [role=option]", { hasText: '+[assembly: AssemblyTitle("Neu")]' }).first();
+    await added.waitFor();
+    const rows = await page.locator("#log [role=option]").evaluateAll((all) => all.map((row) => {
+      const { top, bottom } = row.querySelector(".text").getBoundingClientRect();
+      return [top, bottom, row.textContent];
+    }));
+    rows.forEach(([top, , text], i) => {
+      assert.ok(i === 0 || top >= rows[i - 1][1] - 1, `"${text}" begins below the line before it`);
+      assert.ok(!text.includes("\n"), text);
+    });
+    await added.click();
+    await page.locator("#detail pre", { hasText: /@@[^]*Neu/ }).waitFor();
+    await page.reload();
+    await page.locator("#progress", { hasText: head }).waitFor({ state: "attached" });
+    await page.locator("#results td").first().waitFor({ state: "attached" });
+    assert.ok(await page.locator("#view-actions").isVisible(), "nothing runs");
+  });
+});
+
+test("what was not saved is offered again, a new file is not called saved, and messages go with their cause", async () => {
+  await withEditor({ text: project(devenv()) }, async (page, editor) => {
+    await page.getByLabel("Name of the action").fill("behalten");
+    await page.keyboard.press("Tab");
+    await page.waitForSelector("#dirty:text-is('not saved')");
+    editor.program.kill("SIGINT");
+    await editor.ended;
+    await editor.start();
+    const again = await openPage(browser, editor.address);
+    await again.getByRole("button", { name: "Take them over" }).click();
+    await again.locator("#tree", { hasText: "behalten" }).waitFor();
+    await again.waitForSelector("#unsaved:not(:has(button))", { state: "attached" });
+    await save(again);
+    assert.ok(!fs.existsSync(`${editor.folder}/p.unsaved.kxproj`));
+    await again.keyboard.press("Alt+ArrowUp");
+    await again.locator("#tree [aria-selected=true]").focus();
+    await again.keyboard.press("Alt+ArrowUp");
+    await again.locator("#message", { hasText: "cannot go further" }).waitFor();
+    await again.click("#show-project");
+    await again.locator("#message:empty").waitFor({ state: "attached" });
+    editor.program.kill("SIGINT");
+    await editor.ended;
+    editor.file = `${editor.folder}/new.kxproj`;
+    await editor.start();
+    const fresh = await openPage(browser, editor.address);
+    await fresh.waitForSelector("#dirty:text-is('not saved yet')");
+    await fresh.click("#add");
+    await fresh.getByLabel("Action", { exact: true }).selectOption("SOLUTIONITERATOR");
+    await fresh.getByRole("button", { name: "Add", exact: true }).click();
+    await fresh.getByRole("button", { name: "New:" }).click();
+    const name = fresh.locator("dialog").getByLabel("Name");
+    await name.fill("a b");
+    await name.press("Enter");
+    await fresh.locator("#message.error", { hasText: "cannot be the name of a variable" }).waitFor();
+    await fresh.getByRole("button", { name: "New:" }).click();
+    await name.fill("Projekt");
+    await name.press("Enter");
+    await hasValue(fresh, "cmbVariable", "Projekt");
+    await save(fresh);
+    assert.match(editor.read("new.kxproj"), /<Action Type="SOLUTIONITERATOR">\s*<LoopVariable>Projekt<\/LoopVariable>\s*<\/Action>/);
+    page.faults.length = 0; // it has lost its server
+  });
+});
+
+test("a check says what it found and leads to it", async () => {
+  await withEditor({ text: project(devenv() + `    <Action Type="MSTEST" Name="Tests"/>\n`) }, async (page) => {
+    await page.click("#check");
+    await page.locator("#message", { hasText: /problems? found: Tests\./ }).waitFor();
+    await page.locator("[role=treeitem]", { hasText: "Tests" }).click();
+    await turnTo(page, "Publish Results");
+    await page.getByRole("button", { name: "Assembly Filename: " }).click();
+    await page.waitForSelector("[data-field=MemoAssemblies]:focus");
+    await page.locator("[data-field=MemoAssemblies]").fill("a.dll");
+    await page.locator("[role=treeitem]", { hasText: "Tests" }).click();
+    await page.click("#check");
+    await page.locator("#message", { hasText: "No problems found." }).waitFor();
   });
 });
 
