@@ -217,8 +217,9 @@ std::string TEditorRuns::Events(int run, std::size_t from, std::chrono::millisec
   std::string text = "{\"run\":" + std::to_string(run_->Number) +
                      ",\"running\":" + (run_->Running || next < run_->Events.size() ? "true" : "false") +
                      ",\"errors\":" + std::to_string(run_->SoFar.Errors) +
-                     ",\"warnings\":" + std::to_string(run_->SoFar.Warnings) + ",\"from\":" + std::to_string(from) +
-                     ",\"next\":" + std::to_string(next) + ",\"events\":[";
+                     ",\"warnings\":" + std::to_string(run_->SoFar.Warnings) +
+                     ",\"from\":" + std::to_string(from) + ",\"next\":" + std::to_string(next) +
+                     ",\"events\":[";
   for (std::size_t i = from; i < next; ++i)
     text.append(i == from ? "" : ",").append(run_->Events[i]);
   return text + "]}";

@@ -46,6 +46,19 @@ TActionPath PathOf(const TJson& arguments, const char* name = "id") {
   return ParsePath(text::ToUtf8(TextOf(arguments, name)));
 }
 
+// As the project file says it; empty for what need not be said.
+const char* ContinueOnErrorText(TOnFailure onFailure) {
+  switch (onFailure) {
+  case TOnFailure::Continue:
+    return "true";
+  case TOnFailure::Ignore:
+    return "ignore";
+  case TOnFailure::Stop:
+    break;
+  }
+  return "";
+}
+
 void CollectLoopVariables(const std::vector<std::unique_ptr<TActionNode>>& nodes, text::TStringList& names) {
   for (const auto& node : nodes) {
     if (node->Iterator() == nullptr) continue;
@@ -234,7 +247,7 @@ TJson TEditorSession::PagesJson(const TJson& arguments) {
   TJson answer = {{"id", PathText(project_.PathOf(node))},
                   {"name", text::ToUtf8(node.Name())},
                   {"typeName", text::ToUtf8(node.Action().GetActionName())},
-                  {"continueOnError", node.OnFailure() != TOnFailure::Stop},
+                  {"continueOnError", ContinueOnErrorText(node.OnFailure())},
                   {"pages", pages}};
   // The pages of a loop say which variable it sets; the form of a table without pages cannot.
   if (node.Iterator() != nullptr && pages.size() == 1)
@@ -303,10 +316,9 @@ TJson TEditorSession::Attribute(const TJson& arguments) {
   if (name == u"LoopVariable") {
     project_.SetProperty(node, name, value);
   } else if (name == u"Name" || name == u"ContinueOnError") {
-    const bool isDefault = value.empty() || value == u"false";
     project_.EditText([&](TProjectText& text) {
       text.SetActionAttribute(path, name,
-                              isDefault ? std::nullopt : std::optional<std::u16string_view>(value));
+                              value.empty() ? std::nullopt : std::optional<std::u16string_view>(value));
     });
   } else {
     throw EKxException(u"An action has no attribute " + name + u".");

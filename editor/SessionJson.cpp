@@ -55,7 +55,6 @@ TJson NodesJson(const std::vector<std::unique_ptr<TActionNode>>& nodes, const TA
                  {"type", text::ToUtf8(node.Type().Identifier)},
                  {"typeName", text::ToUtf8(node.Action().GetActionName())},
                  {"name", text::ToUtf8(node.Name())},
-                 {"continueOnError", node.OnFailure() != TOnFailure::Stop},
                  {"isLoop", node.Iterator() != nullptr}};
     if (node.Iterator() != nullptr) row["children"] = NodesJson(node.Children(), path);
     list.push_back(std::move(row));

@@ -135,7 +135,7 @@ async function showAction(id) {
     if (!action || tree.selected !== id) return;
     byId("action-title").textContent = action.name || action.typeName;
     setUnlessTyping(byId("action-name"), action.name);
-    byId("continue").checked = action.continueOnError;
+    byId("on-failure").value = action.continueOnError;
     byId("loop-variable-row").hidden = action.loopVariable === undefined;
     setUnlessTyping(byId("loop-variable"), action.loopVariable ?? "");
     form.problems = problems.filter((problem) => problem.id === id);
@@ -341,7 +341,7 @@ function listen() {
   for (const view of views) byId(`show-${view}`).addEventListener("click", () => showView(view));
   const attribute = (name, value) => edit("attribute", { id: tree.selected, name, value }, false);
   byId("action-name").addEventListener("change", (event) => attribute("Name", event.target.value));
-  byId("continue").addEventListener("change", (event) => attribute("ContinueOnError", event.target.checked ? "true" : "false"));
+  byId("on-failure").addEventListener("change", (event) => attribute("ContinueOnError", event.target.value));
   byId("loop-variable").addEventListener("change", (event) => attribute("LoopVariable", event.target.value));
   document.addEventListener("keydown", onKey);
   // A message is about what the user did last.

@@ -1,26 +1,8 @@
 // The results and metrics of a run, beside those of an earlier one.
 import { el, formatTime } from "./dom.js";
 
-const keyOf = (row) => `${row.name}|${row.pass}|${row.configuration ?? ""}`;
-
-// Results come as actions end, those inside a loop before the loop itself: here the loop stands above them.
-function inTreeOrder(actions) {
-  const done = [];
-  for (const action of actions) {
-    let first = done.length;
-    while (first > 0 && done[first - 1].nesting > action.nesting) first -= 1;
-    done.splice(first, 0, action);
-  }
-  return done;
-}
-
-// One row an action, and one for each configuration that it built.
-function resultRows(run) {
-  return inTreeOrder(run.actions).flatMap((action) => {
-    const own = { ...action, configuration: "" };
-    return [own, ...action.configurations.map((row) => ({ ...row, name: action.name, pass: action.pass, nesting: action.nesting + 1 }))];
-  });
-}
+const statusNames = ["", "success", "warning", "error"];
+const keyOf = (row) => `${row.action}|${row.configuration}`;
 
 function change(now, before, format = String) {
   if (before === undefined) return "";
@@ -29,19 +11,19 @@ function change(now, before, format = String) {
 }
 
 export function resultTable(run, earlier) {
-  const before = new Map((earlier ? resultRows(earlier) : []).map((row) => [keyOf(row), row]));
-  const rows = resultRows(run).map((row) => {
+  const before = new Map((earlier?.rows ?? []).map((row) => [keyOf(row), row]));
+  const rows = run.rows.map((row) => {
     const was = before.get(keyOf(row));
-    const name = el("th", { scope: "row" }, row.configuration || (row.pass ? `${row.name} [${row.pass}]` : row.name));
+    const name = el("th", { scope: "row" }, row.action);
     name.style.paddingInlineStart = `${row.nesting + 0.5}em`;
-    const changed = was && was.succeeded !== row.succeeded ? (was.succeeded ? " (succeeded before)" : " (failed before)") : "";
-    return el("tr", {}, name,
-      el("td", { class: row.succeeded ? (row.warnings ? "warning" : "success") : "error" }, (row.succeeded ? "succeeded" : "failed") + changed),
+    const changed = was && was.result !== row.result ? ` (${was.result} before)` : "";
+    return el("tr", {}, name, el("td", {}, row.configuration),
+      el("td", { class: statusNames[row.status] || false }, row.result + changed),
       el("td", { class: "number" }, row.errors + change(row.errors, was?.errors)),
       el("td", { class: "number" }, row.warnings + change(row.warnings, was?.warnings)),
       el("td", { class: "number" }, formatTime(row.elapsedMs) + change(row.elapsedMs, was?.elapsedMs, formatTime)));
   });
-  const heads = ["Action", "Result", "Errors", "Warnings", "Time"].map((text, i) => el("th", { scope: "col", class: i > 1 ? "number" : false }, text));
+  const heads = ["Action", "Configuration", "Result", "Errors", "Warnings", "Time"].map((text, i) => el("th", { scope: "col", class: i > 2 ? "number" : false }, text));
   return el("div", { class: "wide", tabindex: "0", role: "region", "aria-label": "Results" },
     el("table", {}, el("thead", {}, el("tr", {}, ...heads)), el("tbody", {}, ...rows)));
 }

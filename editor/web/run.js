@@ -105,13 +105,13 @@ export class RunView {
     this.runs = (await call("runs")).runs;
     const run = this.runs.at(-1);
     if (!run) return;
-    this.outcome = run.error || (run.stopped ? "stopped" : run.succeeded ? "succeeded" : "failed");
+    this.outcome = run.error || run.result;
     byId("progress").textContent =
-      `${run.dryRun ? "Dry run" : "Run"} ${run.run}: ${this.outcome} after ${formatTime(run.elapsedMs)}, ${formatProblems(run)}`;
+      `${run.dryRun ? "Dry run" : "Run"} ${run.run}: ${this.outcome} after ${formatTime(run.elapsedMs)} · ${run.totals}`;
     const select = byId("compare");
     select.replaceChildren(el("option", { value: "" }, "no other run"),
       ...this.runs.slice(0, -1).reverse().map((other) =>
-        el("option", { value: other.run }, `run ${other.run}${other.dryRun ? " (dry)" : ""}: ${other.succeeded ? "succeeded" : "failed"}`)));
+        el("option", { value: other.run }, `run ${other.run}${other.dryRun ? " (dry)" : ""}: ${other.result}`)));
     select.parentElement.hidden = this.runs.length < 2;
     this.showResults();
   }

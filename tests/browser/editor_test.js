@@ -183,7 +183,7 @@ test("what is typed while the page is drawn anew stays", async () => {
     await turnTo(page, "Build");
     await answerSlowly(page);
     await page.click("#move-down");
-    await page.getByLabel("Extra Cmd Line Params").fill("/moved");
+    await page.getByLabel("Extra Command Line Parameters").fill("/moved");
     await page.waitForSelector("#action-1[aria-selected=true]");
     await page.click("#show-project");
     await page.getByLabel("A", { exact: true }).fill("eins");
@@ -317,8 +317,8 @@ test("a check says what it found and leads to it", async () => {
     await turnTo(page, "Publish Results");
     await page.getByRole("button", { name: "Assembly Filename: " }).click();
     await page.waitForSelector("[data-field=MemoAssemblies]:focus");
-    await page.locator("[data-field=MemoAssemblies]").fill("a.dll");
     await page.locator("[role=treeitem]", { hasText: "Tests" }).click();
+    await page.keyboard.press("Delete");
     await page.click("#check");
     await page.locator("#message", { hasText: "No problems found." }).waitFor();
   });

@@ -178,11 +178,11 @@ TEST_F(EditorSession, ActionsComeGoAndMove) {
   EXPECT_EQ(Do("move", {{"id", "0/0"}, {"to", "1"}})["id"], "1");
   EXPECT_EQ(Do("move", {{"id", "0"}, {"to", "2"}})["id"], "1");
   Do("attribute", {{"id", "1"}, {"name", "Name"}, {"value", "Schleife"}});
-  Do("attribute", {{"id", "1"}, {"name", "ContinueOnError"}, {"value", "true"}});
+  Do("attribute", {{"id", "1"}, {"name", "ContinueOnError"}, {"value", "ignore"}});
   TJson tree = Do("attribute", {{"id", "1"}, {"name", "LoopVariable"}, {"value", "Item"}})["tree"];
   EXPECT_EQ(tree[0]["type"], "MSTEST");
   EXPECT_EQ(tree[1]["name"], "Schleife");
-  EXPECT_EQ(tree[1]["continueOnError"], true);
+  EXPECT_EQ(Do("action", {{"id", "1"}})["continueOnError"], "ignore");
   EXPECT_EQ(tree[1]["children"][0]["type"], "STEP");
   EXPECT_EQ(Do("remove", {{"id", "1/0"}})["tree"][1]["children"].size(), 0U);
   EXPECT_THAT(Saved(), HasSubstr("<LoopVariable>Item</LoopVariable>"));
@@ -300,6 +300,32 @@ TEST_F(EditorSession, ProblemsStandBesideTheirFields) {
     ASSERT_FALSE(found.is_null());
     EXPECT_EQ(found["page"], row.Page);
     EXPECT_EQ(found["field"], row.Field);
+  }
+}
+
+// A text that no run can expand is named by its property: all of them have a field to go to.
+TEST_F(EditorSession, EveryPropertyThatCanBeWrongHasItsField) {
+  for (const auto& type : services_.Actions()) {
+    const auto action = type.Class->Create();
+    std::string elements;
+    std::size_t wrong = 0;
+    for (const auto& property : action->PublishedProperties().Rows()) {
+      const bool isList = property.Kind == TKxPropertyKind::StringList;
+      if (!property.Stored || property.Secret || (!isList && property.Kind != TKxPropertyKind::String))
+        continue;
+      const std::string name = text::ToUtf8(property.Name);
+      elements += "<" + name + ">" + (isList ? "<Line>%No.where%</Line>" : "%No.where%") + "</" + name + ">";
+      ++wrong;
+    }
+    Open("    <Action Type=\"" + text::ToUtf8(type.Identifier) + "\">" + elements + "</Action>\n");
+    const TJson entries = Do("validate")["entries"];
+    std::size_t found = 0;
+    for (const auto& entry : entries) {
+      if (entry["message"].get<std::string>().find("No.where") == std::string::npos) continue;
+      ++found;
+      EXPECT_TRUE(entry.contains("field")) << entry;
+    }
+    EXPECT_GE(found, wrong) << text::ToUtf8(type.Identifier) << entries;
   }
 }
 
