@@ -10,7 +10,7 @@ namespace {
 
 // One line a rule, as the help of a command shows it behind its options.
 std::string RulesHelp() {
-  std::string help = "Rules (--rule NAME=error, NAME=warning or NAME=off; what is not set is an error):\n";
+  std::string help = "\nRules (--rule NAME=error, NAME=warning or NAME=off; what is not set is an error):\n";
   for (const auto& rule : VerdictRules()) {
     std::string name = text::ToUtf8(rule.Name);
     name.resize(std::max<std::size_t>(name.size() + 1, 22), ' ');

@@ -48,6 +48,10 @@ std::u16string TitleOf(TProjectRunner& runner) {
   return project.FileName.empty() ? u"kxhost" : text::ExtractFileName(project.FileName);
 }
 
+std::string WrittenLine(const char* what, const std::u16string& file) {
+  return what + (" written to " + ForTerminal(file)) + "\n";
+}
+
 // The files that a run leaves beside its log.
 class TReports {
 public:
@@ -62,16 +66,20 @@ public:
     }
   }
 
-  // A report that cannot be written changes nothing about the run.
-  void Write(const TRunReport& report) const {
-    if (!junitFile_.empty()) WriteFile(junitFile_, junit_.Document());
-    if (!htmlFile_.empty()) WriteFile(htmlFile_, html_.Page(report));
+  // A report that cannot be written changes nothing about the run. Gives a line for each that is.
+  std::string Write(const TRunReport& report) const {
+    std::string lines;
+    if (!junitFile_.empty()) lines += WriteFile("Unit tests", junitFile_, junit_.Document());
+    if (!htmlFile_.empty()) lines += WriteFile("Report", htmlFile_, html_.Page(report));
+    return lines;
   }
 
 private:
-  static void WriteFile(const std::u16string& file, const std::string& bytes) {
+  static std::string WriteFile(const char* what, const std::u16string& file, const std::string& bytes) {
     const auto written = platform::SaveFile(file, bytes);
-    if (!written) WriteError(u"Warning : the report could not be written. " + written.Message());
+    if (written) return WrittenLine(what, file);
+    WriteError(u"Warning : the report could not be written. " + written.Message());
+    return {};
   }
 
   std::u16string junitFile_;
@@ -79,6 +87,16 @@ private:
   TJUnitSink junit_;
   THtmlReport html_;
 };
+
+// The line that says where the log is.
+std::string EndLog(const TJsonLinesSink* log, const TCommonOptions& options) {
+  if (log == nullptr) return {};
+  const std::u16string file =
+      text::ExpandPath(text::FromUtf8(options.LogFile), platform::CurrentDirectory());
+  if (!log->HasFailed()) return WrittenLine("Log", file);
+  WriteError(u"Warning : the log " + file + u" could not be written completely.");
+  return {};
+}
 
 } // namespace
 
@@ -97,11 +115,10 @@ int RunProject(TProjectRunner& runner, THostSession& session, const TCommonOptio
     const platform::InterruptHandler interrupts(session.Stop());
     report = runner.Run();
   }
-  platform::WriteConsole(platform::ConsoleStream::Output, EndTable(report, palette));
-  reports.Write(report);
-  if (log && log->HasFailed())
-    WriteError(u"Warning : the log " + text::FromUtf8(options.LogFile) +
-               u" could not be written completely.");
+  std::string end = EndTable(report, palette);
+  const std::string written = reports.Write(report) + EndLog(log.get(), options);
+  if (options.Verbosity != TVerbosity::Quiet) end += written;
+  platform::WriteConsole(platform::ConsoleStream::Output, end);
   return ExitCodeOf(report);
 }
 
