@@ -91,8 +91,7 @@ private:
 // The line that says where the log is.
 std::string EndLog(const TJsonLinesSink* log, const TCommonOptions& options) {
   if (log == nullptr) return {};
-  const std::u16string file =
-      text::ExpandPath(text::FromUtf8(options.LogFile), platform::CurrentDirectory());
+  const std::u16string file = text::ExpandPath(text::FromUtf8(options.LogFile), platform::CurrentDirectory());
   if (!log->HasFailed()) return WrittenLine("Log", file);
   WriteError(u"Warning : the log " + file + u" could not be written completely.");
   return {};

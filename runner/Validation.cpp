@@ -42,6 +42,14 @@ private:
   bool othersBefore_;
 };
 
+void LookAheadOf(const TActionNode& node, TValidationCollector& errors) {
+  try {
+    node.Action().LookAhead(errors);
+  } catch (const std::exception& error) {
+    errors.Add({}, MessageOf(error), nullptr);
+  }
+}
+
 class TProjectValidation {
 public:
   TProjectValidation(const TProject& project, const TExpressionEngine& expressions)
@@ -102,11 +110,7 @@ private:
     CheckLoop(node, errors);
     for (const auto* property : node.Properties())
       CheckTexts(node, *property, errors);
-    try {
-      node.Action().LookAhead(errors);
-    } catch (const std::exception& error) {
-      errors.Add({}, MessageOf(error), nullptr);
-    }
+    LookAheadOf(node, errors);
   }
 
   static void CheckLoop(const TActionNode& node, TValidationCollector& errors) {
@@ -116,7 +120,7 @@ private:
 
   void CheckTexts(const TActionNode& node, const TKxPublishedProperty& property,
                   TValidationCollector& errors) const {
-    if (property.Secret || property.ReadOnly) return;
+    if (property.Secret || !property.Stored) return; // what is not stored shows a part of what is
     const TKxPropertyValue value = property.Get(node.Action());
     if (const auto* text = std::get_if<std::u16string>(&value)) CheckText(node, property, *text, errors);
     if (const auto* lines = std::get_if<text::TStringList>(&value))

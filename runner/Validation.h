@@ -28,7 +28,7 @@ struct TValidationNote {
   std::u16string Message;
 };
 
-// What the action says against its own settings: an entry more when it throws, or gives no reason.
+// What the action says against its own settings: an entry as well when it throws, or gives no reason.
 void ValidateAction(const TServiceRegistry& services, const TActionNode& node, TValidationEntries& entries);
 
 // Everything that a run would stumble over, as far as it can be told beforehand: the settings of every
