@@ -40,7 +40,7 @@ std::u16string InWords(std::span<const std::u16string> names) {
 // The configuration that may have been meant; a platform that was left out is not a mistake to count.
 std::u16string Nearest(std::u16string_view wanted, const std::vector<std::u16string>& names) {
   if (wanted.size() > LongestName) return {};
-  if (const std::u16string whole = text::NearestName(wanted, names); !whole.empty()) return whole;
+  if (std::u16string whole = text::NearestName(wanted, names); !whole.empty()) return whole;
   std::vector<std::u16string> parts;
   parts.reserve(names.size());
   for (const auto& name : names)

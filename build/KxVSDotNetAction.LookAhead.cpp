@@ -168,7 +168,7 @@ std::vector<std::u16string> TBuildOutlook::CheckConfiguration(const IVSDotNetSol
   const auto wanted = action_.ForeseeExpression(settings.SolutionConfiguration);
   if (!wanted) return {};
   std::u16string problem;
-  const auto matched = MatchConfigurations(solution, *wanted, settings.UseRegExOnConfigName, problem);
+  auto matched = MatchConfigurations(solution, *wanted, settings.UseRegExOnConfigName, problem);
   const bool toolDecides =
       settings.BuildType == TVSDotNetBuildType::btAllProjects && MayToolKnowConfiguration(solution, *wanted);
   if (wanted->empty())

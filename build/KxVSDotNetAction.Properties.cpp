@@ -107,8 +107,7 @@ void AddSolutionRows(TRows& rows) {
              u"The solution file to build; a relative name is seen from the folder of the build project.")
       .Field(u"SolutionConfiguration", Solution<&TSolutionSettings::SolutionConfiguration>,
              u"The solution configuration to build. What is no name of the solution is read as an expression "
-             u"that "
-             u"may match several; in it the bar means \"or\" (Release\\|Any CPU is one configuration).")
+             u"that may match several; in it the bar means \"or\" (Release\\|Any CPU is one).")
       .Computed(u"AllSolutionConfigurations", &TKxVSDotNetAction::GetAllSolutionConfigurations,
                 u"The configurations that the solution offers, one a line.")
       .Field(u"UpdateWin32Resource", Win32Stamp<&TWin32StampSettings::UpdateWin32Resource>,

@@ -46,7 +46,7 @@ std::optional<std::u16string> TKxCustomVSDotNetAction::ForeseeExecutable(bool us
   if (useMSBuild) return MSBuildOf(solution_.VStudioVersion);
   const auto* options = VSDotNetOptions();
   if (options == nullptr) return u"";
-  const auto folder = ForeseeExpression(options->GetDevEnvLocation(solution_.VStudioVersion));
+  auto folder = ForeseeExpression(options->GetDevEnvLocation(solution_.VStudioVersion));
   if (!folder || folder->empty()) return folder;
   return text::IncludeTrailingPathDelimiter(*folder) + u"devenv.com";
 }
