@@ -108,9 +108,10 @@ std::u16string UnknownOption(const CLI::App& app, const std::u16string& option) 
 }
 
 std::u16string UnknownCommand(const std::u16string& name) {
-  const std::u16string kind = DescribeFileKind(name);
+  std::u16string kind = DescribeFileKind(name);
   if (!kind.empty()) return kind;
   std::vector<std::u16string> names;
+  names.reserve(Commands.size());
   for (const auto& command : Commands)
     names.push_back(Wide(command.Name));
   return u"Unknown subcommand " + Quoted(name) + u"." + DidYouMean(name, names);
