@@ -88,7 +88,7 @@ class WindowsTest(e2e.EndToEndTest):
         self.addCleanup(self.run_program, "wine", "reg", "delete", VISUAL_STUDIO, "/f", "/reg:32")
         _, shown = self.host("options", "list")
         self.assertIn("MSDevPath2008=C:\\Été 9\\IDE\\\n", shown)
-        self.assertIn("DefVSVersion=3\n", shown)
+        self.assertIn("DefVSVersion=vs2008\n", shown)
 
     def test_tools_get_the_exact_command_line_and_are_understood_in_both_code_pages(self):
         deep = "/".join(["Très long " + "x" * 40] * 6)
