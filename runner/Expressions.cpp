@@ -94,7 +94,8 @@ private:
     std::u16string chain;
     for (auto step = first; step != under_.end(); ++step)
       chain += *step + u", ";
-    throw ESelfReference(u"The variable " + Quoted(*first) + u" refers to itself: " + chain + *first + u".");
+    throw ESelfReference({first, under_.end()},
+                         u"The variable " + Quoted(*first) + u" refers to itself: " + chain + *first + u".");
   }
 
   const TActionNode& CalledNode(const TReference& reference) const {

@@ -29,7 +29,12 @@ public:
 // A variable that cannot be expanded wherever it is used.
 class ESelfReference : public EExpressionError {
 public:
-  using EExpressionError::EExpressionError;
+  explicit ESelfReference(TVariableNames circle, const std::u16string& message)
+      : EExpressionError(message), circle_(std::move(circle)) {}
+  const TVariableNames& Circle() const { return circle_; } // those that refer to each other
+
+private:
+  TVariableNames circle_;
 };
 
 // A name is looked up in the action (its hook ActionExpandExpression, then its local variables), in the

@@ -68,11 +68,15 @@ private:
     TVariableNames loopVariables;
     CollectLoopVariables(project_.Actions(), loopVariables);
     const TForesight foresight(expressions_, std::move(loopVariables));
+    TVariableNames circles;
     for (const auto& variable : project_.Variables) {
       try {
         static_cast<void>(expressions_.VariableValue(nullptr, variable.Name));
       } catch (const ESelfReference& error) {
-        entries_.push_back({u"Project", u"Variables", error.Message()});
+        // Each circle once, whoever leads into it.
+        if (!circles.contains(*error.Circle().begin()))
+          entries_.push_back({u"Project", u"Variables", error.Message()});
+        circles.insert(error.Circle().begin(), error.Circle().end());
       } catch (const std::exception&) {
         // Where the variable is used it is looked at with what is known there.
       }

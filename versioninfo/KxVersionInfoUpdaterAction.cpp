@@ -79,6 +79,24 @@ void TKxVersionInfoUpdaterAction::GetFilesToChange(text::TStringList& files) {
   }
 }
 
+void TKxVersionInfoUpdaterAction::LookAhead(IKxActionValidationError& errors) {
+  if (PropertySetName.empty())
+    errors.Add(u"PropertySetName", u"The name of the property set is blank.");
+  else if (GetPropertySetService().Find(PropertySetName) == nullptr)
+    errors.Add(u"PropertySetName", u"Unable to find property set: " + PropertySetName);
+  const auto file = ForeseeExpression(ResourceFile);
+  if (!file) return;
+  if (file->empty()) {
+    errors.Add(u"ResourceFile", u"A value is required.");
+    return;
+  }
+  try {
+    GetVersionInfoParser(std::make_shared<TVersionInfoContainer>(), FullProjectPath(*file))->Parse();
+  } catch (const std::exception& error) {
+    errors.Add(u"ResourceFile", u"Error Parsing File : " + MessageOf(error));
+  }
+}
+
 bool TKxVersionInfoUpdaterAction::Execute() {
   propertySet_ = GetPropertySetService().Find(PropertySetName);
   if (propertySet_ == nullptr) {

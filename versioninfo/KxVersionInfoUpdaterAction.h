@@ -24,6 +24,7 @@ public:
   const TKxPropertyTable& PublishedProperties() const override;
   std::u16string GetActionName() const override { return u"Win32 Version Info Updater"; }
   std::u16string GetActionKeywords() const override { return u"RC resource File"; }
+  void LookAhead(IKxActionValidationError& errors) override;
   bool Execute() override; // True once the script is written
   void GetFilesToChange(text::TStringList& files) override;
 

@@ -117,7 +117,7 @@ class VerdictTest(e2e.EndToEndTest):
                 project = self.project(actions, variables.format(more))
                 run = self.run_program(*self.command("validate", project))
                 self.assertEqual(run.returncode, 3 if said else 0, run.stdout)
-                self.assertIn(said or "No problems found.", run.stdout)
+                self.assertEqual(run.stdout, f"{said or 'No problems found.'}\n")
 
     def test_no_escape_sequence_reaches_a_terminal_that_wants_none(self):
         for wish, escapes in (({}, True), ({"NO_COLOR": "1"}, False), ({"TERM": "dumb"}, False)):

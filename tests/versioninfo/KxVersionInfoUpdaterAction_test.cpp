@@ -102,5 +102,28 @@ TEST_F(Updater, NamesAScriptThatItRefusesAndWhatItLoses) {
               testing::ElementsAre(testing::HasSubstr("app.rc: stamping changes FILETYPE 0x2L to 0x1L")));
 }
 
+TEST_F(Updater, ForeseesWhatItWouldRefuse) {
+  static_cast<void>(folder_.Write("bad.rc", "1 VERSIONINFO\nEND\n"));
+  const struct {
+    std::u16string Set;
+    std::u16string File;
+    std::vector<std::string> Entries;
+  } cases[] = {
+      {u"release", u"%Folder%/app.rc", {}},
+      {u"Debug", u"%Nobody%/app.rc", {"PropertySetName: Unable to find property set: Debug"}},
+      {u"",
+       u"",
+       {"PropertySetName: The name of the property set is blank.", "ResourceFile: A value is required."}},
+      {u"Release", u"%Folder%/bad.rc", {"ResourceFile: Error Parsing File : Unexpected END"}},
+  };
+  for (const auto& row : cases) {
+    action_.PropertySetName = row.Set;
+    action_.ResourceFile = row.File;
+    TRecordingValidation errors;
+    action_.LookAhead(errors);
+    EXPECT_EQ(errors.Entries, row.Entries) << text::ToUtf8(row.File);
+  }
+}
+
 } // namespace
 } // namespace kx::tests
