@@ -69,6 +69,8 @@ class CommandsTest(e2e.EndToEndTest):
         self.check_table([("inspect p.kxproj", "p.kxproj is a build project."),
                           ("inspect App.csproj", "App.csproj is a project of Visual Studio."),
                           ("inspect .", ". is a folder")], code=1)
+        self.write("App.rc2", "1 VERSIONINFO\nFILEVERSION 3,1,4,0\nBEGIN\nEND\n")
+        self.check_table([("inspect App.rc2", "majorVersion    3\n")], code=0)
         self.check_table([("validate p.xml", "The project holds no actions.")], code=3)
 
     def test_help_of_a_command_lists_all_that_it_takes(self):
