@@ -31,14 +31,15 @@ void Print(const std::string& text) {
   platform::WriteConsole(platform::ConsoleStream::Output, text + "\n");
 }
 
+// Whether a browser that was started shows the page, only the user can see: the address is there in any case.
 void ShowAddress(const std::string& address, bool openBrowser) {
-  const auto opened =
-      openBrowser ? platform::OpenInBrowser(text::FromUtf8(address)) : platform::Status(platform::Failure{});
-  if (opened) {
-    Print("The project is open in the browser. Ctrl-C ends the editor.");
-  } else {
-    Print("Open this address, which is good for one use; Ctrl-C ends the editor:\n" + address);
+  if (openBrowser) {
+    const auto opened = platform::OpenInBrowser(text::FromUtf8(address));
+    Print(opened ? "The browser opens the project."
+                 : "No browser could be started: " + text::ToUtf8(opened.Message()));
   }
+  Print("Where no browser shows it, open this address, which is good for one use; Ctrl-C ends the editor:\n" +
+        address);
 }
 
 void ServeToTheEnd(editor::TEditorSession& session, const editor::TEditorServer& server,

@@ -1,6 +1,7 @@
 #include "editor/EditorSession.h"
 
 #include "editor/FileChooser.h"
+#include "editor/HostOptionsPage.h"
 #include "editor/ProjectPaths.h"
 #include "editor/UnsavedCopies.h"
 #include "host/Exceptions.h"
@@ -181,19 +182,13 @@ void TEditorSession::TakeRunResult() {
 
 TJson TEditorSession::State(const TJson& /*arguments*/) {
   const TProject& project = project_.Project();
-  TJson options = TJson::array();
-  for (const auto& row : services_.Options())
-    if (row.Page != nullptr)
-      options.push_back(
-          {{"name", text::ToUtf8(row.Class->Name)}, {"category", text::ToUtf8(row.Class->Category)}});
   return {{"name", text::ToUtf8(project.Name)},
           {"file", text::ToUtf8(project_.FileName())},
           {"tree", TreeJson(project)},
           {"types", ActionTypesJson(services_)},
           {"variables", VariablesJson(project)},
           {"propertySets", PropertySetsJson(TProjectText(project_.Text()))},
-          {"unsaved", UnsavedJson()},
-          {"options", options}};
+          {"unsaved", UnsavedJson()}};
 }
 
 TJson TEditorSession::Ping(const TJson& /*arguments*/) {
@@ -209,18 +204,26 @@ TJson TEditorSession::Action(const TJson& arguments) {
   return PagesJson(arguments);
 }
 
+// Those of the packages and, behind them, the host's own.
+TPages& TEditorSession::OptionsPages() {
+  if (!optionsPages_.empty()) return optionsPages_;
+  for (const auto& row : services_.Options()) {
+    if (row.Page == nullptr) continue;
+    auto& page = optionsPages_.emplace_back(row.Page->Create());
+    page->InitFrame();
+    page->InitPage(*row.Object);
+  }
+  optionsPages_.push_back(std::make_unique<THostOptionsPage>(services_));
+  optionsPages_.back()->InitFrame();
+  for (const auto& page : optionsPages_)
+    page->ReadActionData();
+  return optionsPages_;
+}
+
 TKxPropertyPage& TEditorSession::OptionsPage(std::size_t index) {
-  if (optionsPages_.empty())
-    for (const auto& row : services_.Options()) {
-      if (row.Page == nullptr) continue;
-      auto page = row.Page->Create();
-      page->InitFrame();
-      page->InitPage(*row.Object);
-      page->ReadActionData();
-      optionsPages_.push_back(std::move(page));
-    }
-  if (index >= optionsPages_.size()) throw EKxException(u"There is no such page of options.");
-  return *optionsPages_[index];
+  auto& pages = OptionsPages();
+  if (index >= pages.size()) throw EKxException(u"There is no such page of options.");
+  return *pages[index];
 }
 
 TKxPropertyPage& TEditorSession::PageOf(const TJson& arguments) {
@@ -234,10 +237,8 @@ TKxPropertyPage& TEditorSession::PageOf(const TJson& arguments) {
 TJson TEditorSession::PagesJson(const TJson& arguments) {
   TJson pages = TJson::array();
   if (TextOf(arguments, "id") == text::FromAscii(OptionsId)) {
-    const auto count =
-        std::ranges::count_if(services_.Options(), [](const auto& row) { return row.Page != nullptr; });
-    for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i)
-      pages.push_back(PageJson(OptionsPage(i)));
+    for (const auto& page : OptionsPages())
+      pages.push_back(PageJson(*page));
     return {{"id", OptionsId}, {"pages", pages}};
   }
   TActionNode& node = project_.NodeAt(PathOf(arguments));

@@ -75,6 +75,7 @@ private:
 
   void EditPage(const TJson& arguments, const std::function<void(TKxPropertyPage&)>& change);
   TKxPropertyPage& PageOf(const TJson& arguments);
+  TPages& OptionsPages();
   TKxPropertyPage& OptionsPage(std::size_t index);
   TJson PagesJson(const TJson& arguments);
   TJson Moved(std::string_view id);

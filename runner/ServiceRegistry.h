@@ -70,6 +70,7 @@ public:
   const std::vector<TRegisteredPages>& Pages() const { return pages_; }
   const std::vector<TRegisteredEditor>& Editors() const { return editors_; }
 
+  TOptionsStore& Store() const { return store_; }
   // The options objects read the store again.
   void ReloadOptions();
   // Writes what the options objects filled in by themselves into the store, and the store into its file. What

@@ -97,7 +97,6 @@ function showState(answer, selected = answer.id ?? tree.selected) {
   tree.show(state.tree, selected);
   byId("no-actions").hidden = state.tree.length > 0;
   showProject(byId("project"), state, editProject);
-  byId("show-options").hidden = state.options.length === 0;
   showUnsaved();
   return tree.selected;
 }

@@ -1,5 +1,7 @@
 """The commands that only look, and what is said to those who use one wrongly."""
 import json
+import signal
+import subprocess
 import unittest
 
 import e2e
@@ -25,6 +27,22 @@ class CommandsTest(e2e.EndToEndTest):
                 status, output = self.host(*arguments.split())
                 self.assertIn(said, output)
                 self.assertEqual(status, code, output)
+
+    def test_the_editor_says_its_address_whether_or_not_a_browser_starts(self):
+        browsers = self.folder / "browsers"
+        browsers.mkdir()
+        for browser, said in ((None, "No browser could be started"), ("exit 1", "The browser opens the project.")):
+            with self.subTest(browser):
+                if browser:
+                    self.write("browsers/xdg-open", f"#!/bin/sh\n{browser}\n", executable=True)
+                with subprocess.Popen([e2e.BIN / "kxhost", "edit", self.folder / "new.kxproj"], text=True,
+                                      stdout=subprocess.PIPE, env={**self.environment, "PATH": str(browsers)}) as editor:
+                    self.addCleanup(e2e.kill_quietly, editor.pid)
+                    self.assertIn(said, editor.stdout.readline())
+                    editor.stdout.readline()
+                    self.assertRegex(editor.stdout.readline(), r"^http://127\.0\.0\.1:\d+/\w+/\?token=\w+$")
+                    editor.send_signal(signal.SIGINT)
+                    self.assertEqual(editor.wait(60), 0)
 
     def test_wrong_use_says_what_is_right(self):
         self.write("App.sln", HEADER + "Global\nEndGlobal\n")

@@ -1,9 +1,5 @@
-#include "editor/EditorSession.h"
-
 #include "editor/FileChooser.h"
-#include "package/KxVSDotNetReg.h"
-#include "runner/PluginLoader.h"
-#include "tests/runner/TestActions.h"
+#include "tests/editor/SessionFixture.h"
 
 #include <gmock/gmock.h>
 
@@ -16,89 +12,7 @@ using testing::HasSubstr;
 using testing::Not;
 using tests::TStepAction;
 
-class TNoFrameworks : public IKxDotNetInfo {
-public:
-  std::optional<std::u16string> GetFrameworkDirectory(std::u16string_view /*version*/) override {
-    return std::nullopt;
-  }
-};
-
-// The package's actions and pages over a store of its own, and two actions without pages.
-class EditorSession : public testing::Test {
-protected:
-  EditorSession() {
-    store_.Load(host_.Path("options.ini"));
-    services_.RegisterAction(u"STEP", u"Tests", TStepAction::Class());
-    services_.RegisterAction(u"LOOP", u"Tests", tests::TLoopAction::Class());
-    SetServices({.Actions = &services_,
-                 .Scripting = &services_,
-                 .Options = &services_,
-                 .Design = &design_,
-                 .PropertySetDesign = &design_,
-                 .DotNet = &frameworks_});
-    RegisterVisualStudioDotNet(TDesignContext());
-  }
-  ~EditorSession() override {
-    session_.reset();
-    SetServices({});
-  }
-
-  void Open(std::string_view actions) {
-    host_.Write("p.kxproj", Project(actions));
-    Open();
-  }
-  void Open() {
-    session_.reset();
-    session_ = std::make_unique<TEditorSession>(
-        services_, design_, TSessionSettings{host_.Path("p.kxproj"), {{}, host_.Path("keys")}});
-  }
-  static std::string Project(std::string_view actions) {
-    return "<BuildProject>\n  <!-- kept -->\n  <Actions>\n" + std::string(actions) +
-           "  </Actions>\n</BuildProject>\n";
-  }
-
-  TJson Do(std::string_view operation, const TJson& arguments = TJson::object()) {
-    return session_->Handle(operation, arguments);
-  }
-  TJson Set(const char* id, int page, const char* field, const char* value) {
-    return Do("set", {{"id", id}, {"page", page}, {"field", field}, {"value", value}});
-  }
-  std::string Refusal(std::string_view operation, const TJson& arguments) {
-    try {
-      Do(operation, arguments);
-    } catch (const EKxException& error) {
-      return error.what();
-    }
-    return {};
-  }
-  static TJson Field(const TJson& answer, std::size_t page, std::string_view name) {
-    for (const auto& field : answer["pages"][page]["fields"])
-      if (field["name"] == name) return field;
-    return {};
-  }
-  std::string Saved() {
-    EXPECT_EQ(Do("save")["saved"], true);
-    return host_.Read("p.kxproj");
-  }
-  TJson RunToTheEnd(const TJson& arguments = TJson::object()) {
-    Do("run", arguments);
-    return EndOfRun();
-  }
-  TJson EndOfRun() {
-    TJson answer;
-    do
-      answer = TJson::parse(session_->Runs().Events(0, 0, std::chrono::seconds(1)));
-    while (answer["running"] == true);
-    return answer["events"];
-  }
-
-  tests::TEmbeddedHost host_; // for its folder
-  TOptionsStore store_;
-  TServiceRegistry services_{store_};
-  TEditorDesign design_;
-  TNoFrameworks frameworks_;
-  std::unique_ptr<TEditorSession> session_;
-};
+class EditorSession : public TSessionFixture {};
 
 constexpr const char* Tests =
     "    <Action Type=\"MSTEST\">\n      <AssemblyFileName>a.dll</AssemblyFileName>\n"
@@ -462,6 +376,15 @@ TEST_F(EditorSession, OptionsAreSavedInTheStore) {
   ASSERT_FALSE(text.is_null());
   Set("options", 0, text["name"].get<std::string>().c_str(), "/opt/vs");
   EXPECT_THAT(host_.Read("options.ini"), HasSubstr("/opt/vs"));
+  // The host's own, which no package has a page for.
+  const auto folder = text::ToUtf8(host_.Path("fx"));
+  Set("options", 1, "DotNetFramework.v4.0", folder.c_str());
+  EXPECT_THAT(host_.Read("options.ini"), HasSubstr("v4.0=" + folder));
+  EXPECT_THAT(
+      Refusal("set", {{"id", "options"}, {"page", 1}, {"field", "DotNetFramework.v4.0"}, {"value", "fx"}}),
+      HasSubstr("takes the full path of a folder"));
+  Set("options", 1, "DotNetFramework.v4.0", "");
+  EXPECT_THAT(host_.Read("options.ini"), Not(HasSubstr("v4.0")));
 }
 
 TEST_F(EditorSession, TheChooserListsNamesThatFitTheFilter) {
