@@ -98,10 +98,12 @@ bool TBuildRun::VerifySetupTool(const std::vector<std::u16string>& configuration
 
 // AssemblyInfo first; a failed stamping ends the action before any tool runs.
 bool TBuildRun::StampVersions() {
+  TWin32Stamping win32(action_, solution_);
+  if (action_.win32Stamp_.UpdateWin32Resource && !win32.CheckNumbers()) return false;
   if (action_.assemblyInfo_.UpdateAssemblyInfo &&
       !TAssemblyInfoStamping(action_, solution_, action_.terminate_).Run())
     return false;
-  return !action_.win32Stamp_.UpdateWin32Resource || TWin32Stamping(action_, solution_).Run();
+  return !action_.win32Stamp_.UpdateWin32Resource || win32.Run();
 }
 
 bool TBuildRun::BuildConfiguration(const std::u16string& configuration) {

@@ -2,7 +2,6 @@
 
 #include "build/ProjectSelection.h"
 #include "host/Utilities.h"
-#include "host/Xml.h"
 #include "text/Text.h"
 #include "text/WindowsPath.h"
 #include "versioninfo/KxRCVersionInfo.h"
@@ -179,24 +178,39 @@ bool TWin32Stamping::Run() {
 
 bool TWin32Stamping::TakeValues() {
   const TWin32StampSettings& settings = action_.Win32Stamp();
-  TVersionInfoValues& kept = action_.Win32Values().Values();
-  TVersionInfoContainer taken;
-  taken.Values() = kept;
+  std::shared_ptr<const IPropertySet> set;
   if (settings.UsePropertySet) {
-    const auto set = FindPropertySet(action_, settings.PropertySetName, u"Win32 PropertySet name is blank");
+    set = FindPropertySet(action_, settings.PropertySetName, u"Win32 PropertySet name is blank");
     if (set == nullptr) return false;
-    if (!Attempt(u"", [&] { TVersionInfo::LoadFromPropertySet(*set, taken); })) return false;
   }
-  values_ = taken.Values();
-  const bool increments =
-      values_.AutoIncBuild && values_.BuildVersion < std::numeric_limits<std::int32_t>::max();
-  if (increments) ++values_.BuildVersion;
-  if (const auto refused = TVersionInfo::CheckNumbers(values_)) {
-    action_.SendMessage(*refused, TStatusTag::stError);
-    return false;
-  }
-  if (increments) kept.BuildVersion = values_.BuildVersion;
+  if (!Attempt(u"", [&] { values_ = Wanted(set.get()); })) return false;
+  if (values_.AutoIncBuild) action_.Win32Values().Values().BuildVersion = values_.BuildVersion;
   return ExpandTexts();
+}
+
+TVersionInfoValues TWin32Stamping::Wanted(const IPropertySet* set) const {
+  TVersionInfoContainer wanted;
+  wanted.Values() = action_.Win32Values().Values();
+  if (set != nullptr) TVersionInfo::LoadFromPropertySet(*set, wanted);
+  TVersionInfoValues& values = wanted.Values();
+  if (values.AutoIncBuild && values.BuildVersion < std::numeric_limits<std::int32_t>::max())
+    ++values.BuildVersion;
+  return values;
+}
+
+// A property set that is missing or holds no numbers is told of when the stamping takes it.
+bool TWin32Stamping::CheckNumbers() {
+  const TWin32StampSettings& settings = action_.Win32Stamp();
+  const auto set =
+      settings.UsePropertySet ? action_.GetPropertySetService().Find(settings.PropertySetName) : nullptr;
+  std::optional<std::u16string> refused;
+  try {
+    refused = TVersionInfo::CheckNumbers(Wanted(set.get()));
+  } catch (const EKxException&) {
+    return true;
+  }
+  if (refused) action_.SendMessage(*refused, TStatusTag::stError);
+  return !refused;
 }
 
 bool TWin32Stamping::ExpandTexts() {

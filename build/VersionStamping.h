@@ -50,10 +50,14 @@ public:
   TWin32Stamping(TKxCustomVSDotNetAction& action, std::shared_ptr<IVSDotNetSolution> solution)
       : action_(action), solution_(std::move(solution)) {}
 
+  // Whether the numbers fit into a version resource; False with the reason in the log. Changes nothing, so
+  // that it can be asked before anything else is stamped.
+  bool CheckNumbers();
   bool Run(); // in a message group of its own; False with the reason in the log
 
 private:
   bool TakeValues();
+  TVersionInfoValues Wanted(const IPropertySet* set) const;
   bool ExpandTexts();
   bool DoUpdateWin32VersionInfo();
   bool ApplyVersionInfo(const std::u16string& file);

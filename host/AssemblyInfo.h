@@ -48,6 +48,8 @@ public:
   virtual const TAssemblyInfoUnit& Current() = 0; // the one whose AssemblyInfo file is processed
   // All that the source is part of.
   virtual std::vector<const TAssemblyInfoUnit*> UnitsOf(std::u16string_view source) = 0;
+  // Whether it is the AssemblyInfo file of one that is stamped.
+  virtual bool IsAssemblyInfoFile(std::u16string_view source) = 0;
 };
 
 // What was written for whom. Kept over a whole run, it lets somebody be told that a source which several
@@ -70,9 +72,11 @@ struct TAssemblyInfoHistory {
 //   is not added once more.
 // - Where the assemblies are known, an attribute that the file lacks but another source of the same assembly
 //   has is changed there, with a message.
-// - A missing attribute of System.Reflection is added on a line of its own behind the last attribute of the
-//   assembly, in that one's style, with the import that it needs; in a file without any import it is written
-//   with its namespace.
+// - A missing attribute of System.Reflection is added to the file, or, where the assembly shares a source
+// that
+//   is the AssemblyInfo file of others, to that one: else they would have it twice. It comes on a line of its
+//   own behind the last attribute of the assembly, in that one's style, with the import that it needs; in a
+//   file without any import it is written with its namespace.
 // - Other attributes (AssemblyComment, which is none of the .NET framework's) are changed where the file has
 //   them. Where it has not they are not added, since the file would no longer compile; a message says so.
 // - A file in ASCII that gets other characters becomes UTF-8. A value that the file's encoding cannot hold

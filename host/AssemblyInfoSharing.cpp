@@ -1,7 +1,9 @@
 #include "host/AssemblyInfoSharing.h"
 #include "host/FileUpdates.h"
+#include "platform/Files.h"
 #include "text/Encoding.h"
 #include "text/Text.h"
+#include "text/WindowsPath.h"
 
 #include <algorithm>
 
@@ -30,6 +32,7 @@ public:
     for (const auto& [name, value] : values)
       for (const auto& file : Receivers(name))
         Share(file).Values.emplace_back(name, value);
+    if (!added_.empty()) WarnOfMissingSources();
     return std::move(shares_);
   }
 
@@ -48,8 +51,34 @@ private:
     const TAssemblyInfoUnit& unit = units_->Current();
     std::vector<std::u16string> holders = Holders(unit, name);
     if (!holders.empty()) return holders;
-    if (!IsFrameworkAttribute(name) || MayBeAdded(unit, name)) return {file_};
-    return {};
+    if (!IsFrameworkAttribute(name)) return {file_};
+    if (!MayBeAdded(unit, name)) return {};
+    added_.push_back(name);
+    return {PlaceOfNew(unit, name)};
+  }
+
+  // What several projects have in common goes to the file that is all that some of them have.
+  std::u16string PlaceOfNew(const TAssemblyInfoUnit& unit, std::u16string_view name) {
+    for (const auto& source : unit.Sources)
+      if (!text::EqualsIgnoreCase(source, file_) && units_->IsAssemblyInfoFile(source) &&
+          std::ranges::none_of(units_->UnitsOf(source), [&](const TAssemblyInfoUnit* other) {
+            return Generates(*other, name) || !Holders(*other, name).empty();
+          }))
+        return source;
+    return file_;
+  }
+
+  // A source that the build makes by itself may bring the same attributes.
+  void WarnOfMissingSources() {
+    for (const auto& source : units_->Current().Sources) {
+      const std::u16string name = text::ExtractFileName(source);
+      const bool speaksOfVersions = text::FindIgnoreCase(name, u"AssemblyInfo") != std::u16string::npos ||
+                                    text::FindIgnoreCase(name, u"Version") != std::u16string::npos;
+      if (speaksOfVersions && !platform::FileExists(source))
+        shares_.Messages.push_back(text::Join(added_, u", ") + u" added, although " + source +
+                                   u", which the project compiles too, is not on disk: if the build makes it "
+                                   u"with the same attributes, make it before the stamping");
+    }
   }
 
   bool MayBeAdded(const TAssemblyInfoUnit& unit, const std::u16string& name) {
@@ -89,6 +118,7 @@ private:
   IAssemblyInfoUnits* units_;
   TAssemblyInfoInventories& inventories_;
   TAssemblyInfoShares shares_;
+  std::vector<std::u16string> added_;
 };
 
 } // namespace

@@ -11,6 +11,7 @@
 
 #include <map>
 #include <optional>
+#include <set>
 
 namespace kx {
 
@@ -70,6 +71,7 @@ public:
   TSolutionUnits(const IVSDotNetSolution& solution, std::u16string solutionPath)
       : projects_(solution.GetProjects()), solutionPath_(std::move(solutionPath)) {}
 
+  void Stamp(const text::TStringList& ids) { stamped_ = ids; }
   void Enter(const IVSDotNetProject& project, std::u16string_view file) {
     project_ = &project;
     file_ = file;
@@ -86,7 +88,28 @@ public:
     return units;
   }
 
+  bool IsAssemblyInfoFile(std::u16string_view source) override {
+    if (!assemblyInfoFiles_) FindAssemblyInfoFiles();
+    return assemblyInfoFiles_->contains(source);
+  }
+
 private:
+  void FindAssemblyInfoFiles() {
+    assemblyInfoFiles_.emplace();
+    for (const auto& id : stamped_) {
+      const auto project = projects_->FindByID(id);
+      if (!project || IsWebAddress(project->GetFileName())) continue;
+      const std::u16string path = TPathUtils::ExpandRelativePath(project->GetFileName(), solutionPath_);
+      try {
+        const std::u16string name = FindAssemblyInfoName(path, solutionPath_);
+        if (!name.empty())
+          assemblyInfoFiles_->insert(TPathUtils::ExpandRelativePath(name, text::ExtractFilePath(path)));
+      } catch (const EKxParseError&) {
+        continue; // said when it is that project's turn
+      }
+    }
+  }
+
   const TAssemblyInfoUnit& UnitOf(const IVSDotNetProject& project, std::u16string_view file) {
     const auto found = units_.find(project.GetProjectID());
     if (found != units_.end()) return found->second;
@@ -112,6 +135,8 @@ private:
   std::u16string solutionPath_;
   const IVSDotNetProject* project_ = nullptr;
   std::u16string file_;
+  text::TStringList stamped_;
+  std::optional<std::set<std::u16string, text::IgnoreCaseLess>> assemblyInfoFiles_;
   std::map<std::u16string, TAssemblyInfoUnit> units_; // by the project's id
   std::multimap<std::u16string, const TAssemblyInfoUnit*> bySource_;
 };
@@ -140,6 +165,7 @@ public:
     for (const auto& id : projectIDs)
       if (filter == nullptr || filter->IndexOf(id)) ids.Add(id);
     action_.SendMessage(text::FromInteger(static_cast<std::int64_t>(ids.Count())) + u" projects to process.");
+    units_.Stamp(ids);
     TConnection connection;
     for (const auto& id : ids) {
       if (const auto project = solution_->GetProjects()->FindByID(id))
@@ -234,6 +260,10 @@ void CollectAssemblyInfoFiles(const IVSDotNetSolution& solution,
   const std::u16string folder = text::ExtractFilePath(solution.GetFileName());
   TSolutionUnits units(solution, folder);
   TAssemblyInfoInventories inventories;
+  text::TStringList ids;
+  for (const IVSDotNetProject* project : projects)
+    ids.Add(project->GetProjectID());
+  units.Stamp(ids);
   for (const IVSDotNetProject* project : projects) {
     if (IsWebAddress(project->GetFileName())) continue;
     const std::u16string path = TPathUtils::ExpandRelativePath(project->GetFileName(), folder);

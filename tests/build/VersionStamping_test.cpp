@@ -180,9 +180,14 @@ TEST_F(VersionStamping, TakesFromTheActionWhatAPropertySetOfWin32ValuesLacks) {
 }
 
 TEST_F(VersionStamping, RefusesNumbersBeforeTheyAreKeptOrWritten) {
-  EXPECT_THAT(Stamp(u"UpdateWin32Resource=True&AutoIncBuild=True&BuildVersion=65535"),
-              testing::EndsWith("< 3\nfailed"));
+  EXPECT_EQ(
+      Stamp(u"UpdateAssemblyInfo=True&UpdateAssemblyVersion=True&AssemblyVersion=1|2||&"
+            u"UpdateWin32Resource=True&AutoIncBuild=True&BuildVersion=65535"),
+      "3 BuildVersion 65536 does not fit into a version resource, where numbers are 0 to 65535\nfailed");
   EXPECT_EQ(Get(u"BuildVersion"), "65535");
+  EXPECT_THAT(Stamp(u"UpdateAssemblyInfo=True&UpdateAssemblyVersion=True&AssemblyVersion=1|0|*|4"),
+              HasSubstr("3 Error Updating Assembly Info : AssemblyVersion \"1.0.*.4\" is no version"));
+  EXPECT_EQ(VersionsOf("App") + VersionsOf("Lib"), "=1.0.* =1.0.* ") << "nothing was touched";
   EXPECT_EQ(folder_.Read("Native/version.rc"), Script);
 }
 
@@ -198,6 +203,14 @@ TEST_F(VersionStamping, EndsTheActionBeforeAnyToolRunsWhenItFails) {
   };
   for (const auto& [settings, message] : cases)
     EXPECT_THAT(Stamp(settings), testing::EndsWith(message + "< 3\nfailed"));
+  EXPECT_EQ(
+      Stamp(u"UpdateAssemblyInfo=True&UpdateAssemblyVersion=True&AssemblyVersion=1|2||&"
+            u"UpdateWin32Resource=True&AutoIncBuild=True&BuildVersion=65535"),
+      "3 BuildVersion 65536 does not fit into a version resource, where numbers are 0 to 65535\nfailed");
+  EXPECT_EQ(Get(u"BuildVersion"), "65535");
+  EXPECT_THAT(Stamp(u"UpdateAssemblyInfo=True&UpdateAssemblyVersion=True&AssemblyVersion=1|0|*|4"),
+              HasSubstr("3 Error Updating Assembly Info : AssemblyVersion \"1.0.*.4\" is no version"));
+  EXPECT_EQ(VersionsOf("App") + VersionsOf("Lib"), "=1.0.* =1.0.* ") << "nothing was touched";
   folder_.Write("Native/version.rc", "1 VERSIONINFO\r\nEND\r\n");
   EXPECT_THAT(Stamp(u"UpdateWin32Resource=True"), HasSubstr("3 Error Parsing File : Unexpected END"));
   EXPECT_THAT(host_.Runs(), testing::IsEmpty());

@@ -148,6 +148,7 @@ TEST_F(SolutionAssemblyUpdater, ChangesAnAttributeWhereItStands) {
     const char* Name;
     std::string Project; // a/a.csproj; its AssemblyInfo.cs has no version
     bool Added;
+    bool Warned = false; // though it was added
   };
   const TCase cases[] = {
       {"a link", R"(<Compile Include="..\Common.cs"><Link>Common.cs</Link></Compile>)", false},
@@ -164,6 +165,7 @@ TEST_F(SolutionAssemblyUpdater, ChangesAnAttributeWhereItStands) {
       {"not compiled", R"(<None Include="..\Common.cs"/>)", true},
       {"removed again", R"(<Compile Include="..\Common.cs"/><Compile Remove="..\Common.cs"/>)", true},
       {"not on disk", R"(<Compile Include="..\Missing.cs"/>)", true},
+      {"not on disk yet", R"(<Compile Include="..\MyVersion.cs"/>)", true, true},
   };
   for (const auto& row : cases) {
     SCOPED_TRACE(row.Name);
@@ -180,7 +182,7 @@ TEST_F(SolutionAssemblyUpdater, ChangesAnAttributeWhereItStands) {
     Updater()->UpdateAllProjects();
     EXPECT_EQ(Read("a/AssemblyInfo.cs").find("AssemblyVersion") != std::string::npos, row.Added);
     EXPECT_EQ(Read("Common.cs") == New || Read("Common.cpp") == std::string(New) + ";", !row.Added);
-    EXPECT_EQ(action_.Messages.empty(), row.Added) << "a warning";
+    EXPECT_EQ(action_.Messages.empty(), row.Added && !row.Warned) << "a warning";
     action_.Messages.clear();
   }
 }
@@ -231,6 +233,21 @@ TEST_F(SolutionAssemblyUpdater, AddsNothingThatAProjectHasAlready) {
       action_.Messages,
       ElementsAre(testing::HasSubstr("is not added: B, which is made of this file too, has it already in @/"),
                   testing::HasSubstr("is not added: C has it written by its build")));
+}
+
+// Whoever is stamped first: what one project adds must not keep the other from it.
+TEST_F(SolutionAssemblyUpdater, AddsWhatIsCommonToTheFileThatIsAllThatAProjectHas) {
+  AddProject('A', "a.csproj");
+  AddProject('B', "b.csproj");
+  folder_.Write(
+      "a.csproj",
+      R"(<Project><Compile Include="AssemblyInfo.cs"/><Compile Include="CommonAssemblyInfo.cs"/></Project>)");
+  folder_.Write("b.csproj", R"(<Project><Compile Include="CommonAssemblyInfo.cs"/></Project>)");
+  folder_.Write("AssemblyInfo.cs", "\n");
+  folder_.Write("CommonAssemblyInfo.cs", "using System.Reflection;");
+  Updater()->UpdateAllProjects();
+  EXPECT_EQ(Read("AssemblyInfo.cs"), "\n");
+  EXPECT_EQ(Read("CommonAssemblyInfo.cs"), std::string("using System.Reflection;\r\n") + New);
 }
 
 TEST_F(SolutionAssemblyUpdater, PassesOverWhatIsNotThere) {
