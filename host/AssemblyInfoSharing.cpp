@@ -18,7 +18,7 @@ bool MayHaveAttributes(std::string_view bytes) {
   if (text::DetectByteOrderMark(bytes) >= text::ByteOrderMark::Utf16LE) return true;
   static constexpr std::string_view word = "assembly";
   const auto same = [](char a, char b) { return a == b || (a >= 'A' && a <= 'Z' && a - 'A' + 'a' == b); };
-  return std::ranges::search(bytes, word, same).begin() != bytes.end();
+  return std::search(bytes.begin(), bytes.end(), word.begin(), word.end(), same) != bytes.end();
 }
 
 class TSharing {

@@ -102,8 +102,8 @@ private:
       const std::u16string path = TPathUtils::ExpandRelativePath(project->GetFileName(), solutionPath_);
       try {
         const std::u16string name = FindAssemblyInfoName(path, solutionPath_);
-        if (!name.empty())
-          assemblyInfoFiles_->insert(TPathUtils::ExpandRelativePath(name, text::ExtractFilePath(path)));
+        const std::u16string file = TPathUtils::ExpandRelativePath(name, text::ExtractFilePath(path));
+        if (!name.empty() && platform::FileExists(file)) assemblyInfoFiles_->insert(file);
       } catch (const EKxParseError&) {
         continue; // said when it is that project's turn
       }

@@ -248,6 +248,9 @@ TEST_F(SolutionAssemblyUpdater, AddsWhatIsCommonToTheFileThatIsAllThatAProjectHa
   Updater()->UpdateAllProjects();
   EXPECT_EQ(Read("AssemblyInfo.cs"), "\n");
   EXPECT_EQ(Read("CommonAssemblyInfo.cs"), std::string("using System.Reflection;\r\n") + New);
+  std::filesystem::remove(folder_.Native("CommonAssemblyInfo.cs"));
+  Updater()->UpdateAllProjects();
+  EXPECT_THAT(Read("AssemblyInfo.cs"), testing::HasSubstr("AssemblyVersion(\"1.2.3.4\")"));
 }
 
 TEST_F(SolutionAssemblyUpdater, PassesOverWhatIsNotThere) {
