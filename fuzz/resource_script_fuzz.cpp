@@ -20,6 +20,7 @@ void Stamp(const kx::text::TStringList& lines) {
   const auto once = kx::RewriteVersionBlock(lines, u"", info);
   const auto again = Read(once);
   if (again.Values().Strings != info.Values().Strings) std::abort();
+  static_cast<void>(kx::FindLosses(lines, u"", info));
   const auto twice = kx::RewriteVersionBlock(once, u"", again);
   if (kx::RewriteVersionBlock(twice, u"", Read(twice)) != twice) std::abort();
   static_cast<void>(kx::DefinesVersionName(once, [](std::u16string_view) { return u"#include \"a.h\""; }));
