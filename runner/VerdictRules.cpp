@@ -35,6 +35,7 @@ constexpr std::array<std::u16string_view, 3> Severities{u"error", u"warning", u"
 template <typename TRange, typename TName>
 std::vector<std::u16string> NamesOf(const TRange& range, const TName& name) {
   std::vector<std::u16string> names;
+  names.reserve(range.size());
   for (const auto& row : range)
     names.emplace_back(name(row));
   return names;
