@@ -35,8 +35,10 @@ TResultRow OwnRow(const TActionResult& action) {
   row.Reason = action.Reason;
   row.Counts = action.Counts;
   row.Elapsed = action.Elapsed;
-  const bool isRest = !action.Configurations.empty() && IsSuccess(action.Result);
-  row.IsOutcome = row.IsOutcome && !isRest;
+  if (!action.Configurations.empty()) {
+    row.Configuration = u"(the rest)";
+    row.IsOutcome = row.IsOutcome && !IsSuccess(action.Result);
+  }
   for (const auto& configuration : action.Configurations) {
     row.Counts.Errors -= configuration.Counts.Errors;
     row.Counts.Warnings -= configuration.Counts.Warnings;

@@ -26,7 +26,7 @@ struct TResultRow {
 };
 
 // In the order in which the actions began. What an action with configurations says beside them (a failed
-// stamping, a rule that it broke) is a row of its own behind theirs.
+// stamping, a rule that it broke) is a row of its own behind theirs, "(the rest)".
 std::vector<TResultRow> ResultRows(const std::vector<TActionResult>& results);
 
 // "2 succeeded, 1 failed; 3 errors, 1 warning; 12 tests, 1 failed": what the rows (loops apart) add up to.
