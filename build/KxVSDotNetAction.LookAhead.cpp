@@ -197,6 +197,8 @@ void TBuildOutlook::CheckProjects(const IVSDotNetSolution& solution,
   }
   if (const auto cut = anyByMSBuild ? WhyFolderIsCut(solution) : std::u16string(); !cut.empty())
     errors_.Add(u"Solution", cut);
+  if (const auto shared = ExplainSharedIdentifiers(solution, projects); !shared.empty())
+    errors_.Add(u"Solution", shared);
   if (!configurations.empty() && !projects.empty() && !anyIsBuilt)
     errors_.Add(u"BuildType",
                 u"None of the projects to build is part of " + text::Join(configurations, u", ") + u".");

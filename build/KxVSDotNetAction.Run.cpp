@@ -4,6 +4,7 @@
 #include "build/DevEnvCommandLine.h"
 #include "build/MSBuildCommandLine.h"
 #include "build/ProjectSearch.h"
+#include "build/ProjectSelection.h"
 #include "build/VersionStamping.h"
 #include "host/Utilities.h"
 #include "platform/Files.h"
@@ -12,6 +13,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace kx {
 
@@ -180,6 +182,7 @@ bool TBuildRun::RebuildProjects(const std::u16string& configuration) {
 bool TBuildRun::BuildProjects(const std::u16string& configuration, TVSDotNetBuildAction buildAction) {
   text::TStringList ids;
   if (!ReadProjects(ids)) return false;
+  WarnOfSharedIdentifiers();
   for (const auto& id : ids) {
     const auto project = solution_->GetProjects()->FindByID(id);
     if (!project) {
@@ -248,6 +251,12 @@ bool TBuildRun::BuildProject(const IVSDotNetProject& project, const std::u16stri
   if (useMSBuild) WarnOfCutFolder();
   parameters += ProjectParameters(project, projectConfiguration, configuration, useMSBuild, buildAction);
   return group.Close(RunCompiler(parameters, useMSBuild));
+}
+
+void TBuildRun::WarnOfSharedIdentifiers() {
+  if (std::exchange(checkedIdentifiers_, true)) return;
+  const auto shared = ExplainSharedIdentifiers(*solution_, action_.ProjectsToBuild(*solution_));
+  if (!shared.empty()) action_.SendMessage(u"Warning : " + shared, TStatusTag::stWarning);
 }
 
 // MSBuild is told the solution's folder without quotes.

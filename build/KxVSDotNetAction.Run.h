@@ -54,6 +54,7 @@ private:
   std::u16string MSBuildParameters(std::u16string_view configuration, bool anyCPU,
                                    TVSDotNetBuildAction buildAction);
   bool RunCompiler(const std::u16string& parameters, bool useMSBuild);
+  void WarnOfSharedIdentifiers();
   void WarnOfCutFolder();
   void RunProcess(IKxProcess& process);
   void NoteBuilt(bool useMSBuild);
@@ -69,6 +70,7 @@ private:
   std::optional<TBuildOutputAnalysis> analysis_;
   int toolRuns_ = 0;
   int fruitfulRuns_ = 0; // those that built a project, as far as the tool says
+  bool checkedIdentifiers_ = false;
   bool warnedOfFolder_ = false;
 };
 

@@ -5,6 +5,8 @@
 #include "text/Text.h"
 #include "text/WindowsPath.h"
 
+#include <map>
+
 namespace kx {
 
 namespace {
@@ -74,6 +76,22 @@ std::u16string Explain(const IVSDotNetSolution& solution, const TGuessedEntry& e
          text::FromInteger(static_cast<std::int64_t>(entry.Projects.size())) + u" projects " +
          DoubleQuoteString(entry.Entry) + u". Taken is " + entry.Projects.front()->GetFileName() +
          u"; name the file instead.";
+}
+
+std::u16string ExplainSharedIdentifiers(const IVSDotNetSolution& solution,
+                                        std::span<const std::shared_ptr<IVSDotNetProject>> projects) {
+  std::map<std::u16string, std::shared_ptr<IVSDotNetProject>, text::IgnoreCaseLess> firsts;
+  std::u16string shared;
+  for (const auto& project : projects) {
+    const auto& first = firsts.try_emplace(project->GetProjectID(), project).first->second;
+    if (text::EqualsIgnoreCase(first->GetFileName(), project->GetFileName())) continue;
+    shared += (shared.empty() ? u"" : u"; ") + first->GetFileName() + u" and " + project->GetFileName() +
+              u" have " + project->GetProjectID();
+  }
+  if (shared.empty()) return {};
+  return SolutionName(solution) + u" gives different projects one identifier: " + shared +
+         u". Only the first of them is built. Give the others identifiers of their own, or build the whole "
+         u"solution (BuildType btAllProjects).";
 }
 
 } // namespace kx

@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -41,5 +42,10 @@ TResolvedSelection ResolveSelection(const IVSDotNetSolution& solution, const tex
 // For users: why the entry means no project, with the nearest name; what was taken for it.
 std::u16string Explain(const IVSDotNetSolution& solution, const TUnresolvedEntry& entry);
 std::u16string Explain(const IVSDotNetSolution& solution, const TGuessedEntry& entry);
+
+// For users: those of the projects that cannot be told apart. Projects are built by their identifiers, so of
+// several that share one the first is built each time. Empty where there are none.
+std::u16string ExplainSharedIdentifiers(const IVSDotNetSolution& solution,
+                                        std::span<const std::shared_ptr<IVSDotNetProject>> projects);
 
 } // namespace kx

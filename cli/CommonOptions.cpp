@@ -15,11 +15,6 @@ namespace {
 
 using TAdd = CLI::Option* (*)(CLI::App& app, const std::string& name, TCommonOptions& options);
 
-template <auto Member>
-CLI::Option* AddText(CLI::App& app, const std::string& name, TCommonOptions& options) {
-  return app.add_option(name, options.*Member);
-}
-
 // One value each time it is given.
 template <auto Member>
 CLI::Option* AddList(CLI::App& app, const std::string& name, TCommonOptions& options) {
@@ -31,12 +26,15 @@ CLI::Option* AddFlag(CLI::App& app, const std::string& name, TCommonOptions& opt
   return app.add_flag(name, options.*Member);
 }
 
-// A file that is written. Standard output is for people; "-" would become a file of that name.
+// A file that is written. "-" is no standard output here, which is for people, and "--dry-run" behind "--log"
+// is a name that was forgotten: a run in earnest would follow.
 template <auto Member>
 CLI::Option* AddFile(CLI::App& app, const std::string& name, TCommonOptions& options) {
   return app.add_option_function<std::string>(name, [&options, name](const std::string& file) {
-    if (file == "-")
-      throw EUsage(text::FromUtf8(name) + u" takes the name of a file; it writes none to standard output.");
+    const std::u16string wide = text::FromUtf8(file);
+    if (file.empty() || file.starts_with('-'))
+      throw EUsage(text::FromUtf8(name) + u" takes the name of a file, not " + Quoted(wide) + u"." +
+                   (file.empty() ? u"" : u" A file of that name is ./" + wide + u"."));
     options.*Member = file;
   });
 }
@@ -76,7 +74,7 @@ constexpr std::string_view Runs = "run do";
 using T = TCommonOptions;
 constexpr std::array<TCommonOption, 11> Options{{
     {"--options", "FILE", "The options store (default: in the user's configuration folder)", Hosts,
-     AddText<&T::OptionsFile>},
+     AddFile<&T::OptionsFile>},
     {"--option", "SECTION.KEY=VALUE", "An option for this run only", Hosts, AddList<&T::Overrides>},
     {"--plugin", "FILE", "Load this plug-in too", Hosts, AddList<&T::Plugins>},
     {"--drive", "LETTER=FOLDER", "What a drive letter stands for", All, AddList<&T::Drives>},

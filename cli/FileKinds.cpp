@@ -23,7 +23,7 @@ struct TFileKind {
 constexpr std::u16string_view BuildProject = u"a build project";
 
 // The first that fits counts.
-constexpr std::array<TFileKind, 6> Kinds{{
+constexpr std::array<TFileKind, 8> Kinds{{
     {BuildProject,
      {u".kxproj"},
      u"<BuildProject",
@@ -44,6 +44,15 @@ constexpr std::array<TFileKind, 6> Kinds{{
      u"Commands take the solution that names it: \"kxhost inspect\" shows that one, \"kxhost do DEVENV\" "
      u"builds "
      u"it."},
+    // By its name alone: projects hold words that begin as its root does.
+    {u"a solution in XML, of a newer Visual Studio",
+     {u".slnx"},
+     u"",
+     u"Commands take solutions of the older form; Visual Studio saves it as a .sln."},
+    {u"a compiled resource",
+     {u".res"},
+     u"",
+     u"Commands take the script that it is made of: \"kxhost inspect\" shows the version in that one."},
     {u"a log",
      {u".log"},
      u"",
@@ -76,18 +85,32 @@ const TFileKind* KindOf(std::u16string_view file, std::u16string_view beginning)
 }
 
 std::u16string Describe(const TFileKind& kind, std::u16string_view file) {
+  if (!platform::FileExists(file))
+    return NoSuchFile(file) + u" By its name it would be " + std::u16string(kind.What) + u".";
   return std::u16string(file) + u" is " + std::u16string(kind.What) + u". " +
          text::ReplaceAll(kind.Commands, u"FILE", file);
 }
 
 } // namespace
 
+std::u16string NoSuchFile(std::u16string_view file) {
+  return u"There is no file " + (file.empty() ? u"without a name" : std::u16string(file)) + u".";
+}
+
 std::u16string DescribeFileKind(std::u16string_view file) {
   const auto* kind = KindOf(file, BeginningOf(file));
   return kind == nullptr ? std::u16string() : Describe(*kind, file);
 }
 
+std::u16string_view ExtensionOfKind(std::u16string_view file) {
+  const auto* kind = KindOf(file, BeginningOf(file));
+  return kind == nullptr ? std::u16string_view() : kind->Extensions.front();
+}
+
 void RequireBuildProject(std::u16string_view file) {
+  if (text::Trim(file).empty()) throw EUsage(u"The name of the build project is empty.");
+  if (platform::DirectoryExists(file))
+    throw EUsage(std::u16string(file) + u" is a folder; a build project is a file.");
   const std::u16string beginning = BeginningOf(file);
   const auto* kind = KindOf(file, beginning);
   if (kind != nullptr && kind->What != BuildProject) throw EUsage(Describe(*kind, file));

@@ -7,10 +7,16 @@
 namespace kx::cli {
 
 // "App.sln is a solution. "kxhost inspect App.sln" shows it; ..."; empty for a file of no kind that a command
-// knows. The file's beginning counts before its extension, so it may have any name; it need not exist.
+// knows. The file's beginning counts before its extension, so it may have any name. Of a file that does not
+// exist it says so, and what its name would make it.
 std::u16string DescribeFileKind(std::u16string_view file);
 
-// Raises EUsage for a file of another kind.
+// The extension that files of its kind usually have; empty for one of no kind that a command knows.
+std::u16string_view ExtensionOfKind(std::u16string_view file);
+
+std::u16string NoSuchFile(std::u16string_view file);
+
+// Raises EUsage for a file of another kind and for a folder. The file need not exist.
 void RequireBuildProject(std::u16string_view file);
 
 } // namespace kx::cli

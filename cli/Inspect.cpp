@@ -41,14 +41,20 @@ constexpr std::array<TInspector, 4> Inspectors{
      {u".trx", PrintTestResults}}};
 constexpr TInspector LogInspector{u"", PrintObject<InspectBuildLog, DescribeBuildLog>};
 
-const TInspector& InspectorFor(const std::u16string& file, const TInspectOptions& options) {
-  if (options.MSBuild) return LogInspector;
-  const std::u16string extension = text::ExtractFileExt(file);
-  const auto found = std::find_if(Inspectors.begin(), Inspectors.end(), [&extension](const TInspector& row) {
+const TInspector* FindInspector(std::u16string_view extension) {
+  const auto* found = std::ranges::find_if(Inspectors, [extension](const TInspector& row) {
     return text::EqualsIgnoreCase(row.Extension, extension);
   });
-  if (found != Inspectors.end()) return *found;
+  return found == Inspectors.end() ? nullptr : found;
+}
+
+// By its name; a file of any other name by what it holds.
+const TInspector& InspectorFor(const std::u16string& file, const TInspectOptions& options) {
+  if (options.MSBuild) return LogInspector;
   if (platform::DirectoryExists(file)) throw EKxException(file + u" is a folder; inspect takes files.");
+  if (!platform::FileExists(file)) throw EKxException(NoSuchFile(file));
+  if (const auto* named = FindInspector(text::ExtractFileExt(file))) return *named;
+  if (const auto* held = FindInspector(ExtensionOfKind(file))) return *held;
   const std::u16string kind = DescribeFileKind(file);
   if (!kind.empty()) throw EKxException(kind);
   throw EKxException(u"Cannot tell what " + file +

@@ -34,7 +34,8 @@ constexpr std::array<TCommand, 7> Commands{{
      "0 ended, 1 the editor failed, 2 wrong usage, 3 invalid project file"},
     {"do", "Run one action without a project file", DefineDo,
      "do DEVENV Solution=App.sln \"SolutionConfiguration=Release|Any CPU\" VStudioVersion=vs2010\n"
-     "do DEVENV Solution=App.sln SolutionConfiguration=Release SelectedProjects=Lib SelectedProjects=App\n"
+     "do DEVENV Solution=App.sln SolutionConfiguration=Release BuildType=btSelectedProjects "
+     "SelectedProjects=Lib SelectedProjects=App\n"
      "do VERSIONINFO ResourceFile=App.rc PropertySetName=Now PropertiesToUpdate=MajorVersion=True "
      "--property-set Now.MajorVersion=3\n",
      CodesOfRuns},
@@ -99,7 +100,13 @@ std::u16string UnknownOption(const CLI::App& app, const std::u16string& option) 
     const auto names = OptionsOf(*app.get_subcommand(command.Name));
     if (std::ranges::find(names, option) != names.end()) takers.push_back(Wide(command.Name));
   }
-  if (!takers.empty()) return option + u" is an option of " + ListOf(takers, u"and") + u".";
+  if (!takers.empty()) {
+    const auto given = app.get_subcommands();
+    const bool early = !given.empty() &&
+                       std::ranges::find(takers, text::FromUtf8(given.front()->get_name())) != takers.end();
+    return option + u" is an option of " + ListOf(takers, u"and") +
+           (early ? u"; it stands behind that word." : u".");
+  }
   std::vector<std::u16string> known = OptionsOf(app);
   for (const CLI::App* command : app.get_subcommands())
     for (auto& name : OptionsOf(*command))
@@ -117,8 +124,10 @@ std::u16string UnknownCommand(const std::u16string& name) {
   return u"Unknown subcommand " + Quoted(name) + u"." + DidYouMean(name, names);
 }
 
-// "--log: 1 required FILE.jsonl missing"
+// "--log: 1 required FILE.jsonl missing", "--log: At Most 1 required but received 2"
 std::u16string WithoutNumbers(const std::u16string& message) {
+  if (const std::size_t twice = message.find(u": At Most 1 "); twice != std::u16string::npos)
+    return message.substr(0, twice) + u" is given more than once.";
   constexpr std::u16string_view number = u": 1 required ";
   const std::size_t at = message.find(number);
   if (at == std::u16string::npos) return message + u".";
@@ -133,8 +142,11 @@ std::u16string UsageMessage(const CLI::App& app, const CLI::ParseError& error) {
   const std::u16string first = text::FromUtf8(rest.front());
   if (first.size() > 1 && first.starts_with(u'-'))
     return UnknownOption(app, first.substr(0, first.find(u'=')));
-  return app.get_subcommands().empty() ? UnknownCommand(first)
-                                       : u"Unexpected argument " + Quoted(first) + u".";
+  if (app.get_subcommands().empty()) return UnknownCommand(first);
+  std::vector<std::u16string> words; // "set", where one stands behind the command
+  for (const CLI::App* word : app.get_subcommands().front()->get_subcommands({}))
+    words.push_back(text::FromUtf8(word->get_name()));
+  return u"Unexpected argument " + Quoted(first) + u"." + DidYouMean(first, words);
 }
 
 int Refuse(const CLI::App& app, std::u16string_view message) {

@@ -46,4 +46,10 @@ struct TDeclaredPage {
 constexpr std::size_t LongestDeclaration = 256;                    // bytes of the document to look at
 std::optional<TDeclaredPage> DeclaredPage(std::string_view bytes); // the document's beginning
 
+// Whether a mark says that the document is UTF-8. It holds against what the declaration behind it says:
+// editors that write one do not look at the declaration.
+inline bool IsMarkedUtf8(std::string_view bytes) {
+  return bytes.starts_with("\xEF\xBB\xBF");
+}
+
 } // namespace kx::libxml

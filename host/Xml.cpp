@@ -44,7 +44,8 @@ TOwned<xmlDoc> Parse(std::string_view bytes, const char* encoding, std::u16strin
   TFailure failure;
   const auto parser = NewParser(failure);
   // What was converted is no longer in the encoding that it declares.
-  const int options = XML_PARSE_NONET | (encoding == nullptr ? 0 : XML_PARSE_IGNORE_ENC);
+  const bool isKnown = encoding != nullptr || libxml::IsMarkedUtf8(bytes);
+  const int options = XML_PARSE_NONET | (isKnown ? XML_PARSE_IGNORE_ENC : 0);
   TOwned<xmlDoc> document(xmlCtxtReadMemory(parser.get(), bytes.data(), static_cast<int>(bytes.size()),
                                             nullptr, encoding, options));
   if (!failure.Reason.empty()) document.reset();

@@ -55,7 +55,7 @@ public:
   TReading(IXmlEvents& events, TRead read) : events_(events), read_(std::move(read)) {}
 
   // True when the whole document was read. One that was converted still declares what it was before.
-  bool Run(bool isConverted);
+  bool Run(bool isUtf8);
 
 private:
   static TReading& Of(void* parser) {
@@ -85,7 +85,7 @@ private:
   std::exception_ptr raised_;
 };
 
-bool TReading::Run(bool isConverted) {
+bool TReading::Run(bool isUtf8) {
   const auto parser = libxml::NewParser(*this);
   xmlSAXHandler& handler = *parser->sax;
   handler.startElementNs = OnStart;
@@ -98,7 +98,7 @@ bool TReading::Run(bool isConverted) {
   handler.processingInstruction = nullptr;
   // "&amp;" in an attribute comes decoded only on request; entities other than the five cannot exist without
   // a document type.
-  const int options = XML_PARSE_NONET | XML_PARSE_NOENT | (isConverted ? XML_PARSE_IGNORE_ENC : 0);
+  const int options = XML_PARSE_NONET | XML_PARSE_NOENT | (isUtf8 ? XML_PARSE_IGNORE_ENC : 0);
   const libxml::TOwned<xmlDoc> rest(
       xmlCtxtReadIO(parser.get(), OnRead, nullptr, this, nullptr, nullptr, options));
   if (raised_) std::rethrow_exception(raised_);
@@ -258,8 +258,9 @@ std::u16string ReadDocument(IXmlEvents& events, TRead read) {
     if (count && zero.IsIn({buffer, *count})) return platform::Failure{u"The document holds a character 0."};
     return count;
   };
+  const bool isUtf8 = page || libxml::IsMarkedUtf8(*beginning); // whatever it declares
   TReading reading(events, readPiece);
-  return reading.Run(page.has_value()) ? std::u16string() : reading.Reason;
+  return reading.Run(isUtf8) ? std::u16string() : reading.Reason;
 }
 
 } // namespace

@@ -19,7 +19,8 @@ constexpr std::u16string_view MSBuildNamespace = u"http://schemas.microsoft.com/
 std::shared_ptr<TXmlDocument> LoadProject(std::u16string_view projectFile) {
   auto document = NewXMLDocument();
   if (document->Load(projectFile)) return document;
-  throw EKxParseError(u"Error parsing project file : " + document->ParseError(), std::u16string(projectFile));
+  throw EKxParseError(u"Error parsing project file : " + document->ParseError() + u" in " +
+                      std::u16string(projectFile));
 }
 
 class TScriptCollector {

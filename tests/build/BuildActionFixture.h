@@ -44,6 +44,12 @@ Global
 	EndGlobalSection
 EndGlobal
 )";
+// The same with one identifier for two projects.
+inline std::string SolutionWithTwins() {
+  const std::u16string small = text::FromUtf8(SmallSolution);
+  return text::ToUtf8(text::ReplaceAll(small, u"{33333333-3333-3333-3333-333333333333}",
+                                       u"{22222222-2222-2222-2222-222222222222}"));
+}
 inline constexpr std::u16string_view AppId = u"{11111111-1111-1111-1111-111111111111}";
 inline constexpr std::u16string_view LibId = u"{22222222-2222-2222-2222-222222222222}";
 

@@ -294,6 +294,16 @@ TEST_F(BuildRun, WarnsOnceOfAFolderThatMSBuildCannotBeTold) {
     EXPECT_THAT(Outcome(both.substr(1) + std::u16string(healthy)), Not(HasSubstr("Warning : ")));
 }
 
+TEST_F(BuildRun, WarnsOnceOfProjectsThatShareAnIdentifier) {
+  folder_.Write("App.sln", SolutionWithTwins());
+  const std::string warning =
+      "2 Warning : App.sln gives different projects one identifier: Lib\\Lib.csproj and ";
+  const std::string log = Outcome(u"BuildType=btIncludeDisabledProjects&BuildAction=baRebuild");
+  EXPECT_LT(log.find(warning), log.find("0 Running "));
+  EXPECT_EQ(log.find(warning), log.rfind(warning));
+  EXPECT_THAT(Outcome(u"BuildType=btAllProjects"), Not(HasSubstr("Warning : ")));
+}
+
 TEST_F(BuildRun, ASelectionByVariableIsLookedUpInEachRun) {
   Set(u"UseMSBuild=False&BuildType=btSelectedProjects&SelectedProjects=%Which%");
   for (const std::u16string_view name : {u"App", u"Lib"}) {

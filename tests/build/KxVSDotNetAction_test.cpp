@@ -154,6 +154,7 @@ TEST_F(BuildAction, LooksAheadAtWhatARunWouldStumbleOver) {
   services_.Frameworks[u"v2.0"] = folder_.Path() + u"/gone";
   host_.Sets.Sets[u"Old"] = {{u"MajorVersion", u"70000"}};
   folder_.Write("Bad.sln", "no solution\n");
+  folder_.Write("Twins.sln", SolutionWithTwins());
   folder_.Write("b c/App.sln", SmallSolution);
   folder_.Write("b c/Lib/Lib.csproj", "");
   const std::u16string selected = u"BuildType=btSelectedProjects&SelectedProjects=";
@@ -180,6 +181,10 @@ TEST_F(BuildAction, LooksAheadAtWhatARunWouldStumbleOver) {
        "BuildType: None of the projects to build is part of Release|Any CPU."},
       {u"Solution=b c/App.sln&" + selected + u"Lib",
        "Solution: The solution's folder \"DIR/b c/\" has a blank"},
+      {u"Solution=Twins.sln&" + selected + u"Installer",
+       "Solution: Twins.sln gives different projects one identifier: Lib\\Lib.csproj and "
+       "Setup\\Setup.vdproj"},
+      {u"Solution=Twins.sln&" + selected + u"App", ""},
       {u"VStudioVersion=vs2005", ".NET Framework Settings: Executable not found : DIR/gone/MSBuild.exe"},
       {u"VStudioVersion=vs2003",
        "VisualStudio.NET Options: The option VisualStudioDotNet.MSDevPath2003 names no folder"},

@@ -53,7 +53,12 @@ class CommandsTest(e2e.EndToEndTest):
             ("run p.kxproj --ci=github2", 'Did you mean "github"?'),
             ("run p.kxproj --st A=1", 'Unknown option "--st". Did you mean "--set"?\nRun "kxhost run --help" for'),
             ("run p.kxproj --log", "--log needs FILE.jsonl."),
-            ("run p.kxproj --log -", "--log takes the name of a file"),
+            ("run p.kxproj --log -", '--log takes the name of a file, not "-".'),
+            ("run p.kxproj --log --dry-run", '--log takes the name of a file, not "--dry-run".'),
+            ("run p.kxproj --options=--dry-run", '--options takes the name of a file, not "--dry-run".'),
+            ("run p.kxproj --log a --log b", "--log is given more than once."),
+            ("--set A=1 run p.kxproj", "--set is an option of run, edit, do and validate; it stands behind that word."),
+            ("options ste A.B 1", 'Unexpected argument "ste". Did you mean "set"?'),
             ("run p.kxproj x", 'Unexpected argument "x".'),
             ("validate p.kxproj --report x.html", "--report is an option of run and do; validate does not use it."),
             ("--dry-run inspect App.sln", "--dry-run is an option of run and do; inspect does not use it."),
@@ -70,25 +75,33 @@ class CommandsTest(e2e.EndToEndTest):
     def test_a_file_of_another_kind_is_named_with_the_command_that_takes_it(self):
         self.write("App.sln", HEADER + "Global\nEndGlobal\n")
         self.write("renamed.txt", "\n" + HEADER + "Global\nEndGlobal\n")
+        self.write("run.xml", '<TestRun xmlns="http://microsoft.com/schemas/VisualStudio/TeamTest/2010"/>')
+        for name in ("App.rc2", "App.vcxproj", "App.slnx", "App.res"):
+            self.write(name, "x")
         self.write("p.kxproj", "<BuildProject/>")
         self.write("p.xml", "<BuildProject><Actions/></BuildProject>")
         self.write("notes.txt", "to do\n")
         self.check_table([
             ("run App.sln", 'App.sln is a solution. "kxhost inspect App.sln" shows it'),
             ("run renamed.txt", "renamed.txt is a solution."),
-            ("edit new.SLN --no-browser", "new.SLN is a solution."),
+            ("edit new.SLN --no-browser", "There is no file new.SLN. By its name it would be a solution."),
+            ("edit . --no-browser", ". is a folder; a build project is a file."),
             ("validate App.rc2", "App.rc2 is a resource script."),
             ("validate App.vcxproj", "App.vcxproj is a project of Visual Studio."),
-            ("run results.trx", "results.trx is a file of test results."),
+            ("run App.slnx", "App.slnx is a solution in XML, of a newer Visual Studio."),
+            ("run App.res", "App.res is a compiled resource."),
+            ("run run.xml", "run.xml is a file of test results."),
             ("run notes.txt", "notes.txt is no build project, which is XML"),
             ("do App.sln", "App.sln is a solution."),
             ("p.kxproj", 'p.kxproj is a build project. "kxhost run p.kxproj" runs it'),
         ])
         self.check_table([("inspect p.kxproj", "p.kxproj is a build project."),
-                          ("inspect App.csproj", "App.csproj is a project of Visual Studio."),
+                          ("inspect App.csproj", "There is no file App.csproj."),
+                          ("inspect nowhere", "There is no file nowhere."),
                           ("inspect .", ". is a folder")], code=1)
         self.write("App.rc2", "1 VERSIONINFO\nFILEVERSION 3,1,4,0\nBEGIN\nEND\n")
-        self.check_table([("inspect App.rc2", "majorVersion    3\n")], code=0)
+        self.check_table([("inspect App.rc2", "majorVersion    3\n"), ("inspect renamed.txt", "Format          vs2003"),
+                          ("inspect run.xml", "Passed   0")], code=0)
         self.check_table([("validate p.xml", "The project holds no actions.")], code=3)
 
     def test_help_of_a_command_lists_all_that_it_takes(self):

@@ -33,6 +33,12 @@ TEST(Xml, ReadsTheEncodingsOfOldProjectFiles) {
       {"ks_c_5601-1987", "\xB0\xA1", u"가"},
       {"iso-8859-1", "\xE9", u"é"},
   };
+  for (const char* lie : {"Windows-1252", "utf-16"})
+    EXPECT_EQ(Loaded(std::string("\xEF\xBB\xBF<?xml version='1.0' encoding='") + lie + "'?><a b='\xC3\xA9'/>")
+                  .DocumentElement()
+                  ->GetAttribute(u"b"),
+              u"é")
+        << "the mark holds, not " << lie;
   for (const auto& row : cases) {
     const std::string xml = std::string("<?xml version=\"1.0\" encoding='") + row.Encoding +
                             "'?>\r\n<a b=\"" + row.Bytes + "\"/>";

@@ -80,7 +80,8 @@ TEST_F(Resources, MayBeAnythingWithoutHarm) {
   EXPECT_EQ(ScriptsOf("a.vcxproj"), (Strings{"folder.rc", "NUL.rc", "missing.rc"}));
   Write("a.vcxproj", "<Project>");
   EXPECT_THAT([&] { ScriptsOf("a.vcxproj"); },
-              testing::ThrowsMessage<EKxException>(testing::StartsWith("Error parsing project file : ")));
+              testing::ThrowsMessage<EKxException>(testing::AllOf(
+                  testing::StartsWith("Error parsing project file : "), testing::EndsWith("a.vcxproj"))));
 }
 
 } // namespace
