@@ -70,32 +70,28 @@ std::string TextOf(const TJson& object, const char* key) {
   return object[key].get<std::string>();
 }
 
-using TIds = std::set<std::u16string, text::IgnoreCaseLess>;
-
 // What people want to know of identifiers.
 class TProjectNames {
 public:
   explicit TProjectNames(const TJson& solution) {
-    for (const auto& project : solution["projects"])
-      names_.try_emplace(IdOf(project), TextOf(project, "name"));
-    for (const auto& project : solution["projectsNotFound"]) {
-      names_.try_emplace(IdOf(project), TextOf(project, "name"));
-      notFound_.insert(IdOf(project));
-    }
+    for (const auto& project : solution["projectsNotFound"])
+      notFound_.insert(TextOf(project, "fileName"));
+    for (const char* list : {"projects", "projectsNotFound"})
+      for (const auto& project : solution[list])
+        names_.try_emplace(text::FromUtf8(TextOf(project, "id")),
+                           TextOf(project, "name") + (IsFound(project) ? "" : " (not on disk)"));
   }
 
-  bool IsFound(const TJson& project) const { return !notFound_.contains(IdOf(project)); }
+  // By its file: identifiers are shared now and then.
+  bool IsFound(const TJson& project) const { return !notFound_.contains(TextOf(project, "fileName")); }
   std::string Describe(const std::u16string& id) const {
     const auto known = names_.find(id);
-    if (known == names_.end()) return text::ToUtf8(id) + " (no project of this solution)";
-    return known->second + (notFound_.contains(id) ? " (not on disk)" : "");
+    return known == names_.end() ? text::ToUtf8(id) + " (no project of this solution)" : known->second;
   }
 
 private:
-  static std::u16string IdOf(const TJson& project) { return text::FromUtf8(TextOf(project, "id")); }
-
   std::map<std::u16string, std::string, text::IgnoreCaseLess> names_;
-  TIds notFound_;
+  std::set<std::string> notFound_;
 };
 
 std::string LineOf(const TJson& project) {
@@ -104,7 +100,7 @@ std::string LineOf(const TJson& project) {
 
 std::string DescribeProject(const TJson& project, const TProjectNames& names) {
   std::string out = LineOf(project) + (names.IsFound(project) ? "\n" : "  (not on disk)\n");
-  TIds needed;
+  std::set<std::u16string, text::IgnoreCaseLess> needed;
   for (const auto& id : project["dependencies"]) {
     const std::u16string wide = text::FromUtf8(id.get<std::string>());
     if (needed.insert(wide).second) out += "      needs " + names.Describe(wide) + "\n";
@@ -117,13 +113,13 @@ std::string DescribeProject(const TJson& project, const TProjectNames& names) {
 
 // Those that the list of projects leaves out.
 std::string DescribeNotFound(const TJson& solution) {
-  TIds listed;
+  std::set<std::string> listed;
   for (const auto& project : solution["projects"])
-    listed.insert(text::FromUtf8(TextOf(project, "id")));
+    listed.insert(TextOf(project, "fileName"));
   std::string lines;
   int count = 0;
   for (const auto& project : solution["projectsNotFound"]) {
-    if (listed.contains(text::FromUtf8(TextOf(project, "id")))) continue;
+    if (listed.contains(TextOf(project, "fileName"))) continue;
     lines += LineOf(project) + "\n";
     ++count;
   }

@@ -162,6 +162,14 @@ class CommandsTest(e2e.EndToEndTest):
         self.assertEqual(known["projectsNotFound"], [{"name": "D", "fileName": "D.csproj", "id": ID("D")}])
         self.assertIn(f"{ID('D')}  (not on disk)\n", self.host("inspect", "App.sln", "--all-projects")[1])
 
+    def test_projects_that_share_an_identifier_are_told_apart(self):
+        self.write("A.csproj", "<Project/>")
+        self.write("App.sln", HEADER + project("A") + project("A", path="Gone.csproj") + "Global\nEndGlobal\n")
+        self.assertIn(f"  A  A.csproj  {ID('A')}\nProjects not on disk     1  (left out of every build)\n"
+                      f"  A  Gone.csproj  {ID('A')}\n", self.host("inspect", "App.sln")[1])
+        self.assertIn(f"  A  A.csproj  {ID('A')}\n  A  Gone.csproj  {ID('A')}  (not on disk)\n",
+                      self.host("inspect", "App.sln", "--all-projects")[1])
+
     def test_a_circle_of_projects_is_named_instead_of_searched_for_an_order(self):
         for name in "ABC":
             self.write(f"{name}.csproj", "<Project/>")
