@@ -342,11 +342,13 @@ void TBuildRun::RunProcess(IKxProcess& process) {
   action_.structuredOutput_.EndRun();
 }
 
-// A tool that says nothing about projects is believed.
+// A tool that says nothing about projects is believed. xbuild prints nothing about those that were clean
+// before it cleans them.
 void TBuildRun::NoteBuilt(bool useMSBuild) {
   const bool structured = useMSBuild && action_.msbuild_.StructuredOutput;
+  const bool isSilent = useMSBuild && action_.solution_.BuildAction == TVSDotNetBuildAction::baClean;
   const bool none = structured ? action_.structuredOutput_.BuiltProjects() == 0
-                               : analysis_->BuiltProjects() == TBuiltProjects::None;
+                               : !isSilent && analysis_->BuiltProjects() == TBuiltProjects::None;
   if (!none) ++fruitfulRuns_;
 }
 

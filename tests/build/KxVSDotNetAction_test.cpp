@@ -157,6 +157,12 @@ TEST_F(BuildAction, LooksAheadAtWhatARunWouldStumbleOver) {
   folder_.Write("Twins.sln", SolutionWithTwins());
   folder_.Write("b c/App.sln", SmallSolution);
   folder_.Write("b c/Lib/Lib.csproj", "");
+  // App is built, Lib is not, and neither is on disk.
+  std::string solution = SmallSolution;
+  solution.insert(solution.find("\t\t{22222222-2222-2222-2222-222222222222}.Debug|Any CPU"),
+                  "\t\t{11111111-1111-1111-1111-111111111111}.Debug|Any CPU.Build.0 = Debug|Any CPU\n");
+  folder_.Write("gone/App.sln", solution);
+  const std::string gone = "Solution: Projects of Debug|Any CPU are not on disk: App\\App.csproj";
   const std::u16string selected = u"BuildType=btSelectedProjects&SelectedProjects=";
   const std::u16string win32 =
       u"UpdateWin32Resource=True&UseWin32PropertySet=True&Win32VersionInfoPropertySetName=";
@@ -168,6 +174,10 @@ TEST_F(BuildAction, LooksAheadAtWhatARunWouldStumbleOver) {
       {u"Solution=", ""},
       {u"Solution=No.sln", "Solution: Solution File \"DIR/No.sln\" does not exist"},
       {u"Solution=Bad.sln", "Solution: Error Parsing Solution File : Invalid Visual Studio Solution Header"},
+      {u"Solution=gone/App.sln", gone},
+      {u"Solution=gone/App.sln&BuildType=btIncludeDisabledProjects", gone},
+      {u"Solution=gone/App.sln&SolutionConfiguration=Release|Any CPU", ""},
+      {u"Solution=gone/App.sln&UseMSBuild=False", ""},
       {u"SolutionConfiguration=", "SolutionConfiguration: A configuration is required."},
       {u"SolutionConfiguration=Debgu",
        "SolutionConfiguration: App.sln has no configuration \"Debgu\". Did you "
