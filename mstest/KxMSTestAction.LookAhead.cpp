@@ -19,6 +19,7 @@ void TKxMSTestAction::LookAhead(IKxActionValidationError& errors) {
     LookForValue(errors, u"Assembly Filename", input_.AssemblyFileName);
     LookForContainers(errors);
   }
+  LookForFolder(errors);
   if (input_.SpecifyTests) LookForValue(errors, u"Tests", input_.Tests);
   LookForFile(errors, u"Run Configuration File", run_.ConfigFileName);
   if (publishMode_ == TMSTestPublishMode::pbSpecify) LookForTeamBuild(errors);
@@ -30,6 +31,14 @@ void TKxMSTestAction::LookForFile(IKxActionValidationError& errors, std::u16stri
   if (!file || file->empty()) return;
   if (const std::u16string full = FullProjectPath(*file); !platform::FileExists(full))
     errors.Add(page, u"There is no file " + full + u".");
+}
+
+void TKxMSTestAction::LookForFolder(IKxActionValidationError& errors) {
+  const auto* run = dynamic_cast<const IKxForeseenRun*>(&errors);
+  const auto folder = ForeseeExpression(run_.StartingDirectory);
+  if (run == nullptr || run->MayMakeFilesBefore() || !folder || folder->empty()) return;
+  if (const std::u16string full = FullProjectPath(*folder); !platform::DirectoryExists(full))
+    errors.Add(u"Starting Directory", u"There is no folder " + full + u".");
 }
 
 // Where MSTest would look: from the folder in which it runs, or from the project's.

@@ -91,6 +91,7 @@ private:
   std::u16string ToolFolder() const;
   void LookForFile(IKxActionValidationError& errors, std::u16string_view page, std::u16string_view text);
   void LookForValue(IKxActionValidationError& errors, std::u16string_view page, std::u16string_view text);
+  void LookForFolder(IKxActionValidationError& errors);
   void LookForContainers(IKxActionValidationError& errors);
   void LookForTeamBuild(IKxActionValidationError& errors);
   std::u16string FolderOfTested(); // empty: the project's

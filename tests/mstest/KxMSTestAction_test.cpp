@@ -143,7 +143,7 @@ TEST_F(TMSTestActionTest, RunsInTheFolderOfWhatItTests) {
   EXPECT_THAT(host_.Log(), ElementsAre("3 Starting Directory : Unknown name: No"));
 }
 
-TEST_F(TMSTestActionTest, MissesContainersThatNothingBeforeItMakes) {
+TEST_F(TMSTestActionTest, MissesWhatNothingBeforeItMakes) {
   struct TForeseen : TRecordingValidation, IKxForeseenRun {
     bool Builds = false;
     bool MayMakeFilesBefore() const override { return Builds; }
@@ -156,14 +156,16 @@ TEST_F(TMSTestActionTest, MissesContainersThatNothingBeforeItMakes) {
   VSDotNetOptions()->SetDevEnv2008Location(folder.Path("tool"));
   Set({{u"AssemblyFileName", u"here.dll|there.dll|gone.dll"}});
   for (const bool builds : {false, true})
-    for (const bool inFolder : {false, true}) {
-      Set({{u"StartingDirectory", inFolder ? u"bin" : u""}});
+    for (const auto& [start, missed] : {std::pair(u"", 2U), std::pair(u"bin", 1U), std::pair(u"lost", 3U)}) {
+      Set({{u"StartingDirectory", start}});
       TForeseen errors;
       errors.Builds = builds;
       action_.LookAhead(errors);
-      EXPECT_EQ(errors.Entries.size(), builds ? 0U : inFolder ? 1U : 2U);
+      EXPECT_EQ(errors.Entries.size(), builds ? 0U : missed);
       for (const auto& entry : errors.Entries)
-        EXPECT_THAT(folder.Plain(entry), testing::StartsWith("Assembly Filename: There is no file DIR/"));
+        EXPECT_THAT(folder.Plain(entry),
+                    testing::AnyOf("Starting Directory: There is no folder DIR/lost.",
+                                   testing::StartsWith("Assembly Filename: There is no file DIR/")));
     }
 }
 
