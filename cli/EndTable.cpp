@@ -69,7 +69,7 @@ std::string EndTable(const TRunReport& report, const TPalette& palette) {
   std::vector<TRow> rows;
   for (const auto& result : ResultRows(report.Actions))
     rows.push_back(RowOf(result));
-  if (rows.empty()) return {};
+  if (rows.empty()) return "\n" + EndLine(report, palette);
 
   TRow titles;
   std::copy(Titles.begin(), Titles.end(), titles.Cells.begin());

@@ -15,7 +15,9 @@ std::string Padded(const std::string& number) {
 
 TResultRow RowOf(const TActionResult& action) {
   const std::u16string pass = action.Pass.empty() ? u"" : u" (" + action.Pass + u")";
-  return {.Action = action.Name + pass, .Nesting = action.Nesting, .IsOutcome = !action.IsLoop};
+  return {.Action = action.Name + pass,
+          .Nesting = action.Nesting,
+          .IsOutcome = !action.IsLoop || action.Result == TResultKind::Ignored};
 }
 
 TResultRow RowOf(const TActionResult& action, const TConfigurationResult& configuration) {

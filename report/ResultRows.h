@@ -29,7 +29,8 @@ struct TResultRow {
 // stamping, a rule that it broke) is a row of its own behind theirs, "(the rest)".
 std::vector<TResultRow> ResultRows(const std::vector<TActionResult>& results);
 
-// "2 succeeded, 1 failed; 3 errors, 1 warning; 12 tests, 1 failed": what the rows (loops apart) add up to.
+// "2 succeeded, 1 failed; 3 errors, 1 warning; 12 tests, 1 failed": what the rows (loops that only
+// add up apart) come to.
 std::string TotalsText(const TRunReport& report);
 // "1 warning", "2 warnings".
 std::string CountText(std::int64_t count, const char* what);

@@ -34,6 +34,7 @@ void TExecution::Take(const TActionResult& child) {
   result_.Tests += child.Tests;
   const bool failed = !IsSuccess(child.Result) && child.Result != TResultKind::Ignored;
   hasFailedChild_ = hasFailedChild_ || failed;
+  hasBusyChild_ = hasBusyChild_ || child.Result != TResultKind::NothingToDo;
 }
 
 TProblemCounts TExecution::Counts() const {
@@ -45,7 +46,9 @@ TProblemCounts TExecution::Counts() const {
 
 void TExecution::Breach(std::u16string_view reason) {
   if (open_ && open_->Result.Reason.empty()) open_->Result.Reason = reason;
-  if (result_.Reason.empty()) result_.Reason = reason;
+  const bool isOwn = !open_ && !hasOwnReason_;
+  if (isOwn || result_.Reason.empty()) result_.Reason = reason;
+  hasOwnReason_ = hasOwnReason_ || isOwn;
 }
 
 const TConfigurationResult* TExecution::FailedConfiguration() const {
@@ -55,6 +58,7 @@ const TConfigurationResult* TExecution::FailedConfiguration() const {
 }
 
 bool TExecution::HadNothingToDo() const {
+  if (result_.IsLoop) return !hasBusyChild_;
   return !result_.Configurations.empty() &&
          std::ranges::all_of(result_.Configurations, [](const TConfigurationResult& configuration) {
            return configuration.Result == TResultKind::NothingToDo;
@@ -63,6 +67,9 @@ bool TExecution::HadNothingToDo() const {
 
 TActionResult TExecution::Finish(TResultKind kind) {
   if (kind == TResultKind::Stopped) own_.ForgetOwnErrors();
+  if (kind == TResultKind::Ignored)
+    for (auto& configuration : result_.Configurations)
+      if (configuration.Result == TResultKind::Failed) configuration.Result = kind;
   result_.Result = kind;
   result_.Counts = Counts();
   result_.Elapsed = ElapsedSince(start_);

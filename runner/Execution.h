@@ -35,15 +35,17 @@ public:
   }
   TProblemCounts Counts() const; // of everything in it, so far
 
-  // Something speaks against a success, for the configuration that is open and for the action; the first
-  // reason counts.
+  // Something speaks against a success, for the configuration that is open and for the action. The first
+  // reason counts; for the action one beside its configurations before those inside.
   void Breach(std::u16string_view reason);
   bool IsBreached() const { return !result_.Reason.empty(); }
 
   bool HasFailedChild() const { return hasFailedChild_; }
   const TConfigurationResult* FailedConfiguration() const; // the first; null when there is none
-  bool HadNothingToDo() const; // in any of its configurations, of which it has some
+  // In any of its configurations, of which it has some; a loop: in any of its passes.
+  bool HadNothingToDo() const;
 
+  // Configurations that failed in an action that is ignored are ignored with it.
   TActionResult Finish(TResultKind kind);
 
 private:
@@ -59,7 +61,9 @@ private:
   TProblemTally own_;
   TProblemCounts inside_; // of ended configurations and children
   std::optional<TOpenConfiguration> open_;
+  bool hasOwnReason_ = false;
   bool hasFailedChild_ = false;
+  bool hasBusyChild_ = false;
   TRunClock::time_point start_ = TRunClock::now();
 };
 

@@ -86,6 +86,8 @@ TRunReport TRunEngine::Run() {
   report_.Result = succeeded && !StopSignal.IsRaised() ? end : FailureKind();
   const auto wasRefused = [](const TActionResult& result) { return result.Reason == InvalidSettings; };
   report_.NothingExecuted = !hasExecuted_ && std::ranges::any_of(report_.Actions, wasRefused);
+  // What has not begun has not finished.
+  if (report_.NothingExecuted && !IsSuccess(report_.Result)) report_.Result = FailureKind();
   report_.Elapsed = ElapsedSince(start);
   Log.EndRun(report_);
   return std::move(report_);

@@ -90,8 +90,8 @@ TEST(EndTable, ShowsWhatAnActionSaysBesideItsConfigurations) {
   }
 }
 
-TEST(EndTable, IsAbsentWhenNothingRan) {
-  EXPECT_EQ(EndTable(Report({}), TPalette(true)), "");
+TEST(EndTable, IsTheLastLineAloneWhenNothingRan) {
+  EXPECT_EQ(EndTable(Report({}), TPalette(false)), "\nFailed: 0 errors, 0 warnings; 1 min 06 s\n");
 }
 
 TEST(EndTable, PaintsOnlyTheResult) {

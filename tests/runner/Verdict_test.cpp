@@ -216,6 +216,45 @@ TEST_F(Verdict, RefusesSettingsBeforeAnythingIsDone) {
   EXPECT_EQ(Host->Report.Result, TResultKind::FinishedWithFailures);
 }
 
+TEST_F(Verdict, CallsNothingFinishedThatWasRefused) {
+  Host->AddStep(u"", u"refused");
+  Host->Project().FindNamed(u"refused")->SetOnFailure(TOnFailure::Continue);
+  Run();
+  EXPECT_TRUE(Host->Report.NothingExecuted);
+  EXPECT_EQ(Host->Report.Result, TResultKind::Failed);
+}
+
+TEST_F(Verdict, TellsConfigurationsFromTheirAction) {
+  Host->AddStep(u"step", u"step");
+  TStepAction::Deeds().insert_or_assign(u"step", [](TStepAction& a) {
+    a.StartConfiguration(u"Debug");
+    Count(a, u"Errors", 1);
+    a.EndConfiguration(TKxOutcome::koSucceeded);
+    a.ReportBreach(KxVerdictRules::NothingBuilt, u"Nothing was built.");
+    return true;
+  });
+  EXPECT_EQ(Run(), "failed (nothing-built)") << "what is said beside the configurations";
+  EXPECT_EQ(Host->Report.Actions[0].Configurations[0].Reason, KxVerdictRules::ErrorsCounted);
+  Host->Project().FindNamed(u"step")->SetOnFailure(TOnFailure::Ignore);
+  EXPECT_EQ(Run(), "ignored (nothing-built)");
+  EXPECT_EQ(Host->Report.Actions[0].Configurations[0].Result, TResultKind::Ignored);
+}
+
+TEST_F(Verdict, SaysOfALoopThatItHadNothingToDo) {
+  Host->Project().Rules.Set(u"empty-loop", u"off");
+  Loop({});
+  EXPECT_EQ(Run(), "nothing to do");
+  Again();
+  Step(
+      [](TStepAction& a) {
+        a.StartConfiguration(u"Debug");
+        a.EndConfiguration(TKxOutcome::koNothingToDo);
+        return true;
+      },
+      &Loop({u"x"}));
+  EXPECT_EQ(Run(), "nothing to do");
+}
+
 // A child is asked when it is reached: before, its texts have no value.
 TEST_F(Verdict, AsksTheActionsOfALoopOnEachPass) {
   TActionNode& loop = Loop({u"1", u"2"});
