@@ -11,8 +11,6 @@
 #include "text/Text.h"
 #include "text/WindowsPath.h"
 
-#include <algorithm>
-
 namespace kx {
 
 namespace {
@@ -40,8 +38,6 @@ private:
   std::shared_ptr<IVSDotNetSolution> OpenSolution();
   std::vector<std::u16string> CheckConfiguration(const IVSDotNetSolution& solution);
   void CheckProjects(const IVSDotNetSolution& solution, const std::vector<std::u16string>& configurations);
-  void CheckFilesOfProjects(const IVSDotNetSolution& solution,
-                            const std::vector<std::u16string>& configurations);
   void CheckSelection(const IVSDotNetSolution& solution, std::u16string_view property,
                       const text::TStringList& entries);
 
@@ -143,8 +139,13 @@ void TBuildOutlook::CheckSolution() {
   const auto configurations = CheckConfiguration(*solution);
   const TVSDotNetBuildType buildType = action_.Solution().BuildType;
   if (buildType != TVSDotNetBuildType::btAllProjects) CheckProjects(*solution, configurations);
-  if (buildType != TVSDotNetBuildType::btSelectedProjects && action_.UsingMSBuild())
-    CheckFilesOfProjects(*solution, configurations);
+  // One by one they are left out. Of a whole solution the tool may not build those that are missing, unless
+  // it is all of them.
+  const bool mayBeLeftOut =
+      buildType == TVSDotNetBuildType::btAllProjects && solution->GetProjects()->GetCount() > 0;
+  if (buildType != TVSDotNetBuildType::btSelectedProjects && !mayBeLeftOut)
+    if (const auto missing = MissingProjects(*solution, configurations); !missing.empty())
+      errors_.Add(u"Solution", missing);
   const TAssemblyInfoSettings& assemblyInfo = action_.AssemblyInfo();
   if (assemblyInfo.UpdateAssemblyInfo && assemblyInfo.ApplyTo != TVSDotNetBuildType::btAllProjects)
     CheckSelection(*solution, u"AssemblySelectedProjects", assemblyInfo.SelectedProjects);
@@ -209,24 +210,6 @@ void TBuildOutlook::CheckProjects(const IVSDotNetSolution& solution,
   if (!configurations.empty() && !projects.empty() && !anyIsBuilt)
     errors_.Add(u"BuildType",
                 u"None of the projects to build is part of " + text::Join(configurations, u", ") + u".");
-}
-
-// MSBuild fails on a solution that lacks them; one by one they would be left out. devenv goes on without
-// them.
-void TBuildOutlook::CheckFilesOfProjects(const IVSDotNetSolution& solution,
-                                         const std::vector<std::u16string>& configurations) {
-  if (solution.GetProjectsNotFound().empty()) return;
-  const auto all = LookAtSolution(solution.GetFileName(), true);
-  std::vector<std::u16string> missing;
-  for (const auto& named : solution.GetProjectsNotFound()) {
-    const auto project = all->GetProjects()->FindByID(named.ID);
-    if (named.IsFolder() || !project || platform::DirectoryExists(ProjectPath(solution, *project))) continue;
-    const auto isActive = [&project](const auto& name) { return project->IsActiveConfig(name); };
-    if (std::ranges::any_of(configurations, isActive)) missing.push_back(project->GetFileName());
-  }
-  if (!missing.empty())
-    errors_.Add(u"Solution", u"Projects of " + text::Join(configurations, u", ") + u" are not on disk: " +
-                                 text::Join(missing, u", "));
 }
 
 void TBuildOutlook::CheckSelection(const IVSDotNetSolution& solution, std::u16string_view property,

@@ -54,11 +54,19 @@ bool TBuildRun::Execute() {
 
 bool TBuildRun::BuildAll(const std::vector<std::u16string>& configurations) {
   bool succeeded = true;
+  WarnOfMissingProjects(configurations);
   for (const auto& name : configurations) {
     if (IsStopped()) return succeeded && SayStopped();
     succeeded = BuildConfiguration(name);
   }
   return succeeded;
+}
+
+// A tool that is given the solution says so itself, and a selection has to be found.
+void TBuildRun::WarnOfMissingProjects(std::span<const std::u16string> configurations) {
+  if (action_.solution_.BuildType != TVSDotNetBuildType::btIncludeDisabledProjects) return;
+  if (const auto missing = MissingProjects(*solution_, configurations); !missing.empty())
+    action_.SendMessage(u"Warning : " + missing + u". They are not built.", TStatusTag::stWarning);
 }
 
 std::shared_ptr<IVSDotNetSolution> TBuildRun::LoadSolution() {

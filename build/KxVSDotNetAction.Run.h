@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -35,6 +36,7 @@ private:
 
   bool IsStopped() const;
   bool SayStopped(); // always False
+  void WarnOfMissingProjects(std::span<const std::u16string> configurations);
   bool BuildAll(const std::vector<std::u16string>& configurations);
   bool BuildConfiguration(const std::u16string& configuration);
   void ReportNothingBuilt(const std::vector<std::u16string>& configurations);

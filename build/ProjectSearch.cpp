@@ -67,6 +67,21 @@ bool IsBuiltIn(const IVSDotNetProject& project, std::span<const std::u16string> 
                              [&project](const auto& name) { return !project.GetConfig(name).empty(); });
 }
 
+std::u16string MissingProjects(const IVSDotNetSolution& solution,
+                               std::span<const std::u16string> configurations) {
+  if (solution.GetProjectsNotFound().empty()) return {};
+  const auto all = LookAtSolution(solution.GetFileName(), true);
+  std::vector<std::u16string> missing;
+  for (const auto& named : solution.GetProjectsNotFound()) {
+    const auto project = all->GetProjects()->FindByID(named.ID);
+    if (named.IsFolder() || !project || platform::DirectoryExists(ProjectPath(solution, *project))) continue;
+    if (IsBuiltIn(*project, configurations)) missing.push_back(project->GetFileName());
+  }
+  if (missing.empty()) return {};
+  const std::vector<std::u16string> names(configurations.begin(), configurations.end());
+  return u"Projects of " + text::Join(names, u", ") + u" are not on disk: " + text::Join(missing, u", ");
+}
+
 bool WritesAnyCPUWithoutBlank(const IVSDotNetSolution& solution, const IVSDotNetProject& project,
                               std::u16string_view configuration) {
   const auto bar = configuration.find(u'|');

@@ -26,6 +26,10 @@ bool IsSetupProject(const IVSDotNetProject& project); // ".vdproj", which MSBuil
 // Whether any of these solution configurations builds the project.
 bool IsBuiltIn(const IVSDotNetProject& project, std::span<const std::u16string> configurations);
 
+// Says which projects that are part of these configurations are not on disk; empty when there are none.
+std::u16string MissingProjects(const IVSDotNetSolution& solution,
+                               std::span<const std::u16string> configurations);
+
 // The names of the configurations that `wanted` means: the one of this name (letter case ignored), else with
 // `asExpression` all that match it as a regular expression. `error` says what is wrong with the expression.
 std::vector<std::u16string> MatchConfigurations(const IVSDotNetSolution& solution, std::u16string_view wanted,

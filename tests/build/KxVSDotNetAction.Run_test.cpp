@@ -284,6 +284,16 @@ TEST_F(BuildRun, NeedsDevEnvForSetupProjectsBeforeItBeginsAny) {
       << "it leaves the setup project out";
 }
 
+TEST_F(BuildRun, WarnsOfProjectsThatItLeavesOutBecauseTheyAreNotOnDisk) {
+  folder_.Write("gone/Lib/Lib.csproj", "<Project/>");
+  folder_.Write("gone/App.sln", SmallSolution);
+  const std::u16string oneByOne = u"BuildType=btIncludeDisabledProjects";
+  EXPECT_THAT(Outcome(u"Solution=gone/App.sln&" + oneByOne),
+              HasSubstr("2 Warning : Projects of Debug|Any CPU are not on disk: App\\App.csproj, "
+                        "Setup\\Setup.vdproj. They are not built.\n"));
+  EXPECT_THAT(Outcome(oneByOne), Not(HasSubstr("not on disk")));
+}
+
 TEST_F(BuildRun, WarnsOnceOfAFolderThatMSBuildCannotBeTold) {
   const std::string warning = "2 Warning : The solution's folder \"DIR/my app/\" has a blank";
   for (const auto* name : {"App/App.csproj", "Lib/Lib.csproj", "Setup/Setup.vdproj"})

@@ -157,12 +157,10 @@ TEST_F(BuildAction, LooksAheadAtWhatARunWouldStumbleOver) {
   folder_.Write("Twins.sln", SolutionWithTwins());
   folder_.Write("b c/App.sln", SmallSolution);
   folder_.Write("b c/Lib/Lib.csproj", "");
-  // App is built, Lib is not, and neither is on disk.
-  std::string solution = SmallSolution;
-  solution.insert(solution.find("\t\t{22222222-2222-2222-2222-222222222222}.Debug|Any CPU"),
-                  "\t\t{11111111-1111-1111-1111-111111111111}.Debug|Any CPU.Build.0 = Debug|Any CPU\n");
-  folder_.Write("gone/App.sln", solution);
-  const std::string gone = "Solution: Projects of Debug|Any CPU are not on disk: App\\App.csproj";
+  folder_.Write("gone/App.sln", SmallSolution);
+  folder_.Write("half/App.sln", SmallSolution);
+  folder_.Write("half/Lib/Lib.csproj", "");
+  const std::string gone = "Solution: Projects of Debug|Any CPU are not on disk: App\\App.csproj, ";
   const std::u16string selected = u"BuildType=btSelectedProjects&SelectedProjects=";
   const std::u16string win32 =
       u"UpdateWin32Resource=True&UseWin32PropertySet=True&Win32VersionInfoPropertySetName=";
@@ -177,7 +175,8 @@ TEST_F(BuildAction, LooksAheadAtWhatARunWouldStumbleOver) {
       {u"Solution=gone/App.sln", gone},
       {u"Solution=gone/App.sln&BuildType=btIncludeDisabledProjects", gone},
       {u"Solution=gone/App.sln&SolutionConfiguration=Release|Any CPU", ""},
-      {u"Solution=gone/App.sln&UseMSBuild=False", ""},
+      {u"Solution=half/App.sln", ""},
+      {u"Solution=half/App.sln&BuildType=btIncludeDisabledProjects", gone + "Setup\\Setup.vdproj"},
       {u"SolutionConfiguration=", "SolutionConfiguration: A configuration is required."},
       {u"SolutionConfiguration=Debgu",
        "SolutionConfiguration: App.sln has no configuration \"Debgu\". Did you "
