@@ -1,5 +1,7 @@
 // The requests to kxhost, one after the other, so that each sees what the one before has done.
 
+import { expectMore } from "./dom.js";
+
 let last = Promise.resolve();
 const listeners = [];
 let generation;
@@ -41,17 +43,20 @@ async function send(operation, values) {
   return answer;
 }
 
-export function call(operation, values = {}) {
-  const result = last.then(() => send(operation, values));
+function inTurn(ask) {
+  expectMore(1);
+  const result = last.then(ask).finally(() => expectMore(-1));
   last = result.catch(() => {});
   return result;
 }
 
+export function call(operation, values = {}) {
+  return inTurn(() => send(operation, values));
+}
+
 // The same for what a run going on makes impossible: nothing is asked then, and undefined is the answer.
 export function callUnlessRunning(operation, values = {}) {
-  const result = last.then(() => (isRunning ? undefined : send(operation, values)));
-  last = result.catch(() => {});
-  return result;
+  return inTurn(() => (isRunning ? undefined : send(operation, values)));
 }
 
 // After a request that was asked about a project as it no longer is.

@@ -26,6 +26,13 @@ export function byId(id) {
   return document.getElementById(id);
 }
 
+// How much more is to come: answers, and what somebody has typed that is not sent yet.
+let outstanding = 0;
+export function expectMore(change) {
+  outstanding += change;
+  document.querySelector("main")?.setAttribute("aria-busy", outstanding > 0 ? "true" : "false");
+}
+
 export function debounce(work, milliseconds) {
   let timer = 0;
   const later = (...values) => {

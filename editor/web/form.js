@@ -1,7 +1,7 @@
 // The pages of an action, drawn from what kxhost says about their fields.
 import { call } from "./api.js";
 import { askTexts, choosePath } from "./dialogs.js";
-import { announce, announceError, button, debounce, el, newId } from "./dom.js";
+import { announce, announceError, button, debounce, el, expectMore, newId } from "./dom.js";
 
 const linesOf = (value) => value.replaceAll("\r\n", "\n").replace(/\n$/, "");
 
@@ -199,7 +199,7 @@ export class Form {
     control.input = input;
     let sent = "";
     const commit = () => {
-      this.flushers.delete(commit);
+      if (this.flushers.delete(commit) && !isSecret) expectMore(-1);
       later.cancel();
       if (input.value === sent) return undefined;
       sent = input.value;
@@ -207,6 +207,7 @@ export class Form {
     };
     const later = debounce(commit, 400);
     input.addEventListener("input", () => {
+      if (!isSecret && !this.flushers.has(commit)) expectMore(1);
       this.flushers.add(commit);
       if (!isSecret) later(); // half a password is none
     });

@@ -85,8 +85,7 @@ async function openPage(browser, address, options = {}) {
 
 // Everything that was asked of kxhost has been answered and shown.
 async function settled(page) {
-  await page.waitForTimeout(500);
-  await page.waitForLoadState("networkidle");
+  await page.waitForSelector("main[aria-busy=false]");
 }
 
 module.exports = { Editor, launch, openPage, root, settled };

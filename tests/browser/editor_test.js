@@ -37,9 +37,10 @@ async function withEditor(options, work) {
   }
 }
 
+// The message of an earlier save has gone when the key is pressed.
 async function save(page) {
   await page.keyboard.press("Control+s");
-  await page.waitForSelector("#dirty:text-is('saved')");
+  await page.locator("#message", { hasText: "The project is saved." }).waitFor();
 }
 
 // Longer than it takes to press the next key.

@@ -228,7 +228,8 @@ TEST_F(EditorSession, EveryPropertyThatCanBeWrongHasItsField) {
       if (!property.Stored || property.Secret || (!isList && property.Kind != TKxPropertyKind::String))
         continue;
       const std::string name = text::ToUtf8(property.Name);
-      elements += "<" + name + ">" + (isList ? "<Line>%No.where%</Line>" : "%No.where%") + "</" + name + ">";
+      const char* const value = isList ? "<Line>%No.where%</Line>" : "%No.where%";
+      elements.append("<").append(name).append(">").append(value).append("</").append(name).append(">");
       ++wrong;
     }
     Open("    <Action Type=\"" + text::ToUtf8(type.Identifier) + "\">" + elements + "</Action>\n");
@@ -259,7 +260,7 @@ TEST_F(EditorSession, ChosenFilesAreSeenFromTheProject) {
     host_.Write(file, "");
   const std::string folder = text::ToUtf8(host_.Path(""));
   const std::string parent = std::filesystem::path(folder).parent_path().parent_path().string();
-  const auto slashed = [](TJson value) { return tests::Generic(value.get<std::string>()); };
+  const auto slashed = [](const TJson& value) { return tests::Generic(value.get<std::string>()); };
   const struct {
     const char* Type;
     int Page;
