@@ -1,5 +1,6 @@
 #include "host/WebDav.h"
 
+#include "host/Exceptions.h"
 #include "host/FileUpdates.h"
 #include "platform/Files.h"
 #include "platform/TextFiles.h"
@@ -338,6 +339,15 @@ bool TCurlWebDavClient::DownloadFile(std::u16string_view remote, std::u16string_
 
 std::unique_ptr<TKxWebDavClient> TKxWebDavClient::Create() {
   return std::make_unique<TCurlWebDavClient>();
+}
+
+const std::u16string& TKxWebDavClient::DownloadFolder() {
+  if (!downloads_) {
+    auto made = platform::PrivateFolder::Create();
+    if (!made) throw EKxException(made.Message());
+    downloads_ = *std::move(made);
+  }
+  return downloads_->Path();
 }
 
 } // namespace kx

@@ -2,10 +2,12 @@
 #pragma once
 
 #include "host/Process.h"
+#include "platform/PrivateFolder.h"
 
 #include <chrono>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -40,6 +42,13 @@ public:
   // The local file is written whole or not at all.
   virtual bool DownloadFile(std::u16string_view remote, std::u16string_view local) = 0;
   virtual std::u16string LastErrorText() const = 0;
+
+  // Where this client's downloads lie: a folder that only this user gets into, made at the first call and
+  // removed with the client. Raises EKxException when it cannot be made.
+  const std::u16string& DownloadFolder();
+
+private:
+  std::optional<platform::PrivateFolder> downloads_;
 };
 
 } // namespace kx

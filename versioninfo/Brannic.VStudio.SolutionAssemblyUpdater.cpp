@@ -231,7 +231,6 @@ private:
     const std::u16string local = GetFileUsingWebDAV(client, folder, text::ExtractFileName(name));
     Process(local, nullptr); // the other sources stay on the server
     PutFileUsingWebDAV(client, local, folder);
-    // After a failure it stays: the message names it, and the next run replaces it.
     static_cast<void>(platform::RemoveFile(local));
   }
 

@@ -3,7 +3,6 @@
 #include "host/FileUpdates.h"
 #include "host/Services.h"
 #include "host/Utilities.h"
-#include "platform/Files.h"
 #include "text/Text.h"
 #include "text/WindowsPath.h"
 #include "web/WebAddress.h"
@@ -87,10 +86,7 @@ std::u16string GetFileUsingWebDAV(TKxWebDavClient* client, std::u16string_view r
   if (!IsPlainFileName(fileName))
     throw EKxException(u"\"" + std::u16string(fileName) +
                        u"\" is not a file name that the temporary folder can hold; nothing was downloaded.");
-  std::u16string local = text::JoinPath(TPathUtils::GetTemporaryPath(), fileName);
-  if (platform::FileExists(local)) {
-    if (const auto removed = platform::RemoveFile(local); !removed) throw EKxException(removed.Message());
-  }
+  std::u16string local = text::JoinPath(client->DownloadFolder(), fileName);
   const std::u16string remote = OnServer(remotePath) + std::u16string(fileName);
   if (!client->DownloadFile(remote, local))
     throw EKxException(u"Error retrieving file with WebDAV: " + client->LastErrorText() +

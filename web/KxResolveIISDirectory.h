@@ -20,8 +20,8 @@ std::u16string GetPhysicalDirFromIISDir(std::u16string_view url, std::int32_t we
 std::u16string BuildShareName(std::u16string_view url, std::u16string_view sharePath);
 
 // The transfers. `client` is the caller's: made with user, password and stop event set, and disconnected by
-// it; absent, it fails an assertion. The two downloads give a file of the document's name in the temporary
-// folder, for the caller to remove. A name that would lead out of that folder is refused.
+// it; absent, it fails an assertion. The two downloads give a file of the document's name in the client's own
+// temporary folder, for the caller to remove. A name that would lead out of that folder is refused.
 
 // Connects, downloads the project file and leaves its folder on the server, without outer slashes, in
 // `projectPath`.

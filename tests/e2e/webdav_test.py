@@ -93,6 +93,9 @@ class WebDavTest(e2e.EndToEndTest):
                      "ProjLocationDetectMethod=useWebDAV", "WebDAVUsername=J\u00f6rg", "WebDAVPassword=secret word",
                      "--option", f"DotNetFramework.v4.0={self.folder / 'tools'}"]
         environment = {"TMPDIR": str(self.temporary), "no_proxy": "*"}
+        planted = self.write("planted.cs", "another user's\n")
+        link = self.temporary / "AssemblyInfo.cs"
+        link.symlink_to(planted)
         run = self.run_program(*arguments, "--dry-run", **environment)
         self.assertIn('+[assembly: AssemblyVersion("2.3.4.5")]', run.stdout)
         self.assertIn("1.0.*", source.read_text(), "a dry run uploads nothing")
@@ -100,7 +103,23 @@ class WebDavTest(e2e.EndToEndTest):
         self.assertEqual(run.returncode, 0, run.stdout)
         self.assertEqual(source.read_text(), '[assembly: AssemblyVersion("2.3.4.5")]\n')
         self.assertNotIn("secret word", run.stdout)
-        self.assertEqual(list(self.temporary.glob("*AssemblyInfo*")), [])
+        self.assertEqual([file.name for file in self.temporary.iterdir()], ["AssemblyInfo.cs"])
+        self.assertTrue(link.is_symlink(), "others' files stay, whatever their names")
+        self.assertEqual(planted.read_text(), "another user's\n")
+        link.unlink()
+
+    def test_a_stored_password_that_cannot_be_read_is_not_replaced_by_none(self):
+        server = start_server({})
+        self.write("Web.sln", SOLUTION % f"http://127.0.0.1:{server.server_address[1]}/MyWeb/MyWeb.csproj")
+        self.write("tools/MSBuild.exe", "#!/bin/sh\n", executable=True)
+        for stored in "AAAA", "no secret":  # as another machine or user would have left it
+            run = self.run_program(e2e.BIN / "kxhost", "do", "DEVENV", "Solution=Web.sln", "SolutionConfiguration=Debug",
+                                   "VStudioVersion=vs2010", "UpdateAssemblyInfo=True", "ProjLocationDetectMethod=useWebDAV",
+                                   "WebDAVUsername=me", f"_WebDAVPassword={stored}", "--option",
+                                   f"DotNetFramework.v4.0={self.folder / 'tools'}", no_proxy="*")
+            self.assertEqual(run.returncode, 1, run.stdout)
+            self.assertIn("The stored WebDAV password cannot be decrypted", run.stdout)
+        self.assertEqual(server.seen, [])
 
     def check_failures(self, port, failures):
         for asked, reason in failures.items():
@@ -108,8 +127,7 @@ class WebDavTest(e2e.EndToEndTest):
                 lines = self.drive(port, *asked).splitlines()
                 self.assertRegex(lines[0], f"^Error {reason}")
                 self.assertEqual(lines[2:5], ["Servername: 127.0.0.1", f"Serverport: {port}", "UserID: J\u00f6rg"])
-                left = [f"Local filename: {file}" for file in self.temporary.iterdir()]
-                self.assertIn(left, ([], lines[1:2]), "a download leaves nothing half, an upload its file")
+                self.assertEqual(list(self.temporary.iterdir()), [], "nothing is left behind")
 
     def test_hostile_servers(self):
         other = start_server({})
