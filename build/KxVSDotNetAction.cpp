@@ -134,6 +134,10 @@ std::u16string TKxCustomVSDotNetAction::GetWebDAVPassword() const {
   return encrypted.empty() || !IsAttached() ? std::u16string() : DecryptString(encrypted);
 }
 
+bool TKxCustomVSDotNetAction::IsWebDAVPasswordLost() const {
+  return !webProjects_.EncryptedWebDAVPassword.empty() && GetWebDAVPassword().empty();
+}
+
 void TKxCustomVSDotNetAction::SetWebDAVPassword(std::u16string_view clear) {
   if (clear != GetWebDAVPassword()) webProjects_.EncryptedWebDAVPassword = EncryptString(clear);
 }

@@ -48,6 +48,7 @@ public:
   void SetAutoIncBuild(bool value);
   void SetCodePage(std::int32_t value);     // 0 stands for the default, 1252
   std::u16string GetWebDAVPassword() const; // empty when it cannot be decrypted on this machine
+  bool IsWebDAVPasswordLost() const;        // then
   // The value it already has changes nothing: so one that cannot be decrypted here is kept.
   void SetWebDAVPassword(std::u16string_view clear);
 

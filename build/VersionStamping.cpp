@@ -122,6 +122,7 @@ bool TAssemblyInfoStamping::UpdateFiles() {
                                                  .SharePath = web.SharePath,
                                                  .WebDAVUsername = web.WebDAVUsername,
                                                  .WebDAVPassword = action_.GetWebDAVPassword(),
+                                                 .IsWebDAVPasswordLost = action_.IsWebDAVPasswordLost(),
                                                  .StopEvent = &stop_},
                                                 &action_.StampHistory());
     if (values_.ApplyTo == TVSDotNetBuildType::btAllProjects)

@@ -41,7 +41,13 @@ public:
   TConnection(const TConnection&) = delete;
   TConnection& operator=(const TConnection&) = delete;
 
+  // Raises EKxException for a password that cannot be had: an empty one in its place would be sent to the
+  // server as this user's.
   TKxWebDavClient* Client(const TKxWebProjectSettings& web) {
+    if (web.IsWebDAVPasswordLost)
+      throw EKxException(
+          u"The stored WebDAV password cannot be decrypted by this user on this machine, so no "
+          u"server is connected to; store it again (WebDAVPassword)");
     if (!client_) {
       client_ = TKxWebDavClient::Create();
       client_->UserName = web.WebDAVUsername;

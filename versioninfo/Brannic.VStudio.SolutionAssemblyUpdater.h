@@ -23,6 +23,7 @@ struct TKxWebProjectSettings {
   std::u16string SharePath = {};
   std::u16string WebDAVUsername = {};
   std::u16string WebDAVPassword = {};  // in clear
+  bool IsWebDAVPasswordLost = false;   // one is stored that cannot be read here: no server is asked
   const TKxEvent* StopEvent = nullptr; // ends a transfer early; outlives the updater
 };
 
