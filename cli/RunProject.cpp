@@ -66,20 +66,24 @@ public:
     }
   }
 
-  // A report that cannot be written changes nothing about the run. Gives a line for each that is.
-  std::string Write(const TRunReport& report) const {
-    std::string lines;
-    if (!junitFile_.empty()) lines += WriteFile("Unit tests", junitFile_, junit_.Document());
-    if (!htmlFile_.empty()) lines += WriteFile("Report", htmlFile_, html_.Page(report));
-    return lines;
+  // False when one could not be written, which was then said; `lines` gets one for each that was.
+  bool Write(const TRunReport& report, std::string& lines) const {
+    bool written = true;
+    if (!junitFile_.empty()) written &= WriteFile("Unit tests", junitFile_, junit_.Document(), lines);
+    if (!htmlFile_.empty()) written &= WriteFile("Report", htmlFile_, html_.Page(report), lines);
+    return written;
   }
 
 private:
-  static std::string WriteFile(const char* what, const std::u16string& file, const std::string& bytes) {
+  static bool WriteFile(const char* what, const std::u16string& file, const std::string& bytes,
+                        std::string& lines) {
     const auto written = platform::SaveFile(file, bytes);
-    if (written) return WrittenLine(what, file);
-    WriteError(u"Warning : the report could not be written. " + written.Message());
-    return {};
+    if (written) {
+      lines += WrittenLine(what, file);
+    } else {
+      WriteError(u"kxhost: the report could not be written. " + written.Message());
+    }
+    return static_cast<bool>(written);
   }
 
   std::u16string junitFile_;
@@ -88,13 +92,16 @@ private:
   THtmlReport html_;
 };
 
-// The line that says where the log is.
-std::string EndLog(const TJsonLinesSink* log, const TCommonOptions& options) {
-  if (log == nullptr) return {};
+// The same for the log.
+bool EndLog(const TJsonLinesSink* log, const TCommonOptions& options, std::string& lines) {
+  if (log == nullptr) return true;
   const std::u16string file = text::ExpandPath(text::FromUtf8(options.LogFile), platform::CurrentDirectory());
-  if (!log->HasFailed()) return WrittenLine("Log", file);
-  WriteError(u"Warning : the log " + file + u" could not be written completely.");
-  return {};
+  if (log->HasFailed()) {
+    WriteError(u"kxhost: the log " + file + u" could not be written completely.");
+  } else {
+    lines += WrittenLine("Log", file);
+  }
+  return !log->HasFailed();
 }
 
 } // namespace
@@ -115,10 +122,14 @@ int RunProject(TProjectRunner& runner, THostSession& session, const TCommonOptio
     report = runner.Run();
   }
   std::string end = EndTable(report, palette);
-  const std::string written = reports.Write(report) + EndLog(log.get(), options);
-  if (options.Verbosity != TVerbosity::Quiet) end += written;
+  std::string lines;
+  const bool reported = reports.Write(report, lines);
+  const bool logged = EndLog(log.get(), options, lines);
+  if (options.Verbosity != TVerbosity::Quiet) end += lines;
   platform::WriteConsole(platform::ConsoleStream::Output, end);
-  return ExitCodeOf(report);
+  const int exitCode = ExitCodeOf(report);
+  // Whoever asked for them goes by them.
+  return exitCode == ExitSuccess && !(reported && logged) ? ExitFailed : exitCode;
 }
 
 } // namespace kx::cli

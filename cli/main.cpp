@@ -206,6 +206,14 @@ int Main(const std::vector<std::u16string>& arguments) {
   }
 }
 
+// What was to be read and could not be written is no success.
+int WithOutputWritten(int exitCode) {
+  const std::u16string reason = platform::WriteFailure(platform::ConsoleStream::Output);
+  if (reason.empty()) return exitCode;
+  WriteError(u"kxhost: standard output could not be written. " + reason);
+  return exitCode == ExitSuccess ? ExitFailed : exitCode;
+}
+
 } // namespace
 
 } // namespace kx::cli
@@ -214,5 +222,5 @@ int main(int argc, char** argv) {
   kx::platform::IgnoreBrokenPipes();
   auto arguments = kx::platform::CommandLineArguments(argc, argv);
   if (!arguments.empty()) arguments.erase(arguments.begin()); // the program's name
-  return kx::cli::Main(arguments);
+  return kx::cli::WithOutputWritten(kx::cli::Main(arguments));
 }

@@ -1,7 +1,10 @@
 #include "platform/Console.h"
 
+#include "platform/Posix.h"
 #include "text/Encoding.h"
 
+#include <array>
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <poll.h>
@@ -14,6 +17,13 @@ namespace {
 
 int DescriptorOf(ConsoleStream stream) {
   return stream == ConsoleStream::Output ? STDOUT_FILENO : STDERR_FILENO;
+}
+
+// Error numbers, by stream.
+std::array<std::atomic<int>, 2> failures{};
+
+std::atomic<int>& FailureOf(ConsoleStream stream) {
+  return failures[stream == ConsoleStream::Output ? 0 : 1];
 }
 
 } // namespace
@@ -38,9 +48,15 @@ void WriteConsole(ConsoleStream stream, std::string_view utf8) {
       pollfd writable{fd, POLLOUT, 0};
       poll(&writable, 1, -1);
     } else if (errno != EINTR) {
+      if (errno != EPIPE) FailureOf(stream) = errno;
       return;
     }
   }
+}
+
+std::u16string WriteFailure(ConsoleStream stream) {
+  const int error = FailureOf(stream);
+  return error == 0 ? std::u16string() : posix::Reason(error);
 }
 
 void IgnoreBrokenPipes() {

@@ -4,6 +4,8 @@
 #include "text/Encoding.h"
 
 #include <algorithm>
+#include <array>
+#include <atomic>
 #include <shellapi.h>
 
 namespace kx::platform {
@@ -12,6 +14,18 @@ namespace {
 
 HANDLE HandleOf(ConsoleStream stream) {
   return GetStdHandle(stream == ConsoleStream::Output ? STD_OUTPUT_HANDLE : STD_ERROR_HANDLE);
+}
+
+// Error codes, by stream.
+std::array<std::atomic<DWORD>, 2> failures{};
+
+std::atomic<DWORD>& FailureOf(ConsoleStream stream) {
+  return failures[stream == ConsoleStream::Output ? 0 : 1];
+}
+
+void KeepFailure(ConsoleStream stream, DWORD error) {
+  const bool nobodyReads = error == ERROR_BROKEN_PIPE || error == ERROR_NO_DATA;
+  if (!nobodyReads) FailureOf(stream) = error;
 }
 
 bool IsConsole(HANDLE handle) {
@@ -27,27 +41,29 @@ bool EnableEscapeSequences(HANDLE handle) {
   return (mode & wanted) == wanted || SetConsoleMode(handle, mode | wanted) != FALSE;
 }
 
-void WriteText(HANDLE console, std::wstring_view text) {
+bool WriteText(HANDLE console, std::wstring_view text) {
   constexpr std::size_t most = 8192; // a console's buffer is small
   while (!text.empty()) {
     std::size_t size = std::min(text.size(), most);
     if (size < text.size() && IS_HIGH_SURROGATE(text[size - 1])) --size;
     DWORD written = 0;
     const BOOL done = WriteConsoleW(console, text.data(), static_cast<DWORD>(size), &written, nullptr);
-    if (done == FALSE || written == 0) return;
+    if (done == FALSE || written == 0) return false;
     text.remove_prefix(written);
   }
+  return true;
 }
 
-void WriteBytes(HANDLE file, std::string_view bytes) {
+bool WriteBytes(HANDLE file, std::string_view bytes) {
   constexpr std::size_t most = std::size_t{1} << 20;
   while (!bytes.empty()) {
     DWORD written = 0;
     const auto size = static_cast<DWORD>(std::min(bytes.size(), most));
-    if (WriteFile(file, bytes.data(), size, &written, nullptr) == FALSE) return;
+    if (WriteFile(file, bytes.data(), size, &written, nullptr) == FALSE) return false;
     if (written == 0) Sleep(1); // a pipe that another program has made non-blocking
     bytes.remove_prefix(written);
   }
+  return true;
 }
 
 } // namespace
@@ -65,9 +81,19 @@ int TerminalWidth(ConsoleStream stream) {
 
 void WriteConsole(ConsoleStream stream, std::string_view utf8) {
   const HANDLE handle = HandleOf(stream);
-  if (!IsConsole(handle)) return WriteBytes(handle, utf8);
-  EnableEscapeSequences(handle);
-  WriteText(handle, win32::ToWide(text::FromUtf8(utf8)));
+  bool written = false;
+  if (IsConsole(handle)) {
+    EnableEscapeSequences(handle);
+    written = WriteText(handle, win32::ToWide(text::FromUtf8(utf8)));
+  } else {
+    written = WriteBytes(handle, utf8);
+  }
+  if (!written) KeepFailure(stream, GetLastError());
+}
+
+std::u16string WriteFailure(ConsoleStream stream) {
+  const DWORD error = FailureOf(stream);
+  return error == ERROR_SUCCESS ? std::u16string() : win32::Reason(error);
 }
 
 void IgnoreBrokenPipes() {} // here writing to one only fails

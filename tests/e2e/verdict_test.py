@@ -72,6 +72,50 @@ class VerdictTest(e2e.EndToEndTest):
                 self.assertEqual(len(re.findall(r"^Build .*\|Any CPU +would run ", run.stdout, re.MULTILINE)), 2, run.stdout)
                 self.assertFalse((self.examples / "Greeter/runs.txt").exists())
 
+    def test_output_that_cannot_be_written_is_no_success(self):
+        rows = [
+            # where standard output goes, arguments, what standard error says
+            ("/dev/full", (), "standard output could not be written. No space left on device"),
+            ("/dev/null", (), ""),
+            ("/dev/null", ("--log", "/dev/full"), "the log /dev/full could not be written completely."),
+            ("/dev/null", ("--report", "/dev/full"), "the report could not be written. Cannot write file /dev/full."),
+            ("/dev/null", ("--junit", "/dev/full"), "the report could not be written. Cannot write file /dev/full."),
+        ]
+        command = self.command("run", self.project(self.build()))
+        for output, arguments, said in rows:
+            with self.subTest(output + " ".join(arguments)), open(output, "wb") as stream:
+                run = subprocess.run([*command, *arguments], cwd=self.folder, env=self.environment, stdin=subprocess.DEVNULL,
+                                     stdout=stream, stderr=subprocess.PIPE, encoding="utf-8", timeout=60, check=False)
+                self.assertIn(said, run.stderr)
+                self.assertEqual(run.returncode, 1 if said else 0, run.stderr)
+
+    def test_what_a_run_leaves_replaces_nothing_that_was_written_by_hand(self):
+        project = self.project(self.build())
+        (self.examples / "link.jsonl").symlink_to(project)
+        os.link(project, self.examples / "hard.jsonl")
+        self.write("examples/Old.TXT", "Microsoft Visual Studio Solution File, Format Version 8.00\nGlobal\nEndGlobal\n")
+        self.write("examples/old.log", '{"message": "Microsoft Visual Studio Solution File, Format Version 8.00"}\n')
+        options = self.write("config/kxhost/options.ini", "")
+        sources = {file: file.read_bytes() for file in self.examples.rglob("*") if file.is_file()}
+        rows = [
+            # target, what it is; nothing: it may be replaced
+            ("examples/own.kxproj", "a build project"), ("examples\\OWN.KXPROJ", "a build project"),
+            ("examples/../examples/link.jsonl", "a build project"), ("examples/hard.jsonl", "a build project"),
+            ("examples/Greeter/Greeter.sln", "a solution"), ("examples/Old.TXT", "a solution"),
+            ("examples/Greeter/Greeter.Text/Greeter.Text.csproj", "a project of Visual Studio"),
+            ("examples/Greeter/Greeter.Text/Greeting.cs", "a source"), (options, "a file of this run"),
+            ("examples/old.log", ""), ("new.log", ""),
+        ]
+        for target, what in rows:
+            for option in "--log", "--report", "--junit":
+                with self.subTest(f"{option} {target}"):
+                    run = self.run_program(*self.command("run", project, option, target))
+                    self.assertEqual(run.returncode, 2 if what else 0, run.stdout)
+                    self.assertIn(f"{option}: " if what else "Succeeded", run.stdout)
+                    self.assertIn(f" is {what} and would be replaced." if what else "", run.stdout)
+        for file, content in sources.items():
+            self.assertTrue(file.name == "old.log" or file.read_bytes() == content, file)
+
     def test_a_stop_ends_the_configuration_and_starts_no_other(self):
         command = [*self.command("run", self.project(self.build(".*"))), "--log", "log.jsonl"]
         with subprocess.Popen(command, cwd=self.folder, env={**self.environment, "HOLD": "1"}, stdin=subprocess.DEVNULL,

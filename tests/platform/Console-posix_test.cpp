@@ -24,13 +24,17 @@ TEST(WriteConsole, GivesAPipeThatDoesNotWaitEverythingAndAFullDiskUp) {
       received.append(block, static_cast<std::size_t>(count));
   });
   WriteConsole(ConsoleStream::Output, text);
+  const std::u16string well = WriteFailure(ConsoleStream::Output);
   dup2(full, STDOUT_FILENO);
   reader.join();
   WriteConsole(ConsoleStream::Output, "nobody gets this");
+  const std::u16string failed = WriteFailure(ConsoleStream::Output);
   dup2(saved, STDOUT_FILENO);
   for (const int opened : {saved, full, ends[0]})
     close(opened);
   EXPECT_TRUE(received == text) << received.size();
+  EXPECT_EQ(well, u"");
+  EXPECT_EQ(failed, u"No space left on device");
 }
 
 } // namespace
