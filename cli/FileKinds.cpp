@@ -8,6 +8,8 @@
 
 #include <algorithm>
 #include <array>
+#include <filesystem>
+#include <optional>
 
 namespace kx::cli {
 
@@ -18,6 +20,7 @@ struct TFileKind {
   std::array<std::u16string_view, 2> Extensions;
   std::u16string_view Beginning; // a word that stands near the beginning of every such file
   std::u16string_view Commands;  // FILE stands for the file
+  bool IsByHand = true;          // somebody has written it, so nothing that a run leaves replaces it
 };
 
 constexpr std::u16string_view BuildProject = u"a build project";
@@ -33,7 +36,7 @@ constexpr std::array<TFileKind, 8> Kinds{{
      u"Microsoft Visual Studio Solution File",
      u"\"kxhost inspect FILE\" shows it, \"kxhost do DEVENV Solution=FILE SolutionConfiguration=NAME\" "
      u"builds it."},
-    {u"a file of test results", {u".trx"}, u"<TestRun", u"\"kxhost inspect FILE\" shows it."},
+    {u"a file of test results", {u".trx"}, u"<TestRun", u"\"kxhost inspect FILE\" shows it.", false},
     {u"a resource script",
      {u".rc", u".rc2"},
      u"",
@@ -56,8 +59,17 @@ constexpr std::array<TFileKind, 8> Kinds{{
     {u"a log",
      {u".log"},
      u"",
-     u"\"kxhost inspect FILE --tool devenv\" (or msbuild) shows what is read in the log of a build."},
+     u"\"kxhost inspect FILE --tool devenv\" (or msbuild) shows what is read in the log of a build.",
+     false},
 }};
+
+// Of other files that a build reads.
+constexpr auto SourceExtensions = std::to_array<std::u16string_view>(
+    {u".cs",    u".vb",      u".jsl",      u".fs",   u".c",    u".cc",    u".cpp",           u".cxx",
+     u".h",     u".hh",      u".hpp",      u".hxx",  u".inl",  u".idl",   u".def",           u".asm",
+     u".resx",  u".config",  u".xaml",     u".aspx", u".asax", u".ascx",  u".asmx",          u".targets",
+     u".props", u".vsprops", u".settings", u".snk",  u".pfx",  u".vsmdi", u".testrunconfig", u".testsettings",
+     u".ico"});
 
 std::u16string BeginningOf(std::u16string_view file) {
   constexpr std::size_t enough = 4096;
@@ -91,6 +103,22 @@ std::u16string Describe(const TFileKind& kind, std::u16string_view file) {
          text::ReplaceAll(kind.Commands, u"FILE", file);
 }
 
+// What a run itself leaves may quote anything.
+bool IsOutputOfRuns(std::u16string_view beginning) {
+  const std::u16string_view text = text::Trim(beginning);
+  return text.starts_with(u'{') || text.starts_with(u"<!DOCTYPE html") ||
+         text.find(u"<testsuites") != std::u16string_view::npos;
+}
+
+// Where links end, in the system's own spelling; nothing when no file is there.
+std::optional<std::filesystem::path> RealPath(std::u16string_view file) {
+  const auto found = platform::ResolveExisting(file);
+  if (!found) return std::nullopt;
+  std::error_code error;
+  const auto path = std::filesystem::canonical(std::filesystem::path(*found), error);
+  return error ? std::nullopt : std::optional(path);
+}
+
 } // namespace
 
 std::u16string NoSuchFile(std::u16string_view file) {
@@ -118,6 +146,26 @@ void RequireBuildProject(std::u16string_view file) {
   if (kind == nullptr && !text.empty() && !text.starts_with(u'<'))
     throw EUsage(std::u16string(file) +
                  u" is no build project, which is XML: <BuildProject>...</BuildProject>.");
+}
+
+void RequireNotWrittenByHand(std::u16string_view option, std::u16string_view file) {
+  const auto path = RealPath(file);
+  if (!path) return;
+  const std::u16string real = path->u16string();
+  const std::u16string beginning = BeginningOf(real);
+  const auto* kind = KindOf(real, IsOutputOfRuns(beginning) ? std::u16string() : beginning);
+  std::u16string what = kind != nullptr && kind->IsByHand ? std::u16string(kind->What) : std::u16string();
+  const std::u16string extension = text::ExtractFileExt(real);
+  if (std::ranges::any_of(SourceExtensions, [&](auto end) { return text::EqualsIgnoreCase(end, extension); }))
+    what = u"a source";
+  if (!what.empty())
+    throw EUsage(std::u16string(option) + u": " + real + u" is " + what + u" and would be replaced.");
+}
+
+bool IsSameFile(std::u16string_view one, std::u16string_view other) {
+  const auto path = RealPath(one), otherPath = RealPath(other);
+  std::error_code error;
+  return path && otherPath && std::filesystem::equivalent(*path, *otherPath, error);
 }
 
 } // namespace kx::cli

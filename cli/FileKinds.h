@@ -19,4 +19,10 @@ std::u16string NoSuchFile(std::u16string_view file);
 // Raises EUsage for a file of another kind and for a folder. The file need not exist.
 void RequireBuildProject(std::u16string_view file);
 
+// Raises EUsage for a file, by whatever name or link, that somebody has written: a build project, a solution,
+// a project, a source. `option` is the one whose output would replace it.
+void RequireNotWrittenByHand(std::u16string_view option, std::u16string_view file);
+// Whether both paths lead to one file, under whatever names; False when one of them is not there.
+bool IsSameFile(std::u16string_view one, std::u16string_view other);
+
 } // namespace kx::cli

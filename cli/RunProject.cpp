@@ -1,5 +1,6 @@
 #include "cli/Common.h"
 #include "cli/ConsoleSink.h"
+#include "cli/FileKinds.h"
 #include "platform/Console.h"
 #include "platform/Files.h"
 #include "report/HtmlReport.h"
@@ -8,6 +9,7 @@
 #include "text/Encoding.h"
 #include "text/WindowsPath.h"
 
+#include <array>
 #include <optional>
 
 namespace kx::cli {
@@ -18,6 +20,28 @@ int ExitCodeOf(const TRunReport& report) {
   if (report.Result == TResultKind::Stopped) return ExitStopped;
   if (IsSuccess(report.Result)) return ExitSuccess;
   return report.NothingExecuted ? ExitInvalid : ExitFailed;
+}
+
+struct TOutputFile {
+  const char16_t* Option;
+  std::string TCommonOptions::*File;
+};
+constexpr std::array<TOutputFile, 3> OutputFiles{{{u"--log", &TCommonOptions::LogFile},
+                                                  {u"--junit", &TCommonOptions::JUnitFile},
+                                                  {u"--report", &TCommonOptions::ReportFile}}};
+
+// Before anything is opened: what a run leaves never takes the place of what it reads.
+void RequireHarmlessOutput(const TCommonOptions& options, TProjectRunner& runner, THostSession& session) {
+  const std::array<std::u16string, 3> read{runner.Project().FileName, session.Store().FileName(),
+                                           session.KeyFile()};
+  for (const auto& output : OutputFiles) {
+    const std::u16string file = text::FromUtf8(options.*output.File);
+    if (file.empty()) continue;
+    RequireNotWrittenByHand(output.Option, file);
+    for (const auto& own : read)
+      if (!own.empty() && IsSameFile(file, own))
+        throw EUsage(output.Option + (u": " + file) + u" is a file of this run and would be replaced.");
+  }
 }
 
 std::unique_ptr<TJsonLinesSink> OpenLog(const TCommonOptions& options) {
@@ -108,6 +132,7 @@ bool EndLog(const TJsonLinesSink* log, const TCommonOptions& options, std::strin
 
 int RunProject(TProjectRunner& runner, THostSession& session, const TCommonOptions& options) {
   const TPalette palette = ChoosePalette(options.Color);
+  RequireHarmlessOutput(options, runner, session);
   const auto log = OpenLog(options);
   if (log) runner.AddSink(*log);
   const TReports reports(options, runner);
