@@ -1,6 +1,7 @@
 #include "runner/OptionsStore.h"
 
 #include "host/Exceptions.h"
+#include "platform/FileLock.h"
 #include "platform/Files.h"
 #include "runner/Messages.h"
 #include "text/Encoding.h"
@@ -9,6 +10,8 @@
 namespace kx {
 
 namespace {
+
+constexpr std::chrono::seconds LongestWait(30); // for others who are saving
 
 class TSectionReader : public IKxOptionsReader {
 public:
@@ -45,6 +48,22 @@ private:
   std::u16string section_;
 };
 
+struct TStoreFile {
+  TIniText Ini;
+  bool HasMark = false; // it begins with a byte-order mark
+};
+
+// A file that is missing is an empty one. Raises EKxParseError.
+TStoreFile ReadStore(std::u16string_view fileName) {
+  TStoreFile file;
+  if (!platform::FileExists(fileName) && !platform::DirectoryExists(fileName)) return file;
+  const auto bytes = platform::ReadFile(fileName);
+  if (!bytes) RefuseFile(fileName, 0, bytes.Message());
+  file.HasMark = text::DetectByteOrderMark(*bytes) == text::ByteOrderMark::Utf8;
+  file.Ini.Parse(text::FromUtf8(RequireUtf8(*bytes, fileName)), fileName);
+  return file;
+}
+
 } // namespace
 
 TOptionName TOptionName::Parse(std::u16string_view text) {
@@ -56,15 +75,9 @@ TOptionName TOptionName::Parse(std::u16string_view text) {
 
 void TOptionsStore::Load(std::u16string_view fileName) {
   fileName_ = fileName;
+  changed_.clear();
   ini_ = {};
-  savedText_.clear();
-  hasMark_ = false;
-  if (!platform::FileExists(fileName) && !platform::DirectoryExists(fileName)) return;
-  const auto bytes = platform::ReadFile(fileName);
-  if (!bytes) RefuseFile(fileName, 0, bytes.Message());
-  hasMark_ = text::DetectByteOrderMark(*bytes) == text::ByteOrderMark::Utf8;
-  ini_.Parse(text::FromUtf8(RequireUtf8(*bytes, fileName)), fileName);
-  savedText_ = ini_.Text();
+  ini_ = ReadStore(fileName).Ini;
 }
 
 void TOptionsStore::Override(const TOptionName& name, std::u16string_view value) {
@@ -94,11 +107,15 @@ std::optional<std::u16string> TOptionsStore::GetStored(const TOptionName& name) 
 }
 
 void TOptionsStore::Set(const TOptionName& name, std::u16string_view value) {
+  if (GetStored(name) == value) return;
   ini_.Set(name.Section, name.Key, value);
+  changed_.push_back(name);
 }
 
 void TOptionsStore::Remove(const TOptionName& name) {
+  if (!GetStored(name)) return;
   ini_.Remove(name.Section, name.Key);
+  changed_.push_back(name);
 }
 
 std::vector<TOptionName> TOptionsStore::StoredNames() const {
@@ -110,17 +127,37 @@ std::vector<TOptionName> TOptionsStore::StoredNames() const {
 }
 
 platform::Status TOptionsStore::Save() {
-  const std::u16string text = ini_.Text();
-  if (text == savedText_) return platform::Done{};
+  if (changed_.empty()) return platform::Done{};
   if (fileName_.empty()) return platform::Failure{u"There is no file to save the options in."};
   const std::u16string folder = text::ExtractFileDir(fileName_);
   if (!folder.empty()) { // else the current one
     auto made = platform::CreateDirectories(folder);
     if (!made) return made;
   }
-  auto written = platform::SaveFile(fileName_, (hasMark_ ? "\xEF\xBB\xBF" : "") + text::ToUtf8(text));
-  if (written) savedText_ = text;
-  return written;
+  const auto lock = platform::FileLock::Acquire(fileName_ + u".lock", LongestWait);
+  if (!lock) return platform::Failure{lock.Message()};
+  auto saved = SaveChanges();
+  if (saved) changed_.clear();
+  return saved;
+}
+
+platform::Status TOptionsStore::SaveChanges() {
+  try {
+    TStoreFile file = ReadStore(fileName_);
+    const std::u16string before = file.Ini.Text();
+    for (const auto& name : changed_) {
+      if (const auto value = GetStored(name)) {
+        file.Ini.Set(name.Section, name.Key, *value);
+      } else {
+        file.Ini.Remove(name.Section, name.Key);
+      }
+    }
+    const std::u16string text = file.Ini.Text();
+    if (text == before) return platform::Done{};
+    return platform::SaveFile(fileName_, (file.HasMark ? "\xEF\xBB\xBF" : "") + text::ToUtf8(text));
+  } catch (const EKxException& error) { // others have made it unreadable
+    return platform::Failure{error.Message()};
+  }
 }
 
 std::unique_ptr<IKxOptionsReader> TOptionsStore::Reader(std::u16string_view section,

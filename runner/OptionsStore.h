@@ -41,7 +41,9 @@ public:
   void Remove(const TOptionName& name);
   std::vector<TOptionName> StoredNames() const; // in the order of the file
 
-  // Writes the file, safely, when something has changed since it was read; its folder is made.
+  // Writes what was set or removed since it was read into the file as it is now, safely and one writer at a
+  // time; its folder is made. What others have stored in the meantime stays, and is seen when it is read
+  // again.
   platform::Status Save();
 
   enum class EOverrides { Apply, Ignore };
@@ -50,10 +52,11 @@ public:
   std::unique_ptr<IKxOptionsWriter> Writer(std::u16string_view section);
 
 private:
+  platform::Status SaveChanges();
+
   std::u16string fileName_;
-  bool hasMark_ = false; // the file begins with a byte-order mark
   TIniText ini_;
-  std::u16string savedText_;
+  std::vector<TOptionName> changed_; // since it was read or saved, in this order
   std::map<std::u16string, std::map<std::u16string, std::u16string, text::IgnoreCaseLess>,
            text::IgnoreCaseLess>
       overrides_;

@@ -3,6 +3,7 @@
 #include "tests/runner/TestActions.h"
 
 #include <gmock/gmock.h>
+#include <thread>
 
 namespace kx::tests {
 namespace {
@@ -85,6 +86,45 @@ TEST_F(OptionsStoreTest, KeepsMarkAndUnknownContentWhenItSaves) {
   Store.Set({u"A", u"k"}, u"\u00FC");
   ASSERT_TRUE(Store.Save());
   EXPECT_EQ(Host.Read("options.ini"), "\xEF\xBB\xBF[A]\r\nk=\xC3\xBC\r\n");
+}
+
+TEST_F(OptionsStoreTest, KeepsWhatOthersHaveStoredInTheMeantime) {
+  Store.Load(Host.Write("options.ini", "[A]\na=1\nb=1\nc=1\n"));
+  TOptionsStore other;
+  other.Load(Store.FileName());
+  other.Set({u"A", u"a"}, u"2");
+  other.Remove({u"A", u"c"});
+  other.Set({u"B", u"new"}, u"2");
+  ASSERT_TRUE(other.Save());
+  for (const std::u16string_view value : {u"3", u"4"}) { // as an editor that stays open
+    Store.Set({u"A", u"a"}, u"1");                       // as it was read
+    Store.Set({u"A", u"b"}, value);
+    ASSERT_TRUE(Store.Save());
+  }
+  EXPECT_EQ(Host.Read("options.ini"), "[A]\na=2\nb=4\n\n[B]\nnew=2\n");
+  Host.Write("options.ini", "no section\n");
+  Store.Set({u"A", u"b"}, u"5");
+  EXPECT_FALSE(Store.Save());
+  EXPECT_EQ(Host.Read("options.ini"), "no section\n");
+}
+
+TEST_F(OptionsStoreTest, LosesNothingOfManyWritersAtOnce) {
+  constexpr int writers = 8, keys = 15;
+  const std::u16string file = Host.Write("options.ini", "");
+  {
+    std::vector<std::jthread> threads;
+    for (int i = 0; i < writers; ++i)
+      threads.emplace_back([&file, section = text::FromInteger(i)] {
+        for (int key = 0; key < keys; ++key) {
+          TOptionsStore store;
+          store.Load(file);
+          store.Set({section, text::FromInteger(key)}, u"x");
+          EXPECT_TRUE(store.Save());
+        }
+      });
+  }
+  Store.Load(file);
+  EXPECT_EQ(Store.StoredNames().size(), std::size_t{writers * keys});
 }
 
 TEST_F(OptionsStoreTest, RefusesWhatItCannotRead) {
