@@ -6,6 +6,7 @@
 #include "editor/EditorSession.h"
 #include "platform/Console.h"
 #include "platform/Files.h"
+#include "platform/PrivateFolder.h"
 #include "platform/System.h"
 #include "text/Encoding.h"
 #include "text/WindowsPath.h"
@@ -13,6 +14,7 @@
 #include <CLI/CLI.hpp>
 
 #include <memory>
+#include <optional>
 
 namespace kx::cli {
 
@@ -31,10 +33,33 @@ void Print(const std::string& text) {
   platform::WriteConsole(platform::ConsoleStream::Output, text + "\n");
 }
 
+// A page that leads on to the editor. The arguments of a program are seen by everybody on the machine, so the
+// browser is given this page's name; what stands in it only the user reads.
+class TDoorPage {
+public:
+  platform::Status Open(const std::string& address) {
+    auto folder = platform::PrivateFolder::Create();
+    if (!folder) return platform::Failure{folder.Message()};
+    folder_ = *std::move(folder);
+    const auto file =
+        platform::CreateTemporaryFile(folder_->Path(), u"kxhost-", u".html"); // for this user only
+    if (!file) return platform::Failure{file.Message()};
+    auto written = platform::SaveFile(
+        *file,
+        "<!DOCTYPE html><html lang=\"en\"><meta charset=\"utf-8\"><title>kxhost</title>"
+        "<meta name=\"referrer\" content=\"no-referrer\"><meta http-equiv=\"refresh\" content=\"0;url=" +
+            address + "\"><p><a href=\"" + address + "\">Open the project</a></p></html>\n");
+    return written ? platform::OpenInBrowser(*file) : written;
+  }
+
+private:
+  std::optional<platform::PrivateFolder> folder_; // removed with this object
+};
+
 // Whether a browser that was started shows the page, only the user can see: the address is there in any case.
-void ShowAddress(const std::string& address, bool openBrowser) {
-  if (openBrowser) {
-    const auto opened = platform::OpenInBrowser(text::FromUtf8(address));
+void ShowAddress(const std::string& address, TDoorPage* door) {
+  if (door != nullptr) {
+    const auto opened = door->Open(address);
     Print(opened ? "The browser opens the project."
                  : "No browser could be started: " + text::ToUtf8(opened.Message()));
   }
@@ -61,7 +86,8 @@ int Edit(const TEditArguments& arguments, const TCommonOptions& common) {
   {
     const platform::InterruptHandler interrupts(host.Stop());
     const editor::TEditorServer server(session);
-    ShowAddress(server.Address(), !arguments.NoBrowser);
+    TDoorPage door;
+    ShowAddress(server.Address(), arguments.NoBrowser ? nullptr : &door);
     ServeToTheEnd(session, server, host.Stop());
     session.EndRun(); // pages that wait for its events are answered
   }

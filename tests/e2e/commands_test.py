@@ -1,5 +1,6 @@
 """The commands that only look, and what is said to those who use one wrongly."""
 import json
+import pathlib
 import signal
 import subprocess
 import unittest
@@ -43,6 +44,23 @@ class CommandsTest(e2e.EndToEndTest):
                     self.assertRegex(editor.stdout.readline(), r"^http://127\.0\.0\.1:\d+/\w+/\?token=\w+$")
                     editor.send_signal(signal.SIGINT)
                     self.assertEqual(editor.wait(60), 0)
+
+    def test_the_browser_is_given_a_page_that_only_the_user_reads(self):
+        self.write("browsers/xdg-open", '#!/bin/sh\necho "$1" > "$HOME/asked.new"\n/bin/mv "$HOME/asked.new" "$HOME/asked"\n',
+                   executable=True)
+        environment = {**self.environment, "PATH": str(self.folder / "browsers")}
+        with subprocess.Popen([e2e.BIN / "kxhost", "edit", self.folder / "new.kxproj"], text=True,
+                              stdout=subprocess.PIPE, env=environment) as editor:
+            self.addCleanup(e2e.kill_quietly, editor.pid)
+            address = [editor.stdout.readline() for _ in range(3)][-1].strip()
+            self.assertTrue(e2e.wait_until((self.folder / "asked").exists))
+            page = pathlib.Path((self.folder / "asked").read_text(encoding="utf-8").strip())
+            self.assertIn(f'content="0;url={address}"', page.read_text(encoding="utf-8"))
+            modes = [path.stat().st_mode & 0o777 for path in (page, page.parent)]
+            self.assertEqual(modes, [0o600, 0o700])
+            editor.send_signal(signal.SIGINT)
+            self.assertEqual(editor.wait(60), 0)
+        self.assertFalse(page.parent.exists())
 
     def test_wrong_use_says_what_is_right(self):
         self.write("App.sln", HEADER + "Global\nEndGlobal\n")
