@@ -351,7 +351,8 @@ test("a stop in the middle leaves no process, and the program ends without losin
     await page.click("#start");
     await page.locator("#log", { hasText: "Compiling" }).waitFor();
     assert.equal(await page.locator("#save").isDisabled(), true);
-    while (!fs.existsSync(`${editor.folder}/tool/pid`)) await page.waitForTimeout(50);
+    const pidFile = `${editor.folder}/tool/pid`;
+    while (!fs.existsSync(pidFile) || !editor.read("tool/pid").endsWith("\n")) await page.waitForTimeout(50);
     const pid = Number(editor.read("tool/pid"));
     await page.click("#stop");
     await page.locator("#progress", { hasText: "stopped" }).waitFor();
