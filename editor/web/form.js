@@ -76,7 +76,7 @@ export class Form {
       panel.append(control.row);
     }
     this.element.replaceChildren(tabs, panel);
-    this.update();
+    this.update(true);
   }
 
   goTo(page, field) {
@@ -91,11 +91,13 @@ export class Form {
     this.draw();
   }
 
-  update() {
+  // What was asked before an edit that is still on its way does not know of it: the controls keep what the user
+  // has done until the answer to that.
+  update(isNew = false) {
     this.pages[this.page].fields.forEach((field, i) => {
       const control = this.controls[i];
       control.field = field;
-      control.update?.(field);
+      if (isNew || this.underWay === 0) control.update?.(field);
       if (!control.problem) return;
       control.needs.textContent = field.needs;
       control.updateOffers?.(field);
@@ -124,8 +126,7 @@ export class Form {
       announceError(error);
     }
     this.underWay -= 1;
-    // The answer to an earlier edit does not know of one that is still on its way.
-    if (this.id === id && this.underWay === 0) this.update();
+    if (this.id === id) this.update();
   }
 
   makeControl(field, labelBefore) {

@@ -196,6 +196,21 @@ test("what is typed while the page is drawn anew stays", async () => {
     await page.keyboard.type("ei");
     await save(page);
     assert.match(editor.read("p.kxproj"), />eins<[^]*>zwei<[^]*Zweite[^]*Übersetzen[^]*\/moved/);
+
+    // The pages as they were before a box was ticked arrive behind it.
+    await page.click("#show-actions");
+    const box = page.getByLabel("Override Compiler");
+    await box.waitFor();
+    await page.getByLabel("Name of the action").fill("Anders");
+    const renamed = page.waitForResponse(/api.attribute/);
+    const shown = page.waitForResponse(/api.action$/);
+    await page.keyboard.press("Tab");
+    await renamed;
+    await box.check();
+    await shown;
+    for (let i = 0; i < 5; i += 1) assert.ok(await box.isChecked(), "it stays ticked");
+    await settled(page);
+    assert.ok(await box.isChecked());
   });
 });
 
