@@ -295,7 +295,7 @@ TEST_F(BuildRun, WarnsOfProjectsThatItLeavesOutBecauseTheyAreNotOnDisk) {
 }
 
 TEST_F(BuildRun, WarnsOnceOfAFolderThatMSBuildCannotBeTold) {
-  const std::string warning = "2 Warning : The solution's folder \"DIR/my app/\" has a blank";
+  const std::string warning = "2 Warning : The solution's folder \"DIR/my app";
   for (const auto* name : {"App/App.csproj", "Lib/Lib.csproj", "Setup/Setup.vdproj"})
     folder_.Write("my app/" + std::string(name), "<Project/>");
   folder_.Write("my app/App.sln", SmallSolution);

@@ -188,8 +188,7 @@ TEST_F(BuildAction, LooksAheadAtWhatARunWouldStumbleOver) {
       {selected, "SelectedProjects: No projects are selected."},
       {selected + u"Lib&SolutionConfiguration=Release|Any CPU",
        "BuildType: None of the projects to build is part of Release|Any CPU."},
-      {u"Solution=b c/App.sln&" + selected + u"Lib",
-       "Solution: The solution's folder \"DIR/b c/\" has a blank"},
+      {u"Solution=b c/App.sln&" + selected + u"Lib", "Solution: The solution's folder \"DIR/b c"},
       {u"Solution=Twins.sln&" + selected + u"Installer",
        "Solution: Twins.sln gives different projects one identifier: Lib\\Lib.csproj and "
        "Setup\\Setup.vdproj"},

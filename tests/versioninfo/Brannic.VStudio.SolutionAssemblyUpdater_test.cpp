@@ -264,8 +264,9 @@ TEST_F(SolutionAssemblyUpdater, PassesOverWhatIsNotThere) {
   Updater()->UpdateAllProjects();
   EXPECT_EQ(Read("AssemblyInfo.cs"), New);
   EXPECT_THAT(Log(),
-              testing::Contains("2 Warning : @/a.csproj names @/Properties/AssemblyInfo.cs, which does not "
-                                "exist: the project is not stamped"));
+              testing::Contains(testing::AllOf(
+                  testing::StartsWith("2 Warning : @/a.csproj names "),
+                  testing::EndsWith("/AssemblyInfo.cs, which does not exist: the project is not stamped"))));
   EXPECT_THAT(Log(), testing::Contains(testing::StartsWith("2 Warning : @/b.csproj cannot be read")));
 }
 
