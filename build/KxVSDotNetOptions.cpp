@@ -95,6 +95,7 @@ void TVSDotNetOptions::SaveOptions(IKxOptionsWriter& writer) {
 
 std::vector<TKxOptionDescription> TVSDotNetOptions::DescribeOptions() const {
   std::vector<TKxOptionDescription> options;
+  options.reserve(VersionRows.size() + 2);
   for (const TVersionRow& row : VersionRows)
     options.push_back({.Key = row.OptionKey, .IsFolder = true});
   options.push_back({.Key = DefaultVersionKey, .Enumeration = &VSDotNetVersionEnumeration});

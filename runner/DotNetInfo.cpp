@@ -25,6 +25,7 @@ constexpr std::array<std::u16string_view, 3> Tools{u"dotnet", u"msbuild", u"xbui
 
 std::vector<std::u16string_view> DotNetVersions() {
   std::vector<std::u16string_view> names;
+  names.reserve(Versions.size());
   for (const TVersion& version : Versions)
     names.push_back(version.Name);
   return names;
