@@ -308,7 +308,7 @@ std::u16string TBuildRun::MSBuildParameters(std::u16string_view configuration, b
         return action_.TryExpandExpression(label, text, false, result);
       },
       [this](std::u16string_view text) { return action_.ExpandExpression(text); }};
-  const auto framework = LoggerFrameworkVersion(action_.solution_.VStudioVersion);
+  const auto framework = FrameworkOf(action_.solution_.VStudioVersion);
   const std::u16string logger =
       text::JoinPath(TPathUtils::GetAppPath(), action_.structuredOutput_.GetLoggerAssembly(framework));
   const auto line = MSBuildCommandLine(action_.solution_, action_.msbuild_,

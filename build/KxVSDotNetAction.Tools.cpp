@@ -9,21 +9,13 @@ namespace kx {
 namespace {
 
 // As the host's framework information knows it; empty for a version without MSBuild.
-std::u16string_view FrameworkOf(TVSDotNetVersion version) {
-  switch (version) {
-  case TVSDotNetVersion::vs2005:
-    return u"v2.0";
-  case TVSDotNetVersion::vs2008:
-    return u"v3.5";
-  case TVSDotNetVersion::vs2010:
-    return u"v4.0";
-  default:
-    return {};
-  }
+std::u16string NetFrameworkOf(TVSDotNetVersion version) {
+  const std::u16string_view framework = FrameworkOf(version);
+  return framework.empty() ? std::u16string() : u"v" + std::u16string(framework);
 }
 
 std::u16string MSBuildOf(TVSDotNetVersion version) {
-  const auto framework = FrameworkOf(version);
+  const std::u16string framework = NetFrameworkOf(version);
   if (framework.empty()) return {};
   const auto folder = KxDotNetInfo().GetFrameworkDirectory(framework);
   return folder ? text::IncludeTrailingPathDelimiter(*folder) + u"MSBuild.exe" : std::u16string();
@@ -52,7 +44,7 @@ std::optional<std::u16string> TKxCustomVSDotNetAction::ForeseeExecutable(bool us
 }
 
 std::u16string TKxCustomVSDotNetAction::HowToFindTool(bool useMSBuild) const {
-  const auto framework = std::u16string(FrameworkOf(solution_.VStudioVersion));
+  const std::u16string framework = NetFrameworkOf(solution_.VStudioVersion);
   const std::u16string option = useMSBuild ? (framework.empty() ? framework : u"DotNetFramework." + framework)
                                            : TVSDotNetOptions::GetLocationOption(solution_.VStudioVersion);
   if (option.empty()) return {};

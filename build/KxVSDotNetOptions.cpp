@@ -8,22 +8,6 @@ namespace kx {
 
 namespace {
 
-struct TVersionRow {
-  std::u16string_view DisplayName;
-  std::u16string_view OptionKey;
-  std::u16string_view RegistryVersion;
-};
-
-// vs2002 to vs2010. The key of the first carries no year, and its name no ".NET": stores and users know them
-// so.
-constexpr std::array<TVersionRow, 5> VersionRows{{
-    {u"Visual Studio 2002", u"MSDevPath", u"7.0"},
-    {u"Visual Studio.NET 2003", u"MSDevPath2003", u"7.1"},
-    {u"Visual Studio.NET 2005", u"MSDevPath2005", u"8.0"},
-    {u"Visual Studio.NET 2008", u"MSDevPath2008", u"9.0"},
-    {u"Visual Studio.NET 2010", u"MSDevPath2010", u"10.0"},
-}};
-
 constexpr std::u16string_view DefaultVersionKey = u"DefVSVersion";
 constexpr std::u16string_view StandaloneMSTestKey = u"StandaloneMSTestDir";
 
@@ -44,40 +28,38 @@ const TKxPropertyTable& TVSDotNetOptions::PublishedProperties() const {
                                            u"what the registry says when the options are "
                                            u"read.";
   static const TKxPropertyTable table = [&] {
-    auto rows =
-        TKxPropertyRows<T>()
-            .Accessors(u"DevEnvLocation", &T::GetDevEnv2002Location, &T::SetDevEnv2002Location, location)
-            .Accessors(u"DevEnv2003Location", &T::GetDevEnv2003Location, &T::SetDevEnv2003Location, location)
-            .Accessors(u"DevEnv2005Location", &T::GetDevEnv2005Location, &T::SetDevEnv2005Location, location)
-            .Accessors(u"DevEnv2008Location", &T::GetDevEnv2008Location, &T::SetDevEnv2008Location, location)
-            .Accessors(u"DevEnv2010Location", &T::GetDevEnv2010Location, &T::SetDevEnv2010Location, location)
-            .Accessors(u"DefaultVSVersion", &T::GetDefaultVSVersion, &T::SetDefaultVSVersion,
-                       u"The version that new actions use.")
-            .Accessors(u"StandaloneMSTestDir", &T::GetStandaloneMSTestDir, &T::SetStandaloneMSTestDir,
-                       u"The folder that holds the MSTest.exe of no Visual Studio.")
-            .Take();
-    for (auto& row : rows)
+    TKxPropertyRows<T> rows;
+    for (std::size_t i = 0; i < VSDotNetVersions.size(); ++i)
+      rows.Accessors(
+          VSDotNetVersions[i].Property, [i](const T& options) { return options.locations_[i]; },
+          [i](T& options, std::u16string_view value) { options.Assign(options.locations_[i], value); },
+          location);
+    rows.Accessors(u"DefaultVSVersion", &T::GetDefaultVSVersion, &T::SetDefaultVSVersion,
+                   u"The version that new actions use.")
+        .Accessors(u"StandaloneMSTestDir", &T::GetStandaloneMSTestDir, &T::SetStandaloneMSTestDir,
+                   u"The folder that holds the MSTest.exe of no Visual Studio.");
+    auto all = rows.Take();
+    for (auto& row : all)
       if (row.Kind == TKxPropertyKind::Enumeration) row.Enumeration = &VSDotNetVersionEnumeration;
-    return TKxPropertyTable(std::move(rows));
+    return TKxPropertyTable(std::move(all));
   }();
   return table;
 }
 
 void TVSDotNetOptions::GetPropertyAlias(text::TStringList& aliases) const {
-  for (std::size_t i = 0; i < VersionRows.size(); ++i)
-    aliases.Add(std::u16string(PublishedProperties().Rows()[i].Name) + u"=" +
-                std::u16string(VersionRows[i].DisplayName));
+  for (const TVSDotNetVersionRow& version : VSDotNetVersions)
+    aliases.Add(std::u16string(version.Property) + u"=" + std::u16string(version.DisplayName));
   aliases.Add(u"DefaultVSVersion=Default Version");
   aliases.Add(u"StandaloneMSTestDir=Standalone MSTest");
 }
 
 void TVSDotNetOptions::LoadOptions(const IKxOptionsReader& reader) {
   TKxOptionsObject::LoadOptions(reader);
-  for (std::size_t i = 0; i < VersionRows.size(); ++i) {
-    locations_[i] = reader.ReadString(VersionRows[i].OptionKey, u"");
+  for (std::size_t i = 0; i < VSDotNetVersions.size(); ++i) {
+    locations_[i] = reader.ReadString(VSDotNetVersions[i].OptionKey, u"");
     if (!locations_[i].empty()) continue;
     const std::u16string key =
-        u"SOFTWARE\\Microsoft\\VisualStudio\\" + std::u16string(VersionRows[i].RegistryVersion);
+        u"SOFTWARE\\Microsoft\\VisualStudio\\" + std::u16string(VSDotNetVersions[i].Registry);
     Assign(locations_[i], registry_(key, u"InstallDir").value_or(std::u16string()));
   }
   const std::int32_t version = reader.ReadInteger(DefaultVersionKey, -1);
@@ -87,16 +69,16 @@ void TVSDotNetOptions::LoadOptions(const IKxOptionsReader& reader) {
 
 void TVSDotNetOptions::SaveOptions(IKxOptionsWriter& writer) {
   TKxOptionsObject::SaveOptions(writer);
-  for (std::size_t i = 0; i < VersionRows.size(); ++i)
-    writer.WriteString(VersionRows[i].OptionKey, locations_[i]);
+  for (std::size_t i = 0; i < VSDotNetVersions.size(); ++i)
+    writer.WriteString(VSDotNetVersions[i].OptionKey, locations_[i]);
   writer.WriteInteger(DefaultVersionKey, static_cast<std::int32_t>(defaultVersion_));
   writer.WriteString(StandaloneMSTestKey, standaloneMSTestDir_);
 }
 
 std::vector<TKxOptionDescription> TVSDotNetOptions::DescribeOptions() const {
   std::vector<TKxOptionDescription> options;
-  options.reserve(VersionRows.size() + 2);
-  for (const TVersionRow& row : VersionRows)
+  options.reserve(VSDotNetVersions.size() + 2);
+  for (const TVSDotNetVersionRow& row : VSDotNetVersions)
     options.push_back({.Key = row.OptionKey, .IsFolder = true});
   options.push_back({.Key = DefaultVersionKey, .Enumeration = &VSDotNetVersionEnumeration});
   options.push_back({.Key = StandaloneMSTestKey, .IsFolder = true});
@@ -121,9 +103,9 @@ std::u16string TVSDotNetOptions::GetDevEnvLocation(TVSDotNetVersion version) con
 }
 
 std::u16string TVSDotNetOptions::GetLocationOption(TVSDotNetVersion version) {
-  const auto index = static_cast<std::size_t>(version);
-  if (index >= VersionRows.size()) return {};
-  return std::u16string(GetOptionKey()) + u"." + std::u16string(VersionRows[index].OptionKey);
+  const auto* row = RowOf(version);
+  if (row == nullptr) return {};
+  return std::u16string(GetOptionKey()) + u"." + std::u16string(row->OptionKey);
 }
 
 TVSDotNetVersion TVSDotNetOptions::GetHighestInstalledVSVersion() const {
@@ -134,8 +116,8 @@ TVSDotNetVersion TVSDotNetOptions::GetHighestInstalledVSVersion() const {
 }
 
 std::u16string GetVSName(TVSDotNetVersion version) {
-  const auto index = static_cast<std::size_t>(version);
-  return std::u16string(index < VersionRows.size() ? VersionRows[index].DisplayName : u"Visual Studio");
+  const auto* row = RowOf(version);
+  return std::u16string(row == nullptr ? u"Visual Studio" : row->DisplayName);
 }
 
 TVSDotNetOptions* VSDotNetOptions() {

@@ -62,7 +62,7 @@ private:
   void Assign(std::u16string& field, std::u16string_view value);
 
   TRegistryRead registry_;
-  std::array<std::u16string, 5> locations_; // vs2002 to vs2010
+  std::array<std::u16string, VSDotNetVersions.size()> locations_;
   TVSDotNetVersion defaultVersion_ = TVSDotNetVersion::vs2002;
   std::u16string standaloneMSTestDir_;
 };

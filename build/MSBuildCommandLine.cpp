@@ -191,19 +191,6 @@ bool IsWarningList(std::u16string_view list) {
   return RegEx::IsMatch(list, u"^[\\d;]*\\z");
 }
 
-std::u16string_view LoggerFrameworkVersion(TVSDotNetVersion version) {
-  switch (version) {
-  case TVSDotNetVersion::vs2005:
-    return u"2.0";
-  case TVSDotNetVersion::vs2008:
-    return u"3.5";
-  case TVSDotNetVersion::vs2010:
-    return u"4.0";
-  default:
-    return {};
-  }
-}
-
 TMSBuildCommandLine MSBuildCommandLine(const TSolutionSettings& solution, const TMSBuildSettings& settings,
                                        const TMSBuildTarget& target, const TTextExpander& expander) {
   const bool since2008 = solution.VStudioVersion >= TVSDotNetVersion::vs2008;

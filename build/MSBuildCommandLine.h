@@ -36,7 +36,4 @@ TMSBuildCommandLine MSBuildCommandLine(const TSolutionSettings& solution, const 
 
 bool IsWarningList(std::u16string_view list); // numbers separated by semicolons; empty is one too
 
-// The name by which this version's logger assembly is asked for; empty for a version without MSBuild.
-std::u16string_view LoggerFrameworkVersion(TVSDotNetVersion version);
-
 } // namespace kx

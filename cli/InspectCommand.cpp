@@ -23,7 +23,7 @@ struct TArguments {
   TInspectOptions Options;
 };
 
-constexpr auto KnownVersions = std::span(VSDotNetVersionNames).first(5); // those that have a Visual Studio
+constexpr auto KnownVersions = std::span(VSDotNetVersionNames).first<VSDotNetVersions.size()>();
 constexpr std::array<std::u16string_view, 2> Tools{u"devenv", u"msbuild"};
 
 // What would be ignored is refused.

@@ -4,6 +4,8 @@
 #include "pages/PageSupport.h"
 #include "pages/SolutionOffers.h"
 
+#include <array>
+
 namespace kx {
 
 namespace {
@@ -154,17 +156,17 @@ constexpr TKxTableField VersionInfoFields[] = {
     {.Property = u"VersionInfoKeys", .Kind = TKxFieldKind::List},
 };
 
-constexpr TKxTableField OptionsFields[] = {
-    {.Heading = u"Folders"},
-    {.Property = u"DevEnvLocation", .Kind = TKxFieldKind::FolderPath},
-    {.Property = u"DevEnv2003Location", .Kind = TKxFieldKind::FolderPath},
-    {.Property = u"DevEnv2005Location", .Kind = TKxFieldKind::FolderPath},
-    {.Property = u"DevEnv2008Location", .Kind = TKxFieldKind::FolderPath},
-    {.Property = u"DevEnv2010Location", .Kind = TKxFieldKind::FolderPath},
-    {.Property = u"StandaloneMSTestDir", .Kind = TKxFieldKind::FolderPath},
-    {.Heading = u"Version"},
-    {.Property = u"DefaultVSVersion"},
-};
+constexpr auto OptionsFields = [] {
+  std::array<TKxTableField, VSDotNetVersions.size() + 4> fields;
+  auto next = fields.begin();
+  *next++ = {.Heading = u"Folders"};
+  for (const TVSDotNetVersionRow& version : VSDotNetVersions)
+    *next++ = {.Property = version.Property, .Kind = TKxFieldKind::FolderPath};
+  *next++ = {.Property = u"StandaloneMSTestDir", .Kind = TKxFieldKind::FolderPath};
+  *next++ = {.Heading = u"Version"};
+  *next = {.Property = u"DefaultVSVersion"};
+  return fields;
+}();
 
 } // namespace
 

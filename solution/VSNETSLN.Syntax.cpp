@@ -20,10 +20,8 @@ std::string_view TrimLeft(std::string_view text) {
 // The digits between "Format Version " and the ".": too many of them are no number, which no version has.
 TVSDotNetVersion VersionOf(std::string_view digits) {
   const auto number = text::ToIntegerOr(text::FromAscii(digits), 0);
-  constexpr std::int32_t first = 7; // of Visual Studio 2002; each later one counts one more
-  const bool known =
-      number >= first && number < first + static_cast<std::int32_t>(TVSDotNetVersion::vsUnknown);
-  return known ? static_cast<TVSDotNetVersion>(number - first) : TVSDotNetVersion::vsUnknown;
+  const auto row = std::ranges::find(VSDotNetVersions, number, &TVSDotNetVersionRow::Format);
+  return static_cast<TVSDotNetVersion>(row - VSDotNetVersions.begin()); // vsUnknown behind the last
 }
 
 // Takes the first item off the text.

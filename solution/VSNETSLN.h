@@ -6,10 +6,9 @@
 #pragma once
 
 #include "host/Process.h"
-#include "host/PublishedProperties.h"
+#include "solution/VSDotNetVersions.h"
 #include "text/StringList.h"
 
-#include <array>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -17,14 +16,6 @@
 #include <vector>
 
 namespace kx {
-
-// The Visual Studio generation of a solution, of a tool's place and of an action's target. Stored as its
-// ordinal.
-enum class TVSDotNetVersion : std::int32_t { vs2002, vs2003, vs2005, vs2008, vs2010, vsUnknown };
-
-inline constexpr std::array<std::u16string_view, 6> VSDotNetVersionNames{u"vs2002", u"vs2003", u"vs2005",
-                                                                         u"vs2008", u"vs2010", u"vsUnknown"};
-inline constexpr TKxEnumeration VSDotNetVersionEnumeration{u"TVSDotNetVersion", VSDotNetVersionNames};
 
 class TVSDotNetObject; // base of the classes behind the interfaces
 
