@@ -70,6 +70,7 @@ constexpr std::string_view All;
 constexpr std::string_view Hosts =
     "run do validate edit actions options"; // they open the store and the plug-ins
 constexpr std::string_view Runs = "run do";
+constexpr std::string_view Readers = "run do validate inspect"; // they show what files hold
 
 using T = TCommonOptions;
 constexpr std::array<TCommonOption, 11> Options{{
@@ -87,9 +88,9 @@ constexpr std::array<TCommonOption, 11> Options{{
     {"--report", "FILE.html", "Write the run as one page to look at in a browser", Runs,
      AddFile<&T::ReportFile>},
     {"--ci", "SYSTEM",
-     "Fold groups and mark problems for github, azure, teamcity, gitlab, or auto: the one it "
-     "runs in",
-     Runs, AddChoice<&T::Ci, CiSystems>},
+     "For the log of github, azure, teamcity, gitlab, or auto, the one it runs in: nothing that is shown "
+     "is a command to it; a run folds groups and marks problems",
+     Readers, AddChoice<&T::Ci, CiSystems>},
 }};
 
 std::vector<std::u16string> CommandsOf(const TCommonOption& option) {

@@ -45,7 +45,7 @@ std::string ProgressText(const std::optional<TLoopPosition>& position) {
 
 TConsoleSink::TConsoleSink(TVerbosity verbosity, TPalette palette, const TCiDialect* ci)
     : verbosity_(verbosity), palette_(palette),
-      status_(verbosity != TVerbosity::Quiet && CanSteerTerminal(), palette), ci_(ci) {
+      status_(verbosity != TVerbosity::Quiet && ci == nullptr && CanSteerTerminal(), palette), ci_(ci) {
   if (ci_ != nullptr && !ci_->RootVariable.empty())
     ciRoot_ = platform::EnvironmentVariable(ci_->RootVariable).value_or(u"");
 }
@@ -57,11 +57,6 @@ void TConsoleSink::On(const TRunEvent& event) {
   std::visit([this, &event](const auto& what) { Show(event.Depth, what); }, event.What);
 }
 
-// What a CI system would take for a command is made harmless, wherever it comes from.
-std::string TConsoleSink::Shown(std::u16string_view text) const {
-  return ForTerminal(ci_ != nullptr ? ci_->Harmless(text) : std::u16string(text));
-}
-
 // Commands of a CI system stand at the start of their lines.
 void TConsoleSink::Title(int depth, std::u16string_view title, const std::string& painted) {
   if (ci_ == nullptr) {
@@ -71,7 +66,7 @@ void TConsoleSink::Title(int depth, std::u16string_view title, const std::string
   const bool asGroup = ci_->NestedGroups || ciGroups_.empty();
   ciGroups_.emplace_back(asGroup ? ++ciGroupCount_ : 0, text::VisibleControls(title));
   if (asGroup)
-    status_.Print(ci_->GroupStart(ciGroups_.back().second, ciGroups_.back().first, seconds_) + "\n");
+    PrintCommand(ci_->GroupStart(ciGroups_.back().second, ciGroups_.back().first, seconds_));
   else
     Line(depth, painted);
 }
@@ -80,15 +75,15 @@ void TConsoleSink::EndTitle() {
   if (ci_ == nullptr || ciGroups_.empty()) return;
   const auto [id, title] = std::move(ciGroups_.back());
   ciGroups_.pop_back();
-  if (id != 0) status_.Print(ci_->GroupEnd(title, id, seconds_) + "\n");
+  if (id != 0) PrintCommand(ci_->GroupEnd(title, id, seconds_));
 }
 
 bool TConsoleSink::Annotate(std::u16string_view text, TStatusTag status) {
   if (ci_ == nullptr || (status != TStatusTag::stError && status != TStatusTag::stWarning)) return false;
-  const std::string command =
+  const TCiCommand command =
       ci_->Problem(text::VisibleControls(text), status == TStatusTag::stError, ciRoot_);
-  if (command.empty()) return false;
-  status_.Print(command + "\n");
+  if (command.IsEmpty()) return false;
+  PrintCommand(command);
   return true;
 }
 
@@ -116,18 +111,19 @@ void TConsoleSink::Line(int depth, std::string_view text) {
 }
 
 void TConsoleSink::Show(int depth, const TActionStarted& event) {
-  status_.Push(text::ToUtf8(event.Name), ProgressText(event.Position));
+  status_.Push(NameForTerminal(event.Name), ProgressText(event.Position));
   if (!Shows(TStatusTag::stNormal)) return;
   const std::u16string title = event.Description + (event.Pass.empty() ? u"" : u"  (" + event.Pass + u")");
-  Title(depth, title, palette_.Bold(Shown(title)));
+  Title(depth, title, palette_.Bold(NameForTerminal(title)));
 }
 
 void TConsoleSink::Show(int depth, const TActionEnded& event) {
   status_.Pop();
   const TStatusTag status = StatusOf(event.Result.Result);
   if (Shows(status))
-    Line(depth, palette_.Paint(Shown(event.Result.Name) + " " + WordOf(event.Result.Result), status) +
-                    palette_.Dim(" (" + FormatElapsed(event.Result.Elapsed) + ")"));
+    Line(depth,
+         palette_.Paint(NameForTerminal(event.Result.Name) + " " + WordOf(event.Result.Result), status) +
+             palette_.Dim(" (" + FormatElapsed(event.Result.Elapsed) + ")"));
   if (Shows(TStatusTag::stNormal)) EndTitle();
 }
 
@@ -135,14 +131,14 @@ void TConsoleSink::Show(int depth, const TMessageSent& event) {
   if (!Shows(event) || Annotate(event.Text, event.Status)) return;
   const auto lines = text::SplitLines(event.Text);
   for (const auto line : lines)
-    Line(depth, palette_.Paint(Shown(line), event.Status));
+    Line(depth, palette_.Paint(ForTerminal(line), event.Status));
   if (lines.empty()) Line(depth, "");
 }
 
 void TConsoleSink::Show(int depth, const TGroupStarted& event) {
-  status_.Push(ForTerminal(event.Title));
+  status_.Push(NameForTerminal(event.Title));
   if (Shows(TStatusTag::stNormal))
-    Title(depth, event.Title, palette_.Bold(palette_.Paint(Shown(event.Title), event.Status)));
+    Title(depth, event.Title, palette_.Bold(palette_.Paint(NameForTerminal(event.Title), event.Status)));
 }
 
 void TConsoleSink::Show(int depth, const TGroupEnded& event) {
@@ -157,8 +153,8 @@ void TConsoleSink::Show(int depth, const TGroupEnded& event) {
 void TConsoleSink::Show(int depth, const TMetricSent& event) {
   if (verbosity_ < TVerbosity::Detailed) return;
   const TKxMetric& metric = event.Metric;
-  Line(depth,
-       palette_.Dim("metric " + Shown(metric.Category + u"." + metric.Name) + " = " + ValueText(metric)));
+  Line(depth, palette_.Dim("metric " + NameForTerminal(metric.Category + u"." + metric.Name) + " = " +
+                           ValueText(metric)));
 }
 
 } // namespace kx::cli

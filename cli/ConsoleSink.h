@@ -34,7 +34,6 @@ private:
   void Title(int depth, std::u16string_view title, const std::string& painted);
   void EndTitle();
   bool Annotate(std::u16string_view text, TStatusTag status);
-  std::string Shown(std::u16string_view text) const;
   bool Shows(TStatusTag status) const;
   bool Shows(const TMessageSent& message) const;
 

@@ -29,8 +29,8 @@ struct TEditArguments {
 // Without a page that asks now and then, and with nothing to lose.
 constexpr auto IdleEnd = std::chrono::minutes(10);
 
-void Print(const std::string& text) {
-  platform::WriteConsole(platform::ConsoleStream::Output, text + "\n");
+void PrintLine(const std::string& text) {
+  Print(text + "\n");
 }
 
 // A page that leads on to the editor. The arguments of a program are seen by everybody on the machine, so the
@@ -60,11 +60,12 @@ private:
 void ShowAddress(const std::string& address, TDoorPage* door) {
   if (door != nullptr) {
     const auto opened = door->Open(address);
-    Print(opened ? "The browser opens the project."
-                 : "No browser could be started: " + text::ToUtf8(opened.Message()));
+    PrintLine(opened ? "The browser opens the project."
+                     : "No browser could be started: " + text::ToUtf8(opened.Message()));
   }
-  Print("Where no browser shows it, open this address, which is good for one use; Ctrl-C ends the editor:\n" +
-        address);
+  PrintLine(
+      "Where no browser shows it, open this address, which is good for one use; Ctrl-C ends the editor:\n" +
+      address);
 }
 
 void ServeToTheEnd(editor::TEditorSession& session, const editor::TEditorServer& server,
@@ -92,7 +93,7 @@ int Edit(const TEditArguments& arguments, const TCommonOptions& common) {
     session.EndRun(); // pages that wait for its events are answered
   }
   const std::u16string kept = session.KeepUnsaved();
-  if (!kept.empty()) Print("What was not saved is kept in " + text::ToUtf8(kept));
+  if (!kept.empty()) PrintLine("What was not saved is kept in " + text::ToUtf8(kept));
   host.SaveOptions();
   return ExitSuccess;
 }

@@ -35,8 +35,8 @@ std::string Aligned(const std::string& cell, std::size_t width, bool right) {
 TRow RowOf(const TResultRow& result) {
   const std::string indent(static_cast<std::size_t>(result.Nesting) * 2, ' ');
   TRow row;
-  row.Cells = {indent + ForTerminal(result.Action),
-               ForTerminal(result.Configuration),
+  row.Cells = {indent + NameForTerminal(result.Action),
+               NameForTerminal(result.Configuration),
                result.Word(),
                std::to_string(result.Counts.Errors),
                std::to_string(result.Counts.Warnings),

@@ -105,13 +105,13 @@ int Get(const std::string& key, const TCommonOptions& common) {
   THostSession session(common);
   const TOptionName name = ParseName(key);
   if (session.Store().Get(name) && FindOption(KnownOptions(session.Services()), name) == nullptr) {
-    platform::WriteConsole(platform::ConsoleStream::Output, ForTerminal(*session.Store().Get(name)) + "\n");
+    Print(ForTerminal(*session.Store().Get(name)) + "\n");
     return ExitSuccess;
   }
   const TKnownOption option = RequireKnown(session, key);
   const auto value = ValueOf(session, EntriesOf(session), name);
   if (!value) return NotSet(key);
-  platform::WriteConsole(platform::ConsoleStream::Output, ForTerminal(ShownText(option, *value)) + "\n");
+  Print(ForTerminal(ShownText(option, *value)) + "\n");
   return ExitSuccess;
 }
 

@@ -1,10 +1,15 @@
 #include "cli/Output.h"
 
 #include "platform/Console.h"
+#include "report/CiGuard.h"
 #include "text/Encoding.h"
 #include "text/Text.h"
 
 #include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <array>
+#include <optional>
 
 namespace kx::cli {
 
@@ -13,7 +18,47 @@ namespace {
 constexpr std::size_t PieceSize = 256 * 1024;
 constexpr std::size_t LongestMessage = 2000;
 
+using platform::ConsoleStream;
+
+// One a stream, once a CI system reads; they outlive whatever prints.
+std::array<std::optional<TCiGuard>, 2>& Guards() {
+  static std::array<std::optional<TCiGuard>, 2> guards;
+  return guards;
+}
+
+std::optional<TCiGuard>& GuardOf(ConsoleStream stream) {
+  return Guards()[stream == ConsoleStream::Output ? 0 : 1];
+}
+
+void PrintTo(ConsoleStream stream, std::string_view utf8) {
+  auto& guard = GuardOf(stream);
+  if (guard) {
+    platform::WriteConsole(stream, guard->Pass(utf8));
+  } else {
+    platform::WriteConsole(stream, utf8);
+  }
+}
+
 } // namespace
+
+void Print(std::string_view utf8) {
+  PrintTo(ConsoleStream::Output, utf8);
+}
+
+void PrintError(std::string_view utf8) {
+  PrintTo(ConsoleStream::Error, utf8);
+}
+
+void GuardForCi() {
+  for (auto& guard : Guards())
+    guard.emplace();
+}
+
+void PrintCommand(const TCiCommand& command) {
+  const auto& guard = GuardOf(ConsoleStream::Output);
+  if (guard && !guard->IsAtLineStart()) Print("\n");
+  platform::WriteConsole(ConsoleStream::Output, std::string(command.Line()) + "\n");
+}
 
 void TOutput::Write(std::string_view utf8) {
   buffer_ += utf8;
@@ -21,7 +66,7 @@ void TOutput::Write(std::string_view utf8) {
 }
 
 void TOutput::Flush() {
-  platform::WriteConsole(platform::ConsoleStream::Output, buffer_);
+  Print(buffer_);
   buffer_.clear();
 }
 
@@ -34,7 +79,7 @@ std::string ToLine(const nlohmann::ordered_json& object) {
 }
 
 void WriteError(std::u16string_view message) {
-  platform::WriteConsole(platform::ConsoleStream::Error, ForTerminal(message) + "\n");
+  PrintError(ForTerminal(message) + "\n");
 }
 
 std::u16string Shortened(const std::u16string& message) {
@@ -45,6 +90,13 @@ std::u16string Shortened(const std::u16string& message) {
 
 std::string ForTerminal(std::u16string_view text) {
   return text::ToUtf8(text::VisibleControls(text));
+}
+
+std::string NameForTerminal(std::u16string_view name) {
+  std::u16string shown = text::VisibleControls(name);
+  std::ranges::replace(shown, u'\n', u'\u240A');
+  std::ranges::replace(shown, u'\r', u'\u240D');
+  return text::ToUtf8(shown);
 }
 
 } // namespace kx::cli

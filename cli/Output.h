@@ -1,5 +1,8 @@
-// What kxhost writes for people and programs.
+// What kxhost writes for people and programs: every byte goes through Print, PrintError or PrintCommand. The
+// configuration refuses a source of this room that writes to the console by itself.
 #pragma once
+
+#include "report/CiDialect.h"
 
 #include <nlohmann/json_fwd.hpp>
 
@@ -7,6 +10,14 @@
 #include <string_view>
 
 namespace kx::cli {
+
+void Print(std::string_view utf8); // to standard output
+void PrintError(std::string_view utf8);
+
+// From now on a CI system reads both streams: nothing that is printed is a command to it (TCiGuard), but for
+// what PrintCommand prints, in a line of its own.
+void GuardForCi();
+void PrintCommand(const TCiCommand& command);
 
 // Standard output in large pieces; what is left is written at the end.
 class TOutput {
@@ -36,5 +47,7 @@ std::u16string Shortened(const std::u16string& message);
 
 // Text from a tool or a file with its control characters made visible, so that it cannot steer the terminal.
 std::string ForTerminal(std::u16string_view text);
+// The same for a name, which stays in its line.
+std::string NameForTerminal(std::u16string_view name);
 
 } // namespace kx::cli

@@ -66,7 +66,7 @@ int ValidateFile(const TProjectArguments& arguments, const TCommonOptions& commo
   for (const auto& note : project.Runner().CheckFilesToChange())
     out += ForTerminal(u"Note: " + note.Action + u": " + note.Message) + "\n";
   if (out.empty()) out = "No problems found.\n";
-  platform::WriteConsole(platform::ConsoleStream::Output, out);
+  Print(out);
   return entries.empty() ? ExitSuccess : ExitInvalid;
 }
 

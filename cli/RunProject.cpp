@@ -73,7 +73,7 @@ std::u16string TitleOf(TProjectRunner& runner) {
 }
 
 std::string WrittenLine(const char* what, const std::u16string& file) {
-  return what + (" written to " + ForTerminal(file)) + "\n";
+  return what + (" written to " + NameForTerminal(file)) + "\n";
 }
 
 // The files that a run leaves beside its log.
@@ -136,9 +136,7 @@ int RunProject(TProjectRunner& runner, THostSession& session, const TCommonOptio
   const auto log = OpenLog(options);
   if (log) runner.AddSink(*log);
   const TReports reports(options, runner);
-  if (options.DryRun)
-    platform::WriteConsole(platform::ConsoleStream::Output,
-                           "Dry run: no tool is started and no file is changed.\n\n");
+  if (options.DryRun) Print("Dry run: no tool is started and no file is changed.\n\n");
   TRunReport report;
   {
     TConsoleSink console(options.Verbosity, palette, ChooseCi(options.Ci));
@@ -151,7 +149,7 @@ int RunProject(TProjectRunner& runner, THostSession& session, const TCommonOptio
   const bool reported = reports.Write(report, lines);
   const bool logged = EndLog(log.get(), options, lines);
   if (options.Verbosity != TVerbosity::Quiet) end += lines;
-  platform::WriteConsole(platform::ConsoleStream::Output, end);
+  Print(end);
   const int exitCode = ExitCodeOf(report);
   // Whoever asked for them goes by them.
   return exitCode == ExitSuccess && !(reported && logged) ? ExitFailed : exitCode;

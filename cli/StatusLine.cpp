@@ -11,10 +11,6 @@ namespace {
 
 constexpr auto Interval = std::chrono::milliseconds(250);
 
-void Out(std::string_view text) {
-  platform::WriteConsole(platform::ConsoleStream::Output, text);
-}
-
 std::string Clock(std::chrono::steady_clock::duration time) {
   const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(time).count();
   const std::string rest = std::to_string(seconds % 60);
@@ -40,7 +36,7 @@ TStatusLine::~TStatusLine() {
 void TStatusLine::Print(std::string_view text) {
   const std::scoped_lock lock(mutex_);
   Erase();
-  Out(text);
+  cli::Print(text);
 }
 
 void TStatusLine::Push(std::string_view title, std::string_view progress) {
@@ -86,12 +82,12 @@ void TStatusLine::Draw() {
   const auto columns = static_cast<std::size_t>(width > 1 ? width - 1 : 1);
   std::u16string text = text::FromUtf8(Text());
   if (text.size() > columns) text.resize(columns);
-  Out("\r\x1b[2K" + palette_.Dim(ForTerminal(text)));
+  cli::Print("\r\x1b[2K" + palette_.Dim(ForTerminal(text)));
   drawn_ = true;
 }
 
 void TStatusLine::Erase() {
-  if (drawn_) Out("\r\x1b[2K");
+  if (drawn_) cli::Print("\r\x1b[2K");
   drawn_ = false;
 }
 

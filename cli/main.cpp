@@ -179,7 +179,21 @@ void Parse(CLI::App& app, const std::vector<std::u16string>& arguments) {
   app.parse(std::move(reversed));
 }
 
+// Before anything else is made of them: what is wrong with the arguments is said to the same reader.
+bool IsForCi(const std::vector<std::u16string>& arguments) {
+  constexpr std::u16string_view option = u"--ci";
+  for (std::size_t i = 0; i < arguments.size(); ++i) {
+    if (!arguments[i].starts_with(option)) continue;
+    std::u16string system = arguments[i].substr(option.size());
+    if (system.empty() && i + 1 < arguments.size()) system = u"=" + arguments[i + 1];
+    if (system.starts_with(u'='))
+      return !text::EqualsIgnoreCase(system, u"=auto") || DetectCiDialect() != nullptr;
+  }
+  return false;
+}
+
 int Main(const std::vector<std::u16string>& arguments) {
+  if (IsForCi(arguments)) GuardForCi();
   CLI::App app("Runs build projects with the actions of its plug-ins.", "kxhost");
   TCommonOptions common;
   int exitCode = ExitSuccess;
@@ -188,10 +202,10 @@ int Main(const std::vector<std::u16string>& arguments) {
     Parse(app, arguments);
     return exitCode;
   } catch (const CLI::CallForHelp&) {
-    platform::WriteConsole(platform::ConsoleStream::Output, app.help());
+    Print(app.help());
     return ExitSuccess;
   } catch (const CLI::CallForVersion& version) {
-    platform::WriteConsole(platform::ConsoleStream::Output, std::string(version.what()) + "\n");
+    Print(std::string(version.what()) + "\n");
     return ExitSuccess;
   } catch (const CLI::ParseError& error) {
     return Refuse(app, UsageMessage(app, error));

@@ -1,6 +1,7 @@
 #include "report/CiDialect.h"
 
 #include "platform/System.h"
+#include "report/CiGuard.h"
 #include "report/SourceLocation.h"
 #include "text/Encoding.h"
 #include "text/Text.h"
@@ -13,9 +14,15 @@
 
 namespace kx {
 
+struct TCiCommands {
+  static TCiCommand Line(std::string line) { return TCiCommand(std::move(line)); }
+};
+
 namespace {
 
-constexpr char16_t Invisible = u'\u200B';
+TCiCommand Command(std::string line) {
+  return TCiCommands::Line(std::move(line));
+}
 
 struct TEscape {
   char16_t Character;
@@ -24,7 +31,7 @@ struct TEscape {
 
 std::string Escaped(std::u16string_view text, std::span<const TEscape> escapes) {
   std::u16string out;
-  for (const char16_t c : text) {
+  for (const char16_t c : HarmlessForCi(text)) {
     const auto found = std::ranges::find(escapes, c, &TEscape::Character);
     if (found == escapes.end())
       out += c;
@@ -32,13 +39,6 @@ std::string Escaped(std::u16string_view text, std::span<const TEscape> escapes) 
       out += found->Text;
   }
   return text::ToUtf8(out);
-}
-
-// Breaks every `marker` of the line after its first `keep` characters.
-std::u16string Broken(std::u16string_view line, std::u16string_view marker, std::size_t keep) {
-  const std::u16string replacement =
-      std::u16string(marker.substr(0, keep)) + Invisible + std::u16string(marker.substr(keep));
-  return text::ReplaceAll(line, marker, replacement, text::Case::Ignore);
 }
 
 // The path as seen from `root`, with the separators that these systems use.
@@ -52,19 +52,22 @@ std::string Number(int number) {
   return std::to_string(number);
 }
 
+// Of a title that is shown as it stands.
+constexpr std::array<TEscape, 1> OneLine{{{u'\n', u" "}}};
+
 // --- GitHub Actions ---
 
 constexpr std::array<TEscape, 3> GitHubText{{{u'%', u"%25"}, {u'\r', u"%0D"}, {u'\n', u"%0A"}}};
 constexpr std::array<TEscape, 5> GitHubProperty{
     {{u'%', u"%25"}, {u'\r', u"%0D"}, {u'\n', u"%0A"}, {u':', u"%3A"}, {u',', u"%2C"}}};
 
-std::string GitHubStart(std::u16string_view title, int /*id*/, std::int64_t /*time*/) {
-  return "::group::" + Escaped(title, GitHubText);
+TCiCommand GitHubStart(std::u16string_view title, int /*id*/, std::int64_t /*time*/) {
+  return Command("::group::" + Escaped(title, GitHubText));
 }
-std::string GitHubEnd(std::u16string_view /*title*/, int /*id*/, std::int64_t /*time*/) {
-  return "::endgroup::";
+TCiCommand GitHubEnd(std::u16string_view /*title*/, int /*id*/, std::int64_t /*time*/) {
+  return Command("::endgroup::");
 }
-std::string GitHubProblem(std::u16string_view text, bool isError, std::u16string_view root) {
+TCiCommand GitHubProblem(std::u16string_view text, bool isError, std::u16string_view root) {
   std::string command = isError ? "::error" : "::warning";
   const auto location = FindSourceLocation(text);
   if (location) {
@@ -72,28 +75,21 @@ std::string GitHubProblem(std::u16string_view text, bool isError, std::u16string
                ",line=" + Number(location->Line);
     if (location->Column > 0) command += ",col=" + Number(location->Column);
   }
-  return command + "::" + Escaped(location ? location->Rest : text, GitHubText);
+  return Command(command + "::" + Escaped(location ? location->Rest : text, GitHubText));
 }
-// Its older form of commands counts anywhere in a line.
-std::u16string GitHubHarmless(std::u16string_view line) {
-  std::u16string shown = Broken(line, u"##[", 2);
-  const std::size_t start = shown.size() - text::TrimLeft(shown).size();
-  if (std::u16string_view(shown).substr(start).starts_with(u"::")) shown.insert(start + 1, 1, Invisible);
-  return shown;
-}
-
 // --- Azure Pipelines ---
 
 constexpr std::array<TEscape, 5> AzureProperty{
     {{u'%', u"%AZP25"}, {u'\r', u"%0D"}, {u'\n', u"%0A"}, {u';', u"%3B"}, {u']', u"%5D"}}};
 
-std::string AzureStart(std::u16string_view title, int /*id*/, std::int64_t /*time*/) {
-  return "##[group]" + Escaped(title, GitHubText);
+// Such a line is shown as it stands, nothing in it is decoded.
+TCiCommand AzureStart(std::u16string_view title, int /*id*/, std::int64_t /*time*/) {
+  return Command("##[group]" + Escaped(title, OneLine));
 }
-std::string AzureEnd(std::u16string_view /*title*/, int /*id*/, std::int64_t /*time*/) {
-  return "##[endgroup]";
+TCiCommand AzureEnd(std::u16string_view /*title*/, int /*id*/, std::int64_t /*time*/) {
+  return Command("##[endgroup]");
 }
-std::string AzureProblem(std::u16string_view text, bool isError, std::u16string_view root) {
+TCiCommand AzureProblem(std::u16string_view text, bool isError, std::u16string_view root) {
   std::string command = std::string("##vso[task.logissue type=") + (isError ? "error" : "warning") + ";";
   const auto location = FindSourceLocation(text);
   if (location) {
@@ -102,66 +98,69 @@ std::string AzureProblem(std::u16string_view text, bool isError, std::u16string_
     if (location->Column > 0) command += "columnnumber=" + Number(location->Column) + ";";
   }
   constexpr std::array<TEscape, 3> message{{{u'%', u"%AZP25"}, {u'\r', u"%0D"}, {u'\n', u"%0A"}}};
-  return command + "]" + Escaped(location ? location->Rest : text, message);
+  return Command(command + "]" + Escaped(location ? location->Rest : text, message));
 }
-std::u16string AzureHarmless(std::u16string_view line) {
-  return Broken(Broken(line, u"##[", 2), u"##vso[", 2);
-}
-
 // --- TeamCity ---
 
-constexpr std::array<TEscape, 9> TeamCityValue{{{u'|', u"||"},
+constexpr std::array<TEscape, 7> TeamCityValue{{{u'|', u"||"},
                                                 {u'\'', u"|'"},
                                                 {u'\n', u"|n"},
                                                 {u'\r', u"|r"},
                                                 {u'[', u"|["},
                                                 {u']', u"|]"},
-                                                {u'\u0085', u"|x"},
-                                                {u'\u2028', u"|l"},
-                                                {u'\u2029', u"|p"}}};
+                                                {u'\t', u"\t"}}};
 
-std::string TeamCityStart(std::u16string_view title, int /*id*/, std::int64_t /*time*/) {
-  return "##teamcity[blockOpened name='" + Escaped(title, TeamCityValue) + "']";
+// The agent reads in a code page that nobody knows here, so only ASCII goes out: all else as "|0xNNNN".
+std::string TeamCityText(std::u16string_view text) {
+  constexpr std::string_view digits = "0123456789ABCDEF";
+  std::string out;
+  for (const char16_t c : text) {
+    const auto escape = std::ranges::find(TeamCityValue, c, &TEscape::Character);
+    if (escape != TeamCityValue.end()) {
+      out += text::ToUtf8(escape->Text);
+    } else if (c >= u' ' && c < 0x7F) {
+      out += static_cast<char>(c);
+    } else {
+      out += "|0x";
+      for (const int shift : {12, 8, 4, 0})
+        out += digits[(static_cast<unsigned>(c) >> static_cast<unsigned>(shift)) & 0xFU];
+    }
+  }
+  return out;
 }
-std::string TeamCityEnd(std::u16string_view title, int /*id*/, std::int64_t /*time*/) {
-  return "##teamcity[blockClosed name='" + Escaped(title, TeamCityValue) + "']";
+
+TCiCommand TeamCityStart(std::u16string_view title, int /*id*/, std::int64_t /*time*/) {
+  return Command("##teamcity[blockOpened name='" + TeamCityText(title) + "']");
 }
-std::string TeamCityProblem(std::u16string_view text, bool isError, std::u16string_view /*root*/) {
-  return "##teamcity[message text='" + Escaped(text, TeamCityValue) + "' status='" +
-         (isError ? "ERROR" : "WARNING") + "']";
+TCiCommand TeamCityEnd(std::u16string_view title, int /*id*/, std::int64_t /*time*/) {
+  return Command("##teamcity[blockClosed name='" + TeamCityText(title) + "']");
 }
-std::u16string TeamCityHarmless(std::u16string_view line) {
-  return Broken(line, u"##teamcity[", 2);
+TCiCommand TeamCityProblem(std::u16string_view text, bool isError, std::u16string_view /*root*/) {
+  return Command("##teamcity[message text='" + TeamCityText(text) + "' status='" +
+                 (isError ? "ERROR" : "WARNING") + "']");
 }
 
 // --- GitLab ---
 
-// Its commands begin with an escape character, which no line that is shown keeps.
 std::string GitLabSection(const char* kind, int id, std::int64_t time) {
   return std::string("\x1b[0Ksection_") + kind + ":" + std::to_string(time) + ":kxhost_" + Number(id) +
          "\r\x1b[0K";
 }
-std::string GitLabStart(std::u16string_view title, int id, std::int64_t time) {
-  return GitLabSection("start", id, time) + text::ToUtf8(title);
+TCiCommand GitLabStart(std::u16string_view title, int id, std::int64_t time) {
+  return Command(GitLabSection("start", id, time) + Escaped(title, OneLine));
 }
-std::string GitLabEnd(std::u16string_view /*title*/, int id, std::int64_t time) {
-  return GitLabSection("end", id, time);
+TCiCommand GitLabEnd(std::u16string_view /*title*/, int id, std::int64_t time) {
+  return Command(GitLabSection("end", id, time));
 }
-std::string GitLabProblem(std::u16string_view /*text*/, bool /*isError*/, std::u16string_view /*root*/) {
+TCiCommand GitLabProblem(std::u16string_view /*text*/, bool /*isError*/, std::u16string_view /*root*/) {
   return {};
-}
-std::u16string GitLabHarmless(std::u16string_view line) {
-  return std::u16string(line);
 }
 
 constexpr std::array<TCiDialect, 4> Dialects{
-    {{"github", u"GITHUB_ACTIONS", false, GitHubStart, GitHubEnd, GitHubProblem, GitHubHarmless,
-      u"GITHUB_WORKSPACE"},
-     {"azure", u"TF_BUILD", false, AzureStart, AzureEnd, AzureProblem, AzureHarmless,
-      u"BUILD_SOURCESDIRECTORY"},
-     {"teamcity", u"TEAMCITY_VERSION", true, TeamCityStart, TeamCityEnd, TeamCityProblem, TeamCityHarmless,
-      u""},
-     {"gitlab", u"GITLAB_CI", true, GitLabStart, GitLabEnd, GitLabProblem, GitLabHarmless, u""}}};
+    {{"github", u"GITHUB_ACTIONS", false, GitHubStart, GitHubEnd, GitHubProblem, u"GITHUB_WORKSPACE"},
+     {"azure", u"TF_BUILD", false, AzureStart, AzureEnd, AzureProblem, u"BUILD_SOURCESDIRECTORY"},
+     {"teamcity", u"TEAMCITY_VERSION", true, TeamCityStart, TeamCityEnd, TeamCityProblem, u""},
+     {"gitlab", u"GITLAB_CI", true, GitLabStart, GitLabEnd, GitLabProblem, u""}}};
 
 } // namespace
 

@@ -1,6 +1,5 @@
 // How continuous-integration systems want the log of a run: groups that fold, and problems that they show
-// beside the source. Each function gives whole lines in UTF-8, without the last line end; empty: nothing is
-// printed.
+// beside the source.
 //
 // Sources: "Workflow commands for GitHub Actions", "Logging commands" of Azure Pipelines, "Service messages"
 // of TeamCity, "Custom collapsible sections" of GitLab CI/CD.
@@ -11,8 +10,24 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace kx {
+
+// A whole line that a system obeys, without its end. Only the dialects make one, of texts that they have made
+// harmless; all else that is printed passes TCiGuard.
+class TCiCommand {
+public:
+  TCiCommand() = default;
+  std::string_view Line() const { return line_; }
+  bool IsEmpty() const { return line_.empty(); } // an ordinary line says it
+
+private:
+  friend struct TCiCommands;
+  explicit TCiCommand(std::string line) : line_(std::move(line)) {}
+
+  std::string line_; // UTF-8
+};
 
 struct TCiDialect {
   std::string_view Name; // as users choose it
@@ -21,14 +36,10 @@ struct TCiDialect {
   // Groups within groups are shown; else only the outermost fold.
   bool NestedGroups;
   // `id` is the same for the end of a group, and no other group's; `time` in seconds since 1970.
-  std::string (*GroupStart)(std::u16string_view title, int id, std::int64_t time);
-  std::string (*GroupEnd)(std::u16string_view title, int id, std::int64_t time);
-  // A warning or an error; `root` is the folder that the system's own paths are seen from, or empty. Empty:
-  // an ordinary line.
-  std::string (*Problem)(std::u16string_view text, bool isError, std::u16string_view root);
-  // A line of a tool or a file that the system would take for a command of ours: the same for the eye, with
-  // an invisible character (U+200B) inside.
-  std::u16string (*Harmless)(std::u16string_view line);
+  TCiCommand (*GroupStart)(std::u16string_view title, int id, std::int64_t time);
+  TCiCommand (*GroupEnd)(std::u16string_view title, int id, std::int64_t time);
+  // A warning or an error; `root` is the folder that the system's own paths are seen from, or empty.
+  TCiCommand (*Problem)(std::u16string_view text, bool isError, std::u16string_view root);
   std::u16string_view RootVariable; // names the folder for Problem; may be empty
 };
 

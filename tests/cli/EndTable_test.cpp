@@ -94,6 +94,11 @@ TEST(EndTable, IsTheLastLineAloneWhenNothingRan) {
   EXPECT_EQ(EndTable(Report({}), TPalette(false)), "\nFailed: 0 errors, 0 warnings; 1 min 06 s\n");
 }
 
+TEST(EndTable, KeepsANameInItsLine) {
+  const std::string table = EndTable(Report({Result(u"a\r\n::b", TResultKind::Failed)}), TPalette(false));
+  EXPECT_NE(table.find("\na\u240D\u240A::b  "), std::string::npos) << table;
+}
+
 TEST(EndTable, PaintsOnlyTheResult) {
   const std::string table = EndTable(Report({Result(u"Build", TResultKind::Ignored)}), TPalette(true));
   EXPECT_NE(table.find("\x1b[33mignored\x1b[0m"), std::string::npos) << table;
