@@ -78,6 +78,8 @@ public:
   TServiceRegistry& Services() { return registry_; }
   platform::StopSignal& Stop() { return stop_; }
   std::u16string KeyFile() const; // beside the options store
+  // What is shown nowhere, by the console and by the runs of this host.
+  const std::shared_ptr<TSecretMask>& Secrets() const { return secrets_; }
   // Settings that the options objects filled in by themselves; a failure is reported and not fatal.
   void SaveOptions();
 
@@ -89,6 +91,7 @@ private:
   TDotNetInfo dotNet_{store_};
   TWebSites webSites_{store_};
   platform::StopSignal stop_;
+  std::shared_ptr<TSecretMask> secrets_ = std::make_shared<TSecretMask>();
 };
 
 // Runs what the runner's project holds with all sinks of the common options, prints the end table, and gives

@@ -29,6 +29,7 @@ void MapDrives(const std::vector<std::string>& drives) {
 }
 
 THostSession::THostSession(const TCommonOptions& options, const TDesignServices& design) {
+  MaskOutput(secrets_);
   MapDrives(options.Drives);
   store_.Load(options.OptionsFile.empty() ? DefaultOptionsFile() : text::FromUtf8(options.OptionsFile));
   for (const auto& assignment : options.Overrides) {

@@ -30,13 +30,15 @@ std::optional<TCiGuard>& GuardOf(ConsoleStream stream) {
   return Guards()[stream == ConsoleStream::Output ? 0 : 1];
 }
 
+std::shared_ptr<const TSecretMask>& Secrets() {
+  static std::shared_ptr<const TSecretMask> secrets;
+  return secrets;
+}
+
 void PrintTo(ConsoleStream stream, std::string_view utf8) {
+  const std::string shown = Secrets() ? Secrets()->Masked(utf8) : std::string(utf8);
   auto& guard = GuardOf(stream);
-  if (guard) {
-    platform::WriteConsole(stream, guard->Pass(utf8));
-  } else {
-    platform::WriteConsole(stream, utf8);
-  }
+  platform::WriteConsole(stream, guard ? guard->Pass(shown) : shown);
 }
 
 } // namespace
@@ -47,6 +49,10 @@ void Print(std::string_view utf8) {
 
 void PrintError(std::string_view utf8) {
   PrintTo(ConsoleStream::Error, utf8);
+}
+
+void MaskOutput(std::shared_ptr<const TSecretMask> secrets) {
+  Secrets() = std::move(secrets);
 }
 
 void GuardForCi() {

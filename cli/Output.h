@@ -3,9 +3,11 @@
 #pragma once
 
 #include "report/CiDialect.h"
+#include "runner/SecretMask.h"
 
 #include <nlohmann/json_fwd.hpp>
 
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -13,6 +15,9 @@ namespace kx::cli {
 
 void Print(std::string_view utf8); // to standard output
 void PrintError(std::string_view utf8);
+
+// From now on what the mask knows is shown by neither.
+void MaskOutput(std::shared_ptr<const TSecretMask> secrets);
 
 // From now on a CI system reads both streams: nothing that is printed is a command to it (TCiGuard), but for
 // what PrintCommand prints, in a line of its own.

@@ -1,9 +1,5 @@
 #include "runner/EventLog.h"
 
-#include "text/Text.h"
-
-#include <algorithm>
-
 namespace kx {
 
 std::chrono::milliseconds ElapsedSince(TRunClock::time_point start) {
@@ -19,18 +15,15 @@ void TEventLog::Emit(TWhat what) {
     sink->On(event);
 }
 
-void TEventLog::KeepSecret(std::u16string_view secret) {
-  constexpr std::size_t shortest = 4;
-  if (secret.size() < shortest || std::ranges::find(secrets_, secret) != secrets_.end()) return;
-  secrets_.emplace_back(secret);
-}
-
-void TEventLog::Mask(std::u16string& text) const {
-  for (const auto& secret : secrets_)
-    if (text.find(secret) != std::u16string::npos) text = text::ReplaceAll(text, secret, u"***");
+void TEventLog::Mask(TActionResult& result) const {
+  Mask(result.Name);
+  Mask(result.Pass);
+  for (auto& configuration : result.Configurations)
+    Mask(configuration.Configuration);
 }
 
 void TEventLog::StartAction(TActionStarted started) {
+  Mask(started.Name);
   Mask(started.Description);
   Mask(started.Pass);
   TOpen open{started.Name, true};
@@ -42,11 +35,15 @@ void TEventLog::EndAction(TActionResult result) {
   while (!open_.back().IsAction)
     EndGroup(IsSuccess(result.Result) ? std::nullopt : std::optional(TStatusTag::stError));
   open_.pop_back();
+  Mask(result);
   Emit(TActionEnded{std::move(result)});
 }
 
-void TEventLog::EndRun(TRunReport report) {
-  Emit(TRunEnded{std::move(report)});
+TRunReport TEventLog::EndRun(TRunReport report) {
+  for (auto& action : report.Actions)
+    Mask(action);
+  Emit(TRunEnded{report});
+  return report;
 }
 
 void TEventLog::Send(TMessageSent message) {
@@ -56,6 +53,9 @@ void TEventLog::Send(TMessageSent message) {
 
 void TEventLog::Send(TMetricSent sent) {
   if (auto* text = std::get_if<std::u16string>(&sent.Metric.Value)) Mask(*text);
+  Mask(sent.Metric.Category);
+  Mask(sent.Metric.Name);
+  Mask(sent.Configuration);
   Emit(std::move(sent));
 }
 

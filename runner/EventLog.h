@@ -2,8 +2,10 @@
 #pragma once
 
 #include "runner/Events.h"
+#include "runner/SecretMask.h"
 
 #include <chrono>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -18,16 +20,17 @@ std::chrono::milliseconds ElapsedSince(TRunClock::time_point start);
 
 class TEventLog {
 public:
+  // Every text of the events is masked, whoever sends it: a tool may repeat what it was given.
+  explicit TEventLog(std::shared_ptr<TSecretMask> secrets) : secrets_(std::move(secrets)) {}
+
   void AddSink(IRunEventSink& sink) { sinks_.push_back(&sink); }
-  // From now on every text shows "***" in its place, whoever sends it: a tool may repeat what it was given.
-  // Secrets of fewer than four characters stay, since they would break up words of every log.
-  void KeepSecret(std::u16string_view secret);
+  TSecretMask& Secrets() { return *secrets_; }
   // The counts that events carry from now on.
   void SetCounts(const TProblemCounts& soFar) { soFar_ = soFar; }
 
   void StartAction(TActionStarted started);
   void EndAction(TActionResult result); // closes what the action left open
-  void EndRun(TRunReport report);
+  TRunReport EndRun(TRunReport report); // as it was shown
   void Send(TMessageSent message);
   void Send(TMetricSent sent);
   void StartGroup(std::u16string_view title, TStatusTag status);
@@ -42,11 +45,12 @@ private:
   };
   template <typename TWhat>
   void Emit(TWhat what);
-  void Mask(std::u16string& text) const;
+  void Mask(std::u16string& text) const { secrets_->Mask(text); }
+  void Mask(TActionResult& result) const;
 
   std::vector<IRunEventSink*> sinks_;
   std::vector<TOpen> open_;
-  std::vector<std::u16string> secrets_;
+  std::shared_ptr<TSecretMask> secrets_;
   TProblemCounts soFar_;
 };
 

@@ -22,11 +22,20 @@ std::vector<TValidationEntry> TProjectRunner::Validate() {
   validating_ = true;
   auto entries = ValidateProject(engine_->Project, engine_->Expressions);
   validating_ = false;
+  for (auto& entry : entries) {
+    engine_->Log.Secrets().Mask(entry.Action);
+    engine_->Log.Secrets().Mask(entry.Message);
+  }
   return entries;
 }
 
 std::vector<TValidationNote> TProjectRunner::CheckFilesToChange() {
-  return kx::CheckFilesToChange(engine_->Project);
+  auto notes = kx::CheckFilesToChange(engine_->Project);
+  for (auto& note : notes) {
+    engine_->Log.Secrets().Mask(note.Action);
+    engine_->Log.Secrets().Mask(note.Message);
+  }
+  return notes;
 }
 
 TRunReport TProjectRunner::Run() {
@@ -81,7 +90,7 @@ IPropertySetService& TProjectRunner::PropertySets() {
 
 std::u16string TProjectRunner::EncryptString(std::u16string_view clear) {
   if (clear.empty()) return {};
-  engine_->Log.KeepSecret(clear);
+  engine_->Log.Secrets().Keep(clear);
   const auto secret = platform::ProtectSecret(text::ToUtf8(clear), engine_->KeyFile);
   if (!secret) throw EKxException(secret.Message());
   return ToBase64(*secret);
@@ -93,7 +102,7 @@ std::u16string TProjectRunner::DecryptString(std::u16string_view secret) {
   const auto clear = platform::UnprotectSecret(*bytes, engine_->KeyFile);
   if (!clear) return {};
   std::u16string text = text::FromUtf8(*clear);
-  engine_->Log.KeepSecret(text);
+  engine_->Log.Secrets().Keep(text);
   return text;
 }
 

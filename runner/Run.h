@@ -4,6 +4,7 @@
 #include "runner/Events.h"
 #include "runner/Expressions.h"
 #include "runner/Project.h"
+#include "runner/SecretMask.h"
 #include "runner/Validation.h"
 #include "runner/Variables.h"
 
@@ -21,6 +22,7 @@ struct TRunSettings {
   std::u16string KeyFile;                  // holds the key of stored secrets where the system has none
   bool DryRun = false;      // processes are not started, and changes of files are shown instead of made
   TRuleSettings Rules = {}; // of the command line, before those of the project
+  std::shared_ptr<TSecretMask> Secrets = {}; // what is masked beside the secrets of the actions; may be null
 };
 
 // Owns the project, since its actions are attached to this host. Fill Project() (by hand or by TProjectFile),

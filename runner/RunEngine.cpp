@@ -61,6 +61,7 @@ TRunEngine::TRunEngine(const TServiceRegistry& services, TKxEvent& stop, TRunSet
                        IKxActionHost& host)
     : Services(services), StopSignal(stop), KeyFile(std::move(settings.KeyFile)), Project(services, host),
       Variables(Project, std::move(settings.Variables)), Expressions(Project, Variables),
+      Log(settings.Secrets ? std::move(settings.Secrets) : std::make_shared<TSecretMask>()),
       rules_(std::move(settings.Rules)), isDryRun_(settings.DryRun) {}
 
 TRunReport TRunEngine::Run() {
@@ -89,8 +90,7 @@ TRunReport TRunEngine::Run() {
   // What has not begun has not finished.
   if (report_.NothingExecuted && !IsSuccess(report_.Result)) report_.Result = FailureKind();
   report_.Elapsed = ElapsedSince(start);
-  Log.EndRun(report_);
-  return std::move(report_);
+  return Log.EndRun(std::move(report_));
 }
 
 bool TRunEngine::RunNodes(const std::vector<std::unique_ptr<TActionNode>>& nodes) {
