@@ -3,6 +3,7 @@
 #include "host/Exceptions.h"
 #include "host/FileUpdates.h"
 #include "platform/Files.h"
+#include "platform/System.h"
 #include "platform/TextFiles.h"
 #include "text/Encoding.h"
 #include "text/Text.h"
@@ -30,6 +31,8 @@ using TCurlText = std::unique_ptr<char, TFree<&curl_free>>;
 constexpr int MaximumRedirects = 5;
 // However slowly a server keeps on sending, it does not hold up a build for longer than this.
 constexpr long LongestTransferInSeconds = 600;
+
+constexpr std::u16string_view AuthoritiesVariable = u"SSL_CERT_FILE";
 
 constexpr std::size_t SentAtOnce = 64 << 10; // in bytes
 
@@ -131,6 +134,19 @@ std::u16string Shown(CURLU* url) {
   return u"\"" + text::FromUtf8(TCurlText(value).get()) + u"\"";
 }
 
+// The library verifies certificates, but looks at no variable by itself.
+platform::Status SetTrust(CURL* curl) {
+  curl_easy_setopt(curl, CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
+  const auto file = platform::EnvironmentVariable(AuthoritiesVariable);
+  if (!file || file->empty()) return platform::Done{};
+  auto authorities = platform::ReadFile(*file);
+  if (!authorities) return platform::Failure{authorities.Message()};
+  curl_blob blob{authorities->data(), authorities->size(), CURL_BLOB_COPY};
+  curl_easy_setopt(curl, CURLOPT_CAINFO_BLOB, &blob);
+  curl_easy_setopt(curl, CURLOPT_CAPATH, nullptr);
+  return platform::Done{};
+}
+
 void SetBody(CURL* curl, TExchange& exchange) {
   curl_easy_setopt(curl, CURLOPT_WRITEFUNCTION, &OnReceived);
   curl_easy_setopt(curl, CURLOPT_WRITEDATA, &exchange);
@@ -171,6 +187,7 @@ private:
   // The status of the answer; nothing when there was none, the reason then stands in `reason`.
   std::optional<long> Perform(CURLU* url, TExchange& exchange, std::u16string& reason);
   void SetUser(CURL* curl) const;
+  const char* Scheme() const { return IsSecure ? "https" : "http"; }
   std::u16string ReasonOf(CURLcode code, const TExchange& exchange, const char* detail) const;
   std::u16string ReasonOfStatus(long status) const;
   bool FollowRedirect(TUrl& url, std::u16string& reason) const;
@@ -191,7 +208,7 @@ TUrl TCurlWebDavClient::MakeUrl(std::u16string_view remote) {
   const std::string path = EncodePath(remote);
   CURLUcode code = host.empty() ? CURLUE_NO_HOST : CURLUE_OK;
   for (const auto& [part, value] :
-       {std::pair(CURLUPART_SCHEME, "http"), std::pair(CURLUPART_HOST, host.c_str()),
+       {std::pair(CURLUPART_SCHEME, Scheme()), std::pair(CURLUPART_HOST, host.c_str()),
         std::pair(CURLUPART_PORT, port.c_str()), std::pair(CURLUPART_PATH, path.c_str())}) {
     if (code == CURLUE_OK) code = curl_url_set(url.get(), part, value, 0);
   }
@@ -224,7 +241,13 @@ std::optional<long> TCurlWebDavClient::Perform(CURLU* url, TExchange& exchange, 
   curl_easy_setopt(curl, CURLOPT_ERRORBUFFER, detail.data());
   curl_easy_setopt(curl, CURLOPT_HTTPHEADER, headers.get());
   curl_easy_setopt(curl, CURLOPT_CURLU, url);
-  curl_easy_setopt(curl, CURLOPT_PROTOCOLS_STR, "http");
+  curl_easy_setopt(curl, CURLOPT_PROTOCOLS_STR, Scheme());
+  // Servers that ask for a password in the middle of an upload end the stream of HTTP/2 with it.
+  curl_easy_setopt(curl, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
+  if (const auto trusted = SetTrust(curl); IsSecure && !trusted) {
+    reason = trusted.Message() + u" (" + std::u16string(AuthoritiesVariable) + u")";
+    return std::nullopt;
+  }
   curl_easy_setopt(curl, CURLOPT_NOSIGNAL, 1L);
   curl_easy_setopt(curl, CURLOPT_CONNECTTIMEOUT, static_cast<long>(ConnectTimeout.count()));
   curl_easy_setopt(curl, CURLOPT_LOW_SPEED_LIMIT, 1L);
@@ -250,6 +273,9 @@ std::u16string TCurlWebDavClient::ReasonOf(CURLcode code, const TExchange& excha
     return u"the answer is larger than " + text::FromInteger(static_cast<std::int64_t>(MaximumSize)) +
            u" bytes";
   std::u16string reason = text::FromUtf8(*detail != '\0' ? detail : curl_easy_strerror(code));
+  if (code == CURLE_PEER_FAILED_VERIFICATION)
+    return u"the server's certificate is refused: " + reason + u". The variable " +
+           std::u16string(AuthoritiesVariable) + u" may name a file with the authorities to trust";
   long systemError = 0;
   if (code == CURLE_COULDNT_CONNECT &&
       curl_easy_getinfo(curl_.get(), CURLINFO_OS_ERRNO, &systemError) == CURLE_OK && systemError != 0)

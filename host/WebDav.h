@@ -13,11 +13,13 @@
 
 namespace kx {
 
-// One server, one user, over HTTP. Set the fields, then Connect. Operations return False on failure and leave
-// the reason in LastErrorText: what was tried, the address (never the password) and the server's or the
-// system's answer.
+// One server, one user, over HTTP or HTTPS. Set the fields, then Connect. Operations return False on failure
+// and leave the reason in LastErrorText: what was tried, the address (never the password) and the server's or
+// the system's answer.
 //
-// The variables http_proxy and no_proxy hold, as for other programs.
+// HTTPS (TLS 1.2 or later) wants a certificate for the server's name that an authority of the system vouches
+// for; SSL_CERT_FILE names a file (PEM) of authorities to take instead, as for other programs. No redirect
+// leads to another server, scheme or port. The variables http_proxy, https_proxy and no_proxy hold, too.
 //
 // Remote names are plain text from the server's root, "/folder/a b.cs"; the client encodes them.
 class TKxWebDavClient {
@@ -26,6 +28,7 @@ public:
   virtual ~TKxWebDavClient() = default;
 
   std::u16string ServerName;
+  bool IsSecure = false; // HTTPS
   std::int32_t ServerPort = 80;
   std::u16string UserName; // empty: no authentication
   std::u16string Password;

@@ -8,6 +8,7 @@
 #include "text/WindowsPath.h"
 #include "versioninfo/ProjectSources.h"
 #include "web/KxResolveIISDirectory.h"
+#include "web/WebAddress.h"
 
 #include <map>
 #include <optional>
@@ -65,10 +66,6 @@ private:
 std::u16string RemoteFolder(std::u16string_view folder, std::u16string_view below) {
   const std::u16string_view rest = below.substr(0, below.find_last_not_of(u"\\/") + 1);
   return std::u16string(folder) + (folder.empty() || rest.empty() ? u"" : u"/") + std::u16string(rest);
-}
-
-bool IsWebAddress(std::u16string_view location) {
-  return text::FindIgnoreCase(location, u"http://") != std::u16string_view::npos;
 }
 
 // The projects of a solution and their sources, read when somebody asks for them.

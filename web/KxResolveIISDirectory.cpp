@@ -75,7 +75,8 @@ std::u16string GetProjectFileUsingWebDAV(TKxWebDavClient* client, std::u16string
   const TWebAddress address = ParseWebAddress(url);
   projectPath = TrimSlashes(address.Path);
   client->ServerName = address.Host;
-  client->ServerPort = text::ToIntegerOr(address.Port, 80);
+  client->IsSecure = address.IsSecure;
+  client->ServerPort = text::ToIntegerOr(address.Port, address.IsSecure ? 443 : 80);
   if (!client->Connect()) throw EKxException(u"Unable to connect using WebDAV : " + client->LastErrorText());
   return GetFileUsingWebDAV(client, projectPath, address.Document);
 }

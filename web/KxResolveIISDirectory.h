@@ -1,4 +1,4 @@
-// The files of a web project, which a solution names by its "http://" address only.
+// The files of a web project, which a solution names by its "http://" or "https://" address only.
 //
 // Addresses are split into host, port, folders and document; percent escapes are decoded once. Failures raise
 // EKxException, also for an address without a server, or one whose folders hold "..".

@@ -63,12 +63,18 @@ void SplitServer(std::u16string_view server, TWebAddress& address) {
 
 } // namespace
 
+bool IsWebAddress(std::u16string_view location) {
+  return text::FindIgnoreCase(location, u"http://") != std::u16string_view::npos ||
+         text::FindIgnoreCase(location, u"https://") != std::u16string_view::npos;
+}
+
 TWebAddress ParseWebAddress(std::u16string_view url) {
   const auto scheme = url.find(u"://");
   std::u16string rest(scheme == std::u16string_view::npos ? u"" : url.substr(scheme + 3));
   rest.resize(std::min(rest.size(), rest.find_first_of(u"?#")));
   std::ranges::replace(rest, u'\\', u'/');
   TWebAddress address;
+  address.IsSecure = scheme != url.npos && text::EndsWithIgnoreCase(url.substr(0, scheme), u"https");
   const auto path = std::min(rest.size(), rest.find(u'/'));
   SplitServer(std::u16string_view(rest).substr(0, path), address);
   if (!IsServerName(address.Host))

@@ -8,11 +8,16 @@ namespace kx {
 
 // "http://user@host:8080/a/b%20c/file.cs?x#y": host "host", port "8080", path "/a/b c/", document "file.cs".
 struct TWebAddress {
-  std::u16string Host; // "[::1]" with its brackets
-  std::u16string Port; // as written; empty when absent
-  std::u16string Path; // the folders with leading and trailing "/"; empty when nothing follows the host
+  bool IsSecure = false; // "https://"
+  std::u16string Host;   // "[::1]" with its brackets
+  std::u16string Port;   // as written; empty when absent
+  std::u16string Path;   // the folders with leading and trailing "/"; empty when nothing follows the host
   std::u16string Document;
 };
+
+// Whether a solution names a project by an address on a web server: with "http://" or "https://" anywhere, in
+// any letter case.
+bool IsWebAddress(std::u16string_view location);
 
 // Percent escapes are decoded once, as UTF-8; a raw "\" counts as "/". Raises EKxException for an address
 // without a server, and for a segment that would be something else on a disk: "..", "a%2Fb", control

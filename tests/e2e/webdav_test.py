@@ -1,10 +1,12 @@
 """Files of web projects over WebDAV: a real lighttpd, and servers that no one would run on purpose."""
 import hashlib
 import http.client
+import itertools
 import os
 import shutil
 import socket
 import socketserver
+import ssl
 import subprocess
 import threading
 import time
@@ -18,11 +20,15 @@ FOLDER, NAME = "MyWeb/a b#\u00e9", "100%41 c.cs"
 CONFIG = """server.document-root = "{folder}/www"
 server.bind = "127.0.0.1"
 server.port = {port}
-server.modules = ("mod_auth", "mod_authn_file", "mod_webdav")
+server.modules += ("mod_auth", "mod_authn_file", "mod_webdav")
 webdav.activate = "enable"
 auth.backend = "htdigest"
 auth.backend.htdigest.userfile = "{folder}/users"
 auth.require = ("/MyWeb/" => ("method" => "{method}", "realm" => "r", "require" => "valid-user"))
+"""
+TLS_CONFIG = """server.modules += ("mod_openssl")
+ssl.engine = "enable"
+ssl.pemfile = "{certificate}"
 """
 SOLUTION = """Microsoft Visual Studio Solution File, Format Version 11.00
 Project("{FAE04EC0-301F-11D3-BF4B-00C04F79EFBC}") = "MyWeb", "%s", "{11111111-1111-1111-1111-111111111111}"
@@ -43,10 +49,10 @@ class WebDavTest(e2e.EndToEndTest):
         self.temporary = self.folder / "temporary"
         self.temporary.mkdir()
 
-    def drive(self, port, path, password="secret word", *folder):
+    def drive(self, port, path, password="secret word", *folder, server="http://127.0.0.1", **environment):
         run = self.run_program(e2e.BIN / "kx_webdav_driver",
-                               f"http://127.0.0.1:{port}/{urllib.parse.quote(path)}", "J\u00f6rg", password, *folder,
-                               TMPDIR=str(self.temporary), no_proxy="*")
+                               f"{server}:{port}/{urllib.parse.quote(path)}", "J\u00f6rg", password, *folder,
+                               TMPDIR=str(self.temporary), no_proxy="*", **environment)
         self.assertEqual(run.returncode, 1 if run.stdout else 0, run.stdout)
         return run.stdout
 
@@ -57,16 +63,13 @@ class WebDavTest(e2e.EndToEndTest):
                 self.check_real_server(method)
 
     def check_real_server(self, method):
-        with socket.create_server(("127.0.0.1", 0)) as free:
-            port = free.getsockname()[1]
+        port = free_port()
         address = f"{FOLDER}/{NAME}"
         file = self.write(f"www/{address}", "original\n" * 100000)
         self.write("www/MyWeb/big.cs", "x" * (1 << 20) + "x")
         self.write("users", "J\u00f6rg:r:" + hashlib.md5("J\u00f6rg:r:secret word".encode()).hexdigest() + "\n")
         config = self.write("lighttpd.conf", CONFIG.format(folder=self.folder, port=port, method=method))
-        server = subprocess.Popen([LIGHTTPD, "-D", "-f", config], stderr=subprocess.DEVNULL)
-        self.addCleanup(server.wait)
-        self.addCleanup(server.kill)
+        server = self.start(config)
         self.assertTrue(e2e.wait_until(lambda: "No connection" not in self.drive(port, "MyWeb/missing.cs")))
 
         self.assertEqual(self.drive(port, address), "")
@@ -82,6 +85,12 @@ class WebDavTest(e2e.EndToEndTest):
         server.kill()
         server.wait()
         self.assertRegex(self.drive(port, address), "Unable to connect using WebDAV : No connection .*refused")
+
+    def start(self, config):
+        server = subprocess.Popen([LIGHTTPD, "-D", "-f", config], stderr=subprocess.DEVNULL)
+        self.addCleanup(server.wait)
+        self.addCleanup(server.kill)
+        return server
 
     def check_stamping(self, port):
         source = self.write("www/MyWeb/Properties/AssemblyInfo.cs", '[assembly: AssemblyVersion("1.0.*")]\n')
@@ -149,6 +158,126 @@ class WebDavTest(e2e.EndToEndTest):
         self.assertFalse(any(seen[2] for seen in server.seen), "a password nobody asked for")
 
 
+    @unittest.skipIf(LIGHTTPD is None, "lighttpd is not installed (scripts/install-packages test)")
+    def test_https(self):
+        authority, other = make_authority(self.folder, "ours"), make_authority(self.folder, "theirs")
+        certificates = {
+            "good": make_certificate(self.folder, authority, "IP:127.0.0.1", 2),
+            "another name": make_certificate(self.folder, authority, "DNS:elsewhere.example", 2),
+            "expired": make_certificate(self.folder, authority, "IP:127.0.0.1", -1),
+        }
+        self.write("www/MyWeb/a.cs", "original\n")
+        self.write("users", "J\u00f6rg:r:" + hashlib.md5("J\u00f6rg:r:secret word".encode()).hexdigest() + "\n")
+        ports = {}
+        for name, certificate in certificates.items():
+            ports[name] = free_port()
+            self.start(self.write(f"{name}.conf", TLS_CONFIG.format(certificate=certificate) +
+                                  CONFIG.format(folder=self.folder, port=ports[name], method="basic")))
+        ours, missing = {"SSL_CERT_FILE": str(authority) + ".pem"}, {"SSL_CERT_FILE": str(self.folder / "missing.pem")}
+        self.assertTrue(e2e.wait_until(lambda: all(is_open(port) for port in ports.values())))
+        self.assertEqual(self.drive(ports["good"], "MyWeb/a.cs", server="https://127.0.0.1", **ours), "")
+        self.assertEqual((self.folder / "www/MyWeb/a.cs").read_text(), "original\nstamped\n")
+        refused = "No connection to \"https://.*the server's certificate is refused: .*"
+        for name, environment, reason in (
+                ("good", {}, refused), ("good", {"SSL_CERT_FILE": str(other) + ".pem"}, refused),
+                ("good", missing, "No connection to .*missing.pem.*SSL_CERT_FILE"),
+                ("another name", ours, refused + "127.0.0.1"), ("expired", ours, refused + "expired")):
+            with self.subTest(name, environment=environment):
+                environment = {"SSL_CERT_FILE": "", **environment}
+                shown = self.drive(ports[name], "MyWeb/a.cs", server="https://127.0.0.1", **environment)
+                self.assertRegex(shown, "Unable to connect using WebDAV : " + reason)
+                self.assertNotIn("secret word", shown)
+        plain = self.drive(ports["good"], "MyWeb/a.cs", **ours)  # a server that speaks TLS only
+        self.assertRegex(plain, "^(Error|Unable to connect)")
+        self.assertEqual((self.folder / "www/MyWeb/a.cs").read_text(), "original\nstamped\n")
+
+    def test_no_redirect_leads_from_https_to_http(self):
+        certificate = make_certificate(self.folder, make_authority(self.folder, "ours"), "IP:127.0.0.1", 2)
+        plain = start_server({})
+        place = f"http://127.0.0.1:{plain.server_address[1]}/a.cs"
+        context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
+        context.load_cert_chain(certificate)
+        server = start_server({"/down.cs": MOVED.format(place).encode(), "/a.cs": b"HTTP/1.1 401 No\r\nContent-Length: 0\r\n"
+                               b"Connection: close\r\nWWW-Authenticate: Basic realm=\"r\"\r\n\r\n"}, context)
+        ours = {"SSL_CERT_FILE": str(self.folder / "ours.pem")}
+        for path, reason in ("down.cs", "a redirect to another server, which is not followed"), ("a.cs", "HTTP status 401"):
+            self.assertRegex(self.drive(server.server_address[1], path, server="https://127.0.0.1", **ours), reason)
+        self.assertEqual(plain.seen, [])
+        self.assertEqual([seen[1] for seen in server.seen if seen[2]], ["/a.cs"], "the password goes where it is asked for")
+
+    @unittest.skipIf(LIGHTTPD is None, "lighttpd is not installed (scripts/install-packages test)")
+    def test_two_runs_at_once_keep_their_files_apart(self):
+        count, names = 126, ("left", "right")
+        authority = make_authority(self.folder, "ours")
+        certificate = make_certificate(self.folder, authority, "IP:127.0.0.1", 2)
+        self.write("tools/MSBuild.exe", "#!/bin/sh\n", executable=True)
+        runs = []
+        for name in names:
+            port = free_port()
+            self.write(f"{name}/users", "me:r:" + hashlib.md5(b"me:r:secret word").hexdigest() + "\n")
+            for number in range(count):
+                self.write(f"{name}/www/MyWeb/{number}/AssemblyInfo.cs", f'// {name} {number}\n[assembly: AssemblyVersion("1.0")]\n')
+                self.write(f"{name}/www/MyWeb/{number}/Web.csproj", '<Compile Include="AssemblyInfo.cs" />')
+            self.start(self.write(f"{name}.conf", TLS_CONFIG.format(certificate=certificate) +
+                                  CONFIG.format(folder=self.folder / name, port=port, method="digest")))
+            self.assertTrue(e2e.wait_until(lambda at=port: is_open(at)))
+            projects = [f'Project("{{FAE04EC0-301F-11D3-BF4B-00C04F79EFBC}}") = "Web{number}", "https://127.0.0.1:{port}/MyWeb/{number}/'
+                        f'Web.csproj", "{{11111111-1111-1111-1111-{number:012}}}"\nEndProject\n' for number in range(count)]
+            lines = SOLUTION.splitlines(keepends=True)
+            self.write(f"{name}.sln", "".join(itertools.chain(lines[:1], projects, lines[3:])))
+            runs.append(subprocess.Popen(
+                [e2e.BIN / "kxhost", "do", "DEVENV", f"Solution={name}.sln", "SolutionConfiguration=Debug", "VStudioVersion=vs2010",
+                 "UpdateAssemblyInfo=True", "UpdateAssemblyVersion=True", "AssemblyVersion=2|3|4|5", "ProjLocationDetectMethod=useWebDAV",
+                 "WebDAVUsername=me", "WebDAVPassword=secret word", "--option", f"DotNetFramework.v4.0={self.folder / 'tools'}"],
+                cwd=self.folder, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, encoding="utf-8",
+                env={**self.environment, "TMPDIR": str(self.temporary), "no_proxy": "*", "SSL_CERT_FILE": str(authority) + ".pem",
+                     "DAV": "secret word"}))
+        for run in runs:
+            shown = run.communicate(timeout=240)[0]
+            self.assertEqual(run.returncode, 0, shown)
+            self.assertNotIn("secret word", shown)
+        for name in names:
+            for number in range(count):
+                self.assertEqual((self.folder / f"{name}/www/MyWeb/{number}/AssemblyInfo.cs").read_text(),
+                                 f'// {name} {number}\n[assembly: AssemblyVersion("2.3.4.5")]\n')
+        self.assertEqual(list(self.temporary.iterdir()), [], "nothing is left behind")
+
+
+def free_port():
+    with socket.create_server(("127.0.0.1", 0)) as free:
+        return free.getsockname()[1]
+
+
+def is_open(port):
+    with socket.socket() as client:
+        return client.connect_ex(("127.0.0.1", port)) == 0
+
+
+def openssl(*arguments):
+    subprocess.run(["openssl", *arguments], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, check=True)
+
+
+def make_authority(folder, name):
+    """NAME.key and NAME.pem, which vouch for the certificates of a test."""
+    file = folder / name
+    openssl("req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes", "-days", "2",
+            "-subj", f"/CN=Authority {name}", "-keyout", f"{file}.key", "-out", f"{file}.pem")
+    return file
+
+
+def make_certificate(folder, authority, name, days):
+    """One file with key and certificate; below 0 it ended that many days ago."""
+    file = folder / f"{name.partition(':')[2]}{days}"
+    (folder / "names").write_text(f"subjectAltName={name}\n", encoding="utf-8")
+    openssl("req", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes", "-subj", "/CN=server",
+            "-keyout", f"{file}.key", "-out", f"{file}.csr")
+    openssl("x509", "-req", "-in", f"{file}.csr", "-CA", f"{authority}.pem", "-CAkey", f"{authority}.key", "-CAcreateserial",
+            "-days", str(days), "-extfile", str(folder / "names"), "-out", f"{file}.crt")
+    both = folder / f"{file.name}.both"
+    both.write_bytes((folder / f"{file.name}.key").read_bytes() + (folder / f"{file.name}.crt").read_bytes())
+    return both
+
+
 class Handler(socketserver.StreamRequestHandler):
     def handle(self):
         method, path, _ = self.rfile.readline().decode().split()
@@ -161,8 +290,10 @@ class Handler(socketserver.StreamRequestHandler):
             time.sleep(60)
 
 
-def start_server(answers):
+def start_server(answers, context=None):
     server = socketserver.ThreadingTCPServer(("127.0.0.1", 0), Handler)
+    if context is not None:
+        server.socket = context.wrap_socket(server.socket, server_side=True)
     server.daemon_threads = True
     server.handle_error = lambda *_: None
     server.answers, server.seen = answers, []

@@ -70,6 +70,28 @@ TEST(ResolveIISDirectory, AddressesAreSplitAndDecodedOnce) {
     EXPECT_THROW(BuildShareName(url, u"s$"), EKxException) << text::ToUtf8(url);
 }
 
+TEST(WebDavFiles, AreReachedAsTheirAddressSays) {
+  const struct {
+    std::u16string Address;
+    bool IsWeb;
+    std::string_view Shown; // in the message of a connection that nobody takes
+  } cases[] = {
+      {u"http://127.0.0.1:1/a/p.csproj", true, "\"http://127.0.0.1:1/\""},
+      {u"HTTPS://127.0.0.1:1/a/p.csproj", true, "\"https://127.0.0.1:1/\""},
+      {u"https://[::1]:1/p.csproj", true, "\"https://[::1]:1/\""},
+      {u"C:\\https\\p.csproj", false, ""},
+  };
+  for (const auto& row : cases) {
+    EXPECT_EQ(IsWebAddress(row.Address), row.IsWeb) << text::ToUtf8(row.Address);
+    if (!row.IsWeb) continue;
+    const auto client = TKxWebDavClient::Create();
+    std::u16string folder;
+    const std::string message =
+        Outcome([&] { return GetProjectFileUsingWebDAV(client.get(), row.Address, folder); });
+    EXPECT_NE(message.find(row.Shown), std::string::npos) << message;
+  }
+}
+
 TEST(WebDavFiles, OnlyPlainFileNamesAreKept) {
   for (const auto name : {u"a.cs", u".x", u"a b é.cs", u"console.cs", u"COM.cs", u"com10.cs", u"nul1.cs"})
     EXPECT_TRUE(IsPlainFileName(name)) << text::ToUtf8(name);
