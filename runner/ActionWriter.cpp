@@ -15,8 +15,8 @@ bool IsCompared(const TKxPublishedProperty& property) {
   return !property.ReadOnly && !IsClearSecret(property);
 }
 
-std::u16string TextOf(const TActionNode& node, const TKxPublishedProperty& property) {
-  return PropertyToText(property, property.Get(node.Action()));
+std::u16string TextOf(TCustomKxAction& action, const TKxPublishedProperty& property) {
+  return PropertyToText(property, property.Get(action));
 }
 
 bool HasClearSecret(const TActionSource& source) {
@@ -28,12 +28,11 @@ bool HasClearSecret(const TActionSource& source) {
 
 // A list that nobody edited is left alone, since reading one may normalise it.
 bool HasChanged(const TActionSource& source, const TKxPublishedProperty& property) {
-  const auto was = source.Baseline.find(&property);
-  if (was == source.Baseline.end()) return false;
-  const std::u16string now = TextOf(*source.Node, property);
-  if (source.Edited.contains(&property)) return now != was->second;
-  return property.Kind != TKxPropertyKind::StringList && now != was->second &&
-         KeepsReferences(was->second, now);
+  const std::u16string* was = source.Baseline.Find(property);
+  if (was == nullptr) return false;
+  const std::u16string now = TextOf(source.Node->Action(), property);
+  if (source.Edited.contains(&property)) return now != *was;
+  return property.Kind != TKxPropertyKind::StringList && now != *was && KeepsReferences(*was, now);
 }
 
 // The encrypted form of a secret follows the clear one, which the file loses.
@@ -60,10 +59,26 @@ std::vector<const TKxPublishedProperty*> WorthStating(const TActionNode& node) {
 
 } // namespace
 
-TActionSource::TActionSource(const TActionNode& node, const TProjectElement& element)
-    : Node(&node), Element(&element) {
+TPropertyTexts::TPropertyTexts(const TActionNode& node) {
+  const auto untouched = node.Type().Class->Create();
   for (const auto* property : node.Properties())
-    if (IsCompared(*property)) Baseline.emplace(property, TextOf(node, *property));
+    if (IsCompared(*property)) texts_.emplace(property, TextOf(*untouched, *property));
+}
+
+TPropertyTexts::TPropertyTexts(const TActionNode& node, const TPropertyTexts& defaults)
+    : defaults_(&defaults) {
+  for (const auto* property : node.Properties()) {
+    if (!IsCompared(*property)) continue;
+    std::u16string text = TextOf(node.Action(), *property);
+    const std::u16string* usual = defaults.Find(*property);
+    if (usual == nullptr || *usual != text) texts_.emplace(property, std::move(text));
+  }
+}
+
+const std::u16string* TPropertyTexts::Find(const TKxPublishedProperty& property) const {
+  const auto own = texts_.find(&property);
+  if (own != texts_.end()) return &own->second;
+  return defaults_ == nullptr ? nullptr : defaults_->Find(property);
 }
 
 TActionWriter::TActionWriter(std::string_view bytes, TTextEdits& edits) : text_(bytes, edits) {}

@@ -12,14 +12,30 @@
 
 namespace kx {
 
-// One action as it was read: its element, and the texts that its properties had then. Values that are
-// computed or that must not be written are left out.
+// The texts of an action's properties. Values that are computed or that must not be written are left out.
+class TPropertyTexts {
+public:
+  // Those of an untouched action of the node's type.
+  explicit TPropertyTexts(const TActionNode& node);
+  // Those of the node; what it has in common with `defaults` is kept there alone.
+  TPropertyTexts(const TActionNode& node, const TPropertyTexts& defaults);
+
+  const std::u16string* Find(const TKxPublishedProperty& property) const; // null for one that is left out
+
+private:
+  const TPropertyTexts* defaults_ = nullptr;
+  std::map<const TKxPublishedProperty*, std::u16string> texts_;
+};
+
+// One action as it was read: its element, and the texts that its properties had then. The defaults outlive
+// it.
 struct TActionSource {
-  TActionSource(const TActionNode& node, const TProjectElement& element);
+  TActionSource(const TActionNode& node, const TProjectElement& element, const TPropertyTexts& defaults)
+      : Node(&node), Element(&element), Baseline(node, defaults) {}
 
   const TActionNode* Node;
   const TProjectElement* Element;
-  std::map<const TKxPublishedProperty*, std::u16string> Baseline;
+  TPropertyTexts Baseline;
   std::set<const TKxPublishedProperty*> Edited =
       {}; // by the user: lists, and texts without their references, count too
 };

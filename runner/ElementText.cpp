@@ -4,6 +4,8 @@
 #include "text/Encoding.h"
 #include "text/Text.h"
 
+#include <algorithm>
+
 namespace kx {
 
 namespace {
@@ -33,10 +35,19 @@ std::string TElementText::Escaped(std::u16string_view text) const {
   return text::ToUtf8(text::ReplaceAll(escaped, u"\n", text::FromAscii(lineEnd_)));
 }
 
+std::optional<std::size_t> TElementText::BlankLineStart(std::size_t at) const {
+  const std::size_t last = at == 0 ? npos : bytes_.find_last_not_of(" \t\r", at - 1);
+  if (last == npos) return 0;
+  return bytes_[last] == '\n' ? std::optional(last + 1) : std::nullopt;
+}
+
+std::size_t TElementText::BehindBlanks(std::size_t at) const {
+  return std::min(bytes_.find_first_not_of(" \t\r", at), bytes_.size());
+}
+
 std::string TElementText::IndentOf(const TProjectElement& element) const {
-  const std::string_view before = bytes_.substr(0, element.Whole.Begin);
-  const std::string_view line = before.substr(before.rfind('\n') + 1);
-  return IsBlankText(line) ? std::string(line) : std::string();
+  const std::optional<std::size_t> line = BlankLineStart(element.Whole.Begin);
+  return line ? std::string(bytes_.substr(*line, element.Whole.Begin - *line)) : std::string();
 }
 
 std::string TElementText::ChildIndent(const TProjectElement& parent) const {
@@ -47,23 +58,21 @@ std::string TElementText::ChildIndent(const TProjectElement& parent) const {
 
 void TElementText::Remove(const TProjectElement& element) {
   TByteSpan span = element.Whole;
-  const std::string_view before = bytes_.substr(0, span.Begin);
-  const std::size_t lineBreak = before.rfind('\n');
-  const std::string_view behind = bytes_.substr(span.End, bytes_.find('\n', span.End) - span.End);
-  if (lineBreak != npos && IsBlankText(before.substr(lineBreak + 1)) && IsBlankText(behind))
-    span.Begin = lineBreak - (lineBreak > 0 && bytes_[lineBreak - 1] == '\r' ? 1 : 0);
+  const auto line = BlankLineStart(span.Begin);
+  const std::size_t next = BehindBlanks(span.End);
+  if (line && *line > 0 && (next == bytes_.size() || bytes_[next] == '\n'))
+    span.Begin = *line - (*line > 1 && bytes_[*line - 2] == '\r' ? 2 : 1);
   edits_.Replace(span, {});
 }
 
 std::size_t TElementText::EndOfLineBehind(const TProjectElement& element) const {
   const std::size_t at = element.Whole.End;
-  std::string_view rest = bytes_.substr(at, bytes_.find('\n', at) - at);
-  while (!rest.empty() && IsBlankText(rest.substr(rest.size() - 1)))
-    rest.remove_suffix(1);
-  const std::size_t comment = rest.find_first_not_of(" \t");
-  const bool isComment =
-      comment != npos && rest.substr(comment).starts_with("<!--") && rest.find("-->") == rest.size() - 3;
-  return at + (isComment ? rest.size() : 0);
+  const std::size_t comment = BehindBlanks(at);
+  if (!bytes_.substr(comment).starts_with("<!--")) return at;
+  const std::size_t end = bytes_.find("-->", comment);
+  if (end == npos || bytes_.substr(comment, end - comment).find('\n') != npos) return at;
+  const std::size_t behind = BehindBlanks(end + 3);
+  return behind == bytes_.size() || bytes_[behind] == '\n' ? end + 3 : at;
 }
 
 void TElementText::InsertInto(const TProjectElement& parent, const TProjectElement* last,

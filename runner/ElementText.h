@@ -4,6 +4,7 @@
 #include "runner/ProjectXml.h"
 #include "runner/TextEdits.h"
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -34,6 +35,11 @@ public:
   std::string Escaped(std::u16string_view text) const;
 
 private:
+  // Where the line begins whose blanks end at `at`; nothing where something else stands in front of it. Looks
+  // no further than at blanks: a whole file may be one line.
+  std::optional<std::size_t> BlankLineStart(std::size_t at) const;
+  std::size_t BehindBlanks(std::size_t at) const;
+
   std::string_view bytes_;
   TTextEdits& edits_;
   std::string lineEnd_;

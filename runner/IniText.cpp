@@ -43,6 +43,10 @@ std::u16string_view TIniText::TLine::RawValue() const {
   return text::Trim(std::u16string_view(Text).substr(ValueAt));
 }
 
+bool TIniText::TLine::IsOfSection() const {
+  return !Key.empty() || text::TrimLeft(Text).starts_with(u'[');
+}
+
 // What is wrong with the line, or null.
 const char16_t* TIniText::Read(TLine& line, std::u16string& section) {
   const std::u16string_view content = text::Trim(line.Text);
@@ -67,7 +71,7 @@ const char16_t* TIniText::Read(TLine& line, std::u16string& section) {
 }
 
 void TIniText::Parse(std::u16string_view text, std::u16string_view fileName) {
-  lines_.clear();
+  *this = {};
   std::u16string section;
   while (!text.empty()) {
     const std::size_t feed = text.find(u'\n');
@@ -79,7 +83,7 @@ void TIniText::Parse(std::u16string_view text, std::u16string_view fileName) {
     line.End = text.substr(end, next - end);
     if (const char16_t* wrong = Read(line, section))
       RefuseFile(fileName, static_cast<int>(lines_.size()) + 1, wrong);
-    lines_.push_back(std::move(line));
+    Note(lines_.insert(lines_.end(), std::move(line)));
     text.remove_prefix(next);
   }
 }
@@ -91,84 +95,90 @@ std::u16string TIniText::Text() const {
   return text;
 }
 
-std::size_t TIniText::Find(std::u16string_view section, std::u16string_view key) const {
-  const auto found = std::ranges::find_if(lines_, [&](const TLine& line) {
-    return !line.Key.empty() && text::EqualsIgnoreCase(line.Section, section) &&
-           text::EqualsIgnoreCase(line.Key, key);
-  });
-  return static_cast<std::size_t>(found - lines_.begin());
+const TIniText::TSection* TIniText::FindSection(std::u16string_view name) const {
+  const auto found = sections_.find(name);
+  return found == sections_.end() ? nullptr : &found->second;
+}
+
+TIniText::TLines::iterator* TIniText::Find(std::u16string_view section, std::u16string_view key) {
+  const auto in = sections_.find(section);
+  if (in == sections_.end()) return nullptr;
+  const auto found = in->second.ByKey.find(key);
+  return found == in->second.ByKey.end() ? nullptr : &found->second;
+}
+
+void TIniText::Note(TLines::iterator line) {
+  if (!line->IsOfSection()) return;
+  const auto [section, isNew] = sections_.try_emplace(line->Section);
+  if (isNew) names_.push_back(line->Section);
+  section->second.Last = line;
+  if (line->Key.empty()) return;
+  section->second.Values.push_back(line);
+  section->second.ByKey.try_emplace(line->Key, line);
 }
 
 std::optional<std::u16string> TIniText::Get(std::u16string_view section, std::u16string_view key) const {
-  const std::size_t at = Find(section, key);
-  if (at == lines_.size()) return std::nullopt;
-  const std::u16string_view value = lines_[at].RawValue();
+  const TSection* in = FindSection(section);
+  if (in == nullptr) return std::nullopt;
+  const auto found = in->ByKey.find(key);
+  if (found == in->ByKey.end()) return std::nullopt;
+  const std::u16string_view value = found->second->RawValue();
   return std::u16string(IsQuoted(value) ? value.substr(1, value.size() - 2) : value);
 }
 
-std::size_t TIniText::EndOfSection(std::u16string_view section) const {
-  std::size_t end = 0;
-  for (std::size_t i = 0; i < lines_.size(); ++i) {
-    const bool counts = !lines_[i].Key.empty() || text::Trim(lines_[i].Text).starts_with(u'[');
-    if (counts && text::EqualsIgnoreCase(lines_[i].Section, section)) end = i + 1;
-  }
-  return end;
-}
-
-void TIniText::Insert(std::size_t at, TLine line) {
+TIniText::TLines::iterator TIniText::Insert(TLines::iterator before, TLine line) {
   const std::u16string end = lines_.empty() || lines_.front().End.empty() ? u"\n" : lines_.front().End;
-  if (at > 0 && lines_[at - 1].End.empty()) lines_[at - 1].End = end;
+  if (before != lines_.begin())
+    if (auto& above = std::prev(before)->End; above.empty()) above = end;
   line.End = end;
-  lines_.insert(lines_.begin() + static_cast<std::ptrdiff_t>(at), std::move(line));
+  return lines_.insert(before, std::move(line));
 }
 
 void TIniText::AddSection(std::u16string_view section) {
   const std::u16string name(section);
   if (!lines_.empty() && !text::Trim(lines_.back().Text).empty())
-    Insert(lines_.size(), {{}, {}, lines_.back().Section, {}, 0});
-  Insert(lines_.size(), {u"[" + name + u"]", {}, name, {}, 0});
+    Insert(lines_.end(), {{}, {}, lines_.back().Section, {}, 0});
+  Note(Insert(lines_.end(), {u"[" + name + u"]", {}, name, {}, 0}));
 }
 
 void TIniText::Set(std::u16string_view section, std::u16string_view key, std::u16string_view value) {
   RequireWritable(section, key, value);
   if (Get(section, key) == value) return;
-  if (const std::size_t at = Find(section, key); at != lines_.size()) {
-    TLine& line = lines_[at];
+  if (const auto* found = Find(section, key)) {
+    TLine& line = **found;
     line.Text = line.Text.substr(0, line.ValueAt) + Written(value);
     return;
   }
-  if (EndOfSection(section) == 0) AddSection(section);
+  if (FindSection(section) == nullptr) AddSection(section);
   TLine line;
   line.Section = section;
   line.Key = key;
   line.ValueAt = key.size() + 1;
   line.Text = line.Key + u"=" + Written(value);
-  Insert(EndOfSection(section), std::move(line));
+  Note(Insert(std::next(FindSection(section)->Last), std::move(line)));
 }
 
 void TIniText::Remove(std::u16string_view section, std::u16string_view key) {
-  if (const std::size_t at = Find(section, key); at != lines_.size())
-    lines_.erase(lines_.begin() + static_cast<std::ptrdiff_t>(at));
-}
-
-std::vector<std::u16string> TIniText::Sections() const {
-  std::vector<std::u16string> names;
-  for (const TLine& line : lines_) {
-    const auto same = [&line](std::u16string_view name) {
-      return text::EqualsIgnoreCase(name, line.Section);
-    };
-    if (!line.Section.empty() && std::ranges::none_of(names, same)) names.push_back(line.Section);
-  }
-  return names;
+  const auto* found = Find(section, key);
+  if (found == nullptr) return;
+  const TLines::iterator line = *found;
+  TSection& in = sections_.find(section)->second;
+  in.ByKey.erase(in.ByKey.find(key));
+  std::erase(in.Values, line);
+  for (const TLines::iterator other : in.Values)
+    if (text::EqualsIgnoreCase(other->Key, key)) in.ByKey.try_emplace(other->Key, other);
+  // Its first header stands before all of its values.
+  while (in.Last == line || !in.Last->IsOfSection() || !text::EqualsIgnoreCase(in.Last->Section, section))
+    --in.Last;
+  lines_.erase(line);
 }
 
 std::vector<std::u16string> TIniText::Keys(std::u16string_view section) const {
   std::vector<std::u16string> keys;
-  for (const TLine& line : lines_) {
-    const auto same = [&line](std::u16string_view key) { return text::EqualsIgnoreCase(key, line.Key); };
-    if (line.Key.empty() || !text::EqualsIgnoreCase(line.Section, section)) continue;
-    if (std::ranges::none_of(keys, same)) keys.push_back(line.Key);
-  }
+  const TSection* in = FindSection(section);
+  if (in == nullptr) return keys;
+  for (const TLines::iterator line : in->Values)
+    if (in->ByKey.find(line->Key)->second == line) keys.push_back(line->Key);
   return keys;
 }
 

@@ -5,16 +5,24 @@
 // counts. A value in double quotes keeps the blanks at its ends.
 #pragma once
 
+#include "text/Text.h"
+
 #include <cstddef>
+#include <list>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace kx {
 
 class TIniText {
 public:
+  TIniText() = default;
+  TIniText(TIniText&&) = default; // the sections point into the lines, which keep their places
+  TIniText& operator=(TIniText&&) = default;
+
   // Raises EKxParseError with the line and what is wrong with it; `fileName` is only named.
   void Parse(std::u16string_view text, std::u16string_view fileName);
   std::u16string Text() const; // exactly what was parsed, but for the changes made since
@@ -25,7 +33,8 @@ public:
   void Set(std::u16string_view section, std::u16string_view key, std::u16string_view value);
   void Remove(std::u16string_view section, std::u16string_view key);
 
-  std::vector<std::u16string> Sections() const; // each once, in the order of the file
+  // Each once, in the order of the file.
+  const std::vector<std::u16string>& Sections() const { return names_; }
   std::vector<std::u16string> Keys(std::u16string_view section) const;
 
 private:
@@ -36,14 +45,29 @@ private:
     std::u16string Key;      // empty unless the line sets a value
     std::size_t ValueAt = 0; // where the value begins in Text
     std::u16string_view RawValue() const;
+    bool IsOfSection() const; // its header or one of its values
   };
+  using TLines = std::list<TLine>;
+  template <typename T>
+  using TByName = std::unordered_map<std::u16string, T, text::IgnoreCaseHash, text::IgnoreCaseEqual>;
+
+  // What a section's headers hold together, so that neither a reader nor a writer goes through all lines.
+  struct TSection {
+    TLines::iterator Last;                // its last value or header
+    std::vector<TLines::iterator> Values; // in the order of the file
+    TByName<TLines::iterator> ByKey;      // the first of each key
+  };
+
   static const char16_t* Read(TLine& line, std::u16string& section);
-  std::size_t Find(std::u16string_view section, std::u16string_view key) const; // lines_.size(): not there
-  std::size_t EndOfSection(std::u16string_view section) const; // behind its last value; 0: no such section
-  void Insert(std::size_t at, TLine line);
+  const TSection* FindSection(std::u16string_view name) const;
+  TLines::iterator* Find(std::u16string_view section, std::u16string_view key);
+  void Note(TLines::iterator line); // in its section
+  TLines::iterator Insert(TLines::iterator before, TLine line);
   void AddSection(std::u16string_view section);
 
-  std::vector<TLine> lines_;
+  TLines lines_;
+  TByName<TSection> sections_;
+  std::vector<std::u16string> names_; // of the sections, in the order of the file
 };
 
 } // namespace kx

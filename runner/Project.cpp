@@ -30,13 +30,12 @@ std::vector<const TKxPublishedProperty*> CollectProperties(const TCustomKxAction
   return properties;
 }
 
-template <typename TMatch>
-TActionNode* FindIn(const std::vector<std::unique_ptr<TActionNode>>& nodes, const TMatch& matches) {
+// In the order of the project; the first of a name is the one that is meant.
+void CollectNames(const std::vector<std::unique_ptr<TActionNode>>& nodes, TByName<TActionNode*>& names) {
   for (const auto& node : nodes) {
-    if (matches(*node)) return node.get();
-    if (TActionNode* inside = FindIn(node->Children(), matches)) return inside;
+    names.try_emplace(node->Name(), node.get());
+    CollectNames(node->Children(), names);
   }
-  return nullptr;
 }
 
 } // namespace
@@ -62,6 +61,25 @@ TProjectVariable TProjectVariable::Parse(std::u16string_view assignment) {
   return {std::u16string(assignment.substr(0, equals)), WithHostLineEnds(assignment.substr(equals + 1))};
 }
 
+TProjectVariables::TProjectVariables(std::initializer_list<TProjectVariable> variables) {
+  for (const auto& variable : variables)
+    Set(variable);
+}
+
+void TProjectVariables::Set(TProjectVariable variable) {
+  const auto [place, isNew] = places_.try_emplace(variable.Name, variables_.size());
+  if (isNew) {
+    variables_.push_back(std::move(variable));
+  } else {
+    variables_[place->second] = std::move(variable);
+  }
+}
+
+const TProjectVariable* TProjectVariables::Find(std::u16string_view name) const {
+  const auto found = places_.find(name);
+  return found == places_.end() ? nullptr : &variables_[found->second];
+}
+
 std::optional<std::u16string> TProjectPropertySet::GetValue(std::u16string_view name) const {
   const auto found = values_.find(name);
   return found == values_.end() ? std::nullopt : std::optional(found->second);
@@ -72,15 +90,14 @@ bool TProjectPropertySet::Add(std::u16string_view name, std::u16string_view valu
 }
 
 bool TProjectPropertySets::Add(std::shared_ptr<TProjectPropertySet> set) {
-  if (Find(set->GetName()) != nullptr) return false;
-  sets_.push_back(std::move(set));
-  return true;
+  const bool isNew = byName_.try_emplace(set->GetName(), set).second;
+  if (isNew) sets_.push_back(std::move(set));
+  return isNew;
 }
 
 std::shared_ptr<const IPropertySet> TProjectPropertySets::Find(std::u16string_view name) const {
-  const auto found = std::ranges::find_if(
-      sets_, [name](const auto& set) { return text::EqualsIgnoreCase(set->GetName(), name); });
-  return found == sets_.end() ? nullptr : *found;
+  const auto found = byName_.find(name);
+  return found == byName_.end() ? nullptr : found->second;
 }
 
 text::TStringList TProjectPropertySets::GetNames(TPropertySetKind kind) const {
@@ -90,14 +107,33 @@ text::TStringList TProjectPropertySets::GetNames(TPropertySetKind kind) const {
   return names;
 }
 
-TActionNode::TActionNode(const TRegisteredAction& type, IKxActionHost& host)
-    : type_(type), action_(type.Class->Create()), iterator_(dynamic_cast<TKxBaseIterator*>(action_.get())) {
+void TActionIndex::Add(TActionNode& node) {
+  nodes_.emplace(&node.Action(), &node);
+  ForgetNames();
+}
+
+TActionNode* TActionIndex::Find(const TCustomKxAction& action) const {
+  const auto found = nodes_.find(&action);
+  return found == nodes_.end() ? nullptr : found->second;
+}
+
+TActionNode* TActionIndex::FindNamed(std::u16string_view name,
+                                     const std::vector<std::unique_ptr<TActionNode>>& roots) const {
+  if (byName_.empty()) CollectNames(roots, byName_);
+  const auto found = byName_.find(name);
+  return found == byName_.end() ? nullptr : found->second;
+}
+
+TActionNode::TActionNode(const TRegisteredAction& type, IKxActionHost& host, TActionIndex& index)
+    : type_(type), index_(index), action_(type.Class->Create()),
+      iterator_(dynamic_cast<TKxBaseIterator*>(action_.get())) {
   action_->Attach(host);
   properties_ = CollectProperties(*action_, iterator_ != nullptr);
 }
 
 void TActionNode::SetName(std::u16string_view name) {
   name_ = name;
+  index_.ForgetNames();
   action_->SetDescription(name);
 }
 
@@ -139,16 +175,17 @@ TActionNode& TProject::AddAction(std::u16string_view type, TActionNode* parent) 
   if (parent != nullptr && parent->Iterator() == nullptr)
     throw EKxException(u"The action " + parent->Type().Identifier + u" is no loop and cannot hold actions.");
   auto& siblings = parent != nullptr ? parent->children_ : actions_;
-  return *siblings.emplace_back(std::make_unique<TActionNode>(registered, host_));
+  TActionNode& node = *siblings.emplace_back(std::make_unique<TActionNode>(registered, host_, index_));
+  index_.Add(node);
+  return node;
 }
 
 TActionNode* TProject::FindNode(const TCustomKxAction& action) const {
-  return FindIn(actions_, [&action](const TActionNode& node) { return &node.Action() == &action; });
+  return index_.Find(action);
 }
 
 TActionNode* TProject::FindNamed(std::u16string_view name) const {
-  return FindIn(actions_,
-                [name](const TActionNode& node) { return text::EqualsIgnoreCase(node.Name(), name); });
+  return index_.FindNamed(name, actions_);
 }
 
 } // namespace kx

@@ -4,22 +4,47 @@
 #include "host/Iterator.h"
 #include "runner/ServiceRegistry.h"
 #include "runner/VerdictRules.h"
+#include "text/Text.h"
 
+#include <initializer_list>
 #include <map>
 #include <memory>
 #include <optional>
 #include <set>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace kx {
+
+template <typename T>
+using TByName = std::unordered_map<std::u16string, T, text::IgnoreCaseHash, text::IgnoreCaseEqual>;
 
 struct TProjectVariable {
   std::u16string Name;
   std::u16string Value; // may hold references to others
 
   static TProjectVariable Parse(std::u16string_view assignment); // "NAME=VALUE"; raises EKxException
+};
+
+// In their order, and found by name without regard to letter case.
+class TProjectVariables {
+public:
+  TProjectVariables() = default;
+  TProjectVariables(std::initializer_list<TProjectVariable> variables);
+
+  void Set(TProjectVariable variable);                          // takes the place of one that has its name
+  const TProjectVariable* Find(std::u16string_view name) const; // null when there is none
+
+  std::size_t size() const { return variables_.size(); }
+  auto begin() const { return variables_.begin(); }
+  auto end() const { return variables_.end(); }
+  const TProjectVariable& operator[](std::size_t index) const { return variables_[index]; }
+
+private:
+  std::vector<TProjectVariable> variables_;
+  TByName<std::size_t> places_;
 };
 
 // Texts of a project are the host's own: their lines end with CR LF. XML and command lines give them with LF.
@@ -47,7 +72,10 @@ public:
 
 private:
   std::vector<std::shared_ptr<TProjectPropertySet>> sets_;
+  TByName<std::shared_ptr<TProjectPropertySet>> byName_;
 };
+
+class TActionNode;
 
 // Accepted where the user writes it, but only its encrypted twin is kept.
 bool IsClearSecret(const TKxPublishedProperty& property);
@@ -59,11 +87,26 @@ enum class TOnFailure {
   Ignore,   // the action counts as passed over
 };
 
+// Finds the actions of a project, however many they are.
+class TActionIndex {
+public:
+  void Add(TActionNode& node);
+  void ForgetNames() { byName_.clear(); }
+  TActionNode* Find(const TCustomKxAction& action) const;
+  // `roots` are the actions of the project.
+  TActionNode* FindNamed(std::u16string_view name,
+                         const std::vector<std::unique_ptr<TActionNode>>& roots) const;
+
+private:
+  std::unordered_map<const TCustomKxAction*, TActionNode*> nodes_;
+  mutable TByName<TActionNode*> byName_; // empty: to be made
+};
+
 // One action of a project with what the project says about it. Owns the action and its children.
 class TActionNode {
 public:
-  // Makes the action and attaches it to the host, which outlives it.
-  TActionNode(const TRegisteredAction& type, IKxActionHost& host);
+  // Makes the action and attaches it to the host, which outlives it, as the index does.
+  TActionNode(const TRegisteredAction& type, IKxActionHost& host, TActionIndex& index);
   TActionNode(const TActionNode&) = delete;
   TActionNode& operator=(const TActionNode&) = delete;
 
@@ -89,6 +132,7 @@ public:
 private:
   friend class TProject;
   const TRegisteredAction& type_;
+  TActionIndex& index_;
   std::unique_ptr<TCustomKxAction> action_;
   TKxBaseIterator* iterator_;
   std::vector<const TKxPublishedProperty*> properties_;
@@ -106,7 +150,7 @@ public:
 
   std::u16string Name;
   std::u16string FileName; // full path; empty for a project that was made in memory
-  std::vector<TProjectVariable> Variables;
+  TProjectVariables Variables;
   TProjectPropertySets PropertySets;
   TRuleSettings Rules;
 
@@ -124,6 +168,7 @@ public:
 private:
   const TServiceRegistry& services_;
   IKxActionHost& host_;
+  TActionIndex index_;
   std::vector<std::unique_ptr<TActionNode>> actions_;
 };
 

@@ -8,7 +8,8 @@
 #include "runner/ProjectXml.h"
 #include "text/WindowsPath.h"
 
-#include <algorithm>
+#include <map>
+#include <unordered_map>
 
 namespace kx {
 
@@ -22,7 +23,9 @@ struct TProjectFile::TState {
     const TProjectElement* list = ActionsOf(holder);
     if (list == nullptr) return;
     for (std::size_t i = 0; i < list->Children.size(); ++i) {
-      Sources.emplace_back(*nodes[i], list->Children[i]);
+      const auto& defaults = Defaults.try_emplace(&nodes[i]->Type(), *nodes[i]).first->second;
+      Places.emplace(nodes[i].get(), Sources.size());
+      Sources.emplace_back(*nodes[i], list->Children[i], defaults);
       Bind(nodes[i]->Children(), list->Children[i]);
     }
   }
@@ -31,6 +34,7 @@ struct TProjectFile::TState {
     Bytes = std::move(bytes);
     Root = std::move(root);
     Sources.clear();
+    Places.clear();
     Bind(Project.Actions(), Root);
   }
 
@@ -38,8 +42,7 @@ struct TProjectFile::TState {
   std::vector<const TActionNode*> Added(const TNodes& nodes) const {
     std::vector<const TActionNode*> added;
     for (const auto& node : nodes)
-      if (std::ranges::find(Sources, node.get(), &TActionSource::Node) == Sources.end())
-        added.push_back(node.get());
+      if (!Places.contains(node.get())) added.push_back(node.get());
     return added;
   }
 
@@ -47,6 +50,8 @@ struct TProjectFile::TState {
   std::string Bytes;
   TProjectElement Root;
   std::vector<TActionSource> Sources;
+  std::unordered_map<const TActionNode*, std::size_t> Places; // in Sources
+  std::map<const TRegisteredAction*, TPropertyTexts> Defaults;
 };
 
 TProjectFile::TProjectFile(TProject& project) : state_(std::make_unique<TState>(project)) {}
@@ -67,8 +72,8 @@ void TProjectFile::LoadBytes(std::string bytes, std::u16string_view fileName) {
 }
 
 void TProjectFile::NoteEdited(const TActionNode& node, const TKxPublishedProperty& property) {
-  const auto source = std::ranges::find(state_->Sources, &node, &TActionSource::Node);
-  if (source != state_->Sources.end()) source->Edited.insert(&property);
+  const auto place = state_->Places.find(&node);
+  if (place != state_->Places.end()) state_->Sources[place->second].Edited.insert(&property);
 }
 
 std::string TProjectFile::Text() const {

@@ -102,7 +102,7 @@ private:
         Refuse(element,
                u"The variable name " + Quoted(name) + u" may hold only letters, digits, \"_\" and \".\".");
       if (!seen.insert(name).second) Refuse(element, u"The variable " + Quoted(name) + u" stands twice.");
-      project_.Variables.push_back({name, WithHostLineEnds(element.Text)});
+      project_.Variables.Set({name, WithHostLineEnds(element.Text)});
     }
   }
 

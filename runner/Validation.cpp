@@ -6,6 +6,7 @@
 #include "runner/References.h"
 
 #include <algorithm>
+#include <set>
 
 namespace kx {
 
@@ -17,15 +18,17 @@ class TValidationCollector : public IKxActionValidationError, public IKxForeseen
 public:
   TValidationCollector(const TServiceRegistry& services, const TActionNode& node, TValidationEntries& entries,
                        bool othersBefore = false)
-      : services_(services), node_(node), entries_(entries), othersBefore_(othersBefore) {}
+      : services_(services), node_(node), entries_(entries), othersBefore_(othersBefore) {
+    for (auto entry = entries.rbegin(); entry != entries.rend() && entry->Node == &node; ++entry)
+      said_.emplace(entry->Page, entry->Message);
+  }
 
   bool MayMakeFilesBefore() const override { return othersBefore_; }
 
   void Add(std::u16string_view page, std::u16string_view message, TKxOptionsObject* options) override {
     TValidationEntry entry{node_.DisplayName(), std::u16string(page), std::u16string(message),
                            ClassOf(options), &node_};
-    const auto isSame = [&entry](const TValidationEntry& other) { return entry.IsSame(other); };
-    if (std::ranges::none_of(entries_, isSame)) entries_.push_back(std::move(entry));
+    if (said_.emplace(entry.Page, entry.Message).second) entries_.push_back(std::move(entry));
   }
 
 private:
@@ -40,6 +43,7 @@ private:
   const TActionNode& node_;
   TValidationEntries& entries_;
   bool othersBefore_;
+  std::set<std::pair<std::u16string, std::u16string>> said_; // of the node: page and message
 };
 
 void LookAheadOf(const TActionNode& node, TValidationCollector& errors) {
@@ -106,11 +110,9 @@ private:
 
   void CheckNode(const TActionNode& node) {
     ValidateAction(project_.Services(), node, entries_);
-    const auto isOther = [&node](const TActionNode* other) {
-      return other->Iterator() == nullptr && other->Type().Class != node.Type().Class;
-    };
-    TValidationCollector errors(project_.Services(), node, entries_, std::ranges::any_of(before_, isOther));
-    before_.push_back(&node);
+    const std::size_t sameBefore = before_.count(node.Type().Class);
+    TValidationCollector errors(project_.Services(), node, entries_, before_.size() > sameBefore);
+    if (node.Iterator() == nullptr) before_.insert(node.Type().Class);
     CheckLoop(node, errors);
     for (const auto* property : node.Properties())
       CheckTexts(node, *property, errors);
@@ -151,7 +153,7 @@ private:
   const TExpressionEngine& expressions_;
   TValidationEntries entries_;
   std::vector<std::u16string> loopVariables_; // of the loops around
-  std::vector<const TActionNode*> before_;    // in the order of the run
+  std::set<const TKxActionClass*> before_;    // of the actions, loops apart, that run earlier
 };
 
 // Several actions may change one file; it is named once for each.
@@ -167,10 +169,6 @@ void CheckFiles(const TNodes& nodes, std::vector<TValidationNote>& notes) {
 }
 
 } // namespace
-
-bool TValidationEntry::IsSame(const TValidationEntry& other) const {
-  return Node == other.Node && Page == other.Page && Message == other.Message;
-}
 
 void ValidateAction(const TServiceRegistry& services, const TActionNode& node, TValidationEntries& entries) {
   TValidationCollector collector(services, node, entries);

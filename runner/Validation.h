@@ -15,9 +15,6 @@ struct TValidationEntry {
   std::u16string Message;
   const TKxOptionsClass* Options = nullptr; // the options that mend it, when the action knows
   const TActionNode* Node = nullptr;        // the action; null where it is the project's own
-
-  // Wherever it is; a field may have several.
-  bool IsSame(const TValidationEntry& other) const;
 };
 
 using TValidationEntries = std::vector<TValidationEntry>;

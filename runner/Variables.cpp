@@ -11,26 +11,18 @@ namespace {
 constexpr std::u16string_view ProjectDirName = u"ProjectDir";
 constexpr std::u16string_view ProjectFileName = u"ProjectFile";
 
-const TProjectVariable* FindNamed(const std::vector<TProjectVariable>& variables, std::u16string_view name,
-                                  bool last) {
-  const TProjectVariable* found = nullptr;
-  for (const auto& variable : variables)
-    if (text::EqualsIgnoreCase(variable.Name, name) && (found == nullptr || last)) found = &variable;
-  return found;
-}
-
 } // namespace
 
 TVariables::TVariables(const TProject& project, std::vector<TProjectVariable> commandLine)
-    : project_(project), commandLine_(std::move(commandLine)) {}
+    : project_(project) {
+  for (auto& variable : commandLine)
+    commandLine_.Set(std::move(variable)); // the last word holds
+}
 
 std::optional<TVariableValue> TVariables::Find(std::u16string_view name) const {
   if (const auto set = run_.find(name); set != run_.end()) return TVariableValue{set->second, false};
-  // On a command line the last word holds.
-  if (const auto* variable = FindNamed(commandLine_, name, true))
-    return TVariableValue{variable->Value, true};
-  if (const auto* variable = FindNamed(project_.Variables, name, false))
-    return TVariableValue{variable->Value, true};
+  for (const auto* variables : {&commandLine_, &project_.Variables})
+    if (const auto* variable = variables->Find(name)) return TVariableValue{variable->Value, true};
   if (text::EqualsIgnoreCase(name, ProjectDirName)) return TVariableValue{project_.Directory(), false};
   if (text::EqualsIgnoreCase(name, ProjectFileName)) return TVariableValue{project_.FileName, false};
   return std::nullopt;

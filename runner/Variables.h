@@ -48,7 +48,7 @@ public:
 
 private:
   const TProject& project_;
-  std::vector<TProjectVariable> commandLine_;
+  TProjectVariables commandLine_;
   std::map<std::u16string, std::u16string, text::IgnoreCaseLess> run_;
 };
 

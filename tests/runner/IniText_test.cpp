@@ -44,6 +44,8 @@ TEST(IniText, ChangesOnlyWhatIsSet) {
        u"[S]\r\nK=1\r\nL=2\r\n; tail\r\n\r\n[T]\r\n"},
       {"a last line without end gets one", u"[S]\nK=1", u"S", u"L", u"2", u"[S]\nK=1\nL=2\n"},
       {"of two equal keys the first counts", u"[S]\nK=1\nK=2\n", u"S", u"K", u"3", u"[S]\nK=3\nK=2\n"},
+      {"a section in pieces grows at its last one", u"[S]\nK=1\n[T]\nL=2\n[s]\n;c\n[T]\n", u"S", u"L", u"3",
+       u"[S]\nK=1\n[T]\nL=2\n[s]\nL=3\n;c\n[T]\n"},
       {"blanks at the ends need quotes", u"[S]\nK=1\n", u"S", u"K", u" a ", u"[S]\nK=\" a \"\n"},
   };
   for (const auto& row : cases) {
@@ -55,6 +57,23 @@ TEST(IniText, ChangesOnlyWhatIsSet) {
     again.Set(row.Section, row.Key, row.Value);
     EXPECT_EQ(again.Text(), ini.Text()) << row.Name << ": not idempotent";
   }
+}
+
+TEST(IniText, KnowsWhereItsSectionsEndWhenValuesGo) {
+  auto ini = Parsed(u"[S]\nK=1\nL=2\nk=3\n[T]\n[S]\nM=4\n");
+  ini.Remove(u"s", u"m");
+  ini.Remove(u"S", u"K");
+  EXPECT_EQ(ini.Get(u"S", u"K"), u"3");
+  EXPECT_EQ(ini.Keys(u"S"), (std::vector<std::u16string>{u"L", u"k"}));
+  ini.Set(u"S", u"N", u"5");
+  EXPECT_EQ(text::ToUtf8(ini.Text()), "[S]\nL=2\nk=3\n[T]\n[S]\nN=5\n");
+  for (const auto* key : {u"k", u"L", u"N"})
+    ini.Remove(u"S", key);
+  EXPECT_EQ(ini.Keys(u"S"), std::vector<std::u16string>());
+  EXPECT_EQ(ini.Sections(), (std::vector<std::u16string>{u"S", u"T"}));
+  ini.Remove(u"S", u"K"); // what is not there
+  ini.Set(u"T", u"K", u"6");
+  EXPECT_EQ(text::ToUtf8(ini.Text()), "[S]\n[T]\nK=6\n[S]\n");
 }
 
 TEST(IniText, ReadsBackEveryValueThatItTakes) {
