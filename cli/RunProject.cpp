@@ -79,29 +79,31 @@ std::string WrittenLine(const char* what, const std::u16string& file) {
 // The files that a run leaves beside its log.
 class TReports {
 public:
-  TReports(const TCommonOptions& options, TProjectRunner& runner) : html_(TitleOf(runner)) {
+  TReports(const TCommonOptions& options, TProjectRunner& runner) {
     if (!options.JUnitFile.empty()) {
       junitFile_ = ReportFile(u"--junit", options.JUnitFile);
-      runner.AddSink(junit_);
+      runner.AddSink(junit_.emplace(text::ExtractFileDir(junitFile_)));
     }
     if (!options.ReportFile.empty()) {
       htmlFile_ = ReportFile(u"--report", options.ReportFile);
-      runner.AddSink(html_);
+      runner.AddSink(html_.emplace(TitleOf(runner), text::ExtractFileDir(htmlFile_)));
     }
   }
 
   // False when one could not be written, which was then said; `lines` gets one for each that was.
-  bool Write(const TRunReport& report, std::string& lines) const {
+  bool Write(const TRunReport& report, std::string& lines) {
+    const auto junit = [this](const platform::PutBytes& put) { return junit_->Write(put); };
+    const auto html = [this, &report](const platform::PutBytes& put) { return html_->Write(report, put); };
     bool written = true;
-    if (!junitFile_.empty()) written &= WriteFile("Unit tests", junitFile_, junit_.Document(), lines);
-    if (!htmlFile_.empty()) written &= WriteFile("Report", htmlFile_, html_.Page(report), lines);
+    if (junit_) written &= WriteFile("Unit tests", junitFile_, junit, lines);
+    if (html_) written &= WriteFile("Report", htmlFile_, html, lines);
     return written;
   }
 
 private:
-  static bool WriteFile(const char* what, const std::u16string& file, const std::string& bytes,
+  static bool WriteFile(const char* what, const std::u16string& file, const platform::WriteContent& content,
                         std::string& lines) {
-    const auto written = platform::SaveFile(file, bytes);
+    const auto written = platform::SaveFileInPieces(file, content);
     if (written) {
       lines += WrittenLine(what, file);
     } else {
@@ -112,8 +114,8 @@ private:
 
   std::u16string junitFile_;
   std::u16string htmlFile_;
-  TJUnitSink junit_;
-  THtmlReport html_;
+  std::optional<TJUnitSink> junit_;
+  std::optional<THtmlReport> html_;
 };
 
 // The same for the log.
@@ -135,7 +137,7 @@ int RunProject(TProjectRunner& runner, THostSession& session, const TCommonOptio
   RequireHarmlessOutput(options, runner, session);
   const auto log = OpenLog(options);
   if (log) runner.AddSink(*log);
-  const TReports reports(options, runner);
+  TReports reports(options, runner);
   if (options.DryRun) Print("Dry run: no tool is started and no file is changed.\n\n");
   TRunReport report;
   {

@@ -25,11 +25,19 @@ bool IsQuote(char16_t c, TAssemblyInfoLanguage language) {
   return c == u'"' || (language == VisualBasic && (c == 0x201C || c == 0x201D || c == 0xFF02));
 }
 
-std::size_t Run(std::u16string_view text, std::size_t at, char16_t c) {
-  std::size_t end = at;
-  while (At(text, end) == c && end < text.size())
-    ++end;
-  return end - at;
+// How many of the character stand there; no more than `most` are counted.
+std::size_t Run(std::u16string_view text, std::size_t at, char16_t c, std::size_t most) {
+  const std::u16string_view there = text.substr(std::min(at, text.size())).substr(0, most);
+  return std::min(there.find_first_not_of(c), there.size());
+}
+
+// F# has no more of them than three.
+std::size_t MostQuotes(TAssemblyInfoLanguage language) {
+  return language == FSharp ? 3 : npos;
+}
+
+bool IsPrefix(char16_t c, TAssemblyInfoLanguage language) {
+  return language != JSharp && (c == u'$' || (c == u'@' && language != VisualBasic));
 }
 
 // How a literal begins.
@@ -62,20 +70,13 @@ std::optional<TOpening> OpenCpp(std::u16string_view text, std::size_t at) {
 std::optional<TOpening> Open(std::u16string_view text, std::size_t at, TAssemblyInfoLanguage language) {
   if (language == Cpp) return OpenCpp(text, at);
   TOpening opening{.Begin = at, .RawEnd = {}};
-  for (; language != JSharp; ++opening.Begin) {
-    const char16_t c = At(text, opening.Begin);
-    if (c == u'$')
-      opening.Interpolated = true;
-    else if (c == u'@' && language != VisualBasic)
-      opening.Verbatim = true;
-    else
-      break;
-  }
+  if (at > 0 && IsPrefix(text[at - 1], language)) return std::nullopt; // it would begin there
+  for (; IsPrefix(At(text, opening.Begin), language); ++opening.Begin)
+    (At(text, opening.Begin) == u'$' ? opening.Interpolated : opening.Verbatim) = true;
   if (!IsQuote(At(text, opening.Begin), language)) return std::nullopt;
   if ((language == CSharp || language == FSharp) && !opening.Verbatim)
-    opening.Quotes = std::max<std::size_t>(Run(text, opening.Begin, u'"'), 1);
+    opening.Quotes = Run(text, opening.Begin, u'"', MostQuotes(language));
   if (opening.Quotes < 3) opening.Quotes = 1;
-  if (language == FSharp) opening.Quotes = std::min<std::size_t>(opening.Quotes, 3);
   opening.Begin += opening.Quotes;
   if (language == VisualBasic) opening.Verbatim = true; // doubled quotation marks, no escapes
   return opening;
@@ -83,9 +84,8 @@ std::optional<TOpening> Open(std::u16string_view text, std::size_t at, TAssembly
 
 TLiteralEnd SkipQuotes(std::u16string_view text, const TOpening& opening, TAssemblyInfoLanguage language) {
   for (std::size_t i = opening.Begin; (i = text.find(u'"', i)) != npos;) {
-    const std::size_t run = Run(text, i, u'"');
-    if (run >= opening.Quotes)
-      return {.At = language == FSharp ? i + opening.Quotes : i + run, .Closed = true};
+    const std::size_t run = Run(text, i, u'"', MostQuotes(language));
+    if (run >= opening.Quotes) return {.At = i + run, .Closed = true};
     i += run;
   }
   return {.At = text.size()};

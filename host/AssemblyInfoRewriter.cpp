@@ -117,10 +117,14 @@ private:
   std::u16string_view Text(const TSourceRange& range) const {
     return text_.substr(range.Begin, range.End - range.Begin);
   }
-  std::u16string Line(std::size_t at) const {
-    const std::u16string_view before = text_.substr(0, at);
-    const auto lines = std::ranges::count(before, u'\n');
-    return text::FromInteger(lines > 0 ? lines + 1 : std::ranges::count(before, u'\r') + 1);
+  // Counts on from the place before, since notes mostly come in the order of the text.
+  std::u16string Line(std::size_t at) {
+    if (at < counted_) counted_ = feeds_ = returns_ = 0;
+    for (; counted_ < at; ++counted_) {
+      feeds_ += text_[counted_] == u'\n' ? 1 : 0;
+      returns_ += text_[counted_] == u'\r' ? 1 : 0;
+    }
+    return text::FromInteger(static_cast<std::int64_t>(feeds_ > 0 ? feeds_ : returns_) + 1);
   }
   void Note(std::u16string text) { rewrite_.Messages.push_back(std::move(text)); }
 
@@ -298,6 +302,9 @@ private:
   TAssemblyInfoValues added_;
   std::vector<TSourceEdit> edits_;
   TAssemblyInfoRewrite rewrite_;
+  std::size_t counted_ = 0; // of the text, for Line
+  std::size_t feeds_ = 0;
+  std::size_t returns_ = 0;
 };
 
 TAssemblyInfoRewrite RewriteOnce(std::string_view bytes, TAssemblyInfoLanguage language,

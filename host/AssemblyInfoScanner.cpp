@@ -82,13 +82,17 @@ private:
   }
   std::size_t EscapeLength(std::size_t at) const { return LengthOfEscape(text_.substr(at), language_); }
   // Behind the name in brackets (Visual Basic) or backquotes (F#) that begins here, else the place itself.
-  std::size_t SkipQuotedName(std::size_t at) const {
+  std::size_t SkipQuotedName(std::size_t at) {
     const bool basic = language_ == VisualBasic && At(at) == u'[';
     const bool fsharp = language_ == FSharp && Starts(u"``");
-    if (!basic && !fsharp) return at;
-    const std::size_t end = text_.find(basic ? u"]" : u"``", at + (basic ? 1 : 2));
-    if (end == std::u16string_view::npos || end > EndOfLine(at)) return at;
-    return end + (basic ? 1 : 2);
+    if ((!basic && !fsharp) || at < unclosedUntil_) return at;
+    const std::u16string_view close = basic ? u"]" : u"``";
+    std::size_t end = at + close.size();
+    while (!LineEnd(end) && !text_.substr(end).starts_with(close))
+      ++end;
+    if (!LineEnd(end)) return end + close.size();
+    unclosedUntil_ = end;
+    return at;
   }
 
   void Step() {
@@ -272,6 +276,7 @@ private:
   std::size_t at_ = 0;
   std::size_t piece_ = 0;
   bool firstOnLine_ = true;
+  std::size_t unclosedUntil_ = 0; // no name in brackets or backquotes ends before
 };
 
 } // namespace

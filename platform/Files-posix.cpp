@@ -1,5 +1,6 @@
 #include "platform/Files.h"
 #include "platform/Posix.h"
+#include "platform/Spool.h"
 
 #include "text/Encoding.h"
 #include "text/Text.h"
@@ -34,14 +35,14 @@ std::string FolderOf(const std::string& native) {
   return slash == 0 ? "/" : native.substr(0, slash);
 }
 
-// Writes everything and makes it durable. The error number, or 0.
-int WriteDurably(int fd, std::string_view bytes) {
+// The error number, or 0.
+int WriteAll(int fd, std::string_view bytes) {
   while (!bytes.empty()) {
     const ssize_t count = write(fd, bytes.data(), bytes.size());
     if (count < 0 && errno != EINTR) return errno;
     if (count > 0) bytes.remove_prefix(static_cast<std::size_t>(count));
   }
-  return fsync(fd) == 0 ? 0 : errno;
+  return 0;
 }
 
 void SyncFolder(const std::string& folder) {
@@ -68,8 +69,11 @@ public:
   int Error() const { return error_; }
   int Handle() const { return file_.Get(); }
 
-  int Write(std::string_view bytes) {
-    const int error = WriteDurably(file_.Get(), bytes);
+  int Write(std::string_view bytes) { return WriteAll(file_.Get(), bytes); }
+
+  // Makes all of it durable.
+  int Finish() {
+    const int error = fsync(file_.Get()) == 0 ? 0 : errno;
     return error != 0 ? error : file_.Close();
   }
 
@@ -117,21 +121,31 @@ int TakeOverOwnerAndMode(int fd, const struct stat& old) {
   return fchmod(fd, old.st_mode & 07777) == 0 ? 0 : errno;
 }
 
-// Without bytes all but the writing is done.
-int Replace(const std::string& target, std::optional<std::string_view> bytes) {
+Status WriteTo(TemporaryFile& file, const WriteContent& content) {
+  return content([&file](std::string_view bytes) -> Status {
+    const int error = file.Write(bytes);
+    return error == 0 ? Status(Done{}) : Failure{Reason(error)};
+  });
+}
+
+// Why it failed, or empty. Without content all but the writing is done.
+std::u16string Replace(const std::string& target, const WriteContent& content) {
   struct stat old {};
   const bool exists = stat(target.c_str(), &old) == 0;
-  if (!exists && errno != ENOENT) return errno;
-  if (const int refusal = exists ? RefusalToReplace(target, old) : 0; refusal != 0) return refusal;
+  if (!exists && errno != ENOENT) return Reason(errno);
+  if (const int refusal = exists ? RefusalToReplace(target, old) : 0; refusal != 0) return Reason(refusal);
 
   TemporaryFile temporary(FolderOf(target), exists ? 0600 : 0666);
   int error = temporary.Error();
   if (error == 0 && exists) error = TakeOverOwnerAndMode(temporary.Handle(), old);
-  if (!bytes) return error;
-  if (error == 0) error = temporary.Write(*bytes);
+  if (error != 0) return Reason(error);
+  if (!content) return {};
+  if (const auto written = WriteTo(temporary, content); !written) return written.Message();
+  error = temporary.Finish();
   if (error == 0) error = temporary.RenameTo(target);
-  if (error == 0) SyncFolder(FolderOf(target));
-  return error;
+  if (error != 0) return Reason(error);
+  SyncFolder(FolderOf(target));
+  return {};
 }
 
 int MakeFolders(const std::string& native) {
@@ -173,6 +187,7 @@ Status CreatePrivateFile(std::u16string_view path, std::string_view bytes) {
   TemporaryFile temporary(FolderOf(*native), 0600);
   error = temporary.Error();
   if (error == 0) error = temporary.Write(bytes);
+  if (error == 0) error = temporary.Finish();
   if (error == 0) error = temporary.LinkAs(*native);
   if (error != 0 && error != EEXIST) return FileFailure(u"create file", path, Reason(error));
   return Done{};
@@ -231,20 +246,20 @@ Status FileReader::Rewind() {
   return FileFailure(u"read file", state_->Path, Reason(errno));
 }
 
-static Status SaveOrCheck(std::u16string_view path, std::optional<std::string_view> bytes) {
+Status SaveFileInPieces(std::u16string_view path, const WriteContent& content) {
   const Result<std::string> native = NativeForWriting(path);
   if (!native) return FileFailure(u"write file", path, native.Message());
-  const int error = Replace(FollowLinks(*native), bytes);
-  if (error != 0) return FileFailure(u"write file", path, Reason(error));
+  const std::u16string refusal = Replace(FollowLinks(*native), content);
+  if (!refusal.empty()) return FileFailure(u"write file", path, refusal);
   return Done{};
 }
 
 Status SaveFile(std::u16string_view path, std::string_view bytes) {
-  return SaveOrCheck(path, bytes);
+  return SaveFileInPieces(path, [bytes](const PutBytes& put) { return put(bytes); });
 }
 
 Status CheckSaveFile(std::u16string_view path) {
-  return SaveOrCheck(path, std::nullopt);
+  return SaveFileInPieces(path, {});
 }
 
 Status CreateDirectories(std::u16string_view path) {

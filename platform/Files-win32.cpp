@@ -1,4 +1,5 @@
 #include "platform/Files.h"
+#include "platform/Spool.h"
 #include "platform/System.h"
 #include "platform/Win32.h"
 
@@ -25,7 +26,7 @@ constexpr std::u16string_view kReadOnly = u"It is read-only";
 using Refusal = std::u16string;
 
 // Writes everything and makes it durable.
-Refusal WriteDurably(HANDLE file, std::string_view bytes) {
+Refusal WriteAll(HANDLE file, std::string_view bytes) {
   constexpr std::size_t most = std::size_t{1} << 30;
   while (!bytes.empty()) {
     DWORD written = 0;
@@ -33,7 +34,7 @@ Refusal WriteDurably(HANDLE file, std::string_view bytes) {
     if (WriteFile(file, bytes.data(), size, &written, nullptr) == FALSE) return Reason(GetLastError());
     bytes.remove_prefix(written);
   }
-  return FlushFileBuffers(file) == FALSE ? Reason(GetLastError()) : Refusal();
+  return {};
 }
 
 // The access rules of a file, as they are read and set.
@@ -90,8 +91,11 @@ public:
 
   const Refusal& Error() const { return error_; }
 
-  Refusal Write(std::string_view bytes) {
-    Refusal refusal = WriteDurably(file_.Get(), bytes);
+  Refusal Write(std::string_view bytes) { return WriteAll(file_.Get(), bytes); }
+
+  // Makes all of it durable.
+  Refusal Finish() {
+    Refusal refusal = FlushFileBuffers(file_.Get()) == FALSE ? Reason(GetLastError()) : Refusal();
     file_.Close();
     return refusal;
   }
@@ -152,8 +156,15 @@ Result<std::wstring> FollowLink(const std::wstring& native, DWORD attributes) {
   return target ? Result(*target) : Failure{Reason(GetLastError())};
 }
 
-// Without bytes all but the writing is done.
-Refusal Replace(const std::wstring& native, std::optional<std::string_view> bytes) {
+Status WriteTo(TemporaryFile& file, const WriteContent& content) {
+  return content([&file](std::string_view bytes) -> Status {
+    Refusal refusal = file.Write(bytes);
+    return refusal.empty() ? Status(Done{}) : Failure{std::move(refusal)};
+  });
+}
+
+// Without content all but the writing is done.
+Refusal Replace(const std::wstring& native, const WriteContent& content) {
   if (IsDevice(native)) return Refusal(kNoRegularFile);
   const DWORD attributes = GetFileAttributesW(native.c_str());
   const bool exists = attributes != INVALID_FILE_ATTRIBUTES;
@@ -166,10 +177,10 @@ Refusal Replace(const std::wstring& native, std::optional<std::string_view> byte
   TemporaryFile temporary(text::ExtractFileDir(FromWide(*target)));
   refusal = temporary.Error();
   if (refusal.empty() && exists) refusal = temporary.TakeOverFrom(*target);
-  if (!bytes) return refusal;
-  if (refusal.empty()) refusal = temporary.Write(*bytes);
-  if (refusal.empty()) refusal = temporary.RenameTo(*target);
-  return refusal;
+  if (!refusal.empty() || !content) return refusal;
+  if (const auto written = WriteTo(temporary, content); !written) return written.Message();
+  refusal = temporary.Finish();
+  return refusal.empty() ? temporary.RenameTo(*target) : refusal;
 }
 
 Refusal MakeFolders(const std::u16string& full) {
@@ -245,14 +256,17 @@ Status FileReader::Rewind() {
   return StatusOf(done ? Refusal() : Reason(GetLastError()), u"read file", state_->Path);
 }
 
-Status SaveFile(std::u16string_view path, std::string_view bytes) {
+Status SaveFileInPieces(std::u16string_view path, const WriteContent& content) {
   const Result<std::wstring> native = ToNative(path);
-  return StatusOf(native ? Replace(*native, bytes) : native.Message(), u"write file", path);
+  return StatusOf(native ? Replace(*native, content) : native.Message(), u"write file", path);
+}
+
+Status SaveFile(std::u16string_view path, std::string_view bytes) {
+  return SaveFileInPieces(path, [bytes](const PutBytes& put) { return put(bytes); });
 }
 
 Status CheckSaveFile(std::u16string_view path) {
-  const Result<std::wstring> native = ToNative(path);
-  return StatusOf(native ? Replace(*native, std::nullopt) : native.Message(), u"write file", path);
+  return SaveFileInPieces(path, {});
 }
 
 Status CreateDirectories(std::u16string_view path) {

@@ -104,12 +104,9 @@ std::string ChartsHtml(const std::vector<TChart>& charts) {
   return html + "</div></section>\n";
 }
 
-std::string TestsHtml(const std::vector<std::u16string>& suites) {
-  if (suites.empty()) return {};
-  std::string html = "<section id=\"tests\"><h2>Unit tests</h2>\n";
-  for (const auto& xml : suites)
-    if (const auto suite = ReadTestSuite(xml)) html += SuiteHtml(*suite);
-  return html + "</section>\n";
+std::string TestsHtml(std::u16string_view suite) {
+  const auto read = ReadTestSuite(suite);
+  return read ? SuiteHtml(*read) : std::string();
 }
 
 } // namespace kx

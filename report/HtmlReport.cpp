@@ -37,11 +37,12 @@ void THtmlReport::On(const TRunEvent& event) {
 
 void THtmlReport::OpenGroup(std::u16string_view title) {
   EndLines(open_.back());
-  open_.push_back({.Title = std::u16string(title)});
+  open_.push_back({.Header = headers_.size(), .Title = std::u16string(title)});
+  headers_.push_back({log_.Size()});
 }
 
 void THtmlReport::EndLines(TOpen& group) {
-  if (group.LineCount > 0) group.Body += "</pre>";
+  if (group.LineCount > 0) log_.Append("</pre>");
   group.LineCount = 0;
 }
 
@@ -55,12 +56,11 @@ void THtmlReport::CloseGroup(TStatusTag status, const std::string& outcome,
   const bool bad = group.HasProblems || IsProblem(status);
   TOpen& outer = open_.back();
   outer.HasProblems = outer.HasProblems || bad;
-  outer.Body += std::string("<details class=\"") + StatusClass(status) + (bad ? " bad\" open>" : "\">") +
-                "<summary><span class=\"title\">" + HtmlText(group.Title) +
-                "</span> <span class=\"outcome\">" + outcome + "</span> <span class=\"time\">" +
-                FormatElapsed(elapsed) + "</span></summary>";
-  outer.Body += group.Body;
-  outer.Body += "</details>\n";
+  headers_[group.Header].Html =
+      std::string("<details class=\"") + StatusClass(status) + (bad ? " bad\" open>" : "\">") +
+      "<summary><span class=\"title\">" + HtmlText(group.Title) + "</span> <span class=\"outcome\">" +
+      outcome + "</span> <span class=\"time\">" + FormatElapsed(elapsed) + "</span></summary>";
+  log_.Append("</details>\n");
 }
 
 void THtmlReport::On(const TActionStarted& action) {
@@ -87,16 +87,17 @@ void THtmlReport::On(const TMessageSent& message) {
   TOpen& group = open_.back();
   if (group.LineCount == LinesPerElement || (group.LineCount > 0 && group.Lines != message.Status))
     EndLines(group);
-  if (group.LineCount == 0) group.Body += std::string("<pre class=\"") + StatusClass(message.Status) + "\">";
+  if (group.LineCount == 0) log_.Append(std::string("<pre class=\"") + StatusClass(message.Status) + "\">");
   group.Lines = message.Status;
   ++group.LineCount;
   group.HasProblems = group.HasProblems || IsProblem(message.Status);
-  group.Body += HtmlText(message.Text) + "\n";
+  log_.Append(HtmlText(message.Text) + "\n");
 }
 
 void THtmlReport::On(const TMetricSent& sent) {
   if (sent.Metric.Category == UnitTestCategory) { // has a section of its own
-    if (const std::u16string* xml = TestSuiteXml(sent.Metric)) suites_.push_back(suiteNames_.Rename(*xml));
+    if (const std::u16string* xml = TestSuiteXml(sent.Metric))
+      tests_.Append(TestsHtml(suiteNames_.Rename(*xml)));
     return;
   }
   const auto* value = std::get_if<std::int64_t>(&sent.Metric.Value);
@@ -109,7 +110,7 @@ void THtmlReport::On(const TMetricSent& sent) {
   chart->Bars.push_back({std::move(label), *value});
 }
 
-std::string THtmlReport::Page(const TRunReport& report) const {
+std::string THtmlReport::HeadHtml(const TRunReport& report) const {
   const std::string title = HtmlText(title_);
   const std::string outcome = WordOf(report.Result);
   std::string page = "<!DOCTYPE html>\n<html lang=\"en\"><head><meta charset=\"utf-8\">"
@@ -126,17 +127,39 @@ std::string THtmlReport::Page(const TRunReport& report) const {
     const auto elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(now_ - *started_);
     page += " after " + FormatElapsed(elapsed) + ", started " + UniversalTime(*started_);
   }
-  page += "</p></header>\n<main>\n" + ResultTableHtml(report) + TestsHtml(suites_) + ChartsHtml(charts_);
-  page += "<section id=\"log\"><h2>Log</h2>\n<p class=\"tools\" hidden><button id=\"problems\" "
-          "aria-pressed=\"false\">"
-          "Only warnings and errors</button> <button id=\"expand\">Open all</button> "
-          "<button id=\"collapse\">Close all</button></p>\n";
-  TOpen log = open_.front();
-  EndLines(log);
-  page += log.Body;
-  page += "</section>\n</main>\n<script>";
-  page += assets::ReportScript;
-  return page + "</script>\n</body></html>\n";
+  return page + "</p></header>\n<main>\n" + ResultTableHtml(report);
+}
+
+platform::Status THtmlReport::WriteLog(const platform::PutBytes& put) const {
+  std::uint64_t at = 0;
+  for (const auto& header : headers_) {
+    if (auto done = log_.CopyTo(put, std::exchange(at, header.At), header.At); !done) return done;
+    if (auto done = put(header.Html); !done) return done;
+  }
+  return log_.CopyTo(put, at, log_.Size());
+}
+
+platform::Status THtmlReport::WriteTests(const platform::PutBytes& put) const {
+  if (tests_.Size() == 0) return platform::Done{};
+  auto done = put("<section id=\"tests\"><h2>Unit tests</h2>\n");
+  if (done) done = tests_.CopyTo(put);
+  return done ? put("</section>\n") : done;
+}
+
+platform::Status THtmlReport::Write(const TRunReport& report, const platform::PutBytes& put) {
+  EndLines(open_.back());
+  auto done = put(HeadHtml(report));
+  if (done) done = WriteTests(put);
+  if (done)
+    done = put(ChartsHtml(charts_) +
+               "<section id=\"log\"><h2>Log</h2>\n<p class=\"tools\" hidden><button id=\"problems\" "
+               "aria-pressed=\"false\">"
+               "Only warnings and errors</button> <button id=\"expand\">Open all</button> "
+               "<button id=\"collapse\">Close all</button></p>\n");
+  if (done) done = WriteLog(put);
+  if (done) done = put("</section>\n</main>\n<script>");
+  if (done) done = put(assets::ReportScript);
+  return done ? put("</script>\n</body></html>\n") : done;
 }
 
 } // namespace kx

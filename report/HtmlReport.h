@@ -3,6 +3,8 @@
 // script.
 #pragma once
 
+#include "platform/Files.h"
+#include "platform/Spool.h"
 #include "runner/TestSuites.h"
 
 #include <cstdint>
@@ -23,20 +25,25 @@ struct TChart {
   std::vector<TChartBar> Bars = {};
 };
 
-// Builds the log while the run goes on; everything else comes from the run's report at the end. The log is
-// kept in memory as the text that it becomes.
+// Builds the log while the run goes on; everything else comes from the run's report at the end. Lines of the
+// log and unit tests, of which there may be millions, wait in the folder as the text that they become.
 class THtmlReport : public IRunEventSink {
 public:
-  explicit THtmlReport(std::u16string_view title) : title_(title) { open_.emplace_back(); }
+  explicit THtmlReport(std::u16string_view title,
+                       const std::u16string& folder = platform::TemporaryDirectory())
+      : title_(title), log_(folder), tests_(folder) {
+    open_.emplace_back();
+  }
 
   void On(const TRunEvent& event) override;
-  std::string Page(const TRunReport& report) const; // UTF-8; call it once the run has ended
+  // UTF-8; call it once the run has ended. Fails when something could not be put aside, or put.
+  platform::Status Write(const TRunReport& report, const platform::PutBytes& put);
 
 private:
   // A group or an action that is being logged. Consecutive lines of one kind share an element, so that a page
   // with hundreds of thousands of lines stays light.
   struct TOpen {
-    std::string Body = {};
+    std::size_t Header = 0; // in headers_
     std::u16string Title;
     TStatusTag Lines = TStatusTag::stNormal; // of the element that is open
     std::size_t LineCount = 0;               // in it; 0: none is open
@@ -50,18 +57,29 @@ private:
   void On(const TGroupEnded& group);
   void On(const TMetricSent& sent);
   void On(const TRunEnded& /*ended*/) {}
+  // What stands in front of a group's lines and is known when it ends.
+  struct THeader {
+    std::uint64_t At; // in the log
+    std::string Html = {};
+  };
+
+  std::string HeadHtml(const TRunReport& report) const;
+  platform::Status WriteTests(const platform::PutBytes& put) const;
+  platform::Status WriteLog(const platform::PutBytes& put) const;
   void OpenGroup(std::u16string_view title);
   void CloseGroup(TStatusTag status, const std::string& outcome, std::chrono::milliseconds elapsed);
-  static void EndLines(TOpen& group);
+  void EndLines(TOpen& group);
 
   std::u16string title_;
   std::optional<std::chrono::system_clock::time_point> started_;
   std::chrono::system_clock::time_point now_;
   std::vector<TOpen> open_;             // the page itself first
   std::vector<std::u16string> actions_; // running ones, with their passes
+  platform::Spool log_;
+  std::vector<THeader> headers_; // of all groups, in their order
   std::vector<TChart> charts_;
   TSuiteNames suiteNames_;
-  std::vector<std::u16string> suites_; // XML, one for each run of tests
+  platform::Spool tests_;
 };
 
 // The parts of the page around the log.
@@ -69,6 +87,6 @@ const char* StatusClass(TStatusTag status);     // of the page's style
 std::string HtmlText(std::u16string_view text); // escaped; control characters made visible
 std::string ResultTableHtml(const TRunReport& report);
 std::string ChartsHtml(const std::vector<TChart>& charts);
-std::string TestsHtml(const std::vector<std::u16string>& suites);
+std::string TestsHtml(std::u16string_view suite); // XML
 
 } // namespace kx

@@ -11,16 +11,18 @@ void TJUnitSink::On(const TRunEvent& event) {
   if (xml == nullptr) return;
   const auto suite = ReadTestSuite(*xml);
   if (!suite) return;
-  suites_ += text::ToUtf8(names_.Rename(*xml));
+  suites_.Append(text::ToUtf8(names_.Rename(*xml)));
   tests_ += static_cast<std::int64_t>(suite->Tests.size());
   failures_ += suite->Failed;
   skipped_ += suite->Skipped;
 }
 
-std::string TJUnitSink::Document() const {
-  return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuites tests=\"" + std::to_string(tests_) +
-         "\" failures=\"" + std::to_string(failures_) + "\" errors=\"0\" skipped=\"" +
-         std::to_string(skipped_) + "\">\n" + suites_ + "</testsuites>\n";
+platform::Status TJUnitSink::Write(const platform::PutBytes& put) const {
+  auto done = put("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuites tests=\"" +
+                  std::to_string(tests_) + "\" failures=\"" + std::to_string(failures_) +
+                  "\" errors=\"0\" skipped=\"" + std::to_string(skipped_) + "\">\n");
+  if (done) done = suites_.CopyTo(put);
+  return done ? put("</testsuites>\n") : done;
 }
 
 } // namespace kx

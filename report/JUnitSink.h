@@ -2,21 +2,26 @@
 // of tests, in their order. A run without tests leaves a document without suites.
 #pragma once
 
+#include "platform/Files.h"
+#include "platform/Spool.h"
 #include "runner/TestSuites.h"
 
 #include <cstdint>
-#include <string>
 
 namespace kx {
 
+// The suites wait in the folder, since their totals stand in front of them.
 class TJUnitSink : public IRunEventSink {
 public:
+  explicit TJUnitSink(const std::u16string& folder = platform::TemporaryDirectory()) : suites_(folder) {}
+
   void On(const TRunEvent& event) override;
-  std::string Document() const; // UTF-8
+  // UTF-8; fails when something could not be put aside, or put.
+  platform::Status Write(const platform::PutBytes& put) const;
 
 private:
   TSuiteNames names_;
-  std::string suites_;
+  platform::Spool suites_;
   std::int64_t tests_ = 0;
   std::int64_t failures_ = 0;
   std::int64_t skipped_ = 0;

@@ -120,6 +120,7 @@ private:
 
   void ReadStrings() {
     text::TStringList values;
+    std::u16string all; // the text of the values
     unsigned allowed = BeginToken;
     for (int depth = 0; index_ < lines_.Count(); ++index_) {
       const std::u16string_view line = text::Trim(lines_[index_]);
@@ -136,9 +137,10 @@ private:
         allowed = BlockToken | EndToken;
       } else if (Contains(line, u"VALUE")) {
         ReadValues(values);
+        all = values.GetText();
         allowed = EndToken | ValueToken;
       }
-      callback_.SetStringValues(values.GetText());
+      callback_.SetStringValues(all);
     }
   }
 
@@ -160,8 +162,8 @@ private:
   void ReadTranslation() {
     static const auto expression =
         RegEx::NewRegularExpression(u"VALUE\\s\"Translation\".*?((?:0x)?[a-f0-9]{1,4}).*?(\\d{1,4})");
-    const std::u16string all = lines_.GetText();
-    const TRegExMatch match = expression->Match(all);
+    if (allLines_.empty()) allLines_ = lines_.GetText();
+    const TRegExMatch match = expression->Match(allLines_);
     if (!match) Fail(u"Unable to parse file");
     const std::u16string_view locale = match.GetItem(1);
     callback_.SetLocale(locale.starts_with(u"0x") ? HexNumber(locale.substr(2))
@@ -172,6 +174,7 @@ private:
   const text::TStringList& lines_;
   std::u16string file_;
   IKxVersionInfoCallback& callback_;
+  std::u16string allLines_; // once they are needed
   std::size_t index_ = 0;
   unsigned allowed_ = HeaderToken | BeginToken;
   bool ended_ = false;

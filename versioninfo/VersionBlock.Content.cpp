@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <set>
 #include <utility>
 #include <vector>
 
@@ -182,9 +183,9 @@ public:
     ReadHead();
     if (Opens()) ReadBody();
     content_.End = at_ == 0 ? content_.Begin + 1 : Tokens()[at_ - 1].Line + 1;
+    std::set<std::u16string> said(content_.Extras.begin(), content_.Extras.end());
     for (const auto& [line, what] : tokenizer_.Extras)
-      if (line < content_.End && std::ranges::find(content_.Extras, what) == content_.Extras.end())
-        content_.Extras.push_back(what);
+      if (line < content_.End && said.insert(what).second) content_.Extras.push_back(what);
   }
 
 private:

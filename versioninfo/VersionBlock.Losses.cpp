@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <map>
 
 namespace kx {
 
@@ -10,16 +11,25 @@ namespace {
 
 using TItem = TVersionBlockContent::TItem;
 
-const TItem* Find(const std::vector<TItem>& items, std::u16string_view name) {
-  const auto found = std::ranges::find_if(
-      items, [name](const TItem& item) { return text::EqualsIgnoreCase(item.Name, name); });
-  return found == items.end() ? nullptr : &*found;
-}
+// The first item of each name.
+class TItemIndex {
+public:
+  explicit TItemIndex(const std::vector<TItem>& items) {
+    for (const TItem& item : items)
+      byName_.try_emplace(item.Name, &item);
+  }
+  const TItem* Find(std::u16string_view name) const {
+    const auto found = byName_.find(name);
+    return found == byName_.end() ? nullptr : found->second;
+  }
+  std::u16string_view ValueOf(std::u16string_view name) const {
+    const TItem* item = Find(name);
+    return item == nullptr ? std::u16string_view() : item->Value;
+  }
 
-std::u16string_view ValueIn(const std::vector<TItem>& items, std::u16string_view name) {
-  const TItem* item = Find(items, name);
-  return item == nullptr ? std::u16string_view() : item->Value;
-}
+private:
+  std::map<std::u16string_view, const TItem*, text::IgnoreCaseLess> byName_;
+};
 
 // "1,2" and "1,2,0,0" are the same version.
 std::u16string WholeVersion(std::u16string value) {
@@ -73,17 +83,20 @@ private:
 
   std::vector<std::u16string> Numbers() const {
     std::vector<std::u16string> changes;
+    const TItemIndex keptItems(kept_.Head);
+    const TItemIndex newItems(new_.Head);
+    const bool followed = FollowsFile(kept_) && FollowsFile(new_) && !ProductIsAskedFor();
     for (const TItem& item : old_.Head) {
       const bool version = item.Name.ends_with(u"VERSION");
       const auto value = [&](const std::u16string_view text) {
         return version ? WholeVersion(std::u16string(text)) : std::u16string(text);
       };
-      const std::u16string kept = value(ValueIn(kept_.Head, item.Name));
-      const std::u16string becomes = value(ValueIn(new_.Head, item.Name));
-      const bool follows = item.Name == u"PRODUCTVERSION" && FollowsFile(kept_) && FollowsFile(new_) &&
-                           !ProductIsAskedFor() && value(item.Value) != becomes && value(item.Value) != kept;
+      const std::u16string kept = value(keptItems.ValueOf(item.Name));
+      const std::u16string becomes = value(newItems.ValueOf(item.Name));
+      const bool follows = item.Name == u"PRODUCTVERSION" && followed && value(item.Value) != becomes &&
+                           value(item.Value) != kept;
       if (!follows && !IsLost(value(item.Value), kept, becomes)) continue;
-      const TItem* now = Find(new_.Head, item.Name);
+      const TItem* now = newItems.Find(item.Name);
       changes.push_back(item.Name + u" " + item.Written + u" to " +
                         (now == nullptr ? u"nothing" : now->Written));
     }
@@ -91,7 +104,8 @@ private:
   }
 
   static bool FollowsFile(const TVersionBlockContent& content) {
-    return ValueIn(content.Head, u"FILEVERSION") == ValueIn(content.Head, u"PRODUCTVERSION");
+    const TItemIndex items(content.Head);
+    return items.ValueOf(u"FILEVERSION") == items.ValueOf(u"PRODUCTVERSION");
   }
   bool ProductIsAskedFor() const {
     return values_.LinkFileAndProductVersion || values_.AutoUpdateProductVersion ||
@@ -100,8 +114,10 @@ private:
 
   std::vector<std::u16string> Texts() const {
     std::vector<std::u16string> lost;
+    const TItemIndex keptItems(kept_.Texts);
+    const TItemIndex newItems(new_.Texts);
     for (const TItem& item : old_.Texts)
-      if (IsLost(item.Value, ValueIn(kept_.Texts, item.Name), ValueIn(new_.Texts, item.Name)))
+      if (IsLost(item.Value, keptItems.ValueOf(item.Name), newItems.ValueOf(item.Name)))
         lost.push_back(item.Name + u" (" + item.Written + u")");
     return lost;
   }
@@ -134,8 +150,9 @@ private:
 
   std::vector<std::u16string> NewForeignTexts() const {
     std::vector<std::u16string> names;
+    const TItemIndex keptItems(kept_.Texts);
     for (const TItem& item : new_.Texts)
-      if (ValueIn(kept_.Texts, item.Name) != item.Value &&
+      if (keptItems.ValueOf(item.Name) != item.Value &&
           std::ranges::any_of(item.Value, [](char16_t c) { return c >= 0x80; }))
         names.push_back(item.Name);
     return names;

@@ -3,6 +3,7 @@ import json
 import os
 import pty
 import re
+import resource
 import signal
 import subprocess
 import unittest
@@ -88,6 +89,31 @@ class VerdictTest(e2e.EndToEndTest):
                                      stdout=stream, stderr=subprocess.PIPE, encoding="utf-8", timeout=60, check=False)
                 self.assertIn(said, run.stderr)
                 self.assertEqual(run.returncode, 1 if said else 0, run.stderr)
+
+    def test_a_report_that_is_not_written_leaves_the_one_before(self):
+        tool = "#!/bin/bash\nyes 'src/a.cpp(1): warning C1: a line of a long log' | head -n 20000\ntouch said\nsleep $SECONDS_LEFT\n"
+        self.write("framework/MSBuild.exe", tool, executable=True)
+        command = self.command("run", self.project(self.build()), "--report", "out/report.html", "--verbosity", "quiet")
+        report = self.write("out/report.html", "as it was")
+
+        def shrink_files():
+            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+            resource.setrlimit(resource.RLIMIT_FSIZE, (500_000, 500_000))
+        run = subprocess.run(command, cwd=self.folder, env={**self.environment, "SECONDS_LEFT": "0"}, stdin=subprocess.DEVNULL,
+                             capture_output=True, encoding="utf-8", timeout=60, check=False, preexec_fn=shrink_files)
+        self.assertIn(f"the report could not be written. Cannot write file {report}. File too large", run.stderr)
+        self.assertEqual(run.returncode, 1, run.stdout)
+
+        (self.examples / "Greeter/said").unlink()
+        with subprocess.Popen(command, cwd=self.folder, env={**self.environment, "SECONDS_LEFT": "3"}, stdin=subprocess.DEVNULL,
+                              stdout=subprocess.DEVNULL) as host:
+            e2e.wait_until(lambda: (self.examples / "Greeter/said").exists() or host.poll() is not None)
+            host.kill()
+        self.assertEqual(report.read_text(encoding="utf-8"), "as it was")
+        self.assertEqual(os.listdir(report.parent), [report.name])
+
+        run = self.run_program(*command, SECONDS_LEFT="0")
+        self.assertEqual(report.read_text(encoding="utf-8").count("a line of a long log"), 20000, run.stdout)
 
     def test_what_a_run_leaves_replaces_nothing_that_was_written_by_hand(self):
         project = self.project(self.build())

@@ -56,6 +56,12 @@ const TCase Spellings[] = {
     {"strings with parts to be computed", CSharp, "[assembly: AssemblyTitle($@\"{\"\"\"a\"\"\"}\\\")]",
      "[assembly: AssemblyTitle(\"N\")]"},
     {"the same value in a raw string", CSharp, "[assembly: AssemblyTitle(\"\"\"N\"\"\")]", ""},
+    {"signs that begin no string", CSharp, "$$@$ [assembly: AssemblyTitle($@\"o\")]",
+     "$$@$ [assembly: AssemblyTitle(\"N\")]"},
+    {"more quotation marks than a string begins with", FSharp, "[<assembly: AssemblyTitle(\"\"\"\"o\"\"\")>]",
+     "[<assembly: AssemblyTitle(\"N\")>]"},
+    {"brackets that close in another line", VisualBasic, "Dim [[x\n<Assembly: [AssemblyTitle](\"o\")>",
+     "Dim [[x\n<Assembly: [AssemblyTitle](\"N\")>"},
     {"names in brackets", VisualBasic, "<Assembly: [System].[Reflection].[assemblytitle](\"o\")>",
      "<Assembly: [System].[Reflection].[assemblytitle](\"N\")>"},
     {"Visual Basic", VisualBasic, "<ASSEMBLY: Foo(1), _\n Assembly: assemblytitle(\"a \"\"b\"\")\")> ' \"",
@@ -219,6 +225,19 @@ TEST(AssemblyInfo, KeepsEncodingAndStrayBytes) {
       {"UTF-16 with high bytes first", CSharp, swapped(little), swapped(stamped), copyright},
   };
   std::ranges::for_each(cases, Check);
+}
+
+TEST(AssemblyInfo, NamesTheLineOfEachExpression) {
+  for (const std::string end : {"\n", "\r\n", "\r"}) {
+    const std::string source = "//" + end + "[assembly: AssemblyProduct(A + B)]" + end + end +
+                               "[assembly: AssemblyTitle(A + B)]" + end + "[assembly: AssemblyTitle(A + B)]";
+    const auto messages =
+        RewriteAssemblyInfo(source, CSharp, {{u"AssemblyTitle", u"N"}, {u"AssemblyProduct", u"N"}}).Messages;
+    std::vector<std::u16string> lines;
+    for (const auto& message : messages)
+      lines.push_back(message.substr(message.find(u"line "), 6));
+    EXPECT_EQ(lines, (std::vector<std::u16string>{u"line 4", u"line 5", u"line 2"})) << end.size();
+  }
 }
 
 TEST(AssemblyInfo, RefusesWhatItCannotKeepWhole) {

@@ -2,14 +2,28 @@
 
 #include "host/UnitTests.h"
 #include "report/JUnitSink.h"
+#include "text/Encoding.h"
+#include "text/Text.h"
 
 #include <gmock/gmock.h>
+
+#include <sstream>
 
 namespace kx {
 namespace {
 
 using testing::HasSubstr;
 using testing::Not;
+
+std::string BytesOf(const platform::WriteContent& write) {
+  std::string all;
+  const auto written = write([&all](std::string_view bytes) -> platform::Status {
+    all += bytes;
+    return platform::Done{};
+  });
+  EXPECT_TRUE(written);
+  return all;
+}
 
 class Reports : public testing::Test {
 protected:
@@ -28,6 +42,13 @@ protected:
         {std::u16string(UnitTestCategory), std::u16string(TestResultsMetric), run.AsXmlString()}});
   }
 
+  std::string Page(const TRunReport& report) {
+    return BytesOf([&](const platform::PutBytes& put) { return Html.Write(report, put); });
+  }
+  std::string Document() {
+    return BytesOf([this](const platform::PutBytes& put) { return JUnit.Write(put); });
+  }
+
   THtmlReport Html{u"Night<ly>"};
   TJUnitSink JUnit;
 };
@@ -41,7 +62,7 @@ TEST_F(Reports, FoldWhatWentWellAndLeaveOpenWhatDidNot) {
   Send(TMessageSent{u"<script>\x1b[2J", TStatusTag::stError});
   Send(TGroupEnded{u"", std::nullopt});
   Send(TActionEnded{{.Result = TResultKind::Succeeded}});
-  const std::string page = Html.Page({.Result = TResultKind::Succeeded});
+  const std::string page = Page({.Result = TResultKind::Succeeded});
   EXPECT_THAT(page, HasSubstr("<title>Night&lt;ly&gt;: succeeded</title>"));
   EXPECT_THAT(
       page, HasSubstr("<details class=\"success\"><summary><span class=\"title\">Solution &lt;A&gt;</span>"));
@@ -58,7 +79,7 @@ TEST_F(Reports, CloseTheirElementsWhateverComes) {
     Send(TMessageSent{u"line"});
   Send(TGroupEnded{u"", std::nullopt});
   Send(TActionEnded{});
-  const std::string page = Html.Page({});
+  const std::string page = Page({});
   const auto count = [&page](std::string_view wanted) {
     int found = 0;
     for (auto at = page.find(wanted); at != page.npos; at = page.find(wanted, at + 1))
@@ -70,13 +91,48 @@ TEST_F(Reports, CloseTheirElementsWhateverComes) {
   EXPECT_EQ(count("</details>"), 0);
 }
 
+// More than stays in memory, in groups that are known to be bad only when they end.
+TEST_F(Reports, KeepLinesAndGroupsInTheirOrderHoweverManyTheyAre) {
+  std::vector<std::string> wanted;
+  for (int group = 0; group < 3; ++group) {
+    Send(TGroupStarted{u"G" + text::FromInteger(group)});
+    for (int line = 0; line < 30'000; ++line) {
+      wanted.push_back(std::to_string(group) + "/" + std::to_string(line) + " of many lines");
+      Send(TMessageSent{text::FromUtf8(wanted.back())});
+    }
+    Send(TMessageSent{u"last", group == 1 ? TStatusTag::stError : TStatusTag::stNormal});
+    Send(TGroupEnded{u"", TStatusTag::stNormal});
+  }
+  const std::string page = Page({});
+  std::vector<std::string> lines;
+  std::istringstream stream(page);
+  for (std::string line; std::getline(stream, line);)
+    if (line.ends_with("of many lines")) lines.push_back(line.substr(line.rfind('>') + 1));
+  EXPECT_EQ(lines, wanted);
+  const auto at = [&page](std::string_view text) { return page.find(text); };
+  EXPECT_GT(at("<details class=\"plain bad\" open><summary><span class=\"title\">G1"), at("0/29999 of"));
+  EXPECT_LT(at("<span class=\"title\">G1"), at("1/0 of"));
+  EXPECT_GT(at("<details class=\"plain\"><summary><span class=\"title\">G2"), at("1/29999 of"));
+}
+
+// Where nothing can be put aside the report fails, and not the run.
+TEST_F(Reports, SayAtTheEndWhatTheyCouldNotPutAside) {
+  THtmlReport report(u"Run", u"/no/such/folder");
+  for (int i = 0; i < 30'000; ++i)
+    report.On({{}, 0, TMessageSent{u"a line that is put aside"}});
+  const auto written =
+      report.Write({}, [](std::string_view) -> platform::Status { return platform::Done{}; });
+  ASSERT_FALSE(written);
+  EXPECT_THAT(text::ToUtf8(written.Message()), HasSubstr("no"));
+}
+
 TEST_F(Reports, DrawEachFigureOfAMetricBesideItsAction) {
   for (const std::int64_t value : {5, 0}) {
     Send(TActionStarted{.Name = u"Build", .Pass = value == 5 ? u"Lib" : u"App"});
     Send(TMetricSent{{u"Compiler", u"Errors", value}, u"Debug"});
     Send(TActionEnded{});
   }
-  const std::string page = Html.Page({});
+  const std::string page = Page({});
   EXPECT_THAT(page, HasSubstr("<figcaption>Compiler: Errors</figcaption>"));
   EXPECT_THAT(page,
               HasSubstr("Build (Lib), Debug</th><td><span class=\"bar\" style=\"width:100%\"></span></td>"
@@ -86,19 +142,18 @@ TEST_F(Reports, DrawEachFigureOfAMetricBesideItsAction) {
 
 TEST_F(Reports, ShowUnitTestsFailedOnesFirst) {
   SendTests();
-  const std::string page = Html.Page({});
+  const std::string page = Page({});
   EXPECT_THAT(page, HasSubstr("<h3>All &amp; more</h3>\n<p>1 passed, 1 failed, 1 not run, 0.000 s</p>"));
   EXPECT_THAT(page, HasSubstr("<pre class=\"error\">1 &lt; 2\n</pre><pre>at &lt;x&gt;</pre>"));
   EXPECT_LT(page.find(">Bad<"), page.find(">Good<"));
 }
 
 TEST_F(Reports, CollectAllRunsOfTestsForJUnit) {
-  EXPECT_THAT(JUnit.Document(),
-              HasSubstr("<testsuites tests=\"0\" failures=\"0\" errors=\"0\" skipped=\"0\">"));
+  EXPECT_THAT(Document(), HasSubstr("<testsuites tests=\"0\" failures=\"0\" errors=\"0\" skipped=\"0\">"));
   SendTests();
   SendTests();
   Send(TMetricSent{{std::u16string(UnitTestCategory), std::u16string(TestResultsMetric), u"<broken"}});
-  const std::string document = JUnit.Document();
+  const std::string document = Document();
   EXPECT_THAT(document, HasSubstr("<testsuites tests=\"6\" failures=\"2\" errors=\"0\" skipped=\"2\">"));
   EXPECT_THAT(document, HasSubstr("<failure message=\"1 &lt; 2\">1 &lt; 2\nat &lt;x&gt;</failure>"));
   EXPECT_THAT(document, Not(HasSubstr("broken")));
@@ -120,7 +175,7 @@ TEST_F(Reports, GiveEveryRunOfTestsANameOfItsOwn) {
   }
   Send(TActionEnded{});
   runOf(u"");
-  const std::string document = JUnit.Document();
+  const std::string document = Document();
   for (const char* name :
        {"All &amp; more", "All &amp; more (A&lt;1&gt;, x)", "All &amp; more (A&lt;1&gt;, x) (2)",
         "All &amp; more (B, x)", "All &amp; more (B, x) (2)", "All &amp; more (2)"}) {
@@ -128,7 +183,7 @@ TEST_F(Reports, GiveEveryRunOfTestsANameOfItsOwn) {
     EXPECT_THAT(document, HasSubstr(tag));
   }
   EXPECT_THAT(document, HasSubstr("<testcase name=\"Good\" classname=\"All &amp; more (B, x) (2)\""));
-  EXPECT_THAT(Html.Page({}), HasSubstr("<h3>All &amp; more (B, x)</h3>"));
+  EXPECT_THAT(Page({}), HasSubstr("<h3>All &amp; more (B, x)</h3>"));
 }
 
 } // namespace
