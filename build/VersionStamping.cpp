@@ -18,6 +18,10 @@ namespace {
 constexpr std::size_t BuildPart = 2;
 constexpr std::size_t RevisionPart = 3;
 
+// The stored properties that an execution counts up.
+constexpr std::array<std::u16string_view, 2> CountedVersions{u"AssemblyVersion", u"AssemblyFileVersion"};
+constexpr std::array<std::u16string_view, 1> CountedBuild{u"BuildVersion"};
+
 // The set of that name, or null with the reason in the log.
 std::shared_ptr<const IPropertySet> FindPropertySet(TCustomKxAction& action, const std::u16string& name,
                                                     std::u16string_view blankMessage) {
@@ -49,6 +53,18 @@ void ReportEmptySelection(TCustomKxAction& action, std::u16string_view what, std
 
 void Increment(TVersionQuadruple& version, std::size_t part) {
   version.SetPart(part, text::FromInteger(std::int64_t{text::ToIntegerOr(version.Part(part), 0)} + 1));
+}
+
+// Has the numbers counted and stored; False with the reason in the log.
+bool StoreCounted(TCustomKxAction& action, std::span<const std::u16string_view> properties,
+                  const std::function<void()>& count) {
+  try {
+    action.ChangeStored(properties, count);
+    return true;
+  } catch (const EKxException& error) {
+    action.SendMessage(error.Message(), TStatusTag::stError);
+    return false;
+  }
 }
 
 // Which attributes are written, and from which text; in this order.
@@ -96,7 +112,8 @@ bool TAssemblyInfoStamping::Run() {
 
 bool TAssemblyInfoStamping::TakeValues() {
   if (!values_.UsePropertySet) {
-    IncrementNumbers();
+    if (!IncrementNumbers()) return false;
+    values_ = action_.AssemblyInfo();
     return true;
   }
   const auto set = FindPropertySet(action_, values_.PropertySetName, u"DotNet PropertySet name is blank");
@@ -104,13 +121,17 @@ bool TAssemblyInfoStamping::TakeValues() {
   return set != nullptr;
 }
 
-void TAssemblyInfoStamping::IncrementNumbers() {
+// Two runs at once must not give out one number, and no file may bear one that a killed run has not stored.
+bool TAssemblyInfoStamping::IncrementNumbers() {
   TAssemblyInfoSettings& kept = action_.AssemblyInfo();
-  if (kept.AutoIncRevisionNo) Increment(kept.Version, RevisionPart);
-  if (kept.AutoIncFileRevisionNo) Increment(kept.FileVersion, RevisionPart);
-  if (kept.AutoIncBuildNumber) Increment(kept.Version, BuildPart);
-  if (kept.AutoIncFileBuildNumber) Increment(kept.FileVersion, BuildPart);
-  values_ = kept;
+  const bool counts = kept.AutoIncRevisionNo || kept.AutoIncFileRevisionNo || kept.AutoIncBuildNumber ||
+                      kept.AutoIncFileBuildNumber;
+  return !counts || StoreCounted(action_, CountedVersions, [&kept] {
+    if (kept.AutoIncRevisionNo) Increment(kept.Version, RevisionPart);
+    if (kept.AutoIncFileRevisionNo) Increment(kept.FileVersion, RevisionPart);
+    if (kept.AutoIncBuildNumber) Increment(kept.Version, BuildPart);
+    if (kept.AutoIncFileBuildNumber) Increment(kept.FileVersion, BuildPart);
+  });
 }
 
 bool TAssemblyInfoStamping::UpdateFiles() {
@@ -184,9 +205,13 @@ bool TWin32Stamping::TakeValues() {
     set = FindPropertySet(action_, settings.PropertySetName, u"Win32 PropertySet name is blank");
     if (set == nullptr) return false;
   }
-  if (!Attempt(u"", [&] { values_ = Wanted(set.get()); })) return false;
-  if (values_.AutoIncBuild) action_.Win32Values().Values().BuildVersion = values_.BuildVersion;
-  return ExpandTexts();
+  const auto take = [&] { values_ = Wanted(set.get()); };
+  if (!Attempt(u"", take)) return false;
+  const bool isCounted = !values_.AutoIncBuild || StoreCounted(action_, CountedBuild, [&] {
+    take();
+    action_.Win32Values().Values().BuildVersion = values_.BuildVersion;
+  });
+  return isCounted && ExpandTexts();
 }
 
 TVersionInfoValues TWin32Stamping::Wanted(const IPropertySet* set) const {

@@ -29,7 +29,7 @@ public:
 
 private:
   bool TakeValues();
-  void IncrementNumbers();
+  bool IncrementNumbers();
   bool UpdateFiles();
   void UpdateSelected(IKxAssemblyInfoUpdater& updater);
 

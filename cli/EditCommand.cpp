@@ -80,6 +80,7 @@ int Edit(const TEditArguments& arguments, const TCommonOptions& common) {
   RequireBuildProject(text::FromUtf8(arguments.File));
   editor::TEditorDesign design;
   THostSession host(common, {&design, &design});
+  host.Store().Patience.Longest = std::chrono::milliseconds(900); // the page waits meanwhile
   editor::TEditorSession session(
       host.Services(), design,
       {text::ExpandPath(text::FromUtf8(arguments.File), platform::CurrentDirectory()),

@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <array>
 #include <filesystem>
-#include <optional>
 
 namespace kx::cli {
 
@@ -110,13 +109,12 @@ bool IsOutputOfRuns(std::u16string_view beginning) {
          text.find(u"<testsuites") != std::u16string_view::npos;
 }
 
-// Where links end, in the system's own spelling; nothing when no file is there.
-std::optional<std::filesystem::path> RealPath(std::u16string_view file) {
-  const auto found = platform::ResolveExisting(file);
-  if (!found) return std::nullopt;
+// Where links end, in the system's own spelling, as far as there is something.
+std::filesystem::path RealPath(std::u16string_view file) {
+  const std::filesystem::path path(platform::ResolveForWriting(file));
   std::error_code error;
-  const auto path = std::filesystem::canonical(std::filesystem::path(*found), error);
-  return error ? std::nullopt : std::optional(path);
+  auto real = std::filesystem::weakly_canonical(std::filesystem::absolute(path, error), error);
+  return error ? path : real;
 }
 
 } // namespace
@@ -149,9 +147,8 @@ void RequireBuildProject(std::u16string_view file) {
 }
 
 void RequireNotWrittenByHand(std::u16string_view option, std::u16string_view file) {
-  const auto path = RealPath(file);
-  if (!path) return;
-  const std::u16string real = path->u16string();
+  if (!platform::FileExists(file)) return;
+  const std::u16string real = RealPath(file).u16string();
   const std::u16string beginning = BeginningOf(real);
   const auto* kind = KindOf(real, IsOutputOfRuns(beginning) ? std::u16string() : beginning);
   std::u16string what = kind != nullptr && kind->IsByHand ? std::u16string(kind->What) : std::u16string();
@@ -165,7 +162,19 @@ void RequireNotWrittenByHand(std::u16string_view option, std::u16string_view fil
 bool IsSameFile(std::u16string_view one, std::u16string_view other) {
   const auto path = RealPath(one), otherPath = RealPath(other);
   std::error_code error;
-  return path && otherPath && std::filesystem::equivalent(*path, *otherPath, error);
+  // A new file is found in every letter case once it is there.
+  return text::EqualsIgnoreCase(path.u16string(), otherPath.u16string()) ||
+         std::filesystem::equivalent(path, otherPath, error);
+}
+
+bool IsLeftByRun(std::u16string_view file) {
+  const std::u16string beginning = BeginningOf(file);
+  return text::Trim(beginning).empty() || IsOutputOfRuns(beginning);
+}
+
+bool IsRegularFile(std::u16string_view file) {
+  std::error_code error;
+  return std::filesystem::is_regular_file(RealPath(file), error);
 }
 
 } // namespace kx::cli

@@ -22,7 +22,11 @@ void RequireBuildProject(std::u16string_view file);
 // Raises EUsage for a file, by whatever name or link, that somebody has written: a build project, a solution,
 // a project, a source. `option` is the one whose output would replace it.
 void RequireNotWrittenByHand(std::u16string_view option, std::u16string_view file);
-// Whether both paths lead to one file, under whatever names; False when one of them is not there.
+// Whether both paths lead to one file, under whatever names; of files that are not there yet, whether they
+// would.
 bool IsSameFile(std::u16string_view one, std::u16string_view other);
+// Whether its content says that a run has left it: a log, a report, results of unit tests. Nothing counts.
+bool IsLeftByRun(std::u16string_view file);
+bool IsRegularFile(std::u16string_view file); // no folder, pipe or device
 
 } // namespace kx::cli

@@ -31,6 +31,7 @@ void MapDrives(const std::vector<std::string>& drives) {
 THostSession::THostSession(const TCommonOptions& options, const TDesignServices& design) {
   MaskOutput(secrets_);
   MapDrives(options.Drives);
+  store_.Patience.Say = [](const std::u16string& message) { WriteError(message); };
   store_.Load(options.OptionsFile.empty() ? DefaultOptionsFile() : text::FromUtf8(options.OptionsFile));
   for (const auto& assignment : options.Overrides) {
     try {

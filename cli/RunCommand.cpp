@@ -42,11 +42,12 @@ private:
 int RunFile(const TProjectArguments& arguments, const TCommonOptions& common) {
   THostSession session(common);
   TOpenProject project(arguments, session, common.DryRun);
+  if (!arguments.NoSave) project.Runner().StoreIn(project.File());
   const int exitCode = RunProject(project.Runner(), session, common);
   if (common.DryRun) return exitCode;
   session.SaveOptions();
   if (arguments.NoSave) return exitCode;
-  const auto saved = project.File().Save();
+  const auto saved = project.File().Save(session.Store().Patience);
   if (saved) return exitCode;
   WriteError(u"Changed properties could not be saved. " + saved.Message());
   return exitCode == ExitSuccess ? ExitFailed : exitCode;

@@ -9,8 +9,10 @@
 #include "text/Encoding.h"
 #include "text/WindowsPath.h"
 
+#include <algorithm>
 #include <array>
 #include <optional>
+#include <vector>
 
 namespace kx::cli {
 
@@ -25,22 +27,46 @@ int ExitCodeOf(const TRunReport& report) {
 struct TOutputFile {
   const char16_t* Option;
   std::string TCommonOptions::*File;
+  bool IsStream = false; // written as the run goes on: into a pipe or a device, too
 };
-constexpr std::array<TOutputFile, 3> OutputFiles{{{u"--log", &TCommonOptions::LogFile},
+constexpr std::array<TOutputFile, 3> OutputFiles{{{u"--log", &TCommonOptions::LogFile, true},
                                                   {u"--junit", &TCommonOptions::JUnitFile},
                                                   {u"--report", &TCommonOptions::ReportFile}}};
 
-// Before anything is opened: what a run leaves never takes the place of what it reads.
+// What the actions will change, as far as it can be told; asked only about a file that no run has left.
+bool IsChangedByRun(const TProjectRunner& runner, std::u16string_view file) {
+  if (!platform::FileExists(file) || IsLeftByRun(file)) return false;
+  const text::TStringList changed = runner.FilesToChange();
+  return std::ranges::any_of(changed, [file](const auto& other) { return IsSameFile(file, other); });
+}
+
+// Whether it could be written, as long as nothing has been done yet. The messages name the file.
+void RequireWritable(const TOutputFile& output, std::u16string_view file) {
+  const std::u16string path = text::ExpandPath(file, platform::CurrentDirectory());
+  const auto refuse = [&](std::u16string_view why) {
+    throw EUsage(output.Option + (u": " + std::u16string(why)));
+  };
+  if (platform::DirectoryExists(path)) refuse(path + u" is a folder.");
+  const std::u16string folder = text::ExtractFileDir(path);
+  if (!platform::DirectoryExists(folder)) refuse(u"there is no folder " + folder);
+  if (output.IsStream && platform::FileExists(path) && !IsRegularFile(path)) return;
+  if (const auto allowed = platform::CheckSaveFile(path); !allowed) refuse(allowed.Message());
+}
+
+// Before anything is opened: what a run leaves never takes the place of what it reads, nor of something else
+// that it leaves.
 void RequireHarmlessOutput(const TCommonOptions& options, TProjectRunner& runner, THostSession& session) {
-  const std::array<std::u16string, 3> read{runner.Project().FileName, session.Store().FileName(),
-                                           session.KeyFile()};
+  std::vector<std::u16string> taken{runner.Project().FileName, session.Store().FileName(), session.KeyFile()};
   for (const auto& output : OutputFiles) {
     const std::u16string file = text::FromUtf8(options.*output.File);
     if (file.empty()) continue;
     RequireNotWrittenByHand(output.Option, file);
-    for (const auto& own : read)
-      if (!own.empty() && IsSameFile(file, own))
-        throw EUsage(output.Option + (u": " + file) + u" is a file of this run and would be replaced.");
+    const bool isTaken = std::ranges::any_of(
+        taken, [&file](const auto& own) { return !own.empty() && IsSameFile(file, own); });
+    if (isTaken || IsChangedByRun(runner, file))
+      throw EUsage(output.Option + (u": " + file) + u" is a file of this run and would be replaced.");
+    RequireWritable(output, file);
+    taken.push_back(file);
   }
 }
 
@@ -51,14 +77,8 @@ std::unique_ptr<TJsonLinesSink> OpenLog(const TCommonOptions& options) {
   return *std::move(log);
 }
 
-// A report that is written when the run has ended; its folder is looked at before, so that no long build ends
-// without its report.
-std::u16string ReportFile(const char16_t* option, const std::string& file) {
-  std::u16string path = text::ExpandPath(text::FromUtf8(file), platform::CurrentDirectory());
-  if (platform::DirectoryExists(path)) throw EUsage(option + (u": " + path) + u" is a folder.");
-  const std::u16string folder = text::ExtractFileDir(path);
-  if (!platform::DirectoryExists(folder)) throw EUsage(option + (u": there is no folder " + folder));
-  return path;
+std::u16string FullPath(const std::string& file) {
+  return text::ExpandPath(text::FromUtf8(file), platform::CurrentDirectory());
 }
 
 const TCiDialect* ChooseCi(const std::string& name) {
@@ -81,11 +101,11 @@ class TReports {
 public:
   TReports(const TCommonOptions& options, TProjectRunner& runner) {
     if (!options.JUnitFile.empty()) {
-      junitFile_ = ReportFile(u"--junit", options.JUnitFile);
+      junitFile_ = FullPath(options.JUnitFile);
       runner.AddSink(junit_.emplace(text::ExtractFileDir(junitFile_)));
     }
     if (!options.ReportFile.empty()) {
-      htmlFile_ = ReportFile(u"--report", options.ReportFile);
+      htmlFile_ = FullPath(options.ReportFile);
       runner.AddSink(html_.emplace(TitleOf(runner), text::ExtractFileDir(htmlFile_)));
     }
   }
@@ -121,7 +141,7 @@ private:
 // The same for the log.
 bool EndLog(const TJsonLinesSink* log, const TCommonOptions& options, std::string& lines) {
   if (log == nullptr) return true;
-  const std::u16string file = text::ExpandPath(text::FromUtf8(options.LogFile), platform::CurrentDirectory());
+  const std::u16string file = FullPath(options.LogFile);
   if (log->HasFailed()) {
     WriteError(u"kxhost: the log " + file + u" could not be written completely.");
   } else {

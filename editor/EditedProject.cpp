@@ -11,6 +11,8 @@ namespace kx::editor {
 
 namespace {
 
+using TNodes = std::vector<std::unique_ptr<TActionNode>>;
+
 constexpr std::string_view EmptyProject =
     "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<BuildProject>\n  <Actions>\n"
     "  </Actions>\n</BuildProject>\n";
@@ -41,6 +43,21 @@ bool FindPath(const std::vector<std::unique_ptr<TActionNode>>& nodes, const TAct
     path.pop_back();
   }
   return false;
+}
+
+// As far as they are the same actions.
+void CopyValues(const TNodes& to, const TNodes& from, TProjectFile& file) {
+  for (std::size_t i = 0; i < std::min(to.size(), from.size()); ++i) {
+    if (to[i]->Type().Class != from[i]->Type().Class) return;
+    for (const auto* property : to[i]->Properties()) {
+      if (!property->Stored || property->ReadOnly) continue;
+      auto value = property->Get(from[i]->Action());
+      if (property->Get(to[i]->Action()) == value) continue;
+      property->Set(to[i]->Action(), std::move(value));
+      file.NoteEdited(*to[i], *property);
+    }
+    CopyValues(to[i]->Children(), from[i]->Children(), file);
+  }
 }
 
 } // namespace
@@ -232,10 +249,12 @@ void TEditedProject::Redo() {
 
 bool TEditedProject::Save(ESave how) {
   Accept();
+  const auto lock = LockForSaving(fileName_, {.Longest = std::chrono::milliseconds(900)});
+  if (!lock) throw EKxException(lock.Message());
   if (how == ESave::Safely && platform::FileExists(fileName_)) {
     const auto present = platform::ReadFile(fileName_);
     if (!present) throw EKxException(present.Message());
-    if (!disk_ || *present != *disk_) return false;
+    if (*present != disk_ && *present != text_ && !TakeCounted(*present)) return false;
   }
   const auto written = platform::SaveFile(fileName_, text_);
   if (!written) throw EKxException(written.Message());
@@ -243,6 +262,21 @@ bool TEditedProject::Save(ESave how) {
   saved_ = text_;
   lastEdit_.clear();
   return true;
+}
+
+// The values that the actions of the file have got since it was looked at last go into the text. False when
+// that is not all that has changed, or when the text has other values in these places.
+bool TEditedProject::TakeCounted(const std::string& present) {
+  if (!disk_) return false;
+  try {
+    const auto before = Load(*disk_), now = Load(present);
+    CopyValues(before->Runner.Project().Actions(), now->Runner.Project().Actions(), before->File);
+    if (before->File.Text() != present) return false;
+    Replace(before->File.TextWithChanges(text_));
+    return true;
+  } catch (const EKxException&) {
+    return false;
+  }
 }
 
 void TEditedProject::Reload() {

@@ -35,6 +35,8 @@ public:
   void EndSearches() { stop_.Raise(); }
   const TKxEvent& SearchStop() const { return stop_; }
   bool IsDirty() const { return text_ != saved_; }
+  // What the file held when it was read or written last; nothing: there was no file.
+  const std::optional<std::string>& Stored() const { return disk_; }
   bool HasFile() const { return disk_.has_value(); } // False until the first save of a new project
   bool CanUndo() const { return !undo_.empty(); }
   bool CanRedo() const { return !redo_.empty(); }
@@ -65,7 +67,8 @@ public:
   void Redo();
 
   enum class ESave { Safely, Overwrite };
-  // False, and nothing is written, when the file is not as it was read or saved last. Raises EKxException.
+  // What a run has counted up in the file since it was read or saved last is taken over. False, and nothing
+  // is written, when more has been changed in it. Raises EKxException.
   bool Save(ESave how);
   // Takes what is on the disk now; undoing gives back what was there before.
   void Reload();
@@ -78,6 +81,7 @@ private:
     TProjectFile File;
   };
   std::unique_ptr<TLoaded> Load(std::string text) const;
+  bool TakeCounted(const std::string& present);
   void Show(std::string text); // as the project's present state
   void Remember(std::string before, std::u16string_view what);
   void Write(TActionNode& node, std::size_t page, std::u16string_view what);

@@ -47,6 +47,7 @@ struct TEditorRuns::TRun {
   int Number = 0;
   std::string Text;
   std::u16string FileName;
+  std::optional<std::string> Stored;
   bool DryRun = false;
   bool Running = true;
   std::atomic<bool> StopAsked = false;
@@ -134,7 +135,8 @@ bool TEditorRuns::IsRunning() const {
   return run_ != nullptr && run_->Running;
 }
 
-void TEditorRuns::Start(std::string text, std::u16string fileName, bool dryRun) {
+void TEditorRuns::Start(std::string text, std::u16string fileName, std::optional<std::string> stored,
+                        bool dryRun) {
   if (IsRunning()) throw EKxException(u"The project is running already.");
   if (thread_.joinable()) thread_.join();
   const std::lock_guard lock(mutex_);
@@ -142,6 +144,7 @@ void TEditorRuns::Start(std::string text, std::u16string fileName, bool dryRun) 
   run->Number = static_cast<int>(summaries_.size()) + 1;
   run->Text = std::move(text);
   run->FileName = std::move(fileName);
+  run->Stored = std::move(stored);
   run->DryRun = dryRun;
   run_ = std::move(run);
   result_.reset();
@@ -165,7 +168,8 @@ void TEditorRuns::Execute(TRun& run) {
     settings.DryRun = run.DryRun;
     TProjectRunner runner(services_, stop_, std::move(settings));
     TProjectFile file(runner.Project());
-    file.LoadBytes(run.Text, run.FileName);
+    file.LoadBytes(run.Text, run.FileName, run.Stored);
+    runner.StoreIn(file);
     TSink sink(*this, run);
     runner.AddSink(sink);
     report = runner.Run();

@@ -26,7 +26,7 @@ public:
   TEditorRuns& operator=(const TEditorRuns&) = delete;
 
   // Runs a project that has this text and stands in this file. Raises EKxException while another run goes on.
-  void Start(std::string text, std::u16string fileName, bool dryRun);
+  void Start(std::string text, std::u16string fileName, std::optional<std::string> stored, bool dryRun);
   void Stop(); // asks the run to end; nothing happens when there is none
   void End();  // the same, and waits for the end; for the thread that made this object
   bool IsRunning() const;

@@ -464,7 +464,7 @@ TJson TEditorSession::Run(const TJson& arguments) {
   if (runs_.IsRunning()) throw EKxException(u"The project is running already.");
   project_.Accept();
   wasCleanAtStart_ = !project_.IsDirty();
-  runs_.Start(project_.Text(), project_.FileName(), Flag(arguments, "dryRun"));
+  runs_.Start(project_.Text(), project_.FileName(), project_.Stored(), Flag(arguments, "dryRun"));
   return TJson::object();
 }
 

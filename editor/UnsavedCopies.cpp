@@ -30,14 +30,14 @@ std::vector<std::u16string> FindUnsavedCopies(std::u16string_view projectFile) {
   return found;
 }
 
+// Another editor may end at the same time.
 std::u16string KeepUnsavedCopy(std::u16string_view projectFile, std::string_view text) {
-  int number = 1;
-  while (platform::FileExists(NameOfCopy(projectFile, number)))
-    ++number;
-  std::u16string name = NameOfCopy(projectFile, number);
-  const auto written = platform::SaveFile(name, text);
-  if (!written) throw EKxException(written.Message());
-  return name;
+  for (int number = 1;; ++number) {
+    std::u16string name = NameOfCopy(projectFile, number);
+    const auto made = platform::SaveNewFile(name, text, projectFile);
+    if (!made) throw EKxException(made.Message());
+    if (*made) return name;
+  }
 }
 
 } // namespace kx::editor

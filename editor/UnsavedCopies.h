@@ -10,7 +10,7 @@ namespace kx::editor {
 
 // Full paths, in the order in which they were kept.
 std::vector<std::u16string> FindUnsavedCopies(std::u16string_view projectFile);
-// Of a name that no file has yet. Raises EKxException.
+// Of a name that no file has yet, for those alone who have access to the project. Raises EKxException.
 std::u16string KeepUnsavedCopy(std::u16string_view projectFile, std::string_view text);
 
 } // namespace kx::editor

@@ -64,6 +64,11 @@ void TCustomKxAction::ReportBreach(std::u16string_view rule, std::u16string_view
   Host().ReportBreach(*this, rule, message);
 }
 
+void TCustomKxAction::ChangeStored(std::span<const std::u16string_view> properties,
+                                   const std::function<void()>& change) {
+  Host().ChangeStored(*this, properties, change);
+}
+
 std::u16string TCustomKxAction::ExpandExpression(std::u16string_view text) {
   return Host().Expand(*this, text);
 }

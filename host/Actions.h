@@ -9,9 +9,11 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <set>
+#include <span>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -86,6 +88,12 @@ public:
   // machine.
   virtual std::u16string EncryptString(std::u16string_view clear) = 0;
   virtual std::u16string DecryptString(std::u16string_view secret) = 0;
+
+  // For numbers that an action counts up: `change` changes these stored properties of it from the values that
+  // the project has by now, whoever has counted them meanwhile, and they are stored before this returns.
+  // Raises EKxException when they cannot be: then they have the values of before, and must not be used.
+  virtual void ChangeStored(TCustomKxAction& action, std::span<const std::u16string_view> properties,
+                            const std::function<void()>& change) = 0;
 
   // Running.
   virtual std::shared_ptr<IKxProcess> NewProcess(TCustomKxAction& action) = 0;
@@ -176,6 +184,7 @@ public:
   IPropertySetService& GetPropertySetService();
   std::u16string EncryptString(std::u16string_view clear);
   std::u16string DecryptString(std::u16string_view secret) const;
+  void ChangeStored(std::span<const std::u16string_view> properties, const std::function<void()>& change);
   bool IsValidating() const;
   void Sleep(std::uint32_t milliseconds); // ends early on a stop request
 

@@ -16,10 +16,9 @@ public:
   }
 
   platform::Status CopyIfMissing(std::u16string_view path, std::u16string_view copy) override {
-    if (platform::FileExists(copy)) return platform::Done{};
-    const platform::Result<std::string> bytes = platform::ReadFile(path);
-    if (!bytes) return platform::Failure{bytes.Message()};
-    return platform::SaveFile(copy, *bytes);
+    const auto made = platform::CopyToNewFile(path, copy);
+    if (!made) return platform::Failure{made.Message()};
+    return platform::Done{};
   }
 
   bool IsDryRun() const override { return false; }

@@ -1,7 +1,11 @@
 #include "platform/FileLock.h"
 
 #include "platform/Posix.h"
+#include "platform/System.h"
+#include "text/Encoding.h"
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <fcntl.h>
 #include <string>
@@ -40,28 +44,58 @@ bool IsStillNamed(const std::string& path, int file) {
          named.st_ino == opened.st_ino;
 }
 
+// A lock that a killed process has left must not keep those out who may write the file.
+void Share(int lock, const std::string& file) {
+  struct stat info {};
+  if (stat(file.c_str(), &info) != 0 || fchown(lock, info.st_uid, info.st_gid) != 0) return;
+  if ((info.st_mode & S_IWGRP) != 0) fchmod(lock, S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP);
+}
+
+// For people; the lock itself is the system's.
+void SignWithName(int lock) {
+  const std::string text =
+      "process " + std::to_string(getpid()) + " on " + text::ToUtf8(MachineName()) + "\n";
+  if (ftruncate(lock, 0) == 0) static_cast<void>(pwrite(lock, text.data(), text.size(), 0) > 0);
+}
+
+std::u16string HolderOf(const std::string& path) {
+  const Descriptor lock(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+  std::array<char, 512> bytes{};
+  const ssize_t count = lock.IsOpen() ? read(lock.Get(), bytes.data(), bytes.size()) : 0;
+  const std::string_view text(bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+  const std::string_view line = text.substr(0, text.find('\n'));
+  return line.empty() ? u"another program" : text::FromUtf8(line);
+}
+
 // Not open when somebody else has it; then errno is EWOULDBLOCK.
-Descriptor TryToLock(const std::string& path) {
-  Descriptor file(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
-  if (!file.IsOpen() || flock(file.Get(), LOCK_EX | LOCK_NB) != 0) return Descriptor();
-  if (IsStillNamed(path, file.Get())) return file;
+Descriptor TryToLock(const std::string& path, const std::string& file) {
+  Descriptor lock(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600));
+  if (!lock.IsOpen() || flock(lock.Get(), LOCK_EX | LOCK_NB) != 0) return Descriptor();
+  if (IsStillNamed(path, lock.Get())) {
+    Share(lock.Get(), file);
+    SignWithName(lock.Get());
+    return lock;
+  }
   errno = EWOULDBLOCK;
   return Descriptor();
 }
 
 } // namespace
 
-Result<FileLock> FileLock::Acquire(std::u16string_view path, std::chrono::milliseconds time) {
+Result<FileLock> FileLock::Acquire(std::u16string_view file, std::chrono::milliseconds time,
+                                   const LockWaiting& waiting) {
   constexpr std::chrono::milliseconds again(5);
-  const Result<std::string> native = NativeForWriting(path);
-  if (!native) return FileFailure(u"lock file", path, native.Message());
+  const Result<std::string> native = RealPathForWriting(file);
+  if (!native) return FileFailure(u"lock file", file, native.Message());
+  const std::string path = *native + ".lock";
   const auto end = std::chrono::steady_clock::now() + time;
   for (;;) {
-    Descriptor file = TryToLock(*native);
-    if (file.IsOpen()) return FileLock(std::make_unique<State>(*native, std::move(file)));
-    if (errno != EWOULDBLOCK && errno != EINTR) return FileFailure(u"lock file", path, Reason(errno));
-    if (std::chrono::steady_clock::now() >= end)
-      return FileFailure(u"lock file", path, u"Another program holds it");
+    Descriptor lock = TryToLock(path, *native);
+    if (lock.IsOpen()) return FileLock(std::make_unique<State>(path, std::move(lock)));
+    if (errno != EWOULDBLOCK && errno != EINTR) return FileFailure(u"lock file", file, Reason(errno));
+    const std::u16string holder = HolderOf(path);
+    if (std::chrono::steady_clock::now() >= end || (waiting && !waiting(holder)))
+      return FileFailure(u"lock file", file, u"It is held by " + holder);
     std::this_thread::sleep_for(again);
   }
 }

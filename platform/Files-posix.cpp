@@ -1,3 +1,4 @@
+#include "platform/FileTraits-posix.h"
 #include "platform/Files.h"
 #include "platform/Posix.h"
 #include "platform/Spool.h"
@@ -7,6 +8,7 @@
 
 #include <array>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
@@ -50,12 +52,15 @@ void SyncFolder(const std::string& folder) {
   if (handle.IsOpen()) fsync(handle.Get()); // some file systems cannot; the file itself is safe by now
 }
 
-// A new file beside the one it is for; it vanishes again unless it was put in place.
+// A new file beside the one it is for; it vanishes again unless it was put in place. It has no name until
+// then, so that a killed process leaves nothing behind, where the file system can do that.
 class TemporaryFile {
 public:
-  TemporaryFile(const std::string& folder, mode_t mode) {
+  TemporaryFile(const std::string& folder, mode_t mode) : folder_(folder) {
+    file_ = Descriptor(open(folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, mode));
+    if (file_.IsOpen() && access(NameOfHandle().c_str(), F_OK) == 0) return;
     do {
-      path_ = folder + "/.kx-" + RandomLetters(12) + ".tmp";
+      path_ = NewName();
       file_ = Descriptor(open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
     } while (!file_.IsOpen() && errno == EEXIST);
     if (!file_.IsOpen()) error_ = errno;
@@ -63,7 +68,7 @@ public:
   TemporaryFile(const TemporaryFile&) = delete;
   TemporaryFile& operator=(const TemporaryFile&) = delete;
   ~TemporaryFile() {
-    if (!placed_ && error_ == 0) unlink(path_.c_str());
+    if (!placed_ && error_ == 0 && !path_.empty()) unlink(path_.c_str());
   }
 
   int Error() const { return error_; }
@@ -71,54 +76,75 @@ public:
 
   int Write(std::string_view bytes) { return WriteAll(file_.Get(), bytes); }
 
-  // Makes all of it durable.
-  int Finish() {
-    const int error = fsync(file_.Get()) == 0 ? 0 : errno;
-    return error != 0 ? error : file_.Close();
-  }
+  // Makes all of it durable, what stands beside the content too.
+  int Finish() { return fsync(file_.Get()) == 0 ? 0 : errno; }
 
   int RenameTo(const std::string& target) {
-    if (rename(path_.c_str(), target.c_str()) != 0) return errno;
-    placed_ = true;
-    return 0;
+    int error = 0;
+    while (path_.empty() && error == 0) {
+      const std::string name = NewName();
+      error = LinkAs(name);
+      if (error == 0) path_ = name;
+      if (error == EEXIST) error = 0;
+    }
+    if (error == 0) error = file_.Close();
+    if (error == 0 && rename(path_.c_str(), target.c_str()) != 0) error = errno;
+    placed_ = error == 0;
+    return error;
   }
 
-  // Unlike a rename this never replaces a file.
-  int LinkAs(const std::string& target) { return link(path_.c_str(), target.c_str()) == 0 ? 0 : errno; }
+  // Never replaces anything: EEXIST. File systems of a network have links only.
+  int PlaceAsNew(const std::string& target) {
+    if (path_.empty()) {
+      const int error = LinkAs(target);
+      return error == 0 ? file_.Close() : error;
+    }
+    if (const int error = file_.Close(); error != 0) return error;
+    if (renameat2(AT_FDCWD, path_.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) == 0) {
+      placed_ = true;
+      return 0;
+    }
+    if (errno != EINVAL && errno != ENOSYS) return errno;
+    return link(path_.c_str(), target.c_str()) == 0 ? 0 : errno;
+  }
 
 private:
-  std::string path_;
+  std::string NewName() const { return folder_ + "/.kx-" + RandomLetters(12) + ".tmp"; }
+  std::string NameOfHandle() const { return "/proc/self/fd/" + std::to_string(file_.Get()); }
+  int LinkAs(const std::string& name) const {
+    return linkat(AT_FDCWD, NameOfHandle().c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == 0 ? 0
+                                                                                                    : errno;
+  }
+
+  std::string folder_;
+  std::string path_; // empty while it has no name
   Descriptor file_;
   int error_ = 0;
   bool placed_ = false;
 };
 
-// Where a chain of symbolic links ends, even when nothing is there yet.
-std::string FollowLinks(std::string native) {
-  std::error_code error;
-  for (int depth = 0; depth < 40; ++depth) {
-    const std::filesystem::path target = std::filesystem::read_symlink(native, error);
-    if (error) break;
-    native = (std::filesystem::path(FolderOf(native)) / target).string();
-  }
-  return native;
+// In a folder that everybody writes to, a link of somebody else's may lead anywhere: the system does not
+// follow it either when a file is opened there.
+bool IsTrustedLink(const std::string& native) {
+  struct stat link {};
+  struct stat folder {};
+  if (lstat(native.c_str(), &link) != 0 || stat(FolderOf(native).c_str(), &folder) != 0) return false;
+  const bool isShared = (folder.st_mode & S_ISVTX) != 0 && (folder.st_mode & S_IWOTH) != 0;
+  return !isShared || link.st_uid == geteuid() || link.st_uid == folder.st_uid;
 }
 
-// Why an existing file must not be replaced; 0 when it may. The superuser passes every access check, so a
-// file that nobody may write is told by its mode.
-int RefusalToReplace(const std::string& native, const struct stat& info) {
-  if (S_ISDIR(info.st_mode)) return EISDIR;
-  if (!S_ISREG(info.st_mode)) return EINVAL;
-  if ((info.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0) return EACCES;
-  return faccessat(AT_FDCWD, native.c_str(), W_OK, AT_EACCESS) == 0 ? 0 : errno;
-}
+constexpr std::u16string_view kForeignLink =
+    u"It is a link that another user has made in a folder that everybody writes to";
 
-// Owner first: changing it takes special mode bits away. Only the superuser can give files to others.
-int TakeOverOwnerAndMode(int fd, const struct stat& old) {
-  const bool owned = fchown(fd, old.st_uid, old.st_gid) == 0;
-  if (!owned && geteuid() == 0) return errno;
-  if (!owned && fchown(fd, static_cast<uid_t>(-1), old.st_gid) != 0) errno = 0;
-  return fchmod(fd, old.st_mode & 07777) == 0 ? 0 : errno;
+// Why an existing file must not be replaced; empty when it may. The superuser passes every access check, so a
+// file that nobody may write is told by its mode. The other names of a file would go on standing for the old
+// content.
+std::u16string RefusalToReplace(const std::string& native, const struct stat& info) {
+  if (S_ISDIR(info.st_mode)) return Reason(EISDIR);
+  if (!S_ISREG(info.st_mode)) return Reason(EINVAL);
+  if ((info.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0) return Reason(EACCES);
+  if (faccessat(AT_FDCWD, native.c_str(), W_OK, AT_EACCESS) != 0) return Reason(errno);
+  return info.st_nlink > 1 ? SeveralNames(info.st_nlink) : std::u16string();
 }
 
 Status WriteTo(TemporaryFile& file, const WriteContent& content) {
@@ -133,19 +159,39 @@ std::u16string Replace(const std::string& target, const WriteContent& content) {
   struct stat old {};
   const bool exists = stat(target.c_str(), &old) == 0;
   if (!exists && errno != ENOENT) return Reason(errno);
-  if (const int refusal = exists ? RefusalToReplace(target, old) : 0; refusal != 0) return Reason(refusal);
+  if (auto refusal = exists ? RefusalToReplace(target, old) : std::u16string(); !refusal.empty())
+    return refusal;
 
   TemporaryFile temporary(FolderOf(target), exists ? 0600 : 0666);
   int error = temporary.Error();
-  if (error == 0 && exists) error = TakeOverOwnerAndMode(temporary.Handle(), old);
   if (error != 0) return Reason(error);
+  if (content)
+    if (const auto written = WriteTo(temporary, content); !written) return written.Message();
+  if (exists)
+    if (auto refusal = TakeOverTraits(temporary.Handle(), target, old); !refusal.empty()) return refusal;
   if (!content) return {};
-  if (const auto written = WriteTo(temporary, content); !written) return written.Message();
   error = temporary.Finish();
   if (error == 0) error = temporary.RenameTo(target);
   if (error != 0) return Reason(error);
   SyncFolder(FolderOf(target));
   return {};
+}
+
+// The traits of `like` when it exists; then its times, too, when asked.
+int MakeNew(const std::string& target, std::string_view bytes, const std::string& like, bool withTimes) {
+  struct stat info {};
+  const bool isLike = !like.empty() && stat(like.c_str(), &info) == 0;
+  TemporaryFile temporary(FolderOf(target), isLike ? 0600 : 0666);
+  int error = temporary.Error();
+  if (error == 0) error = temporary.Write(bytes);
+  if (error != 0) return error;
+  if (isLike) TakeOverTraitsOrKeepPrivate(temporary.Handle(), like, info);
+  const std::array<timespec, 2> times{info.st_atim, info.st_mtim};
+  if (withTimes && isLike && futimens(temporary.Handle(), times.data()) != 0) return errno;
+  error = temporary.Finish();
+  if (error == 0) error = temporary.PlaceAsNew(target);
+  if (error == 0) SyncFolder(FolderOf(target));
+  return error;
 }
 
 int MakeFolders(const std::string& native) {
@@ -170,6 +216,18 @@ std::u16string FromEnvironment(const char* name) {
 
 } // namespace
 
+Result<std::string> RealPathForWriting(std::u16string_view path) {
+  Result<std::string> native = NativeForWriting(path);
+  std::error_code error;
+  for (int depth = 0; native && depth < 40; ++depth) {
+    const std::filesystem::path target = std::filesystem::read_symlink(*native, error);
+    if (error) break;
+    if (!IsTrustedLink(*native)) return Failure{std::u16string(kForeignLink)};
+    *native = (std::filesystem::path(FolderOf(*native)) / target).string();
+  }
+  return native;
+}
+
 Result<std::string> ReadPrivateFile(std::u16string_view path) {
   const auto native = FindNative(path);
   struct stat info {};
@@ -188,7 +246,7 @@ Status CreatePrivateFile(std::u16string_view path, std::string_view bytes) {
   error = temporary.Error();
   if (error == 0) error = temporary.Write(bytes);
   if (error == 0) error = temporary.Finish();
-  if (error == 0) error = temporary.LinkAs(*native);
+  if (error == 0) error = temporary.PlaceAsNew(*native);
   if (error != 0 && error != EEXIST) return FileFailure(u"create file", path, Reason(error));
   return Done{};
 }
@@ -247,11 +305,29 @@ Status FileReader::Rewind() {
 }
 
 Status SaveFileInPieces(std::u16string_view path, const WriteContent& content) {
-  const Result<std::string> native = NativeForWriting(path);
-  if (!native) return FileFailure(u"write file", path, native.Message());
-  const std::u16string refusal = Replace(FollowLinks(*native), content);
+  const Result<std::string> native = RealPathForWriting(path);
+  const std::u16string refusal = native ? Replace(*native, content) : native.Message();
   if (!refusal.empty()) return FileFailure(u"write file", path, refusal);
   return Done{};
+}
+
+static Result<bool> SaveNew(std::u16string_view path, std::string_view bytes, std::u16string_view like,
+                            bool withTimes) {
+  const Result<std::string> native = NativeForWriting(path);
+  if (!native) return FileFailure(u"create file", path, native.Message());
+  const int error = MakeNew(*native, bytes, FindNative(like).value_or(""), withTimes);
+  if (error != 0 && error != EEXIST) return FileFailure(u"create file", path, Reason(error));
+  return error == 0;
+}
+
+Result<bool> SaveNewFile(std::u16string_view path, std::string_view bytes, std::u16string_view like) {
+  return SaveNew(path, bytes, like, false);
+}
+
+Result<bool> CopyToNewFile(std::u16string_view from, std::u16string_view path) {
+  const Result<std::string> bytes = ReadFile(from);
+  if (!bytes) return Failure{bytes.Message()};
+  return SaveNew(path, *bytes, from, true);
 }
 
 Status SaveFile(std::u16string_view path, std::string_view bytes) {

@@ -69,6 +69,34 @@ private:
   PSECURITY_DESCRIPTOR descriptor_ = nullptr;
 };
 
+Refusal CopyStream(const std::wstring& from, const std::wstring& to) {
+  const Handle source(CreateFileW(from.c_str(), GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr));
+  const Handle copy(CreateFileW(to.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr));
+  if (!source.IsOpen() || !copy.IsOpen()) return Reason(GetLastError());
+  std::array<char, 65536> block;
+  for (;;) {
+    DWORD count = 0;
+    if (::ReadFile(source.Get(), block.data(), static_cast<DWORD>(block.size()), &count, nullptr) == FALSE)
+      return Reason(GetLastError());
+    if (count == 0) return {};
+    if (Refusal refusal = WriteAll(copy.Get(), {block.data(), count}); !refusal.empty()) return refusal;
+  }
+}
+
+// All but the content proper, which has no name ("::$DATA"). A volume without such streams names none.
+Refusal CopyStreams(const std::wstring& from, const std::wstring& to) {
+  WIN32_FIND_STREAM_DATA stream{};
+  const HANDLE found = FindFirstStreamW(from.c_str(), FindStreamInfoStandard, &stream, 0);
+  if (found == INVALID_HANDLE_VALUE) return {};
+  Refusal refusal;
+  do {
+    const std::wstring name = stream.cStreamName;
+    if (!name.starts_with(L"::")) refusal = CopyStream(from + name, to + name);
+  } while (refusal.empty() && FindNextStreamW(found, &stream) != FALSE);
+  FindClose(found);
+  return refusal;
+}
+
 // A new file beside the one it is for; it vanishes again unless it was put in place.
 class TemporaryFile {
 public:
@@ -93,19 +121,22 @@ public:
 
   Refusal Write(std::string_view bytes) { return WriteAll(file_.Get(), bytes); }
 
-  // Makes all of it durable.
-  Refusal Finish() {
+  // Makes all of it durable. `times`, when it is given, is another file's, whose last change becomes that of
+  // this one.
+  Refusal Finish(const WIN32_FILE_ATTRIBUTE_DATA* times = nullptr) {
+    if (times != nullptr) SetFileTime(file_.Get(), nullptr, nullptr, &times->ftLastWriteTime);
     Refusal refusal = FlushFileBuffers(file_.Get()) == FALSE ? Reason(GetLastError()) : Refusal();
     file_.Close();
     return refusal;
   }
 
-  // Time of creation, attributes and access rules.
+  // Time of creation, attributes and access rules, and what else stands in the file under names of its own.
   Refusal TakeOverFrom(const std::wstring& old) {
     WIN32_FILE_ATTRIBUTE_DATA info{};
     if (GetFileAttributesExW(old.c_str(), GetFileExInfoStandard, &info) == FALSE)
       return Reason(GetLastError());
     SetFileTime(file_.Get(), &info.ftCreationTime, nullptr, nullptr);
+    if (Refusal refusal = CopyStreams(old, path_); !refusal.empty()) return refusal;
     constexpr DWORD kept = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
     SetFileAttributesW(path_.c_str(), (info.dwFileAttributes & kept) | FILE_ATTRIBUTE_ARCHIVE);
     return AccessRules(old).ApplyTo(path_);
@@ -114,13 +145,21 @@ public:
   // One step for the file system: the old file or the new one stands under the name at any time. (The
   // system's ReplaceFile first moves the old one away.) Scanners and indexers look into a file just made for
   // a moment.
-  Refusal RenameTo(const std::wstring& target) {
+  Refusal RenameTo(const std::wstring& target) { return Place(target, MOVEFILE_REPLACE_EXISTING); }
+  // Never replaces anything: nothing then, and IsPlaced tells.
+  Refusal PlaceAsNew(const std::wstring& target) {
+    Refusal refusal = Place(target, 0);
+    return GetFileAttributesW(target.c_str()) != INVALID_FILE_ATTRIBUTES ? Refusal() : refusal;
+  }
+  bool IsPlaced() const { return placed_; }
+
+private:
+  Refusal Place(const std::wstring& target, DWORD how) {
     constexpr int mostTries = 10;
     DWORD error = ERROR_SUCCESS;
     for (int i = 0; i < mostTries && !placed_; ++i) {
       if (i > 0) Sleep(50);
-      placed_ = MoveFileExW(path_.c_str(), target.c_str(),
-                            MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != FALSE;
+      placed_ = MoveFileExW(path_.c_str(), target.c_str(), how | MOVEFILE_WRITE_THROUGH) != FALSE;
       error = placed_ ? ERROR_SUCCESS : GetLastError();
       if (error != ERROR_ACCESS_DENIED && error != ERROR_SHARING_VIOLATION) break;
     }
@@ -129,7 +168,6 @@ public:
     return Reason(error == ERROR_ACCESS_DENIED ? ERROR_SHARING_VIOLATION : error);
   }
 
-private:
   std::wstring path_;
   Handle file_;
   Refusal error_;
@@ -142,7 +180,10 @@ Refusal RefusalToReplace(const std::wstring& native, DWORD attributes) {
   if ((attributes & FILE_ATTRIBUTE_READONLY) != 0) return Refusal(kReadOnly);
   const Handle file(
       CreateFileW(native.c_str(), GENERIC_WRITE | DELETE, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr));
-  return file.IsOpen() ? Refusal() : Reason(GetLastError());
+  if (!file.IsOpen()) return Reason(GetLastError());
+  BY_HANDLE_FILE_INFORMATION info{};
+  const bool isKnown = GetFileInformationByHandle(file.Get(), &info) != FALSE;
+  return isKnown && info.nNumberOfLinks > 1 ? SeveralNames(info.nNumberOfLinks) : Refusal();
 }
 
 // Where a link leads to; the path as it is when it is none.
@@ -163,24 +204,50 @@ Status WriteTo(TemporaryFile& file, const WriteContent& content) {
   });
 }
 
-// Without content all but the writing is done.
-Refusal Replace(const std::wstring& native, const WriteContent& content) {
-  if (IsDevice(native)) return Refusal(kNoRegularFile);
-  const DWORD attributes = GetFileAttributesW(native.c_str());
+// Without content all but the writing is done. `target` is no link.
+Refusal Replace(const std::wstring& target, const WriteContent& content) {
+  if (IsDevice(target)) return Refusal(kNoRegularFile);
+  const DWORD attributes = GetFileAttributesW(target.c_str());
   const bool exists = attributes != INVALID_FILE_ATTRIBUTES;
   if (!exists && GetLastError() != ERROR_FILE_NOT_FOUND) return Reason(GetLastError());
-  const Result<std::wstring> target = exists ? FollowLink(native, attributes) : Result(native);
-  if (!target) return target.Message();
-  Refusal refusal = exists ? RefusalToReplace(*target, attributes) : Refusal();
+  Refusal refusal = exists ? RefusalToReplace(target, attributes) : Refusal();
   if (!refusal.empty()) return refusal;
 
-  TemporaryFile temporary(text::ExtractFileDir(FromWide(*target)));
+  TemporaryFile temporary(text::ExtractFileDir(FromWide(target)));
   refusal = temporary.Error();
-  if (refusal.empty() && exists) refusal = temporary.TakeOverFrom(*target);
+  if (refusal.empty() && exists) refusal = temporary.TakeOverFrom(target);
   if (!refusal.empty() || !content) return refusal;
   if (const auto written = WriteTo(temporary, content); !written) return written.Message();
   refusal = temporary.Finish();
-  return refusal.empty() ? temporary.RenameTo(*target) : refusal;
+  return refusal.empty() ? temporary.RenameTo(target) : refusal;
+}
+
+// True when it was made. The traits of `like` when it exists; then its time, too, when asked.
+Result<bool> MakeNew(const std::wstring& target, std::string_view bytes, const std::wstring& like,
+                     bool withTime) {
+  if (IsDevice(target)) return Failure{std::u16string(kNoRegularFile)};
+  if (GetFileAttributesW(target.c_str()) != INVALID_FILE_ATTRIBUTES) return false;
+  WIN32_FILE_ATTRIBUTE_DATA info{};
+  const bool isLike =
+      !like.empty() && GetFileAttributesExW(like.c_str(), GetFileExInfoStandard, &info) != FALSE;
+  TemporaryFile temporary(text::ExtractFileDir(FromWide(target)));
+  Refusal refusal = temporary.Error();
+  if (refusal.empty() && isLike) refusal = temporary.TakeOverFrom(like);
+  if (refusal.empty()) refusal = temporary.Write(bytes);
+  if (refusal.empty()) refusal = temporary.Finish(isLike && withTime ? &info : nullptr);
+  if (refusal.empty()) refusal = temporary.PlaceAsNew(target);
+  if (!refusal.empty()) return Failure{std::move(refusal)};
+  return temporary.IsPlaced();
+}
+
+Result<bool> SaveNew(std::u16string_view path, std::string_view bytes, std::u16string_view like,
+                     bool withTime) {
+  const Result<std::wstring> native = ToNative(path);
+  if (!native) return FileFailure(u"create file", path, native.Message());
+  const Result<std::wstring> likeNative = like.empty() ? Result(std::wstring()) : ToNative(like);
+  auto made = MakeNew(*native, bytes, likeNative ? *likeNative : std::wstring(), withTime);
+  if (!made) return FileFailure(u"create file", path, made.Message());
+  return made;
 }
 
 Refusal MakeFolders(const std::u16string& full) {
@@ -208,6 +275,13 @@ bool IsProgram(const std::u16string& path) {
 }
 
 } // namespace
+
+Result<std::wstring> win32::RealPathForWriting(std::u16string_view path) {
+  Result<std::wstring> native = ToNative(path);
+  if (!native) return native;
+  const DWORD attributes = GetFileAttributesW(native->c_str());
+  return attributes == INVALID_FILE_ATTRIBUTES ? native : FollowLink(*native, attributes);
+}
 
 struct FileReader::State {
   Handle File;
@@ -257,7 +331,7 @@ Status FileReader::Rewind() {
 }
 
 Status SaveFileInPieces(std::u16string_view path, const WriteContent& content) {
-  const Result<std::wstring> native = ToNative(path);
+  const Result<std::wstring> native = RealPathForWriting(path);
   return StatusOf(native ? Replace(*native, content) : native.Message(), u"write file", path);
 }
 
@@ -267,6 +341,16 @@ Status SaveFile(std::u16string_view path, std::string_view bytes) {
 
 Status CheckSaveFile(std::u16string_view path) {
   return SaveFileInPieces(path, {});
+}
+
+Result<bool> SaveNewFile(std::u16string_view path, std::string_view bytes, std::u16string_view like) {
+  return SaveNew(path, bytes, like, false);
+}
+
+Result<bool> CopyToNewFile(std::u16string_view from, std::u16string_view path) {
+  const Result<std::string> bytes = ReadFile(from);
+  if (!bytes) return Failure{bytes.Message()};
+  return SaveNew(path, *bytes, from, true);
 }
 
 Status CreateDirectories(std::u16string_view path) {

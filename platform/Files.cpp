@@ -14,6 +14,11 @@ Failure FileFailure(std::u16string_view action, std::u16string_view path, std::u
   return {std::u16string(u"Cannot ").append(action).append(u" ").append(path).append(u". ").append(reason)};
 }
 
+std::u16string SeveralNames(std::uint64_t count) {
+  return u"It has " + text::FromInteger(static_cast<std::int64_t>(count)) +
+         u" names (hard links), and only one of them would lead to the new content";
+}
+
 std::string RandomLetters(std::size_t count) {
   constexpr std::string_view letters = "abcdefghijklmnopqrstuvwxyz0123456789";
   std::random_device random;

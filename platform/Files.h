@@ -72,12 +72,21 @@ private:
 };
 
 // Replaces or makes a file so that a crash, a kill or a full disk leaves the old content or the new one: a
-// temporary file beside the target, flushed, then renamed over it. Mode and owner of the old file (on Windows
-// its attributes and access rules) are kept; a symbolic link is followed. A target that is not writable is
-// refused, though a rename would succeed.
+// temporary file beside the target, flushed, then renamed over it. A symbolic link is followed. Kept are
+// owner, group and mode, access control lists and extended attributes of the old file (on Windows its
+// attributes and access rules), at no moment is more granted than by them, and where one cannot be kept the
+// file is not replaced. Neither is one of several names (hard links), which the new one would be parted from,
+// nor one that is not writable, though a rename would succeed.
 Status SaveFile(std::u16string_view path, std::string_view bytes);
 // Why SaveFile would fail, as far as that can be told beforehand (a full disk cannot). Changes nothing.
 Status CheckSaveFile(std::u16string_view path);
+
+// Makes a file, whole or not at all. False, and nothing happens, when there is something of that name
+// already, whoever has just made it. Whoever has access to `like` has the same to the new file; where this
+// user cannot grant that, nobody else has any.
+Result<bool> SaveNewFile(std::u16string_view path, std::string_view bytes, std::u16string_view like = {});
+// The same with the content of a file and the time of its last change.
+Result<bool> CopyToNewFile(std::u16string_view from, std::u16string_view path);
 
 // What a folder holds, sorted by name without regard to letter case.
 struct FolderEntry {

@@ -44,6 +44,10 @@ std::optional<std::string> FindNative(std::u16string_view path);
 // The same for the part of the path that exists; the rest as written.
 Result<std::string> NativeForWriting(std::u16string_view path);
 
+// The same, behind all links: where the file is that a writer replaces or makes. A link that leads nowhere
+// gives the place where it leads.
+Result<std::string> RealPathForWriting(std::u16string_view path);
+
 // A small file for its owner's eyes only. Reading refuses one that others may read.
 Result<std::string> ReadPrivateFile(std::u16string_view path);
 // Makes the file and its folder; when it exists already, it stays as it is and that is no failure.

@@ -72,6 +72,8 @@ std::u16string Reason(DWORD error);
 Result<std::u16string> FullPath(std::u16string_view path);
 // The same, as functions of the system take it whatever its length.
 Result<std::wstring> ToNative(std::u16string_view path);
+// The same, and behind the link when it is one: where the file is that a writer replaces or makes.
+Result<std::wstring> RealPathForWriting(std::u16string_view path);
 std::wstring WithLongPrefix(std::u16string_view fullPath);
 // "NUL", "CON", a pipe: a name that no file has, seen from a native path.
 bool IsDevice(std::wstring_view native);

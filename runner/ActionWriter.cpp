@@ -81,6 +81,15 @@ const std::u16string* TPropertyTexts::Find(const TKxPublishedProperty& property)
   return defaults_ == nullptr ? nullptr : defaults_->Find(property);
 }
 
+std::vector<const TKxPublishedProperty*> ChangedProperties(const TActionSource& source) {
+  std::vector<const TKxPublishedProperty*> changed;
+  for (const auto* property : source.Node->Properties())
+    if (!IsClearSecret(*property) && (property->Stored || HasElement(*source.Element, *property)) &&
+        MustBeWritten(source, *property))
+      changed.push_back(property);
+  return changed;
+}
+
 TActionWriter::TActionWriter(std::string_view bytes, TTextEdits& edits) : text_(bytes, edits) {}
 
 std::string TActionWriter::ListLines(const text::TStringList& list, const std::string& indent) const {

@@ -21,6 +21,9 @@ public:
   TPropertyTexts(const TActionNode& node, const TPropertyTexts& defaults);
 
   const std::u16string* Find(const TKxPublishedProperty& property) const; // null for one that is left out
+  void Put(const TKxPublishedProperty& property, std::u16string text) {
+    texts_.insert_or_assign(&property, std::move(text));
+  }
 
 private:
   const TPropertyTexts* defaults_ = nullptr;
@@ -39,6 +42,9 @@ struct TActionSource {
   std::set<const TKxPublishedProperty*> Edited =
       {}; // by the user: lists, and texts without their references, count too
 };
+
+// What Update would write: stored properties, and others that the file states.
+std::vector<const TKxPublishedProperty*> ChangedProperties(const TActionSource& source);
 
 class TActionWriter {
 public:

@@ -1,7 +1,6 @@
 #include "runner/OptionsStore.h"
 
 #include "host/Exceptions.h"
-#include "platform/FileLock.h"
 #include "platform/Files.h"
 #include "runner/Messages.h"
 #include "text/Encoding.h"
@@ -10,8 +9,6 @@
 namespace kx {
 
 namespace {
-
-constexpr std::chrono::seconds LongestWait(30); // for others who are saving
 
 class TSectionReader : public IKxOptionsReader {
 public:
@@ -134,7 +131,7 @@ platform::Status TOptionsStore::Save() {
     auto made = platform::CreateDirectories(folder);
     if (!made) return made;
   }
-  const auto lock = platform::FileLock::Acquire(fileName_ + u".lock", LongestWait);
+  const auto lock = LockForSaving(fileName_, Patience);
   if (!lock) return platform::Failure{lock.Message()};
   auto saved = SaveChanges();
   if (saved) changed_.clear();

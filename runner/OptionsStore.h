@@ -4,6 +4,7 @@
 #include "host/Options.h"
 #include "platform/Result.h"
 #include "runner/IniText.h"
+#include "runner/SaveLock.h"
 #include "text/Text.h"
 
 #include <map>
@@ -45,6 +46,7 @@ public:
   // time; its folder is made. What others have stored in the meantime stays, and is seen when it is read
   // again.
   platform::Status Save();
+  TSavePatience Patience; // with others who are saving
 
   enum class EOverrides { Apply, Ignore };
   // One section, for an options object. Valid as long as the store.

@@ -18,6 +18,10 @@ void TProjectRunner::AddSink(IRunEventSink& sink) {
   engine_->Log.AddSink(sink);
 }
 
+void TProjectRunner::StoreIn(TProjectFile& file) {
+  engine_->File = &file;
+}
+
 std::vector<TValidationEntry> TProjectRunner::Validate() {
   validating_ = true;
   auto entries = ValidateProject(engine_->Project, engine_->Expressions);
@@ -27,6 +31,10 @@ std::vector<TValidationEntry> TProjectRunner::Validate() {
     engine_->Log.Secrets().Mask(entry.Message);
   }
   return entries;
+}
+
+text::TStringList TProjectRunner::FilesToChange() const {
+  return kx::FilesToChange(engine_->Project);
 }
 
 std::vector<TValidationNote> TProjectRunner::CheckFilesToChange() {
@@ -86,6 +94,11 @@ void TProjectRunner::SetVariable(std::u16string_view name, std::u16string_view v
 
 IPropertySetService& TProjectRunner::PropertySets() {
   return engine_->Project.PropertySets;
+}
+
+void TProjectRunner::ChangeStored(TCustomKxAction& action, std::span<const std::u16string_view> properties,
+                                  const std::function<void()>& change) {
+  engine_->ChangeStored(action, properties, change);
 }
 
 std::u16string TProjectRunner::EncryptString(std::u16string_view clear) {

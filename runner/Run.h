@@ -15,6 +15,7 @@
 
 namespace kx {
 
+class TProjectFile;
 class TRunEngine;
 
 struct TRunSettings {
@@ -35,9 +36,13 @@ public:
 
   TProject& Project();
   void AddSink(IRunEventSink& sink); // outlives the runner
+  // What actions count up is stored there before they use it (not in a dry run); without it in memory only.
+  void StoreIn(TProjectFile& file); // outlives the runner
 
   // Everything that can be found wrong without running (ValidateProject). Runs nothing, raises nothing.
   std::vector<TValidationEntry> Validate();
+  // The files that the actions would change, as far as it can be told beforehand.
+  text::TStringList FilesToChange() const;
   // What stands in the way of the files that the actions would change, as far as it can be told beforehand.
   std::vector<TValidationNote> CheckFilesToChange();
 
@@ -60,6 +65,8 @@ public:
   void SetVariable(std::u16string_view name, std::u16string_view value) override;
   IPropertySetService& PropertySets() override;
   std::u16string EncryptString(std::u16string_view clear) override;
+  void ChangeStored(TCustomKxAction& action, std::span<const std::u16string_view> properties,
+                    const std::function<void()>& change) override;
   std::u16string DecryptString(std::u16string_view secret) override;
   std::shared_ptr<IKxProcess> NewProcess(TCustomKxAction& action) override;
   const TKxEvent& Stop() const override;

@@ -2,6 +2,7 @@
 
 #include "host/Services.h"
 #include "runner/DryRun.h"
+#include "runner/ProjectFile.h"
 #include "runner/TestSuites.h"
 #include "runner/Validation.h"
 
@@ -308,6 +309,20 @@ void TRunEngine::EndConfiguration(const TCustomKxAction& action, TKxOutcome outc
     kind = FailureKind();
   execution->EndConfiguration(kind);
   UpdateCounts();
+}
+
+void TRunEngine::ChangeStored(const TCustomKxAction& action, std::span<const std::u16string_view> properties,
+                              const std::function<void()>& change) {
+  const TActionNode* node = File == nullptr || isDryRun_ ? nullptr : Project.FindNode(action);
+  if (node == nullptr) {
+    change();
+    return;
+  }
+  TSavePatience patience;
+  patience.Say = [this](const std::u16string& message) { Say({message, TStatusTag::stNormal}); };
+  patience.GoesOn = [this] { return !StopSignal.IsRaised(); };
+  const auto stored = File->Change(*node, properties, change, patience);
+  if (!stored) throw EKxException(u"The numbers cannot be stored, so they are not used. " + stored.Message());
 }
 
 void TRunEngine::UpdateCounts() {

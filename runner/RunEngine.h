@@ -35,6 +35,9 @@ public:
   void EndConfiguration(const TCustomKxAction& action, TKxOutcome outcome);
   void ReportBreach(std::u16string_view rule, std::u16string_view message); // of the innermost
 
+  void ChangeStored(const TCustomKxAction& action, std::span<const std::u16string_view> properties,
+                    const std::function<void()>& change); // as IKxActionHost
+
   std::shared_ptr<IKxProcess> NewProcess();
 
   const TServiceRegistry& Services;
@@ -44,6 +47,7 @@ public:
   TVariables Variables;
   TExpressionEngine Expressions;
   TEventLog Log;
+  TProjectFile* File = nullptr; // stores what actions change; null: nothing does
 
 private:
   struct TFrame {

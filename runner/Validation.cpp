@@ -156,15 +156,16 @@ private:
   std::set<const TKxActionClass*> before_;    // of the actions, loops apart, that run earlier
 };
 
+using TFileVisitor = std::function<void(const TActionNode& node, const std::u16string& file)>;
+
 // Several actions may change one file; it is named once for each.
-void CheckFiles(const TNodes& nodes, std::vector<TValidationNote>& notes) {
+void VisitFilesToChange(const TNodes& nodes, const TFileVisitor& visit) {
   for (const auto& node : nodes) {
     text::TStringList files;
     node->Action().GetFilesToChange(files);
     for (const auto& file : files)
-      if (const auto allowed = platform::CheckSaveFile(file); !allowed)
-        notes.push_back({node->DisplayName(), allowed.Message()});
-    CheckFiles(node->Children(), notes);
+      visit(*node, file);
+    VisitFilesToChange(node->Children(), visit);
   }
 }
 
@@ -187,8 +188,18 @@ TValidationEntries ValidateProject(const TProject& project, const TExpressionEng
 
 std::vector<TValidationNote> CheckFilesToChange(const TProject& project) {
   std::vector<TValidationNote> notes;
-  CheckFiles(project.Actions(), notes);
+  VisitFilesToChange(project.Actions(), [&notes](const TActionNode& node, const std::u16string& file) {
+    if (const auto allowed = platform::CheckSaveFile(file); !allowed)
+      notes.push_back({node.DisplayName(), allowed.Message()});
+  });
   return notes;
+}
+
+text::TStringList FilesToChange(const TProject& project) {
+  text::TStringList files;
+  VisitFilesToChange(project.Actions(),
+                     [&files](const TActionNode&, const std::u16string& file) { files.Add(file); });
+  return files;
 }
 
 } // namespace kx

@@ -35,5 +35,7 @@ TValidationEntries ValidateProject(const TProject& project, const TExpressionEng
 
 // What stands in the way of the files that the actions would change.
 std::vector<TValidationNote> CheckFilesToChange(const TProject& project);
+// The files themselves, in the order of the actions.
+text::TStringList FilesToChange(const TProject& project);
 
 } // namespace kx

@@ -49,8 +49,10 @@ public:
                                          : platform::ToAnsiLossy(newText);
     const bool loses = text.Lost != 0 || !kx::FindLosses(script.Lines, fileName_, info).IsEmpty();
     const std::u16string copy = loses ? CopyOf(script) : fileName_ + u".orig";
-    // The script must be stamped where it stands, even if nothing can be added beside it.
-    static_cast<void>(FileUpdates().CopyIfMissing(fileName_, copy));
+    // The script must be stamped where it stands, even if nothing can be added beside it: unless the copy is
+    // what the user is told to find the losses in.
+    const auto kept = FileUpdates().CopyIfMissing(fileName_, copy);
+    if (!kept && loses) throw EKxException(kept.Message());
     if (const auto written = FileUpdates().Replace(fileName_, text.Bytes); !written)
       throw EKxException(written.Message());
     Warn(rewritten, text.Lost, text::ExtractFileName(copy));

@@ -69,7 +69,12 @@ TEST_F(VersionStamping, IncrementsEachNumberOnceAnExecutionUnlessAPropertySetGiv
       u"UpdateAssemblyInfo=True&UpdateAssemblyVersion=True&UpdateAssemblyFileVersion=True&"
       u"AutoIncAssemblyBuildNumber=True&AutoIncAssemblyRevisionNo=True&"
       u"AutoIncAssemblyFileRevisionNo=True&AssemblyVersion=1|0|x|41&AssemblyFileVersion=9|8|7|6";
+  host_.StoringFails = u"The disk is full.";
+  EXPECT_THAT(Stamp(all), testing::EndsWith("3 The disk is full.\n< 3\nfailed"));
+  EXPECT_EQ(VersionsOf("App"), "=1.0.* ") << "no file bears a number that is not stored";
+  host_.StoringFails.clear();
   Stamp(all);
+  EXPECT_EQ(host_.Stored, (std::vector<std::string>{"AssemblyVersion", "AssemblyFileVersion"}));
   EXPECT_EQ(VersionsOf("App"), "=1.0.1.42 File=9.8.7.7 ");
   EXPECT_EQ(VersionsOf("Lib"), VersionsOf("App"));
   EXPECT_EQ(Get(u"AssemblyVersion"), "1|0|1|42") << "kept for the next execution";
@@ -79,6 +84,7 @@ TEST_F(VersionStamping, IncrementsEachNumberOnceAnExecutionUnlessAPropertySetGiv
   Stamp(all + u"&UseDotNetPropertySet=True&DotNetVersionInfoPropertySetName=Set&AssemblyVersion=1|0|7|41");
   EXPECT_EQ(VersionsOf("App"), "=5.0.7.41 File=5.0.7.41 ");
   EXPECT_EQ(Get(u"AssemblyVersion"), "1|0|7|41");
+  EXPECT_EQ(host_.Stored.size(), 2U) << "nothing was counted";
 }
 
 TEST_F(VersionStamping, ASelectionIsNarrowedByTheProjectsThatAreBuilt) {
@@ -93,8 +99,15 @@ TEST_F(VersionStamping, ASelectionIsNarrowedByTheProjectsThatAreBuilt) {
 
 TEST_F(VersionStamping, ReplacesTheVersionOfTheOneScriptThatHasAny) {
   host_.Variables[u"Year"] = u"2010";
-  const std::string log = Stamp(u"UpdateWin32Resource=True&MajorVersion=3&AutoIncBuild=True&BuildVersion=41&"
-                                u"VersionInfoKeys=LegalCopyright=(c) %Year%");
+  const std::u16string settings =
+      u"UpdateWin32Resource=True&MajorVersion=3&AutoIncBuild=True&BuildVersion=41&"
+      u"VersionInfoKeys=LegalCopyright=(c) %Year%";
+  host_.StoringFails = u"The disk is full.";
+  EXPECT_THAT(Stamp(settings), testing::EndsWith("3 The disk is full.\n< 3\nfailed"));
+  EXPECT_EQ(folder_.Read("Native/version.rc"), Script);
+  host_.StoringFails.clear();
+  const std::string log = Stamp(settings);
+  EXPECT_EQ(host_.Stored, std::vector<std::string>{"BuildVersion"});
   EXPECT_EQ(log,
             "> Updating Win32 Version Info\n0 Updating Version info in file : DIR/Native/version.rc\n< 1\n");
   const std::string script = folder_.Read("Native/version.rc");

@@ -146,6 +146,38 @@ TEST_F(EditorSession, AnotherEditorsFileIsNotOverwritten) {
   EXPECT_THAT(host_.Read("p.unsaved.kxproj"), HasSubstr("<Value Name=\"MajorVersion\">3</Value>"));
 }
 
+// A run beside the editor counts numbers in the file; only what else is changed in it is a matter for the
+// user.
+TEST_F(EditorSession, NumbersThatARunHasCountedAreTakenOver) {
+  const auto step = [](const char* number) {
+    return "    <Action Type=\"STEP\">\n      <Number>" + std::string(number) + "</Number>\n    </Action>\n";
+  };
+  const struct {
+    const char* Name;
+    std::function<void()> Edit;
+    std::string Theirs;
+    bool Saved;
+    std::string Number;
+  } rows[] = {
+      {"counted", [] {}, Project(step("8")), true, "8"},
+      {"counted, and a comment", [] {}, Project("    <!-- theirs -->\n" + step("8")), false, "8"},
+      {"counted what the user has changed", [this] { Set("0", 0, "Number", "30"); }, Project(step("8")),
+       false, "8"},
+      {"changed to the same", [this] { Set("0", 0, "Number", "8"); }, Project(step("8")), true, "8"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.Name);
+    Open(step("5"));
+    Do("variable", {{"name", "Mine"}, {"value", "1"}});
+    row.Edit();
+    host_.Write("p.kxproj", row.Theirs);
+    EXPECT_EQ(Do("save")["saved"], row.Saved);
+    EXPECT_THAT(host_.Read("p.kxproj"), HasSubstr("<Number>" + row.Number + "</Number>"));
+    EXPECT_EQ(host_.Read("p.kxproj").find("Mine") != std::string::npos, row.Saved);
+    EXPECT_EQ(Do("ping")["dirty"], !row.Saved);
+  }
+}
+
 TEST_F(EditorSession, WhatWasNotSavedIsOfferedAgainUntilItIsSaved) {
   const auto variable = [this](const char* name) { Do("variable", {{"name", name}, {"value", "1"}}); };
   const auto offered = [this] {

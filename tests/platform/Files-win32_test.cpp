@@ -53,6 +53,39 @@ TEST_F(WindowsFiles, AreRefusedByNameAndReason) {
   SetFileAttributesW(WithLongPrefix(readOnly).c_str(), FILE_ATTRIBUTE_NORMAL);
 }
 
+TEST_F(WindowsFiles, OfSeveralNamesAreNotParted) {
+  const std::u16string file = Write("twin", "old");
+  ASSERT_TRUE(CreateHardLinkW(WithLongPrefix(Path("other")).c_str(), WithLongPrefix(file).c_str(), nullptr));
+  EXPECT_EQ(SaveFile(file, "new").Message(),
+            u"Cannot write file " + file +
+                u". It has 2 names (hard links), and only one of them would lead to the new content");
+  EXPECT_EQ(*ReadFile(Path("other")), "old");
+}
+
+TEST_F(WindowsFiles, KeepTheirNamedStreamsAndTheTimeOfACopy) {
+  const std::u16string file = Write("downloaded", "old");
+  const std::u16string stream = file + u":Zone.Identifier";
+  const FILETIME time{.dwLowDateTime = 0, .dwHighDateTime = 0x01C00000};
+  {
+    const Handle zone(
+        CreateFileW(WithLongPrefix(stream).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr));
+    DWORD written = 0;
+    const bool isKnown = zone.IsOpen() && WriteFile(zone.Get(), "zone", 4, &written, nullptr) != FALSE;
+    if (!isKnown || *ReadFile(file) != "old" || !SaveFile(file, "old"))
+      GTEST_SKIP() << "this file system has no named streams";
+    const Handle whole(CreateFileW(WithLongPrefix(file).c_str(), FILE_WRITE_ATTRIBUTES, 7, nullptr,
+                                   OPEN_EXISTING, 0, nullptr));
+    SetFileTime(whole.Get(), nullptr, nullptr, &time);
+  }
+  EXPECT_TRUE(*CopyToNewFile(file, Path("copy")));
+  ASSERT_TRUE(SaveFile(file, "new"));
+  for (const auto& name : {file, Path("copy")})
+    EXPECT_EQ(*ReadFile(name + u":Zone.Identifier"), "zone");
+  WIN32_FILE_ATTRIBUTE_DATA info{};
+  GetFileAttributesExW(WithLongPrefix(Path("copy")).c_str(), GetFileExInfoStandard, &info);
+  EXPECT_EQ(info.ftLastWriteTime.dwHighDateTime, time.dwHighDateTime);
+}
+
 TEST_F(WindowsFiles, StayHiddenWhenReplaced) {
   const std::wstring native = WithLongPrefix(Write("hidden", "old"));
   SetFileAttributesW(native.c_str(), FILE_ATTRIBUTE_HIDDEN);

@@ -1,7 +1,9 @@
 #include "runner/ProjectFile.h"
 
+#include "platform/FileLock.h"
 #include "tests/runner/TestActions.h"
 
+#include <array>
 #include <gmock/gmock.h>
 
 namespace kx::tests {
@@ -133,6 +135,118 @@ TEST_F(ProjectFileSave, DoesNotOverwriteWhatSomebodyElseHasEdited) {
   host.Write("p.kxproj", "<BuildProject/>");
   EXPECT_FALSE(file.Save());
   EXPECT_EQ(host.Read("p.kxproj"), "<BuildProject/>");
+}
+
+// Two actions of one type: only their names tell them apart.
+std::string Named(std::string_view number, std::string_view name = "A", std::string_view others = "") {
+  return Project(std::string(others) + "    <Action Type=\"STEP\" Name=\"" + std::string(name) +
+                 "\">\n      <Number>" + std::string(number) +
+                 "</Number>\n    </Action>\n    <Action Type=\"STEP\" Name=\"B\"/>");
+}
+
+constexpr std::array<std::u16string_view, 1> Number{u"Number"};
+
+TEST_F(ProjectFileSave, NumbersAreCountedInTheFileAsItIsThen) {
+  const std::string comment = "    <!-- theirs -->\n    <Action Type=\"STEP\" Name=\"C\"/>\n";
+  const std::string twin = "    <Action Type=\"STEP\" Name=\"A\"/>\n";
+  const struct {
+    const char* Name;
+    std::string Theirs;
+    std::string After; // empty: refused
+  } cases[] = {
+      {"nobody else has been there", Named("5"), Named("6")},
+      {"another run has counted", Named("8"), Named("9")},
+      {"an editor has put something before it", Named("5", "A", comment), Named("6", "A", comment)},
+      {"both", Named("8", "A", comment), Named("9", "A", comment)},
+      {"the action has another name now", Named("5", "Z"), ""},
+      {"nobody knows which of two it is", Named("5", "A", twin), ""},
+      {"it cannot be read any more", "<BuildProject>", ""},
+  };
+  for (const auto& row : cases) {
+    SCOPED_TRACE(row.Name);
+    TEmbeddedHost host;
+    TProjectFile file(host.Project());
+    file.Load(host.Write("p.kxproj", Named("5")));
+    host.Write("p.kxproj", row.Theirs);
+    const TActionNode& node = *host.Project().Actions().front();
+    auto& action = static_cast<TStepAction&>(node.Action());
+    const auto count = [&] { return file.Change(node, Number, [&] { ++action.Number; }); };
+    EXPECT_EQ(static_cast<bool>(count()), !row.After.empty());
+    EXPECT_EQ(host.Read("p.kxproj"), row.After.empty() ? row.Theirs : row.After);
+    if (row.After.empty()) {
+      EXPECT_EQ(action.Number, 5);
+      continue;
+    }
+    // What is stored is not the run's to save any more: others may have counted on.
+    host.Write("p.kxproj", Named("20"));
+    EXPECT_TRUE(file.Save());
+    EXPECT_EQ(host.Read("p.kxproj"), Named("20"));
+    EXPECT_TRUE(count());
+    EXPECT_EQ(host.Read("p.kxproj"), Named("21"));
+  }
+}
+
+TEST_F(ProjectFileSave, WhatAnEditorHasNotSavedStaysOutOfTheFile) {
+  const struct {
+    const char* Name;
+    std::string Unsaved;
+    std::string FileAfter;
+    std::string TextAfter;
+  } cases[] = {
+      {"something else", Named("5", "A", "    <!-- mine -->\n"), Named("9"),
+       Named("9", "A", "    <!-- mine -->\n")},
+      {"the number itself", Named("30"), Named("31"), Named("31")},
+      {"an action that is new", Named("5", "New"), Named("8"), Named("6", "New")},
+  };
+  for (const auto& row : cases) {
+    SCOPED_TRACE(row.Name);
+    TEmbeddedHost host;
+    TProjectFile file(host.Project());
+    file.LoadBytes(row.Unsaved, host.Write("p.kxproj", Named("8")), Named("5"));
+    const TActionNode& node = *host.Project().Actions().front();
+    EXPECT_TRUE(file.Change(node, Number, [&] { ++static_cast<TStepAction&>(node.Action()).Number; }));
+    EXPECT_EQ(host.Read("p.kxproj"), row.FileAfter);
+    EXPECT_EQ(file.Text(), row.TextAfter);
+  }
+}
+
+TEST_F(ProjectFileSave, WaitsForWhoeverIsSavingAndSaysSo) {
+  TEmbeddedHost host;
+  TProjectFile file(host.Project());
+  file.Load(host.Write("p.kxproj", Named("5")));
+  const TActionNode& node = *host.Project().Actions().front();
+  auto& action = static_cast<TStepAction&>(node.Action());
+  const auto held = platform::FileLock::Acquire(host.Path("p.kxproj"), std::chrono::seconds(0));
+  ASSERT_TRUE(held);
+  std::vector<std::u16string> said;
+  const TSavePatience patience{.Longest = std::chrono::milliseconds(900),
+                               .Say = [&](const std::u16string& message) { said.push_back(message); }};
+  EXPECT_FALSE(file.Change(
+      node, Number, [&] { ++action.Number; }, patience));
+  EXPECT_EQ(action.Number, 5);
+  ASSERT_EQ(said.size(), 1U);
+  EXPECT_TRUE(said.front().starts_with(u"Waiting for " + host.Path("p.kxproj") + u", held by process "));
+}
+
+TEST_F(ProjectFileSave, ARunStoresANumberBeforeItIsUsed) {
+  const auto counting = [](const char* number) {
+    return Project("    <Action Type=\"STEP\"><Text>count</Text><Number>" + std::string(number) +
+                   "</Number></Action>");
+  };
+  std::string seen;
+  for (const bool isDry : {false, true}) {
+    TEmbeddedHost host(isDry);
+    TProjectFile file(host.Project());
+    file.Load(host.Write("p.kxproj", counting("5")));
+    host.Runner.StoreIn(file);
+    TStepAction::Deeds()[u"count"] = [&](TStepAction& action) {
+      action.ChangeStored(Number, [&action] { ++action.Number; });
+      seen = host.Read("p.kxproj");
+      return true;
+    };
+    host.Run();
+    EXPECT_EQ(seen, counting(isDry ? "5" : "6"));
+  }
 }
 
 } // namespace

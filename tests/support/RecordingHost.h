@@ -89,6 +89,8 @@ public:
   }
   // Raised by the user: the running process and all later ones end with ExitCodeTerminated.
   TKxEvent StopRequest;
+  std::vector<std::string> Stored; // the properties that an action had stored, one after the other
+  std::u16string StoringFails;     // when not empty: ChangeStored raises EKxException with it
   TTexts Variables;
   TFakePropertySetService Sets;
   std::function<bool(TKxBaseIterator&)> Children; // one pass of a loop; none: True
@@ -111,6 +113,13 @@ public:
   void ReportBreach(TCustomKxAction& /*action*/, std::u16string_view rule,
                     std::u16string_view message) override {
     Note('!', std::u16string(rule) + u" " + std::u16string(message));
+  }
+  void ChangeStored(TCustomKxAction& /*action*/, std::span<const std::u16string_view> properties,
+                    const std::function<void()>& change) override {
+    change();
+    if (!StoringFails.empty()) throw EKxException(StoringFails);
+    for (const auto name : properties)
+      Stored.push_back(text::ToUtf8(name));
   }
   std::u16string Expand(TCustomKxAction& action, std::u16string_view text) override;
   std::optional<std::u16string> GetVariable(std::u16string_view name) override {
