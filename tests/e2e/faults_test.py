@@ -1,0 +1,300 @@
+"""What happens when the system says no: each call of each command that writes something fails once, in turn.
+
+The calls are counted and refused by tests/faults/Faults.cpp. Every fault is followed by the same questions: is each file
+the old one or the new one, is nothing left behind, was it said what failed, does the exit code say so, does the next run
+work. Without KX_FAULTS=all only the first call of its kind on each file is tried."""
+import collections
+import hashlib
+import http.client
+import http.server
+import os
+import pathlib
+import re
+import shutil
+import signal
+import subprocess
+import threading
+import unittest
+import urllib.parse
+
+import e2e
+
+ALL = os.environ.get("KX_FAULTS") == "all"
+TOO_LONG = 60  # seconds
+# How each call fails, as the library lets it.
+REASON_OF = {
+    **dict.fromkeys(("open", "rename", "unlink"), "Permission denied"),
+    **dict.fromkeys(("write", "mkdir", "setxattr"), "No space left on device"),
+    **dict.fromkeys(("read", "fsync", "close", "stat", "readdir", "ftruncate", "getxattr"), "Input/output error"),
+    **dict.fromkeys(("link", "fchmod", "fchown", "futimens"), "Operation not permitted"),
+    "flock": "No locks available", "pipe": "Too many open files", "eventfd": "Too many open files",
+    "spawn": "Resource temporarily unavailable", "thread": "Resource temporarily unavailable"}
+TOOL = """#!/bin/sh
+for argument; do case "$argument" in
+  /resultsfile:*) cat "$0.trx" > "${argument#*:}" ;;
+esac; done
+echo "Passed  A"
+"""
+RESULTS = """<TestRun xmlns="http://microsoft.com/schemas/VisualStudio/TeamTest/2006"><Results>
+<UnitTestResult testName="A" outcome="Passed" duration="00:00:01.5000000"/></Results></TestRun>"""
+SOLUTION = """Microsoft Visual Studio Solution File, Format Version 11.00
+Project("{FAE04EC0-301F-11D3-BF4B-00C04F79EFBC}") = "App", "App\\App.csproj", "{11111111-1111-1111-1111-111111111111}"
+EndProject
+Project("{8BC9CEB8-8B4A-11D0-8D11-00A0C91BC942}") = "Native", "Native\\Native.vcxproj", "{21111111-1111-1111-1111-111111111111}"
+EndProject
+Global
+	GlobalSection(SolutionConfigurationPlatforms) = preSolution
+		Debug|Any CPU = Debug|Any CPU
+	EndGlobalSection
+EndGlobal
+"""
+WEB_SOLUTION = """Microsoft Visual Studio Solution File, Format Version 11.00
+Project("{FAE04EC0-301F-11D3-BF4B-00C04F79EFBC}") = "MyWeb", "http://127.0.0.1:%d/MyWeb/MyWeb.csproj", "{11111111-1111-1111-1111-111111111111}"
+EndProject
+Global
+	GlobalSection(SolutionConfigurationPlatforms) = preSolution
+		Debug = Debug
+	EndGlobalSection
+EndGlobal
+"""
+STAMPING = """<BuildProject Name="Stamped"><PropertySets><PropertySet Name="Set" Kind="Win32">
+<Value Name="MajorVersion">3</Value><Value Name="CompanyName">The Greeters</Value></PropertySet></PropertySets><Actions>
+<Action Type="DEVENV"><Solution>App.sln</Solution><SolutionConfiguration>Debug|Any CPU</SolutionConfiguration>
+<VStudioVersion>vs2010</VStudioVersion><UseMSBuild>True</UseMSBuild><UpdateAssemblyInfo>True</UpdateAssemblyInfo>
+<UpdateAssemblyVersion>True</UpdateAssemblyVersion><AssemblyVersion>2|0|0|7</AssemblyVersion>
+<AutoIncAssemblyBuildNumber>True</AutoIncAssemblyBuildNumber><UpdateWin32Resource>True</UpdateWin32Resource>
+<UseWin32PropertySet>True</UseWin32PropertySet><Win32VersionInfoPropertySetName>Set</Win32VersionInfoPropertySetName>
+</Action></Actions></BuildProject>
+"""
+SCRIPT = """#include <winver.h>
+VS_VERSION_INFO VERSIONINFO
+ FILEVERSION 1,0,0,0
+ PRODUCTVERSION 1,0,0,0
+ FILEOS 0x40004L
+ FILETYPE 0x2L
+BEGIN
+  BLOCK "StringFileInfo"
+  BEGIN
+    BLOCK "040904b0"
+    BEGIN
+      VALUE "FileVersion", "1.0.0.0"
+    END
+    BLOCK "040704b0"
+    BEGIN
+      VALUE "FileVersion", "eins"
+    END
+  END
+  BLOCK "VarFileInfo"
+  BEGIN
+    VALUE "Translation", 0x409, 1200
+  END
+END
+"""
+COPY_ITEM = '<Compile Include="Properties\\AssemblyInfo.cs" />'
+RESOURCE_ITEM = '<Project><ItemGroup><ResourceCompile Include="version.rc" /></ItemGroup></Project>'
+ASSEMBLY_INFO = '[assembly: AssemblyVersion("1.0.0.0")]\n'
+OLD = "of an earlier run\n"
+# What no two runs have in common.
+CHANGING = re.compile(rb'"time":"[^"]*"|"elapsedMs":\d+|started [\d :-]+ UTC|\d+\.\d+ s\b|time="[^"]*"|timestamp="[^"]*"'
+                      rb'|kx-\w{12}|MSTRE\w+')
+TEMPORARY = re.compile(r"kx-\w{12}|MSTRE\w+|\.kx-\w{12}\.tmp")
+
+
+class Fault(collections.namedtuple("Fault", "mode number call path")):
+    def __str__(self):
+        return f"{self.mode} {self.number}: {self.call} {self.path}"
+
+    def kind(self):
+        return self.mode, self.call, TEMPORARY.sub("*", self.path)
+
+
+class Outcome(collections.namedtuple("Outcome", "code said")):
+    """Exit code and all that was said; code 1 too where an editor's answer was a refusal."""
+
+
+class FaultsTest(e2e.EndToEndTest):
+    def setUp(self):
+        super().setUp()
+        self.work = self.folder / "work"
+        self.trace = self.folder / "trace"
+        self.environment.update(HOME=str(self.work), XDG_CONFIG_HOME=str(self.work / "config"),
+                                XDG_STATE_HOME=str(self.work / "state"), TMPDIR=str(self.work / "temporary"), no_proxy="*",
+                                ASAN_OPTIONS="verify_asan_link_order=0")
+        for name, text in {"temporary/of others": "", "config/kxhost/options.ini": "; mine\n[VisualStudioDotNet]\nMSDevPath=/a\n",
+                           "tools/MSBuild.exe": TOOL, "tools/MSTest.exe": TOOL, "tools/MSTest.exe.trx": RESULTS}.items():
+            self.write(f"work/{name}", text, executable=name.endswith(".exe"))
+        self.options = ["--color", "never", "--option", f"DotNetFramework.v4.0={self.work / 'tools'}",
+                        "--option", f"VisualStudioDotNet.StandaloneMSTestDir={self.work / 'tools'}"]
+        self.accounts = set()  # files that tell of the run: as a whole, but with other words each time
+        self.following = None  # where the command cannot simply be given again
+
+    # What is there, and putting it back.
+
+    def look(self):
+        return {str(file.relative_to(self.work)): (os.readlink(file).encode() if file.is_symlink() else file.read_bytes())
+                if not file.is_dir() or file.is_symlink() else b"a folder" for file in self.work.rglob("*")}
+
+    def put_back(self, wanted):
+        there = self.look()
+        for name in sorted(there.keys() - wanted.keys(), reverse=True):
+            file = self.work / name
+            file.rmdir() if file.is_dir() else file.unlink()
+        for name in sorted(name for name in wanted if there.get(name) != wanted[name]):
+            if wanted[name] == b"a folder":
+                (self.work / name).mkdir()
+            else:
+                (self.work / name).write_bytes(wanted[name])
+
+    # One run.
+
+    def start(self, arguments, fault=None):
+        environment = dict(self.environment)
+        if fault is not None:
+            self.trace.unlink(missing_ok=True)
+            environment.update(LD_PRELOAD=str(e2e.BIN / "kx_faults.so"), KX_FAULT_FOLDER=str(self.work), KX_FAULT_MODE=fault.mode,
+                               KX_FAULT_AT=str(fault.number), KX_FAULT_TRACE=str(self.trace))
+        return subprocess.Popen([str(part) for part in (e2e.BIN / "kxhost", *arguments)], cwd=self.work, env=environment,
+                                stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, encoding="utf-8",
+                                errors="replace")
+
+    def run_command(self, arguments, fault=None):
+        with self.start(arguments, fault) as host:
+            try:
+                said, _ = host.communicate(timeout=TOO_LONG)
+            except subprocess.TimeoutExpired:
+                host.kill()
+                said = "It hangs.\n" + host.communicate()[0]
+        return Outcome(host.returncode, said)
+
+    def faults_in_trace(self, mode):
+        lines = self.trace.read_text(encoding="utf-8").splitlines() if self.trace.exists() else []
+        for line in lines:
+            number, call, path = line.split(" ", 2)
+            yield Fault(mode, int(number), call, path.replace(str(self.work) + "/", ""))
+
+    # The questions.
+
+    def complaints(self, fault, outcome, before, after):
+        """What is wrong behind a run with this fault, a line each."""
+        now = self.look()
+        if outcome.code not in (0, 1, 2, 3) or "Sanitizer" in outcome.said or "runtime error" in outcome.said:
+            yield f"it ended with {outcome.code}"
+        passing = fault.mode in ("interrupt", "shorten")
+        if passing and outcome.code != 0:
+            yield f"it ended with {outcome.code}, though nothing had failed for good"
+        for name in sorted(now.keys() | before.keys() | after.keys()):
+            yield from self.complaints_of_file(name, fault, outcome, *(state.get(name) for state in (now, before, after)))
+        if outcome.code != 0 and not passing:
+            yield from self.complaints_of_words(fault, outcome, after)
+
+    def complaints_of_file(self, name, fault, outcome, now, before, after):
+        plain = lambda content: content if content is None else CHANGING.sub(b"", content)
+        if name in self.accounts:
+            if outcome.code == 0 and not is_whole(name, now):
+                yield f"{name} is not whole"
+            if outcome.code != 0 and now != before and not is_whole(name, now) and pathlib.Path(name).name not in outcome.said:
+                yield f"{name} is not whole, which is not said"
+        elif before is None and after is None:
+            if fault.call != "unlink": yield f"{name} is left behind"
+        elif plain(now) not in (plain(before), plain(after)):
+            yield f"{name} is neither the old one nor the new one: {now!r}"
+        elif outcome.code == 0 and plain(now) != plain(after) and not (fault.call == "unlink" and after is None):
+            yield f"{name} is the old one, and the exit code is 0"
+
+    def complaints_of_words(self, fault, outcome, after):
+        if fault.mode == "memory":
+            if "Out of memory" not in outcome.said: yield "nothing is said of memory"
+            return
+        reason = "No space left on device" if fault.mode == "full" else REASON_OF.get(fault.call)
+        if reason not in outcome.said:
+            yield f"\"{reason}\" is not said"
+        folder, name = os.path.split(fault.path)
+        names = {name, os.path.basename(folder)} | {os.path.basename(other) for other in after if os.path.dirname(other) == folder}
+        if fault.path and fault.path != "pipe" and not any(name in outcome.said for name in names if name):
+            yield "no file is named"
+
+    # All faults of one command.
+
+    def try_faults(self, name, arguments, modes=("refuse", "interrupt", "shorten", "full"), run=None):
+        run = run or self.run_command
+        before, tried = self.look(), collections.Counter()
+        clean = run(arguments)
+        self.assertEqual(clean.code, 0, clean.said)
+        after = self.look()
+        for mode in modes:
+            self.put_back(before)
+            traced = run(arguments, Fault(mode, 0, "", ""))
+            self.assertEqual(traced.code, 0, traced.said)
+            for fault in self.chosen(list(self.faults_in_trace(mode))):
+                self.put_back(before)
+                outcome = run(arguments, fault)
+                struck = next(self.faults_in_trace(mode), None)
+                if struck is None: continue  # fewer calls than before
+                tried[mode] += 1
+                with self.subTest(f"{name}, {struck}"):
+                    wrong = list(self.complaints(struck, outcome, before, after))
+                    following = run(self.following or arguments)
+                    if following.code != 0: wrong.append("the next run fails: " + following.said)
+                    if wrong: self.fail("; ".join(wrong) + "\n" + outcome.said)
+        print(f"{name}: {', '.join(f'{count} {mode}' for mode, count in tried.items())}")
+
+    def chosen(self, faults):
+        if ALL: return faults
+        first = {}
+        for fault in faults:
+            first.setdefault(fault.kind(), fault)
+        return list(first.values())
+
+    # The commands.
+
+    def test_options(self):
+        self.try_faults("options set", ["options", "set", "VisualStudioDotNet.MSDevPath2008", "/opt"])
+        self.following = ["options"]
+        self.try_faults("options unset", ["options", "unset", "VisualStudioDotNet.MSDevPath"])
+
+    def make_solution(self):
+        for name, text in {"App.sln": SOLUTION, "App/App.csproj": COPY_ITEM, "App/Properties/AssemblyInfo.cs": ASSEMBLY_INFO,
+                           "Native/Native.vcxproj": RESOURCE_ITEM, "Native/version.rc": SCRIPT, "p.kxproj": STAMPING}.items():
+            self.write(f"work/{name}", text)
+
+    def make_accounts(self):
+        self.accounts = {"log.jsonl", "tests.xml", "report.html"}
+        for name in self.accounts:
+            self.write(f"work/{name}", OLD)
+        return ["--log", "log.jsonl", "--junit", "tests.xml", "--report", "report.html"]
+
+    def test_a_run_that_stamps_and_saves_its_numbers(self):
+        self.make_solution()
+        self.try_faults("run", ["run", "p.kxproj", *self.options])
+
+    def test_what_a_run_leaves_for_others(self):
+        self.write("work/p.kxproj", "<BuildProject/>")
+        self.try_faults("run with log and reports", ["run", "p.kxproj", *self.options, *self.make_accounts()])
+
+    def test_results_of_tests(self):
+        self.write("work/a.dll", "")
+        self.try_faults("do MSTEST", ["do", "MSTEST", "UseStandaloneMSTest=True", "AssemblyFileName=a.dll", *self.options])
+        self.try_faults("do MSTEST into a file", ["do", "MSTEST", "UseStandaloneMSTest=True", "AssemblyFileName=a.dll",
+                                                  "OutputFileName=r.trx", *self.options])
+
+    def test_one_script(self):
+        self.write("work/version.rc", SCRIPT)
+        self.try_faults("do VERSIONINFO", ["do", "VERSIONINFO", "ResourceFile=version.rc", "PropertySetName=Now",
+                                           "PropertiesToUpdate=MajorVersion=True", "--property-set", "Now.MajorVersion=3",
+                                           *self.options])
+
+    def test_what_changes_nothing(self):
+        self.make_solution()
+        self.try_faults("validate", ["validate", "p.kxproj", *self.options[2:]])
+        self.try_faults("run --dry-run", ["run", "p.kxproj", "--dry-run", *self.options])
+        self.try_faults("inspect", ["inspect", "App.sln", "Native/version.rc"])
+
+
+def is_whole(name, content):
+    if content is None: return False
+    if name.endswith(".jsonl"): return content.endswith(b"}\n") and b'"event":"runEnd"' in content.splitlines()[-1]
+    return content.endswith(b"</html>\n" if name.endswith(".html") else b"</testsuites>\n")
+
+
+if __name__ == "__main__":
+    unittest.main()
