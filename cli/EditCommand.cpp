@@ -90,7 +90,9 @@ int Edit(const TEditArguments& arguments, const TCommonOptions& common) {
     const editor::TEditorServer server(session);
     TDoorPage door;
     ShowAddress(server.Address(), arguments.NoBrowser ? nullptr : &door);
-    ServeToTheEnd(session, server, host.Stop());
+    // An address that nobody reads leads nobody here.
+    const bool reachable = platform::WriteFailure(platform::ConsoleStream::Output).empty();
+    if (reachable || !arguments.NoBrowser) ServeToTheEnd(session, server, host.Stop());
     session.EndRun(); // pages that wait for its events are answered
   }
   const std::u16string kept = session.KeepUnsaved();

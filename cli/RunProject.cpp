@@ -139,15 +139,16 @@ private:
 };
 
 // The same for the log.
-bool EndLog(const TJsonLinesSink* log, const TCommonOptions& options, std::string& lines) {
+bool EndLog(TJsonLinesSink* log, const TCommonOptions& options, std::string& lines) {
   if (log == nullptr) return true;
   const std::u16string file = FullPath(options.LogFile);
-  if (log->HasFailed()) {
-    WriteError(u"kxhost: the log " + file + u" could not be written completely.");
-  } else {
+  const auto written = log->Close();
+  if (written) {
     lines += WrittenLine("Log", file);
+  } else {
+    WriteError(u"kxhost: the log " + file + u" could not be written completely. " + written.Message());
   }
-  return !log->HasFailed();
+  return static_cast<bool>(written);
 }
 
 } // namespace

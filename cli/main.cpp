@@ -12,6 +12,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
+#include <exception>
+#include <new>
 
 namespace kx::cli {
 
@@ -228,13 +231,41 @@ int WithOutputWritten(int exitCode) {
   return exitCode == ExitSuccess ? ExitFailed : exitCode;
 }
 
+void SayOutOfMemory() noexcept {
+  platform::WriteConsole(platform::ConsoleStream::Error, "kxhost: Out of memory\n"); // there is room for this
+}
+
+// Where no exception may pass, as in parts of the command-line library, there is still something to be said.
+[[noreturn]] void EndAtOnce() noexcept {
+  try {
+    if (const auto error = std::current_exception()) std::rethrow_exception(error);
+  } catch (const std::bad_alloc&) {
+    SayOutOfMemory();
+    std::_Exit(ExitFailed);
+  } catch (const std::exception& error) {
+    platform::WriteConsole(platform::ConsoleStream::Error, error.what());
+  } catch (...) { // nothing is known of it
+  }
+  std::abort();
+}
+
+int MainOf(int argc, char** argv) {
+  auto arguments = platform::CommandLineArguments(argc, argv);
+  if (!arguments.empty()) arguments.erase(arguments.begin()); // the program's name
+  return WithOutputWritten(Main(arguments));
+}
+
 } // namespace
 
 } // namespace kx::cli
 
 int main(int argc, char** argv) {
   kx::platform::IgnoreBrokenPipes();
-  auto arguments = kx::platform::CommandLineArguments(argc, argv);
-  if (!arguments.empty()) arguments.erase(arguments.begin()); // the program's name
-  return kx::cli::WithOutputWritten(kx::cli::Main(arguments));
+  std::set_terminate(kx::cli::EndAtOnce);
+  try {
+    return kx::cli::MainOf(argc, argv);
+  } catch (const std::bad_alloc&) { // from before the command, or from the words about its failure
+    kx::cli::SayOutOfMemory();
+    return kx::cli::ExitFailed;
+  }
 }

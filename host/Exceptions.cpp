@@ -2,6 +2,9 @@
 
 #include "text/Encoding.h"
 
+#include <new>
+#include <system_error>
+
 namespace kx {
 
 EKxException::EKxException(std::u16string message)
@@ -12,6 +15,10 @@ EKxParseError::EKxParseError(std::u16string message, std::u16string file, int li
 
 std::u16string MessageOf(const std::exception& error) {
   if (const auto* own = dynamic_cast<const EKxException*>(&error)) return own->Message();
+  if (dynamic_cast<const std::bad_alloc*>(&error) != nullptr) return u"Out of memory";
+  const auto* refused = dynamic_cast<const std::system_error*>(&error);
+  if (refused != nullptr && refused->code() == std::errc::resource_unavailable_try_again)
+    return u"A thread could not be started. " + text::FromUtf8(error.what()); // nothing else is refused so
   return text::FromUtf8(error.what());
 }
 

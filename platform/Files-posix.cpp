@@ -61,7 +61,8 @@ public:
     if (file_.IsOpen() && access(NameOfHandle().c_str(), F_OK) == 0) return;
     do {
       path_ = NewName();
-      file_ = Descriptor(open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+      file_ = Descriptor(
+          Uninterrupted([&] { return open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode); }));
     } while (!file_.IsOpen() && errno == EEXIST);
     if (!file_.IsOpen()) error_ = errno;
   }
@@ -279,7 +280,8 @@ Result<FileReader> FileReader::Open(std::u16string_view path) {
   }
   if (S_ISDIR(info.st_mode)) return fail(Reason(EISDIR));
   if (!S_ISREG(info.st_mode)) return fail(u"It is not a regular file");
-  Descriptor file(open(native.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  Descriptor file(
+      Uninterrupted([&] { return open(native.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY); }));
   if (!file.IsOpen() || fstat(file.Get(), &info) != 0) return fail(Reason(errno));
   if (!S_ISREG(info.st_mode)) return fail(u"It is not a regular file");
   return FileReader(std::make_unique<State>(
@@ -291,10 +293,7 @@ std::uint64_t FileReader::Size() const {
 }
 
 Result<std::size_t> FileReader::Read(char* buffer, std::size_t size) {
-  ssize_t count = 0;
-  do {
-    count = read(state_->File.Get(), buffer, size);
-  } while (count < 0 && errno == EINTR);
+  const ssize_t count = Uninterrupted([&] { return read(state_->File.Get(), buffer, size); });
   if (count < 0) return FileFailure(u"read file", state_->Path, Reason(errno));
   return static_cast<std::size_t>(count);
 }
@@ -360,7 +359,8 @@ Result<std::u16string> CreateTemporaryFile(std::u16string_view folder, std::u16s
   for (;;) {
     const std::string path =
         *native + "/" + text::ToUtf8(prefix) + RandomLetters(10) + text::ToUtf8(extension);
-    const Descriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+    const Descriptor file(
+        Uninterrupted([&] { return open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600); }));
     if (file.IsOpen()) return text::FromUtf8(path);
     if (errno != EEXIST) return FileFailure(u"create a file in", folder, Reason(errno));
   }

@@ -4,6 +4,7 @@
 #include "platform/Result.h"
 #include "platform/Shared.h"
 
+#include <cerrno>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -30,6 +31,15 @@ public:
 private:
   int fd_;
 };
+
+// Again while a signal interrupts it: what a call gives that says -1 when it has failed.
+template <typename TCall>
+auto Uninterrupted(TCall call) {
+  for (;;) {
+    const auto result = call();
+    if (result >= 0 || errno != EINTR) return result;
+  }
+}
 
 // The system's words for an error number.
 std::u16string Reason(int error);

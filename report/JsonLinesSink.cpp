@@ -7,8 +7,10 @@
 
 #include <nlohmann/json.hpp>
 
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
+#include <system_error>
 
 namespace kx {
 
@@ -88,6 +90,13 @@ std::string ToJsonLine(const TRunEvent& event) {
 
 struct TJsonLinesSink::TState {
   std::ofstream File;
+  std::u16string Reason; // of the first failure
+
+  // The library keeps the system's number as it was.
+  void NoteFailure() {
+    if (File || !Reason.empty()) return;
+    Reason = text::FromUtf8(std::generic_category().message(errno));
+  }
 };
 
 TJsonLinesSink::TJsonLinesSink(std::unique_ptr<TState> state) : state_(std::move(state)) {}
@@ -97,16 +106,23 @@ platform::Result<std::unique_ptr<TJsonLinesSink>> TJsonLinesSink::Create(std::u1
   auto state = std::make_unique<TState>();
   state->File.open(std::filesystem::path(platform::ResolveForWriting(fileName)),
                    std::ios::binary | std::ios::trunc);
-  if (!state->File) return platform::Failure{u"Cannot write log file " + std::u16string(fileName)};
+  state->NoteFailure();
+  if (!state->File)
+    return platform::Failure{u"Cannot write log file " + std::u16string(fileName) + u". " + state->Reason};
   return std::unique_ptr<TJsonLinesSink>(new TJsonLinesSink(std::move(state)));
 }
 
 void TJsonLinesSink::On(const TRunEvent& event) {
-  state_->File << ToJsonLine(event) << '\n' << std::flush;
+  if (!state_->File) return;
+  state_->File << ToJsonLine(event) + '\n' << std::flush;
+  state_->NoteFailure();
 }
 
-bool TJsonLinesSink::HasFailed() const {
-  return !state_->File;
+platform::Status TJsonLinesSink::Close() {
+  if (state_->File.is_open()) state_->File.close();
+  state_->NoteFailure();
+  if (!state_->Reason.empty()) return platform::Failure{state_->Reason};
+  return platform::Done{};
 }
 
 } // namespace kx

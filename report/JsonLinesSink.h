@@ -20,7 +20,7 @@ namespace kx {
 std::string ToJsonLine(const TRunEvent& event);
 
 // Each line is in the file before the next event, so that the log of a crashed run is complete up to there. A
-// failure to write (a full disk) never disturbs the run; it is kept for the end.
+// failure to write (a full disk) never disturbs the run; it ends the log and is kept for the end.
 class TJsonLinesSink : public IRunEventSink {
 public:
   // Makes the file anew.
@@ -28,7 +28,8 @@ public:
   ~TJsonLinesSink() override;
 
   void On(const TRunEvent& event) override;
-  bool HasFailed() const;
+  // After the last event. Fails with the system's reason when not all of them are in the file.
+  platform::Status Close();
 
 private:
   struct TState;

@@ -164,6 +164,8 @@ private:
       return project_.AddAction(RequireAttribute(element, u"Type"), parent);
     } catch (const EKxParseError&) {
       throw;
+    } catch (const std::bad_alloc&) {
+      throw; // says nothing of the file
     } catch (const std::exception& error) {
       Refuse(element, MessageOf(error));
     }
@@ -207,6 +209,8 @@ private:
       property.Set(node.Action(), ReadValue(element, property));
     } catch (const EKxParseError&) {
       throw;
+    } catch (const std::bad_alloc&) {
+      throw; // says nothing of the file
     } catch (const std::exception& error) {
       Refuse(element, MessageOf(error));
     }

@@ -107,7 +107,7 @@ private:
         const std::u16string name = FindAssemblyInfoName(path, solutionPath_);
         const std::u16string file = TPathUtils::ExpandRelativePath(name, text::ExtractFilePath(path));
         if (!name.empty() && platform::FileExists(file)) assemblyInfoFiles_->insert(file);
-      } catch (const EKxParseError&) {
+      } catch (const EKxException&) {
         continue; // said when it is that project's turn
       }
     }

@@ -56,6 +56,7 @@ public:
     if (const auto written = FileUpdates().Replace(fileName_, text.Bytes); !written)
       throw EKxException(written.Message());
     Warn(rewritten, text.Lost, text::ExtractFileName(copy));
+    if (!kept) warnings_.Add(u"Warning : the script as it was is not kept: " + kept.Message());
     return true;
   }
 

@@ -74,6 +74,7 @@ private:
   void Read(const std::u16string& file, int depth) {
     if (depth > MostImports || !read_.insert(text::ToLower(file)).second) return;
     const auto bytes = platform::ReadFile(file);
+    if (!bytes && depth == 0) throw EKxException(bytes.Message());
     if (!bytes || !text::TrimLeft(platform::DecodeTextFile(*bytes)).starts_with(u'<')) return;
     TXmlDocument document;
     if (!document.LoadBytes(*bytes)) throw EKxParseError(document.ParseError(), file);
@@ -316,7 +317,7 @@ TAssemblyInfoUnit ReadProjectSources(std::u16string_view name, std::u16string_vi
   TProjectReader reader(projectFile, solutionFolder, true);
   try {
     reader.Run();
-  } catch (const EKxParseError&) {
+  } catch (const EKxException&) {
     return unit;
   }
   TSourceList sources(reader.Folder());

@@ -12,8 +12,8 @@ namespace kx {
 // The path of the AssemblyInfo file that a project file names, as far as it can be told without other files;
 // empty when it names none. The first item that is compiled and whose file name is "AssemblyInfo" with one
 // extension, else whose path ends in "AssemblyInfo" with letters, digits, "_", "|" or "." behind it; where no
-// such item is compiled, the first of the others. Letter case is ignored. Raises EKxParseError for XML that
-// cannot be read; what is no XML (setup projects) names none.
+// such item is compiled, the first of the others. Letter case is ignored. Raises EKxException for a file that
+// cannot be opened, EKxParseError for XML that cannot be read; what is no XML (setup projects) names none.
 std::u16string FindAssemblyInfoName(std::u16string_view projectFile, std::u16string_view solutionFolder);
 
 // All that a project compiles: links, lists, wildcards and imported files included. An item under a condition

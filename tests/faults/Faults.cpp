@@ -52,7 +52,7 @@ struct TCall {
 constexpr TCall Open{"open", EACCES, true};
 constexpr TCall Read{"read", EIO, true};
 constexpr TCall Write{"write", ENOSPC, true, true};
-constexpr TCall Sync{"fsync", EIO, true};
+constexpr TCall Sync{"fsync", EIO};
 constexpr TCall Close{"close", EIO};
 constexpr TCall Rename{"rename", EACCES};
 constexpr TCall Link{"link", EPERM};
@@ -66,7 +66,7 @@ constexpr TCall Owner{"fchown", EPERM};
 constexpr TCall Times{"futimens", EPERM};
 constexpr TCall ReadAttribute{"getxattr", EIO};
 constexpr TCall WriteAttribute{"setxattr", ENOSPC, false, true};
-constexpr TCall Lock{"flock", ENOLCK, true};
+constexpr TCall Lock{"flock", 0, true};
 constexpr TCall MakePipe{"pipe", EMFILE};
 constexpr TCall MakeEvent{"eventfd", EMFILE};
 constexpr TCall StartProcess{"spawn", EAGAIN};
@@ -156,8 +156,9 @@ private:
     return !name.starts_with('/') || name.starts_with(folder_);
   }
 
-  static const char* PathOf(int descriptor, std::array<char, 4096>& path) {
-    if (descriptor == STDOUT_FILENO) return "standard output";
+  // Where the disk is full, a terminal is not.
+  const char* PathOf(int descriptor, std::array<char, 4096>& path) const {
+    if (descriptor == STDOUT_FILENO) return mode_ == TMode::Full ? nullptr : "standard output";
     if (descriptor < 0 || descriptor == STDIN_FILENO || descriptor == STDERR_FILENO) return nullptr;
     std::array<char, 64> link{};
     std::snprintf(link.data(), link.size(), "/proc/self/fd/%d", descriptor);
