@@ -55,6 +55,10 @@ void MaskOutput(std::shared_ptr<const TSecretMask> secrets) {
   Secrets() = std::move(secrets);
 }
 
+void PrintOutOfMemory() noexcept {
+  platform::WriteConsole(ConsoleStream::Error, "kxhost: Out of memory\n");
+}
+
 void GuardForCi() {
   for (auto& guard : Guards())
     guard.emplace();

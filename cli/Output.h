@@ -15,6 +15,7 @@ namespace kx::cli {
 
 void Print(std::string_view utf8); // to standard output
 void PrintError(std::string_view utf8);
+void PrintOutOfMemory() noexcept; // one line on standard error, for which no memory is needed
 
 // From now on what the mask knows is shown by neither.
 void MaskOutput(std::shared_ptr<const TSecretMask> secrets);

@@ -231,19 +231,15 @@ int WithOutputWritten(int exitCode) {
   return exitCode == ExitSuccess ? ExitFailed : exitCode;
 }
 
-void SayOutOfMemory() noexcept {
-  platform::WriteConsole(platform::ConsoleStream::Error, "kxhost: Out of memory\n"); // there is room for this
-}
-
 // Where no exception may pass, as in parts of the command-line library, there is still something to be said.
 [[noreturn]] void EndAtOnce() noexcept {
   try {
     if (const auto error = std::current_exception()) std::rethrow_exception(error);
   } catch (const std::bad_alloc&) {
-    SayOutOfMemory();
+    PrintOutOfMemory();
     std::_Exit(ExitFailed);
   } catch (const std::exception& error) {
-    platform::WriteConsole(platform::ConsoleStream::Error, error.what());
+    PrintError(std::string("kxhost: ") + error.what() + "\n");
   } catch (...) { // nothing is known of it
   }
   std::abort();
@@ -265,7 +261,7 @@ int main(int argc, char** argv) {
   try {
     return kx::cli::MainOf(argc, argv);
   } catch (const std::bad_alloc&) { // from before the command, or from the words about its failure
-    kx::cli::SayOutOfMemory();
+    kx::cli::PrintOutOfMemory();
     return kx::cli::ExitFailed;
   }
 }

@@ -61,6 +61,13 @@ std::optional<Stamp> StampOf(const std::string& native) {
   return Stamp{Nanoseconds(info.st_mtim), info.st_dev, info.st_ino};
 }
 
+// A file that cannot be looked at may be there: whoever opens it gets the reason.
+bool MayBeFile(const std::string& native) {
+  struct stat info {};
+  if (stat(native.c_str(), &info) == 0) return !S_ISDIR(info.st_mode);
+  return errno != ENOENT && errno != ENOTDIR && errno != ENAMETOOLONG && errno != ELOOP;
+}
+
 EntryKind KindOf(const dirent& entry) {
   switch (entry.d_type) {
   case DT_DIR:
@@ -84,7 +91,13 @@ public:
     listedAt_ = Nanoseconds(now);
     const std::unique_ptr<DIR, int (*)(DIR*)> listing(opendir(native_.c_str()), closedir);
     readable_ = listing != nullptr;
-    while (const dirent* entry = readable_ ? readdir(listing.get()) : nullptr) {
+    while (readable_) {
+      errno = 0;
+      const dirent* entry = readdir(listing.get());
+      if (entry == nullptr) {
+        readable_ = errno == 0; // else names are missing
+        break;
+      }
       const std::string_view name = entry->d_name;
       if (text::IsValidUtf8(name)) entries_.insert({text::FromUtf8(name), KindOf(*entry)});
     }
@@ -111,9 +124,7 @@ public:
     if (readable_ && (entry == nullptr || entry->Kind != EntryKind::Unknown)) {
       return entry != nullptr && entry->Kind == EntryKind::File;
     }
-    struct stat info {};
-    const std::string path = native_ + "/" + text::ToUtf8(entry == nullptr ? name : entry->Name);
-    return stat(path.c_str(), &info) == 0 && !S_ISDIR(info.st_mode);
+    return MayBeFile(native_ + "/" + text::ToUtf8(entry == nullptr ? name : entry->Name));
   }
 
   std::uint64_t CheckedIn = 0; // the round of Refresh in which the time stamp was last looked at
@@ -240,7 +251,7 @@ struct FileLookup::State {
     const std::u16string_view name = path.substr(slash + 1);
     if (name.empty()) return false;
     const Listing* listing = ListingOf(path.substr(0, slash == 0 ? 1 : slash));
-    return listing != nullptr && listing->HoldsFile(name);
+    return listing != nullptr ? listing->HoldsFile(name) : MayBeFile(text::ToUtf8(path));
   }
 };
 

@@ -276,7 +276,7 @@ void CollectAssemblyInfoFiles(const IVSDotNetSolution& solution,
       units.Enter(*project, path);
       for (const auto& share : ShareAssemblyInfo(file, values, &units, inventories).Files)
         if (!share.Values.empty() && !files.IndexOf(share.File)) files.Add(share.File);
-    } catch (const EKxParseError&) {
+    } catch (const EKxException&) {
       continue; // the stamping will say it
     }
   }
