@@ -18,12 +18,15 @@ namespace kx::platform {
 
 using namespace posix;
 
-// Removed while it is still held, so that nobody who comes next holds a file that has lost its name.
+// Removed while it is still held, so that nobody who comes next holds a file that has lost its name. There
+// before the lock is, so that nothing that fails in between leaves the file behind.
 struct FileLock::State {
-  State(std::string path, Descriptor file) : Path(std::move(path)), File(std::move(file)) {}
+  explicit State(std::string path) : Path(std::move(path)) {}
   State(const State&) = delete;
   State& operator=(const State&) = delete;
-  ~State() { unlink(Path.c_str()); }
+  ~State() {
+    if (File.IsOpen()) unlink(Path.c_str());
+  }
 
   std::string Path;
   Descriptor File;
@@ -68,14 +71,19 @@ std::u16string HolderOf(const std::string& path) {
 }
 
 // Not open when somebody else has it; then errno is EWOULDBLOCK.
-Descriptor TryToLock(const std::string& path, const std::string& file) {
-  Descriptor lock(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600));
-  if (!lock.IsOpen() || flock(lock.Get(), LOCK_EX | LOCK_NB) != 0) return Descriptor();
-  if (IsStillNamed(path, lock.Get())) {
-    Share(lock.Get(), file);
-    SignWithName(lock.Get());
-    return lock;
+Descriptor TryToLock(const std::string& path) {
+  constexpr int flags = O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
+  Descriptor lock(open(path.c_str(), flags | O_EXCL, 0600));
+  const bool isNew = lock.IsOpen();
+  if (!isNew && errno == EEXIST) lock = Descriptor(open(path.c_str(), flags, 0600));
+  if (!lock.IsOpen()) return Descriptor();
+  if (flock(lock.Get(), LOCK_EX | LOCK_NB) != 0) {
+    const int error = errno;
+    if (isNew && error != EWOULDBLOCK) unlink(path.c_str()); // the file system knows no locks
+    errno = error;
+    return Descriptor();
   }
+  if (IsStillNamed(path, lock.Get())) return lock;
   errno = EWOULDBLOCK;
   return Descriptor();
 }
@@ -88,10 +96,15 @@ Result<FileLock> FileLock::Acquire(std::u16string_view file, std::chrono::millis
   const Result<std::string> native = RealPathForWriting(file);
   if (!native) return FileFailure(u"lock file", file, native.Message());
   const std::string path = *native + ".lock";
+  auto state = std::make_unique<State>(path);
   const auto end = std::chrono::steady_clock::now() + time;
   for (;;) {
-    Descriptor lock = TryToLock(path, *native);
-    if (lock.IsOpen()) return FileLock(std::make_unique<State>(path, std::move(lock)));
+    state->File = TryToLock(path);
+    if (state->File.IsOpen()) {
+      Share(state->File.Get(), *native);
+      SignWithName(state->File.Get());
+      return FileLock(std::move(state));
+    }
     if (errno != EWOULDBLOCK && errno != EINTR) return FileFailure(u"lock file", file, Reason(errno));
     const std::u16string holder = HolderOf(path);
     if (std::chrono::steady_clock::now() >= end || (waiting && !waiting(holder)))

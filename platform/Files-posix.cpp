@@ -78,14 +78,16 @@ public:
   int Write(std::string_view bytes) { return WriteAll(file_.Get(), bytes); }
 
   // Makes all of it durable, what stands beside the content too.
-  int Finish() { return fsync(file_.Get()) == 0 ? 0 : errno; }
+  int Finish() {
+    return Uninterrupted([&] { return fsync(file_.Get()); }) == 0 ? 0 : errno;
+  }
 
   int RenameTo(const std::string& target) {
     int error = 0;
     while (path_.empty() && error == 0) {
-      const std::string name = NewName();
+      std::string name = NewName();
       error = LinkAs(name);
-      if (error == 0) path_ = name;
+      if (error == 0) path_ = std::move(name);
       if (error == EEXIST) error = 0;
     }
     if (error == 0) error = file_.Close();
@@ -359,9 +361,10 @@ Result<std::u16string> CreateTemporaryFile(std::u16string_view folder, std::u16s
   for (;;) {
     const std::string path =
         *native + "/" + text::ToUtf8(prefix) + RandomLetters(10) + text::ToUtf8(extension);
+    Result<std::u16string> made = text::FromUtf8(path); // before there is anything to leave behind
     const Descriptor file(
         Uninterrupted([&] { return open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600); }));
-    if (file.IsOpen()) return text::FromUtf8(path);
+    if (file.IsOpen()) return made;
     if (errno != EEXIST) return FileFailure(u"create a file in", folder, Reason(errno));
   }
 }

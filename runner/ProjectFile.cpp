@@ -45,25 +45,32 @@ std::u16string ValueOf(const TActionNode& node, const TKxPublishedProperty& prop
 } // namespace
 
 struct TProjectFile::TState {
+  using TPlaces = std::unordered_map<const TActionNode*, std::size_t>;
+
   explicit TState(TProject& project) : Project(project) {}
 
   // Pairs the actions, which stand in the order of their elements, with the elements.
-  void Bind(const TNodes& nodes, const TProjectElement& holder) {
+  void Bind(const TNodes& nodes, const TProjectElement& holder, std::vector<TActionSource>& sources,
+            TPlaces& places) {
     const TProjectElement* list = ActionsOf(holder);
     if (list == nullptr) return;
     for (std::size_t i = 0; i < list->Children.size(); ++i) {
       const auto& defaults = Defaults.try_emplace(&nodes[i]->Type(), *nodes[i]).first->second;
-      Places.emplace(nodes[i].get(), Sources.size());
-      Sources.emplace_back(*nodes[i], list->Children[i], defaults);
-      Bind(nodes[i]->Children(), list->Children[i]);
+      places.emplace(nodes[i].get(), sources.size());
+      sources.emplace_back(*nodes[i], list->Children[i], defaults);
+      Bind(nodes[i]->Children(), list->Children[i], sources, places);
     }
   }
 
+  // All of it or nothing, should memory run out: an action without its element would be written a second
+  // time.
   void Take(TParsedText text) {
-    Own = std::move(text);
-    Sources.clear();
-    Places.clear();
-    Bind(Project.Actions(), Own.Root);
+    std::vector<TActionSource> sources;
+    TPlaces places;
+    Bind(Project.Actions(), text.Root, sources, places);
+    Own = std::move(text); // the elements stay where they are
+    Sources = std::move(sources);
+    Places = std::move(places);
   }
 
   const TParsedText& Seen() const { return Others ? *Others : Own; }
@@ -115,7 +122,7 @@ struct TProjectFile::TState {
   TProject& Project;
   TParsedText Own; // what the project was read from
   std::vector<TActionSource> Sources;
-  std::unordered_map<const TActionNode*, std::size_t> Places; // in Sources
+  TPlaces Places; // in Sources
   std::map<const TRegisteredAction*, TPropertyTexts> Defaults;
   std::optional<TParsedText> Others; // what the file held when it was looked at last, when that is not Own
   // What has been saved into a text that is not Own, so that the sources do not know.

@@ -52,7 +52,7 @@ struct TCall {
 constexpr TCall Open{"open", EACCES, true};
 constexpr TCall Read{"read", EIO, true};
 constexpr TCall Write{"write", ENOSPC, true, true};
-constexpr TCall Sync{"fsync", EIO};
+constexpr TCall Sync{"fsync", EIO, true};
 constexpr TCall Close{"close", EIO};
 constexpr TCall Rename{"rename", EACCES};
 constexpr TCall Link{"link", EPERM};
@@ -66,7 +66,7 @@ constexpr TCall Owner{"fchown", EPERM};
 constexpr TCall Times{"futimens", EPERM};
 constexpr TCall ReadAttribute{"getxattr", EIO};
 constexpr TCall WriteAttribute{"setxattr", ENOSPC, false, true};
-constexpr TCall Lock{"flock", 0, true};
+constexpr TCall Lock{"flock", ENOLCK, true};
 constexpr TCall MakePipe{"pipe", EMFILE};
 constexpr TCall MakeEvent{"eventfd", EMFILE};
 constexpr TCall StartProcess{"spawn", EAGAIN};
@@ -213,7 +213,7 @@ bool Fails(const TCall& call, int descriptor) {
 }
 
 mode_t ModeIn(va_list& arguments, int flags) {
-  return (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
+  return (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE ? va_arg(arguments, mode_t) : 0;
 }
 
 } // namespace
@@ -311,7 +311,12 @@ int close(int file) {
 KX_PLAIN(Sync, fsync, file, (int file), (file))
 KX_PLAIN(Sync, fdatasync, file, (int file), (file))
 KX_PLAIN(Rename, rename, to, (const char* from, const char* to), (from, to), noexcept)
+KX_PLAIN(Rename, renameat2, to,
+         (int fromFolder, const char* from, int toFolder, const char* to, unsigned flags),
+         (fromFolder, from, toFolder, to, flags), noexcept)
 KX_PLAIN(Link, link, to, (const char* from, const char* to), (from, to), noexcept)
+KX_PLAIN(Link, linkat, to, (int fromFolder, const char* from, int toFolder, const char* to, int flags),
+         (fromFolder, from, toFolder, to, flags), noexcept)
 KX_PLAIN(Unlink, unlink, path, (const char* path), (path), noexcept)
 KX_PLAIN(Unlink, remove, path, (const char* path), (path), noexcept)
 KX_PLAIN(Unlink, unlinkat, path, (int folder, const char* path, int flags), (folder, path, flags), noexcept)
@@ -329,6 +334,7 @@ KX_PLAIN(Times, futimens, file, (int file, const timespec times[2]), (file, time
 KX_PLAIN(WriteAttribute, fsetxattr, file,
          (int file, const char* name, const void* value, std::size_t size, int flags),
          (file, name, value, size, flags), noexcept)
+KX_PLAIN(WriteAttribute, fremovexattr, file, (int file, const char* name), (file, name), noexcept)
 KX_PLAIN(Lock, flock, file, (int file, int operation), (file, operation), noexcept)
 KX_PLAIN(MakePipe, pipe2, "", (int ends[2], int flags), (ends, flags), noexcept)
 KX_PLAIN(MakeEvent, eventfd, "", (unsigned count, int flags), (count, flags), noexcept)
@@ -340,15 +346,20 @@ pid_t waitpid(pid_t process, int* status, int options) {
   return Fails(Wait, "") ? -1 : next(process, status, options);
 }
 
-ssize_t fgetxattr(int file, const char* name, void* value, std::size_t size) noexcept {
-  KX_NEXT(fgetxattr);
-  return Fails(ReadAttribute, file) ? -1 : next(file, name, value, size);
-}
-
-ssize_t flistxattr(int file, char* names, std::size_t size) noexcept {
-  KX_NEXT(flistxattr);
-  return Fails(ReadAttribute, file) ? -1 : next(file, names, size);
-}
+// The same for those that give a size.
+#define KX_SIZED(call, name, where, parameters, arguments, ...)                                              \
+  ssize_t name parameters __VA_ARGS__ {                                                                      \
+    KX_NEXT(name);                                                                                           \
+    return Fails(call, where) ? -1 : next arguments;                                                         \
+  }
+KX_SIZED(Write, pwrite, file, (int file, const void* bytes, std::size_t size, off_t at),
+         (file, bytes, size, at))
+KX_SIZED(ReadAttribute, getxattr, path, (const char* path, const char* name, void* value, std::size_t size),
+         (path, name, value, size), noexcept)
+KX_SIZED(ReadAttribute, fgetxattr, file, (int file, const char* name, void* value, std::size_t size),
+         (file, name, value, size), noexcept)
+KX_SIZED(ReadAttribute, listxattr, path, (const char* path, char* names, std::size_t size),
+         (path, names, size), noexcept)
 
 FILE* fopen64(const char* path, const char* mode) {
   KX_NEXT(fopen64);
