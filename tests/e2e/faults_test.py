@@ -189,7 +189,7 @@ class FaultsTest(e2e.EndToEndTest):
     def complaints(self, fault, outcome, before, after):
         """What is wrong behind a run with this fault, a line each."""
         now = self.look()
-        if outcome.code not in (0, 1, 3) or "Sanitizer" in outcome.said or "runtime error" in outcome.said:
+        if outcome.code not in (0, 1, 2, 3) or "Sanitizer" in outcome.said or "runtime error" in outcome.said:
             yield f"it ended with {outcome.code}"
         passing = fault.mode in ("interrupt", "shorten")
         if passing and outcome.code != 0:
@@ -354,7 +354,7 @@ class FaultsTest(e2e.EndToEndTest):
 
 def spread(last):
     """Over all allocations, of which there are too many to let each fail."""
-    stride = max(1, last.number // (400 if ALL else 20))
+    stride = max(1, last.number // (400 if ALL else 10))
     return [last._replace(number=number, call="allocate") for number in range(1 + SEED % stride, last.number + 1, stride)]
 
 
