@@ -43,6 +43,7 @@ char16_t SeparatorOf(std::u16string_view folder) {
 
 // Nothing when the path is too far away.
 std::optional<std::u16string> Relative(std::u16string_view path, std::u16string_view folder) {
+  if (text::IsPosixPath(path) != text::IsPosixPath(folder)) return std::nullopt;
   const auto names = NamesOf(path);
   const auto folders = NamesOf(folder);
   const auto [here, there] = std::ranges::mismatch(folders, names, SameName);

@@ -1,6 +1,5 @@
 #include "runner/ActionWriter.h"
 
-#include "host/Xml.h"
 #include "runner/ProjectReader.h"
 #include "runner/References.h"
 #include "text/Encoding.h"
@@ -118,13 +117,10 @@ std::string TActionWriter::Property(const TActionNode& node, const TKxPublishedP
 }
 
 std::string TActionWriter::Action(const TActionNode& node, const std::string& indent) const {
-  const auto attribute = [](std::string_view name, std::u16string_view value) {
-    return " " + std::string(name) + "=\"" + text::ToUtf8(XmlEscape(value)) + "\"";
-  };
-  std::string text = "<Action" + attribute("Type", node.Type().Identifier);
-  if (!node.Name().empty()) text += attribute("Name", node.Name());
+  std::string text = "<Action" + AttributeText(u"Type", node.Type().Identifier);
+  if (!node.Name().empty()) text += AttributeText(u"Name", node.Name());
   if (node.OnFailure() != TOnFailure::Stop)
-    text += attribute("ContinueOnError", node.OnFailure() == TOnFailure::Ignore ? u"ignore" : u"true");
+    text += AttributeText(u"ContinueOnError", node.OnFailure() == TOnFailure::Ignore ? u"ignore" : u"true");
   const std::string inner = indent + text_.Step();
   std::string content;
   for (const auto* property : WorthStating(node))

@@ -23,6 +23,13 @@ bool IsBlankText(std::string_view text) {
   return text.find_first_not_of(" \t\r") == npos;
 }
 
+std::string AttributeText(std::u16string_view name, std::u16string_view value) {
+  std::u16string escaped = XmlEscape(value);
+  for (const auto& [blank, reference] : {std::pair(u"\t", u"&#9;"), {u"\n", u"&#10;"}, {u"\r", u"&#13;"}})
+    escaped = text::ReplaceAll(escaped, blank, reference);
+  return " " + text::ToUtf8(name) + "=\"" + text::ToUtf8(escaped) + "\"";
+}
+
 TElementText::TElementText(std::string_view bytes, TTextEdits& edits)
     : bytes_(bytes), edits_(edits), lineEnd_(LineEndOf(bytes)),
       step_(bytes.find("\n\t") != npos ? "\t" : "  ") {}

@@ -46,6 +46,10 @@ private:
   std::string step_;
 };
 
+// An attribute as a start tag has it, with a blank in front. Tabs and line ends stay, which readers would
+// take for blanks.
+std::string AttributeText(std::u16string_view name, std::u16string_view value);
+
 // Whether the text is blanks and nothing else, none of them a line feed.
 bool IsBlankText(std::string_view text);
 

@@ -1,7 +1,6 @@
 #include "runner/ProjectText.h"
 
 #include "host/Exceptions.h"
-#include "host/Xml.h"
 #include "runner/ElementText.h"
 #include "runner/Messages.h"
 #include "runner/ProjectReader.h"
@@ -15,10 +14,6 @@ namespace kx {
 namespace {
 
 constexpr auto npos = std::string_view::npos;
-
-std::string AttributeText(std::u16string_view name, std::u16string_view value) {
-  return " " + text::ToUtf8(name) + "=\"" + text::ToUtf8(XmlEscape(value)) + "\"";
-}
 
 // From the blanks in front of the attribute to its closing quote; nothing when the tag lacks it.
 std::optional<TByteSpan> FindAttribute(std::string_view bytes, const TProjectElement& element,

@@ -1,0 +1,121 @@
+// A session of the editor: the first part is the project, then follow lines of an operation and its arguments
+// as JSON. An operation is done or refused; what is refused changes nothing, what is done can be undone and
+// done again, and the project can be read all the time.
+#include "editor/EditorSession.h"
+#include "fuzz/FuzzTarget.h"
+#include "host/Exceptions.h"
+#include "package/KxVSDotNetReg.h"
+#include "runner/PluginLoader.h"
+#include "tests/runner/TestActions.h"
+#include "tests/support/TemporaryFolder.h"
+#include "text/Text.h"
+
+#include <algorithm>
+#include <array>
+
+namespace kx::fuzz {
+namespace {
+
+using editor::TEditorSession;
+using editor::TJson;
+
+class TNoFrameworks : public IKxDotNetInfo {
+public:
+  std::optional<std::u16string> GetFrameworkDirectory(std::u16string_view /*version*/) override {
+    return std::nullopt;
+  }
+};
+
+// The package's actions and pages, and two actions without pages.
+struct TWorld {
+  TWorld() {
+    Store.Load(Folder.Path("options.ini"));
+    Services.RegisterAction(u"STEP", u"Tests", tests::TStepAction::Class());
+    Services.RegisterAction(u"LOOP", u"Tests", tests::TLoopAction::Class());
+    SetServices({.Actions = &Services,
+                 .Scripting = &Services,
+                 .Options = &Services,
+                 .Design = &Design,
+                 .PropertySetDesign = &Design,
+                 .DotNet = &Frameworks});
+    RegisterVisualStudioDotNet(TDesignContext());
+  }
+  ~TWorld() { SetServices({}); }
+  TWorld(const TWorld&) = delete;
+  TWorld& operator=(const TWorld&) = delete;
+
+  tests::TTemporaryFolder Folder;
+  TOptionsStore Store;
+  TServiceRegistry Services{Store};
+  editor::TEditorDesign Design;
+  TNoFrameworks Frameworks;
+};
+
+// What of a state undoing gives back.
+TJson ProjectOf(TJson state) {
+  for (const char* other :
+       {"generation", "canUndo", "canRedo", "messages", "unsaved", "hasFile", "dirty", "id"})
+    state.erase(other);
+  return state;
+}
+
+bool IsOneOf(std::span<const std::string_view> names, std::string_view name) {
+  return std::ranges::find(names, name) != names.end();
+}
+
+// A project that runs would start whatever programs the input names.
+constexpr std::array<std::string_view, 1> NeverAsked{"run"};
+// Each of these is one step of undoing.
+constexpr std::array<std::string_view, 8> Steps{"attribute", "add",      "move",        "copy",
+                                                "remove",    "variable", "propertySet", "propertySetValue"};
+
+TJson State(TEditorSession& session) {
+  return session.Handle("state", TJson::object());
+}
+
+// Back and forth again.
+void CheckUndo(TEditorSession& session, const TJson& before) {
+  const TJson after = State(session);
+  if (ProjectOf(after) == ProjectOf(before)) return;
+  Require(ProjectOf(session.Handle("undo", TJson::object())) == ProjectOf(before),
+          "undoing gives back what was");
+  Require(ProjectOf(session.Handle("redo", TJson::object())) == ProjectOf(after), "redoing does it again");
+}
+
+void Do(TEditorSession& session, std::string_view operation, const TJson& arguments) {
+  if (IsOneOf(NeverAsked, operation)) return;
+  const TJson before = State(session);
+  bool isDone = false;
+  try {
+    const TJson answer = session.Handle(operation, arguments);
+    Require(!answer.dump(-1, ' ', false, TJson::error_handler_t::replace).empty(), "an answer can be sent");
+    isDone = true;
+  } catch (const EKxException&) {
+  }
+  if (!isDone) Require(ProjectOf(State(session)) == ProjectOf(before), "what is refused changes nothing");
+  if (isDone && IsOneOf(Steps, operation)) CheckUndo(session, before);
+}
+
+void Check(std::string_view bytes) {
+  static TWorld world;
+  TInput input(bytes);
+  const std::u16string file = world.Folder.Write("p.kxproj", input.Part());
+  try {
+    TEditorSession session(world.Services, world.Design,
+                           editor::TSessionSettings{file, {{}, world.Folder.Path("keys")}});
+    for (int i = 0; i < 12 && !input.IsEmpty(); ++i) {
+      const std::string_view line = input.Line();
+      const std::size_t blank = std::min(line.find(' '), line.size());
+      const auto arguments = TJson::parse(line.substr(blank), nullptr, false);
+      if (!arguments.is_discarded()) Do(session, line.substr(0, blank), arguments);
+    }
+    session.Handle("save", {{"overwrite", true}});
+    session.Handle("reload", TJson::object());
+  } catch (const EKxParseError&) { // no project
+  }
+}
+
+const TRegistration registration({"session", Check});
+
+} // namespace
+} // namespace kx::fuzz
