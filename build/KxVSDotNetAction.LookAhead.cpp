@@ -10,6 +10,8 @@
 #include "platform/Files.h"
 #include "text/Text.h"
 #include "text/WindowsPath.h"
+#include "versioninfo/Brannic.VStudio.SolutionAssemblyUpdater.h"
+#include "web/WebAddress.h"
 
 namespace kx {
 
@@ -38,6 +40,7 @@ private:
   std::shared_ptr<IVSDotNetSolution> OpenSolution();
   std::vector<std::u16string> CheckConfiguration(const IVSDotNetSolution& solution);
   void CheckProjects(const IVSDotNetSolution& solution, const std::vector<std::u16string>& configurations);
+  void CheckWebProjects(const IVSDotNetSolution& solution);
   void CheckSelection(const IVSDotNetSolution& solution, std::u16string_view property,
                       const text::TStringList& entries);
 
@@ -147,11 +150,20 @@ void TBuildOutlook::CheckSolution() {
     if (const auto missing = MissingProjects(*solution, configurations); !missing.empty())
       errors_.Add(u"Solution", missing);
   const TAssemblyInfoSettings& assemblyInfo = action_.AssemblyInfo();
+  if (assemblyInfo.UpdateAssemblyInfo) CheckWebProjects(*solution);
   if (assemblyInfo.UpdateAssemblyInfo && assemblyInfo.ApplyTo != TVSDotNetBuildType::btAllProjects)
     CheckSelection(*solution, u"AssemblySelectedProjects", assemblyInfo.SelectedProjects);
   const TWin32StampSettings& win32 = action_.Win32Stamp();
   if (win32.UpdateWin32Resource && win32.ApplyTo != TVSDotNetBuildType::btAllProjects)
     CheckSelection(*solution, u"ResourceSelectedProjects", win32.SelectedProjects);
+}
+
+void TBuildOutlook::CheckWebProjects(const IVSDotNetSolution& solution) {
+  if (action_.WebProjects().DetectMethod != TProjLocDetectMethod::useWebDAV) return;
+  const auto projects = solution.GetProjects();
+  for (int i = 0; i < projects->GetCount(); ++i)
+    if (IsWebAddress(projects->GetItem(i)->GetFileName()) && action_.IsWebDAVPasswordLost())
+      errors_.Add(u"WebDAVPassword", std::u16string(LostWebDAVPassword) + u".");
 }
 
 std::shared_ptr<IVSDotNetSolution> TBuildOutlook::OpenSolution() {

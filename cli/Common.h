@@ -98,8 +98,15 @@ private:
 // the exit code.
 int RunProject(TProjectRunner& runner, THostSession& session, const TCommonOptions& options);
 
+// NAME or NAME=VARIABLE: where a secret comes from (cli/SecretArguments.h).
+struct TSecretArgument {
+  bool IsVariable; // --set-secret; else --secret
+  std::string Text;
+};
+
 // What run, do and edit take for their runs.
 struct TRunArguments {
+  std::vector<TSecretArgument> Secrets = {};
   std::vector<std::string> Variables;
   std::vector<std::string> Rules;
 };

@@ -1,6 +1,7 @@
 // kxhost do: one action without a project file.
 #include "cli/Common.h"
 #include "cli/FileKinds.h"
+#include "cli/SecretArguments.h"
 #include "text/Encoding.h"
 #include "text/Text.h"
 
@@ -81,10 +82,14 @@ void Configure(TProject& project, const TDoArguments& arguments) {
 
 int Do(const TDoArguments& arguments, const TCommonOptions& common) {
   THostSession session(common);
-  TProjectRunner runner(session.Services(), session.Stop(),
-                        RunSettingsOf(arguments.Run, session, common.DryRun));
+  const TGivenSecrets secrets = TakeSecrets(arguments.Run.Secrets, session);
+  TRunSettings settings = RunSettingsOf(arguments.Run, session, common.DryRun);
+  for (auto& variable : SecretVariables(secrets))
+    settings.Variables.push_back(std::move(variable));
+  TProjectRunner runner(session.Services(), session.Stop(), std::move(settings));
   AddPropertySets(runner.Project(), arguments.SetValues);
   Configure(runner.Project(), arguments);
+  GiveSecrets(secrets, runner.Project(), nullptr);
   const int exitCode = RunProject(runner, session, common);
   if (!common.DryRun) session.SaveOptions();
   return exitCode;
@@ -100,6 +105,7 @@ void DefineDo(CLI::App& command, const TCommonOptions& common, int& exitCode) {
       .add_option("PROPERTIES", arguments->Properties, "Property=Value; repeat a list property for each line")
       ->type_name("Property=Value");
   DefineRunArguments(command, arguments->Run);
+  DefineSecrets(command, arguments->Run.Secrets);
   command
       .add_option("--property-set", arguments->SetValues,
                   "SET.NAME=VALUE: a value of a property set that the action names; repeat it for each value")

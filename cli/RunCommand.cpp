@@ -1,6 +1,7 @@
 // kxhost run and kxhost validate: build projects from files.
 #include "cli/Common.h"
 #include "cli/FileKinds.h"
+#include "cli/SecretArguments.h"
 #include "platform/Console.h"
 #include "platform/Files.h"
 #include "runner/ProjectFile.h"
@@ -26,15 +27,25 @@ struct TProjectArguments {
 class TOpenProject {
 public:
   TOpenProject(const TProjectArguments& arguments, THostSession& session, bool dryRun = false)
-      : runner_(session.Services(), session.Stop(), RunSettingsOf(arguments.Run, session, dryRun)),
+      : secrets_(TakeSecrets(arguments.Run.Secrets, session)),
+        runner_(session.Services(), session.Stop(), Settings(arguments, session, dryRun)),
         file_(runner_.Project()) {
     RequireBuildProject(text::FromUtf8(arguments.File));
     file_.Load(text::ExpandPath(text::FromUtf8(arguments.File), platform::CurrentDirectory()));
+    GiveSecrets(secrets_, runner_.Project(), &file_);
   }
   TProjectRunner& Runner() { return runner_; }
   TProjectFile& File() { return file_; }
 
 private:
+  TRunSettings Settings(const TProjectArguments& arguments, const THostSession& session, bool dryRun) const {
+    TRunSettings settings = RunSettingsOf(arguments.Run, session, dryRun);
+    for (auto& variable : SecretVariables(secrets_))
+      settings.Variables.push_back(std::move(variable));
+    return settings;
+  }
+
+  TGivenSecrets secrets_;
   TProjectRunner runner_;
   TProjectFile file_;
 };
@@ -82,6 +93,7 @@ std::shared_ptr<TProjectArguments> DefineProject(CLI::App& command) {
 void DefineRun(CLI::App& command, const TCommonOptions& common, int& exitCode) {
   const auto arguments = DefineProject(command);
   DefineRunArguments(command, arguments->Run);
+  DefineSecrets(command, arguments->Run.Secrets);
   command.add_flag("--no-save", arguments->NoSave,
                    "Do not write incremented version numbers back into the project file");
   command.callback([arguments, &common, &exitCode] { exitCode = RunFile(*arguments, common); });
@@ -90,6 +102,7 @@ void DefineRun(CLI::App& command, const TCommonOptions& common, int& exitCode) {
 void DefineValidate(CLI::App& command, const TCommonOptions& common, int& exitCode) {
   const auto arguments = DefineProject(command);
   DefineVariables(command, arguments->Run.Variables);
+  DefineSecrets(command, arguments->Run.Secrets);
   command.callback([arguments, &common, &exitCode] { exitCode = ValidateFile(*arguments, common); });
 }
 

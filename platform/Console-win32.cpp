@@ -96,6 +96,45 @@ std::u16string WriteFailure(ConsoleStream stream) {
   return error == ERROR_SUCCESS ? std::u16string() : win32::Reason(error);
 }
 
+bool IsInputTerminal() {
+  return IsConsole(GetStdHandle(STD_INPUT_HANDLE));
+}
+
+std::optional<std::string> AskForSecret(std::string_view prompt) {
+  constexpr wchar_t interrupt = 0x03;
+  const HANDLE input = GetStdHandle(STD_INPUT_HANDLE);
+  DWORD before = 0;
+  // Without "processed input" Ctrl-C is a character: a program that ended then would leave the console so.
+  if (GetConsoleMode(input, &before) == FALSE || SetConsoleMode(input, ENABLE_LINE_INPUT) == FALSE)
+    return std::nullopt;
+  WriteConsole(ConsoleStream::Error, prompt);
+  std::array<wchar_t, 4096> line{};
+  DWORD count = 0;
+  const BOOL read = ReadConsoleW(input, line.data(), static_cast<DWORD>(line.size()), &count, nullptr);
+  SetConsoleMode(input, before);
+  WriteConsole(ConsoleStream::Error, "\n");
+  const std::wstring_view typed(line.data(), count);
+  if (read == FALSE || typed.empty() || typed.find(interrupt) != std::wstring_view::npos) return std::nullopt;
+  return text::ToUtf8(win32::FromWide(typed.substr(0, typed.find_first_of(L"\r\n"))));
+}
+
+Result<std::string> ReadStandardInput(std::size_t most) {
+  const HANDLE input = GetStdHandle(STD_INPUT_HANDLE);
+  std::string bytes;
+  std::array<char, 4096> buffer{};
+  for (;;) {
+    DWORD count = 0;
+    if (ReadFile(input, buffer.data(), static_cast<DWORD>(buffer.size()), &count, nullptr) == FALSE) {
+      const DWORD error = GetLastError();
+      if (error == ERROR_BROKEN_PIPE) return bytes; // its end
+      return Failure{u"Standard input cannot be read. " + win32::Reason(error)};
+    }
+    if (count == 0) return bytes;
+    bytes.append(buffer.data(), count);
+    if (bytes.size() > most) return Failure{u"Standard input holds more than is expected."};
+  }
+}
+
 void IgnoreBrokenPipes() {} // here writing to one only fails
 
 std::vector<std::u16string> CommandLineArguments(int /*argc*/, char** /*argv*/) {

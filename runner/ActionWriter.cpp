@@ -36,6 +36,7 @@ bool HasChanged(const TActionSource& source, const TKxPublishedProperty& propert
 
 // The encrypted form of a secret follows the clear one, which the file loses.
 bool MustBeWritten(const TActionSource& source, const TKxPublishedProperty& property) {
+  if (source.Untouched.contains(&property)) return false;
   return HasChanged(source, property) || (property.Secret && HasClearSecret(source));
 }
 
@@ -164,7 +165,7 @@ void TActionWriter::Update(const TActionSource& source, const std::vector<const 
     if (&child == list) continue;
     last = &child;
     const TKxPublishedProperty& property = source.Node->RequireProperty(child.Name);
-    if (IsClearSecret(property)) {
+    if (IsClearSecret(property) && !source.Untouched.contains(&property)) {
       text_.Remove(child);
     } else if (MustBeWritten(source, property)) {
       text_.Replace(child, Property(*source.Node, property, text_.IndentOf(child)));

@@ -41,6 +41,7 @@ struct TActionSource {
   TPropertyTexts Baseline;
   std::set<const TKxPublishedProperty*> Edited =
       {}; // by the user: lists, and texts without their references, count too
+  std::set<const TKxPublishedProperty*> Untouched = {}; // what the file says of them stays, whatever they are
 };
 
 // What Update would write: stored properties, and others that the file states.

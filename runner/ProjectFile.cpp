@@ -155,6 +155,11 @@ void TProjectFile::NoteEdited(const TActionNode& node, const TKxPublishedPropert
   if (place != state_->Places.end()) state_->Sources[place->second].Edited.insert(&property);
 }
 
+void TProjectFile::KeepAsItStands(const TActionNode& node, const TKxPublishedProperty& property) {
+  const auto source = std::ranges::find(state_->Sources, &node, &TActionSource::Node);
+  if (source != state_->Sources.end()) source->Untouched.insert(&property);
+}
+
 std::string TProjectFile::Text() const {
   return state_->OwnText();
 }

@@ -43,6 +43,8 @@ public:
   // The user has given a stored property of an action another value: it is compared with what was read even
   // where it is a list, or a text that has lost its references.
   void NoteEdited(const TActionNode& node, const TKxPublishedProperty& property);
+  // Neither Text nor Save changes what the file says of it: the value is this run's own.
+  void KeepAsItStands(const TActionNode& node, const TKxPublishedProperty& property);
 
   // The text of the file with the changes in it; the bytes that were read when nothing changed.
   std::string Text() const;

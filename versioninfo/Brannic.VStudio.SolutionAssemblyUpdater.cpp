@@ -45,10 +45,7 @@ public:
   // Raises EKxException for a password that cannot be had: an empty one in its place would be sent to the
   // server as this user's.
   TKxWebDavClient* Client(const TKxWebProjectSettings& web) {
-    if (web.IsWebDAVPasswordLost)
-      throw EKxException(
-          u"The stored WebDAV password cannot be decrypted by this user on this machine, so no "
-          u"server is connected to; store it again (WebDAVPassword)");
+    if (web.IsWebDAVPasswordLost) throw EKxException(std::u16string(LostWebDAVPassword));
     if (!client_) {
       client_ = TKxWebDavClient::Create();
       client_->UserName = web.WebDAVUsername;

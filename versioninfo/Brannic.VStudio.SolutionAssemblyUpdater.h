@@ -16,6 +16,11 @@ namespace kx {
 // For whoever listens to messages.
 using TSendMessageProc = std::function<void(std::u16string_view text)>;
 
+inline constexpr std::u16string_view LostWebDAVPassword =
+    u"The stored WebDAV password cannot be decrypted by this user on this machine, so no server is connected "
+    u"to; "
+    u"store it again (WebDAVPassword)";
+
 // How the action reaches the files of web projects. Copied once; what the action changes later is not seen.
 struct TKxWebProjectSettings {
   TProjLocDetectMethod ProjLocDetectMethod = TProjLocDetectMethod::useWMI;

@@ -228,7 +228,7 @@ class WebDavTest(e2e.EndToEndTest):
             runs.append(subprocess.Popen(
                 [e2e.BIN / "kxhost", "do", "DEVENV", f"Solution={name}.sln", "SolutionConfiguration=Debug", "VStudioVersion=vs2010",
                  "UpdateAssemblyInfo=True", "UpdateAssemblyVersion=True", "AssemblyVersion=2|3|4|5", "ProjLocationDetectMethod=useWebDAV",
-                 "WebDAVUsername=me", "WebDAVPassword=secret word", "--option", f"DotNetFramework.v4.0={self.folder / 'tools'}"],
+                 "WebDAVUsername=me", "--secret", "WebDAVPassword=DAV", "--option", f"DotNetFramework.v4.0={self.folder / 'tools'}"],
                 cwd=self.folder, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, encoding="utf-8",
                 env={**self.environment, "TMPDIR": str(self.temporary), "no_proxy": "*", "SSL_CERT_FILE": str(authority) + ".pem",
                      "DAV": "secret word"}))
