@@ -170,6 +170,15 @@ TEST_F(BuildRun, CountsStructuredErrorsOfEachConfigurationAndAddsThemUp) {
   EXPECT_EQ(Get(u"CompilerErrorCount"), "0") << "each execution counts anew";
 }
 
+TEST_F(BuildRun, ClosesTheProjectsThatTheToolLeftOpen) {
+  const std::u16string begun = u"TandemorLogger|projectStarted|project=a.csproj|targets=";
+  const TPlayback unfinished{.StdOut = {begun, begun}};
+  EXPECT_THAT(
+      Outcome(u"SolutionConfiguration=.*", {unfinished, {.StdOut = {begun}, .Exception = u"no pipe"}}),
+      AllOf(HasSubstr("> Project a.csproj\n> Project a.csproj\n< 3\n< 3\n< 1\n"),
+            EndsWith("> Project a.csproj\n< 3\n3 Error Running DIR/MSBuild.exe : no pipe\n< 3\nno pipe")));
+}
+
 TEST_F(BuildRun, StartsNothingAfterAStop) {
   const std::string stopped = "3 Action Terminated by User.\n< 3\n";
   const TPlayback during{.During = [this] { action_->TerminateAction(); }};
@@ -289,8 +298,9 @@ TEST_F(BuildRun, WarnsOfProjectsThatItLeavesOutBecauseTheyAreNotOnDisk) {
   folder_.Write("gone/App.sln", SmallSolution);
   const std::u16string oneByOne = u"BuildType=btIncludeDisabledProjects";
   EXPECT_THAT(Outcome(u"Solution=gone/App.sln&" + oneByOne),
-              HasSubstr("2 Warning : Projects of Debug|Any CPU are not on disk: App\\App.csproj, "
-                        "Setup\\Setup.vdproj. They are not built.\n"));
+              AllOf(HasSubstr("2 Warning : Projects of Debug|Any CPU are not on disk: App\\App.csproj, "
+                              "Setup\\Setup.vdproj. They are not built.\n"),
+                    HasSubstr("> Project Lib\n"), Not(HasSubstr("> Project App\n"))));
   EXPECT_THAT(Outcome(oneByOne), Not(HasSubstr("not on disk")));
 }
 

@@ -85,6 +85,10 @@ TEST_F(VersionStamping, IncrementsEachNumberOnceAnExecutionUnlessAPropertySetGiv
   EXPECT_EQ(VersionsOf("App"), "=5.0.7.41 File=5.0.7.41 ");
   EXPECT_EQ(Get(u"AssemblyVersion"), "1|0|7|41");
   EXPECT_EQ(host_.Stored.size(), 2U) << "nothing was counted";
+  host_.Sets.Sets[u"Set"][u"LinkFileVersion"] = u"false";
+  Stamp(all + u"&UseDotNetPropertySet=True&DotNetVersionInfoPropertySetName=Set&AssemblyVersion=1|0|7|41&"
+              u"LinkAssemblyFileVersionInfo=True");
+  EXPECT_EQ(VersionsOf("App"), "=5.0.7.41 File=6.8.7.6 ");
 }
 
 TEST_F(VersionStamping, ASelectionIsNarrowedByTheProjectsThatAreBuilt) {

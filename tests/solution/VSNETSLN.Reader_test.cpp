@@ -1,6 +1,9 @@
 #include "tests/solution/SolutionFolder.h"
 
+#include "platform/System.h"
 #include "text/Text.h"
+
+#include <thread>
 
 namespace kx::tests {
 
@@ -62,12 +65,15 @@ TEST_F(OpenedSolution, HasTheProjectsOfItsLines) {
 
 TEST_F(OpenedSolution, LeavesOutProjectsThatAreNotOnDisk) {
   Write("src/Here.csproj");
+  platform::MapDrive(u'Q', Path("src")); // where drives are not the system's own
+  const std::string here =
+      platform::IsWindows() ? text::ToUtf8(Path("src/Here.csproj")) : std::string("q:\\Here.csproj");
   Write("sub/x.sln",
         Solution(Project('A', "", "..\\SRC\\here.CSPROJ") + Project('B', Needs("A"), "missing.csproj") +
                  Project('C', "", "http://server/c.csproj") + Project('D', "", "x https://d") +
-                 Project('E', "", "HTTP://e") + Project('F', "", "..\\src")));
-  EXPECT_EQ(NamesOf(Open("sub/x.sln", false)->GetProjects()), (Strings{"A", "C", "D"}));
-  EXPECT_EQ(NamesOf(Open("sub/x.sln", true)->GetProjects()), (Strings{"A", "B", "C", "D", "E", "F"}));
+                 Project('E', "", "HTTP://e") + Project('F', "", "..\\src") + Project('G', "", here)));
+  EXPECT_EQ(NamesOf(Open("sub/x.sln", false)->GetProjects()), (Strings{"A", "C", "D", "G"}));
+  EXPECT_EQ(NamesOf(Open("sub/x.sln", true)->GetProjects()), (Strings{"A", "B", "C", "D", "E", "F", "G"}));
   for (const bool all : {false, true}) {
     std::string notFound;
     const auto solution = Open("sub/x.sln", all);
@@ -124,17 +130,27 @@ TEST_F(OpenedSolution, KeepsTheFirstProjectConfigurationOfEachName) {
                             ".Release.Build.0 = Y\n" + a + ".RELEASE.ActiveCfg = other\n" + a +
                             ".x=y.Build.0 = 1\n" + a + ".x=y.ActiveCfg = 2\n" + a + ".Test.Build.0 = Z\n" +
                             a + ".Debug.Deploy.0 = Y\n" + Id('B') + ".Other.ActiveCfg = X\nshort\n";
-  for (const std::string section : {"ProjectConfiguration", "ProjectConfigurationPlatforms"}) {
-    const auto project = OpenText(Solution(Project('A'), Section(section, lines)))->GetProjects()->GetItem(0);
-    std::string configs;
-    for (int i = 0; i < project->GetConfigCount(); ++i) {
-      const TVSDotNetProjectConfig config = project->GetConfigItem(i);
-      configs +=
-          text::ToUtf8(config.Solution) + "=" + text::ToUtf8(config.Project) + (config.Active ? "* " : " ");
+  std::string many; // so many that they get an index
+  for (int i = 0; i < 60; ++i)
+    many += a + ".C" + std::to_string(i) + ".Build.0 = " + std::to_string(i) + "\n";
+  many += a + ".DEBUG.Build.0 = other\n" + a + ".c40.ActiveCfg = other\n";
+  for (const std::string section : {"ProjectConfiguration", "ProjectConfigurationPlatforms"})
+    for (const std::string& further : {std::string(), many}) {
+      const auto project =
+          OpenText(Solution(Project('A'), Section(section, lines + further)))->GetProjects()->GetItem(0);
+      std::string configs;
+      for (int i = 0; i < project->GetConfigCount(); ++i) {
+        const TVSDotNetProjectConfig config = project->GetConfigItem(i);
+        configs +=
+            text::ToUtf8(config.Solution) + "=" + text::ToUtf8(config.Project) + (config.Active ? "* " : " ");
+      }
+      EXPECT_THAT(configs, testing::StartsWith("Debug=X|Win32* Release=Y* x=y=1 x=y=2* Test=Z ")) << section;
+      EXPECT_EQ(project->GetConfigCount(), further.empty() ? 5 : 65) << section;
+      EXPECT_EQ(project->GetConfig(u"debug"), u"X|Win32") << section;
+      EXPECT_EQ(project->GetConfig(u"RELEASE"), u"Y") << section;
+      EXPECT_EQ(project->GetConfig(u"c59"), further.empty() ? u"" : u"59") << section;
+      EXPECT_EQ(project->IsActiveConfig(u"C40"), !further.empty()) << section;
     }
-    EXPECT_EQ(configs, "Debug=X|Win32* Release=Y* x=y=1 x=y=2* Test=Z ") << section;
-    EXPECT_EQ(project->GetConfig(u"RELEASE"), u"Y") << section;
-  }
 }
 
 // "AB" for "A needs B".
@@ -156,6 +172,9 @@ TEST_F(OpenedSolution, IsInOrderOfTheDependenciesOfItsGlobalSectionUnlessTheyClo
       {"so does a pair of both kinds", Solution(bFirst, OldNeeds({"BA", "AC"})), {"B", "A", "C"}},
       {"and a longer circle", Solution(bFirst, OldNeeds({"BC", "CA"})), {"B", "A", "C"}},
       {"oneself is no circle", Solution(three, OldNeeds({"AA", "AB"})), {"B", "A", "C"}},
+      {"of two with one identifier the first has them",
+       Solution(Project('A') + Project('B') + Project('A'), OldNeeds({"AB"})),
+       {"B", "A", "A"}},
   };
   for (const auto& [what, text, expected] : cases)
     EXPECT_EQ(NamesOf(OpenText(text)->GetProjects()), expected) << what;
@@ -213,6 +232,9 @@ TEST_F(OpenedSolution, IsRefusedWithTheReasonAndTheLine) {
       {"no EndGlobal", Header + "Global\n\tEndGlobalSection\n", "List index out of bounds (3) @ 4"},
       {"no end of a project section", Header + "Global\nGlobalSection(ProjectConfiguration)\n",
        "List index out of bounds (3) @ 4"},
+      {"nor behind lines that nobody reads",
+       "\n\n" + Header + "Global\nGlobalSection(ProjectConfiguration)\na = b\n\n c\n",
+       "List index out of bounds (6) @ 9"},
       {"two items", Header + type + " = \"a\", \"b\"\n", "Error parsing project string @ 2"},
   };
   for (const auto& [what, text, expected] : cases)
@@ -227,6 +249,21 @@ TEST_F(OpenedSolution, NeedsAReadableFileAndStopsWhenAsked) {
   stop.Raise();
   EXPECT_THAT([&] { OpenSolution(Path("a.sln"), true, &stop); },
               testing::ThrowsMessage<EKxException>("Action Terminated by User."));
+
+  // Between two of its projects, each of which takes its time; the solution itself was read in one piece.
+  Write("a.vcxproj", "<Project>" + std::string(1'000'000, '\n') + "</Project>");
+  std::string projects;
+  for (int i = 0; i < 800; ++i)
+    projects += Project('A', "", "a.vcxproj");
+  Write("a.sln", Solution(projects));
+  stop.Clear();
+  std::thread user([&stop] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    stop.Raise();
+  });
+  EXPECT_THAT([&] { OpenSolution(Path("a.sln"), true, &stop); },
+              testing::ThrowsMessage<EKxException>("Action Terminated by User."));
+  user.join();
 }
 
 } // namespace

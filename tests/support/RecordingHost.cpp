@@ -25,11 +25,11 @@ public:
       host_.playbacks_.pop_front();
     }
     if (playback.During) playback.During();
-    if (!playback.Exception.empty()) throw EKxException(playback.Exception);
     for (const auto& line : playback.StdOut)
       settings_.OnStdOutData(*this, line);
     for (const auto& line : playback.StdErr)
       settings_.OnStdErrData(*this, line);
+    if (!playback.Exception.empty()) throw EKxException(playback.Exception);
     if (!IsStopped()) exitCode_ = playback.ExitCode;
     if (playback.After) playback.After();
   }
