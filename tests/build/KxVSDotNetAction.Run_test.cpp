@@ -95,6 +95,10 @@ TEST_F(BuildRun, OfProjectsLogsExactly) {
                 Project("Installer", "Debug") +
                 DevEnv("/build \"Debug|Any CPU\" /project \"Setup\\Setup.vdproj\"") +
                 "3 1 error here\n3 DIR/devenv.com returned Error code : 4\n< 3\n" + Failed);
+  folder_.Write("App/App.csproj", "Debug|AnyCPU, Debug|Any CPU");
+  EXPECT_THAT(Outcome(u"BuildType=btSelectedProjects&SelectedProjects=App"),
+              HasSubstr("0 Platform=\"Any CPU\"\n"))
+      << "a file that writes it both ways";
   // A project that the configuration leaves out counts as done.
   EXPECT_EQ(Outcome(u"UseMSBuild=False&SolutionConfiguration=Release|Any "
                     u"CPU&BuildType=btSelectedProjects&SelectedProjects=lib"),
@@ -302,6 +306,13 @@ TEST_F(BuildRun, WarnsOfProjectsThatItLeavesOutBecauseTheyAreNotOnDisk) {
                               "Setup\\Setup.vdproj. They are not built.\n"),
                     HasSubstr("> Project Lib\n"), Not(HasSubstr("> Project App\n"))));
   EXPECT_THAT(Outcome(oneByOne), Not(HasSubstr("not on disk")));
+  // The folder of a web site is there; a group of projects has nothing to be there.
+  folder_.Write("gone/Setup/Setup.vdproj/Default.aspx");
+  folder_.Write("gone/App.sln",
+                text::ToUtf8(text::ReplaceAll(text::FromUtf8(SmallSolution),
+                                              u"FAE04EC0-301F-11D3-BF4B-00C04F79EFBC}\") = \"App",
+                                              u"2150E333-8FDC-42A3-9474-1A3956D46DE8}\") = \"App")));
+  EXPECT_THAT(Outcome(u"Solution=gone/App.sln&" + oneByOne), Not(HasSubstr("not on disk")));
 }
 
 TEST_F(BuildRun, WarnsOnceOfAFolderThatMSBuildCannotBeTold) {

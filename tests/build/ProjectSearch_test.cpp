@@ -16,6 +16,12 @@ TEST_F(ProjectSearch, FindsAProjectByEachOfItsNames) {
   EXPECT_EQ(TKxVSDotNetAction::GetProjectNameFunction(*action_, u"setup\\setup.vdproj"), u"Installer");
   EXPECT_EQ(TKxVSDotNetAction::GetProjectPathFunction(*action_, u"Lib"), folder_.Path("Lib/Lib.csproj"));
   EXPECT_EQ(Get(u"AllSolutionConfigurations"), "Debug|Any CPU\r\nRelease|Any CPU\r\n");
+  // The exact name counts before the same in other letters.
+  const std::u16string other = u"LIB\\lib.csproj";
+  folder_.Write("App.sln",
+                text::ToUtf8(text::ReplaceAll(text::FromUtf8(SmallSolution), u"Setup\\Setup.vdproj", other)));
+  for (const std::u16string& text : {other, folder + u"/" + other})
+    EXPECT_EQ(TKxVSDotNetAction::GetProjectNameFunction(*action_, text), u"Installer") << text::ToUtf8(text);
 }
 
 TEST_F(ProjectSearch, AnswersNothingForASolutionThatCannotBeOpened) {

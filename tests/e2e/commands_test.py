@@ -148,6 +148,8 @@ class CommandsTest(e2e.EndToEndTest):
                 (("get", "VisualStudioDotNet.DefVSVersion"), 0, "vs2010\n"),
                 (("unset", "VisualStudioDotNet.MSDevPath2008"), 0, ""),
                 (("unset", "VisualStudioDotNet.MSDevPath2008"), 1, "is not set"),
+                (("get", "VisualStudioDotNet"), 2, "SECTION.KEY"),
+                (("get", "Old.Key"), 2, 'Unknown option "Old.Key"'),
                 (("unset", "Nothing.x"), 2, "Unknown option")):
             status, output = self.host(*store, *arguments)
             self.assertEqual(status, code, (arguments, output))
@@ -156,6 +158,8 @@ class CommandsTest(e2e.EndToEndTest):
         stored = self.folder / "new.ini"
         self.assertEqual(stored.read_text(), f"[VisualStudioDotNet]\nDefVSVersion=4\n\n[DotNetFramework]\nv4.0={folder}\n")
         stored.write_text(stored.read_text() + "[Old]\nKey=1\n")
+        self.assertEqual(self.host(*store, "get", "Old.Key"), (0, "1\n"))
+        self.assertEqual(self.host(*store), self.host(*store, "list"))
         shown = self.host(*store, "list", "--option", "VisualStudioDotNet.DefVSVersion=vs2003")[1]
         for line in ("VisualStudioDotNet.DefVSVersion=vs2003\n", "WebSites.ApplicationHostConfig=\n", "Old.Key=1\n",
                      f"DotNetFramework.v4.0={folder}\n", "nothing reads the option Old.Key"):
@@ -180,6 +184,44 @@ class CommandsTest(e2e.EndToEndTest):
         self.assertEqual(known["projectsNotFound"], [{"name": "D", "fileName": "D.csproj", "id": ID("D")}])
         self.assertIn(f"{ID('D')}  (not on disk)\n", self.host("inspect", "App.sln", "--all-projects")[1])
 
+    def test_what_is_inspected_is_shown_to_people_and_programs(self):
+        folder = self.folder / "Nat"
+        self.write("Nat/Nat.vcxproj", '<Project xmlns="http://schemas.microsoft.com/developer/msbuild/2003"><ItemGroup>'
+                   '<ResourceCompile Include="a.rc"/><ResourceCompile Include="v.rc"/></ItemGroup></Project>')
+        self.write("Nat/a.rc", "x")
+        self.write("Nat/v.rc", "#include <winver.h>\n1 VERSIONINFO\nFILEVERSION 3,1,4,2\nFILEFLAGSMASK 0x3fL\n"
+                   "FILEFLAGS 0x1bL\nFILETYPE 0x2L\nBEGIN\nBLOCK \"StringFileInfo\"\nBEGIN\nBLOCK \"040c04e2\"\nBEGIN\n"
+                   'VALUE "CompanyName", "We\\0"\nVALUE "FileVersion", "3.1"\nEND\nEND\nBLOCK "VarFileInfo"\nBEGIN\n'
+                   'VALUE "Translation", 0x40c, 1250\nEND\nEND\n')
+        self.write("App.sln", HEADER.replace("8.00", "11.00") + project("Nat", path="Nat\\Nat.vcxproj").replace(ID("Nat"), ID("A"))
+                   + f'Project("{{2150E333-8FDC-42A3-9474-1A3956D46DE8}}") = "Group", "Group", "{ID("B")}"\nEndProject\nGlobal\n'
+                   "\tGlobalSection(SolutionConfigurationPlatforms) = preSolution\n\t\tDebug|Win32 = Debug|Win32\n"
+                   "\tEndGlobalSection\n\tGlobalSection(ProjectConfigurationPlatforms) = postSolution\n"
+                   f"\t\t{ID('A')}.Debug|Win32.ActiveCfg = Debug|x64\n\tEndGlobalSection\nEndGlobal\n")
+        self.write("build.log", "a.cs(3,7): error CS1: x\nb.cs(1): warning CS2: y\n    1 Warning(s)\n    1 Error(s)\n")
+        nat = {"name": "Nat", "fileName": "Nat\\Nat.vcxproj", "id": ID("A"), "typeId": ID("F"), "isVCProject": True,
+               "dependencies": [], "resourceScripts": [f"{folder}/a.rc", f"{folder}/v.rc"], "versionScript": f"{folder}/v.rc",
+               "configurations": [{"solution": "Debug|Win32", "project": "Debug|x64", "active": True}]}
+        rows = (
+            ("App.sln", "Format          vs2010\nConfigurations  1\n  Debug|Win32\nProjects in build order  1\n"
+             f"  Nat  Nat\\Nat.vcxproj  {ID('A')}\n      script {folder}/a.rc\n      script {folder}/v.rc  (version)\n",
+             {"version": "vs2010", "configurations": ["Debug|Win32"], "projects": [nat], "projectsNotFound": [], "circles": []}),
+            ("Nat/v.rc", "majorVersion    3\nminorVersion    1\nreleaseVersion  4\nbuildVersion    2\ndebug           true\n"
+             "preRelease      true\nspecial         false\nprivate         true\ndll             false\n"
+             "locale          1036\ncodePage        1250\n  CompanyName=We\n  FileVersion=3.1\n",
+             {"majorVersion": 3, "minorVersion": 1, "releaseVersion": 4, "buildVersion": 2, "debug": True, "preRelease": True,
+              "special": False, "private": True, "dll": False, "locale": 1036, "codePage": 1250,
+              "strings": ["CompanyName=We", "FileVersion=3.1"]}),
+            ("build.log --tool msbuild", "Errors    1\nWarnings  1\nLines     2 plain, 0 success, 1 warning, 1 error\n",
+             {"errors": 1, "warnings": 1, "failed": False, "statuses": [2, 0, 1, 1],
+              "metrics": [["Warnings", 1], ["Errors", 1]], "hasSummary": True, "hasOtherSummary": False}),
+        )
+        for arguments, shown, known in rows:
+            self.assertEqual(self.host("inspect", *arguments.split()), (0, shown))
+            self.assertEqual(json.loads(self.host("inspect", *arguments.split(), "--json")[1]), known)
+        self.assertEqual(self.host("inspect", "build.log", "--tool", "msbuild", "--lines")[1],
+                         "3\ta.cs(3,7): error CS1: x\n2\tb.cs(1): warning CS2: y\n0\t    1 Warning(s)\n0\t    1 Error(s)\n")
+
     def test_projects_that_share_an_identifier_are_told_apart(self):
         self.write("A.csproj", "<Project/>")
         self.write("App.sln", HEADER + project("A") + project("A", path="Gone.csproj") + "Global\nEndGlobal\n")
@@ -197,6 +239,13 @@ class CommandsTest(e2e.EndToEndTest):
                                               "A needs B, B needs C, C needs A\n"))
 
     def test_the_properties_of_an_action_stand_in_groups(self):
+        listed = "".join(f"{line}\n" for line in (
+            "DEVENV  Build VS.Net Solution  (Compilers)", "MSTEST  Run MSTest  (Testing Tools)",
+            "VERSIONINFO  Win32 Version Info Updater  (Compilers)", "SOLUTIONITERATOR  VS.NET Solution Iterator  (Compilers)"))
+        self.assertEqual(self.host("actions"), (0, listed))
+        self.assertEqual([action["type"] for action in json.loads(self.host("actions", "--json")[1])],
+                         [line.split()[0] for line in listed.splitlines()])
+        self.check_table([("actions DEVEN", 'Unknown action type')])
         shown = self.host("actions", "DEVENV")[1]
         for piece in ("\nBuild: Warnings\n  OverrideWarnings: Boolean", "\n      fx35: .NET Framework 3.5\n",
                       "3|1|4|0 is 3.1.4.0", "\nOn no page of the editor\n", "An enumeration takes a name or its number"):

@@ -1,9 +1,12 @@
+#include "editor/Assets.h"
 #include "editor/FileChooser.h"
 #include "tests/editor/SessionFixture.h"
 
 #include <gmock/gmock.h>
 
 #include <filesystem>
+#include <functional>
+#include <set>
 
 namespace kx::editor {
 namespace {
@@ -114,6 +117,52 @@ TEST_F(EditorSession, ActionsComeGoAndMove) {
     EXPECT_NE(Refusal(operation, arguments), "") << operation << arguments;
   EXPECT_EQ(Do("state")["dirty"], false) << "what is refused changes nothing";
   EXPECT_THAT(Refusal("remove", {{"id", "0"}, {"generation", 1}}), HasSubstr("another window"));
+}
+
+// Words are all that holds the session and its page together.
+TEST_F(EditorSession, KnowsWhatItsPageAsksForAndSaysWhatItReads) {
+  std::string scripts;
+  for (const std::string_view script : {AppScript, ApiScript, TreeScript, FormScript, ProjectScript,
+                                        DialogsScript, LogScript, RunScript, ChartsScript, DomScript})
+    scripts += script;
+  Open(Tests + std::string("    <Action Type=\"LOOP\"/>\n"));
+  std::set<std::string> operations;
+  for (const std::string asks : {"call(\"", "callUnlessRunning(\"", "edit(\"", "send(\""})
+    for (std::size_t at = scripts.find(asks); at != std::string::npos; at = scripts.find(asks, at + 1))
+      operations.insert(
+          scripts.substr(at + asks.size(), scripts.find('"', at + asks.size()) - at - asks.size()));
+  EXPECT_EQ(operations.size(), 26U);
+  for (const std::string& operation : operations)
+    EXPECT_THAT(Refusal(operation, {{"id", "9"}}), Not(HasSubstr("no operation"))) << operation;
+
+  Open(Tests + std::string("    <Action Type=\"LOOP\"/>\n"));
+  Do("variable", {{"name", "V"}, {"value", "1"}});
+  Do("propertySet", {{"name", "S"}, {"kind", "Win32"}});
+  host_.Write("App.sln", "");
+  TJson answers = {Do("state"),
+                   Do("action", {{"id", "0"}}),
+                   Do("validate"),
+                   Do("list", {{"path", ""}}),
+                   Do("offers", {{"id", "0"}, {"page", 0}, {"field", "MemoAssemblies"}}),
+                   Do("runs")};
+  std::set<std::string> words;
+  std::string word;
+  for (const char c : scripts + "\n") {
+    if (std::isalnum(static_cast<unsigned char>(c)) != 0) {
+      word += c;
+    } else if (!word.empty()) {
+      words.insert(std::exchange(word, {}));
+    }
+  }
+  std::set<std::string> unread;
+  const std::function<void(const TJson&)> look = [&](const TJson& value) {
+    for (const auto& [name, item] : value.items()) {
+      if (value.is_object() && !words.contains(name)) unread.insert(name);
+      if (item.is_structured()) look(item);
+    }
+  };
+  look(answers);
+  EXPECT_THAT(unread, testing::IsEmpty());
 }
 
 TEST_F(EditorSession, ANewActionStatesWhatDiffersFromItsDefaults) {
@@ -432,6 +481,10 @@ TEST_F(EditorSession, TheChooserListsNamesThatFitTheFilter) {
   EXPECT_TRUE(folder.Parent.size() < folder.Path.size());
   EXPECT_THAT(ListChooserFolder(u"Sub", host_.Path(""), u"").Files, testing::SizeIs(2));
   EXPECT_THROW(ListChooserFolder(std::u16string_view(u"a\0b", 3), u"/", u""), EKxException);
+  Open("");
+  const TJson listed = Do("list", {{"path", "Sub/"}, {"patterns", "*.sln"}});
+  EXPECT_EQ(std::pair(listed["files"].dump(), listed["isThere"]),
+            std::pair(std::string("[\"App.sln\"]"), TJson(true)));
   for (const auto& [name, pattern, expected] :
        std::initializer_list<std::tuple<std::u16string_view, std::u16string_view, bool>>{
            {u"a.SLN", u"*.sln", true},

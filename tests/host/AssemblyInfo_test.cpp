@@ -87,7 +87,8 @@ const TCase Elsewhere[] = {
     {"strings", CSharp,
      "class C { string a = @\"\\\"\"[assembly: AssemblyTitle(1)]\", b = $\"{\"[assembly: "
      "AssemblyTitle(1)]\"}\", "
-     "c = \"\"\"\n\"[assembly: AssemblyTitle(1)]\n\"\"\"; char d = '\"'; }"},
+     "c = \"\"\"\n\"[assembly: AssemblyTitle(1)]\n\"\"\"; char d = '\"'; string e = 'd' + \"'[assembly: "
+     "AssemblyTitle(1)]\"; }"},
     {"switched off for certain", CSharp,
      "#if !DEFINED\n#if false\n[assembly: AssemblyTitle(\"a\n#endif\n#endif"},
     {"of a class of one's own", CSharp,
@@ -109,6 +110,9 @@ const TCase Additions[] = {
      "\t[assembly:AssemblyCompanyAttribute (\"\")] // c\r\n\t[assembly:AssemblyTitleAttribute "
      "(\"N\")]\r\nclass C "
      "{}\n"},
+    {"before the code of a class in the same line", CSharp,
+     "using System.Reflection;\n[assembly: A] sealed\nclass C {}",
+     "using System.Reflection;\n[assembly: A]\n[assembly: AssemblyTitle(\"N\")] sealed\nclass C {}"},
     {"behind a last line without end", CSharp, "using System.Reflection;\n[assembly: A]",
      "using System.Reflection;\n[assembly: A]\n[assembly: AssemblyTitle(\"N\")]"},
     {"before code in the same line", CSharp, "[assembly: AssemblyCompany(\"\")] class C {}",

@@ -49,6 +49,31 @@ TEST(VersionInfo, UpdatesVersionTextsAndProductNumbers) {
   }
 }
 
+// Whoever lists the properties can read and write each.
+TEST(VersionInfo, PropertiesKeepWhatTheyAreGiven) {
+  TVersionInfoValues values;
+  for (const auto& property : Win32VersionProperties()) {
+    const bool isFlag = property.Get(values) == u"False";
+    const std::u16string_view given = isFlag ? u"True" : u"7";
+    property.Set(values, given);
+    EXPECT_EQ(property.Get(values), given) << text::ToUtf8(property.Name);
+    if (!isFlag) continue;
+    property.Set(values, u"no");
+    EXPECT_EQ(property.Get(values), u"False") << text::ToUtf8(property.Name);
+  }
+}
+
+TEST(VersionInfo, AsksForEachTextThatItMayUpdate) {
+  constexpr std::array<std::u16string_view, 1> names{u"Comments"};
+  const TVersionInfoContainer info(names, [](std::u16string_view name, std::u16string_view oldValue,
+                                             std::u16string& newValue, bool selectable) {
+    newValue = std::u16string(name) + u"=" + std::u16string(oldValue) + (selectable ? u"?" : u"!");
+  });
+  EXPECT_TRUE(info.HasName(u"comments") && !info.HasName(u"Comment"));
+  EXPECT_EQ(info.NewValue(u"A", u"b", true) + info.NewValue(u"A", u"b", false), u"A=b?A=b!");
+  EXPECT_EQ(TVersionInfoContainer().NewValue(u"A", u"b", true), u"b");
+}
+
 TEST(VersionInfo, NamesNumbersThatAResourceCannotHold) {
   TVersionInfoContainer info;
   info.SetMajorVersion(65535);

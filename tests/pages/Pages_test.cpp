@@ -60,6 +60,64 @@ TEST_F(TPagesTest, ContainersAreLinesOnThePageAndQuotedItemsInTheAction) {
   }
 }
 
+TEST_F(TPagesTest, EachFieldShowsAndWritesThePropertyThatItNames) {
+  TKxVSSolutionIterator loop;
+  TKxVSDotNetAction build;
+  build.Attach(editor_.Host);
+  const std::pair<const TKxPageClass*, TKxPersistent*> pages[] = {
+      {&TMSTestFrame::Class(), &test_},
+      {&TMSTestSettingsFrame::Class(), &test_},
+      {&TMSTestPublishFrame::Class(), &test_},
+      {&TSolutionIteratorFrame::Class(), &loop},
+      {&TVSDotNetWebProjectLocationFrame::Class(), &build}};
+  for (const auto& [pageClass, edited] : pages) {
+    const auto page = pageClass->Create();
+    editor_.Open(*page, *edited);
+    std::set<std::u16string> written;
+    for (const TKxPageField& field : page->Fields()) {
+      if (field.Property.empty() || field.Kind == TKxFieldKind::DropDown) continue;
+      SCOPED_TRACE(text::ToUtf8(field.Name));
+      const auto* property = edited->PublishedProperties().Find(field.Property);
+      ASSERT_NE(property, nullptr) << text::ToUtf8(field.Property);
+      const auto get = [&] { return PropertyToText(*property, property->Get(*edited)); };
+      const auto set = [&](std::u16string_view text) {
+        property->Set(*edited, PropertyFromText(*property, text));
+      };
+      switch (field.Kind) {
+      case TKxFieldKind::Choice: // each stands for a value of its own
+        page->SetValue(field.Name, u"True");
+        page->WriteActionData();
+        EXPECT_TRUE(written.insert(field.Property + get()).second) << text::ToUtf8(get());
+        page->ReadActionData();
+        EXPECT_TRUE(field.IsChecked());
+        break;
+      case TKxFieldKind::CheckBox:
+        for (const std::u16string_view value : {u"True", u"False"}) {
+          set(value);
+          page->ReadActionData();
+          set(u"False");
+          page->WriteActionData();
+          EXPECT_EQ(get(), value);
+        }
+        break;
+      case TKxFieldKind::Text:
+      case TKxFieldKind::FilePath:
+      case TKxFieldKind::FolderPath:
+      case TKxFieldKind::Integer:
+        set(u"42");
+        page->ReadActionData();
+        EXPECT_EQ(field.Value, u"42");
+        set(u"0");
+        page->WriteActionData();
+        EXPECT_EQ(get(), u"42");
+        break;
+      default: // lists and secrets have tests of their own
+        break;
+      }
+    }
+  }
+}
+
 TEST_F(TPagesTest, WhatCanBeEditedFollowsTheTestSource) {
   TMSTestFrame page;
   editor_.Open(page, test_);

@@ -4,6 +4,7 @@
 #include "tests/solution/SolutionFolder.h"
 #include "text/Text.h"
 
+#include <future>
 #include <random>
 
 namespace kx::tests {
@@ -20,6 +21,10 @@ protected:
     while (lines.Next())
       all.push_back(text::ToUtf8(text::FromUtf8(lines.Line())));
     return all;
+  }
+  // With a buffer that no file before has made larger, as each thread keeps its own.
+  Strings ReadAnew(std::string_view bytes) const {
+    return std::async(std::launch::async, [&] { return ReadBytes(bytes); }).get();
   }
 };
 
@@ -69,10 +74,16 @@ TEST_F(Lines, AreWholeWhereTheBufferEnds) {
         bytes += piece;
         for (const std::string_view behind : {"y", "\ny\xC3\xA9\r"}) {
           const std::string whole = bytes + std::string(behind);
-          ASSERT_TRUE(ReadBytes(whole) == PlainReading(whole))
+          ASSERT_TRUE(ReadAnew(whole) == PlainReading(whole))
               << what << " at " << before << " before " << behind.size();
         }
       }
+  for (const auto& [what, piece] : pieces)
+    for (std::size_t before = bufferSize / 2 - 3; before <= bufferSize / 2; ++before) {
+      const std::string wide = "\xFF\xFE" + text::ToUtf16LE(std::u16string(before, u'x') +
+                                                            text::FromUtf8(piece) + u"y\n\u00E9\U0001F600");
+      ASSERT_TRUE(ReadAnew(wide) == PlainReading(wide)) << what << " of UTF-16 at " << before;
+    }
 }
 
 // Whatever lies across the borders of the buffer, in files of all encodings, around the sizes at which it

@@ -59,8 +59,7 @@ TEST_F(Resources, HaveOneScriptThatMentionsAVersionResource) {
   const std::string wide = text::ToUtf16LE(u"VERSIONINFO");
   const std::tuple<const char*, std::string, bool> cases[] = {
       {"in other letters", "VersionInfo", false},
-      {"across two pieces", std::string(65'530, 'x') + keyword, true},
-      {"UTF-16, across two pieces", "\xFF\xFE" + text::ToUtf16LE(std::u16string(32'760, u'x')) + wide, true},
+      {"UTF-16, behind one that is cut through", "\xFF\xFEx" + wide + "y" + wide, true},
       {"UTF-16, big end first", "\xFE\xFF" + std::string(1, '\0') + wide.substr(0, wide.size() - 1), true},
       {"UTF-16, but cut through", "\xFF\xFE" + std::string(1, 'x') + wide, false},
   };
@@ -70,6 +69,15 @@ TEST_F(Resources, HaveOneScriptThatMentionsAVersionResource) {
     Write("1.rc", first);
     EXPECT_EQ(ScriptsOf("a.vcxproj"), (Strings{"1.rc", "2.rc", found ? "*1.rc" : "*2.rc"})) << what;
   }
+  // Wherever the border of two pieces cuts it.
+  constexpr std::size_t piece = std::size_t{64} << 10;
+  for (std::size_t held = 0; held <= keyword.size(); ++held)
+    for (const std::string& script :
+         {std::string(piece - held, 'x') + keyword,
+          "\xFF\xFE" + text::ToUtf16LE(std::u16string(piece / 2 - 1 - held, u'x')) + wide}) {
+      Write("1.rc", script);
+      EXPECT_EQ(ScriptsOf("a.vcxproj").back(), "*1.rc") << held << " of " << script.size();
+    }
 }
 
 TEST_F(Resources, MayBeAnythingWithoutHarm) {

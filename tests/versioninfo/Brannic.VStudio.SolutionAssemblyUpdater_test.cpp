@@ -287,9 +287,11 @@ TEST(FindAssemblyInfoName, SeesItemsOneByOne) {
       {R"(<File RelPath="AssemblyInfo.cs" Link="..\AssemblyInfo.cs"/>)", u"..\\AssemblyInfo.cs"},
       {R"(<File RelativePath=".\AssemblyInfo.cpp"/>)", u".\\AssemblyInfo.cpp"},
       {"\"SourcePath\" = \"8:AssemblyInfo.cs\"", u""},
+      {R"(<Project><Import Project="all.targets"/></Project>)", u""},
       {"", u""},
   };
   const tests::TTemporaryFolder folder;
+  folder.Write("all.targets", R"(<Project><Compile Include="AssemblyInfo.cs"/></Project>)");
   for (const auto& [project, expected] : cases)
     EXPECT_EQ(FindAssemblyInfoName(folder.Write("a.csproj", project), folder.Path()), expected) << project;
 }
