@@ -49,6 +49,20 @@ TEST(VSDotNetOptions, FillsFromTheRegistryWhatTheStoreLacks) {
   }
 }
 
+TEST(VSDotNetOptions, AsksTheRegistryForEachVersion) {
+  static std::vector<std::string> asked;
+  asked.clear();
+  TVSDotNetOptions options(
+      [](std::u16string_view key, std::u16string_view value) -> std::optional<std::u16string> {
+        asked.push_back(
+            text::ToUtf8(std::u16string(key.substr(key.rfind(u'\\') + 1)) + u" " + std::u16string(value)));
+        return std::nullopt;
+      });
+  options.LoadOptions(TFakeOptionsStore());
+  EXPECT_THAT(asked, testing::ElementsAre("7.0 InstallDir", "7.1 InstallDir", "8.0 InstallDir",
+                                          "9.0 InstallDir", "10.0 InstallDir"));
+}
+
 TEST(VSDotNetOptions, LoadsAllThatItSaves) {
   EXPECT_EQ(VSDotNetOptions(), nullptr) << "without a host there are none";
   const text::TStringList all{u"MSDevPath=a",          u"MSDevPath2003=b", u"MSDevPath2005=c",

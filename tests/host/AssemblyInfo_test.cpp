@@ -192,6 +192,16 @@ TEST(AssemblyInfo, LeavesAloneWhatIsNoAttributeOfTheAssembly) {
 
 TEST(AssemblyInfo, AddsWhatIsMissing) {
   std::ranges::for_each(Additions, Check);
+  for (const std::string name :
+       {"Title", "Description", "Configuration", "Company", "Product", "Copyright", "Trademark", "Culture",
+        "Version", "FileVersion", "DefaultAlias", "InformationalVersion"}) {
+    const std::string attribute = "Assembly" + name;
+    Check({attribute.c_str(),
+           CSharp,
+           "",
+           "[assembly: System.Reflection." + attribute + "(\"1.0\")]\r\n",
+           {{text::FromAscii(attribute), u"1.0"}}});
+  }
 }
 
 TEST(AssemblyInfo, DecidesConditionsThatTheFileDecides) {

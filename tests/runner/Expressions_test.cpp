@@ -46,7 +46,7 @@ TEST_F(ExpressionsTest, Expand) {
       {"signs that open nothing", u"5% of $5, ^(a|b)$ 50 % x % $( $() $(a b) %a-b%",
        u"5% of $5, ^(a|b)$ 50 % x % $( $() $(a b) %a-b%"},
       {"the action's own variables come before the project's, and are not expanded", u"%Local%", u"100%Own%"},
-      {"the command line comes before the project", u"%Both% %FromCommandLine%", u"command line set"},
+      {"the command line comes before the project", u"%Both% %Nested%", u"command line <set>"},
       {"the host's own, not expanded", u"%ProjectDir%", u"/srv/100%x%"},
       {"constants and enumeration names are numbers", u"$(Blue)-$(red)", u"2-0"},
       {"a function of the action", u"$(Describe(\"x\"))", u"Build<x>"},

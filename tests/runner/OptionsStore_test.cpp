@@ -1,6 +1,10 @@
 #include "runner/OptionsStore.h"
 
+#include "host/Exceptions.h"
+#include "runner/KnownOptions.h"
 #include "tests/runner/TestActions.h"
+#include "text/Text.h"
+#include "text/WindowsPath.h"
 
 #include <gmock/gmock.h>
 #include <thread>
@@ -35,6 +39,22 @@ public:
 constexpr TKxOptionsClass ToolClass{
     u"Tool", u"Tools", u"Compilers", u"",
     []() -> std::unique_ptr<TKxOptionsObject> { return std::make_unique<TToolOptions>(); }};
+
+// The same with a colour, and a word about what each takes.
+class TDescribedOptions : public TToolOptions {
+public:
+  void SaveOptions(IKxOptionsWriter& writer) override {
+    TToolOptions::SaveOptions(writer);
+    writer.WriteInteger(u"Colour", 0);
+  }
+  std::vector<TKxOptionDescription> DescribeOptions() const override {
+    return {{.Key = u"Folder", .IsFolder = true}, {.Key = u"Colour", .Enumeration = &ColourEnumeration()}};
+  }
+};
+
+constexpr TKxOptionsClass DescribedClass{
+    u"Described", u"Tools", u"Compilers", u"",
+    []() -> std::unique_ptr<TKxOptionsObject> { return std::make_unique<TDescribedOptions>(); }};
 
 class OptionsStoreTest : public testing::Test {
 protected:
@@ -125,6 +145,57 @@ TEST_F(OptionsStoreTest, LosesNothingOfManyWritersAtOnce) {
   }
   Store.Load(file);
   EXPECT_EQ(Store.StoredNames().size(), std::size_t{writers * keys});
+}
+
+TEST_F(OptionsStoreTest, KnowsWhatIsReadAndWhatItTakes) {
+  TServiceRegistry registry(Store);
+  registry.RegisterOptions(DescribedClass);
+  const auto known = KnownOptions(registry);
+  std::string names;
+  for (const auto& option : known)
+    names += text::ToUtf8(option.Name.Section + u"." + option.Name.Key) + " ";
+  EXPECT_EQ(names, "Tools.Folder Tools.Level Tools.Colour DotNetFramework.v2.0 DotNetFramework.v3.5 "
+                   "DotNetFramework.v4.0 WebSites.ApplicationHostConfig ");
+  EXPECT_EQ(FindOption(known, {u"tools", u"FOLDER"}), &known[0]);
+  EXPECT_EQ(FindOption(known, {u"tools", u"Gone"}), nullptr);
+  const std::u16string folder = text::ExtractFileDir(Host.Write("file", ""));
+  const std::u16string gone = folder + u"/gone";
+  const std::tuple<std::u16string_view, std::u16string, std::string> cases[] = {
+      // stored and shown again, doubts, or refused
+      {u"Tools.Folder", folder, "same"},
+      {u"Tools.Folder", u"", "same"},
+      {u"Tools.Folder", u" ", "same"},
+      {u"Tools.Folder", gone, "There is no folder @/gone on this machine."},
+      {u"Tools.Folder", u"x", "Tools.Folder takes the full path of a folder, not \"x\"."},
+      {u"Tools.Folder", folder + u"/file", "Tools.Folder takes a folder; @/file is a file. Its folder is @."},
+      {u"WebSites.ApplicationHostConfig", folder + u"/file", "same"},
+      {u"WebSites.ApplicationHostConfig", gone, "There is no file @/gone on this machine."},
+      {u"WebSites.ApplicationHostConfig", u"x",
+       "WebSites.ApplicationHostConfig takes the full path of a file, not \"x\"."},
+      {u"Tools.Level", u"7", "same"},
+      {u"Tools.Level", u"x", "Tools.Level takes a number, not \"x\"."},
+      {u"Tools.Colour", u"BLUE", "2 shown as Blue"},
+      {u"Tools.Colour", u"0", "0 shown as Red"},
+      {u"Tools.Colour", u"2", "2 shown as Blue"},
+      {u"Tools.Colour", u"3", "Tools.Colour takes Red, Green, Blue; not \"3\"."},
+      {u"Tools.Colour", u"-1", "Tools.Colour takes Red, Green, Blue; not \"-1\"."},
+      {u"Tools.Colour", u"Bleu", "Tools.Colour takes Red, Green, Blue; not \"Bleu\". Did you mean \"Blue\"?"},
+      {u"Tools.Levle", u"", "Unknown option \"Tools.Levle\". Did you mean \"Tools.Level\"?"},
+  };
+  for (const auto& [name, value, expected] : cases) {
+    std::u16string said;
+    try {
+      const auto& option = RequireOption(known, TOptionName::Parse(name));
+      const std::u16string stored = StoredText(option, value);
+      const std::u16string shown = ShownText(option, stored);
+      said = stored == value && shown == value ? u"same" : stored + u" shown as " + shown;
+      said = CheckPlace(option, value).value_or(said);
+    } catch (const EKxException& error) {
+      said = error.Message();
+    }
+    EXPECT_EQ(Generic(text::ToUtf8(text::ReplaceAll(said, folder, u"@"))), expected) << text::ToUtf8(value);
+  }
+  EXPECT_EQ(ShownText(known[2], u"3") + ShownText(known[2], u"-1"), u"3-1");
 }
 
 TEST_F(OptionsStoreTest, RefusesWhatItCannotRead) {

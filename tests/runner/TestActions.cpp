@@ -8,7 +8,7 @@ namespace kx::tests {
 namespace {
 
 TRunSettings SettingsIn(const TTemporaryFolder& folder, bool dryRun, TRuleSettings rules) {
-  return {{{u"FromCommandLine", u"set"}, {u"Both", u"command line"}},
+  return {{{u"FromCommandLine", u"set"}, {u"Both", u"command line"}, {u"Nested", u"<%FromCommandLine%>"}},
           folder.Path("keys"),
           dryRun,
           std::move(rules)};
