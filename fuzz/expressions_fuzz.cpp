@@ -30,11 +30,11 @@ void Check(std::string_view bytes) {
   static tests::TEmbeddedHost host;
   static tests::TStepAction& step = host.AddStep(u"", u"Build");
   TInput input(bytes);
-  host.Project().Variables.clear();
+  host.Project().Variables = {};
   TInput variables(input.Part());
   while (!variables.IsEmpty()) {
     try {
-      host.Project().Variables.push_back(TProjectVariable::Parse(text::FromUtf8(variables.Line())));
+      host.Project().Variables.Set(TProjectVariable::Parse(text::FromUtf8(variables.Line())));
     } catch (const EKxException&) {
     }
   }
