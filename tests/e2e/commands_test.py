@@ -243,8 +243,13 @@ class CommandsTest(e2e.EndToEndTest):
             "DEVENV  Build VS.Net Solution  (Compilers)", "MSTEST  Run MSTest  (Testing Tools)",
             "VERSIONINFO  Win32 Version Info Updater  (Compilers)", "SOLUTIONITERATOR  VS.NET Solution Iterator  (Compilers)"))
         self.assertEqual(self.host("actions"), (0, listed))
-        self.assertEqual([action["type"] for action in json.loads(self.host("actions", "--json")[1])],
-                         [line.split()[0] for line in listed.splitlines()])
+        actions = json.loads(self.host("actions", "--json")[1])
+        self.assertEqual([action["type"] for action in actions], [line.split()[0] for line in listed.splitlines()])
+        for action in actions:
+            self.assertEqual(list(action), ["type", "name", "category", "keywords", "image", "groups", "properties"])
+            for row in action["properties"]:
+                self.assertEqual([key for key in row if key not in ("values", "labels")],
+                                 ["name", "kind", "default", "stored", "readOnly", "hidden", "group", "help"])
         self.check_table([("actions DEVEN", 'Unknown action type')])
         shown = self.host("actions", "DEVENV")[1]
         for piece in ("\nBuild: Warnings\n  OverrideWarnings: Boolean", "\n      fx35: .NET Framework 3.5\n",
