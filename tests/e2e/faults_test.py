@@ -4,19 +4,13 @@ The calls are counted and refused by tests/faults/Faults.cpp. Every fault is fol
 the old one or the new one, is nothing left behind, was it said what failed, does the exit code say so, does the next run
 work. Without KX_FAULTS=all only the first call of its kind on each file is tried."""
 import collections
-import hashlib
-import http.client
 import http.server
-import json
 import os
 import pathlib
 import re
-import shutil
-import signal
 import subprocess
 import threading
 import unittest
-import urllib.parse
 
 import e2e
 
@@ -116,7 +110,7 @@ class Fault(collections.namedtuple("Fault", "mode number call path")):
 
 
 class Outcome(collections.namedtuple("Outcome", "code said")):
-    """Exit code and all that was said; code 1 too where an editor's answer was a refusal."""
+    """Exit code and all that was said."""
 
 
 class FaultsTest(e2e.EndToEndTest):
@@ -132,7 +126,6 @@ class FaultsTest(e2e.EndToEndTest):
             self.write(f"work/{name}", text, executable=name.endswith(".exe"))
         self.options = ["--color", "never", "--option", f"DotNetFramework.v4.0={self.work / 'tools'}",
                         "--option", f"VisualStudioDotNet.StandaloneMSTestDir={self.work / 'tools'}"]
-        self.copies = {}  # what there may be when a file could not be written: the copy, and of what
         self.accounts = set()  # files that tell of the run: as a whole, but with other words each time
         self.on_server = {}
         self.following = None  # where the command cannot simply be given again
@@ -194,8 +187,7 @@ class FaultsTest(e2e.EndToEndTest):
         passing = fault.mode in ("interrupt", "shorten")
         if passing and outcome.code != 0:
             yield f"it ended with {outcome.code}, though nothing had failed for good"
-        kept = {copy for copy, original in self.copies.items() if outcome.code != 0 and now.get(copy) == after[original]}
-        for name in sorted((now.keys() | before.keys() | after.keys()) - kept):
+        for name in sorted(now.keys() | before.keys() | after.keys()):
             yield from self.complaints_of_file(name, fault, outcome, *(state.get(name) for state in (now, before, after)))
         if outcome.code != 0 and not passing:
             yield from self.complaints_of_words(fault, outcome, after)
@@ -313,38 +305,6 @@ class FaultsTest(e2e.EndToEndTest):
                         "UpdateAssemblyInfo=True", "UpdateAssemblyVersion=True", "AssemblyVersion=2|3|4|5",
                         "ProjLocationDetectMethod=useWebDAV", "WebDAVUsername=me", *self.options])
 
-    def test_the_editor(self):
-        self.write("work/p.kxproj", STAMPING)
-        save = [("variable", {"name": "A", "value": "1"}), ("save", {}), ("quit", {})]
-        self.copies = {"p.unsaved.kxproj": "p.kxproj"}
-        self.try_faults("edit and save", save, run=self.run_editor)
-        self.copies = {}
-        self.try_faults("edit and leave", save[:1], run=self.run_editor)
-
-    def run_editor(self, operations, fault=None):
-        """Without an operation that ends it the editor is left by Ctrl-C."""
-        said, failed = [], False
-        with self.start(["edit", "p.kxproj", "--no-browser"], fault) as host:
-            watch = threading.Timer(TOO_LONG, host.kill)
-            watch.start()
-            for line in host.stdout:
-                said.append(line)
-                if line.startswith("http://"): break
-            try:
-                page = Page(said[-1].strip())
-                for operation, arguments in operations:
-                    status, answer = page.ask(operation, arguments)
-                    said.append(answer + "\n")
-                    failed = failed or status != 200
-            except (OSError, http.client.HTTPException, ValueError, IndexError) as error:
-                said.append(f"{error!r}\n")
-                failed = True
-            if host.poll() is None: host.send_signal(signal.SIGINT)
-            said.append(host.stdout.read())
-            host.wait()
-            watch.cancel()
-        return Outcome(host.returncode or int(failed), "".join(said))
-
     def test_what_changes_nothing(self):
         self.make_solution()
         self.try_faults("validate", ["validate", "p.kxproj", *self.options[2:]])
@@ -360,27 +320,6 @@ def spread(last):
 
 def steady(content):
     return content if content is None else CHANGING.sub(b"", content)
-
-
-class Page:
-    """Of an editor, as a browser has it open."""
-    def __init__(self, address):
-        self.url = urllib.parse.urlsplit(address)
-        _, headers, _ = self.request("GET", self.url.path + "?" + self.url.query)
-        self.cookie = headers["Set-Cookie"].partition(";")[0]
-
-    def request(self, method, path, body=None, **headers):
-        connection = http.client.HTTPConnection(self.url.netloc, timeout=TOO_LONG)
-        connection.request(method, path, body, headers)
-        response = connection.getresponse()
-        answer = response.status, response.headers, response.read().decode()
-        connection.close()
-        return answer
-
-    def ask(self, operation, arguments):
-        status, _, answer = self.request("POST", self.url.path + "api/" + operation, json.dumps(arguments),
-                                         Cookie=self.cookie, Origin="http://" + self.url.netloc)
-        return status, answer
 
 
 class WebHandler(http.server.BaseHTTPRequestHandler):
