@@ -232,8 +232,9 @@ void TBuildOutlook::CheckSelection(const IVSDotNetSolution& solution, std::u16st
     if (action_.ForeseeExpression(entry)) foreseen.Add(entry);
   const auto selection =
       ResolveSelection(solution, foreseen, [this](auto text) { return action_.ExpandExpression(text); });
+  TSelectionExplanations explanations(solution);
   for (const auto& entry : selection.Unresolved)
-    errors_.Add(property, Explain(solution, entry));
+    errors_.Add(property, explanations.Explain(entry));
 }
 
 } // namespace

@@ -219,14 +219,15 @@ bool TBuildRun::ReadSelectedProjects(text::TStringList& ids) {
     action_.SendMessage(u"No Projects selected to build", TStatusTag::stError);
     return false;
   }
-  text::TStringList known;
+  const TProjectIds wanted = SetOf(selected);
+  TProjectIds known;
   const auto projects = solution_->GetProjects();
   for (int i = 0; i < projects->GetCount(); ++i) {
     const std::u16string id = projects->GetItem(i)->GetProjectID();
-    known.Add(id);
-    if (selected.IndexOf(id)) ids.Add(id);
+    known.insert(id);
+    if (wanted.contains(id)) ids.Add(id);
   }
-  const auto isKnown = [&known](const std::u16string& entry) { return known.IndexOf(entry).has_value(); };
+  const auto isKnown = [&known](const std::u16string& entry) { return known.contains(entry); };
   if (std::all_of(selected.begin(), selected.end(), isKnown)) return true;
   action_.SendMessage(
       u"A Project selected is no longer part of this solution, please open the action properties "

@@ -103,9 +103,10 @@ text::TStringList TKxCustomVSDotNetAction::ResolveProjects(std::u16string_view p
                                                            const IVSDotNetSolution& solution) {
   const auto selection =
       ResolveSelection(solution, entries, [this](auto text) { return ExpandExpression(text); });
+  TSelectionExplanations explanations(solution);
   const auto warn = [&](const auto& entry) {
     SendMessage(u"Warning : " + std::u16string(property) + u", " + DoubleQuoteString(entry.Entry) + u": " +
-                    Explain(solution, entry),
+                    explanations.Explain(entry),
                 TStatusTag::stWarning);
   };
   std::ranges::for_each(selection.Unresolved, warn);
@@ -116,12 +117,12 @@ text::TStringList TKxCustomVSDotNetAction::ResolveProjects(std::u16string_view p
 TFoundProjects TKxCustomVSDotNetAction::ProjectsToBuild(const IVSDotNetSolution& solution) {
   const bool all = solution_.BuildType != TVSDotNetBuildType::btSelectedProjects;
   const auto expand = [this](auto text) { return ExpandExpression(text); };
-  const text::TStringList ids =
-      all ? text::TStringList() : ResolveSelection(solution, solution_.SelectedProjects, expand).Ids;
+  const auto ids =
+      all ? TProjectIds() : SetOf(ResolveSelection(solution, solution_.SelectedProjects, expand).Ids);
   TFoundProjects found;
   const auto projects = solution.GetProjects();
   for (int i = 0; i < projects->GetCount(); ++i)
-    if (const auto project = projects->GetItem(i); all || ids.IndexOf(project->GetProjectID()))
+    if (const auto project = projects->GetItem(i); all || ids.contains(project->GetProjectID()))
       found.push_back(project);
   return found;
 }

@@ -9,8 +9,6 @@
 #include "text/WindowsPath.h"
 
 #include <algorithm>
-#include <array>
-#include <functional>
 
 namespace kx {
 
@@ -20,37 +18,36 @@ std::u16string FullPath(std::u16string_view folder, std::u16string_view name) {
   return TPathUtils::ExpandRelativePath(name, folder);
 }
 
-TFoundProjects ProjectsThat(const IVSDotNetProjects& projects,
-                            const std::function<bool(const IVSDotNetProject&)>& fits) {
-  TFoundProjects found;
-  for (int i = 0; i < projects.GetCount(); ++i)
-    if (auto project = projects.GetItem(i); fits(*project)) found.push_back(std::move(project));
-  return found;
-}
-
 } // namespace
 
-TFoundProjects FindProjects(const IVSDotNetSolution& solution, std::u16string_view text) {
+TProjectFinder::TProjectFinder(const IVSDotNetSolution& solution) : folder_(SolutionDirectory(solution)) {
   const auto projects = solution.GetProjects();
-  if (auto project = projects->FindByFileName(text)) return {project};
-  const std::u16string folder = SolutionDirectory(solution);
-  if (text::StartsWithIgnoreCase(text, folder))
-    if (auto project = projects->FindByFileName(text.substr(folder.size()))) return {project};
+  for (int i = 0; i < projects->GetCount(); ++i) {
+    const auto project = projects->GetItem(i);
+    const std::u16string& file = project->GetFileName();
+    byFile_.try_emplace(file, project);
+    const std::array<std::u16string, 4> names{FullPath(folder_, file), text::ExtractFileName(file),
+                                              project->GetName(), project->GetProjectID()};
+    for (std::size_t way = 0; way < names.size(); ++way)
+      indexes_[way][names[way]].push_back(project);
+  }
+}
 
-  const std::u16string path = FullPath(folder, text);
-  const auto is = [](std::u16string_view a, std::u16string_view b) { return text::EqualsIgnoreCase(a, b); };
-  const std::array<std::function<bool(const IVSDotNetProject&)>, 4> tests{
-      [&](const IVSDotNetProject& project) { return is(FullPath(folder, project.GetFileName()), path); },
-      [&](const IVSDotNetProject& project) { return is(text::ExtractFileName(project.GetFileName()), text); },
-      [&](const IVSDotNetProject& project) { return is(project.GetName(), text); },
-      [&](const IVSDotNetProject& project) { return is(project.GetProjectID(), text); }};
-  for (const auto& test : tests)
-    if (auto found = ProjectsThat(*projects, test); !found.empty()) return found;
+TFoundProjects TProjectFinder::Find(std::u16string_view text) const {
+  const std::u16string wanted(text);
+  if (const auto found = byFile_.find(wanted); found != byFile_.end()) return {found->second};
+  if (text::StartsWithIgnoreCase(wanted, folder_))
+    if (const auto found = byFile_.find(wanted.substr(folder_.size())); found != byFile_.end())
+      return {found->second};
+  const std::u16string path = FullPath(folder_, wanted);
+  for (std::size_t way = 0; way < indexes_.size(); ++way)
+    if (const auto found = indexes_[way].find(way == 0 ? path : wanted); found != indexes_[way].end())
+      return found->second;
   return {};
 }
 
 std::shared_ptr<IVSDotNetProject> FindProject(const IVSDotNetSolution& solution, std::u16string_view text) {
-  const auto found = FindProjects(solution, text);
+  const auto found = TProjectFinder(solution).Find(text);
   return found.empty() ? nullptr : found.front();
 }
 

@@ -2,21 +2,38 @@
 #pragma once
 
 #include "solution/VSNETSLN.h"
+#include "text/Text.h"
 
+#include <array>
 #include <memory>
 #include <span>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace kx {
 
 using TFoundProjects = std::vector<std::shared_ptr<IVSDotNetProject>>;
 
-// By the file as the solution writes it, the same with the solution's folder in front, then without regard to
-// letter case by full path, file name, name and id: all that fit in the first of these ways, in build order.
-TFoundProjects FindProjects(const IVSDotNetSolution& solution, std::u16string_view text);
-// The first of them; null when nothing fits.
+// Finds projects of one solution, which outlives it: by the file as the solution writes it, the same with the
+// solution's folder in front, then without regard to letter case by full path, file name, name and id: all
+// that fit in the first of these ways, in build order.
+class TProjectFinder {
+public:
+  explicit TProjectFinder(const IVSDotNetSolution& solution);
+  TFoundProjects Find(std::u16string_view text) const;
+
+private:
+  using TIndex =
+      std::unordered_map<std::u16string, TFoundProjects, text::IgnoreCaseHash, text::IgnoreCaseEqual>;
+
+  std::u16string folder_;
+  std::unordered_map<std::u16string, std::shared_ptr<IVSDotNetProject>> byFile_; // letter case counts
+  std::array<TIndex, 4> indexes_; // by full path, file name, name, id
+};
+
+// The first project that a finder finds; null when nothing fits.
 std::shared_ptr<IVSDotNetProject> FindProject(const IVSDotNetSolution& solution, std::u16string_view text);
 
 // The full path of a project's file; the address of a web project.

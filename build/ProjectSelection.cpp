@@ -1,6 +1,5 @@
 #include "build/ProjectSelection.h"
 
-#include "build/ProjectSearch.h"
 #include "host/Utilities.h"
 #include "text/Text.h"
 #include "text/WindowsPath.h"
@@ -15,41 +14,20 @@ std::u16string SolutionName(const IVSDotNetSolution& solution) {
   return text::ExtractFileName(solution.GetFileName());
 }
 
-// The project as the solution names it although its file is missing; null when it does not name it at all.
-std::shared_ptr<IVSDotNetProject> FindMissingProject(const IVSDotNetSolution& solution,
-                                                     std::u16string_view text) {
-  try {
-    return FindProject(*LookAtSolution(solution.GetFileName(), true), text);
-  } catch (const std::exception&) {
-    return nullptr;
-  }
-}
-
-std::u16string NearestProject(const IVSDotNetSolution& solution, std::u16string_view text) {
-  constexpr std::size_t longestName = 200; // what is longer is no misspelt name
-  if (text.size() > longestName) return {};
-  std::vector<std::u16string> names;
-  const auto projects = solution.GetProjects();
-  for (int i = 0; i < projects->GetCount(); ++i) {
-    const auto project = projects->GetItem(i);
-    for (const auto& name : {project->GetName(), project->GetFileName(), project->GetProjectID()})
-      names.push_back(name);
-  }
-  return text::NearestName(text, names);
-}
-
 } // namespace
 
 TResolvedSelection ResolveSelection(const IVSDotNetSolution& solution, const text::TStringList& entries,
                                     const TExpandText& expand) {
   TResolvedSelection resolved;
+  if (entries.IsEmpty()) return resolved;
+  const TProjectFinder projects(solution);
   for (const auto& entry : entries) {
     TUnresolvedEntry failed{entry, entry, {}};
-    TFoundProjects found = FindProjects(solution, entry);
+    TFoundProjects found = projects.Find(entry);
     if (found.empty() && !entry.starts_with(u'{')) {
       try {
         failed.Meant = expand(entry);
-        found = FindProjects(solution, failed.Meant);
+        found = projects.Find(failed.Meant);
       } catch (const std::exception& error) {
         failed.Failure = MessageOf(error);
       }
@@ -61,18 +39,47 @@ TResolvedSelection ResolveSelection(const IVSDotNetSolution& solution, const tex
   return resolved;
 }
 
-std::u16string Explain(const IVSDotNetSolution& solution, const TUnresolvedEntry& entry) {
+// The project as the solution names it although its file is missing; null when it does not name it at all.
+std::shared_ptr<IVSDotNetProject> TSelectionExplanations::FindMissing(std::u16string_view text) {
+  if (whole_ == nullptr) {
+    try {
+      whole_ = LookAtSolution(solution_.GetFileName(), true);
+      finder_.emplace(*whole_);
+    } catch (const std::exception&) {
+      return nullptr;
+    }
+  }
+  const auto found = finder_->Find(text);
+  return found.empty() ? nullptr : found.front();
+}
+
+std::u16string TSelectionExplanations::NearestProject(std::u16string_view text) {
+  constexpr std::size_t longestName = 200;        // what is longer is no misspelt name
+  constexpr std::size_t mostCompared = 1'000'000; // a second or two
+  if (text.size() > longestName || compared_ >= mostCompared) return {};
+  std::vector<std::u16string> names;
+  const auto projects = solution_.GetProjects();
+  for (int i = 0; i < projects->GetCount(); ++i) {
+    const auto project = projects->GetItem(i);
+    for (const auto& name : {project->GetName(), project->GetFileName(), project->GetProjectID()})
+      names.push_back(name);
+  }
+  compared_ += names.size();
+  return text::NearestName(text, names);
+}
+
+std::u16string TSelectionExplanations::Explain(const TUnresolvedEntry& entry) {
   if (!entry.Failure.empty()) return entry.Failure;
-  if (const auto project = FindMissingProject(solution, entry.Meant))
+  if (const auto project = FindMissing(entry.Meant))
     return u"The file of the project " + DoubleQuoteString(project->GetName()) + u" does not exist: " +
-           ProjectPath(solution, *project);
-  const std::u16string nearest = NearestProject(solution, entry.Meant);
-  return SolutionName(solution) + u" has no project " + DoubleQuoteString(entry.Meant) + u"." +
+           ProjectPath(solution_, *project);
+  const std::u16string nearest = NearestProject(entry.Meant);
+  return SolutionName(solution_) + u" has no project " + DoubleQuoteString(entry.Meant) + u"." +
          (nearest.empty() ? std::u16string() : u" Did you mean " + DoubleQuoteString(nearest) + u"?");
 }
 
-std::u16string Explain(const IVSDotNetSolution& solution, const TGuessedEntry& entry) {
-  return SolutionName(solution) + u" has " +
+std::u16string TSelectionExplanations::Explain(const TGuessedEntry& entry) const {
+  return SolutionName(solution_) + u" has " +
          text::FromInteger(static_cast<std::int64_t>(entry.Projects.size())) + u" projects " +
          DoubleQuoteString(entry.Entry) + u". Taken is " + entry.Projects.front()->GetFileName() +
          u"; name the file instead.";

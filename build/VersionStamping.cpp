@@ -309,11 +309,11 @@ using TProjectVisitor = std::function<void(const IVSDotNetProject& project)>;
 void VisitProjects(TKxCustomVSDotNetAction& action, const IVSDotNetSolution& solution,
                    TVSDotNetBuildType applyTo, const text::TStringList& entries,
                    const TProjectVisitor& visit) {
-  const text::TStringList selected = IdsOf(action, solution, entries);
+  const TProjectIds selected = SetOf(IdsOf(action, solution, entries));
   const auto projects = solution.GetProjects();
   for (int i = 0; i < projects->GetCount(); ++i) {
     const auto project = projects->GetItem(i);
-    if (applyTo == TVSDotNetBuildType::btAllProjects || selected.IndexOf(project->GetProjectID()))
+    if (applyTo == TVSDotNetBuildType::btAllProjects || selected.contains(project->GetProjectID()))
       visit(*project);
   }
 }
@@ -332,9 +332,6 @@ TAssemblyInfoValues AttributesToStamp(const TAssemblyInfoSettings& settings) {
 
 void CollectFilesToStamp(TKxCustomVSDotNetAction& action, const IVSDotNetSolution& solution,
                          text::TStringList& files) {
-  const auto add = [&files](const std::u16string& file) {
-    if (!file.empty() && !files.IndexOf(file)) files.Add(file);
-  };
   const TAssemblyInfoSettings& assemblyInfo = action.AssemblyInfo();
   if (assemblyInfo.UpdateAssemblyInfo) {
     std::vector<const IVSDotNetProject*> projects;
@@ -345,7 +342,10 @@ void CollectFilesToStamp(TKxCustomVSDotNetAction& action, const IVSDotNetSolutio
   const TWin32StampSettings& win32 = action.Win32Stamp();
   if (win32.UpdateWin32Resource)
     VisitProjects(action, solution, win32.ApplyTo, win32.SelectedProjects,
-                  [&](const IVSDotNetProject& project) { add(project.GetRCWithVersionInfo()); });
+                  [&, known = SetOf(files)](const IVSDotNetProject& project) mutable {
+                    const std::u16string& file = project.GetRCWithVersionInfo();
+                    if (!file.empty() && known.insert(file).second) files.Add(file);
+                  });
 }
 
 } // namespace kx

@@ -13,10 +13,13 @@
 #include <map>
 #include <optional>
 #include <set>
+#include <unordered_set>
 
 namespace kx {
 
 namespace {
+
+using TNames = std::unordered_set<std::u16string, text::IgnoreCaseHash, text::IgnoreCaseEqual>;
 
 // Removes a web project's project file, which is only looked at; an empty path is none.
 class TDownloadedFile {
@@ -162,8 +165,9 @@ public:
 
   void UpdateProjects(const text::TStringList& projectIDs, const text::TStringList* filter) override {
     text::TStringList ids;
+    const TNames wanted = filter == nullptr ? TNames() : TNames(filter->begin(), filter->end());
     for (const auto& id : projectIDs)
-      if (filter == nullptr || filter->IndexOf(id)) ids.Add(id);
+      if (filter == nullptr || wanted.contains(id)) ids.Add(id);
     action_.SendMessage(text::FromInteger(static_cast<std::int64_t>(ids.Count())) + u" projects to process.");
     units_.Stamp(ids);
     TConnection connection;
@@ -263,6 +267,7 @@ void CollectAssemblyInfoFiles(const IVSDotNetSolution& solution,
   for (const IVSDotNetProject* project : projects)
     ids.Add(project->GetProjectID());
   units.Stamp(ids);
+  TNames known(files.begin(), files.end());
   for (const IVSDotNetProject* project : projects) {
     if (IsWebAddress(project->GetFileName())) continue;
     const std::u16string path = TPathUtils::ExpandRelativePath(project->GetFileName(), folder);
@@ -272,7 +277,7 @@ void CollectAssemblyInfoFiles(const IVSDotNetSolution& solution,
       if (name.empty() || !platform::FileExists(file)) continue;
       units.Enter(*project, path);
       for (const auto& share : ShareAssemblyInfo(file, values, &units, inventories).Files)
-        if (!share.Values.empty() && !files.IndexOf(share.File)) files.Add(share.File);
+        if (!share.Values.empty() && known.insert(share.File).second) files.Add(share.File);
     } catch (const EKxException&) {
       continue; // the stamping will say it
     }
