@@ -13,6 +13,8 @@ namespace {
 constexpr std::size_t MaximumLength = std::size_t{16} << 20;
 constexpr std::size_t MaximumDepth = 100;
 constexpr int MaximumCalls = 16;
+// A second or two; each unknown name is compared with all that are known.
+constexpr std::size_t MostNamesCompared = 1'000'000;
 
 class TCallGuard {
 public:
@@ -29,9 +31,9 @@ private:
 class TExpansion {
 public:
   // `loopVariables`: null in a run.
-  TExpansion(const TProject& project, const TVariables& variables, TCustomKxAction* action, int& calls,
-             const TVariableNames* loopVariables)
-      : project_(project), variables_(variables), action_(action), calls_(calls),
+  TExpansion(const TProject& project, const TVariables& variables, TCustomKxAction* action,
+             TExpressionTally& tally, const TVariableNames* loopVariables)
+      : project_(project), variables_(variables), action_(action), tally_(tally),
         loopVariables_(loopVariables) {}
 
   std::u16string Expand(std::u16string_view text) {
@@ -64,8 +66,14 @@ private:
     if (const auto constant = project_.Services().FindConstant(reference.Name))
       return text::FromInteger(*constant);
     if (auto environment = TVariables::FindInEnvironment(reference.Name)) return *environment;
-    throw EExpressionError(u"Unknown name " + Quoted(reference.Name) + u"." +
-                           DidYouMean(reference.Name, KnownNames()));
+    throw EExpressionError(u"Unknown name " + Quoted(reference.Name) + u"." + Suggestion(reference.Name));
+  }
+
+  std::u16string Suggestion(std::u16string_view name) {
+    if (tally_.NamesCompared >= MostNamesCompared) return {};
+    const auto known = KnownNames();
+    tally_.NamesCompared += known.size();
+    return DidYouMean(name, known);
   }
 
   // What the action itself makes of the reference.
@@ -118,8 +126,8 @@ private:
                              Quoted(reference.Name) + u"." +
                              DidYouMean(reference.Name, services.FunctionNames(*node.Type().Class)));
     const std::u16string argument = Expand(reference.Argument);
-    const TCallGuard guard(calls_);
-    if (calls_ > MaximumCalls)
+    const TCallGuard guard(tally_.Calls);
+    if (tally_.Calls > MaximumCalls)
       throw EExpressionError(u"The function " + Quoted(reference.Name) + u" calls itself without end.");
     return function->Function(node.Action(), argument);
   }
@@ -138,7 +146,7 @@ private:
   const TProject& project_;
   const TVariables& variables_;
   TCustomKxAction* action_;
-  int& calls_;
+  TExpressionTally& tally_;
   const TVariableNames* loopVariables_;
   std::vector<std::u16string> under_; // the variables whose values are being expanded
   std::map<std::u16string, std::u16string, text::IgnoreCaseLess> expanded_;
@@ -150,12 +158,12 @@ TExpressionEngine::TExpressionEngine(const TProject& project, const TVariables& 
     : project_(project), variables_(variables) {}
 
 std::u16string TExpressionEngine::Expand(TCustomKxAction& action, std::u16string_view text) const {
-  return TExpansion(project_, variables_, &action, calls_, loopVariables_).Expand(text);
+  return TExpansion(project_, variables_, &action, tally_, loopVariables_).Expand(text);
 }
 
 std::optional<std::u16string> TExpressionEngine::VariableValue(TCustomKxAction* action,
                                                                std::u16string_view name) const {
-  TExpansion expansion(project_, variables_, action, calls_, loopVariables_);
+  TExpansion expansion(project_, variables_, action, tally_, loopVariables_);
   if (auto value = expansion.Variable(name)) return value;
   return TVariables::FindInEnvironment(name);
 }

@@ -37,6 +37,12 @@ private:
   TVariableNames circle_;
 };
 
+// What the expansions of one engine have in common.
+struct TExpressionTally {
+  int Calls = 0;                 // script functions under way: they may expand texts in turn
+  std::size_t NamesCompared = 0; // for suggestions
+};
+
 // A name is looked up in the action (its hook ActionExpandExpression, then its local variables), in the
 // variables, among the registered constants, in the environment. What the user wrote as a variable's value is
 // expanded in turn.
@@ -44,8 +50,9 @@ class TExpressionEngine {
 public:
   TExpressionEngine(const TProject& project, const TVariables& variables); // both outlive it
 
-  // Raises EExpressionError with a sentence for the user: an unknown name and the nearest known one, a
-  // variable that refers to itself, a text that grows beyond all measure.
+  // Raises EExpressionError with a sentence for the user: an unknown name and the nearest known one (unless
+  // too many were looked for already), a variable that refers to itself, a text that grows beyond all
+  // measure.
   std::u16string Expand(TCustomKxAction& action, std::u16string_view text) const;
   // The expanded value of a variable, as `action` sees it (null: nobody); nothing for an unknown name. Raises
   // as Expand.
@@ -56,8 +63,7 @@ private:
   const TProject& project_;
   const TVariables& variables_;
   mutable const TVariableNames* loopVariables_ = nullptr; // while nothing runs
-  // Script functions may expand texts in turn: how many of them are under way.
-  mutable int calls_ = 0;
+  mutable TExpressionTally tally_;
 };
 
 // While it lives nothing runs: these loop variables and the own variables of actions raise EKnownInRunOnly.

@@ -11,8 +11,11 @@ namespace {
 constexpr auto npos = std::u16string_view::npos;
 
 std::optional<TReference> Variable(std::u16string_view text, std::size_t nameAt, char16_t closing) {
-  const std::size_t end = text.find(closing, nameAt);
-  if (end == npos || !IsVariableName(text.substr(nameAt, end - nameAt))) return std::nullopt;
+  // As far as a name reaches: a text may be all signs that open something.
+  std::size_t end = nameAt;
+  while (end < text.size() && IsVariableName(text.substr(end, 1)))
+    ++end;
+  if (end == nameAt || end == text.size() || text[end] != closing) return std::nullopt;
   TReference reference;
   reference.Written = text.substr(0, end + 1);
   reference.Name = text.substr(nameAt, end - nameAt);

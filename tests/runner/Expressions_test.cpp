@@ -45,6 +45,7 @@ TEST_F(ExpressionsTest, Expand) {
       {"a doubled sign stands for one", u"100%% $$(Root) %%Root%%", u"100% $(Root) %Root%"},
       {"signs that open nothing", u"5% of $5, ^(a|b)$ 50 % x % $( $() $(a b) %a-b%",
        u"5% of $5, ^(a|b)$ 50 % x % $( $() $(a b) %a-b%"},
+      {"names that nothing closes", u"%Root $(Root|%Root", u"%Root $(Root|%Root"},
       {"the action's own variables come before the project's, and are not expanded", u"%Local%", u"100%Own%"},
       {"the command line comes before the project", u"%Both% %Nested%", u"command line <set>"},
       {"the host's own, not expanded", u"%ProjectDir%", u"/srv/100%x%"},
