@@ -1,12 +1,11 @@
 #include "versioninfo/KxRCVersionInfo.h"
 
+#include "fuzz/FuzzTarget.h"
 #include "host/Exceptions.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 #include <random>
-
-extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size); // the fuzzer's; aborts
 
 namespace kx {
 namespace {
@@ -199,7 +198,7 @@ TEST(MutatedResourceScripts, AreReadAndRewrittenOrRefused) {
     std::string script = seed;
     for (int edits = 0; edits < 4; ++edits)
       script.replace(random() % script.size(), random() % 6, pieces[random() % std::size(pieces)]);
-    LLVMFuzzerTestOneInput(reinterpret_cast<const unsigned char*>(script.data()), script.size());
+    fuzz::Targets().front().Check("Title\n" + script); // aborts
   }
 }
 
