@@ -40,7 +40,8 @@ std::optional<std::string> FromBase64(std::u16string_view text) {
     group = 0;
   }
   bytes.resize(bytes.size() - padding);
-  return bytes;
+  // Digits before the padding may hold bits that stand for nothing.
+  return ToBase64(bytes) == text ? std::optional(std::move(bytes)) : std::nullopt;
 }
 
 } // namespace kx
