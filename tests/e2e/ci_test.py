@@ -71,7 +71,7 @@ class CiTest(e2e.EndToEndTest):
         self.write("Web.sln", SOLUTION % (named, named, named))
         self.write("p.kxproj", PROJECT % {"hostile": quoteattr(hostile, {"\r": "&#13;", "\n": "&#10;"}) if is_xml(hostile) else '"N"'})
         option = ("--option", f"DotNetFramework.v4.0={tool.parent}")
-        shown = self.check(system, "run", "p.kxproj", "--verbosity", "detailed", "--color", "always", "--log", f"{named}x.jsonl", *option)
+        shown = self.check(system, "run", "p.kxproj", "--verbosity", "detailed", "--color", "always", "--log", f"./{named}x.jsonl", *option)
         self.assertIn("a.cs", shown)
         self.assertIn("failed", shown)
         self.check(system, "run", "p.kxproj", "--verbosity", "minimal", "--dry-run", *option)
