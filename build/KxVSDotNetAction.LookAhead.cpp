@@ -21,8 +21,8 @@ namespace {
 // property.
 class TBuildOutlook {
 public:
-  TBuildOutlook(TKxCustomVSDotNetAction& action, IKxActionValidationError& errors)
-      : action_(action), errors_(errors) {}
+  TBuildOutlook(TKxCustomVSDotNetAction& action, IKxActionValidationError& errors, const TKxEvent* stop)
+      : action_(action), errors_(errors), stop_(stop) {}
 
   void Look();
 
@@ -46,6 +46,7 @@ private:
 
   TKxCustomVSDotNetAction& action_;
   IKxActionValidationError& errors_;
+  const TKxEvent* stop_;
 };
 
 void TBuildOutlook::Look() {
@@ -175,7 +176,7 @@ std::shared_ptr<IVSDotNetSolution> TBuildOutlook::OpenSolution() {
     return nullptr;
   }
   try {
-    return LookAtSolution(file, false);
+    return LookAtSolution(file, false, stop_);
   } catch (const std::exception& error) {
     errors_.Add(u"Solution", u"Error Parsing Solution File : " + MessageOf(error));
     return nullptr;
@@ -240,7 +241,7 @@ void TBuildOutlook::CheckSelection(const IVSDotNetSolution& solution, std::u16st
 } // namespace
 
 void TKxCustomVSDotNetAction::LookAhead(IKxActionValidationError& errors) {
-  TBuildOutlook(*this, errors).Look();
+  TBuildOutlook(*this, errors, IsAttached() ? &Host().Stop() : nullptr).Look();
 }
 
 } // namespace kx

@@ -28,6 +28,8 @@ struct TEditArguments {
 
 // Without a page that asks now and then, and with nothing to lose.
 constexpr auto IdleEnd = std::chrono::minutes(10);
+// Until what goes on has to end when it is asked to.
+constexpr auto LongestEnd = std::chrono::seconds(3);
 
 void PrintLine(const std::string& text) {
   Print(text + "\n");
@@ -85,19 +87,21 @@ int Edit(const TEditArguments& arguments, const TCommonOptions& common) {
       host.Services(), design,
       {text::ExpandPath(text::FromUtf8(arguments.File), platform::CurrentDirectory()),
        RunSettingsOf(arguments.Run, host, false)});
+  editor::TEditorServer server(session);
   {
     const platform::InterruptHandler interrupts(host.Stop());
-    const editor::TEditorServer server(session);
     TDoorPage door;
     ShowAddress(server.Address(), arguments.NoBrowser ? nullptr : &door);
     // An address that nobody reads leads nobody here.
     const bool reachable = platform::WriteFailure(platform::ConsoleStream::Output).empty();
     if (reachable || !arguments.NoBrowser) ServeToTheEnd(session, server, host.Stop());
-    session.EndRun(); // pages that wait for its events are answered
+    session.End(LongestEnd); // pages that wait for its events are answered
   }
   const std::u16string kept = session.KeepUnsaved();
   if (!kept.empty()) PrintLine("What was not saved is kept in " + text::ToUtf8(kept));
   host.SaveOptions();
+  // A request that hangs on a disk which does not answer cannot be ended otherwise; nothing is lost by it.
+  if (!server.Close(LongestEnd)) std::_Exit(ExitSuccess);
   return ExitSuccess;
 }
 

@@ -35,7 +35,7 @@ install(DIRECTORY docs examples DESTINATION ${documents} COMPONENT kxhost
 
 # Headers are compiled in; for Windows the libraries and the compiler's run time are packed too, whose terms refer to the
 # GPL as Debian keeps it.
-set(licences libcli11-dev nlohmann-json3-dev)
+set(licences libcli11-dev nlohmann-json3-dev libboost1.74-dev)
 if(MINGW)
   list(APPEND licences gcc-mingw-w64-base mingw-w64-x86-64-dev)
   install(FILES /usr/share/common-licenses/GPL-3 DESTINATION ${documents}/licences COMPONENT kxhost RENAME GPL-3.txt)

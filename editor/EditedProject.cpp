@@ -79,6 +79,15 @@ TEditedProject::TEditedProject(const TServiceRegistry& services, TRunSettings se
   if (!disk_) saved_ = text_; // nobody misses a project that nobody has begun
 }
 
+TEditedProject::TEditedProject(const TEditedProject& other, TKxEvent& stop)
+    : services_(other.services_), settings_(other.settings_), fileName_(other.fileName_), stop_(stop) {
+  Show(other.text_);
+}
+
+std::unique_ptr<TEditedProject> TEditedProject::Copy(TKxEvent& stop) const {
+  return std::unique_ptr<TEditedProject>(new TEditedProject(*this, stop));
+}
+
 std::unique_ptr<TEditedProject::TLoaded> TEditedProject::Load(std::string text) const {
   auto loaded = std::make_unique<TLoaded>(services_, stop_, settings_);
   loaded->File.LoadBytes(std::move(text), fileName_);
@@ -247,25 +256,21 @@ void TEditedProject::Redo() {
   lastEdit_.clear();
 }
 
-bool TEditedProject::Save(ESave how) {
-  Accept();
-  const auto lock = LockForSaving(fileName_, {.Longest = std::chrono::milliseconds(900)});
+bool TEditedProject::TSaving::Write(std::string& present) const {
+  const auto lock = LockForSaving(FileName, {.Longest = std::chrono::milliseconds(900)});
   if (!lock) throw EKxException(lock.Message());
-  if (how == ESave::Safely && platform::FileExists(fileName_)) {
-    const auto present = platform::ReadFile(fileName_);
-    if (!present) throw EKxException(present.Message());
-    if (*present != disk_ && *present != text_ && !TakeCounted(*present)) return false;
+  if (How == ESave::Safely && platform::FileExists(FileName)) {
+    auto bytes = platform::ReadFile(FileName);
+    if (!bytes) throw EKxException(bytes.Message());
+    present = *std::move(bytes);
+    if (present != Disk && present != Text) return false;
   }
-  const auto written = platform::SaveFile(fileName_, text_);
+  const auto written = platform::SaveFile(FileName, Text);
   if (!written) throw EKxException(written.Message());
-  disk_ = text_;
-  saved_ = text_;
-  lastEdit_.clear();
   return true;
 }
 
-// The values that the actions of the file have got since it was looked at last go into the text. False when
-// that is not all that has changed, or when the text has other values in these places.
+// Not when the text has other values in these places either.
 bool TEditedProject::TakeCounted(const std::string& present) {
   if (!disk_) return false;
   try {
@@ -273,18 +278,28 @@ bool TEditedProject::TakeCounted(const std::string& present) {
     CopyValues(before->Runner.Project().Actions(), now->Runner.Project().Actions(), before->File);
     if (before->File.Text() != present) return false;
     Replace(before->File.TextWithChanges(text_));
+    disk_ = present;
     return true;
   } catch (const EKxException&) {
     return false;
   }
 }
 
-void TEditedProject::Reload() {
-  auto present = platform::ReadFile(fileName_);
-  if (!present) throw EKxException(present.Message());
+TEditedProject::TSaving TEditedProject::BeginSave(ESave how) {
+  Accept();
+  return {.FileName = fileName_, .Text = text_, .How = how, .Disk = disk_};
+}
+
+void TEditedProject::EndSave(const TSaving& saving) {
+  disk_ = saving.Text;
+  saved_ = saving.Text;
+  lastEdit_.clear();
+}
+
+void TEditedProject::Reload(std::string present) {
   std::string before = text_;
-  Show(*present);
-  disk_ = *std::move(present);
+  Show(present);
+  disk_ = std::move(present);
   saved_ = *disk_;
   Remember(std::move(before), {});
   lastEdit_.clear();

@@ -26,14 +26,14 @@ class TEditedProject {
 public:
   // Reads the file; one that is missing is an empty project. Raises EKxParseError. `services` outlives it.
   TEditedProject(const TServiceRegistry& services, TRunSettings settings, std::u16string fileName);
+  // A second one as the first is now, for what takes its time away from it: nothing of one is seen in the
+  // other. `stop` ends what the actions look for in a solution, and outlives it.
+  std::unique_ptr<TEditedProject> Copy(TKxEvent& stop) const;
 
   const std::u16string& FileName() const { return fileName_; }
   TProject& Project() const { return loaded_->Runner.Project(); }
   TProjectRunner& Runner() const { return loaded_->Runner; }
   const std::string& Text() const { return text_; }
-  // From any thread: ends whatever the actions look for in a solution, now and from now on.
-  void EndSearches() { stop_.Raise(); }
-  const TKxEvent& SearchStop() const { return stop_; }
   bool IsDirty() const { return text_ != saved_; }
   // What the file held when it was read or written last; nothing: there was no file.
   const std::optional<std::string>& Stored() const { return disk_; }
@@ -66,14 +66,29 @@ public:
   void Undo();
   void Redo();
 
+  // Saving in three steps, since a disk may take its time: what is to be saved, the writing, which touches
+  // nothing in here and may happen on any thread, and the note that it is done.
   enum class ESave { Safely, Overwrite };
-  // What a run has counted up in the file since it was read or saved last is taken over. False, and nothing
-  // is written, when more has been changed in it. Raises EKxException.
-  bool Save(ESave how);
+  struct TSaving {
+    std::u16string FileName;
+    std::string Text;
+    ESave How = ESave::Safely;
+    std::optional<std::string> Disk = {}; // as read or written last
+
+    // False, and nothing is written, when the file is not as it was read or saved last; `present` is what it
+    // holds then. Raises EKxException.
+    bool Write(std::string& present) const;
+  };
+  TSaving BeginSave(ESave how);
+  void EndSave(const TSaving& saving);
+  // What a run has counted up in the file since it was read or saved last is taken over, so that saving can
+  // be begun anew. False, and nothing has changed, when more than that has been changed in it.
+  bool TakeCounted(const std::string& present);
   // Takes what is on the disk now; undoing gives back what was there before.
-  void Reload();
+  void Reload(std::string present);
 
 private:
+  TEditedProject(const TEditedProject& other, TKxEvent& stop);
   // Made from one text.
   struct TLoaded {
     TLoaded(const TServiceRegistry& services, TKxEvent& stop, const TRunSettings& settings);
@@ -81,7 +96,6 @@ private:
     TProjectFile File;
   };
   std::unique_ptr<TLoaded> Load(std::string text) const;
-  bool TakeCounted(const std::string& present);
   void Show(std::string text); // as the project's present state
   void Remember(std::string before, std::u16string_view what);
   void Write(TActionNode& node, std::size_t page, std::u16string_view what);
@@ -89,7 +103,8 @@ private:
   const TServiceRegistry& services_;
   TRunSettings settings_;
   std::u16string fileName_;
-  mutable TKxEvent stop_;
+  TKxEvent ownStop_; // never raised: nothing takes its time where the user edits
+  TKxEvent& stop_ = ownStop_;
   std::optional<std::string> disk_; // as read or written last; nothing: there was no file
   std::string saved_;
   std::string text_;

@@ -1,5 +1,6 @@
 #include "editor/EditorRuns.h"
 
+#include "editor/EventSpool.h"
 #include "host/Exceptions.h"
 #include "report/JsonLinesSink.h"
 #include "report/ResultJson.h"
@@ -11,7 +12,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <map>
 
 namespace kx::editor {
 
@@ -19,7 +19,7 @@ namespace {
 
 using nlohmann::json;
 
-constexpr std::size_t MostEventsAtOnce = 20000;
+constexpr std::size_t MostBytesAtOnce = std::size_t{2} << 20;
 constexpr auto Gathering = std::chrono::milliseconds(100); // one answer for what comes in quick succession
 
 // The table at the end of the run, row by row.
@@ -41,6 +41,15 @@ std::string Dump(const json& value) {
   return value.dump(-1, ' ', false, json::error_handler_t::replace);
 }
 
+// Stands behind the events that were kept.
+std::string LossOf(const std::u16string& reason) {
+  return Dump({{"event", "message"},
+               {"status", static_cast<int>(TStatusTag::stWarning)},
+               {"depth", 0},
+               {"time", ""},
+               {"text", "The rest of the log is not shown here. " + text::ToUtf8(reason)}});
+}
+
 } // namespace
 
 struct TEditorRuns::TRun {
@@ -49,11 +58,11 @@ struct TEditorRuns::TRun {
   std::u16string FileName;
   std::optional<std::string> Stored;
   bool DryRun = false;
-  bool Running = true;
+  std::atomic<bool> Running = true;
   std::atomic<bool> StopAsked = false;
-  std::vector<std::string> Events;
-  std::map<std::size_t, TLocation> Locations;
   json Metrics = json::array();
+  std::mutex Mutex; // guards what follows; a disk may hold it
+  TEventSpool Events;
   TProblemCounts SoFar = {};
 };
 
@@ -77,7 +86,7 @@ public:
     } else if (const auto* sent = std::get_if<TMetricSent>(&event.What)) {
       Keep(*sent);
     }
-    runs_.Append(run_, std::move(line), event.SoFar);
+    runs_.Append(run_, line, event.SoFar);
   }
 
 private:
@@ -91,10 +100,6 @@ private:
     const auto found = FindSourceLocation(text);
     if (!found) return line;
     const std::u16string file = text::ExpandPath(found->File, text::ExtractFileDir(run_.FileName));
-    {
-      const std::lock_guard lock(runs_.mutex_);
-      run_.Locations[run_.Events.size()] = {file, found->Line};
-    }
     return With(line, {{"file", text::ToUtf8(file)}, {"line", found->Line}, {"column", found->Column}});
   }
 
@@ -106,7 +111,6 @@ private:
                          {"name", text::ToUtf8(sent.Metric.Name)},
                          {"configuration", text::ToUtf8(sent.Configuration)},
                          {"value", *number}};
-    const std::lock_guard lock(runs_.mutex_);
     run_.Metrics.push_back(metric);
   }
 
@@ -122,12 +126,14 @@ TEditorRuns::TEditorRuns(const TServiceRegistry& services, TRunSettings settings
 }
 
 TEditorRuns::~TEditorRuns() {
-  End();
-}
-
-void TEditorRuns::End() {
   Stop();
   if (thread_.joinable()) thread_.join();
+}
+
+void TEditorRuns::End(std::chrono::milliseconds wait) {
+  Stop();
+  std::unique_lock lock(mutex_);
+  changed_.wait_for(lock, wait, [this] { return run_ == nullptr || !run_->Running; });
 }
 
 bool TEditorRuns::IsRunning() const {
@@ -140,7 +146,7 @@ void TEditorRuns::Start(std::string text, std::u16string fileName, std::optional
   if (IsRunning()) throw EKxException(u"The project is running already.");
   if (thread_.joinable()) thread_.join();
   const std::lock_guard lock(mutex_);
-  auto run = std::make_unique<TRun>();
+  auto run = std::make_shared<TRun>();
   run->Number = static_cast<int>(summaries_.size()) + 1;
   run->Text = std::move(text);
   run->FileName = std::move(fileName);
@@ -191,10 +197,15 @@ void TEditorRuns::Execute(TRun& run) {
   changed_.notify_all();
 }
 
-void TEditorRuns::Append(TRun& run, std::string line, const TProblemCounts& soFar) {
-  const std::lock_guard lock(mutex_);
+void TEditorRuns::Append(TRun& run, std::string_view line, const TProblemCounts& soFar) {
+  const std::lock_guard lock(run.Mutex);
   run.SoFar = soFar;
-  run.Events.push_back(std::move(line));
+  run.Events.Append(line);
+}
+
+std::shared_ptr<TEditorRuns::TRun> TEditorRuns::Newest() const {
+  const std::lock_guard lock(mutex_);
+  return run_;
 }
 
 std::optional<std::string> TEditorRuns::TakeResult() {
@@ -202,31 +213,48 @@ std::optional<std::string> TEditorRuns::TakeResult() {
   return std::exchange(result_, std::nullopt);
 }
 
-std::string TEditorRuns::Events(int run, std::size_t from, std::chrono::milliseconds wait) {
-  std::unique_lock lock(mutex_);
-  const auto hasNews = [&] {
-    if (run_ == nullptr) return true;
-    return run_->Number != run || from < run_->Events.size() || !run_->Running;
+bool TEditorRuns::HasResult() const {
+  const std::lock_guard lock(mutex_);
+  return result_.has_value();
+}
+
+void TEditorRuns::WaitForNews(int run, std::size_t from, std::chrono::milliseconds wait,
+                              const TKxEvent& stop) {
+  const auto goesOn = [&] { // and has nothing new
+    const auto newest = Newest();
+    if (newest == nullptr || newest->Number != run || !newest->Running || stop.IsRaised()) return false;
+    const std::lock_guard lock(newest->Mutex);
+    return from >= newest->Events.Count();
   };
   // Only the end of a run wakes: to wake for each of many thousand lines would be most of the work.
+  const auto gather = [this] {
+    std::unique_lock lock(mutex_);
+    if (run_ != nullptr && run_->Running) changed_.wait_for(lock, Gathering);
+  };
   for (const auto end = std::chrono::steady_clock::now() + wait;
-       !hasNews() && std::chrono::steady_clock::now() < end;)
-    changed_.wait_for(lock, Gathering);
-  if (run_ != nullptr && run_->Running && run_->Events.size() < from + MostEventsAtOnce)
-    changed_.wait_for(lock, Gathering);
-  if (run_ == nullptr)
+       goesOn() && std::chrono::steady_clock::now() < end;)
+    gather();
+  if (!stop.IsRaised()) gather();
+}
+
+std::string TEditorRuns::Events(int run, std::size_t from, std::chrono::milliseconds wait,
+                                const TKxEvent& stop) {
+  WaitForNews(run, from, wait, stop);
+  const auto newest = Newest();
+  if (newest == nullptr)
     return R"({"run":0,"running":false,"errors":0,"warnings":0,"from":0,"next":0,"events":[]})";
-  if (run_->Number != run) from = 0;
-  const std::size_t next = std::min(run_->Events.size(), from + MostEventsAtOnce);
-  std::string text = "{\"run\":" + std::to_string(run_->Number) +
-                     ",\"running\":" + (run_->Running || next < run_->Events.size() ? "true" : "false") +
-                     ",\"errors\":" + std::to_string(run_->SoFar.Errors) +
-                     ",\"warnings\":" + std::to_string(run_->SoFar.Warnings) +
-                     ",\"from\":" + std::to_string(from) + ",\"next\":" + std::to_string(next) +
-                     ",\"events\":[";
-  for (std::size_t i = from; i < next; ++i)
-    text.append(i == from ? "" : ",").append(run_->Events[i]);
-  return text + "]}";
+  if (newest->Number != run) from = 0;
+  const bool isRunning = newest->Running; // before the events are read: none comes later, if it does not
+  const std::lock_guard lock(newest->Mutex);
+  std::size_t next = 0;
+  std::string events = newest->Events.Lines(from, MostBytesAtOnce, next);
+  const bool goesOn = isRunning || next < newest->Events.Count();
+  if (!goesOn && !newest->Events.Failure().empty())
+    events += (events.empty() ? "" : ",") + LossOf(newest->Events.Failure());
+  return "{\"run\":" + std::to_string(newest->Number) + ",\"running\":" + (goesOn ? "true" : "false") +
+         ",\"errors\":" + std::to_string(newest->SoFar.Errors) +
+         ",\"warnings\":" + std::to_string(newest->SoFar.Warnings) + ",\"from\":" + std::to_string(from) +
+         ",\"next\":" + std::to_string(next) + ",\"events\":[" + events + "]}";
 }
 
 json TEditorRuns::Summaries() const {
@@ -234,11 +262,19 @@ json TEditorRuns::Summaries() const {
   return summaries_;
 }
 
+// No event has a file of its own but those that were given one here.
 std::optional<TEditorRuns::TLocation> TEditorRuns::LocationOf(std::size_t event) const {
-  const std::lock_guard lock(mutex_);
-  if (run_ == nullptr) return std::nullopt;
-  const auto found = run_->Locations.find(event);
-  return found == run_->Locations.end() ? std::nullopt : std::optional(found->second);
+  const auto newest = Newest();
+  if (newest == nullptr) return std::nullopt;
+  const auto line = [&] {
+    const std::lock_guard lock(newest->Mutex);
+    return newest->Events.Line(event);
+  }();
+  if (!line) return std::nullopt;
+  const auto fields = json::parse(*line);
+  const auto file = fields.find("file");
+  if (file == fields.end()) return std::nullopt;
+  return TLocation{text::FromUtf8(file->get<std::string>()), fields.at("line").get<int>()};
 }
 
 } // namespace kx::editor

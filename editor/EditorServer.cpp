@@ -1,24 +1,21 @@
 #include "editor/EditorServer.h"
 
 #include "editor/Assets.h"
+#include "editor/HttpServer.h"
 #include "host/Exceptions.h"
 #include "platform/Shared.h"
 #include "text/Encoding.h"
-
-#include <httplib.h>
 
 #include <algorithm>
 #include <array>
 #include <atomic>
 #include <charconv>
-#include <thread>
+#include <optional>
 
 namespace kx::editor {
 
 namespace {
 
-constexpr std::size_t MostBytesOfARequest = std::size_t{8} << 20;
-constexpr std::size_t Threads = 24; // a page that waits for events occupies one
 constexpr auto LongestWait = std::chrono::seconds(15);
 
 struct TAsset {
@@ -48,71 +45,40 @@ bool SameSecret(std::string_view a, std::string_view b) {
   return difference == 0;
 }
 
-std::string CookieOf(const httplib::Request& request, std::string_view name) {
-  std::string_view rest = request.has_header("Cookie")
-                              ? std::string_view(request.headers.find("Cookie")->second)
-                              : std::string_view();
+std::string_view CookieOf(const THttpRequest& request, std::string_view name) {
+  std::string_view rest = request.Only("Cookie").value_or(std::string_view());
   while (!rest.empty()) {
     const std::size_t end = std::min(rest.find(';'), rest.size());
     std::string_view pair = rest.substr(0, end);
     pair.remove_prefix(std::min(pair.find_first_not_of(' '), pair.size()));
     if (pair.size() > name.size() && pair.starts_with(name) && pair[name.size()] == '=')
-      return std::string(pair.substr(name.size() + 1));
+      return pair.substr(name.size() + 1);
     rest.remove_prefix(std::min(end + 1, rest.size()));
   }
   return {};
 }
 
-std::size_t NumberOf(const httplib::Request& request, const char* name) {
-  const std::string text = request.get_param_value(name);
+std::size_t NumberOf(const THttpRequest& request, std::string_view name) {
+  const std::string_view text = request.Parameter(name);
   std::size_t number = 0;
   std::from_chars(text.data(), text.data() + text.size(), number);
   return number;
 }
 
-std::string Dump(const TJson& value) {
-  return value.dump(-1, ' ', false, TJson::error_handler_t::replace);
+THttpAnswer Json(int status, std::string text) {
+  return {.Status = status, .Type = "application/json; charset=utf-8", .Body = std::move(text)};
 }
 
-// The library would squeeze plain "application/json" with Brotli, which for the log of a long build takes far
-// longer than the way to a browser on the same machine.
-void SendJson(httplib::Response& response, int status, const std::string& body) {
-  response.status = status;
-  response.set_content(body, "application/json; charset=utf-8");
+THttpAnswer Json(int status, const TJson& value) {
+  return Json(status, value.dump(-1, ' ', false, TJson::error_handler_t::replace));
 }
 
-void Refuse(httplib::Response& response, int status, const char* text) {
-  response.status = status;
-  response.set_content(std::string(text) + "\n", "text/plain; charset=utf-8");
+THttpAnswer NotThere() {
+  return Refusal(404, "There is nothing of that name.");
 }
 
-} // namespace
-
-struct TEditorServer::TState {
-  explicit TState(TEditorSession& session) : Session(session) {}
-
-  httplib::Server::HandlerResponse Guard(const httplib::Request& request, httplib::Response& response);
-  bool IsOurs(const httplib::Request& request) const;
-  void Exchange(const httplib::Request& request, httplib::Response& response);
-  void Serve();
-  void Api(const httplib::Request& request, httplib::Response& response);
-  void Events(const httplib::Request& request, httplib::Response& response);
-  static void SetHeaders(httplib::Response& response);
-
-  TEditorSession& Session;
-  std::string Folder = "/" + platform::RandomLetters(20) + "/";
-  std::string Token = platform::RandomLetters(40);
-  std::string Cookie = platform::RandomLetters(40);
-  std::atomic<bool> TokenIsUsed = false;
-  std::atomic<std::chrono::steady_clock::time_point> LastRequest = std::chrono::steady_clock::now();
-  std::string Host;
-  std::string CookieName;
-  std::string Address;
-  httplib::Server Server;
-  std::thread Thread;
-};
-
-void TEditorServer::TState::SetHeaders(httplib::Response& response) {
+// Of every answer.
+void SetHeaders(THttpAnswer& answer) {
   static constexpr std::array<std::pair<const char*, const char*>, 6> headers{
       {{"Content-Security-Policy",
         "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self'; connect-src 'self'; "
@@ -122,114 +88,132 @@ void TEditorServer::TState::SetHeaders(httplib::Response& response) {
        {"Referrer-Policy", "no-referrer"},
        {"Cross-Origin-Resource-Policy", "same-origin"},
        {"Cache-Control", "no-store"}}};
-  for (const auto& [name, value] : headers)
-    response.set_header(name, value);
+  answer.Headers.insert(answer.Headers.end(), headers.begin(), headers.end());
+}
+
+} // namespace
+
+struct TEditorServer::TState : IHttpService {
+  explicit TState(TEditorSession& session);
+
+  std::optional<THttpAnswer> AtTheDoor(const THttpRequest& head) override;
+  THttpAnswer Answer(const THttpRequest& request, TKxEvent& gone) override;
+  std::optional<THttpAnswer> Check(const THttpRequest& head);
+  bool IsOurs(const THttpRequest& head) const;
+  THttpAnswer Exchange(const THttpRequest& head);
+  THttpAnswer Get(std::string_view name, const THttpRequest& request, TKxEvent& gone);
+  THttpAnswer Image(std::string_view type) const;
+  THttpAnswer Api(std::string_view operation, const std::string& body, TKxEvent& gone);
+  THttpAnswer Events(const THttpRequest& request, TKxEvent& gone);
+
+  TEditorSession& Session;
+  const std::string Folder = "/" + platform::RandomLetters(20) + "/";
+  const std::string Token = platform::RandomLetters(40);
+  const std::string Cookie = platform::RandomLetters(40);
+  std::atomic<bool> TokenIsUsed = false;
+  std::atomic<std::chrono::steady_clock::time_point> LastRequest = std::chrono::steady_clock::now();
+  std::string Host;
+  std::string CookieName; // with the port: cookies know hosts only
+  std::string Address;
+  THttpServer Server{*this}; // ends before what it asks
+};
+
+TEditorServer::TState::TState(TEditorSession& session) : Session(session) {
+  const std::string port = std::to_string(Server.Port());
+  Host = "127.0.0.1:" + port;
+  CookieName = "kxhost-" + port;
+  Address = "http://" + Host + Folder + "?token=" + Token;
 }
 
 // A name of this machine that somebody else controls may lead here; a page of another origin says so itself.
-bool TEditorServer::TState::IsOurs(const httplib::Request& request) const {
-  const auto is = [&](const char* header, const std::string& value) {
-    return request.get_header_value_count(header) == 1 && request.get_header_value(header) == value;
-  };
-  if (!is("Host", Host)) return false;
-  if (request.has_header("Origin") || request.method != "GET") return is("Origin", "http://" + Host);
+bool TEditorServer::TState::IsOurs(const THttpRequest& head) const {
+  if (head.Only("Host") != Host) return false;
+  if (head.Has("Origin") || head.Method != "GET") return head.Only("Origin") == "http://" + Host;
   return true;
 }
 
-// Asked before the body of a request is read.
-httplib::Server::HandlerResponse TEditorServer::TState::Guard(const httplib::Request& request,
-                                                              httplib::Response& response) {
-  using enum httplib::Server::HandlerResponse;
-  SetHeaders(response);
-  if (!IsOurs(request)) {
-    Refuse(response, 403, "This request does not come from the editor's own page.");
-  } else if (request.method != "GET" && request.method != "POST") {
-    Refuse(response, 405, "Only GET and POST are served.");
-  } else if (request.path == Folder && request.has_param("token")) {
-    Exchange(request, response);
-  } else if (!request.path.starts_with(Folder) || !SameSecret(CookieOf(request, CookieName), Cookie)) {
-    Refuse(response, 403,
-           "The address that kxhost printed is good for one browser. Start kxhost edit again.");
-  } else {
-    LastRequest = std::chrono::steady_clock::now();
-    return Unhandled;
-  }
-  return Handled;
+std::optional<THttpAnswer> TEditorServer::TState::AtTheDoor(const THttpRequest& head) {
+  auto answer = Check(head);
+  if (answer) SetHeaders(*answer);
+  return answer;
+}
+
+std::optional<THttpAnswer> TEditorServer::TState::Check(const THttpRequest& head) {
+  if (!IsOurs(head)) return Refusal(403, "This request does not come from the editor's own page.");
+  if (head.Method != "GET" && head.Method != "POST") return Refusal(405, "Only GET and POST are served.");
+  if (head.Path == Folder && !head.Parameter("token").empty()) return Exchange(head);
+  if (!head.Path.starts_with(Folder) || !SameSecret(CookieOf(head, CookieName), Cookie))
+    return Refusal(403, "The address that kxhost printed is good for one browser. Start kxhost edit again.");
+  LastRequest = std::chrono::steady_clock::now();
+  return std::nullopt;
 }
 
 // The page behind goes on by itself: to a browser that came from somewhere else, a redirection would still be
 // a request from there, and the cookie would stay away.
-void TEditorServer::TState::Exchange(const httplib::Request& request, httplib::Response& response) {
-  if (!SameSecret(request.get_param_value("token"), Token) || TokenIsUsed.exchange(true)) {
-    Refuse(response, 403, "This address has been used already. Start kxhost edit again.");
-    return;
-  }
+THttpAnswer TEditorServer::TState::Exchange(const THttpRequest& head) {
+  if (!SameSecret(head.Parameter("token"), Token) || TokenIsUsed.exchange(true))
+    return Refusal(403, "This address has been used already. Start kxhost edit again.");
   LastRequest = std::chrono::steady_clock::now();
-  response.set_header("Set-Cookie", CookieName + "=" + Cookie + "; Path=" + Folder +
-                                        "; HttpOnly; SameSite=Strict; Max-Age=604800");
-  response.set_content("<!DOCTYPE html><html lang=\"en\"><meta charset=\"utf-8\"><title>kxhost</title>"
-                       "<link rel=\"icon\" href=\"image/DEVENV\">"
-                       "<meta http-equiv=\"refresh\" content=\"0;url=" +
-                           Folder + "\"><p><a href=\"" + Folder + "\">Open the project</a></p></html>",
-                       "text/html; charset=utf-8");
+  return {.Type = "text/html; charset=utf-8",
+          .Body = "<!DOCTYPE html><html lang=\"en\"><meta charset=\"utf-8\"><title>kxhost</title>"
+                  "<link rel=\"icon\" href=\"image/DEVENV\">"
+                  "<meta http-equiv=\"refresh\" content=\"0;url=" +
+                  Folder + "\"><p><a href=\"" + Folder + "\">Open the project</a></p></html>",
+          .Headers = {{"Set-Cookie", CookieName + "=" + Cookie + "; Path=" + Folder +
+                                         "; HttpOnly; SameSite=Strict; Max-Age=604800"}}};
 }
 
-void TEditorServer::TState::Api(const httplib::Request& request, httplib::Response& response) {
-  const std::string operation = request.path.substr(Folder.size() + std::string_view("api/").size());
+THttpAnswer TEditorServer::TState::Answer(const THttpRequest& request, TKxEvent& gone) {
+  constexpr std::string_view api = "api/";
+  const std::string_view name = std::string_view(request.Path).substr(Folder.size());
+  THttpAnswer answer = NotThere();
+  if (request.Method == "GET") {
+    answer = Get(name, request, gone);
+  } else if (name.starts_with(api)) {
+    answer = Api(name.substr(api.size()), request.Body, gone);
+  }
+  SetHeaders(answer);
+  return answer;
+}
+
+THttpAnswer TEditorServer::TState::Get(std::string_view name, const THttpRequest& request, TKxEvent& gone) {
+  constexpr std::string_view image = "image/";
+  if (name == "api/events") return Events(request, gone);
+  if (name.starts_with(image)) return Image(name.substr(image.size()));
+  const auto asset = std::ranges::find(Assets, name, &TAsset::Name);
+  if (asset == Assets.end()) return NotThere();
+  return {.Type = asset->Type, .Body = std::string(*asset->Bytes)};
+}
+
+THttpAnswer TEditorServer::TState::Image(std::string_view type) const {
+  const std::string_view image = Session.Image(text::FromUtf8(type));
+  if (image.empty()) return NotThere();
+  return {.Type = "image/svg+xml", .Body = std::string(image)};
+}
+
+THttpAnswer TEditorServer::TState::Api(std::string_view operation, const std::string& body, TKxEvent& gone) {
   try {
-    const TJson arguments = TJson::parse(request.body);
-    SendJson(response, 200, Dump(Session.Handle(operation, arguments)));
+    return Json(200, Session.Handle(operation, TJson::parse(body), gone));
   } catch (const TJson::exception& error) {
-    SendJson(response, 400, Dump({{"error", error.what()}}));
+    return Json(400, TJson{{"error", error.what()}});
   } catch (const std::exception& error) {
-    SendJson(response, 422, Dump({{"error", text::ToUtf8(MessageOf(error))}}));
+    return Json(422, TJson{{"error", text::ToUtf8(MessageOf(error))}});
   }
 }
 
-void TEditorServer::TState::Events(const httplib::Request& request, httplib::Response& response) {
-  SendJson(response, 200,
-           Session.Runs().Events(static_cast<int>(NumberOf(request, "run")), NumberOf(request, "from"),
-                                 LongestWait));
-}
-
-void TEditorServer::TState::Serve() {
-  Server.new_task_queue = [] { return new httplib::ThreadPool(Threads); };
-  Server.set_payload_max_length(MostBytesOfARequest);
-  // The body of a refused request is not read: nobody shall take it for the next request.
-  Server.set_keep_alive_max_count(1);
-  Server.set_pre_routing_handler(
-      [this](const auto& request, auto& response) { return Guard(request, response); });
-  for (const auto& asset : Assets)
-    Server.Get(Folder + std::string(asset.Name), [&asset](const auto& /*request*/, auto& response) {
-      response.set_content(asset.Bytes->data(), asset.Bytes->size(), asset.Type);
-    });
-  Server.Get(Folder + "image/([A-Za-z0-9_.]+)", [this](const auto& request, auto& response) {
-    const std::string_view image = Session.Image(text::FromUtf8(request.matches[1].str()));
-    if (image.empty()) {
-      Refuse(response, 404, "There is no such image.");
-    } else {
-      response.set_content(image.data(), image.size(), "image/svg+xml");
-    }
-  });
-  Server.Get(Folder + "api/events",
-             [this](const auto& request, auto& response) { Events(request, response); });
-  Server.Post(Folder + "api/([a-zA-Z]+)",
-              [this](const auto& request, auto& response) { Api(request, response); });
-  const int port = Server.bind_to_any_port("127.0.0.1");
-  if (port <= 0) throw EKxException(u"No port of the loopback address is free.");
-  Host = "127.0.0.1:" + std::to_string(port);
-  CookieName = "kxhost-" + std::to_string(port); // cookies know hosts, not ports
-  Address = "http://" + Host + Folder + "?token=" + Token;
-  Thread = std::thread([this] { Server.listen_after_bind(); });
+THttpAnswer TEditorServer::TState::Events(const THttpRequest& request, TKxEvent& gone) {
+  return Json(200, Session.Runs().Events(static_cast<int>(NumberOf(request, "run")),
+                                         NumberOf(request, "from"), LongestWait, gone));
 }
 
 TEditorServer::TEditorServer(TEditorSession& session) : state_(std::make_unique<TState>(session)) {
-  state_->Serve();
+  state_->Server.Start();
 }
 
-TEditorServer::~TEditorServer() {
-  state_->Server.stop();
-  state_->Thread.join();
+TEditorServer::~TEditorServer() = default;
+
+bool TEditorServer::Close(std::chrono::milliseconds wait) {
+  return state_->Server.Close(wait);
 }
 
 const std::string& TEditorServer::Address() const {

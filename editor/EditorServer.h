@@ -24,6 +24,9 @@ public:
 
   const std::string& Address() const;               // to open, once
   std::chrono::steady_clock::duration Idle() const; // since the last request of a page
+  // Serves nobody any more. False when a request is still being worked on after this time; the destructor
+  // waits for its end.
+  bool Close(std::chrono::milliseconds wait);
 
 private:
   struct TState;

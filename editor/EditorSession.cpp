@@ -3,6 +3,7 @@
 #include "editor/FileChooser.h"
 #include "editor/HostOptionsPage.h"
 #include "editor/ProjectPaths.h"
+#include "editor/SourceLines.h"
 #include "editor/UnsavedCopies.h"
 #include "host/Exceptions.h"
 #include "platform/Files.h"
@@ -18,6 +19,8 @@ namespace kx::editor {
 namespace {
 
 constexpr std::string_view OptionsId = "options";
+constexpr auto ShortWait = std::chrono::milliseconds(300); // in which a person notices nothing
+constexpr auto LongestSave = std::chrono::seconds(3);      // that the end of the program waits for
 
 std::u16string TextOf(const TJson& arguments, const char* name) {
   const auto found = arguments.find(name);
@@ -78,6 +81,16 @@ text::TStringList VariableNames(const TProject& project) {
   return names;
 }
 
+// What a page shows but could not write, because a field beside it has an error.
+void ShowUnwritten(const TKxPropertyPage& shown, TKxPropertyPage& page) {
+  for (const auto& field : shown.Fields()) {
+    if (field.Name.empty() || !field.Enabled || !field.Error.empty() || field.Kind == TKxFieldKind::Secret)
+      continue;
+    const TKxPageField& own = page.Field(field.Name);
+    if (own.Enabled && own.Value != field.Value) page.SetValue(field.Name, field.Value);
+  }
+}
+
 } // namespace
 
 TEditorSession::TEditorSession(TServiceRegistry& services, TEditorDesign& design,
@@ -85,6 +98,7 @@ TEditorSession::TEditorSession(TServiceRegistry& services, TEditorDesign& design
     : services_(services), design_(design), project_(services, settings.Run, settings.FileName),
       runs_(services, settings.Run) {
   design_.VariableNames = [this] { return VariableNames(project_.Project()); };
+  LookForCopies();
 }
 
 TEditorSession::~TEditorSession() {
@@ -126,15 +140,44 @@ TEditorSession::TOperation TEditorSession::FindOperation(std::string_view name) 
   return found->second;
 }
 
-TJson TEditorSession::Handle(std::string_view operation, const TJson& arguments) {
-  const std::lock_guard lock(mutex_);
+TJson TEditorSession::Handle(std::string_view operation, const TJson& arguments, TKxEvent& stop) {
+  std::unique_lock lock(mutex_);
   if (!arguments.is_object()) throw EKxException(u"A request is an object.");
   const TOperation function = FindOperation(operation);
-  TakeRunResult();
+  TakeRunResult(lock);
   RequireEditable(operation, arguments);
+  stop_ = &stop;
+  aside_ = nullptr;
   TJson answer = (this->*function)(arguments);
+  if (const auto work = std::exchange(aside_, nullptr)) {
+    lock.unlock();
+    answer.update(DoAside(work, stop));
+    lock.lock();
+  }
   answer.update(Brief());
   return answer;
+}
+
+TJson TEditorSession::DoAside(const TWork& work, TKxEvent& stop) {
+  const auto change = [&](bool begins) {
+    const std::lock_guard lock(asideMutex_);
+    if (begins) {
+      underWay_.insert(&stop);
+      if (isEnding_) stop.Raise();
+    } else {
+      underWay_.erase(&stop);
+    }
+  };
+  change(true);
+  const std::unique_ptr<void, std::function<void(void*)>> end(this, [&](void*) { change(false); });
+  return work();
+}
+
+// For what comes back from the side: the project may be another one meanwhile.
+std::unique_lock<std::mutex> TEditorSession::LockForEditing() {
+  std::unique_lock lock(mutex_);
+  RequireEditable("", TJson::object());
+  return lock;
 }
 
 // A running project has its own copy of the actions, but shares the services with those in here. And paths of
@@ -156,7 +199,8 @@ TJson TEditorSession::Brief() {
   TJson messages = TJson::array();
   for (const auto& message : std::exchange(design_.Messages, {}))
     messages.push_back(text::ToUtf8(message));
-  return {{"generation", project_.Generation()},
+  return {{"answer", ++answers_}, // requests may overtake one another
+          {"generation", project_.Generation()},
           {"dirty", project_.IsDirty()},
           {"hasFile", project_.HasFile()},
           {"canUndo", project_.CanUndo()},
@@ -165,19 +209,24 @@ TJson TEditorSession::Brief() {
           {"messages", messages}};
 }
 
-void TEditorSession::TakeRunResult() {
+void TEditorSession::TakeRunResult(std::unique_lock<std::mutex>& lock) {
   auto text = runs_.IsRunning() ? std::nullopt : runs_.TakeResult();
   if (!text) return;
   project_.Replace(*std::move(text));
   if (!wasCleanAtStart_) return;
+  std::u16string problem = u"The run has counted up numbers of the project, which are not saved";
   try {
-    if (SaveProject(TEditedProject::ESave::Safely)) return;
-    design_.Messages.emplace_back(u"The run has counted up numbers of the project, which are not saved: the "
-                                  u"file has been edited by somebody else.");
+    const auto saving = BeginSave(TEditedProject::ESave::Safely);
+    lock.unlock();
+    const bool saved = Save(saving);
+    lock.lock();
+    if (saved) return;
+    problem += u": the file has been edited by somebody else.";
   } catch (const EKxException& error) {
-    design_.Messages.push_back(u"The run has counted up numbers of the project, which are not saved. " +
-                               error.Message());
+    if (!lock.owns_lock()) lock.lock();
+    problem += u". " + error.Message();
   }
+  design_.Messages.push_back(problem);
 }
 
 TJson TEditorSession::State(const TJson& /*arguments*/) {
@@ -258,16 +307,29 @@ TJson TEditorSession::PagesJson(const TJson& arguments) {
 
 void TEditorSession::EditPage(const TJson& arguments, const std::function<void(TKxPropertyPage&)>& change) {
   if (TextOf(arguments, "id") == text::FromAscii(OptionsId)) {
-    TKxPropertyPage& page = OptionsPage(IndexOf(arguments, "page"));
-    change(page);
-    if (std::ranges::any_of(page.Fields(), [](const auto& field) { return !field.Error.empty(); })) return;
-    page.WriteActionData();
-    const auto saved = services_.SaveOptions();
-    if (!saved) throw EKxException(saved.Message());
+    EditOptions(OptionsPage(IndexOf(arguments, "page")), change);
     return;
   }
   project_.EditPage(project_.NodeAt(PathOf(arguments)), IndexOf(arguments, "page"),
                     TextOf(arguments, "field"), change);
+}
+
+// Nobody reads an option while it changes. Who only looks for something is sent away: the page asks again.
+void TEditorSession::EditOptions(TKxPropertyPage& page, const std::function<void(TKxPropertyPage&)>& change) {
+  StopAsides();
+  auto alone = std::make_shared<std::unique_lock<std::shared_timed_mutex>>(optionsMutex_, ShortWait);
+  if (!alone->owns_lock())
+    throw EKxException(
+        u"Something is still being looked for, or options are being saved. Nothing was changed; "
+        u"try it again in a moment.");
+  change(page);
+  if (std::ranges::any_of(page.Fields(), [](const auto& field) { return !field.Error.empty(); })) return;
+  page.WriteActionData();
+  aside_ = [this, alone] {
+    const auto saved = services_.SaveOptions();
+    if (!saved) throw EKxException(saved.Message());
+    return TJson::object();
+  };
 }
 
 TJson TEditorSession::Set(const TJson& arguments) {
@@ -306,7 +368,17 @@ TJson TEditorSession::Click(const TJson& arguments) {
 }
 
 TJson TEditorSession::Offers(const TJson& arguments) {
-  return OffersJson(PageOf(arguments).Offers(TextOf(arguments, "field"), &project_.SearchStop()));
+  const std::u16string field = TextOf(arguments, "field");
+  const TKxPropertyPage& shown = PageOf(arguments);
+  if (TextOf(arguments, "id") == text::FromAscii(OptionsId)) return OffersJson({});
+  std::shared_ptr<TEditedProject> copy = project_.Copy(*stop_);
+  TKxPropertyPage& page = *copy->PagesOf(copy->NodeAt(PathOf(arguments)))[IndexOf(arguments, "page")];
+  ShowUnwritten(shown, page);
+  aside_ = [this, copy, &page, field, stop = stop_] {
+    const std::shared_lock reading(optionsMutex_);
+    return OffersJson(page.Offers(field, stop));
+  };
+  return TJson::object();
 }
 
 TJson TEditorSession::Attribute(const TJson& arguments) {
@@ -402,66 +474,127 @@ TJson TEditorSession::Redo(const TJson& arguments) {
 TJson TEditorSession::Save(const TJson& arguments) {
   const auto how =
       Flag(arguments, "overwrite") ? TEditedProject::ESave::Overwrite : TEditedProject::ESave::Safely;
-  return {{"saved", SaveProject(how)}};
+  aside_ = [this, saving = BeginSave(how)] { return TJson{{"saved", Save(saving)}}; };
+  return TJson::object();
 }
 
-// Copies that were taken over are in the project now.
-bool TEditorSession::SaveProject(TEditedProject::ESave how) {
-  if (!project_.Save(how)) return false;
-  for (const auto& file : std::exchange(takenCopies_, {}))
+TEditedProject::TSaving TEditorSession::BeginSave(TEditedProject::ESave how) {
+  if (isSaving_) throw EKxException(u"The project is being saved already.");
+  auto saving = project_.BeginSave(how);
+  isSaving_ = true;
+  return saving;
+}
+
+// Without the lock. Copies that were taken over are in the project then.
+bool TEditorSession::Save(TEditedProject::TSaving saving) {
+  bool written = false;
+  std::set<std::u16string> superfluous;
+  const auto end = [&] {
+    const std::lock_guard lock(mutex_);
+    isSaving_ = false;
+    if (written) {
+      project_.EndSave(saving);
+      superfluous.swap(takenCopies_);
+      std::erase_if(copies_, [&](const auto& file) { return superfluous.contains(file); });
+    }
+    saved_.notify_all();
+  };
+  try {
+    std::string present;
+    written = saving.Write(present);
+    if (!written && TakeCounted(present, saving)) written = saving.Write(present);
+  } catch (...) {
+    end();
+    throw;
+  }
+  end();
+  for (const auto& file : superfluous)
     static_cast<void>(platform::RemoveFile(file));
+  return written;
+}
+
+bool TEditorSession::TakeCounted(const std::string& present, TEditedProject::TSaving& saving) {
+  const std::lock_guard lock(mutex_);
+  if (!project_.TakeCounted(present)) return false;
+  saving = project_.BeginSave(saving.How);
   return true;
+}
+
+void TEditorSession::LookForCopies() {
+  copies_ = FindUnsavedCopies(project_.FileName());
 }
 
 TJson TEditorSession::UnsavedJson() const {
   TJson files = TJson::array();
-  for (const auto& file : FindUnsavedCopies(project_.FileName()))
+  for (const auto& file : copies_)
     if (!takenCopies_.contains(file)) files.push_back(text::ToUtf8(file));
   return files;
 }
 
 TJson TEditorSession::Unsaved(const TJson& arguments) {
   const std::u16string file = TextOf(arguments, "file");
-  const auto known = FindUnsavedCopies(project_.FileName());
-  if (std::ranges::find(known, file) == known.end()) throw EKxException(u"That file is not there any more.");
+  if (std::ranges::find(copies_, file) == copies_.end())
+    throw EKxException(u"That file is not there any more.");
   if (Flag(arguments, "take")) {
-    auto bytes = platform::ReadFile(file);
-    if (!bytes) throw EKxException(bytes.Message());
-    project_.Accept();
-    project_.Replace(*std::move(bytes));
-    takenCopies_.insert(file);
-  } else if (const auto removed = platform::RemoveFile(file); !removed) {
-    throw EKxException(removed.Message());
+    aside_ = [this, file] {
+      auto bytes = platform::ReadFile(file);
+      if (!bytes) throw EKxException(bytes.Message());
+      const auto lock = LockForEditing();
+      project_.Accept();
+      project_.Replace(*std::move(bytes));
+      takenCopies_.insert(file);
+      return State({});
+    };
+  } else {
+    aside_ = [this, file] {
+      const auto removed = platform::RemoveFile(file);
+      if (!removed) throw EKxException(removed.Message());
+      const auto lock = LockForEditing();
+      std::erase(copies_, file);
+      return State({});
+    };
   }
-  return State(arguments);
+  return TJson::object();
 }
 
-TJson TEditorSession::Reload(const TJson& arguments) {
-  project_.Reload();
-  return State(arguments);
+TJson TEditorSession::Reload(const TJson& /*arguments*/) {
+  aside_ = [this, file = project_.FileName()] {
+    auto present = platform::ReadFile(file);
+    if (!present) throw EKxException(present.Message());
+    const auto lock = LockForEditing();
+    project_.Reload(*std::move(present));
+    return State({});
+  };
+  return TJson::object();
 }
 
 TJson TEditorSession::Validate(const TJson& /*arguments*/) {
-  return {{"entries", ValidationJson(project_.Runner().Validate(), project_)}};
+  aside_ = [this, copy = std::shared_ptr(project_.Copy(*stop_)), generation = project_.Generation(),
+            stop = stop_] {
+    const auto found = [&] {
+      const std::shared_lock reading(optionsMutex_);
+      return copy->Runner().Validate();
+    }();
+    const std::lock_guard lock(mutex_);
+    // Of what is not there any more nothing is said: who changed it asks again.
+    if (stop->IsRaised() || generation != project_.Generation()) return TJson{{"isOutdated", true}};
+    return TJson{{"entries", ValidationJson(found, *copy, project_)}};
+  };
+  return TJson::object();
 }
 
 TJson TEditorSession::List(const TJson& arguments) {
-  const auto folder = ListChooserFolder(TextOf(arguments, "path"), project_.Project().Directory(),
-                                        OptionalText(arguments, "patterns").value_or(u""));
-  const auto names = [](const std::vector<std::u16string>& list) {
-    TJson texts = TJson::array();
-    for (const auto& name : list)
-      texts.push_back(text::ToUtf8(name));
-    return texts;
+  aside_ = [path = TextOf(arguments, "path"), base = std::u16string(project_.Project().Directory()),
+            patterns = OptionalText(arguments, "patterns").value_or(u"")] {
+    return FolderJson(ListChooserFolder(path, base, patterns));
   };
-  return {{"path", text::ToUtf8(folder.Path)},  {"parent", text::ToUtf8(folder.Parent)},
-          {"isThere", folder.IsThere},          {"folders", names(folder.Folders)},
-          {"files", names(folder.Files)},       {"separator", text::IsPosixPath(folder.Path) ? "/" : "\\"},
-          {"error", text::ToUtf8(folder.Error)}};
+  return TJson::object();
 }
 
 TJson TEditorSession::Run(const TJson& arguments) {
   if (runs_.IsRunning()) throw EKxException(u"The project is running already.");
+  // A run reads the options without asking.
+  if (!std::shared_lock(optionsMutex_, ShortWait)) throw EKxException(u"The options are being saved.");
   project_.Accept();
   wasCleanAtStart_ = !project_.IsDirty();
   runs_.Start(project_.Text(), project_.FileName(), project_.Stored(), Flag(arguments, "dryRun"));
@@ -479,22 +612,12 @@ TJson TEditorSession::Runs(const TJson& /*arguments*/) {
 
 // Some lines around a problem of the log. The page names an event, never a file.
 TJson TEditorSession::Source(const TJson& arguments) {
-  constexpr int around = 8;
-  const auto location = runs_.LocationOf(IndexOf(arguments, "event"));
-  if (!location) throw EKxException(u"The message names no place.");
-  const auto bytes = platform::ReadFile(location->File);
-  if (!bytes) throw EKxException(bytes.Message());
-  const std::u16string content = text::IsValidUtf8(*bytes)
-                                     ? text::FromUtf8(*bytes)
-                                     : text::FromSingleByte(*bytes, text::SingleBytePage::Windows1252);
-  const auto lines = text::SplitLines(content);
-  TJson shown = TJson::array();
-  const int first = std::max(1, location->Line - around);
-  const int last = std::min(static_cast<int>(lines.size()), location->Line + around);
-  for (int number = first; number <= last; ++number)
-    shown.push_back(text::ToUtf8(text::VisibleControls(lines[static_cast<std::size_t>(number - 1)])));
-  return {
-      {"file", text::ToUtf8(location->File)}, {"line", location->Line}, {"first", first}, {"lines", shown}};
+  aside_ = [this, event = IndexOf(arguments, "event"), stop = stop_] {
+    const auto location = runs_.LocationOf(event);
+    if (!location) throw EKxException(u"The message names no place.");
+    return SourceJson(ReadSourceLines(location->File, location->Line, *stop));
+  };
+  return TJson::object();
 }
 
 TJson TEditorSession::Quit(const TJson& arguments) {
@@ -511,18 +634,29 @@ std::string_view TEditorSession::Image(std::u16string_view type) const {
 
 bool TEditorSession::IsDirty() {
   const std::lock_guard lock(mutex_);
-  TakeRunResult();
-  return project_.IsDirty();
+  return project_.IsDirty() || runs_.HasResult();
 }
 
-void TEditorSession::EndRun() {
-  project_.EndSearches();
-  runs_.End();
+void TEditorSession::StopAsides() {
+  const std::lock_guard lock(asideMutex_);
+  for (auto* stop : underWay_)
+    stop->Raise();
+}
+
+void TEditorSession::End(std::chrono::milliseconds wait) {
+  {
+    const std::lock_guard lock(asideMutex_);
+    isEnding_ = true;
+  }
+  StopAsides();
+  runs_.End(wait);
 }
 
 std::u16string TEditorSession::KeepUnsaved() {
-  const std::lock_guard lock(mutex_);
-  TakeRunResult();
+  std::unique_lock lock(mutex_);
+  // A save that hangs keeps nobody from trying once more, under another name.
+  saved_.wait_for(lock, LongestSave, [this] { return !isSaving_; });
+  TakeRunResult(lock);
   project_.Accept();
   if (!project_.IsDirty() || discarded_) return {};
   std::u16string file = KeepUnsavedCopy(project_.FileName(), project_.Text());

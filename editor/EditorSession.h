@@ -6,11 +6,16 @@
 #include "editor/SessionJson.h"
 
 #include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
 #include <functional>
 #include <mutex>
 #include <set>
+#include <shared_mutex>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kx::editor {
 
@@ -27,17 +32,19 @@ public:
   ~TEditorSession();
 
   // Does one thing and gives what the page shows then; raises EKxException with a text for the user, and
-  // nothing has changed then. From any thread, one request at a time. See the table in the source for the
-  // operations; docs/editor.md describes what they are for.
-  TJson Handle(std::string_view operation, const TJson& arguments);
+  // nothing has changed then. From any thread. Requests follow one another, but what may take its time
+  // (disks, solutions) goes on beside the others, until it ends or `stop` is raised: by the caller, when
+  // nobody waits any more, or in here. See the table in the source for the operations; docs/editor.md
+  // describes what they are for.
+  TJson Handle(std::string_view operation, const TJson& arguments, TKxEvent& stop);
 
   TEditorRuns& Runs() { return runs_; }                   // may be used while a request is handled
   std::string_view Image(std::u16string_view type) const; // SVG of an action type; empty when there is none
   bool IsDirty();                                         // something is not saved
   bool HasEnded() const { return ended_; }                // the user asked for the end; never waits
-  // The program ends: stops a run that is going on and waits for its end; a request that looks for something
-  // in a solution ends soon.
-  void EndRun();
+  // The program ends: stops a run that is going on and whatever goes on beside the requests, now and from now
+  // on. Waits this long for the end of the run (the destructor longer).
+  void End(std::chrono::milliseconds wait);
   // For the end of the program: takes over what the last run left. Where something is not saved, writes it
   // into a file beside the project, whose name this gives; else empty. Raises EKxException. Files that were
   // kept before stay as they are.
@@ -45,6 +52,7 @@ public:
 
 private:
   using TOperation = TJson (TEditorSession::*)(const TJson& arguments);
+  using TWork = std::function<TJson()>;
   static TOperation FindOperation(std::string_view name);
   TJson State(const TJson& arguments);
   TJson Ping(const TJson& arguments);
@@ -74,28 +82,47 @@ private:
   TJson Quit(const TJson& arguments);
 
   void EditPage(const TJson& arguments, const std::function<void(TKxPropertyPage&)>& change);
+  void EditOptions(TKxPropertyPage& page, const std::function<void(TKxPropertyPage&)>& change);
   TKxPropertyPage& PageOf(const TJson& arguments);
   TPages& OptionsPages();
   TKxPropertyPage& OptionsPage(std::size_t index);
   TJson PagesJson(const TJson& arguments);
   TJson Moved(std::string_view id);
   void RequireEditable(std::string_view operation, const TJson& arguments);
-  void TakeRunResult();
-  bool SaveProject(TEditedProject::ESave how);
+  std::unique_lock<std::mutex> LockForEditing();
+  TJson DoAside(const TWork& work, TKxEvent& stop);
+  void StopAsides();
+  void TakeRunResult(std::unique_lock<std::mutex>& lock);
+  bool Save(TEditedProject::TSaving saving);
+  bool TakeCounted(const std::string& present, TEditedProject::TSaving& saving);
+  TEditedProject::TSaving BeginSave(TEditedProject::ESave how);
   TJson UnsavedJson() const;
+  void LookForCopies();
   std::u16string FullChoice(std::u16string_view choice) const;
   TJson Brief();
 
   TServiceRegistry& services_;
   TEditorDesign& design_;
-  std::mutex mutex_;
+  std::mutex mutex_; // guards what follows; never held while something may take its time
   TEditedProject project_;
   TPages optionsPages_;
   TEditorRuns runs_;
   bool wasCleanAtStart_ = false; // when the run began
   std::atomic<bool> ended_ = false;
+  std::vector<std::u16string> copies_;   // of what was not saved, beside the project
   std::set<std::u16string> takenCopies_; // which the next save makes superfluous
   bool discarded_ = false;               // the user does not want what is not saved
+  bool isSaving_ = false;
+  std::condition_variable saved_;
+  std::uint64_t answers_ = 0;
+  TWork aside_;              // what the operation leaves to be done without the lock
+  TKxEvent* stop_ = nullptr; // of the request that is being handled
+
+  // Shared by those who read options away from the lock above, alone for who changes or saves them.
+  std::shared_timed_mutex optionsMutex_;
+  std::mutex asideMutex_; // guards what follows
+  std::set<TKxEvent*> underWay_;
+  bool isEnding_ = false;
 };
 
 } // namespace kx::editor

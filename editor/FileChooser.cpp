@@ -81,10 +81,12 @@ TChooserFolder ListChooserFolder(std::u16string_view path, std::u16string_view b
     return folder;
   }
   for (const auto& entry : *entries) {
-    if (entry.IsDirectory) {
-      folder.Folders.push_back(entry.Name);
-    } else if (IsWanted(entry.Name, patterns)) {
-      folder.Files.push_back(entry.Name);
+    if (!entry.IsDirectory && !IsWanted(entry.Name, patterns)) continue;
+    auto& names = entry.IsDirectory ? folder.Folders : folder.Files;
+    if (names.size() < MostNamesListed) {
+      names.push_back(entry.Name);
+    } else {
+      ++folder.More;
     }
   }
   return folder;

@@ -7,11 +7,14 @@
 
 namespace kx::editor {
 
+constexpr std::size_t MostNamesListed = 2000;
+
 struct TChooserFolder {
   std::u16string Path;   // full, as the system spells it; empty above the drives
   std::u16string Parent; // empty when there is none
   std::vector<std::u16string> Folders;
   std::vector<std::u16string> Files;
+  std::size_t More = 0; // folders and files that are not listed, since nobody reads so many
   std::u16string Error; // why there are none
   bool IsThere = false; // `path` named this very folder
 };

@@ -3,6 +3,7 @@
 #include "host/Exceptions.h"
 #include "text/Encoding.h"
 #include "text/Text.h"
+#include "text/WindowsPath.h"
 
 #include <algorithm>
 #include <array>
@@ -18,14 +19,18 @@ constexpr std::array<const char*, 11> FieldKinds{"heading", "note", "choice", "c
                                                  "integer", "list", "file",   "folder", "dropdown"};
 constexpr std::array<const char*, 3> ButtonKinds{"browse", "accept", "custom"};
 
+TJson TextsJson(const std::vector<std::u16string>& texts) {
+  TJson list = TJson::array();
+  for (const auto& one : texts)
+    list.push_back(text::ToUtf8(one));
+  return list;
+}
+
 TJson FieldJson(const TKxPageField& field) {
   TJson buttons = TJson::array();
   for (const auto& button : field.Buttons)
     buttons.push_back({{"kind", ButtonKinds.at(static_cast<std::size_t>(button.Kind))},
                        {"hint", text::ToUtf8(button.Hint)}});
-  TJson items = TJson::array();
-  for (const auto& item : field.Items)
-    items.push_back(text::ToUtf8(item));
   return {{"name", text::ToUtf8(field.Name)},
           {"kind", FieldKinds.at(static_cast<std::size_t>(field.Kind))},
           {"label", text::ToUtf8(field.Label)},
@@ -40,7 +45,7 @@ TJson FieldJson(const TKxPageField& field) {
           {"takesNewItems", field.TakesNewItems},
           {"value", field.Kind == TKxFieldKind::Secret ? "" : text::ToUtf8(field.Value)},
           {"enabled", field.Enabled},
-          {"items", items},
+          {"items", TextsJson(field.Items)},
           {"isSet", field.IsSet},
           {"error", text::ToUtf8(field.Error)}};
 }
@@ -194,19 +199,34 @@ TJson ActionTypesJson(const TServiceRegistry& services) {
   return list;
 }
 
-TJson ValidationJson(const std::vector<TValidationEntry>& entries, TEditedProject& project) {
+TJson ValidationJson(const std::vector<TValidationEntry>& entries, const TEditedProject& validated,
+                     TEditedProject& project) {
   TJson list = TJson::array();
   for (const auto& entry : entries) {
-    TJson row = {{"id", entry.Node == nullptr ? "" : PathText(project.PathOf(*entry.Node))},
+    const TActionPath path = entry.Node == nullptr ? TActionPath() : validated.PathOf(*entry.Node);
+    TJson row = {{"id", PathText(path)},
                  {"action", text::ToUtf8(entry.Action)},
                  {"place", text::ToUtf8(entry.Page)},
                  {"message", text::ToUtf8(entry.Message)},
                  {"options", entry.Options == nullptr ? "" : text::ToUtf8(entry.Options->Name)}};
-    if (entry.Node != nullptr)
-      FindPlace(project.PagesOf(project.NodeAt(project.PathOf(*entry.Node))), entry.Page, row);
+    if (entry.Node != nullptr) FindPlace(project.PagesOf(project.NodeAt(path)), entry.Page, row);
     list.push_back(std::move(row));
   }
   return list;
+}
+
+TJson FolderJson(const TChooserFolder& folder) {
+  return {{"path", text::ToUtf8(folder.Path)},   {"parent", text::ToUtf8(folder.Parent)},
+          {"isThere", folder.IsThere},           {"folders", TextsJson(folder.Folders)},
+          {"files", TextsJson(folder.Files)},    {"more", folder.More},
+          {"error", text::ToUtf8(folder.Error)}, {"separator", text::IsPosixPath(folder.Path) ? "/" : "\\"}};
+}
+
+TJson SourceJson(const TSourceLines& source) {
+  return {{"file", text::ToUtf8(source.File)},
+          {"line", source.Line},
+          {"first", source.First},
+          {"lines", TextsJson(source.Lines)}};
 }
 
 } // namespace kx::editor

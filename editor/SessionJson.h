@@ -2,6 +2,8 @@
 #pragma once
 
 #include "editor/EditedProject.h"
+#include "editor/FileChooser.h"
+#include "editor/SourceLines.h"
 #include "runner/ServiceRegistry.h"
 
 #include <nlohmann/json.hpp>
@@ -27,6 +29,11 @@ TJson PropertySetsJson(const TProjectText& text);
 TJson ActionTypesJson(const TServiceRegistry& services);
 
 // Each entry with its action ("id") and, where the words of its place fit one, the page and the field.
-TJson ValidationJson(const std::vector<TValidationEntry>& entries, TEditedProject& project);
+// The entries are of `validated`, a copy of the project.
+TJson ValidationJson(const std::vector<TValidationEntry>& entries, const TEditedProject& validated,
+                     TEditedProject& project);
+
+TJson FolderJson(const TChooserFolder& folder);
+TJson SourceJson(const TSourceLines& source);
 
 } // namespace kx::editor

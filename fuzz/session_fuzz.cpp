@@ -87,7 +87,7 @@ void Do(TEditorSession& session, std::string_view operation, const TJson& argume
   const TJson before = State(session);
   bool isDone = false;
   try {
-    const TJson answer = session.Handle(operation, arguments);
+    const TJson answer = session.Handle(operation, arguments, stop);
     Require(!answer.dump(-1, ' ', false, TJson::error_handler_t::replace).empty(), "an answer can be sent");
     isDone = true;
   } catch (const EKxException&) {

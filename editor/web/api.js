@@ -1,10 +1,12 @@
-// The requests to kxhost, one after the other, so that each sees what the one before has done.
+// The requests to kxhost, one after the other, so that each sees what the one before has done. What only looks for something,
+// and may take its time, holds up nobody.
 
 import { expectMore } from "./dom.js";
 
 let last = Promise.resolve();
 const listeners = [];
 let generation;
+let newest = { answer: 0 }; // of the answers, which may overtake one another
 let isRunning = false;
 
 // Called with every answer: what it says about the whole project.
@@ -22,24 +24,31 @@ export class ApiError extends Error {
 // Until kxhost answers again.
 export const answers = "answers";
 
-async function send(operation, values) {
+// `signal` ends the wait, and what kxhost does for it.
+async function send(operation, values, signal) {
   let response;
   try {
     response = await fetch(`api/${operation}`, {
       method: "POST",
       headers: { "Content-Type": "application/json" },
       body: JSON.stringify({ generation, ...values }),
+      signal,
     });
   } catch {
+    if (signal?.aborted) return undefined;
     throw new ApiError("kxhost does not answer. Is it still running? What was not saved stays with it.", answers);
   }
   if (!(response.headers.get("Content-Type") ?? "").startsWith("application/json"))
     throw new ApiError((await response.text()) || `kxhost answers ${response.status}.`);
-  const answer = await response.json();
+  const answer = await response.json().catch((error) => {
+    if (!signal?.aborted) throw error;
+  });
+  if (!answer) return undefined;
   if (answer.error && !response.ok) throw new ApiError(answer.error);
-  generation = answer.generation;
-  isRunning = answer.running;
-  for (const listener of listeners) listener(answer);
+  if (answer.answer > newest.answer) newest = answer;
+  generation = newest.generation;
+  isRunning = newest.running;
+  for (const listener of listeners) listener({ ...newest, messages: answer.messages });
   return answer;
 }
 
@@ -57,6 +66,14 @@ export function call(operation, values = {}) {
 // The same for what a run going on makes impossible: nothing is asked then, and undefined is the answer.
 export function callUnlessRunning(operation, values = {}) {
   return inTurn(() => (isRunning ? undefined : send(operation, values)));
+}
+
+// What looks for something, after all that was asked before, and beside what is asked from now on. Undefined when nobody waits
+// any more, or while a run makes it impossible.
+export function look(operation, values = {}, { signal, unlessRunning = false } = {}) {
+  expectMore(1);
+  return last.then(() => (signal?.aborted || (unlessRunning && isRunning) ? undefined : send(operation, values, signal)))
+    .finally(() => expectMore(-1));
 }
 
 // After a request that was asked about a project as it no longer is.

@@ -1,5 +1,5 @@
 // The page as a whole: what is chosen, what the buttons do.
-import { answers, call, callUnlessRunning, forgetGeneration, onAnswer } from "./api.js";
+import { answers, call, callUnlessRunning, forgetGeneration, look, onAnswer } from "./api.js";
 import { ask, askTexts } from "./dialogs.js";
 import { announce, announceError, button, byId, clearMessage, counted, debounce, el } from "./dom.js";
 import { Form } from "./form.js";
@@ -18,7 +18,10 @@ const views = ["actions", "project", "options", "run"];
 
 const form = new Form(byId("pages"), { changed: () => checkSoon() });
 const optionsForm = new Form(byId("options-pages"), {
-  changed: (answer) => answer.pages.every((page) => page.fields.every((field) => !field.error)) && announce("The options are saved."),
+  changed: (answer) => {
+    checkSoon();
+    if (answer.pages.every((page) => page.fields.every((field) => !field.error))) announce("The options are saved.");
+  },
 });
 const run = new RunView({ started: () => showView("run"), ended: () => refresh() });
 const tree = new Tree(byId("tree"), {
@@ -149,12 +152,20 @@ function setUnlessTyping(input, value) {
 }
 
 const checkSoon = debounce(() => !brief.running && check(), 900);
+let checking = new AbortController(); // the newest check: one that is begun anew ends the one before
 
 async function check() {
   checkSoon.cancel();
+  checking.abort();
+  checking = new AbortController();
+  const { signal } = checking;
   return attempt(async () => {
-    const answer = await callUnlessRunning("validate");
-    if (!answer) return undefined;
+    const answer = await look("validate", {}, { signal, unlessRunning: true });
+    if (!answer || signal.aborted) return undefined;
+    if (answer.isOutdated) {
+      checkSoon();
+      return undefined;
+    }
     problems = answer.entries;
     tree.mark(new Set(problems.map((problem) => problem.id)));
     showProblems();
@@ -165,7 +176,8 @@ async function check() {
 // The same when the user asks, who wants to hear what came of it.
 async function checkNow() {
   flush();
-  const found = await check();
+  const hint = setTimeout(() => announce("Checking… Escape ends it."), 1000);
+  const found = await check().finally(() => clearTimeout(hint));
   if (!found) return;
   const places = [...new Set(found.map((problem) => problem.action))].join(", ");
   if (found.length) announce(`${counted(found.length, "problem")} found: ${places}.`, { isError: true });
@@ -282,6 +294,7 @@ function copyAction() {
 
 async function start(dryRun) {
   flush();
+  checking.abort();
   showView("run");
   await attempt(() => run.start(dryRun));
 }
@@ -306,6 +319,7 @@ async function quit() {
 }
 
 function onKey(event) {
+  if (event.key === "Escape") checking.abort();
   if (!(event.ctrlKey || event.metaKey) || event.altKey || document.querySelector("dialog[open]")) return;
   const isText = event.target.matches("input[type=text], input[type=password], textarea");
   const keys = { s: save, z: isText ? undefined : event.shiftKey ? redo : undo, y: isText ? undefined : redo };

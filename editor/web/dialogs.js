@@ -1,6 +1,6 @@
 // Questions, and the chooser for files and folders.
-import { call } from "./api.js";
-import { button, el, newId } from "./dom.js";
+import { look } from "./api.js";
+import { button, counted, el, newId } from "./dom.js";
 
 // What a button's function gives to keep the dialog open.
 const stay = Symbol("stay");
@@ -79,10 +79,17 @@ export async function choosePath({ title, start, filter, folders }) {
     if (!folder.path) return name; // a drive
     return folder.path.endsWith(folder.separator) ? folder.path + name : folder.path + folder.separator + name;
   };
-  const listAt = (where) => call("list", { path: where, patterns: folders ? "" : filters.value });
+  // One folder at a time: who goes elsewhere, or leaves, does not wait for a slow disk.
+  let listing = new AbortController();
+  const listAt = (where) => {
+    listing.abort();
+    listing = new AbortController();
+    return look("list", { path: where, patterns: folders ? "" : filters.value }, { signal: listing.signal });
+  };
   const go = async (where) => {
     try {
-      showFolder(await listAt(where));
+      const listed = await listAt(where);
+      if (listed) showFolder(listed);
     } catch (error) {
       problem.textContent = error.message;
     }
@@ -100,7 +107,8 @@ export async function choosePath({ title, start, filter, folders }) {
           path.value = join(name);
           path.focus();
         }));
-    list.replaceChildren(...rows.map((row) => el("li", {}, row)));
+    list.replaceChildren(...rows.map((row) => el("li", {}, row)),
+      folder.more ? el("li", { class: "note" }, `and ${counted(folder.more, "name")} more: type the path`) : "");
     list.scrollTop = 0;
   };
   // A folder is no file: to choose one leads into it.
@@ -110,6 +118,7 @@ export async function choosePath({ title, start, filter, folders }) {
     if (folders) return chosen;
     try {
       const listed = await listAt(chosen);
+      if (!listed) return stay;
       if (!listed.isThere) return chosen;
       showFolder(listed);
     } catch (error) {
@@ -125,6 +134,7 @@ export async function choosePath({ title, start, filter, folders }) {
   path.addEventListener("keydown", (event) => {
     if (event.key === "ArrowDown") list.querySelector("button")?.focus();
   });
+  result.then(() => listing.abort());
   await go(start);
   if (start && !folders) path.value = start;
   path.focus();
@@ -133,7 +143,7 @@ export async function choosePath({ title, start, filter, folders }) {
 
 // Lines of a file around a problem.
 export async function showSource(event, message) {
-  const source = await call("source", { event });
+  const source = await look("source", { event });
   const rows = source.lines.map((line, index) =>
     el("li", { value: source.first + index, class: source.first + index === source.line ? "error" : false }, line));
   await show(`${source.file} (${source.line})`,

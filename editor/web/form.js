@@ -1,5 +1,5 @@
 // The pages of an action, drawn from what kxhost says about their fields.
-import { call } from "./api.js";
+import { call, look } from "./api.js";
 import { askTexts, choosePath } from "./dialogs.js";
 import { announce, announceError, button, debounce, el, expectMore, newId } from "./dom.js";
 
@@ -279,9 +279,15 @@ export class Form {
     control.updateOffers = (field) => {
       for (const input of list.querySelectorAll("input, button")) input.disabled = !field.enabled;
     };
+    let looking = new AbortController();
     const load = async () => {
+      looking.abort();
+      looking = new AbortController();
+      const { signal } = looking;
+      if (!list.children.length) list.replaceChildren(el("li", { class: "note" }, "Looking…"));
       try {
-        const offers = await call("offers", { id: this.id, page: this.page, field: control.field.name });
+        const offers = await look("offers", { id: this.id, page: this.page, field: control.field.name }, { signal });
+        if (!offers || signal.aborted) return;
         list.replaceChildren(...offers.items.map((item) => this.drawOffer(control, item, load)));
         control.updateOffers(control.field);
         if (offers.error) list.prepend(el("li", { class: "problem" }, offers.error));
@@ -289,7 +295,10 @@ export class Form {
         list.replaceChildren(el("li", { class: "problem" }, error.message));
       }
     };
-    details.addEventListener("toggle", () => details.open && load());
+    details.addEventListener("toggle", () => {
+      if (details.open) load();
+      else looking.abort();
+    });
     const reload = debounce(() => details.open && load(), 700);
     control.input.addEventListener("input", reload);
     control.input.addEventListener("change", reload);

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <functional>
 #include <set>
+#include <thread>
 
 namespace kx::editor {
 namespace {
@@ -15,7 +16,10 @@ using testing::HasSubstr;
 using testing::Not;
 using tests::TStepAction;
 
-class EditorSession : public TSessionFixture {};
+class EditorSession : public TSessionFixture {
+protected:
+  ~EditorSession() override { TStepAction::Deeds().clear(); }
+};
 
 constexpr const char* Tests =
     "    <Action Type=\"MSTEST\">\n      <AssemblyFileName>a.dll</AssemblyFileName>\n"
@@ -410,6 +414,138 @@ TEST_F(EditorSession, ACircleOfProjectsIsNamedAndHoldsNobodyUp) {
   EXPECT_TRUE(session_->HasEnded());
 }
 
+// One after the other on one project: what the page asks for, and what it is answered, as far as it is named.
+TEST_F(EditorSession, WhatIsAskedIsAnswered) {
+  Open("    <Action Type=\"STEP\" Name=\"a\"/>\n");
+  const TJson root = {{"name", "Root"}, {"value", "x"}};
+  const TJson numbers = {{"name", "P"}, {"kind", "DotNet"}, {"values", TJson::array()}};
+  TJson filled = numbers;
+  filled["values"].push_back({{"name", "Title"}, {"value", "é"}});
+  const TJson none = TJson::array();
+  const struct {
+    const char* Operation;
+    TJson Arguments;
+    TJson Answer;
+  } rows[] = {
+      {"ping",
+       TJson::object(),
+       {{"dirty", false}, {"running", false}, {"canUndo", false}, {"hasFile", true}}},
+      {"variable", root, {{"dirty", true}, {"canUndo", true}, {"variables", {root}}}},
+      {"variable", {{"name", "Root"}, {"value", nullptr}}, {{"variables", none}}},
+      {"undo", TJson::object(), {{"variables", {root}}, {"canRedo", true}}},
+      {"redo", TJson::object(), {{"variables", none}, {"canRedo", false}}},
+      {"redo", TJson::object(), {{"variables", none}}},
+      {"propertySet", {{"name", "P"}, {"kind", "DotNet"}}, {{"propertySets", {numbers}}}},
+      {"propertySetValue", {{"set", "P"}, {"name", "Title"}, {"value", "é"}}, {{"propertySets", {filled}}}},
+      {"propertySetValue",
+       {{"set", "P"}, {"name", "Title"}, {"value", nullptr}},
+       {{"propertySets", {numbers}}}},
+      {"propertySet", {{"name", "P"}, {"kind", nullptr}}, {{"propertySets", none}}},
+      {"copy", {{"id", "0"}, {"to", "1"}}, {{"id", "1"}}},
+      {"attribute", {{"id", "1"}, {"name", "Name"}, {"value", "b"}}, {{"dirty", true}}},
+      {"action", {{"id", "1"}}, {{"id", "1"}, {"name", "b"}, {"typeName", "Step"}, {"continueOnError", ""}}},
+      {"set",
+       {{"id", "1"}, {"page", 0}, {"field", "Number"}, {"value", "none"}},
+       {{"id", "1"}}}, // with its error
+      {"offers", {{"id", "1"}, {"page", 0}, {"field", "Text"}}, {{"items", none}, {"error", ""}}},
+      {"offers", {{"id", "options"}, {"page", 0}, {"field", "x"}}, {{"items", none}}},
+      {"list",
+       {{"path", "missing/x"}},
+       {{"isThere", false}, {"more", 0}, {"error", ""}, {"files", {"p.kxproj"}}}},
+      {"runs", TJson::object(), {{"runs", none}}},
+      {"stop", TJson::object(), {{"running", false}}},
+      {"quit", TJson::object(), {{"ended", false}, {"dirty", true}}},
+      {"save", TJson::object(), {{"saved", true}, {"dirty", false}}},
+      {"remove", {{"id", "1"}}, {{"dirty", true}}},
+      {"reload", TJson::object(), {{"dirty", false}, {"canUndo", true}}},
+      {"quit", TJson::object(), {{"ended", true}}},
+  };
+  std::uint64_t newest = 0;
+  for (const auto& row : rows) {
+    const TJson answer = Do(row.Operation, row.Arguments);
+    for (const auto& [name, value] : row.Answer.items())
+      EXPECT_EQ(answer.value(name, TJson()), value) << row.Operation << row.Arguments << name;
+    EXPECT_GT(answer["answer"].get<std::uint64_t>(), newest) << "answers may overtake one another";
+    newest = answer["answer"].get<std::uint64_t>();
+  }
+}
+
+TEST_F(EditorSession, WhatTakesItsTimeHoldsNobodyUp) {
+  Open("    <Action Type=\"STEP\">\n      <Text>slow</Text>\n    </Action>\n");
+  TKxEvent began;
+  TKxEvent goOn;
+  TStepAction::Deeds()[u"validate slow"] = [&](TStepAction&) {
+    began.Raise();
+    return goOn.WaitFor(std::chrono::seconds(60));
+  };
+  TKxEvent stop;
+  TJson found;
+  std::thread checking([&] { found = session_->Handle("validate", TJson::object(), stop); });
+  ASSERT_TRUE(began.WaitFor(std::chrono::seconds(60)));
+  EXPECT_EQ(Do("variable", {{"name", "V"}, {"value", "1"}})["dirty"], true);
+  EXPECT_EQ(Do("save")["saved"], true);
+  EXPECT_EQ(Do("offers", {{"id", "0"}, {"page", 0}, {"field", "Text"}})["error"], "");
+  EXPECT_FALSE(stop.IsRaised());
+  // Who reads the options is sent away before they change; whoever does not go keeps them as they are.
+  EXPECT_THAT(
+      Refusal("set", {{"id", "options"}, {"page", 1}, {"field", "DotNetFramework.v4.0"}, {"value", ""}}),
+      HasSubstr("in a moment"));
+  EXPECT_TRUE(stop.IsRaised());
+  Do("variable", {{"name", "W"}, {"value", "1"}});
+  EXPECT_THAT(text::ToUtf8(session_->KeepUnsaved()), HasSubstr("p.unsaved.kxproj")) << "as at the end";
+  goOn.Raise();
+  checking.join();
+  EXPECT_EQ(found["isOutdated"], true);
+  EXPECT_EQ(Do("validate")["entries"].size(), 0U);
+}
+
+TEST_F(EditorSession, TheEndStopsWhatTakesItsTime) {
+  Open("    <Action Type=\"STEP\">\n      <Text>slow</Text>\n    </Action>\n");
+  TKxEvent began;
+  TStepAction::Deeds()[u"validate slow"] = [&](TStepAction& action) {
+    began.Raise();
+    return action.Host().Stop().WaitFor(std::chrono::seconds(600));
+  };
+  std::thread checking([&] { Do("validate"); });
+  ASSERT_TRUE(began.WaitFor(std::chrono::seconds(60)));
+  session_->End(std::chrono::seconds(60));
+  checking.join();
+  Do("validate"); // which begins after the end
+}
+
+TEST_F(EditorSession, ALongLogIsGivenInPieces) {
+  Open("    <Action Type=\"STEP\">\n      <Text>talk</Text>\n    </Action>\n");
+  constexpr int count = 25000;
+  host_.Write("late.cs", std::string(70000, '\n') + "here\r\nthere");
+  TStepAction::Deeds()[u"talk"] = [](TStepAction& action) {
+    for (int i = 0; i < count; ++i)
+      action.SendMessage(u"line " + text::FromInteger(i));
+    action.SendMessage(u"late.cs(70001,1): error CS0103: no", TStatusTag::stError);
+    return true;
+  };
+  Do("run");
+  std::size_t next = 0;
+  int lines = 0;
+  int answers = 0;
+  for (bool goesOn = true; goesOn; ++answers) {
+    const TJson piece = TJson::parse(session_->Runs().Events(1, next, std::chrono::seconds(10), stop_));
+    EXPECT_EQ(piece["from"], next);
+    for (const auto& event : piece["events"])
+      if (event["event"] == "message" && event["text"] == "line " + std::to_string(lines)) ++lines;
+    next = piece["next"];
+    goesOn = piece["running"];
+  }
+  EXPECT_EQ(lines, count);
+  EXPECT_GT(answers, 1);
+  EXPECT_EQ(next, std::size_t{count} + 4);
+  const TJson source = Do("source", {{"event", count + 1}});
+  EXPECT_EQ(source["first"], 69993);
+  EXPECT_EQ(source["lines"][8], "here");
+  EXPECT_EQ(source["lines"].back(), "there");
+  EXPECT_NE(Refusal("source", {{"event", 1}}), "");
+  EXPECT_NE(Refusal("source", {{"event", count + 100}}), "");
+}
+
 TEST_F(EditorSession, ARunLogsShowsPlacesAndGivesItsNumbersBack) {
   Open("    <Action Type=\"STEP\">\n      <Text>count</Text>\n      <Number>1</Number>\n    </Action>\n");
   host_.Write("src/a.cs", "one\ntwo\n");
@@ -480,6 +616,11 @@ TEST_F(EditorSession, TheChooserListsNamesThatFitTheFilter) {
   EXPECT_FALSE(ListChooserFolder(u"Sub/App.sln", host_.Path(""), u"").IsThere);
   EXPECT_TRUE(folder.Parent.size() < folder.Path.size());
   EXPECT_THAT(ListChooserFolder(u"Sub", host_.Path(""), u"").Files, testing::SizeIs(2));
+  for (std::size_t i = 0; i <= MostNamesListed; ++i)
+    host_.Write("Many/" + std::to_string(i), "");
+  const auto many = ListChooserFolder(u"Many", host_.Path(""), u"");
+  EXPECT_EQ(many.Files.size(), MostNamesListed);
+  EXPECT_EQ(many.More, 1U);
   EXPECT_THROW(ListChooserFolder(std::u16string_view(u"a\0b", 3), u"/", u""), EKxException);
   Open("");
   const TJson listed = Do("list", {{"path", "Sub/"}, {"patterns", "*.sln"}});

@@ -56,7 +56,7 @@ protected:
   }
 
   TJson Do(std::string_view operation, const TJson& arguments = TJson::object()) {
-    return session_->Handle(operation, arguments);
+    return session_->Handle(operation, arguments, stop_);
   }
   TJson Set(const char* id, int page, const char* field, const char* value) {
     return Do("set", {{"id", id}, {"page", page}, {"field", field}, {"value", value}});
@@ -85,7 +85,7 @@ protected:
   TJson EndOfRun() {
     TJson answer;
     do
-      answer = TJson::parse(session_->Runs().Events(0, 0, std::chrono::seconds(1)));
+      answer = TJson::parse(session_->Runs().Events(0, 0, std::chrono::seconds(1), stop_));
     while (answer["running"] == true);
     return answer["events"];
   }
@@ -95,6 +95,7 @@ protected:
   TServiceRegistry services_{store_};
   TEditorDesign design_;
   TNoFrameworks frameworks_;
+  TKxEvent stop_; // of requests
   std::unique_ptr<TEditorSession> session_;
 };
 

@@ -54,6 +54,8 @@ const TKxPropertyTable& TStepAction::PublishedProperties() const {
 }
 
 bool TStepAction::Validate(IKxActionValidationError& errors) {
+  const auto deed = Deeds().find(u"validate " + Text);
+  if (deed != Deeds().end()) return deed->second(*this);
   if (Text == u"throws") throw EKxException(u"cannot validate");
   if (Text.empty()) errors.Add(u"Text", u"A text has not been set");
   return !Text.empty();

@@ -28,11 +28,13 @@ public:
   std::u16string Secret; // as the host encrypted it
 
   static const TKxActionClass& Class();
-  // By the text of the property Text; without an entry the action sends the expanded text and succeeds.
+  // By the text of the property Text; without an entry the action sends the expanded text and succeeds. With
+  // "validate " before it: what Validate does.
   static std::map<std::u16string, std::function<bool(TStepAction&)>>& Deeds();
 
   const TKxPropertyTable& PublishedProperties() const override;
   std::u16string GetActionName() const override { return u"Step"; }
+  using TCustomKxAction::Host;
   bool CanTerminate() const override { return true; }
   void TerminateAction() override { Terminated.Raise(); }
   bool Validate(IKxActionValidationError& errors) override;

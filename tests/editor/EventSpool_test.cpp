@@ -1,0 +1,57 @@
+#include "editor/EventSpool.h"
+
+#include <gtest/gtest.h>
+
+namespace kx::editor {
+namespace {
+
+std::string NumberedLine(std::size_t number) {
+  return "{\"line\":" + std::to_string(number) + ",\"text\":\"" + std::string(number % 200, 'x') + "\"}";
+}
+
+// More than memory holds: what is on the disk, what is not, and what lies on the edge of both.
+TEST(EventSpool, LinesAreFoundByTheirNumbersWhereverTheyLie) {
+  constexpr std::size_t count = 20000;
+  TEventSpool spool;
+  for (std::size_t number = 0; number < count; ++number)
+    spool.Append(NumberedLine(number));
+  ASSERT_EQ(spool.Count(), count);
+  EXPECT_EQ(spool.Failure(), u"");
+  for (const std::size_t piece : {std::size_t{1}, std::size_t{100000}, std::size_t{1} << 30}) {
+    std::size_t number = 0;
+    std::size_t asked = 0;
+    while (number < count && asked < 2000) {
+      std::size_t next = 0;
+      const std::string lines = spool.Lines(number, piece, next);
+      ++asked;
+      ASSERT_GT(next, number) << piece;
+      EXPECT_TRUE(next == number + 1 || lines.size() < piece + (next - number));
+      std::string expected;
+      for (; number < next; ++number)
+        expected += (expected.empty() ? "" : ",") + NumberedLine(number);
+      ASSERT_EQ(lines, expected);
+    }
+    EXPECT_TRUE(number == count || piece == 1);
+  }
+  for (const std::size_t number : {std::size_t{0}, std::size_t{1}, count / 2, count - 1})
+    EXPECT_EQ(spool.Line(number), NumberedLine(number));
+  EXPECT_EQ(spool.Line(count), std::nullopt);
+  std::size_t next = 0;
+  EXPECT_EQ(spool.Lines(count + 5, 100, next), "");
+  EXPECT_EQ(next, count);
+}
+
+TEST(EventSpool, ALineIsReadWhileOthersAreAdded) {
+  TEventSpool spool;
+  std::size_t next = 0;
+  for (std::size_t number = 0; number < 20000; ++number) {
+    spool.Append(NumberedLine(number));
+    if (number % 1000 == 0) {
+      EXPECT_EQ(spool.Line(number / 2), NumberedLine(number / 2));
+    }
+  }
+  EXPECT_EQ(spool.Lines(19999, 1, next), NumberedLine(19999));
+}
+
+} // namespace
+} // namespace kx::editor
