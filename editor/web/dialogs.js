@@ -71,9 +71,10 @@ export async function choosePath({ title, start, filter, folders }) {
   const list = el("ul", { class: "chooser", "aria-label": "Folders and files" });
   const problem = el("p", { class: "error", role: "status" });
   const filterId = newId();
-  const filters = el("select", { id: filterId, onchange: () => go(folder.path) },
+  const filters = el("select", { id: filterId, onchange: () => go(wanted) },
     ...filterEntries(filter).map((entry) => el("option", { value: entry.patterns }, entry.text)));
   let folder = {};
+  let wanted = start; // where the newest step leads to, shown or not yet
 
   const join = (name) => {
     if (!folder.path) return name; // a drive
@@ -87,6 +88,7 @@ export async function choosePath({ title, start, filter, folders }) {
     return look("list", { path: where, patterns: folders ? "" : filters.value }, { signal: listing.signal });
   };
   const go = async (where) => {
+    wanted = where;
     try {
       const listed = await listAt(where);
       if (listed) showFolder(listed);
