@@ -69,17 +69,22 @@ constexpr std::array<std::string_view, 1> NeverAsked{"run"};
 constexpr std::array<std::string_view, 8> Steps{"attribute", "add",      "move",        "copy",
                                                 "remove",    "variable", "propertySet", "propertySetValue"};
 
+TJson Ask(TEditorSession& session, std::string_view operation, const TJson& arguments) {
+  TKxEvent stop;
+  return session.Handle(operation, arguments, stop);
+}
+
 TJson State(TEditorSession& session) {
-  return session.Handle("state", TJson::object());
+  return Ask(session, "state", TJson::object());
 }
 
 // Back and forth again.
 void CheckUndo(TEditorSession& session, const TJson& before) {
   const TJson after = State(session);
   if (ProjectOf(after) == ProjectOf(before)) return;
-  Require(ProjectOf(session.Handle("undo", TJson::object())) == ProjectOf(before),
+  Require(ProjectOf(Ask(session, "undo", TJson::object())) == ProjectOf(before),
           "undoing gives back what was");
-  Require(ProjectOf(session.Handle("redo", TJson::object())) == ProjectOf(after), "redoing does it again");
+  Require(ProjectOf(Ask(session, "redo", TJson::object())) == ProjectOf(after), "redoing does it again");
 }
 
 void Do(TEditorSession& session, std::string_view operation, const TJson& arguments) {
@@ -87,7 +92,7 @@ void Do(TEditorSession& session, std::string_view operation, const TJson& argume
   const TJson before = State(session);
   bool isDone = false;
   try {
-    const TJson answer = session.Handle(operation, arguments, stop);
+    const TJson answer = Ask(session, operation, arguments);
     Require(!answer.dump(-1, ' ', false, TJson::error_handler_t::replace).empty(), "an answer can be sent");
     isDone = true;
   } catch (const EKxException&) {
@@ -109,8 +114,8 @@ void Check(std::string_view bytes) {
       const auto arguments = TJson::parse(line.substr(blank), nullptr, false);
       if (!arguments.is_discarded()) Do(session, line.substr(0, blank), arguments);
     }
-    session.Handle("save", {{"overwrite", true}});
-    session.Handle("reload", TJson::object());
+    Ask(session, "save", {{"overwrite", true}});
+    Ask(session, "reload", TJson::object());
   } catch (const EKxParseError&) { // no project
   }
 }
