@@ -54,7 +54,7 @@ struct TWorld {
 // What of a state undoing gives back.
 TJson ProjectOf(TJson state) {
   for (const char* other :
-       {"generation", "canUndo", "canRedo", "messages", "unsaved", "hasFile", "dirty", "id"})
+       {"answer", "generation", "canUndo", "canRedo", "messages", "unsaved", "hasFile", "dirty", "id"})
     state.erase(other);
   return state;
 }
