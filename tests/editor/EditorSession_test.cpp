@@ -131,7 +131,7 @@ TEST_F(EditorSession, KnowsWhatItsPageAsksForAndSaysWhatItReads) {
     scripts += script;
   Open(Tests + std::string("    <Action Type=\"LOOP\"/>\n"));
   std::set<std::string> operations;
-  for (const std::string asks : {"call(\"", "callUnlessRunning(\"", "edit(\"", "send(\""})
+  for (const std::string asks : {"call(\"", "callUnlessRunning(\"", "look(\"", "edit(\"", "send(\""})
     for (std::size_t at = scripts.find(asks); at != std::string::npos; at = scripts.find(asks, at + 1))
       operations.insert(
           scripts.substr(at + asks.size(), scripts.find('"', at + asks.size()) - at - asks.size()));
