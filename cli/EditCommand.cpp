@@ -4,6 +4,7 @@
 #include "editor/EditorDesign.h"
 #include "editor/EditorServer.h"
 #include "editor/EditorSession.h"
+#include "host/Exceptions.h"
 #include "platform/Console.h"
 #include "platform/Files.h"
 #include "platform/PrivateFolder.h"
@@ -78,6 +79,14 @@ void ServeToTheEnd(editor::TEditorSession& session, const editor::TEditorServer&
   }
 }
 
+// A run may be slow to end, and whoever asks a second time does not wait for it.
+void KeepBeforehand(editor::TEditorSession& session) {
+  try {
+    session.KeepUnsaved();
+  } catch (const EKxException&) { // said when it fails at the end, too
+  }
+}
+
 int Edit(const TEditArguments& arguments, const TCommonOptions& common) {
   RequireBuildProject(text::FromUtf8(arguments.File));
   editor::TEditorDesign design;
@@ -88,13 +97,14 @@ int Edit(const TEditArguments& arguments, const TCommonOptions& common) {
       {text::ExpandPath(text::FromUtf8(arguments.File), platform::CurrentDirectory()),
        RunSettingsOf(arguments.Run, host, false)});
   editor::TEditorServer server(session);
+  const platform::InterruptHandler interrupts(host.Stop());
   {
-    const platform::InterruptHandler interrupts(host.Stop());
     TDoorPage door;
     ShowAddress(server.Address(), arguments.NoBrowser ? nullptr : &door);
     // An address that nobody reads leads nobody here.
     const bool reachable = platform::WriteFailure(platform::ConsoleStream::Output).empty();
     if (reachable || !arguments.NoBrowser) ServeToTheEnd(session, server, host.Stop());
+    KeepBeforehand(session);
     session.End(LongestEnd); // pages that wait for its events are answered
   }
   const std::u16string kept = session.KeepUnsaved();

@@ -1,6 +1,7 @@
 #include "cli/Common.h"
 
 #include "platform/Files.h"
+#include "platform/PrivateFolder.h"
 #include "runner/KnownOptions.h"
 #include "runner/PluginLoader.h"
 #include "text/Encoding.h"
@@ -30,6 +31,7 @@ void MapDrives(const std::vector<std::string>& drives) {
 
 THostSession::THostSession(const TCommonOptions& options, const TDesignServices& design) {
   MaskOutput(secrets_);
+  platform::PrivateFolder::RemoveAbandoned();
   MapDrives(options.Drives);
   store_.Patience.Say = [](const std::u16string& message) { WriteError(message); };
   store_.Load(options.OptionsFile.empty() ? DefaultOptionsFile() : text::FromUtf8(options.OptionsFile));

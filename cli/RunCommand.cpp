@@ -56,6 +56,7 @@ int RunFile(const TProjectArguments& arguments, const TCommonOptions& common) {
   if (!arguments.NoSave) project.Runner().StoreIn(project.File());
   const int exitCode = RunProject(project.Runner(), session, common);
   if (common.DryRun) return exitCode;
+  const platform::SaveScope save; // of both, or of neither
   session.SaveOptions();
   if (arguments.NoSave) return exitCode;
   const auto saved = project.File().Save(session.Store().Patience);

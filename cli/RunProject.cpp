@@ -160,11 +160,11 @@ int RunProject(TProjectRunner& runner, THostSession& session, const TCommonOptio
   if (log) runner.AddSink(*log);
   TReports reports(options, runner);
   if (options.DryRun) Print("Dry run: no tool is started and no file is changed.\n\n");
+  const platform::InterruptHandler interrupts(session.Stop()); // what the run leaves is written in any case
   TRunReport report;
   {
     TConsoleSink console(options.Verbosity, palette, ChooseCi(options.Ci));
     runner.AddSink(console);
-    const platform::InterruptHandler interrupts(session.Stop());
     report = runner.Run();
   }
   std::string end = EndTable(report, palette);

@@ -12,7 +12,7 @@ if(WIN32)
 else()
   set(folder lib/kxhost)
   set(documents share/doc/kxhost)
-  install(TARGETS kx_launcher RUNTIME DESTINATION ${folder} COMPONENT kxhost)
+  install(TARGETS kx_launcher kx_watcher RUNTIME DESTINATION ${folder} COMPONENT kxhost)
   install(CODE "
     set(bin \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/bin\")
     file(MAKE_DIRECTORY \"\${bin}\")

@@ -659,10 +659,13 @@ std::u16string TEditorSession::KeepUnsaved() {
   TakeRunResult(lock);
   project_.Accept();
   if (!project_.IsDirty() || discarded_) return {};
-  std::u16string file = KeepUnsavedCopy(project_.FileName(), project_.Text());
+  if (!keptFile_.empty() && keptText_ == project_.Text()) return keptFile_;
+  keptFile_ = KeepUnsavedCopy(project_.FileName(), project_.Text());
+  keptText_ = project_.Text();
   for (const auto& taken : takenCopies_) // the new copy holds what they held
     static_cast<void>(platform::RemoveFile(taken));
-  return file;
+  takenCopies_ = {keptFile_};
+  return keptFile_;
 }
 
 } // namespace kx::editor

@@ -47,7 +47,7 @@ public:
   void End(std::chrono::milliseconds wait);
   // For the end of the program: takes over what the last run left. Where something is not saved, writes it
   // into a file beside the project, whose name this gives; else empty. Raises EKxException. Files that were
-  // kept before stay as they are.
+  // kept before stay as they are; a second call writes only what has changed since.
   std::u16string KeepUnsaved();
 
 private:
@@ -111,6 +111,8 @@ private:
   std::atomic<bool> ended_ = false;
   std::vector<std::u16string> copies_;   // of what was not saved, beside the project
   std::set<std::u16string> takenCopies_; // which the next save makes superfluous
+  std::u16string keptFile_;              // the copy that this session has made, and
+  std::string keptText_;                 // what is in it
   bool discarded_ = false;               // the user does not want what is not saved
   bool isSaving_ = false;
   std::condition_variable saved_;

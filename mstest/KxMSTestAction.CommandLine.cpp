@@ -55,17 +55,26 @@ bool TKxMSTestAction::AddTestInput(ICommandLineBuilder& builder) {
   return true;
 }
 
+// MSTest leaves more beside its results than the file, and in a folder that everybody uses others would read
+// them.
+const std::u16string& TKxMSTestAction::NewTemporaryFolder() {
+  auto folder = platform::PrivateFolder::Create();
+  if (!folder) throw EKxException(folder.Message());
+  temporaryFolder_ = *std::move(folder);
+  return temporaryFolder_->Path();
+}
+
 bool TKxMSTestAction::AddResultsFile(ICommandLineBuilder& builder) {
   std::u16string file;
   if (!TryExpandExpression(u"Results File", run_.OutputFileName, false, file)) return false;
-  resultsFileIsTemporary_ = file.empty();
-  if (resultsFileIsTemporary_) {
-    file = TFileInfo::GetTemporaryFileName(u"", u"MSTRE");
+  temporaryFolder_.reset();
+  if (file.empty()) {
+    file = TFileInfo::GetTemporaryFileName(NewTemporaryFolder(), u"MSTRE");
     // MSTest does not write over a file; where this one stays, MSTest says so.
     static_cast<void>(platform::RemoveFile(file));
   }
   effectiveResultsFile_ = FullProjectPath(file);
-  if (!resultsFileIsTemporary_ && !FileUpdates().IsDryRun()) resultsWatch_.emplace(effectiveResultsFile_);
+  if (!temporaryFolder_ && !FileUpdates().IsDryRun()) resultsWatch_.emplace(effectiveResultsFile_);
   const bool sameForTool = text::ExpandPath(file, workingFolder_) == effectiveResultsFile_;
   builder.Add(u"/resultsfile:", sameForTool ? file : effectiveResultsFile_, QuoteValue);
   return true;

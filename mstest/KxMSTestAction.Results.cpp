@@ -47,8 +47,7 @@ TKxArrayOfMSTestResult TKxMSTestAction::TakeResults(std::u16string& problem) {
     results = readResults_(effectiveResultsFile_, reason);
     if (!reason.empty()) problem = file + u" cannot be read: " + reason;
   }
-  // One that cannot be deleted harms nobody.
-  if (resultsFileIsTemporary_) static_cast<void>(platform::RemoveFile(effectiveResultsFile_));
+  temporaryFolder_.reset();
   return results;
 }
 
@@ -60,7 +59,8 @@ bool TKxMSTestAction::InterpretResult(int exitCode) {
   } catch (const std::exception& error) {
     SendMessage(u"Could not interpret MSTest results: " + MessageOf(error), TStatusTag::stError);
     SendMessage(u"MSTest test results file: " + effectiveResultsFile_, TStatusTag::stError);
-    return false; // a temporary file stays, to be looked at
+    if (temporaryFolder_) temporaryFolder_->Keep(); // to be looked at
+    return false;
   }
   const TKxUnitTestRun run = SendResults(std::move(results));
   if (!problem.empty()) {

@@ -5,6 +5,7 @@
 #include "host/ProcessActions.h"
 #include "mstest/TestResultsFile.h"
 #include "platform/FileWatch.h"
+#include "platform/PrivateFolder.h"
 #include "solution/VSNETSLN.h"
 #include "text/StringList.h"
 
@@ -100,6 +101,7 @@ private:
   // The parts of the command line, in its order. False: an expression could not be expanded.
   bool AddTestInput(ICommandLineBuilder& builder);
   bool AddResultsFile(ICommandLineBuilder& builder);
+  const std::u16string& NewTemporaryFolder();
   bool AddRunConfiguration(ICommandLineBuilder& builder);
   bool AddTestLists(ICommandLineBuilder& builder);
   bool AddTests(ICommandLineBuilder& builder);
@@ -122,10 +124,10 @@ private:
   TTeamBuild team_;
 
   // Of the last command line.
-  std::u16string workingFolder_;                    // the full path of the folder in which MSTest runs
-  std::u16string effectiveResultsFile_;             // its full path
-  std::optional<platform::FileWatch> resultsWatch_; // of a file that the user named, while MSTest runs
-  bool resultsFileIsTemporary_ = false;
+  std::u16string workingFolder_;                           // the full path of the folder in which MSTest runs
+  std::u16string effectiveResultsFile_;                    // its full path
+  std::optional<platform::FileWatch> resultsWatch_;        // of a file that the user named, while MSTest runs
+  std::optional<platform::PrivateFolder> temporaryFolder_; // of the results file, when the user named none
   bool publishedToTeamBuild_ = false;
 };
 

@@ -47,6 +47,15 @@ bool IsStillNamed(const std::string& path, int file) {
          named.st_ino == opened.st_ino;
 }
 
+} // namespace
+
+bool posix::TakeForLife(const std::string& native, const Descriptor& file) {
+  if (flock(file.Get(), LOCK_EX | LOCK_NB) != 0) return errno != EWOULDBLOCK;
+  return IsStillNamed(native, file.Get());
+}
+
+namespace {
+
 // A lock that a killed process has left must not keep those out who may write the file.
 void Share(int lock, const std::string& file) {
   struct stat info {};

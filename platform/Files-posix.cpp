@@ -2,6 +2,7 @@
 #include "platform/Files.h"
 #include "platform/Posix.h"
 #include "platform/Spool.h"
+#include "platform/StopSignal.h"
 
 #include "text/Encoding.h"
 #include "text/Text.h"
@@ -10,19 +11,17 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <dirent.h>
 #include <fcntl.h>
 #include <filesystem>
+#include <memory>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace kx::platform {
 
 namespace posix {
-
-int Descriptor::Close() noexcept {
-  const int fd = std::exchange(fd_, -1);
-  return fd >= 0 && close(fd) != 0 ? errno : 0;
-}
 
 namespace {
 
@@ -52,19 +51,31 @@ void SyncFolder(const std::string& folder) {
   if (handle.IsOpen()) fsync(handle.Get()); // some file systems cannot; the file itself is safe by now
 }
 
+// Only this user's, and only when the one who made it lives no more.
+void RemoveIfAbandoned(int folder, const char* name) {
+  const Descriptor file(openat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  struct stat info {};
+  if (!file.IsOpen() || fstat(file.Get(), &info) != 0) return;
+  if (!S_ISREG(info.st_mode) || info.st_uid != geteuid()) return;
+  if (flock(file.Get(), LOCK_EX | LOCK_NB) == 0) unlinkat(folder, name, 0);
+}
+
+void RemoveAbandonedFiles(const std::string& folder) {
+  if (!IsFirstVisit(folder)) return;
+  const std::unique_ptr<DIR, int (*)(DIR*)> list(opendir(folder.c_str()), closedir);
+  while (const dirent* entry = list ? readdir(list.get()) : nullptr)
+    if (kTemporaryFiles.Has(entry->d_name)) RemoveIfAbandoned(dirfd(list.get()), entry->d_name);
+}
+
 // A new file beside the one it is for; it vanishes again unless it was put in place. It has no name until
-// then, so that a killed process leaves nothing behind, where the file system can do that.
+// then, so that a killed process leaves nothing behind, where the file system can do that. No signal ends the
+// program meanwhile.
 class TemporaryFile {
 public:
   TemporaryFile(const std::string& folder, mode_t mode) : folder_(folder) {
-    file_ = Descriptor(open(folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, mode));
-    if (file_.IsOpen() && access(NameOfHandle().c_str(), F_OK) == 0) return;
-    do {
-      path_ = NewName();
-      file_ = Descriptor(
-          Uninterrupted([&] { return open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode); }));
-    } while (!file_.IsOpen() && errno == EEXIST);
-    if (!file_.IsOpen()) error_ = errno;
+    MakeNameless(mode);
+    if (!file_.IsOpen()) MakeNamed(mode);
+    life_ = Descriptor(fcntl(file_.Get(), F_DUPFD_CLOEXEC, 0));
   }
   TemporaryFile(const TemporaryFile&) = delete;
   TemporaryFile& operator=(const TemporaryFile&) = delete;
@@ -112,16 +123,36 @@ public:
   }
 
 private:
-  std::string NewName() const { return folder_ + "/.kx-" + RandomLetters(12) + ".tmp"; }
+  // The lock is for the moment in which it has a name of ours.
+  void MakeNameless(mode_t mode) {
+    file_ = Descriptor(open(folder_.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, mode));
+    if (!file_.IsOpen()) return;
+    if (access(NameOfHandle().c_str(), F_OK) == 0)
+      static_cast<void>(flock(file_.Get(), LOCK_EX | LOCK_NB));
+    else
+      file_ = Descriptor();
+  }
+  void MakeNamed(mode_t mode) {
+    do {
+      path_ = NewName();
+      file_ = Descriptor(
+          Uninterrupted([&] { return open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode); }));
+    } while (file_.IsOpen() ? !TakeForLife(path_, file_) : errno == EEXIST);
+    if (!file_.IsOpen()) error_ = errno;
+  }
+
+  std::string NewName() const { return folder_ + "/" + kTemporaryFiles.New(); }
   std::string NameOfHandle() const { return "/proc/self/fd/" + std::to_string(file_.Get()); }
   int LinkAs(const std::string& name) const {
     return linkat(AT_FDCWD, NameOfHandle().c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == 0 ? 0
                                                                                                     : errno;
   }
 
+  SaveScope save_;
   std::string folder_;
   std::string path_; // empty while it has no name
   Descriptor file_;
+  Descriptor life_; // keeps what TakeForLife has taken when the file is closed
   int error_ = 0;
   bool placed_ = false;
 };
@@ -165,6 +196,7 @@ std::u16string Replace(const std::string& target, const WriteContent& content) {
   if (auto refusal = exists ? RefusalToReplace(target, old) : std::u16string(); !refusal.empty())
     return refusal;
 
+  if (content) RemoveAbandonedFiles(FolderOf(target));
   TemporaryFile temporary(FolderOf(target), exists ? 0600 : 0666);
   int error = temporary.Error();
   if (error != 0) return Reason(error);

@@ -1,5 +1,6 @@
 #include "platform/Files.h"
 #include "platform/Spool.h"
+#include "platform/StopSignal.h"
 #include "platform/System.h"
 #include "platform/Win32.h"
 
@@ -97,12 +98,32 @@ Refusal CopyStreams(const std::wstring& from, const std::wstring& to) {
   return refusal;
 }
 
-// A new file beside the one it is for; it vanishes again unless it was put in place.
+// Not while somebody has it open, nor when it is about to be put in place.
+void RemoveIfAbandoned(const WIN32_FIND_DATAW& found, const std::u16string& path) {
+  if (!IsOld(found.ftLastWriteTime)) return;
+  const Handle last(CreateFileW(WithLongPrefix(path).c_str(), DELETE, 0, nullptr, OPEN_EXISTING,
+                                FILE_FLAG_DELETE_ON_CLOSE, nullptr));
+}
+
+void RemoveAbandonedFiles(const std::u16string& folder) {
+  if (!IsFirstVisit(text::ToUtf8(folder))) return;
+  WIN32_FIND_DATAW found{};
+  const HANDLE list = FindFirstFileW(WithLongPrefix(text::JoinPath(folder, u".kx-*.tmp")).c_str(), &found);
+  if (list == INVALID_HANDLE_VALUE) return;
+  do {
+    const std::u16string name = FromWide(found.cFileName);
+    if (kTemporaryFiles.Has(text::ToUtf8(name))) RemoveIfAbandoned(found, text::JoinPath(folder, name));
+  } while (FindNextFileW(list, &found) != FALSE);
+  FindClose(list);
+}
+
+// A new file beside the one it is for; it vanishes again unless it was put in place. No interrupt ends the
+// program meanwhile.
 class TemporaryFile {
 public:
   explicit TemporaryFile(std::u16string_view folder) {
     do {
-      path_ = WithLongPrefix(text::JoinPath(folder, u".kx-" + text::FromAscii(RandomLetters(12)) + u".tmp"));
+      path_ = WithLongPrefix(text::JoinPath(folder, text::FromAscii(kTemporaryFiles.New())));
       file_ = Handle(CreateFileW(path_.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr,
                                  CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
     } while (!file_.IsOpen() && GetLastError() == ERROR_FILE_EXISTS);
@@ -168,6 +189,7 @@ private:
     return Reason(error == ERROR_ACCESS_DENIED ? ERROR_SHARING_VIOLATION : error);
   }
 
+  SaveScope save_;
   std::wstring path_;
   Handle file_;
   Refusal error_;
@@ -213,7 +235,9 @@ Refusal Replace(const std::wstring& target, const WriteContent& content) {
   Refusal refusal = exists ? RefusalToReplace(target, attributes) : Refusal();
   if (!refusal.empty()) return refusal;
 
-  TemporaryFile temporary(text::ExtractFileDir(FromWide(target)));
+  const std::u16string folder = text::ExtractFileDir(FromWide(target));
+  if (content) RemoveAbandonedFiles(folder);
+  TemporaryFile temporary(folder);
   refusal = temporary.Error();
   if (refusal.empty() && exists) refusal = temporary.TakeOverFrom(target);
   if (!refusal.empty() || !content) return refusal;

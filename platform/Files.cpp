@@ -6,7 +6,9 @@
 #include <algorithm>
 #include <array>
 #include <filesystem>
+#include <mutex>
 #include <random>
+#include <set>
 
 namespace kx::platform {
 
@@ -19,13 +21,32 @@ std::u16string SeveralNames(std::uint64_t count) {
          u" names (hard links), and only one of them would lead to the new content";
 }
 
+static constexpr std::string_view kLetters = "abcdefghijklmnopqrstuvwxyz0123456789";
+static constexpr std::size_t kPassingLetters = 12;
+
 std::string RandomLetters(std::size_t count) {
-  constexpr std::string_view letters = "abcdefghijklmnopqrstuvwxyz0123456789";
   std::random_device random;
-  std::uniform_int_distribution<std::size_t> pick(0, letters.size() - 1);
+  std::uniform_int_distribution<std::size_t> pick(0, kLetters.size() - 1);
   std::string name(count, ' ');
-  std::ranges::generate(name, [&] { return letters[pick(random)]; });
+  std::ranges::generate(name, [&] { return kLetters[pick(random)]; });
   return name;
+}
+
+std::string PassingNames::New() const {
+  return std::string(Start).append(RandomLetters(kPassingLetters)).append(End);
+}
+
+bool PassingNames::Has(std::string_view name) const {
+  return name.size() == Start.size() + kPassingLetters + End.size() && name.starts_with(Start) &&
+         name.ends_with(End) &&
+         name.substr(Start.size(), kPassingLetters).find_first_not_of(kLetters) == std::string_view::npos;
+}
+
+bool IsFirstVisit(const std::string& folder) {
+  static std::mutex guard;
+  static std::set<std::string> visited;
+  const std::lock_guard lock(guard);
+  return visited.insert(folder).second;
 }
 
 Result<std::string> ReadFile(std::u16string_view path) {

@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unistd.h>
 #include <utility>
 
 namespace kx::platform::posix {
@@ -26,7 +27,10 @@ public:
   int Get() const { return fd_; }
   bool IsOpen() const { return fd_ >= 0; }
   // The system's error number, for those whose data is only safe after a clean close; else 0.
-  int Close() noexcept;
+  int Close() noexcept {
+    const int fd = std::exchange(fd_, -1);
+    return fd >= 0 && close(fd) != 0 ? errno : 0;
+  }
 
 private:
   int fd_;
@@ -40,6 +44,10 @@ auto Uninterrupted(TCall call) {
     if (result >= 0 || errno != EINTR) return result;
   }
 }
+
+// Takes the lock that a process holds on a file or folder until it ends, however it ends. False when another
+// one has it, or has removed the name meanwhile; true, too, on a file system that knows no locks.
+bool TakeForLife(const std::string& native, const Descriptor& file);
 
 // The system's words for an error number.
 std::u16string Reason(int error);

@@ -1,25 +1,47 @@
 #include "platform/PrivateFolder.h"
 
+#include "platform/AbandonedFolders.h"
 #include "platform/Files.h"
 #include "platform/Posix.h"
 #include "text/Encoding.h"
 
 #include <cerrno>
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 
 namespace kx::platform {
 
 using namespace posix;
 
+static Descriptor OpenFolder(const std::string& path) {
+  return Descriptor(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+}
+
 Result<PrivateFolder> PrivateFolder::Create() {
   const std::u16string folder = TemporaryDirectory();
   const Result<std::string> native = NativeForWriting(folder);
   if (!native) return FileFailure(u"create a folder in", folder, native.Message());
   for (;;) {
-    const std::string path = *native + "/kx-" + RandomLetters(12);
-    if (mkdir(path.c_str(), 0700) == 0) return PrivateFolder(text::FromUtf8(path));
-    if (errno != EEXIST) return FileFailure(u"create a folder in", folder, Reason(errno));
+    const std::string path = *native + "/" + kPrivateFolders.New();
+    if (mkdir(path.c_str(), 0700) != 0) {
+      if (errno == EEXIST) continue;
+      return FileFailure(u"create a folder in", folder, Reason(errno));
+    }
+    auto life = std::make_shared<Descriptor>(OpenFolder(path));
+    if (life->IsOpen() && TakeForLife(path, *life))
+      return PrivateFolder(text::FromUtf8(path), std::move(life));
+    if (errno != EWOULDBLOCK && errno != ENOENT)
+      return FileFailure(u"create a folder in", folder, Reason(errno));
   }
+}
+
+bool IsAbandonedFolder(const std::filesystem::path& path) {
+  const Descriptor folder = OpenFolder(path.string());
+  struct stat info {};
+  if (!folder.IsOpen() || fstat(folder.Get(), &info) != 0) return false;
+  const bool isPrivate = info.st_uid == geteuid() && (info.st_mode & 077) == 0;
+  return isPrivate && flock(folder.Get(), LOCK_EX | LOCK_NB) == 0;
 }
 
 } // namespace kx::platform

@@ -1,21 +1,56 @@
 #include "platform/PrivateFolder.h"
 
+#include "platform/AbandonedFolders.h"
+#include "platform/Files.h"
+#include "platform/Shared.h"
+
 #include <filesystem>
+#include <fstream>
 #include <utility>
 
 namespace kx::platform {
 
-PrivateFolder::PrivateFolder(PrivateFolder&& other) noexcept : path_(std::exchange(other.path_, {})) {}
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char16_t* kKept = u".kept"; // a file in a folder that is not ours to remove any more
+
+void RemoveAll(const fs::path& path) {
+  std::error_code error; // what cannot be removed stays, for nobody else to read
+  fs::remove_all(path, error);
+}
+
+} // namespace
+
+PrivateFolder::PrivateFolder(PrivateFolder&& other) noexcept
+    : path_(std::exchange(other.path_, {})), life_(std::move(other.life_)) {}
 
 PrivateFolder& PrivateFolder::operator=(PrivateFolder&& other) noexcept {
   std::swap(path_, other.path_);
+  std::swap(life_, other.life_);
   return *this;
 }
 
 PrivateFolder::~PrivateFolder() {
-  if (path_.empty()) return;
-  std::error_code error; // what cannot be removed stays, for nobody else to read
-  std::filesystem::remove_all(std::filesystem::path(path_), error);
+  life_.reset();
+  if (!path_.empty()) RemoveAll(path_);
+}
+
+void PrivateFolder::Keep() {
+  const std::ofstream mark(fs::path(path_) / kKept);
+  path_.clear();
+}
+
+void PrivateFolder::RemoveAbandoned() {
+  std::error_code error;
+  fs::directory_iterator entry(fs::path(TemporaryDirectory()), error);
+  for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
+    if (!kPrivateFolders.Has(entry->path().filename().string())) continue;
+    std::error_code ignored;
+    if (IsAbandonedFolder(entry->path()) && !fs::exists(entry->path() / kKept, ignored))
+      RemoveAll(entry->path());
+  }
 }
 
 } // namespace kx::platform

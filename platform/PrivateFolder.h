@@ -3,6 +3,7 @@
 
 #include "platform/Result.h"
 
+#include <memory>
 #include <string>
 
 namespace kx::platform {
@@ -14,16 +15,24 @@ namespace kx::platform {
 class PrivateFolder {
 public:
   static Result<PrivateFolder> Create();
+  // Removes the folders that this user's killed programs have left. Those of living ones stay, and what was
+  // to be kept.
+  static void RemoveAbandoned();
+
   PrivateFolder(PrivateFolder&& other) noexcept;
   PrivateFolder& operator=(PrivateFolder&& other) noexcept;
   ~PrivateFolder();
 
   const std::u16string& Path() const { return path_; }
+  // It stays when this object goes, for somebody to look at what is in it.
+  void Keep();
 
 private:
-  explicit PrivateFolder(std::u16string path) : path_(std::move(path)) {}
+  PrivateFolder(std::u16string path, std::shared_ptr<void> life)
+      : path_(std::move(path)), life_(std::move(life)) {}
 
-  std::u16string path_; // empty once it was moved away
+  std::u16string path_;        // empty once it was moved away or kept
+  std::shared_ptr<void> life_; // by it others see that its owner lives
 };
 
 } // namespace kx::platform

@@ -4,18 +4,20 @@
 #include "platform/LineSplitter.h"
 #include "platform/Posix.h"
 #include "platform/ProcessTree-posix.h"
+#include "platform/ProcessWatcher-posix.h"
+#include "platform/Spawn-posix.h"
 #include "platform/System.h"
 #include "text/CommandLine.h"
 #include "text/Encoding.h"
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <fcntl.h>
 #include <poll.h>
-#include <spawn.h>
 #include <sys/ioctl.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -30,7 +32,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds kGrace(1000);   // between the polite request to end and the kill
-constexpr std::chrono::milliseconds kLookAgain(20); // where the system does not tell when a process ends
+constexpr std::chrono::milliseconds kLookAgain(20); // for what the system does not tell
 
 struct Pipe {
   Descriptor Read{};
@@ -38,12 +40,6 @@ struct Pipe {
 
   bool IsOpen() const { return Read.IsOpen() && Write.IsOpen(); }
 };
-
-// Beyond the standard streams, so that putting a pipe in the place of one of them never closes another.
-Descriptor AboveStandardStreams(Descriptor low) {
-  if (low.Get() > STDERR_FILENO) return low;
-  return Descriptor(fcntl(low.Get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
-}
 
 // Not open when there are no descriptors left.
 Pipe MakePipe() {
@@ -54,40 +50,13 @@ Pipe MakePipe() {
   return pipe;
 }
 
-class SpawnActions {
-public:
-  SpawnActions() { posix_spawn_file_actions_init(&actions_); }
-  SpawnActions(const SpawnActions&) = delete;
-  SpawnActions& operator=(const SpawnActions&) = delete;
-  ~SpawnActions() { posix_spawn_file_actions_destroy(&actions_); }
-  posix_spawn_file_actions_t* Get() { return &actions_; }
+// The name of the environment variable that carries the marks of a run and of the runs around it.
+constexpr const char* kRunMarkVariable = "KX_RUN_ID";
 
-private:
-  posix_spawn_file_actions_t actions_{};
-};
-
-// A group of its own, and every signal as a fresh program expects it, whatever this one ignores or blocks.
-class SpawnAttributes {
-public:
-  SpawnAttributes() {
-    posix_spawnattr_init(&attributes_);
-    posix_spawnattr_setpgroup(&attributes_, 0);
-    sigset_t signals;
-    sigfillset(&signals);
-    posix_spawnattr_setsigdefault(&attributes_, &signals);
-    sigemptyset(&signals);
-    posix_spawnattr_setsigmask(&attributes_, &signals);
-    posix_spawnattr_setflags(&attributes_,
-                             POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
-  }
-  SpawnAttributes(const SpawnAttributes&) = delete;
-  SpawnAttributes& operator=(const SpawnAttributes&) = delete;
-  ~SpawnAttributes() { posix_spawnattr_destroy(&attributes_); }
-  const posix_spawnattr_t* Get() const { return &attributes_; }
-
-private:
-  posix_spawnattr_t attributes_{};
-};
+std::string NewRunMark() {
+  static std::atomic<unsigned> runs{0};
+  return std::to_string(getpid()) + "-" + std::to_string(++runs) + "-" + RandomLetters(16);
+}
 
 std::vector<std::string> EnvironmentFor(const ProcessRequest& request, const std::string& mark) {
   auto wanted = request.Environment;
@@ -118,7 +87,7 @@ std::vector<char*> Pointers(std::vector<std::string>& texts) {
 // A started program. It is not left behind: what still runs when this goes away is killed.
 class Child {
 public:
-  explicit Child(std::string mark) : mark_(std::move(mark)) {}
+  explicit Child(std::string mark) : tree_{.Mark = std::move(mark)} {}
   Child(const Child&) = delete;
   Child& operator=(const Child&) = delete;
   ~Child() {
@@ -134,12 +103,15 @@ public:
     posix_spawn_file_actions_adddup2(actions.Get(), out.Get(), STDOUT_FILENO);
     posix_spawn_file_actions_adddup2(actions.Get(), err.Get(), STDERR_FILENO);
     if (!folder.empty()) posix_spawn_file_actions_addchdir_np(actions.Get(), folder.c_str());
-    const SpawnAttributes attributes;
+    const SpawnAttributes attributes(POSIX_SPAWN_SETPGROUP);
+    if (const int error = watcher_.Start(tree_.Mark); error != 0) return error;
     pid_t process = 0;
     const int error = posix_spawn(&process, program.c_str(), actions.Get(), attributes.Get(),
                                   Pointers(arguments).data(), Pointers(environment).data());
     if (error != 0) return error;
     process_ = process;
+    tree_.Group = process;
+    watcher_.Add(process);
     handle_ = Descriptor(static_cast<int>(syscall(SYS_pidfd_open, process_, 0)));
     return 0;
   }
@@ -155,15 +127,16 @@ public:
     return result == 0 ? info.si_pid != 0 : errno != EINTR;
   }
 
-  void AskToEnd() { kill(-process_, SIGTERM); }
+  void AskToEnd() { AskTreeToEnd(tree_); }
 
   void KillAll() {
-    KillTree(process_, mark_);
+    KillTree(tree_);
     Reap();
   }
 
   // The exit code of a program that has ended. Nothing when the system has not kept it for us.
   std::optional<int> Reap() {
+    watcher_.Dismiss(); // while the number is still taken
     int status = 0;
     const pid_t process = std::exchange(process_, 0);
     while (waitpid(process, &status, 0) < 0) {
@@ -173,7 +146,8 @@ public:
   }
 
 private:
-  std::string mark_;
+  ProcessTree tree_;
+  ProcessWatcher watcher_;
   pid_t process_ = 0;
   Descriptor handle_;
 };
@@ -228,6 +202,10 @@ bool AnyRaised(std::span<const StopSignal* const> stops) {
   return std::ranges::any_of(stops, [](const StopSignal* stop) { return stop->IsRaised(); });
 }
 
+bool AnyUrgent(std::span<const StopSignal* const> stops) {
+  return std::ranges::any_of(stops, [](const StopSignal* stop) { return stop->IsUrgent(); });
+}
+
 // Waits on everything at once until the program has ended or a stop was asked for.
 class Run {
 public:
@@ -244,8 +222,9 @@ public:
   }
 
   void UntilEndOr(Clock::time_point deadline) {
-    for (auto now = Clock::now(); now < deadline && !child_.HasEnded(); now = Clock::now()) {
-      WaitAndRead(std::chrono::ceil<std::chrono::milliseconds>(deadline - now), false);
+    for (auto now = Clock::now(); now < deadline && !child_.HasEnded() && !AnyUrgent(stops_);
+         now = Clock::now()) {
+      WaitAndRead(std::min(std::chrono::ceil<std::chrono::milliseconds>(deadline - now), kLookAgain), false);
     }
   }
 
@@ -314,7 +293,7 @@ Result<ProcessOutcome> RunProcess(const ProcessRequest& request, const ProcessOu
   const auto err = std::make_unique<OutputStream>(std::move(errPipe.Read), output.OnStdErr);
   Run run(child, *out, *err, stops);
   if (!run.UntilEndOrStop()) {
-    child.AskToEnd();
+    if (!AnyUrgent(stops)) child.AskToEnd();
     run.UntilEndOr(Clock::now() + kGrace);
     child.KillAll();
     out->ReadRest();

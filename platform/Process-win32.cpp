@@ -21,6 +21,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds kGrace(1000);     // between the polite request to end and the kill
+constexpr std::chrono::milliseconds kLookAgain(20);   // for an urgent stop
 constexpr std::chrono::milliseconds kLastWords(5000); // for killed processes to be gone
 constexpr std::size_t kLongestCommandLine = 32766;
 
@@ -225,6 +226,10 @@ bool AnyRaised(std::span<const StopSignal* const> stops) {
   return std::ranges::any_of(stops, [](const StopSignal* stop) { return stop->IsRaised(); });
 }
 
+bool AnyUrgent(std::span<const StopSignal* const> stops) {
+  return std::ranges::any_of(stops, [](const StopSignal* stop) { return stop->IsUrgent(); });
+}
+
 // Waits on everything at once until the program has ended or a stop was asked for.
 class Run {
 public:
@@ -241,9 +246,10 @@ public:
   }
 
   void UntilEndOr(Clock::time_point deadline) {
-    for (auto now = Clock::now(); now < deadline && !child_.HasEnded(); now = Clock::now()) {
+    for (auto now = Clock::now(); now < deadline && !child_.HasEnded() && !AnyUrgent(stops_);
+         now = Clock::now()) {
       const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - now);
-      WaitAndRead(static_cast<DWORD>(left.count()), false);
+      WaitAndRead(static_cast<DWORD>(std::min(left, kLookAgain).count()), false);
     }
   }
 
@@ -288,7 +294,7 @@ Result<ProcessOutcome> RunProcess(const ProcessRequest& request, const ProcessOu
   const auto err = std::make_unique<OutputStream>(std::move(errPipe.Read), output.OnStdErr);
   Run run(child, *out, *err, stops);
   if (!run.UntilEndOrStop()) {
-    if (child.AskToEnd()) run.UntilEndOr(Clock::now() + kGrace);
+    if (!AnyUrgent(stops) && child.AskToEnd()) run.UntilEndOr(Clock::now() + kGrace);
     child.KillAll();
     out->ReadRest();
     err->ReadRest();

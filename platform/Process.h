@@ -38,10 +38,10 @@ struct ProcessOutcome {
 };
 
 // Starts the program and returns when it has ended. A stop signal, raised before or during the run, ends the
-// program and everything it started: first politely (SIGTERM; Ctrl-Break where there is a console), then by
-// force. Pipes that the tool's own left-behind
-// servers still hold open are not waited for. Standard input is empty. An exception of a callback ends the
-// tool and passes on.
+// program and everything it started: first politely (SIGTERM; Ctrl-Break where there is a console), after a
+// second, or once the stop is urgent, by force. The end of this program, however it comes, ends them too.
+// Pipes that the tool's own left-behind servers still hold open are not waited for. Standard input is empty.
+// An exception of a callback ends the tool and passes on.
 Result<ProcessOutcome> RunProcess(const ProcessRequest& request, const ProcessOutput& output,
                                   std::span<const StopSignal* const> stops);
 

@@ -2,18 +2,20 @@
 
 #include "platform/Posix.h"
 
+#include <algorithm>
 #include <array>
-#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <ctime>
 #include <dirent.h>
 #include <fcntl.h>
+#include <map>
 #include <memory>
 #include <sstream>
 #include <sys/syscall.h>
 #include <unistd.h>
+#include <vector>
 
 namespace kx::platform::posix {
 
@@ -33,73 +35,137 @@ std::string ReadOf(pid_t process, const char* what) {
   return bytes;
 }
 
-// While a process takes up another program, its arguments and its environment read as empty for a moment. The
-// same goes, for good, for what has ended and for the kernel's own threads.
-bool IsBetweenPrograms(pid_t process) {
-  if (!ReadOf(process, "cmdline").empty()) return false;
-  const std::string status = ReadOf(process, "stat");
-  const std::size_t name = status.rfind(')'); // a program's name may hold anything
-  if (name == std::string::npos) return false;
-  std::istringstream fields(status.substr(name + 1));
+// What the system tells everybody about a process.
+struct Status {
+  pid_t Parent = 0;
+  pid_t Group = 0;
+  bool IsKernels = false;
+  unsigned long long Start = 0; // with its number the name of a process for good
+};
+
+// Nothing for one that does not run any more.
+std::optional<Status> StatusOf(pid_t process) {
+  constexpr int fieldsToFlags = 3, fieldsToStart = 12;
+  constexpr unsigned long kernelThread = 0x00200000;
+  const std::string bytes = ReadOf(process, "stat");
+  const std::size_t name = bytes.rfind(')'); // a program's name may hold anything
+  if (name == std::string::npos) return std::nullopt;
+  std::istringstream fields(bytes.substr(name + 1));
+  Status status;
   char state = 0;
   long skipped = 0;
   unsigned long flags = 0;
-  fields >> state >> skipped >> skipped >> skipped >> skipped >> skipped >> flags;
-  constexpr unsigned long kernelThread = 0x00200000;
-  return fields && state != 'Z' && state != 'X' && (flags & kernelThread) == 0;
+  fields >> state >> status.Parent >> status.Group;
+  for (int i = 0; i < fieldsToFlags; ++i)
+    fields >> skipped;
+  fields >> flags;
+  for (int i = 0; i < fieldsToStart; ++i)
+    fields >> skipped;
+  fields >> status.Start;
+  status.IsKernels = (flags & kernelThread) != 0;
+  if (!fields || state == 'Z' || state == 'X') return std::nullopt;
+  return status;
 }
 
-struct Found {
-  std::size_t Marked = 0;
-  std::size_t Unclear = 0;
+std::map<pid_t, Status> AllProcesses() {
+  const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir("/proc"), closedir);
+  std::map<pid_t, Status> processes;
+  while (const dirent* entry = folder ? readdir(folder.get()) : nullptr) {
+    const auto process = static_cast<pid_t>(std::strtol(entry->d_name, nullptr, 10));
+    if (process <= 1) continue;
+    if (const auto status = StatusOf(process)) processes.emplace(process, *status);
+  }
+  return processes;
+}
+
+class Members {
+public:
+  explicit Members(const ProcessTree& tree) : tree_(tree) {}
+
+  // Looks around once more. True when there was something new, or something that could not be told.
+  bool Grow() {
+    const std::size_t before = members_.size();
+    bool isUnclear = false;
+    const auto processes = AllProcesses();
+    for (const auto& [process, status] : processes) {
+      if (!status.IsKernels && BelongsByItself(process, status, isUnclear)) Add(process, status);
+    }
+    for (std::size_t count = 0; count != members_.size();) {
+      count = members_.size();
+      for (const auto& [process, status] : processes)
+        if (members_.contains(status.Parent)) Add(process, status);
+    }
+    return isUnclear || members_.size() > before;
+  }
+
+  bool AnyRuns() const {
+    return std::ranges::any_of(members_,
+                               [](const auto& member) { return Runs(member.first, member.second); });
+  }
+
+  void Signal(int number) const {
+    for (const auto& [process, start] : members_)
+      SignalOne(process, start, number);
+  }
+
+private:
+  void Add(pid_t process, const Status& status) { members_.insert_or_assign(process, status.Start); }
+
+  // While a process takes up another program, its arguments and its environment read as empty for a moment.
+  bool BelongsByItself(pid_t process, const Status& status, bool& isUnclear) const {
+    if (tree_.Group > 0 && status.Group == tree_.Group) return true;
+    const std::string environment = ReadOf(process, "environ");
+    if (environment.find(tree_.Mark) != std::string::npos) return true;
+    isUnclear |= environment.empty() && ReadOf(process, "cmdline").empty() && StatusOf(process).has_value();
+    return false;
+  }
+
+  static bool Runs(pid_t process, unsigned long long start) {
+    const auto status = StatusOf(process);
+    return status && status->Start == start;
+  }
+
+  // Holds on to the process before it is looked at, so that a successor with the same number is never hit.
+  static void SignalOne(pid_t process, unsigned long long start, int number) {
+    const Descriptor handle(static_cast<int>(syscall(SYS_pidfd_open, process, 0)));
+    if (!Runs(process, start)) return;
+    if (handle.IsOpen()) {
+      syscall(SYS_pidfd_send_signal, handle.Get(), number, nullptr, 0);
+    } else {
+      kill(process, number);
+    }
+  }
+
+  const ProcessTree& tree_;
+  std::map<pid_t, unsigned long long> members_; // and when each was started
 };
 
-// Holds on to the process before it is looked at, so that a successor with the same number is never hit.
-void KillIfMarked(pid_t process, const std::string& mark, Found& found) {
-  const Descriptor handle(static_cast<int>(syscall(SYS_pidfd_open, process, 0)));
-  const std::string environment = ReadOf(process, "environ");
-  if (environment.find(mark) == std::string::npos) {
-    found.Unclear += environment.empty() && IsBetweenPrograms(process) ? 1 : 0;
-    return;
-  }
-  ++found.Marked;
-  if (handle.IsOpen()) {
-    syscall(SYS_pidfd_send_signal, handle.Get(), SIGKILL, nullptr, 0);
-  } else {
-    kill(process, SIGKILL);
-  }
-}
-
-Found KillMarked(const std::string& mark) {
-  const std::unique_ptr<DIR, int (*)(DIR*)> processes(opendir("/proc"), closedir);
-  Found found;
-  while (const dirent* entry = processes ? readdir(processes.get()) : nullptr) {
-    const auto process = static_cast<pid_t>(std::strtol(entry->d_name, nullptr, 10));
-    if (process > 1) KillIfMarked(process, mark, found);
-  }
-  return found;
+void Pause() {
+  const timespec pause{0, 1'000'000};
+  nanosleep(&pause, nullptr);
 }
 
 } // namespace
 
-std::string NewRunMark() {
-  static std::atomic<unsigned> runs{0};
-  return std::to_string(getpid()) + "-" + std::to_string(++runs) + "-" + RandomLetters(16);
+void AskTreeToEnd(const ProcessTree& tree) {
+  Members members(tree);
+  members.Grow();
+  members.Signal(SIGTERM);
 }
 
-void KillTree(pid_t group, const std::string& mark) {
-  kill(-group, SIGKILL);
-  // A process may start another while the list is read, and the killed ones take a moment to go.
-  constexpr int mostRounds = 2000;
+void KillTree(const ProcessTree& tree) {
   constexpr int mostUnclearRounds = 200;
-  int unclear = 0;
-  for (int round = 0; round < mostRounds && unclear < mostUnclearRounds; ++round) {
-    const Found found = KillMarked(mark);
-    if (found.Marked == 0 && found.Unclear == 0) return;
-    unclear = found.Marked == 0 ? unclear + 1 : 0;
-    const timespec pause{0, 1'000'000};
-    nanosleep(&pause, nullptr);
+  constexpr int mostRounds = 2000;
+  // All of them are halted before the first is killed: a process may start another while the list is read,
+  // and nobody knows any more whose a child was that has lost its parent.
+  Members members(tree);
+  for (int round = 0; round < mostUnclearRounds && members.Grow(); ++round) {
+    members.Signal(SIGSTOP);
+    Pause();
   }
+  members.Signal(SIGKILL);
+  for (int round = 0; round < mostRounds && members.AnyRuns(); ++round)
+    Pause();
 }
 
 } // namespace kx::platform::posix

@@ -1,19 +1,25 @@
-// Ends a program and everything that it started.
+// A program and everything that it started, to be asked or made to end. No other part of this room is used
+// here, so that the watcher (ProcessWatcher-posix.h) stays a small program.
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <sys/types.h>
 
 namespace kx::platform::posix {
 
-// A text that no other run on this machine has. Handed down in the environment, it finds a run's processes
-// wherever they have moved to: into a group or a session of their own, or under another parent.
-std::string NewRunMark();
+// The processes of one run are found by its mark, a text that nobody else on this machine has and that is
+// handed down in the environment: so those are found too that have moved into a group or a session of their
+// own, or have lost their parent. Those of its group belong to it, and all that descends from either,
+// whatever has become of their environment.
+struct ProcessTree {
+  pid_t Group = 0; // 0: none
+  std::string Mark;
+};
 
-// The name of the environment variable that carries the marks of a run and of the runs around it.
-constexpr const char* kRunMarkVariable = "KX_RUN_ID";
-
-// Kills the process group and every process with the mark; on return none of them runs any more.
-void KillTree(pid_t group, const std::string& mark);
+// Sends SIGTERM once to each process of the tree.
+void AskTreeToEnd(const ProcessTree& tree);
+// On return none of them runs any more.
+void KillTree(const ProcessTree& tree);
 
 } // namespace kx::platform::posix

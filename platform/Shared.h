@@ -18,4 +18,19 @@ std::u16string SeveralNames(std::uint64_t count);
 // Letters and digits for names that must not be guessed or taken.
 std::string RandomLetters(std::size_t count);
 
+// The names of what lives only for a moment: random, and known as ours when a killed program has left them.
+struct PassingNames {
+  std::string_view Start;
+  std::string_view End;
+
+  std::string New() const;
+  bool Has(std::string_view name) const;
+};
+inline constexpr PassingNames kTemporaryFiles{".kx-", ".tmp"};
+inline constexpr PassingNames kPrivateFolders{"kx-", ""};
+
+// True for the first call with this folder: what killed programs have left in one is looked for once, since
+// it may hold much else.
+bool IsFirstVisit(const std::string& folder);
+
 } // namespace kx::platform

@@ -15,8 +15,11 @@ public:
   StopSignal& operator=(const StopSignal&) = delete;
 
   void Raise() noexcept; // safe in a signal handler and from any thread
+  // Raised, and no more time for good manners: the user has asked twice, or the terminal is gone. As safe.
+  void RaiseUrgently() noexcept;
   void Clear() noexcept;
   bool IsRaised() const noexcept;
+  bool IsUrgent() const noexcept;
   // True as soon as it is raised; false when the time is over.
   bool WaitFor(std::chrono::milliseconds time) const;
 
@@ -28,15 +31,26 @@ private:
   std::unique_ptr<State> state_;
 };
 
-// While it lives, an interrupt from the terminal (Ctrl-C, on Windows Ctrl-Break and the closing of the
-// window too) or a request to terminate raises the signal instead
-// of ending the program; a second one within the same run ends it. One at a time.
+// While it lives, an interrupt from the terminal (Ctrl-C, on Windows Ctrl-Break too) or a request to
+// terminate raises the signal instead of ending the program. A second one within the same run, or the closing
+// of the terminal, raises it urgently; a program that has not let this object go two seconds later is ended.
+// A third one ends it at once. One at a time.
 class InterruptHandler {
 public:
   explicit InterruptHandler(StopSignal& signal);
   ~InterruptHandler();
   InterruptHandler(const InterruptHandler&) = delete;
   InterruptHandler& operator=(const InterruptHandler&) = delete;
+};
+
+// What is written while it lives is written to its end: an interrupt or request that would end the program
+// takes effect when the last of these is gone.
+class SaveScope {
+public:
+  SaveScope();
+  ~SaveScope();
+  SaveScope(const SaveScope&) = delete;
+  SaveScope& operator=(const SaveScope&) = delete;
 };
 
 } // namespace kx::platform

@@ -65,6 +65,17 @@ std::optional<std::wstring> TextOf(const Fill& fill) {
   }
 }
 
+// Longer ago than any program needs between two steps.
+inline bool IsOld(const FILETIME& time) {
+  constexpr std::uint64_t minute = 600'000'000; // in steps of 100 ns
+  const auto number = [](const FILETIME& value) {
+    return std::uint64_t{value.dwHighDateTime} << 32U | value.dwLowDateTime;
+  };
+  FILETIME now{};
+  GetSystemTimeAsFileTime(&now);
+  return number(now) > number(time) + minute;
+}
+
 // The system's words for an error number, without the full stop.
 std::u16string Reason(DWORD error);
 

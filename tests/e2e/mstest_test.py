@@ -56,7 +56,7 @@ class MSTestTest(e2e.EndToEndTest):
         folder, arguments = self.call()
         self.assertEqual(folder, self.folder / "bin dir", "that of the first container")
         self.assertEqual(arguments[:2] + arguments[3:], ["/testcontainer:bin dir/a.dll", "/testcontainer:b.dll", "/nologo"])
-        self.assertRegex(arguments[2], "^/resultsfile:.*/temporary/MSTRE[^/.]+$")
+        self.assertRegex(arguments[2], r"^/resultsfile:.*/temporary/kx-\w{12}/MSTRE[^/.]+$")
         metrics = self.metrics()
         suite = xml.etree.ElementTree.fromstring(metrics.pop("Test_Results"))
         self.assertEqual(metrics, {"Test_Run_Name": "Run MSTest", "Tests_Successful": 1, "Tests_Failed": 1,

@@ -1,6 +1,11 @@
-"""Ctrl-C in the middle of a build."""
+"""The end of a run in the middle of a build: asked for once, twice, by the closing of the terminal, or by force."""
+import os
+import pathlib
+import pty
+import random
 import signal
 import subprocess
+import time
 import unittest
 
 import e2e
@@ -15,34 +20,113 @@ mv "$PIDS.new" "$PIDS"
 while true; do sleep 300; done
 """
 OBEDIENT = STUBBORN.replace("trap '' INT TERM HUP\n", "")
+# The child has moved away, or bears nothing any more of what it was started with.
+SCATTERED = STUBBORN.replace("sleep 300 &", "setsid sleep 300 &")
+STRIPPED = STUBBORN.replace("sleep 300 &", "env -i setsid sleep 300 &")
+TWICE = (signal.SIGINT, signal.SIGTERM)
 
 
 class StopTest(e2e.EndToEndTest):
-    def stop_during(self, tool):
+    def setUp(self):
+        super().setUp()
+        self.pids = self.folder / "pids"
+        (self.folder / "temporary").mkdir()
+        self.environment.update(PIDS=str(self.pids), TMPDIR=str(self.folder / "temporary"))
+
+    def start(self, tool, **streams):
+        """The program in the middle of its tool, and that tool's family."""
+        self.pids.unlink(missing_ok=True)
         self.write("framework/MSBuild.exe", tool, executable=True)
-        pids = self.folder / "pids"
         project = self.copy_example() / "greeter.kxproj"
-        command = [e2e.BIN / "kxhost", "run", project, "--option", f"DotNetFramework.v4.0={self.folder / 'framework'}"]
-        with subprocess.Popen(command, env={**self.environment, "PIDS": str(pids)}, stdin=subprocess.DEVNULL,
-                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, encoding="utf-8") as host:
-            self.addCleanup(e2e.kill_quietly, host.pid)
-            started = e2e.wait_until(lambda: pids.exists() or host.poll() is not None)
-            family = [int(pid) for pid in pids.read_text(encoding="utf-8").split()] if pids.exists() else []
-            for pid in family:
-                self.addCleanup(e2e.kill_quietly, pid)
-            host.send_signal(signal.SIGINT)
-            output, _ = host.communicate(timeout=60)
-        self.assertTrue(started and family, output)
-        return host.returncode, output, family
+        command = [e2e.BIN / "kxhost", "run", project, "--log", self.folder / "log.jsonl",
+                   "--option", f"DotNetFramework.v4.0={self.folder / 'framework'}"]
+        host = subprocess.Popen(command, env=self.environment, encoding="utf-8",
+                                **{"stdin": subprocess.DEVNULL, "stdout": subprocess.PIPE,
+                                   "stderr": subprocess.STDOUT, **streams})
+        self.addCleanup(host.wait)
+        self.addCleanup(e2e.kill_quietly, host.pid)
+        if host.stdout:
+            self.addCleanup(host.stdout.close)
+        started = e2e.wait_until(lambda: self.pids.exists() or host.poll() is not None)
+        family = [int(pid) for pid in self.pids.read_text(encoding="utf-8").split()] if self.pids.exists() else []
+        for pid in family:
+            self.addCleanup(e2e.kill_quietly, pid)
+        self.assertTrue(started and family, host.stdout and host.stdout.read())
+        return host, family
+
+    def running(self, family):
+        return [pid for pid in family if e2e.is_running(pid)]
 
     def test_the_whole_family_of_processes_ends(self):
-        for name, tool in (("obedient", OBEDIENT), ("stubborn", STUBBORN)):
+        for name, tool, signals in (("asked once", OBEDIENT, TWICE[:1]), ("refusing", STUBBORN, TWICE[:1]),
+                                    ("refusing twice", STUBBORN, TWICE), ("scattered", SCATTERED, TWICE[:1]),
+                                    ("scattered twice", SCATTERED, TWICE), ("stripped", STRIPPED, TWICE)):
             with self.subTest(name):
-                (self.folder / "pids").unlink(missing_ok=True)
-                code, output, family = self.stop_during(tool)
-                self.assertEqual(code, 130, output)
+                host, family = self.start(tool)
+                for number in signals:
+                    host.send_signal(number)
+                    time.sleep(0.1)  # the second one comes within the grace of the first
+                output, _ = host.communicate(timeout=60)
+                self.assertEqual(self.running(family), [], output)
+                self.assertEqual(host.returncode, 130, output)
                 self.assertIn("Action Terminated by User.", output)
-                self.assertEqual([pid for pid in family if e2e.is_running(pid)], [], output)
+                self.assertIn('"event":"run-ended"', (self.folder / "log.jsonl").read_text(encoding="utf-8"))
+
+    def test_the_family_ends_with_a_program_that_is_killed(self):
+        for name, tool in (("refusing", STUBBORN), ("scattered", SCATTERED), ("stripped", STRIPPED)):
+            with self.subTest(name):
+                host, family = self.start(tool)
+                time.sleep(random.uniform(0, 0.2))
+                host.kill()
+                self.assertTrue(e2e.wait_until(lambda family=family: not self.running(family)), self.running(family))
+
+    def test_the_closing_of_the_terminal_ends_all_at_once(self):
+        for tool in (STUBBORN, SCATTERED):
+            master, terminal = pty.openpty()
+            host, family = self.start(tool, stdin=terminal, stdout=terminal, stderr=terminal,
+                                      start_new_session=True, preexec_fn=lambda: os.close(os.open(os.ttyname(0), os.O_RDWR)))
+            os.close(terminal)
+            os.close(master)
+            self.assertEqual(host.wait(60), 130)
+            self.assertEqual(self.running(family), [])
+            self.assertIn('"event":"run-ended"', (self.folder / "log.jsonl").read_text(encoding="utf-8"))
+
+    def test_what_a_killed_run_left_is_removed_by_the_next(self):
+        target = self.folder / "examples"
+        host, _ = self.start(STUBBORN)
+        left = [target / ".kx-abcdefghijkl.tmp", pathlib.Path(self.environment["TMPDIR"], "kx-abcdefghijkl")]
+        left[0].write_text("half", encoding="utf-8")
+        left[1].mkdir(0o700)
+        host.kill()
+        self.write("framework/MSBuild.exe", "#!/bin/sh\n", executable=True)
+        run = self.run_program(e2e.BIN / "kxhost", "run", target / "greeter.kxproj", "--report", target / "report.html",
+                               "--option", f"DotNetFramework.v4.0={self.folder / 'framework'}")
+        self.assertIn("Report written", run.stdout)
+        self.assertEqual([path.name for path in left if path.exists()], [])
+
+
+class SaveTest(e2e.EndToEndTest):
+    """Signals at any moment of a program that does little else than saving."""
+
+    def test_a_signal_never_leaves_half_of_a_save(self):
+        options = self.folder / "options.ini"
+        text = "".join(f"[Section{i}]\nName={'x' * 100}\n" for i in range(2000))
+        ends = set()
+        for trial in range(60):
+            options.write_text(text, encoding="utf-8")
+            with subprocess.Popen([e2e.BIN / "kxhost", "--options", options, "options", "set",
+                                   "VisualStudioDotNet.MSDevPath2008", f"value{trial}"], env=self.environment,
+                                  stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL) as host:
+                # From the first sign of a save on.
+                e2e.wait_until(lambda host=host: host.poll() is not None or list(self.folder.glob(".kx-*.tmp")), 10)
+                while host.poll() is None:
+                    host.send_signal(random.choice((signal.SIGINT, signal.SIGTERM, signal.SIGHUP)))
+            ends.add(host.returncode)
+            saved = options.read_text(encoding="utf-8")
+            self.assertTrue(saved == text or f"value{trial}" in saved, saved[-200:])
+            self.assertEqual(saved.count("Name="), 2000)
+            self.assertEqual([path.name for path in self.folder.glob(".kx-*")], [])
+        self.assertTrue(ends & {-signal.SIGINT, -signal.SIGTERM, -signal.SIGHUP}, ends)
 
 
 if __name__ == "__main__":

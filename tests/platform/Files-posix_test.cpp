@@ -1,4 +1,5 @@
 #include "platform/Files.h"
+#include "platform/Posix.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <array>
@@ -7,6 +8,8 @@
 #include <fcntl.h>
 #include <grp.h>
 #include <gtest/gtest.h>
+#include <span>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
@@ -40,6 +43,30 @@ TEST_F(PosixFiles, AreReachedThroughMappedDrives) {
   EXPECT_TRUE(lookup.FileExists(u"Q:\\src\\a.cs"));
   MapDrive(u'Q', u"");
   EXPECT_FALSE(FileExists(u"Q:\\Src\\a.cs"));
+}
+
+TEST_F(PosixFiles, SavingRemovesWhatKilledProgramsLeftInTheFolder) {
+  const std::pair<const char*, const char*> kept[] = {
+      {"another name", ".kx-abcdefghij.tmp"},      {"letters that none has", ".kx-ABCDEFGHIJKL.tmp"},
+      {"its owner lives", ".kx-held00000000.tmp"}, {"somebody else's", ".kx-foreign00000.tmp"},
+      {"a link", ".kx-link00000000.tmp"},          {"a pipe", ".kx-pipe00000000.tmp"},
+  };
+  for (const auto& [name, file] : std::span(kept).first(4))
+    Write(file, "x");
+  fs::create_symlink("elsewhere", Native(kept[4].second));
+  ASSERT_EQ(mkfifo(Native(kept[5].second).c_str(), 0600), 0);
+  const posix::Descriptor held(open(Native(kept[2].second).c_str(), O_RDONLY));
+  ASSERT_EQ(flock(held.Get(), LOCK_EX), 0);
+  const bool isForeign = chown(Native(kept[3].second).c_str(), 12345, static_cast<gid_t>(-1)) == 0;
+  Write(".kx-abcdefghij12.tmp", "half of a");
+  ASSERT_TRUE(CheckSaveFile(Path("made.txt")));
+  EXPECT_TRUE(fs::exists(Native(".kx-abcdefghij12.tmp"))) << "a check changes nothing";
+  ASSERT_TRUE(SaveFile(Path("made.txt"), "x"));
+  EXPECT_FALSE(fs::exists(Native(".kx-abcdefghij12.tmp")));
+  for (const auto& [name, file] : kept)
+    EXPECT_TRUE(fs::is_symlink(Native(file)) || fs::exists(Native(file)) ||
+                (file == kept[3].second && !isForeign))
+        << name;
 }
 
 TEST_F(PosixFiles, AreRefusedByNameAndReason) {

@@ -4,6 +4,7 @@
 #include "platform/System.h"
 #include "tests/support/TemporaryFolder.h"
 
+#include <chrono>
 #include <gtest/gtest.h>
 #include <optional>
 
@@ -32,6 +33,35 @@ TEST_F(PrivateFolderTest, IsItsUsersAloneAndGoesAwayWithAllThatIsInIt) {
   EXPECT_FALSE(fs::exists(path));
   EXPECT_TRUE(fs::exists(second.Path()));
   EXPECT_EQ(Read("elsewhere/kept.cs"), "kept");
+}
+
+TEST_F(PrivateFolderTest, OfKilledProgramsIsRemovedByTheNext) {
+  PrivateFolder kept = *PrivateFolder::Create(), living = *PrivateFolder::Create();
+  const fs::path keptPath(kept.Path()), below = keptPath.parent_path();
+  kept.Keep();
+  const struct {
+    const char* Name;
+    fs::path Path;
+    fs::perms Mode;
+    bool IsRemoved;
+  } rows[] = {
+      {"abandoned", below / "kx-0abandoned00", fs::perms::owner_all, true},
+      {"open to others", below / "kx-open0to0them", fs::perms(0755), IsWindows()},
+      {"another name", below / "kx-another", fs::perms::owner_all, false},
+      {"kept to be looked at", keptPath, fs::perms::owner_all, false},
+      {"its owner lives", living.Path(), fs::perms::owner_all, false},
+  };
+  for (const auto& row : rows) {
+    fs::create_directories(row.Path / "below");
+    fs::permissions(row.Path, row.Mode);
+    fs::last_write_time(row.Path, fs::file_time_type::clock::now() - std::chrono::hours(1));
+  }
+  PrivateFolder::RemoveAbandoned();
+  for (const auto& row : rows) {
+    EXPECT_EQ(fs::exists(row.Path), !row.IsRemoved) << row.Name;
+    std::error_code error;
+    if (row.Path != living.Path()) fs::remove_all(row.Path, error);
+  }
 }
 
 } // namespace
