@@ -80,6 +80,7 @@ std::shared_ptr<IVSDotNetSolution> TBuildRun::LoadSolution() {
     return OpenSolution(name, false, &action_.Host().Stop());
   } catch (const std::exception& error) {
     if (action_.Host().Stop().IsRaised()) throw;
+    action_.WarnOfPlace(error);
     throw EFailAction(u"Error Parsing Solution File : " + MessageOf(error));
   }
 }

@@ -77,7 +77,8 @@ bool InspectOne(const std::u16string& file, const TInspectOptions& options, TOut
         options, output);
     return true;
   } catch (const std::exception& error) {
-    const std::u16string message = Shortened(MessageOf(error));
+    const std::u16string place = PlaceOf(error);
+    const std::u16string message = Shortened(MessageOf(error)) + (place.empty() ? u"" : u" (" + place + u")");
     if (options.Json && many) {
       output.Write(ToLine({{"file", text::ToUtf8(file)}, {"error", text::ToUtf8(message)}}));
     } else {

@@ -33,6 +33,11 @@ void TCustomKxAction::SendMessage(std::u16string_view text, TStatusTag status) {
   Host().SendMessage(*this, text, status);
 }
 
+void TCustomKxAction::WarnOfPlace(const std::exception& error) {
+  const std::u16string place = PlaceOf(error);
+  if (!place.empty()) SendMessage(u"Warning : reading stopped in " + place + u".", TStatusTag::stWarning);
+}
+
 void TCustomKxAction::StartMessageGroup(std::u16string_view title, TMessageGroupType type,
                                         TStatusTag status) {
   Host().StartMessageGroup(*this, title, type, status);

@@ -159,6 +159,8 @@ public:
 
   // What an action asks of the host.
   void SendMessage(std::u16string_view text, TStatusTag status = TStatusTag::stNormal);
+  // Where a reader stopped, when the error knows it: its own message may say neither file nor line.
+  void WarnOfPlace(const std::exception& error);
   void StartMessageGroup(std::u16string_view title, TMessageGroupType type = TMessageGroupType::mgtGeneral,
                          TStatusTag status = TStatusTag::stNormal);
   void EndMessageGroup(std::optional<TStatusTag> status = std::nullopt);

@@ -1,6 +1,7 @@
 #include "host/Exceptions.h"
 
 #include "text/Encoding.h"
+#include "text/Text.h"
 
 #include <new>
 #include <system_error>
@@ -12,6 +13,12 @@ EKxException::EKxException(std::u16string message)
 
 EKxParseError::EKxParseError(std::u16string message, std::u16string file, int line)
     : EKxException(std::move(message)), file_(std::move(file)), line_(line) {}
+
+std::u16string PlaceOf(const std::exception& error) {
+  const auto* parsing = dynamic_cast<const EKxParseError*>(&error);
+  if (parsing == nullptr || parsing->File().empty()) return {};
+  return parsing->File() + (parsing->Line() > 0 ? u", line " + text::FromInteger(parsing->Line()) : u"");
+}
 
 std::u16string MessageOf(const std::exception& error) {
   if (const auto* own = dynamic_cast<const EKxException*>(&error)) return own->Message();

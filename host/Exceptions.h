@@ -43,6 +43,9 @@ public:
   using EKxException::EKxException;
 };
 
+// "/src/App.sln, line 6": what a parse error refers to, as far as it knows; else empty.
+std::u16string PlaceOf(const std::exception& error);
+
 // The message of any exception, for a log.
 std::u16string MessageOf(const std::exception& error);
 

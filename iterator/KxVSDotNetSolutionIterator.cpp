@@ -66,6 +66,7 @@ bool TKxVSSolutionIterator::BeforeFirstIteration() {
     if (values_.IsEmpty()) emptyMessage_ = EmptyMessage(path);
   } catch (const std::exception& error) {
     SendMessage(u"Failed to load solution file : " + MessageOf(error), TStatusTag::stError);
+    WarnOfPlace(error);
     return false;
   }
   SetIterationCount(static_cast<int>(values_.Count()));

@@ -9,6 +9,7 @@
 #include "platform/System.h"
 #include "text/CommandLine.h"
 #include "text/Encoding.h"
+#include "text/Text.h"
 
 #include <algorithm>
 #include <array>
@@ -16,6 +17,7 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <cstring>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/ioctl.h>
@@ -305,6 +307,13 @@ Result<ProcessOutcome> RunProcess(const ProcessRequest& request, const ProcessOu
   const auto exitCode = child.Reap();
   if (!exitCode) return RunFailure(request, u"The system did not say how it ended");
   return ProcessOutcome{*exitCode, false};
+}
+
+std::u16string FaultOfExitCode(int code) {
+  const int number = code - 128;
+  const char* const name = number > 0 ? sigabbrev_np(number) : nullptr;
+  if (name == nullptr) return {};
+  return u"signal " + text::FromInteger(number) + u" (SIG" + text::FromAscii(name) + u")";
 }
 
 } // namespace kx::platform

@@ -3,6 +3,7 @@
 #include "platform/Files.h"
 #include "platform/OutputStream-win32.h"
 #include "platform/Win32.h"
+#include "text/Encoding.h"
 #include "text/Text.h"
 #include "text/WindowsPath.h"
 
@@ -11,6 +12,7 @@
 #include <chrono>
 #include <map>
 #include <memory>
+#include <sstream>
 
 namespace kx::platform {
 
@@ -303,6 +305,15 @@ Result<ProcessOutcome> RunProcess(const ProcessRequest& request, const ProcessOu
   out->ReadRest();
   err->ReadRest();
   return ProcessOutcome{child.Finish(), false};
+}
+
+std::u16string FaultOfExitCode(int code) {
+  constexpr unsigned severityMask = 0xF0000000U, error = 0xC0000000U;
+  const auto number = static_cast<unsigned>(code);
+  if ((number & severityMask) != error) return {};
+  std::ostringstream hexadecimal;
+  hexadecimal << std::uppercase << std::hex << number;
+  return u"the exception 0x" + text::FromAscii(hexadecimal.str());
 }
 
 } // namespace kx::platform

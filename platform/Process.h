@@ -45,4 +45,8 @@ struct ProcessOutcome {
 Result<ProcessOutcome> RunProcess(const ProcessRequest& request, const ProcessOutput& output,
                                   std::span<const StopSignal* const> stops);
 
+// "signal 11 (SIGSEGV)", "the exception 0xC0000005": what ended a program with this exit code, as systems and
+// shells say it; empty for one that ended by itself.
+std::u16string FaultOfExitCode(int code);
+
 } // namespace kx::platform

@@ -1,12 +1,14 @@
 #include "runner/RunEngine.h"
 
 #include "host/Services.h"
+#include "platform/Process.h"
 #include "runner/DryRun.h"
 #include "runner/ProjectFile.h"
 #include "runner/TestSuites.h"
 #include "runner/Validation.h"
 
 #include <algorithm>
+#include <functional>
 
 namespace kx {
 
@@ -15,13 +17,17 @@ namespace {
 // A process during which what the action says are the words of its tool.
 class TToolProcess : public IKxProcess {
 public:
-  TToolProcess(std::shared_ptr<IKxProcess> process, int& running)
-      : process_(std::move(process)), running_(running) {}
+  // `onFault` gets what is to be said about a tool that did not end by itself.
+  TToolProcess(std::shared_ptr<IKxProcess> process, int& running,
+               std::function<void(const std::u16string& text)> onFault)
+      : process_(std::move(process)), running_(running), onFault_(std::move(onFault)) {}
   TKxProcessSettings& Settings() override { return process_->Settings(); }
   int GetExitCode() const override { return process_->GetExitCode(); }
   void Run() override {
-    const TRunning running(running_);
-    process_->Run();
+    RunTool();
+    if (GetExitCode() == ExitCodeTerminated) return;
+    if (const std::u16string fault = platform::FaultOfExitCode(GetExitCode()); !fault.empty())
+      onFault_(Settings().Executable + u" was ended by " + fault + u".");
   }
 
 private:
@@ -36,8 +42,14 @@ private:
     int& count_;
   };
 
+  void RunTool() {
+    const TRunning running(running_);
+    process_->Run();
+  }
+
   std::shared_ptr<IKxProcess> process_;
   int& running_;
+  std::function<void(const std::u16string& text)> onFault_;
 };
 
 // While it lives, every change of a file goes to `files` (none: to the files themselves).
@@ -333,8 +345,11 @@ void TRunEngine::UpdateCounts() {
 }
 
 std::shared_ptr<IKxProcess> TRunEngine::NewProcess() {
-  return std::make_shared<TToolProcess>(
-      isDryRun_ ? NewDryRunProcess(DryRunMessages()) : NewSystemProcess(StopSignal), toolsRunning_);
+  return std::make_shared<TToolProcess>(isDryRun_ ? NewDryRunProcess(DryRunMessages())
+                                                  : NewSystemProcess(StopSignal),
+                                        toolsRunning_, [this](const std::u16string& text) {
+                                          Say({u"Warning : " + text, TStatusTag::stWarning});
+                                        });
 }
 
 } // namespace kx

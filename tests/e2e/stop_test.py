@@ -51,7 +51,7 @@ class StopTest(e2e.EndToEndTest):
         family = [int(pid) for pid in self.pids.read_text(encoding="utf-8").split()] if self.pids.exists() else []
         for pid in family:
             self.addCleanup(e2e.kill_quietly, pid)
-        self.assertTrue(started and family, host.stdout and host.stdout.read())
+        self.assertTrue(started and family)
         return host, family
 
     def running(self, family):
@@ -70,7 +70,7 @@ class StopTest(e2e.EndToEndTest):
                 self.assertEqual(self.running(family), [], output)
                 self.assertEqual(host.returncode, 130, output)
                 self.assertIn("Action Terminated by User.", output)
-                self.assertIn('"event":"run-ended"', (self.folder / "log.jsonl").read_text(encoding="utf-8"))
+                self.assertIn('"event":"runEnd"', (self.folder / "log.jsonl").read_text(encoding="utf-8"))
 
     def test_the_family_ends_with_a_program_that_is_killed(self):
         for name, tool in (("refusing", STUBBORN), ("scattered", SCATTERED), ("stripped", STRIPPED)):
@@ -89,7 +89,7 @@ class StopTest(e2e.EndToEndTest):
             os.close(master)
             self.assertEqual(host.wait(60), 130)
             self.assertEqual(self.running(family), [])
-            self.assertIn('"event":"run-ended"', (self.folder / "log.jsonl").read_text(encoding="utf-8"))
+            self.assertIn('"event":"runEnd"', (self.folder / "log.jsonl").read_text(encoding="utf-8"))
 
     def test_what_a_killed_run_left_is_removed_by_the_next(self):
         target = self.folder / "examples"
@@ -115,7 +115,7 @@ class SaveTest(e2e.EndToEndTest):
         for trial in range(60):
             options.write_text(text, encoding="utf-8")
             with subprocess.Popen([e2e.BIN / "kxhost", "--options", options, "options", "set",
-                                   "VisualStudioDotNet.MSDevPath2008", f"value{trial}"], env=self.environment,
+                                   "VisualStudioDotNet.MSDevPath2008", f"/value{trial}"], env=self.environment,
                                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL) as host:
                 # From the first sign of a save on.
                 e2e.wait_until(lambda host=host: host.poll() is not None or list(self.folder.glob(".kx-*.tmp")), 10)
@@ -123,7 +123,7 @@ class SaveTest(e2e.EndToEndTest):
                     host.send_signal(random.choice((signal.SIGINT, signal.SIGTERM, signal.SIGHUP)))
             ends.add(host.returncode)
             saved = options.read_text(encoding="utf-8")
-            self.assertTrue(saved == text or f"value{trial}" in saved, saved[-200:])
+            self.assertTrue(saved == text or f"/value{trial}\n" in saved, saved[-200:])
             self.assertEqual(saved.count("Name="), 2000)
             self.assertEqual([path.name for path in self.folder.glob(".kx-*")], [])
         self.assertTrue(ends & {-signal.SIGINT, -signal.SIGTERM, -signal.SIGHUP}, ends)
