@@ -16,8 +16,8 @@ EKxParseError::EKxParseError(std::u16string message, std::u16string file, int li
 
 std::u16string PlaceOf(const std::exception& error) {
   const auto* parsing = dynamic_cast<const EKxParseError*>(&error);
-  if (parsing == nullptr || parsing->File().empty()) return {};
-  return parsing->File() + (parsing->Line() > 0 ? u", line " + text::FromInteger(parsing->Line()) : u"");
+  if (parsing == nullptr || parsing->File().empty() || parsing->Line() == 0) return {};
+  return parsing->File() + u", line " + text::FromInteger(parsing->Line());
 }
 
 std::u16string MessageOf(const std::exception& error) {

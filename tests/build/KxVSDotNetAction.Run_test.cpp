@@ -123,6 +123,7 @@ TEST_F(BuildRun, TellsWhyNothingWasRun) {
       {u"Solution=%No%", "3 Solution File Name : Unknown name: No\nFailed to expand solution file name."},
       {u"Solution=No.sln", "Solution File \"DIR/No.sln\" does not exist"},
       {u"Solution=Bad.sln",
+       "2 Warning : reading stopped in DIR/Bad.sln, line 1.\n"
        "Error Parsing Solution File : Invalid Visual Studio Solution Header : no solution"},
       {u"UseMSBuild=False&BuildType=btSelectedProjects",
        Debug + "3 No Projects selected to build\n" + Failed},

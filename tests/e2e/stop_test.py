@@ -91,6 +91,15 @@ class StopTest(e2e.EndToEndTest):
             self.assertEqual(self.running(family), [])
             self.assertIn('"event":"runEnd"', (self.folder / "log.jsonl").read_text(encoding="utf-8"))
 
+    def test_a_tool_that_a_signal_ended_is_told_from_one_that_failed(self):
+        for tool, said in (("kill -SEGV $$", True), ("exit 1", False)):
+            with self.subTest(tool):
+                self.write("framework/MSBuild.exe", f"#!/bin/sh\n{tool}\n", executable=True)
+                run = self.run_program(e2e.BIN / "kxhost", "run", self.copy_example() / "greeter.kxproj",
+                                       "--option", f"DotNetFramework.v4.0={self.folder / 'framework'}")
+                self.assertIn("MSBuild.exe returned Error code : ", run.stdout)
+                self.assertEqual("MSBuild.exe was ended by signal 11 (SIGSEGV)." in run.stdout, said, run.stdout)
+
     def test_what_a_killed_run_left_is_removed_by_the_next(self):
         target = self.folder / "examples"
         host, _ = self.start(STUBBORN)

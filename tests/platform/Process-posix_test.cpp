@@ -17,6 +17,10 @@ TEST_F(Process, ExitCodeTellsTheSignalThatEndedIt) {
   const auto previous = signal(SIGPIPE, SIG_IGN);
   EXPECT_EQ(ExitCode(Shell(u"kill -PIPE $$")), 141) << "it does not inherit what is ignored here";
   signal(SIGPIPE, previous);
+  const std::pair<int, std::u16string_view> rows[] = {
+      {0, u""}, {128, u""}, {139, u"signal 11 (SIGSEGV)"}, {255, u""}};
+  for (const auto& [code, fault] : rows)
+    EXPECT_EQ(FaultOfExitCode(code), fault) << code;
 }
 
 TEST_F(Process, SaysWhyItCannotStart) {
