@@ -15,7 +15,8 @@ namespace kx::platform {
 using namespace posix;
 
 static Descriptor OpenFolder(const std::string& path) {
-  return Descriptor(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  return Descriptor(
+      Uninterrupted([&] { return open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); }));
 }
 
 Result<PrivateFolder> PrivateFolder::Create() {
@@ -24,15 +25,18 @@ Result<PrivateFolder> PrivateFolder::Create() {
   if (!native) return FileFailure(u"create a folder in", folder, native.Message());
   for (;;) {
     const std::string path = *native + "/" + kPrivateFolders.New();
+    PrivateFolder made(text::FromUtf8(path), std::make_shared<Descriptor>()); // before there is one to lose
     if (mkdir(path.c_str(), 0700) != 0) {
-      if (errno == EEXIST) continue;
-      return FileFailure(u"create a folder in", folder, Reason(errno));
+      const int error = errno;
+      made.path_.clear();
+      if (error == EEXIST) continue;
+      return FileFailure(u"create a folder in", folder, Reason(error));
     }
-    auto life = std::make_shared<Descriptor>(OpenFolder(path));
-    if (life->IsOpen() && TakeForLife(path, *life))
-      return PrivateFolder(text::FromUtf8(path), std::move(life));
-    if (errno != EWOULDBLOCK && errno != ENOENT)
-      return FileFailure(u"create a folder in", folder, Reason(errno));
+    Descriptor& life = *std::static_pointer_cast<Descriptor>(made.life_);
+    life = OpenFolder(path);
+    if (!life.IsOpen() && errno != ENOENT) return FileFailure(u"create a folder in", folder, Reason(errno));
+    // Else somebody who cleans up has been quicker than the lock.
+    if (life.IsOpen() && TakeForLife(path, life)) return made;
   }
 }
 

@@ -16,9 +16,13 @@ namespace fs = std::filesystem;
 
 constexpr const char16_t* kKept = u".kept"; // a file in a folder that is not ours to remove any more
 
+// What cannot be removed stays, for nobody else to read. A call may be interrupted, or lack a handle that is
+// free a moment later.
 void RemoveAll(const fs::path& path) {
-  std::error_code error; // what cannot be removed stays, for nobody else to read
-  fs::remove_all(path, error);
+  constexpr int tries = 2;
+  std::error_code error;
+  for (int i = 0; i < tries && (i == 0 || error); ++i)
+    fs::remove_all(path, error);
 }
 
 } // namespace

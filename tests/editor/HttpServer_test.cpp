@@ -139,6 +139,7 @@ TEST_F(HttpServer, OnlySoMuchIsAskedAtOnce) {
   EXPECT_EQ(Client().Ask(Request()).Status, 503);
   goOn.Raise();
   EXPECT_EQ(second.Receive().Status, 200);
+  EXPECT_TRUE(server_->Close(Long)); // nobody waits for what ends with this test
 }
 
 TEST_F(HttpServer, WorkLearnsThatNobodyWaitsForIt) {
