@@ -35,6 +35,10 @@ else()
     "$<$<AND:$<CXX_COMPILER_ID:GNU>,$<OR:$<BOOL:${KX_SANITIZE}>,$<NOT:$<CONFIG:Debug>>>>:${untrue}>")
 endif()
 
+if(WIN32) # Windows 10 and later; the same for all, as they share precompiled headers
+  add_compile_definitions(_WIN32_WINNT=0x0A00)
+endif()
+
 if(KX_SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
