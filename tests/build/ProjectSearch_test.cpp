@@ -1,3 +1,4 @@
+#include "platform/System.h"
 #include "tests/build/BuildActionFixture.h"
 
 namespace kx::tests {
@@ -20,7 +21,8 @@ TEST_F(ProjectSearch, FindsAProjectByEachOfItsNames) {
   const std::u16string other = u"LIB\\lib.csproj";
   folder_.Write("App.sln",
                 text::ToUtf8(text::ReplaceAll(text::FromUtf8(SmallSolution), u"Setup\\Setup.vdproj", other)));
-  for (const std::u16string& text : {other, folder + u"/" + other})
+  const std::u16string separator = platform::IsWindows() ? u"\\" : u"/";
+  for (const std::u16string& text : {other, folder + separator + other})
     EXPECT_EQ(TKxVSDotNetAction::GetProjectNameFunction(*action_, text), u"Installer") << text::ToUtf8(text);
 }
 

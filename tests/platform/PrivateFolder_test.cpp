@@ -51,14 +51,16 @@ TEST_F(PrivateFolderTest, OfKilledProgramsIsRemovedByTheNext) {
       {"kept to be looked at", keptPath, fs::perms::owner_all, false},
       {"its owner lives", living.Path(), fs::perms::owner_all, false},
   };
+  std::error_code young; // the library of mingw-w64 cannot give a folder another time
   for (const auto& row : rows) {
     fs::create_directories(row.Path / "below");
     fs::permissions(row.Path, row.Mode);
-    fs::last_write_time(row.Path, fs::file_time_type::clock::now() - std::chrono::hours(1));
+    fs::last_write_time(row.Path, fs::file_time_type::clock::now() - std::chrono::hours(1), young);
   }
+  ASSERT_TRUE(!young || IsWindows()) << young.message();
   PrivateFolder::RemoveAbandoned();
   for (const auto& row : rows) {
-    EXPECT_EQ(fs::exists(row.Path), !row.IsRemoved) << row.Name;
+    EXPECT_EQ(fs::exists(row.Path), young || !row.IsRemoved) << row.Name;
     std::error_code error;
     if (row.Path != living.Path()) fs::remove_all(row.Path, error);
   }
