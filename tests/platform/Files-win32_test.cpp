@@ -110,7 +110,8 @@ TEST_F(WindowsFiles, PrivateFoldersOfKilledProgramsAreRemovedWhenTheyAreOld) {
     const FILETIME time{.dwLowDateTime = 0, .dwHighDateTime = row.Time};
     const Handle folder(CreateFileW(row.Path.c_str(), FILE_WRITE_ATTRIBUTES, 7, nullptr, OPEN_EXISTING,
                                     FILE_FLAG_BACKUP_SEMANTICS, nullptr));
-    if (row.Time != 0) ASSERT_TRUE(SetFileTime(folder.Get(), nullptr, nullptr, &time) != FALSE);
+    const bool isSet = row.Time == 0 || SetFileTime(folder.Get(), nullptr, nullptr, &time) != FALSE;
+    ASSERT_TRUE(isSet);
   }
   PrivateFolder::RemoveAbandoned();
   EXPECT_FALSE(std::filesystem::exists(rows[0].Path));
