@@ -51,9 +51,9 @@ void CopyValues(const TNodes& to, const TNodes& from, TProjectFile& file) {
     if (to[i]->Type().Class != from[i]->Type().Class) return;
     for (const auto* property : to[i]->Properties()) {
       if (!property->Stored || property->ReadOnly) continue;
-      auto value = property->Get(from[i]->Action());
+      const auto value = property->Get(from[i]->Action());
       if (property->Get(to[i]->Action()) == value) continue;
-      property->Set(to[i]->Action(), std::move(value));
+      property->Set(to[i]->Action(), value);
       file.NoteEdited(*to[i], *property);
     }
     CopyValues(to[i]->Children(), from[i]->Children(), file);
