@@ -36,16 +36,6 @@ std::string FolderOf(const std::string& native) {
   return slash == 0 ? "/" : native.substr(0, slash);
 }
 
-// The error number, or 0.
-int WriteAll(int fd, std::string_view bytes) {
-  while (!bytes.empty()) {
-    const ssize_t count = write(fd, bytes.data(), bytes.size());
-    if (count < 0 && errno != EINTR) return errno;
-    if (count > 0) bytes.remove_prefix(static_cast<std::size_t>(count));
-  }
-  return 0;
-}
-
 void SyncFolder(const std::string& folder) {
   const Descriptor handle(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (handle.IsOpen()) fsync(handle.Get()); // some file systems cannot; the file itself is safe by now
@@ -250,6 +240,15 @@ std::u16string FromEnvironment(const char* name) {
 }
 
 } // namespace
+
+int WriteAll(int fd, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t count = write(fd, bytes.data(), bytes.size());
+    if (count < 0 && errno != EINTR) return errno;
+    if (count > 0) bytes.remove_prefix(static_cast<std::size_t>(count));
+  }
+  return 0;
+}
 
 Result<std::string> RealPathForWriting(std::u16string_view path) {
   Result<std::string> native = NativeForWriting(path);

@@ -26,18 +26,6 @@ constexpr std::u16string_view kReadOnly = u"It is read-only";
 // Empty where a step succeeded, else why it did not.
 using Refusal = std::u16string;
 
-// Writes everything and makes it durable.
-Refusal WriteAll(HANDLE file, std::string_view bytes) {
-  constexpr std::size_t most = std::size_t{1} << 30;
-  while (!bytes.empty()) {
-    DWORD written = 0;
-    const auto size = static_cast<DWORD>(std::min(bytes.size(), most));
-    if (WriteFile(file, bytes.data(), size, &written, nullptr) == FALSE) return Reason(GetLastError());
-    bytes.remove_prefix(written);
-  }
-  return {};
-}
-
 // The access rules of a file, as they are read and set.
 class AccessRules {
 public:
@@ -105,10 +93,15 @@ void RemoveIfAbandoned(const WIN32_FIND_DATAW& found, const std::u16string& path
                                 FILE_FLAG_DELETE_ON_CLOSE, nullptr));
 }
 
+std::u16string AnyTemporaryFile() {
+  return text::FromAscii(std::string(kTemporaryFiles.Start).append("*").append(kTemporaryFiles.End));
+}
+
 void RemoveAbandonedFiles(const std::u16string& folder) {
   if (!IsFirstVisit(text::ToUtf8(folder))) return;
   WIN32_FIND_DATAW found{};
-  const HANDLE list = FindFirstFileW(WithLongPrefix(text::JoinPath(folder, u".kx-*.tmp")).c_str(), &found);
+  const HANDLE list =
+      FindFirstFileW(WithLongPrefix(text::JoinPath(folder, AnyTemporaryFile())).c_str(), &found);
   if (list == INVALID_HANDLE_VALUE) return;
   do {
     const std::u16string name = FromWide(found.cFileName);
@@ -299,6 +292,17 @@ bool IsProgram(const std::u16string& path) {
 }
 
 } // namespace
+
+Refusal win32::WriteAll(HANDLE file, std::string_view bytes) {
+  constexpr std::size_t most = std::size_t{1} << 30;
+  while (!bytes.empty()) {
+    DWORD written = 0;
+    const auto size = static_cast<DWORD>(std::min(bytes.size(), most));
+    if (WriteFile(file, bytes.data(), size, &written, nullptr) == FALSE) return Reason(GetLastError());
+    bytes.remove_prefix(written);
+  }
+  return {};
+}
 
 Result<std::wstring> win32::RealPathForWriting(std::u16string_view path) {
   Result<std::wstring> native = ToNative(path);

@@ -45,6 +45,9 @@ auto Uninterrupted(TCall call) {
   }
 }
 
+// All of it, in as many calls as it takes. The error number, or 0.
+int WriteAll(int fd, std::string_view bytes);
+
 // Takes the lock that a process holds on a file or folder until it ends, however it ends. False when another
 // one has it, or has removed the name meanwhile; true, too, on a file system that knows no locks.
 bool TakeForLife(const std::string& native, const Descriptor& file);

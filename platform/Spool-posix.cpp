@@ -23,7 +23,7 @@ Result<std::unique_ptr<Spool::File>> Spool::File::Make(std::u16string_view folde
   if (!native) return FileFailure(u"create a file in", folder, native.Message());
   Descriptor file(open(native->c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600));
   while (!file.IsOpen() && (errno == EOPNOTSUPP || errno == EISDIR || errno == EEXIST || errno == EINVAL)) {
-    const std::string path = *native + "/.kx-" + RandomLetters(12) + ".tmp";
+    const std::string path = *native + "/" + kTemporaryFiles.New();
     file = Descriptor(open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
     if (file.IsOpen())
       unlink(path.c_str());
@@ -35,12 +35,8 @@ Result<std::unique_ptr<Spool::File>> Spool::File::Make(std::u16string_view folde
 }
 
 Status Spool::File::Append(std::string_view bytes) {
-  while (!bytes.empty()) {
-    const ssize_t count = write(state_->Handle.Get(), bytes.data(), bytes.size());
-    if (count < 0 && errno != EINTR) return Failure{Reason(errno)};
-    if (count > 0) bytes.remove_prefix(static_cast<std::size_t>(count));
-  }
-  return Done{};
+  const int error = WriteAll(state_->Handle.Get(), bytes);
+  return error == 0 ? Status(Done{}) : Failure{Reason(error)};
 }
 
 Status Spool::File::Read(std::uint64_t from, char* buffer, std::size_t size) const {

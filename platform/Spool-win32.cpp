@@ -3,7 +3,7 @@
 #include "text/Encoding.h"
 #include "text/WindowsPath.h"
 
-#include <algorithm>
+#include <utility>
 
 namespace kx::platform {
 
@@ -21,7 +21,7 @@ Result<std::unique_ptr<Spool::File>> Spool::File::Make(std::u16string_view folde
   const Result<std::u16string> full = FullPath(folder);
   if (!full) return FileFailure(u"create a file in", folder, full.Message());
   for (;;) {
-    const std::u16string path = text::JoinPath(*full, u".kx-" + text::FromAscii(RandomLetters(12)) + u".tmp");
+    const std::u16string path = text::JoinPath(*full, text::FromAscii(kTemporaryFiles.New()));
     Handle file(CreateFileW(WithLongPrefix(path).c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
                             CREATE_NEW, FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr));
     if (file.IsOpen())
@@ -35,14 +35,8 @@ Status Spool::File::Append(std::string_view bytes) {
   LARGE_INTEGER none{};
   if (SetFilePointerEx(state_->Owned.Get(), none, nullptr, FILE_END) == FALSE)
     return Failure{Reason(GetLastError())};
-  while (!bytes.empty()) {
-    DWORD count = 0;
-    const auto size = static_cast<DWORD>(std::min<std::size_t>(bytes.size(), 1U << 20));
-    if (WriteFile(state_->Owned.Get(), bytes.data(), size, &count, nullptr) == FALSE)
-      return Failure{Reason(GetLastError())};
-    bytes.remove_prefix(count);
-  }
-  return Done{};
+  auto refusal = WriteAll(state_->Owned.Get(), bytes);
+  return refusal.empty() ? Status(Done{}) : Failure{std::move(refusal)};
 }
 
 Status Spool::File::Read(std::uint64_t from, char* buffer, std::size_t size) const {

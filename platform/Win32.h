@@ -79,6 +79,9 @@ inline bool IsOld(const FILETIME& time) {
 // The system's words for an error number, without the full stop.
 std::u16string Reason(DWORD error);
 
+// All of it, in as many calls as it takes. Why it failed, or empty.
+std::u16string WriteAll(HANDLE file, std::string_view bytes);
+
 // The absolute path with "\" and without "." and ".." steps. A failure's message is the bare reason.
 Result<std::u16string> FullPath(std::u16string_view path);
 // The same, as functions of the system take it whatever its length.
