@@ -343,31 +343,13 @@ Status SaveFileInPieces(std::u16string_view path, const WriteContent& content) {
   return Done{};
 }
 
-static Result<bool> SaveNew(std::u16string_view path, std::string_view bytes, std::u16string_view like,
-                            bool withTimes) {
+Result<bool> SaveNew(std::u16string_view path, std::string_view bytes, std::u16string_view like,
+                     bool withTimes) {
   const Result<std::string> native = NativeForWriting(path);
   if (!native) return FileFailure(u"create file", path, native.Message());
   const int error = MakeNew(*native, bytes, FindNative(like).value_or(""), withTimes);
   if (error != 0 && error != EEXIST) return FileFailure(u"create file", path, Reason(error));
   return error == 0;
-}
-
-Result<bool> SaveNewFile(std::u16string_view path, std::string_view bytes, std::u16string_view like) {
-  return SaveNew(path, bytes, like, false);
-}
-
-Result<bool> CopyToNewFile(std::u16string_view from, std::u16string_view path) {
-  const Result<std::string> bytes = ReadFile(from);
-  if (!bytes) return Failure{bytes.Message()};
-  return SaveNew(path, *bytes, from, true);
-}
-
-Status SaveFile(std::u16string_view path, std::string_view bytes) {
-  return SaveFileInPieces(path, [bytes](const PutBytes& put) { return put(bytes); });
-}
-
-Status CheckSaveFile(std::u16string_view path) {
-  return SaveFileInPieces(path, {});
 }
 
 Status CreateDirectories(std::u16string_view path) {

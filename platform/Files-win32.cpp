@@ -257,16 +257,6 @@ Result<bool> MakeNew(const std::wstring& target, std::string_view bytes, const s
   return temporary.IsPlaced();
 }
 
-Result<bool> SaveNew(std::u16string_view path, std::string_view bytes, std::u16string_view like,
-                     bool withTime) {
-  const Result<std::wstring> native = ToNative(path);
-  if (!native) return FileFailure(u"create file", path, native.Message());
-  const Result<std::wstring> likeNative = like.empty() ? Result(std::wstring()) : ToNative(like);
-  auto made = MakeNew(*native, bytes, likeNative ? *likeNative : std::wstring(), withTime);
-  if (!made) return FileFailure(u"create file", path, made.Message());
-  return made;
-}
-
 Refusal MakeFolders(const std::u16string& full) {
   const std::wstring native = WithLongPrefix(full);
   if (CreateDirectoryW(native.c_str(), nullptr) != FALSE) return {};
@@ -363,22 +353,14 @@ Status SaveFileInPieces(std::u16string_view path, const WriteContent& content) {
   return StatusOf(native ? Replace(*native, content) : native.Message(), u"write file", path);
 }
 
-Status SaveFile(std::u16string_view path, std::string_view bytes) {
-  return SaveFileInPieces(path, [bytes](const PutBytes& put) { return put(bytes); });
-}
-
-Status CheckSaveFile(std::u16string_view path) {
-  return SaveFileInPieces(path, {});
-}
-
-Result<bool> SaveNewFile(std::u16string_view path, std::string_view bytes, std::u16string_view like) {
-  return SaveNew(path, bytes, like, false);
-}
-
-Result<bool> CopyToNewFile(std::u16string_view from, std::u16string_view path) {
-  const Result<std::string> bytes = ReadFile(from);
-  if (!bytes) return Failure{bytes.Message()};
-  return SaveNew(path, *bytes, from, true);
+Result<bool> SaveNew(std::u16string_view path, std::string_view bytes, std::u16string_view like,
+                     bool withTime) {
+  const Result<std::wstring> native = ToNative(path);
+  if (!native) return FileFailure(u"create file", path, native.Message());
+  const Result<std::wstring> likeNative = like.empty() ? Result(std::wstring()) : ToNative(like);
+  auto made = MakeNew(*native, bytes, likeNative ? *likeNative : std::wstring(), withTime);
+  if (!made) return FileFailure(u"create file", path, made.Message());
+  return made;
 }
 
 Status CreateDirectories(std::u16string_view path) {

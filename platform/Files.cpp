@@ -1,5 +1,6 @@
 #include "platform/Files.h"
 #include "platform/Shared.h"
+#include "platform/Spool.h"
 #include "text/Encoding.h"
 #include "text/Text.h"
 
@@ -61,6 +62,24 @@ Result<std::string> ReadFile(std::u16string_view path) {
     if (*count == 0) return bytes;
     bytes.append(block.data(), *count);
   }
+}
+
+Status SaveFile(std::u16string_view path, std::string_view bytes) {
+  return SaveFileInPieces(path, [bytes](const PutBytes& put) { return put(bytes); });
+}
+
+Status CheckSaveFile(std::u16string_view path) {
+  return SaveFileInPieces(path, {});
+}
+
+Result<bool> SaveNewFile(std::u16string_view path, std::string_view bytes, std::u16string_view like) {
+  return SaveNew(path, bytes, like, false);
+}
+
+Result<bool> CopyToNewFile(std::u16string_view from, std::u16string_view path) {
+  const Result<std::string> bytes = ReadFile(from);
+  if (!bytes) return Failure{bytes.Message()};
+  return SaveNew(path, *bytes, from, true);
 }
 
 Result<std::vector<FolderEntry>> ListDirectory(std::u16string_view path) {

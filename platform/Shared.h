@@ -15,6 +15,11 @@ Failure FileFailure(std::u16string_view action, std::u16string_view path, std::u
 // Why a file of several names (hard links) is not replaced.
 std::u16string SeveralNames(std::uint64_t count);
 
+// What SaveNewFile and CopyToNewFile have in common; the latter gives the file the times of the other one,
+// too.
+Result<bool> SaveNew(std::u16string_view path, std::string_view bytes, std::u16string_view like,
+                     bool withTimes);
+
 // Letters and digits for names that must not be guessed or taken.
 std::string RandomLetters(std::size_t count);
 
