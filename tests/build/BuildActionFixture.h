@@ -44,14 +44,14 @@ Global
 	EndGlobalSection
 EndGlobal
 )";
-// The same with one identifier for two projects.
-inline std::string SolutionWithTwins() {
-  const std::u16string small = text::FromUtf8(SmallSolution);
-  return text::ToUtf8(text::ReplaceAll(small, u"{33333333-3333-3333-3333-333333333333}",
-                                       u"{22222222-2222-2222-2222-222222222222}"));
+inline std::string With(std::u16string_view before, std::u16string_view after) {
+  return text::ToUtf8(text::ReplaceAll(text::FromUtf8(SmallSolution), before, after));
 }
-inline constexpr std::u16string_view AppId = u"{11111111-1111-1111-1111-111111111111}";
-inline constexpr std::u16string_view LibId = u"{22222222-2222-2222-2222-222222222222}";
+// One identifier for two projects.
+inline std::string SolutionWithTwins() {
+  return With(u"{33333333-3333-3333-3333-333333333333}", u"{22222222-2222-2222-2222-222222222222}");
+}
+inline const std::u16string LibId = u"{22222222-2222-2222-2222-222222222222}";
 
 class TBuildActionTest : public testing::Test {
 protected:
@@ -73,7 +73,7 @@ protected:
     action_->Attach(host_);
     host_.ClearLog();
     Set(u"VStudioVersion=vs2008&Solution=App.sln&SolutionConfiguration=debug|any cpu");
-    if (!settings.empty()) Set(settings);
+    Set(settings);
   }
 
   const TKxPublishedProperty& Row(std::u16string_view name) {
@@ -84,6 +84,7 @@ protected:
   // Of the form Name=Value&Name=Value.
   void Set(std::u16string_view settings) {
     for (const auto setting : text::Split(settings, u'&')) {
+      if (setting.empty()) continue;
       const auto& row = Row(setting.substr(0, setting.find(u'=')));
       row.Set(*action_, PropertyFromText(row, setting.substr(setting.find(u'=') + 1)));
     }

@@ -47,10 +47,8 @@ TEST(BuildOutputAnalysis, GivesEachLineItsStatus) {
 TEST(BuildOutputAnalysis, CountsWhatTheToolsSumUp) {
   const std::tuple<TBuildOutputOptions, std::u16string, std::string> cases[] = {
       {DevEnv, u"complete -- 0 errors, 2", "# Errors 0|# Warnings 2|0 complete -- 0 errors, 2|"},
-      // Neither tool knows the other's counts.
       {DevEnv, u"    2 Error(s)", "0     2 Error(s)|"},
       {MSBuild, u"complete -- 1 errors, 2", "0 complete -- 1 errors, 2|"},
-      // Those that are not zero are counted.
       {MSBuild, u"2 Error(s)\r\n0 Warning(s)", "# Errors 2|0 2 Error(s)|0 0 Warning(s)|"},
       // A line with both is sent twice, and is no error.
       {MSBuild, u" error 1 Warning(s), 2 Error(s)",

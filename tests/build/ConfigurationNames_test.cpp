@@ -34,22 +34,17 @@ TEST_F(ConfigurationNames, AreToldFromExpressions) {
   const std::pair<std::u16string_view, bool> cases[] = {
       {u"debug|x64", false}, // there is one
       {u"^(Debug|Release)\\|Any CPU$", false},
-      {u".*", false},
-      {u"Debug.*|Rel", false},
       {u"^Debug|^Release", false},
-      {u"x64", false},
       {u"Any CPU|x64", false},
       {u"Debug\\|.*", false},
       {u"[D|R]e", false},
       {u"nothing", false}, // it matches none
-      {u"Release|x64", true},
       {u"Relase|Any CPU", true},
       {u"^Release|x64$", true},
       {u"(Debug|Release)|Any CPU", true},
       {u"Debug|Relase", true},  // one of them stands for nothing
       {u"Debug|Release", true}, // more than these two: Release (Static)
       {u"Rel", true},
-      {u"Debug|", true},
       {u"Debug.NET|Any CPU", true},
       {u"Release (Statik)|Any CPU", true},
   };

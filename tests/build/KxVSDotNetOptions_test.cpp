@@ -1,9 +1,8 @@
 #include "build/KxVSDotNetOptions.h"
 
 #include "tests/support/RecordingHost.h"
-#include "text/Encoding.h"
+#include "text/Text.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace kx::tests {
@@ -20,47 +19,37 @@ std::optional<std::u16string> Only2008(std::u16string_view key, std::u16string_v
 }
 
 TEST(VSDotNetOptions, FillsFromTheRegistryWhatTheStoreLacks) {
-  // The registry, what is stored, the location of 2008 as stored, the default version, modified.
-  const std::tuple<TVSDotNetOptions::TRegistryRead, std::pair<std::u16string, std::u16string>, std::u16string,
-                   TVSDotNetVersion, bool>
-      cases[] = {
-          // A machine without Visual Studio.
-          {EmptyRegistry, {}, u"", vs2005, false},
-          // A machine with one version.
-          {Only2008, {}, u"C:\\VS9\\IDE\\", vs2008, true},
-          // The store wins.
-          {Only2008, {u"MSDevPath2008", u" D:\\VS "}, u" D:\\VS ", vs2008, false},
-          // Blanks are kept, and mean nothing.
-          {Only2008, {u"MSDevPath2008", u"  "}, u"  ", vs2005, false},
-          // The newest installed.
-          {Only2008, {u"MSDevPath2010", u"E"}, u"C:\\VS9\\IDE\\", vs2010, true},
-          // A stored default stays.
-          {EmptyRegistry, {u"DefVSVersion", u"0"}, u"", vs2002, false},
-      };
-  for (const auto& [registry, stored, location, version, modified] : cases) {
+  const struct {
+    const char* Case;
+    TVSDotNetOptions::TRegistryRead Registry;
+    std::u16string Key, Value; // as stored
+    std::u16string Location2008;
+    TVSDotNetVersion Default;
+    bool IsModified;
+  } cases[] = {
+      {"no Visual Studio", EmptyRegistry, u"", u"", u"", vs2005, false},
+      {"one version", Only2008, u"", u"", u"C:\\VS9\\IDE\\", vs2008, true},
+      {"the store wins", Only2008, u"MSDevPath2008", u" D:\\VS ", u" D:\\VS ", vs2008, false},
+      {"blanks are kept, and mean nothing", Only2008, u"MSDevPath2008", u"  ", u"  ", vs2005, false},
+      {"the newest installed", Only2008, u"MSDevPath2010", u"E", u"C:\\VS9\\IDE\\", vs2010, true},
+      {"a stored default stays", EmptyRegistry, u"DefVSVersion", u"0", u"", vs2002, false},
+  };
+  for (const auto& row : cases) {
     TFakeOptionsStore store;
-    store.Values.insert(stored);
-    TVSDotNetOptions options(registry);
+    store.Values.emplace(row.Key, row.Value);
+    TVSDotNetOptions options(row.Registry);
     options.LoadOptions(store);
-    EXPECT_EQ(options.GetDevEnv2008Location(), location) << text::ToUtf8(location);
-    EXPECT_EQ(options.GetDevEnvLocation(vs2008), text::Trim(location)) << text::ToUtf8(location);
-    EXPECT_EQ(options.GetDefaultVSVersion(), version) << text::ToUtf8(location);
-    EXPECT_EQ(options.IsModified(), modified) << text::ToUtf8(location);
+    EXPECT_EQ(options.GetDevEnv2008Location(), row.Location2008) << row.Case;
+    EXPECT_EQ(options.GetDevEnvLocation(vs2008), text::Trim(row.Location2008)) << row.Case;
+    EXPECT_EQ(options.GetDefaultVSVersion(), row.Default) << row.Case;
+    EXPECT_EQ(options.IsModified(), row.IsModified) << row.Case;
   }
-}
-
-TEST(VSDotNetOptions, AsksTheRegistryForEachVersion) {
-  static std::vector<std::string> asked;
-  asked.clear();
-  TVSDotNetOptions options(
-      [](std::u16string_view key, std::u16string_view value) -> std::optional<std::u16string> {
-        asked.push_back(
-            text::ToUtf8(std::u16string(key.substr(key.rfind(u'\\') + 1)) + u" " + std::u16string(value)));
-        return std::nullopt;
-      });
-  options.LoadOptions(TFakeOptionsStore());
-  EXPECT_THAT(asked, testing::ElementsAre("7.0 InstallDir", "7.1 InstallDir", "8.0 InstallDir",
-                                          "9.0 InstallDir", "10.0 InstallDir"));
+  static std::u16string asked;
+  TVSDotNetOptions([](std::u16string_view key, std::u16string_view /*value*/) {
+    asked.append(key.substr(key.rfind(u'\\')));
+    return std::optional<std::u16string>();
+  }).LoadOptions(TFakeOptionsStore());
+  EXPECT_EQ(asked, u"\\7.0\\7.1\\8.0\\9.0\\10.0");
 }
 
 TEST(VSDotNetOptions, LoadsAllThatItSaves) {

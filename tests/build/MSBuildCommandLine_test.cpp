@@ -28,8 +28,6 @@ TEST_F(CommandLine, OfMSBuildFollowsTheProperties) {
   const std::string numbers = windows ? "\"168;219\"" : "168%3B219", pair = windows ? "\"1;2\"" : "1%3B2";
   const std::string folders = windows ? "\"/a b;/X\"" : "\"/a b%3B/X\"";
   const std::pair<std::u16string, std::string> cases[] = {
-      {u"BuildAction=baRebuild", "/t:Rebuild" + build.substr(8) + end},
-      {u"BuildAction=baClean", "/t:Clean" + build.substr(8) + end},
       {u"BuildAction=baDeploy", "/t:Deploy" + build.substr(8) + end},
       // Visual Studio 2005 knows neither processors nor target frameworks.
       {u"VStudioVersion=vs2005&OverrideTargetFramework=True", build + " /v:minimal"},
@@ -79,8 +77,9 @@ TEST_F(CommandLine, OfDevEnvFollowsTheProperties) {
   Expect(u"UseMSBuild=False&BuildAction=baRebuild", "/rebuild \"Debug|Any CPU\"");
   Expect(u"UseMSBuild=False&UseEnv=True&BuildAction=baDeploy", "/useenv /deploy \"Debug|Any CPU\"");
   Expect(u"UseMSBuild=False&BuildAction=baClean&SolutionConfiguration=Nightly", "/clean \"Nightly\"");
-  Expect(u"UseMSBuild=False&SolutionConfiguration=Rel&ExtraCmdLineParams=/out $(currentconfigname)",
-         "/out Release /build \"Release|Any CPU\"");
+  Expect(u"UseMSBuild=False&SolutionConfiguration=Rel&ExtraCmdLineParams=/out "
+         u"$(currentconfigname)-%CurrentPlatformName%",
+         "/out Release-Any CPU /build \"Release|Any CPU\"");
 }
 
 } // namespace

@@ -10,7 +10,7 @@ TEST_F(ProjectSearch, FindsAProjectByEachOfItsNames) {
   const std::u16string folder = folder_.Path();
   for (const std::u16string& text :
        {std::u16string(u"Lib\\Lib.csproj"), folder + u"/Lib\\Lib.csproj", folder + u"/LIB/lib.csproj",
-        std::u16string(u"lib.CSPROJ"), std::u16string(u"LIB"), std::u16string(LibId)})
+        std::u16string(u"lib.CSPROJ"), std::u16string(u"LIB"), LibId})
     EXPECT_EQ(TKxVSDotNetAction::GetProjectIDFunction(*action_, text), LibId) << text::ToUtf8(text);
   for (const std::u16string_view text : {u"", u"Libs", u"Other\\Lib.csproj", u"*"})
     EXPECT_EQ(action_->GetProjectID(text), u"") << text::ToUtf8(text);
@@ -19,8 +19,7 @@ TEST_F(ProjectSearch, FindsAProjectByEachOfItsNames) {
   EXPECT_EQ(Get(u"AllSolutionConfigurations"), "Debug|Any CPU\r\nRelease|Any CPU\r\n");
   // The exact name counts before the same in other letters.
   const std::u16string other = u"LIB\\lib.csproj";
-  folder_.Write("App.sln",
-                text::ToUtf8(text::ReplaceAll(text::FromUtf8(SmallSolution), u"Setup\\Setup.vdproj", other)));
+  folder_.Write("App.sln", With(u"Setup\\Setup.vdproj", other));
   const std::u16string separator = platform::IsWindows() ? u"\\" : u"/";
   for (const std::u16string& text : {other, folder + separator + other})
     EXPECT_EQ(TKxVSDotNetAction::GetProjectNameFunction(*action_, text), u"Installer") << text::ToUtf8(text);
@@ -38,7 +37,9 @@ TEST_F(ProjectSearch, AnswersNothingForASolutionThatCannotBeOpened) {
 TEST_F(ProjectSearch, TurnsSelectedEntriesIntoIdsWhereItCan) {
   host_.Variables[u"Which"] = u"App";
   Set(u"SelectedProjects=Lib\\Lib.csproj\n%Which%\n{unknown}\n%Nowhere%");
-  EXPECT_EQ(action_->GetSelectedProjects(), text::TStringList({LibId, AppId, u"{unknown}", u"%Nowhere%"}));
+  EXPECT_EQ(
+      action_->GetSelectedProjects(),
+      text::TStringList({LibId, u"{11111111-1111-1111-1111-111111111111}", u"{unknown}", u"%Nowhere%"}));
 }
 
 // The host evaluates script functions while it expands; the solution's own name may hold one.
