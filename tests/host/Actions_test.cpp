@@ -1,6 +1,8 @@
 #include "host/Iterator.h"
 #include "host/ProcessActions.h"
 #include "host/Services.h"
+#include "tests/support/BareAction.h"
+#include "tests/support/Raised.h"
 #include "tests/support/RecordingHost.h"
 
 #include <gmock/gmock.h>
@@ -13,14 +15,9 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 // A tool action whose hooks do what the test says.
-class TTool : public TKxExecuteAbstractAction {
+class TTool : public tests::TBareAction<TKxExecuteAbstractAction> {
 public:
   bool CommandLine = true;
-  const TKxPropertyTable& PublishedProperties() const override {
-    static const TKxPropertyTable none;
-    return none;
-  }
-  std::u16string GetActionName() const override { return u"Tool"; }
 
 protected:
   std::u16string GetExecutable() override { return u"C:\\bin\\tool.exe"; }
@@ -37,24 +34,17 @@ protected:
   }
 };
 
-class TLoop : public TKxBaseIterator {
+class TLoop : public tests::TBareAction<TKxBaseIterator> {
 public:
   int Passes = 0;
   bool Loaded = true;
-  const TKxPropertyTable& PublishedProperties() const override {
-    static const TKxPropertyTable none;
-    return none;
-  }
-  std::u16string GetActionName() const override { return u"Loop"; }
 
 protected:
   bool BeforeFirstIteration() override {
     SetIterationCount(Passes);
     return Loaded;
   }
-  std::u16string GetCurrentValue() override {
-    return u"v" + std::u16string(1, static_cast<char16_t>(u'0' + GetCurrentIteration()));
-  }
+  std::u16string GetCurrentValue() override { return u"v" + text::FromInteger(GetCurrentIteration()); }
 };
 
 class Actions : public testing::Test {
@@ -66,13 +56,11 @@ TEST_F(Actions, ExpansionFailuresAreLoggedUnderTheirLabel) {
   TTool tool;
   tool.Attach(host_);
   host_.Variables[u"Empty"] = u"";
-  struct TCase {
+  const struct {
     std::u16string Text;
-    bool Required;
-    bool Succeeds;
+    bool Required, Succeeds;
     std::vector<std::string> Log;
-  };
-  const TCase cases[] = {
+  } cases[] = {
       {u"a", true, true, {}},
       {u"", true, false, {"3 Field : a value is required."}},
       {u"%Empty%", true, false, {"3 Field : a value is required."}},
@@ -88,39 +76,30 @@ TEST_F(Actions, ExpansionFailuresAreLoggedUnderTheirLabel) {
 }
 
 TEST_F(Actions, RunOneToolAndJudgeItsExitCode) {
-  struct TCase {
+  const struct {
     tests::TPlayback Playback;
     bool Succeeds;
     std::string LastLine;
-  };
-  const TCase cases[] = {
+  } cases[] = {
       {{.StdOut = {u"done"}, .ExitCode = 0}, true, "0 done"},
       {{.ExitCode = 3}, false, "3 C:\\bin\\tool.exe returned Error code : 3"},
       {{.ExitCode = ExitCodeTerminated}, false, "3 Action Terminated by User."},
   };
+  TTool tool;
+  EXPECT_THROW(tool.Execute(), EKxException) << "there is no host";
+  tool.Attach(host_);
+  host_.Variables[u"ProjectDir"] = u"C:\\project";
   for (const auto& row : cases) {
-    TTool tool;
-    tool.Attach(host_);
-    host_.Variables[u"ProjectDir"] = u"C:\\project";
     host_.Play(row.Playback);
     EXPECT_EQ(tool.Execute(), row.Succeeds);
     EXPECT_EQ(host_.Log().back(), row.LastLine);
     EXPECT_EQ(host_.Runs().back().Parameters, "/nologo /in:\"a b.dll\" /dir:\"C:\\x\\\\\"");
     EXPECT_EQ(host_.Runs().back().Directory, "C:\\project\\work");
   }
-}
-
-TEST_F(Actions, WithoutACommandLineNothingIsRun) {
-  TTool tool;
-  tool.Attach(host_);
+  host_.ClearLog();
   tool.CommandLine = false;
   EXPECT_FALSE(tool.Execute());
   EXPECT_THAT(host_.Runs(), IsEmpty());
-}
-
-TEST_F(Actions, WithoutAHostNothingCanBeDone) {
-  TTool tool;
-  EXPECT_THROW(tool.Execute(), EKxException);
 }
 
 TEST_F(Actions, AGroupThatNobodyClosedFailed) {
@@ -132,23 +111,25 @@ TEST_F(Actions, AGroupThatNobodyClosedFailed) {
   EXPECT_THAT(host_.Log(), ElementsAre("> a", "< 3", "> b", "< 1", "> c", "< 0"));
 }
 
-TEST_F(Actions, ALoopSetsItsVariableForEachPassAndEndsAtTheFirstFailure) {
-  struct TCase {
-    int Passes;
-    int FailingPass;
-    bool Loaded;
-    bool Succeeds;
+TEST_F(Actions, ALoopSetsItsVariableForEachPassAndEndsAtTheFirstFailureOrAStop) {
+  const struct {
+    int Passes, FailingPass, StoppedPass;
+    bool Loaded, Succeeds;
     std::vector<std::string> Log;
-  };
-  const TCase cases[] = {
-      {3, 0, true, true, {"= Item v1", "= Item v2", "= Item v3"}},
-      {3, 2, true, false, {"= Item v1", "= Item v2"}},
-      {0, 0, true, true, {"! empty-loop The loop has no pass: there is nothing to go through."}},
-      {3, 0, false, false, {}},
+  } cases[] = {
+      {3, 0, 0, true, true, {"= Item v1", "= Item v2", "= Item v3"}},
+      {3, 2, 0, true, false, {"= Item v1", "= Item v2"}},
+      {0, 0, 0, true, true, {"! empty-loop The loop has no pass: there is nothing to go through."}},
+      {3, 0, 0, false, false, {}},
+      {5, 0, 1, true, false, {"= Item v1", "= Item v2"}},
   };
   for (const auto& row : cases) {
     host_.ClearLog();
-    host_.Children = [&row](TKxBaseIterator& loop) { return loop.GetCurrentIteration() != row.FailingPass; };
+    host_.Children = [&](TKxBaseIterator& loop) {
+      EXPECT_FALSE(host_.StopRequest.IsRaised()) << "no pass after a stop";
+      if (loop.GetCurrentIteration() == row.StoppedPass) host_.StopRequest.Raise();
+      return loop.GetCurrentIteration() != row.FailingPass;
+    };
     TLoop loop;
     loop.Attach(host_);
     loop.SetLoopVariable(u"Item");
@@ -174,28 +155,9 @@ TEST_F(Actions, ALoopVariableThatNoTextCanReadIsFoundBeforehand) {
   }
 }
 
-TEST_F(Actions, AStopRequestEndsALoop) {
-  TLoop loop;
-  loop.Attach(host_);
-  loop.Passes = 5;
-  int passes = 0;
-  host_.Children = [&](TKxBaseIterator&) {
-    ++passes;
-    host_.StopRequest.Raise();
-    return true;
-  };
-  EXPECT_FALSE(loop.Execute());
-  EXPECT_EQ(passes, 1);
-}
-
 TEST(Services, AMissingOneIsNamed) {
   SetServices({});
-  try {
-    OptionsService();
-    FAIL() << "there is no options service";
-  } catch (const EKxException& error) {
-    EXPECT_EQ(error.Message(), u"This host offers no options service.");
-  }
+  EXPECT_EQ(tests::Raised([] { OptionsService(); }), "This host offers no options service.");
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "host/MSBuildLogger.h"
 
+#include "tests/support/BareAction.h"
 #include "tests/support/RecordingHost.h"
 #include "text/CommandLine.h"
 #include "text/Encoding.h"
@@ -12,13 +13,8 @@ namespace {
 
 using testing::ElementsAre;
 
-class TBuilder : public TCustomKxAction {
+class TBuilder : public tests::TBareAction<TCustomKxAction> {
 public:
-  const TKxPropertyTable& PublishedProperties() const override {
-    static const TKxPropertyTable none;
-    return none;
-  }
-  std::u16string GetActionName() const override { return u"Builder"; }
   bool Execute() override { return true; }
 };
 
@@ -69,25 +65,19 @@ TEST_F(MSBuildLogger, CountsTheProjectsThatWereBuiltWithoutTheSolutionAndItsWrap
 }
 
 TEST_F(MSBuildLogger, PassesOnWhatNoLoggerWrote) {
-  struct TCase {
-    std::u16string Line;
-    std::string Message;
+  const std::tuple<std::u16string, bool, std::string> cases[] = {
+      {u"plain text with error in it", true, "0 plain text with error in it"},
+      {u"TandemorLogger|message|importance", true, "0 TandemorLogger|message|importance"},
+      {u" TandemorLogger|error|text=x", true, "0  TandemorLogger|error|text=x"},
+      {u"TandemorLogger|message|text=50% %zz %4", true, "0 50% %zz %4"},
+      {u"TandemorLogger|targetStarted|project=p|target=Build", true, "0 Target Build:"},
+      {u"TandemorLogger|error|text=x", false, "0 TandemorLogger|error|text=x"},
   };
-  const TCase cases[] = {
-      {u"plain text with error in it", "0 plain text with error in it"},
-      {u"TandemorLogger|message|importance", "0 TandemorLogger|message|importance"},
-      {u" TandemorLogger|error|text=x", "0  TandemorLogger|error|text=x"},
-      {u"TandemorLogger|message|text=50% %zz %4", "0 50% %zz %4"},
-      {u"TandemorLogger|targetStarted|project=p|target=Build", "0 Target Build:"},
-  };
-  for (const auto& row : cases) {
+  for (const auto& [line, structured, message] : cases) {
     host_.ClearLog();
-    Feed({row.Line});
-    EXPECT_THAT(host_.Log(), ElementsAre(row.Message));
+    Feed({line}, structured);
+    EXPECT_THAT(host_.Log(), ElementsAre(message));
   }
-  host_.ClearLog();
-  Feed({u"TandemorLogger|error|text=x"}, false);
-  EXPECT_THAT(host_.Log(), ElementsAre("0 TandemorLogger|error|text=x"));
   EXPECT_EQ(helper_.ErrorCount(), 0);
 }
 
@@ -103,12 +93,7 @@ TEST_F(MSBuildLogger, NestsTheGroupsOfProjectsThatOverlap) {
 }
 
 TEST(QuoteMSBuildArg, ArrivesAsOneValueWhoeverReadsTheLine) {
-  struct TCase {
-    std::u16string Value;
-    std::u16string ForMSBuild;
-    std::u16string ForOthers;
-  };
-  const TCase cases[] = {
+  const std::tuple<std::u16string, std::u16string, std::u16string> cases[] = {
       {u"Debug", u"Debug", u"Debug"},
       {u"", u"", u""},
       {u"Any CPU", u"\"Any CPU\"", u"\"Any CPU\""},
@@ -117,13 +102,10 @@ TEST(QuoteMSBuildArg, ArrivesAsOneValueWhoeverReadsTheLine) {
       {u"C:\\out\\", u"C:\\out\\", u"C:\\out\\"},
       {u"a\"b", u"\"a\\\"b\"", u"\"a\\\"b\""},
   };
-  for (const auto& row : cases) {
-    EXPECT_EQ(QuoteMSBuildArg(row.Value, TCommandLineReader::MSBuildItself), row.ForMSBuild);
-    EXPECT_EQ(QuoteMSBuildArg(row.Value, TCommandLineReader::SplitArguments), row.ForOthers);
-    const auto arguments = text::SplitCommandLine(
-        u"/p:X=" + QuoteMSBuildArg(row.Value, TCommandLineReader::MSBuildItself) + u" /m");
-    ASSERT_EQ(arguments.size(), 2U) << text::ToUtf8(row.Value);
-    EXPECT_EQ(arguments[0], u"/p:X=" + row.Value);
+  for (const auto& [value, forMSBuild, forOthers] : cases) {
+    EXPECT_EQ(QuoteMSBuildArg(value, TCommandLineReader::MSBuildItself), forMSBuild);
+    EXPECT_EQ(QuoteMSBuildArg(value, TCommandLineReader::SplitArguments), forOthers);
+    EXPECT_THAT(text::SplitCommandLine(u"/p:X=" + forMSBuild + u" /m"), ElementsAre(u"/p:X=" + value, u"/m"));
   }
 }
 

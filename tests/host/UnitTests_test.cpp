@@ -29,17 +29,11 @@ std::vector<TKxUnitTestResult> FourResults() {
   };
 }
 
-TEST(UnitTestRun, CountsWhatWasExecuted) {
-  const TKxUnitTestRun run(FourResults());
-  EXPECT_EQ(run.TotalCount(), 4);
-  EXPECT_EQ(run.PassedCount(), 1);
-  EXPECT_EQ(run.FailedCount(), 2);
-  EXPECT_EQ(run.NotRunCount(), 1);
-  EXPECT_EQ(run.TotalTime(), 1239) << "without the test that was not run";
-}
-
-TEST(UnitTestRun, IsWrittenAsJUnitHasIt) {
+TEST(UnitTestRun, IsWrittenAsJUnitHasItWithTheCountsOfWhatWasExecuted) {
   TKxUnitTestRun run(FourResults());
+  EXPECT_EQ(std::tuple(run.TotalCount(), run.PassedCount(), run.FailedCount(), run.NotRunCount()),
+            std::tuple(4, 1, 2, 1));
+  EXPECT_EQ(run.TotalTime(), 1239) << "without the test that was not run";
   run.SetName(u"Tests & more");
   EXPECT_EQ(
       text::ToUtf8(run.AsXmlString()),

@@ -18,13 +18,12 @@ std::string Lines(const TVersionInfoContainer& info, std::u16string_view word) {
 }
 
 TEST(VersionInfo, UpdatesVersionTextsAndProductNumbers) {
-  struct TCase {
+  static constexpr struct {
     const char* Name;
     std::u16string_view Strings;
     void (*Prepare)(TVersionInfoValues& values);
     const char* Block;
-  };
-  static constexpr TCase cases[] = {
+  } cases[] = {
       {"nothing asked: the product's numbers follow its text", u"ProductVersion=5, 6\r\nFileVersion=x",
        [](TVersionInfoValues&) {},
        "5,6,0,0\nVALUE \"ProductVersion\", \"5, 6\"\nVALUE \"FileVersion\", \"x\"\n"},
