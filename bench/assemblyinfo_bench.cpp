@@ -1,9 +1,9 @@
 // What stamping an AssemblyInfo file costs: in memory, and with the safe writing of the file.
-#include "host/AssemblyInfo.h"
-#include "host/AssemblyInfoRewriter.h"
-#include "platform/Files.h"
-#include "text/Text.h"
-#include "versioninfo/ProjectSources.h"
+#include "foundation/platform/Files.h"
+#include "foundation/text/Text.h"
+#include "package/assemblyinfo/AssemblyInfo.h"
+#include "package/assemblyinfo/AssemblyInfoRewriter.h"
+#include "package/versioninfo/ProjectSources.h"
 
 #include <benchmark/benchmark.h>
 

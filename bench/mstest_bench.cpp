@@ -1,5 +1,5 @@
 // How fast results files are read, and what they become: results of the benchmark's own making, in memory.
-#include "mstest/TestResultsFile.h"
+#include "package/mstest/TestResultsFile.h"
 
 #include <benchmark/benchmark.h>
 

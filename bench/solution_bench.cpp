@@ -1,9 +1,9 @@
 // How fast solutions are read and ordered. Bytes per second of reading are to be seen beside BM_PlainRead,
 // which only copies the same file into memory.
-#include "solution/VSNETSLN.h"
+#include "package/solution/VSNETSLN.h"
 
-#include "platform/Files.h"
-#include "text/Encoding.h"
+#include "foundation/platform/Files.h"
+#include "foundation/text/Encoding.h"
 
 #include <benchmark/benchmark.h>
 #include <cstdio>

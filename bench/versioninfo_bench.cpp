@@ -1,6 +1,6 @@
 // How fast resource scripts are read and stamped. A script of so many dialogs carries its version block
 // behind them, as resource editors write it.
-#include "versioninfo/VersionBlock.h"
+#include "package/versioninfo/VersionBlock.h"
 
 #include <benchmark/benchmark.h>
 #include <memory>

@@ -1,10 +1,10 @@
 #include "fuzz/ProjectSupport.h"
 
-#include "host/Exceptions.h"
-#include "runner/ProjectReader.h"
+#include "foundation/text/Encoding.h"
+#include "foundation/text/Exceptions.h"
+#include "foundation/text/Text.h"
+#include "program/runner/ProjectReader.h"
 #include "tests/runner/TestActions.h"
-#include "text/Encoding.h"
-#include "text/Text.h"
 
 namespace kx::fuzz {
 

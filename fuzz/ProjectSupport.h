@@ -2,8 +2,8 @@
 #pragma once
 
 #include "fuzz/FuzzTarget.h"
-#include "runner/Project.h"
-#include "runner/ServiceRegistry.h"
+#include "program/runner/Project.h"
+#include "program/runner/ServiceRegistry.h"
 #include "tests/support/RecordingHost.h"
 
 #include <string>

@@ -1,9 +1,9 @@
 // An AssemblyInfo file of any language: what is set is found again, setting it again changes nothing, and
 // another value changes nothing but that value.
+#include "foundation/text/Encoding.h"
+#include "foundation/text/Exceptions.h"
 #include "fuzz/FuzzTarget.h"
-#include "host/AssemblyInfoRewriter.h"
-#include "host/Exceptions.h"
-#include "text/Encoding.h"
+#include "package/assemblyinfo/AssemblyInfoRewriter.h"
 
 #include <algorithm>
 

@@ -1,9 +1,9 @@
 // A build log in any encoding: its lines are those of its text.
-#include "cli/LogReader.h"
+#include "foundation/text/Encoding.h"
+#include "foundation/text/Exceptions.h"
 #include "fuzz/FuzzTarget.h"
-#include "host/Exceptions.h"
+#include "program/cli/LogReader.h"
 #include "tests/support/TemporaryFolder.h"
-#include "text/Encoding.h"
 
 #include <array>
 

@@ -1,11 +1,11 @@
 // The output of a build tool: how it was cut on its way changes nothing of what is made of it.
-#include "build/BuildOutputAnalysis.h"
+#include "foundation/platform/LineSplitter.h"
+#include "foundation/text/Encoding.h"
+#include "foundation/text/Text.h"
 #include "fuzz/FuzzTarget.h"
-#include "host/MSBuildLogger.h"
-#include "platform/LineSplitter.h"
+#include "package/build/BuildOutputAnalysis.h"
+#include "package/build/MSBuildLogger.h"
 #include "tests/support/RecordingHost.h"
-#include "text/Encoding.h"
-#include "text/Text.h"
 
 #include <algorithm>
 

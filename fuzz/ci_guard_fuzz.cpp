@@ -1,9 +1,9 @@
 // What a CI system reads: however it comes in pieces, no command of any system starts in what has passed the
 // door.
+#include "foundation/text/Encoding.h"
+#include "foundation/text/Text.h"
 #include "fuzz/FuzzTarget.h"
-#include "report/CiGuard.h"
-#include "text/Encoding.h"
-#include "text/Text.h"
+#include "program/report/CiGuard.h"
 
 #include <algorithm>
 #include <array>

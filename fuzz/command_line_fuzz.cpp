@@ -1,9 +1,9 @@
 // Command lines: arguments that are quoted are split into themselves.
+#include "foundation/text/CommandLine.h"
+#include "foundation/text/Encoding.h"
+#include "foundation/text/Text.h"
 #include "fuzz/FuzzTarget.h"
-#include "host/MSBuildLogger.h"
-#include "text/CommandLine.h"
-#include "text/Encoding.h"
-#include "text/Text.h"
+#include "package/build/MSBuildLogger.h"
 
 namespace kx::fuzz {
 namespace {

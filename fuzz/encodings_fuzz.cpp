@@ -1,8 +1,8 @@
 // Any bytes as text, and back: nothing fails, nothing is lost where the encoding can hold it.
+#include "foundation/platform/TextFiles.h"
+#include "foundation/text/Encoding.h"
 #include "fuzz/FuzzTarget.h"
-#include "platform/TextFiles.h"
-#include "runner/Base64.h"
-#include "text/Encoding.h"
+#include "program/runner/Base64.h"
 
 namespace kx::fuzz {
 namespace {

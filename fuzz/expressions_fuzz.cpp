@@ -1,10 +1,10 @@
 // Expressions over variables that refer to each other: they end, they stay within their limit, and what holds
 // no reference stays as it is. The first part are lines NAME=VALUE, then follows the text.
+#include "foundation/text/Encoding.h"
+#include "foundation/text/Exceptions.h"
 #include "fuzz/FuzzTarget.h"
-#include "host/Exceptions.h"
-#include "runner/References.h"
+#include "program/runner/References.h"
 #include "tests/runner/TestActions.h"
-#include "text/Encoding.h"
 
 #include <algorithm>
 

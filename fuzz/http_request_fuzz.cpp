@@ -1,7 +1,7 @@
 // The head of a request from anybody on the machine: what is taken can be read in one way only, and is the
 // same when it is written again from its parts.
-#include "editor/HttpRequest.h"
 #include "fuzz/FuzzTarget.h"
+#include "program/editor/HttpRequest.h"
 
 #include <algorithm>
 

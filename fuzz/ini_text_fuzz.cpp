@@ -1,10 +1,10 @@
 // An INI file and changes to it: the first part is the file, then follow lines "section", "key" and "value"
 // that are set (or, without a value, removed) one after the other.
+#include "foundation/text/Encoding.h"
+#include "foundation/text/Exceptions.h"
+#include "foundation/text/Text.h"
 #include "fuzz/FuzzTarget.h"
-#include "host/Exceptions.h"
-#include "runner/IniText.h"
-#include "text/Encoding.h"
-#include "text/Text.h"
+#include "program/runner/IniText.h"
 
 #include <map>
 

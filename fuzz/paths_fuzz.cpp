@@ -1,12 +1,12 @@
 // Paths of Windows and of POSIX systems: their parts make the whole again, a full path is full and plain, and
 // the quick way through a solution's paths gives what the slow one gives.
-#include "editor/ProjectPaths.h"
+#include "contract/Utilities.h"
+#include "foundation/text/Encoding.h"
+#include "foundation/text/Text.h"
+#include "foundation/text/WindowsPath.h"
 #include "fuzz/FuzzTarget.h"
-#include "host/Utilities.h"
-#include "solution/VSNETSLN.Paths.h"
-#include "text/Encoding.h"
-#include "text/Text.h"
-#include "text/WindowsPath.h"
+#include "package/solution/VSNETSLN.Paths.h"
+#include "program/editor/ProjectPaths.h"
 
 #include <algorithm>
 

@@ -1,13 +1,13 @@
 // A project file whose actions are changed in memory and saved: the first part is the project, then follow
 // changes, each a digit with its operands. What was set reads back, the other actions keep their bytes,
 // saving again changes nothing.
+#include "foundation/text/Encoding.h"
+#include "foundation/text/Exceptions.h"
+#include "foundation/text/Text.h"
 #include "fuzz/ProjectSupport.h"
-#include "host/Exceptions.h"
-#include "runner/ProjectFile.h"
-#include "runner/ProjectXml.h"
+#include "program/runner/ProjectFile.h"
+#include "program/runner/ProjectXml.h"
 #include "tests/runner/TestActions.h"
-#include "text/Encoding.h"
-#include "text/Text.h"
 
 #include <array>
 

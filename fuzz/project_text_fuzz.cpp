@@ -1,12 +1,12 @@
 // Edits of a project's text: the first part is the project, then follow edits, each a digit with its
 // operands. After each the elements are those that the edit asks for, every other byte stands as it stood,
 // and the text is a project.
+#include "foundation/text/Encoding.h"
+#include "foundation/text/Exceptions.h"
+#include "foundation/text/Text.h"
 #include "fuzz/ProjectSupport.h"
-#include "host/Exceptions.h"
-#include "runner/ProjectReader.h"
-#include "runner/ProjectText.h"
-#include "text/Encoding.h"
-#include "text/Text.h"
+#include "program/runner/ProjectReader.h"
+#include "program/runner/ProjectText.h"
 
 #include <algorithm>
 #include <array>

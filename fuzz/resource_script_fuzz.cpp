@@ -1,10 +1,10 @@
 // A resource script: what is written into its version block is read back, what stands around the block stays,
 // and writing again changes nothing.
+#include "foundation/platform/TextFiles.h"
+#include "foundation/text/Encoding.h"
+#include "foundation/text/Exceptions.h"
 #include "fuzz/FuzzTarget.h"
-#include "host/Exceptions.h"
-#include "platform/TextFiles.h"
-#include "text/Encoding.h"
-#include "versioninfo/VersionBlock.h"
+#include "package/versioninfo/VersionBlock.h"
 
 #include <algorithm>
 

@@ -1,13 +1,13 @@
 // Secrets in what a run sends: the first part are the secrets, a line each, then follows the text of a tool.
 // Neither a secret nor a spelling of it that the tool adds is in what the sinks see.
+#include "foundation/formats/Xml.h"
+#include "foundation/text/CommandLine.h"
+#include "foundation/text/Encoding.h"
+#include "foundation/text/Text.h"
 #include "fuzz/FuzzTarget.h"
-#include "host/Xml.h"
-#include "runner/Base64.h"
-#include "runner/EventLog.h"
-#include "runner/SecretMask.h"
-#include "text/CommandLine.h"
-#include "text/Encoding.h"
-#include "text/Text.h"
+#include "program/runner/Base64.h"
+#include "program/runner/EventLog.h"
+#include "program/runner/SecretMask.h"
 
 #include <memory>
 

@@ -1,14 +1,14 @@
 // A session of the editor: the first part is the project, then follow lines of an operation and its arguments
 // as JSON. An operation is done or refused; what is refused changes nothing, what is done can be undone and
 // done again, and the project can be read all the time.
-#include "editor/EditorSession.h"
+#include "foundation/text/Exceptions.h"
+#include "foundation/text/Text.h"
 #include "fuzz/FuzzTarget.h"
-#include "host/Exceptions.h"
-#include "package/KxVSDotNetReg.h"
-#include "runner/PluginLoader.h"
+#include "package/registration/KxVSDotNetReg.h"
+#include "program/editor/EditorSession.h"
+#include "program/runner/PluginLoader.h"
 #include "tests/runner/TestActions.h"
 #include "tests/support/TemporaryFolder.h"
-#include "text/Text.h"
 
 #include <algorithm>
 #include <array>

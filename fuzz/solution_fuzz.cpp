@@ -1,11 +1,11 @@
 // A solution file: two readings give the same model, its line ends do not matter, and the order of the build
 // is that of the plain definition.
+#include "foundation/text/Encoding.h"
+#include "foundation/text/Exceptions.h"
+#include "foundation/text/Text.h"
 #include "fuzz/FuzzTarget.h"
-#include "host/Exceptions.h"
-#include "solution/VSNETSLN.h"
+#include "package/solution/VSNETSLN.h"
 #include "tests/support/TemporaryFolder.h"
-#include "text/Encoding.h"
-#include "text/Text.h"
 
 #include <algorithm>
 #include <optional>

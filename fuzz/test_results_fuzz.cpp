@@ -1,10 +1,10 @@
 // A results file of MSTest: where the reader's blocks are cut does not matter, and the counts of the report
 // agree with the results.
+#include "foundation/formats/Xml.h"
+#include "foundation/text/Encoding.h"
+#include "foundation/text/Text.h"
 #include "fuzz/FuzzTarget.h"
-#include "host/Xml.h"
-#include "mstest/TestResultsFile.h"
-#include "text/Encoding.h"
-#include "text/Text.h"
+#include "package/mstest/TestResultsFile.h"
 
 #include <algorithm>
 

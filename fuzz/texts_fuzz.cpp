@@ -1,9 +1,9 @@
 // Lists of lines in their written forms, numbers, and differences of two texts: what is written reads back.
+#include "foundation/text/Encoding.h"
+#include "foundation/text/StringList.h"
+#include "foundation/text/Text.h"
+#include "foundation/text/UnifiedDiff.h"
 #include "fuzz/FuzzTarget.h"
-#include "text/Encoding.h"
-#include "text/StringList.h"
-#include "text/Text.h"
-#include "text/UnifiedDiff.h"
 
 namespace kx::fuzz {
 namespace {

@@ -1,10 +1,10 @@
 // Web addresses: what is taken leads to no other folder, and the way to a share is made of the parts.
+#include "foundation/text/Encoding.h"
+#include "foundation/text/Exceptions.h"
+#include "foundation/text/Text.h"
 #include "fuzz/FuzzTarget.h"
-#include "host/Exceptions.h"
-#include "text/Encoding.h"
-#include "text/Text.h"
-#include "web/KxResolveIISDirectory.h"
-#include "web/WebAddress.h"
+#include "package/web/KxResolveIISDirectory.h"
+#include "package/web/WebAddress.h"
 
 #include <algorithm>
 

@@ -1,9 +1,9 @@
 // Any bytes as XML: the tree and the stream take the same documents and find the same in them; a text that is
 // escaped reads back.
+#include "foundation/formats/Xml.h"
+#include "foundation/formats/XmlStream.h"
+#include "foundation/text/Encoding.h"
 #include "fuzz/FuzzTarget.h"
-#include "host/Xml.h"
-#include "host/XmlStream.h"
-#include "text/Encoding.h"
 
 namespace kx::fuzz {
 namespace {

@@ -1,7 +1,7 @@
 // A whole plug-in: one action, MESSAGE, which writes a text with a status into the log. An error ends the
 // run.
-#include "host/Actions.h"
-#include "host/Services.h"
+#include "contract/Actions.h"
+#include "contract/Services.h"
 
 #include <array>
 #include <memory>

@@ -1,13 +1,13 @@
 // A Build action over a small real solution, fake tools and the recording host.
 #pragma once
 
-#include "build/KxVSDotNetAction.h"
-#include "build/KxVSDotNetOptions.h"
-#include "host/Utilities.h"
+#include "contract/Utilities.h"
+#include "foundation/text/Encoding.h"
+#include "foundation/text/Text.h"
+#include "package/build/KxVSDotNetAction.h"
+#include "package/build/KxVSDotNetOptions.h"
 #include "tests/support/RecordingHost.h"
 #include "tests/support/TemporaryFolder.h"
-#include "text/Encoding.h"
-#include "text/Text.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

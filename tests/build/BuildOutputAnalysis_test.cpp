@@ -1,7 +1,7 @@
-#include "build/BuildLog.h"
+#include "package/build/BuildLog.h"
 
-#include "text/Encoding.h"
-#include "text/Text.h"
+#include "foundation/text/Encoding.h"
+#include "foundation/text/Text.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
-#include "build/ConfigurationNames.h"
-#include "build/ProjectSearch.h"
+#include "foundation/text/Encoding.h"
+#include "package/build/ConfigurationNames.h"
+#include "package/build/ProjectSearch.h"
 #include "tests/support/TemporaryFolder.h"
-#include "text/Encoding.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
-#include "build/KxVSDotNetOptions.h"
+#include "package/build/KxVSDotNetOptions.h"
 
+#include "foundation/text/Text.h"
 #include "tests/support/RecordingHost.h"
-#include "text/Text.h"
 
 #include <gtest/gtest.h>
 

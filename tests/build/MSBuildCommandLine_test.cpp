@@ -1,5 +1,5 @@
-#include "build/MSBuildCommandLine.h"
-#include "platform/System.h"
+#include "foundation/platform/System.h"
+#include "package/build/MSBuildCommandLine.h"
 #include "tests/build/BuildActionFixture.h"
 
 namespace kx::tests {

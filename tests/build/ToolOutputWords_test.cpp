@@ -1,9 +1,9 @@
-#include "build/ToolOutputWords.h"
+#include "package/build/ToolOutputWords.h"
 
-#include "build/SummaryLines.h"
-#include "host/RegEx.h"
-#include "text/Encoding.h"
-#include "text/Text.h"
+#include "foundation/formats/RegEx.h"
+#include "foundation/text/Encoding.h"
+#include "foundation/text/Text.h"
+#include "package/build/SummaryLines.h"
 
 #include <gtest/gtest.h>
 

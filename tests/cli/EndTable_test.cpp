@@ -1,4 +1,4 @@
-#include "cli/ConsoleSink.h"
+#include "program/cli/ConsoleSink.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
-#include "cli/LogReader.h"
+#include "program/cli/LogReader.h"
 
-#include "host/Exceptions.h"
+#include "foundation/text/Exceptions.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "editor/EditorServer.h"
+#include "program/editor/EditorServer.h"
 
 #include "tests/editor/HttpClient.h"
 #include "tests/editor/SessionFixture.h"

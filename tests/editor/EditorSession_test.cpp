@@ -1,5 +1,5 @@
-#include "editor/Assets.h"
-#include "editor/FileChooser.h"
+#include "program/editor/Assets.h"
+#include "program/editor/FileChooser.h"
 #include "tests/editor/SessionFixture.h"
 
 #include <gmock/gmock.h>

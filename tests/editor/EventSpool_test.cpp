@@ -1,4 +1,4 @@
-#include "editor/EventSpool.h"
+#include "program/editor/EventSpool.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "editor/HttpServer.h"
+#include "program/editor/HttpServer.h"
 
 #include "tests/editor/HttpClient.h"
 

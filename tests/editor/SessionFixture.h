@@ -1,9 +1,9 @@
 // A session of the editor on a project of its own, and verbs for what its page asks.
 #pragma once
 
-#include "editor/EditorSession.h"
-#include "package/KxVSDotNetReg.h"
-#include "runner/PluginLoader.h"
+#include "package/registration/KxVSDotNetReg.h"
+#include "program/editor/EditorSession.h"
+#include "program/runner/PluginLoader.h"
 #include "tests/runner/TestActions.h"
 
 #include <gtest/gtest.h>

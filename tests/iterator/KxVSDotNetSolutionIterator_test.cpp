@@ -1,8 +1,8 @@
-#include "iterator/KxVSDotNetSolutionIterator.h"
+#include "package/iterator/KxVSDotNetSolutionIterator.h"
 
+#include "foundation/text/Text.h"
 #include "tests/support/RecordingHost.h"
 #include "tests/support/TemporaryFolder.h"
-#include "text/Text.h"
 
 #include <gmock/gmock.h>
 

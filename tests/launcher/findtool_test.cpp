@@ -1,4 +1,4 @@
-#include "launcher/FindTool.h"
+#include "tools/launcher/FindTool.h"
 
 #include "tests/support/TemporaryFolder.h"
 

@@ -1,4 +1,4 @@
-#include "launcher/ToolCommand.h"
+#include "tools/launcher/ToolCommand.h"
 
 #include <gtest/gtest.h>
 

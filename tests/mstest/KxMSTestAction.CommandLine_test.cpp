@@ -1,7 +1,7 @@
 #include "tests/mstest/MSTestActionFixture.h"
 
-#include "platform/Files.h"
-#include "text/CommandLine.h"
+#include "foundation/platform/Files.h"
+#include "foundation/text/CommandLine.h"
 
 namespace kx::tests {
 namespace {

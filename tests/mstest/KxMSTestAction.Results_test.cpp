@@ -1,7 +1,7 @@
 #include "tests/mstest/MSTestActionFixture.h"
 
-#include "host/FileUpdates.h"
-#include "platform/Files.h"
+#include "contract/FileUpdates.h"
+#include "foundation/platform/Files.h"
 
 #include <filesystem>
 #include <functional>

@@ -1,4 +1,4 @@
-#include "host/LookAhead.h"
+#include "contract/LookAhead.h"
 #include "tests/mstest/MSTestActionFixture.h"
 
 #include <algorithm>

@@ -1,12 +1,12 @@
 // An MSTest action over the recording host, which plays MSTest.exe.
 #pragma once
 
-#include "build/KxVSDotNetOptions.h"
-#include "mstest/KxMSTestAction.h"
+#include "foundation/text/Encoding.h"
+#include "foundation/text/Text.h"
+#include "package/build/KxVSDotNetOptions.h"
+#include "package/mstest/KxMSTestAction.h"
 #include "tests/support/RecordingHost.h"
 #include "tests/support/TemporaryFolder.h"
-#include "text/Encoding.h"
-#include "text/Text.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

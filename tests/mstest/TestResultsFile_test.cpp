@@ -1,9 +1,9 @@
-#include "mstest/TestResultsFile.h"
+#include "package/mstest/TestResultsFile.h"
 
-#include "host/Xml.h"
+#include "foundation/formats/Xml.h"
+#include "foundation/text/Encoding.h"
+#include "foundation/text/Text.h"
 #include "tests/support/TemporaryFolder.h"
-#include "text/Encoding.h"
-#include "text/Text.h"
 
 #include <gtest/gtest.h>
 

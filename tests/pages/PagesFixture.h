@@ -1,8 +1,8 @@
 // An editor around one page: its action's host, a design service that answers from members, and verbs.
 #pragma once
 
-#include "build/KxVSDotNetOptions.h"
-#include "host/Pages.h"
+#include "contract/Pages.h"
+#include "package/build/KxVSDotNetOptions.h"
 #include "tests/support/RecordingHost.h"
 
 #include <gmock/gmock.h>

@@ -1,8 +1,8 @@
-#include "pages/KxMSTestFrame.h"
-#include "pages/KxMSTestPublishFrame.h"
-#include "pages/KxMSTestSettingsFrame.h"
-#include "pages/KxVSDotNetSolutionIteratorFrame.h"
-#include "pages/KxVSDotNetWebProjectDetectionFrame.h"
+#include "package/pages/KxMSTestFrame.h"
+#include "package/pages/KxMSTestPublishFrame.h"
+#include "package/pages/KxMSTestSettingsFrame.h"
+#include "package/pages/KxVSDotNetSolutionIteratorFrame.h"
+#include "package/pages/KxVSDotNetWebProjectDetectionFrame.h"
 #include "tests/pages/PagesFixture.h"
 #include "tests/support/TemporaryFolder.h"
 

@@ -1,9 +1,9 @@
-#include "pages/KxVSDotNetFrames.h"
-#include "pages/KxVSDotNetWebProjectDetectionFrame.h"
-#include "pages/KxVersionInfoUpdaterFrame.h"
+#include "package/pages/KxVSDotNetFrames.h"
+#include "package/pages/KxVSDotNetWebProjectDetectionFrame.h"
+#include "package/pages/KxVersionInfoUpdaterFrame.h"
+#include "package/versioninfo/KxVersionInfoUpdaterAction.h"
 #include "tests/pages/PagesFixture.h"
 #include "tests/support/TemporaryFolder.h"
-#include "versioninfo/KxVersionInfoUpdaterAction.h"
 
 #include <map>
 

@@ -1,4 +1,4 @@
-#include "platform/Console.h"
+#include "foundation/platform/Console.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -1,9 +1,9 @@
-#include "platform/FileLock.h"
+#include "foundation/platform/FileLock.h"
 
-#include "platform/Files.h"
-#include "platform/System.h"
+#include "foundation/platform/Files.h"
+#include "foundation/platform/System.h"
+#include "foundation/text/Encoding.h"
 #include "tests/support/TemporaryFolder.h"
-#include "text/Encoding.h"
 
 #include <atomic>
 #include <gtest/gtest.h>

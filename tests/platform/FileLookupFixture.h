@@ -1,7 +1,7 @@
 // A folder of files, and a look-up into it that lives as long.
 #pragma once
 
-#include "platform/Files.h"
+#include "foundation/platform/Files.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
-#include "platform/Files.h"
-#include "platform/Posix.h"
+#include "foundation/platform/Files.h"
+#include "foundation/platform/Posix.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <array>

@@ -1,6 +1,6 @@
-#include "platform/Files.h"
-#include "platform/PrivateFolder.h"
-#include "platform/Win32.h"
+#include "foundation/platform/Files.h"
+#include "foundation/platform/PrivateFolder.h"
+#include "foundation/platform/Win32.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <filesystem>

@@ -1,4 +1,4 @@
-#include "platform/Files.h"
+#include "foundation/platform/Files.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>

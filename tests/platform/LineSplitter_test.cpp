@@ -1,4 +1,4 @@
-#include "platform/LineSplitter.h"
+#include "foundation/platform/LineSplitter.h"
 
 #include <gtest/gtest.h>
 #include <vector>

@@ -1,7 +1,7 @@
-#include "platform/PrivateFolder.h"
+#include "foundation/platform/PrivateFolder.h"
 
-#include "platform/Files.h"
-#include "platform/System.h"
+#include "foundation/platform/Files.h"
+#include "foundation/platform/System.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <chrono>

@@ -1,11 +1,11 @@
 // Runs programs and keeps what they write.
 #pragma once
 
-#include "platform/Process.h"
+#include "foundation/platform/Process.h"
+#include "foundation/text/CommandLine.h"
+#include "foundation/text/WindowsPath.h"
 #include "tests/support/Processes.h"
 #include "tests/support/TemporaryFolder.h"
-#include "text/CommandLine.h"
-#include "text/WindowsPath.h"
 
 #include <gmock/gmock.h>
 #include <thread>

@@ -1,4 +1,4 @@
-#include "platform/System.h"
+#include "foundation/platform/System.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
-#include "platform/Spool.h"
+#include "foundation/platform/Spool.h"
 
-#include "platform/Files.h"
+#include "foundation/platform/Files.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>

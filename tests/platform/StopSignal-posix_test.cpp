@@ -1,4 +1,4 @@
-#include "platform/StopSignal.h"
+#include "foundation/platform/StopSignal.h"
 
 #include <csignal>
 #include <cstdlib>

@@ -1,4 +1,4 @@
-#include "platform/StopSignal.h"
+#include "foundation/platform/StopSignal.h"
 
 #include <gtest/gtest.h>
 #include <thread>

@@ -1,6 +1,6 @@
-#include "platform/DirectoryService.h"
-#include "platform/System.h"
-#include "platform/Win32.h"
+#include "foundation/platform/DirectoryService.h"
+#include "foundation/platform/System.h"
+#include "foundation/platform/Win32.h"
 
 #include <gtest/gtest.h>
 

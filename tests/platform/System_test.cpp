@@ -1,8 +1,8 @@
-#include "platform/System.h"
+#include "foundation/platform/System.h"
 
-#include "platform/Files.h"
-#include "text/Encoding.h"
-#include "text/WindowsPath.h"
+#include "foundation/platform/Files.h"
+#include "foundation/text/Encoding.h"
+#include "foundation/text/WindowsPath.h"
 
 #include <gmock/gmock.h>
 

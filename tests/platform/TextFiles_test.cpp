@@ -1,4 +1,4 @@
-#include "platform/TextFiles.h"
+#include "foundation/platform/TextFiles.h"
 
 #include <gtest/gtest.h>
 

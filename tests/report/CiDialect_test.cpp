@@ -1,7 +1,7 @@
-#include "report/CiDialect.h"
+#include "program/report/CiDialect.h"
 
-#include "report/SourceLocation.h"
-#include "text/Encoding.h"
+#include "foundation/text/Encoding.h"
+#include "program/report/SourceLocation.h"
 
 #include <gtest/gtest.h>
 

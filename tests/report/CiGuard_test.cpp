@@ -1,4 +1,4 @@
-#include "report/CiGuard.h"
+#include "program/report/CiGuard.h"
 
 #include <gtest/gtest.h>
 

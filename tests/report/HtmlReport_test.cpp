@@ -1,9 +1,9 @@
-#include "report/HtmlReport.h"
+#include "program/report/HtmlReport.h"
 
-#include "host/UnitTests.h"
-#include "report/JUnitSink.h"
-#include "text/Encoding.h"
-#include "text/Text.h"
+#include "contract/UnitTests.h"
+#include "foundation/text/Encoding.h"
+#include "foundation/text/Text.h"
+#include "program/report/JUnitSink.h"
 
 #include <gmock/gmock.h>
 

@@ -1,4 +1,4 @@
-#include "report/JsonLinesSink.h"
+#include "program/report/JsonLinesSink.h"
 
 #include <gtest/gtest.h>
 

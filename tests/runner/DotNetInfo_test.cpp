@@ -1,6 +1,6 @@
-#include "runner/DotNetInfo.h"
+#include "program/runner/DotNetInfo.h"
 
-#include "text/Text.h"
+#include "foundation/text/Text.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
-#include "runner/DryRun.h"
+#include "program/runner/DryRun.h"
 
+#include "foundation/text/Encoding.h"
 #include "tests/support/TemporaryFolder.h"
-#include "text/Encoding.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
-#include "runner/Expressions.h"
+#include "program/runner/Expressions.h"
 
-#include "platform/System.h"
+#include "foundation/platform/System.h"
 #include "tests/runner/TestActions.h"
 
 #include <gmock/gmock.h>

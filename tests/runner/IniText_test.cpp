@@ -1,6 +1,6 @@
-#include "runner/IniText.h"
+#include "program/runner/IniText.h"
 
-#include "text/Encoding.h"
+#include "foundation/text/Encoding.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
-#include "runner/OptionsStore.h"
+#include "program/runner/OptionsStore.h"
 
-#include "host/Exceptions.h"
-#include "runner/KnownOptions.h"
+#include "foundation/text/Exceptions.h"
+#include "foundation/text/Text.h"
+#include "foundation/text/WindowsPath.h"
+#include "program/runner/KnownOptions.h"
 #include "tests/runner/TestActions.h"
-#include "text/Text.h"
-#include "text/WindowsPath.h"
 
 #include <gmock/gmock.h>
 #include <thread>

@@ -1,4 +1,4 @@
-#include "runner/PluginLoader.h"
+#include "program/runner/PluginLoader.h"
 
 #include "tests/runner/TestActions.h"
 

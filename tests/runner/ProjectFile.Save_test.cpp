@@ -1,6 +1,6 @@
-#include "runner/ProjectFile.h"
+#include "program/runner/ProjectFile.h"
 
-#include "platform/FileLock.h"
+#include "foundation/platform/FileLock.h"
 #include "tests/runner/TestActions.h"
 
 #include <array>

@@ -1,4 +1,4 @@
-#include "runner/ProjectFile.h"
+#include "program/runner/ProjectFile.h"
 
 #include "tests/runner/TestActions.h"
 

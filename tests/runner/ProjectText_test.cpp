@@ -1,6 +1,6 @@
-#include "runner/ProjectText.h"
+#include "program/runner/ProjectText.h"
 
-#include "host/Exceptions.h"
+#include "foundation/text/Exceptions.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "runner/Run.h"
+#include "program/runner/Run.h"
 
 #include "tests/runner/TestActions.h"
 

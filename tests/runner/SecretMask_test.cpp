@@ -1,9 +1,9 @@
-#include "runner/SecretMask.h"
+#include "program/runner/SecretMask.h"
 
-#include "runner/Base64.h"
-#include "text/CommandLine.h"
-#include "text/Encoding.h"
-#include "text/Text.h"
+#include "foundation/text/CommandLine.h"
+#include "foundation/text/Encoding.h"
+#include "foundation/text/Text.h"
+#include "program/runner/Base64.h"
 
 #include <gtest/gtest.h>
 

@@ -1,13 +1,13 @@
 // Small actions, and the embedded host with them registered.
 #pragma once
 
-#include "host/Iterator.h"
-#include "host/Services.h"
-#include "runner/ProjectFile.h"
-#include "runner/Run.h"
-#include "runner/ServiceRegistry.h"
+#include "contract/Iterator.h"
+#include "contract/Services.h"
+#include "foundation/text/Encoding.h"
+#include "program/runner/ProjectFile.h"
+#include "program/runner/Run.h"
+#include "program/runner/ServiceRegistry.h"
 #include "tests/support/TemporaryFolder.h"
-#include "text/Encoding.h"
 
 #include <functional>
 #include <string>

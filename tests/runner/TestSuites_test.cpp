@@ -1,7 +1,7 @@
-#include "runner/TestSuites.h"
+#include "program/runner/TestSuites.h"
 
-#include "host/UnitTests.h"
-#include "text/Encoding.h"
+#include "contract/UnitTests.h"
+#include "foundation/text/Encoding.h"
 
 #include <gmock/gmock.h>
 

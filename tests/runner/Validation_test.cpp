@@ -1,4 +1,4 @@
-#include "runner/Validation.h"
+#include "program/runner/Validation.h"
 
 #include "tests/runner/TestActions.h"
 

@@ -1,6 +1,6 @@
-#include "runner/Run.h"
+#include "program/runner/Run.h"
 
-#include "host/UnitTests.h"
+#include "contract/UnitTests.h"
 #include "tests/runner/TestActions.h"
 
 #include <gmock/gmock.h>

@@ -1,6 +1,6 @@
-#include "runner/WebSites.h"
+#include "program/runner/WebSites.h"
 
-#include "host/Exceptions.h"
+#include "foundation/text/Exceptions.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>

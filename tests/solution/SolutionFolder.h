@@ -1,8 +1,8 @@
 // A folder with solutions in it, written and opened by tests.
 #pragma once
 
-#include "host/Exceptions.h"
-#include "solution/VSNETSLN.h"
+#include "foundation/text/Exceptions.h"
+#include "package/solution/VSNETSLN.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>

@@ -1,8 +1,8 @@
-#include "solution/VSNETSLN.Lines.h"
+#include "package/solution/VSNETSLN.Lines.h"
 
-#include "platform/TextFiles.h"
+#include "foundation/platform/TextFiles.h"
+#include "foundation/text/Text.h"
 #include "tests/solution/SolutionFolder.h"
-#include "text/Text.h"
 
 #include <future>
 #include <random>

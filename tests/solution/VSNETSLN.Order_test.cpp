@@ -1,8 +1,8 @@
-#include "solution/VSNETSLN.Order.h"
+#include "package/solution/VSNETSLN.Order.h"
 
-#include "solution/VSNETSLN.Model.h"
+#include "foundation/text/Text.h"
+#include "package/solution/VSNETSLN.Model.h"
 #include "tests/solution/SolutionFolder.h"
-#include "text/Text.h"
 
 #include <random>
 

@@ -1,7 +1,7 @@
 #include "tests/solution/SolutionFolder.h"
 
-#include "platform/System.h"
-#include "text/Text.h"
+#include "foundation/platform/System.h"
+#include "foundation/text/Text.h"
 
 #include <thread>
 

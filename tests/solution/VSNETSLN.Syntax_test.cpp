@@ -1,7 +1,7 @@
-#include "solution/VSNETSLN.Syntax.h"
+#include "package/solution/VSNETSLN.Syntax.h"
 
-#include "host/RegEx.h"
-#include "text/Encoding.h"
+#include "foundation/formats/RegEx.h"
+#include "foundation/text/Encoding.h"
 
 #include <gtest/gtest.h>
 #include <random>

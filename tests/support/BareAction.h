@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/Actions.h"
+#include "contract/Actions.h"
 
 namespace kx::tests {
 

@@ -1,7 +1,7 @@
 #include "tests/support/Processes.h"
 
-#include "text/Encoding.h"
-#include "text/Text.h"
+#include "foundation/text/Encoding.h"
+#include "foundation/text/Text.h"
 
 #include <csignal>
 #include <fstream>

@@ -1,8 +1,8 @@
 #include "tests/support/Processes.h"
 
-#include "platform/Win32.h"
-#include "text/CommandLine.h"
-#include "text/Text.h"
+#include "foundation/platform/Win32.h"
+#include "foundation/text/CommandLine.h"
+#include "foundation/text/Text.h"
 
 namespace kx::tests {
 

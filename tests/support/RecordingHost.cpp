@@ -1,7 +1,7 @@
 #include "tests/support/RecordingHost.h"
 
-#include "host/Iterator.h"
-#include "text/WindowsPath.h"
+#include "contract/Iterator.h"
+#include "foundation/text/WindowsPath.h"
 
 namespace kx::tests {
 

@@ -2,10 +2,10 @@
 // set.
 #pragma once
 
-#include "host/Actions.h"
-#include "host/Services.h"
-#include "text/Encoding.h"
-#include "text/Text.h"
+#include "contract/Actions.h"
+#include "contract/Services.h"
+#include "foundation/text/Encoding.h"
+#include "foundation/text/Text.h"
 
 #include <deque>
 #include <functional>

@@ -1,9 +1,9 @@
 // A folder that lives as long as the test.
 #pragma once
 
-#include "platform/Files.h"
-#include "text/Encoding.h"
-#include "text/Text.h"
+#include "foundation/platform/Files.h"
+#include "foundation/text/Encoding.h"
+#include "foundation/text/Text.h"
 
 #include <algorithm>
 #include <filesystem>

@@ -12,13 +12,13 @@
 //   server:A,B           the same, and writes its number to standard error
 //   wait, wait:N         for ten minutes, for N milliseconds
 //   exit:N
-#include "platform/Console.h"
-#include "platform/Files.h"
-#include "platform/System.h"
+#include "foundation/platform/Console.h"
+#include "foundation/platform/Files.h"
+#include "foundation/platform/System.h"
+#include "foundation/text/Encoding.h"
+#include "foundation/text/Text.h"
+#include "foundation/text/WindowsPath.h"
 #include "tests/support/Processes.h"
-#include "text/Encoding.h"
-#include "text/Text.h"
-#include "text/WindowsPath.h"
 
 #include <csignal>
 #include <cstdlib>

@@ -1,4 +1,4 @@
-#include "text/CommandLine.h"
+#include "foundation/text/CommandLine.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "text/Encoding.h"
+#include "foundation/text/Encoding.h"
 
 #include <gtest/gtest.h>
 

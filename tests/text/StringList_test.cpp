@@ -1,4 +1,4 @@
-#include "text/StringList.h"
+#include "foundation/text/StringList.h"
 
 #include <gtest/gtest.h>
 

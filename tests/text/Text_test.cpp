@@ -1,4 +1,4 @@
-#include "text/Text.h"
+#include "foundation/text/Text.h"
 
 #include <gtest/gtest.h>
 

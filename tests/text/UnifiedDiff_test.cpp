@@ -1,7 +1,7 @@
-#include "text/UnifiedDiff.h"
+#include "foundation/text/UnifiedDiff.h"
 
-#include "text/Encoding.h"
-#include "text/Text.h"
+#include "foundation/text/Encoding.h"
+#include "foundation/text/Text.h"
 
 #include <gtest/gtest.h>
 

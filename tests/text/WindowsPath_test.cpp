@@ -1,4 +1,4 @@
-#include "text/WindowsPath.h"
+#include "foundation/text/WindowsPath.h"
 
 #include <gtest/gtest.h>
 

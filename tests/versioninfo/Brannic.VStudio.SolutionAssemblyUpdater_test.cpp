@@ -1,8 +1,8 @@
-#include "versioninfo/Brannic.VStudio.SolutionAssemblyUpdater.h"
+#include "package/versioninfo/Brannic.VStudio.SolutionAssemblyUpdater.h"
 
+#include "package/versioninfo/ProjectSources.h"
 #include "tests/support/RecordingHost.h"
 #include "tests/support/TemporaryFolder.h"
-#include "versioninfo/ProjectSources.h"
 
 #include <gmock/gmock.h>
 

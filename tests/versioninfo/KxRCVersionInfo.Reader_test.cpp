@@ -1,6 +1,6 @@
-#include "versioninfo/KxRCVersionInfo.h"
+#include "package/versioninfo/KxRCVersionInfo.h"
 
-#include "host/Exceptions.h"
+#include "foundation/text/Exceptions.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>

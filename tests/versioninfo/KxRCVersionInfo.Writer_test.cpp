@@ -1,7 +1,7 @@
-#include "versioninfo/KxRCVersionInfo.h"
+#include "package/versioninfo/KxRCVersionInfo.h"
 
+#include "foundation/text/Exceptions.h"
 #include "fuzz/FuzzTarget.h"
-#include "host/Exceptions.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>

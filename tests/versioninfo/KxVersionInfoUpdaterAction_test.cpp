@@ -1,8 +1,8 @@
-#include "versioninfo/KxVersionInfoUpdaterAction.h"
+#include "package/versioninfo/KxVersionInfoUpdaterAction.h"
 
+#include "package/versioninfo/KxRCVersionInfo.h"
 #include "tests/support/RecordingHost.h"
 #include "tests/support/TemporaryFolder.h"
-#include "versioninfo/KxRCVersionInfo.h"
 
 #include <gmock/gmock.h>
 

@@ -1,10 +1,10 @@
-#include "web/KxResolveIISDirectory.h"
+#include "package/web/KxResolveIISDirectory.h"
 
-#include "host/Exceptions.h"
-#include "host/Services.h"
-#include "platform/System.h"
-#include "text/Encoding.h"
-#include "web/WebAddress.h"
+#include "contract/Services.h"
+#include "foundation/platform/System.h"
+#include "foundation/text/Encoding.h"
+#include "foundation/text/Exceptions.h"
+#include "package/web/WebAddress.h"
 
 #include <functional>
 #include <gtest/gtest.h>

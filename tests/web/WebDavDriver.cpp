@@ -1,9 +1,9 @@
 // kx_webdav_driver ADDRESS USER PASSWORD [UPLOADFOLDER]: what a stamping does with a web project's file.
-#include "host/Exceptions.h"
-#include "platform/Files.h"
-#include "text/Encoding.h"
-#include "text/Text.h"
-#include "web/KxResolveIISDirectory.h"
+#include "foundation/platform/Files.h"
+#include "foundation/text/Encoding.h"
+#include "foundation/text/Exceptions.h"
+#include "foundation/text/Text.h"
+#include "package/web/KxResolveIISDirectory.h"
 
 #include <iostream>
 

@@ -1,0 +1,65 @@
+// A page laid over the published properties: each field's kind comes from the property's, its label and hint
+// from what the object tells editors.
+#pragma once
+
+#include "contract/Pages.h"
+
+namespace kx {
+
+// A heading, or one property of a page. What is left out follows from the property: True or False is a check
+// box, an enumeration a drop-down, a number an integer field, a list of texts a list; a secret is a secret.
+struct TKxTableField {
+  std::u16string_view Heading = {};
+  std::u16string_view Property = {};
+  std::u16string_view Label = {};        // where the object's own name for it does not do
+  std::u16string_view EnabledBy = {};    // a property further up on the page: a Boolean that is True,
+  std::u16string_view EnabledAt = {};    // or an enumeration that has this value
+  std::optional<TKxFieldKind> Kind = {}; // of a text: a file, a folder, lines
+  std::u16string_view Filter = {};       // of a file
+  bool IsSeenFromProject = true;
+  std::u16string_view OffersTitle = {};
+  std::span<const std::u16string_view> Places = {};
+};
+
+// The general form when no fields are given: every property that is neither hidden nor read-only, under the
+// groups that the object names. Fields bear the names of their properties. Only what the user changed is
+// written, in the order of the table.
+class TKxTablePage : public TKxPropertyPage {
+public:
+  explicit TKxTablePage(std::u16string_view pageName, std::span<const TKxTableField> fields = {})
+      : pageName_(pageName), layout_(fields) {} // which outlive the page
+
+  std::u16string PageName() const override { return pageName_; }
+  void InitFrame() override {}
+  void InitPage(TKxPersistent& edited) override; // makes the fields: only the object knows its properties
+  void ReadActionData() override;
+  void WriteActionData() override;
+
+protected:
+  TKxPersistent& Edited() const { return *edited_; }
+  void ApplyEnableRules() override;
+  // What a drop-down shows for a value of an enumeration: its words apart, without the prefix ("Selected
+  // Projects" for btSelectedProjects).
+  virtual std::u16string ItemText(const TKxEnumeration& enumeration, std::size_t ordinal) const;
+
+private:
+  void AddField(const TKxTableField& row, const TKxPublishedProperty& property);
+  void AddGeneralForm();
+  bool IsEnabled(const TKxTableField& row) const;
+  std::u16string EnablingItem(const TKxTableField& row) const;
+  std::u16string ReadValue(const TKxPageField& field, const TKxPublishedProperty& property);
+  TKxPropertyValue WrittenValue(const TKxPageField& field, const TKxPublishedProperty& property) const;
+
+  std::u16string pageName_;
+  std::span<const TKxTableField> layout_;
+  TKxPersistent* edited_ = nullptr;
+  std::vector<std::u16string> read_; // the value of each of Fields() as ReadActionData found it
+};
+
+// The name of a property for people: the object's own alias, else its words apart and in full ("Extra Command
+// Line Parameters" for ExtraCmdLineParams).
+std::u16string DisplayName(const TKxPersistent& object, std::u16string_view property);
+// The help of a property: the object's own, else the table's.
+std::u16string PropertyHelp(const TKxPersistent& object, const TKxPublishedProperty& property);
+
+} // namespace kx

@@ -1,0 +1,51 @@
+#include "foundation/platform/PrivateFolder.h"
+
+#include "foundation/platform/AbandonedFolders.h"
+#include "foundation/platform/Files.h"
+#include "foundation/platform/Posix.h"
+#include "foundation/text/Encoding.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+
+namespace kx::platform {
+
+using namespace posix;
+
+static Descriptor OpenFolder(const std::string& path) {
+  return Descriptor(
+      Uninterrupted([&] { return open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); }));
+}
+
+Result<PrivateFolder> PrivateFolder::Create() {
+  const std::u16string folder = TemporaryDirectory();
+  const Result<std::string> native = NativeForWriting(folder);
+  if (!native) return FileFailure(u"create a folder in", folder, native.Message());
+  for (;;) {
+    const std::string path = *native + "/" + kPrivateFolders.New();
+    PrivateFolder made(text::FromUtf8(path), std::make_shared<Descriptor>()); // before there is one to lose
+    if (mkdir(path.c_str(), 0700) != 0) {
+      const int error = errno;
+      made.path_.clear();
+      if (error == EEXIST) continue;
+      return FileFailure(u"create a folder in", folder, Reason(error));
+    }
+    Descriptor& life = *std::static_pointer_cast<Descriptor>(made.life_);
+    life = OpenFolder(path);
+    if (!life.IsOpen() && errno != ENOENT) return FileFailure(u"create a folder in", folder, Reason(errno));
+    // Else somebody who cleans up has been quicker than the lock.
+    if (life.IsOpen() && TakeForLife(path, life)) return made;
+  }
+}
+
+bool IsAbandonedFolder(const std::filesystem::path& path) {
+  const Descriptor folder = OpenFolder(path.string());
+  struct stat info {};
+  if (!folder.IsOpen() || fstat(folder.Get(), &info) != 0) return false;
+  const bool isPrivate = info.st_uid == geteuid() && (info.st_mode & 077) == 0;
+  return isPrivate && flock(folder.Get(), LOCK_EX | LOCK_NB) == 0;
+}
+
+} // namespace kx::platform

@@ -1,0 +1,42 @@
+#include "foundation/platform/PrivateFolder.h"
+
+#include "foundation/platform/AbandonedFolders.h"
+#include "foundation/platform/Files.h"
+#include "foundation/platform/Shared.h"
+#include "foundation/platform/Win32.h"
+#include "foundation/text/Encoding.h"
+#include "foundation/text/WindowsPath.h"
+
+namespace kx::platform {
+
+using namespace win32;
+
+static Handle OpenFolder(const std::wstring& path, DWORD access, DWORD share) {
+  return Handle(
+      CreateFileW(path.c_str(), access, share, nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+}
+
+Result<PrivateFolder> PrivateFolder::Create() {
+  const std::u16string folder = TemporaryDirectory();
+  for (;;) {
+    std::u16string path = text::JoinPath(folder, text::FromAscii(kPrivateFolders.New()));
+    const Result<std::wstring> native = ToNative(path);
+    if (!native) return FileFailure(u"create a folder in", folder, native.Message());
+    if (CreateDirectoryW(native->c_str(), nullptr) != FALSE) {
+      constexpr DWORD sharedButForRemoval = FILE_SHARE_READ | FILE_SHARE_WRITE;
+      auto life = std::make_shared<Handle>(OpenFolder(*native, GENERIC_READ, sharedButForRemoval));
+      return PrivateFolder(std::move(path), std::move(life));
+    }
+    if (GetLastError() != ERROR_ALREADY_EXISTS)
+      return FileFailure(u"create a folder in", folder, Reason(GetLastError()));
+  }
+}
+
+bool IsAbandonedFolder(const std::filesystem::path& path) {
+  WIN32_FILE_ATTRIBUTE_DATA info{};
+  if (GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &info) == FALSE) return false;
+  if ((info.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0 || !IsOld(info.ftLastWriteTime)) return false;
+  return OpenFolder(path.wstring(), DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE).IsOpen();
+}
+
+} // namespace kx::platform

@@ -1,0 +1,41 @@
+// What the sources of every system in this room share.
+#pragma once
+
+#include "foundation/platform/Result.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace kx::platform {
+
+// "Cannot <action> <path>. <reason>", the path as the caller wrote it.
+Failure FileFailure(std::u16string_view action, std::u16string_view path, std::u16string_view reason);
+
+// Why a file of several names (hard links) is not replaced.
+std::u16string SeveralNames(std::uint64_t count);
+
+// What SaveNewFile and CopyToNewFile have in common; the latter gives the file the times of the other one,
+// too.
+Result<bool> SaveNew(std::u16string_view path, std::string_view bytes, std::u16string_view like,
+                     bool withTimes);
+
+// Letters and digits for names that must not be guessed or taken.
+std::string RandomLetters(std::size_t count);
+
+// The names of what lives only for a moment: random, and known as ours when a killed program has left them.
+struct PassingNames {
+  std::string_view Start;
+  std::string_view End;
+
+  std::string New() const;
+  bool Has(std::string_view name) const;
+};
+inline constexpr PassingNames kTemporaryFiles{".kx-", ".tmp"};
+inline constexpr PassingNames kPrivateFolders{"kx-", ""};
+
+// True for the first call with this folder: what killed programs have left in one is looked for once, since
+// it may hold much else.
+bool IsFirstVisit(const std::string& folder);
+
+} // namespace kx::platform

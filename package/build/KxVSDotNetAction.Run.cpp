@@ -1,0 +1,388 @@
+#include "package/build/KxVSDotNetAction.Run.h"
+
+#include "contract/Utilities.h"
+#include "foundation/platform/Files.h"
+#include "foundation/text/Text.h"
+#include "foundation/text/WindowsPath.h"
+#include "package/build/ConfigurationNames.h"
+#include "package/build/DevEnvCommandLine.h"
+#include "package/build/MSBuildCommandLine.h"
+#include "package/build/ProjectSearch.h"
+#include "package/build/ProjectSelection.h"
+#include "package/build/VersionStamping.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+namespace kx {
+
+namespace {
+
+// A log can claim any number of errors; the counters stay at their largest value.
+void AddSaturating(std::int32_t& total, std::int32_t number) {
+  const std::int64_t sum = std::int64_t{total} + number;
+  total = sum > std::numeric_limits<std::int32_t>::max() ? std::numeric_limits<std::int32_t>::max()
+                                                         : static_cast<std::int32_t>(sum);
+}
+
+} // namespace
+
+TBuildRun::TBuildRun(TKxCustomVSDotNetAction& action) : action_(action) {
+  action_.run_ = this;
+}
+TBuildRun::~TBuildRun() {
+  action_.run_ = nullptr;
+}
+
+bool TBuildRun::Execute() {
+  action_.compilerErrors_ = 0;
+  action_.compilerWarnings_ = 0;
+  std::u16string configuration;
+  if (!action_.TryExpandExpression(u"Solution Configuration Name", action_.solution_.SolutionConfiguration,
+                                   true, configuration))
+    return false;
+  if (!action_.VerifyExecutable(action_.UsingMSBuild())) return false;
+  solution_ = LoadSolution();
+  const auto configurations = FindConfigurations(configuration);
+  if (!VerifySetupTool(configurations) || !StampVersions()) return false;
+  action_.structuredOutput_.Start(solution_->GetFileName(), action_.msbuild_.StructuredOutput);
+  const bool succeeded = BuildAll(configurations);
+  if (succeeded && fruitfulRuns_ == 0) ReportNothingBuilt(configurations);
+  return succeeded;
+}
+
+bool TBuildRun::BuildAll(const std::vector<std::u16string>& configurations) {
+  bool succeeded = true;
+  WarnOfMissingProjects(configurations);
+  for (const auto& name : configurations) {
+    if (IsStopped()) return succeeded && SayStopped();
+    succeeded = BuildConfiguration(name);
+  }
+  return succeeded;
+}
+
+// A tool that is given the solution says so itself, and a selection has to be found.
+void TBuildRun::WarnOfMissingProjects(std::span<const std::u16string> configurations) {
+  if (action_.solution_.BuildType != TVSDotNetBuildType::btIncludeDisabledProjects) return;
+  if (const auto missing = MissingProjects(*solution_, configurations); !missing.empty())
+    action_.SendMessage(u"Warning : " + missing + u". They are not built.", TStatusTag::stWarning);
+}
+
+std::shared_ptr<IVSDotNetSolution> TBuildRun::LoadSolution() {
+  std::u16string name;
+  if (!action_.TryExpandExpression(u"Solution File Name", action_.solution_.Solution, true, name))
+    throw EFailAction(u"Failed to expand solution file name.");
+  name = action_.FullProjectPath(name);
+  if (!platform::FileExists(name))
+    throw EFailAction(u"Solution File " + DoubleQuoteString(name) + u" does not exist");
+  try {
+    return OpenSolution(name, false, &action_.Host().Stop());
+  } catch (const std::exception& error) {
+    if (action_.Host().Stop().IsRaised()) throw;
+    action_.WarnOfPlace(error);
+    throw EFailAction(u"Error Parsing Solution File : " + MessageOf(error));
+  }
+}
+
+std::vector<std::u16string> TBuildRun::FindConfigurations(const std::u16string& wanted) {
+  std::u16string error;
+  auto matched = MatchConfigurations(*solution_, wanted, action_.solution_.UseRegExOnConfigName, error);
+  if (!error.empty())
+    action_.SendMessage(u"Error matching config regular expression : " + error, TStatusTag::stError);
+  if (const auto guess = GuessedConfiguration(*solution_, wanted, matched); !guess.empty())
+    action_.SendMessage(u"Warning : " + guess, TStatusTag::stWarning);
+  if (!matched.empty()) return matched;
+  // A name that the solution does not know still goes to the tool, which then says so. Where projects are
+  // built one by one no tool is asked: the solution alone says what a configuration means to them.
+  const bool toolDecides = action_.solution_.BuildType == TVSDotNetBuildType::btAllProjects &&
+                           MayToolKnowConfiguration(*solution_, wanted);
+  if (!toolDecides)
+    action_.ReportBreach(KxVerdictRules::NoConfiguration, MissingConfiguration(*solution_, wanted));
+  return {wanted};
+}
+
+// Setup projects need devenv, however the others are built; without one nothing is begun.
+bool TBuildRun::VerifySetupTool(const std::vector<std::u16string>& configurations) {
+  return !action_.NeedsDevEnv(*solution_, configurations) || action_.VerifyExecutable(false);
+}
+
+// AssemblyInfo first; a failed stamping ends the action before any tool runs.
+bool TBuildRun::StampVersions() {
+  TWin32Stamping win32(action_, solution_);
+  if (action_.win32Stamp_.UpdateWin32Resource && !win32.CheckNumbers()) return false;
+  if (action_.assemblyInfo_.UpdateAssemblyInfo &&
+      !TAssemblyInfoStamping(action_, solution_, action_.terminate_).Run())
+    return false;
+  return !action_.win32Stamp_.UpdateWin32Resource || win32.Run();
+}
+
+bool TBuildRun::BuildConfiguration(const std::u16string& configuration) {
+  const auto parts = text::Split(configuration, u'|');
+  action_.currentConfigName_ = parts.size() > 1 ? parts[0] : std::u16string_view(configuration);
+  action_.currentPlatformName_ = parts.size() > 1 ? parts[1] : std::u16string_view();
+  action_.structuredOutput_.ResetCounts();
+  const int fruitfulBefore = fruitfulRuns_;
+  action_.StartConfiguration(configuration);
+  const bool succeeded = PerformBuild(configuration);
+  if (action_.msbuild_.StructuredOutput && action_.UsingMSBuild()) ReportStructuredCounts();
+  const TKxOutcome done =
+      fruitfulRuns_ > fruitfulBefore ? TKxOutcome::koSucceeded : TKxOutcome::koNothingToDo;
+  action_.EndConfiguration(succeeded ? done : TKxOutcome::koFailed);
+  return succeeded;
+}
+
+void TBuildRun::ReportNothingBuilt(const std::vector<std::u16string>& configurations) {
+  const std::u16string solution = text::ExtractFileName(solution_->GetFileName());
+  action_.ReportBreach(KxVerdictRules::NothingBuilt,
+                       toolRuns_ == 0
+                           ? u"Nothing was built: none of the projects is part of " +
+                                 text::Join(configurations, u", ") + u"."
+                           : u"Nothing was built: the tool built none of the projects of " + solution +
+                                 u" and found none up to date. They are missing, of a kind that it leaves "
+                                 u"out, or not part of " +
+                                 text::Join(configurations, u", ") + u".");
+}
+
+bool TBuildRun::IsStopped() const {
+  return action_.terminate_.IsRaised() || action_.Host().Stop().IsRaised();
+}
+
+bool TBuildRun::SayStopped() {
+  action_.SendMessage(u"Action Terminated by User.", TStatusTag::stError);
+  return false;
+}
+
+void TBuildRun::ReportStructuredCounts() {
+  Count(TBuildCount::Errors, action_.structuredOutput_.ErrorCount());
+  Count(TBuildCount::Warnings, action_.structuredOutput_.WarningCount());
+}
+
+bool TBuildRun::PerformBuild(const std::u16string& configuration) {
+  analysis_.emplace(TBuildOutputOptions{action_.UsingMSBuild(), action_.msbuild_.StructuredOutput,
+                                        action_.solution_.VStudioVersion},
+                    static_cast<IBuildOutputSink&>(*this));
+  if (action_.solution_.BuildType == TVSDotNetBuildType::btAllProjects) return BuildSolution(configuration);
+  if (action_.solution_.BuildAction == TVSDotNetBuildAction::baRebuild) return RebuildProjects(configuration);
+  return BuildProjects(configuration, action_.solution_.BuildAction);
+}
+
+bool TBuildRun::BuildSolution(const std::u16string& configuration) {
+  TKxMessageGroup group(action_, u"Solution " + solution_->GetFileName());
+  std::u16string parameters;
+  if (!ExpandExtraParameters(parameters)) return false;
+  const bool useMSBuild = action_.UsingMSBuild();
+  const TVSDotNetBuildAction buildAction = action_.solution_.BuildAction;
+  parameters += useMSBuild ? MSBuildParameters(configuration, false, buildAction)
+                           : DevEnvCommandLine(action_.solution_, configuration, buildAction);
+  EnsureTrailingSpace(parameters);
+  parameters += DoubleQuoteString(solution_->GetFileName());
+  return group.Close(RunCompiler(parameters, useMSBuild));
+}
+
+// All of them are cleaned before the first is built: a project by project rebuild would clean what the next
+// one needs.
+bool TBuildRun::RebuildProjects(const std::u16string& configuration) {
+  TKxMessageGroup group(action_, u"Cleaning Projects");
+  if (!group.Close(BuildProjects(configuration, TVSDotNetBuildAction::baClean))) return false;
+  return BuildProjects(configuration, TVSDotNetBuildAction::baBuild);
+}
+
+bool TBuildRun::BuildProjects(const std::u16string& configuration, TVSDotNetBuildAction buildAction) {
+  text::TStringList ids;
+  if (!ReadProjects(ids)) return false;
+  WarnOfSharedIdentifiers();
+  for (const auto& id : ids) {
+    const auto project = solution_->GetProjects()->FindByID(id);
+    if (!project) {
+      action_.SendMessage(u"Warning : Project " + id +
+                              u" was not found in the solution file. You may need to reconfigure the action.",
+                          TStatusTag::stWarning);
+    } else if (!BuildProject(*project, configuration, action_.UsingMSBuild(), buildAction)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+bool TBuildRun::ReadProjects(text::TStringList& ids) {
+  if (action_.solution_.BuildType == TVSDotNetBuildType::btSelectedProjects) return ReadSelectedProjects(ids);
+  const auto projects = solution_->GetProjects();
+  for (int i = 0; i < projects->GetCount(); ++i)
+    ids.Add(projects->GetItem(i)->GetProjectID());
+  return true;
+}
+
+bool TBuildRun::ReadSelectedProjects(text::TStringList& ids) {
+  const text::TStringList selected =
+      action_.ResolveProjects(u"SelectedProjects", action_.solution_.SelectedProjects, *solution_);
+  if (selected.IsEmpty()) {
+    action_.SendMessage(u"No Projects selected to build", TStatusTag::stError);
+    return false;
+  }
+  const TProjectIds wanted = SetOf(selected);
+  TProjectIds known;
+  const auto projects = solution_->GetProjects();
+  for (int i = 0; i < projects->GetCount(); ++i) {
+    const std::u16string id = projects->GetItem(i)->GetProjectID();
+    known.insert(id);
+    if (wanted.contains(id)) ids.Add(id);
+  }
+  const auto isKnown = [&known](const std::u16string& entry) { return known.contains(entry); };
+  if (std::all_of(selected.begin(), selected.end(), isKnown)) return true;
+  action_.SendMessage(
+      u"A Project selected is no longer part of this solution, please open the action properties "
+      u"dialog and select the correct projects",
+      TStatusTag::stError);
+  return false;
+}
+
+bool TBuildRun::BuildProject(const IVSDotNetProject& project, const std::u16string& configuration,
+                             bool useMSBuild, TVSDotNetBuildAction buildAction) {
+  if (useMSBuild && IsSetupProject(project)) {
+    action_.SendMessage(
+        u"Warning : Setup project " + project.GetName() +
+            u" cannot be built with MSBuild. This project will be built with VisualStudio instead.",
+        TStatusTag::stWarning);
+    return BuildProject(project, configuration, false, buildAction);
+  }
+  TKxMessageGroup group(action_, u"Project " + project.GetName());
+  action_.SendMessage(u"Processing Project : " + project.GetName());
+  std::u16string parameters;
+  if (!ExpandExtraParameters(parameters)) return false;
+  const auto projectConfiguration = project.GetConfig(configuration);
+  if (projectConfiguration.empty()) {
+    action_.SendMessage(u"Project " + DoubleQuoteString(project.GetName()) +
+                        u" is not built in solution configuration " + configuration);
+    return group.Close(true);
+  }
+  action_.SendMessage(u"Building project configuration " + DoubleQuoteString(projectConfiguration) +
+                      u" for solution configuration " + DoubleQuoteString(configuration));
+  if (useMSBuild) WarnOfCutFolder();
+  parameters += ProjectParameters(project, projectConfiguration, configuration, useMSBuild, buildAction);
+  return group.Close(RunCompiler(parameters, useMSBuild));
+}
+
+void TBuildRun::WarnOfSharedIdentifiers() {
+  if (std::exchange(checkedIdentifiers_, true)) return;
+  const auto shared = ExplainSharedIdentifiers(*solution_, action_.ProjectsToBuild(*solution_));
+  if (!shared.empty()) action_.SendMessage(u"Warning : " + shared, TStatusTag::stWarning);
+}
+
+// MSBuild is told the solution's folder without quotes.
+void TBuildRun::WarnOfCutFolder() {
+  const std::u16string warning = warnedOfFolder_ ? std::u16string() : WhyFolderIsCut(*solution_);
+  if (warning.empty()) return;
+  warnedOfFolder_ = true;
+  action_.SendMessage(u"Warning : " + warning, TStatusTag::stWarning);
+}
+
+// The text of ExtraCmdLineParams, which stands in front of all other parameters.
+bool TBuildRun::ExpandExtraParameters(std::u16string& parameters) {
+  if (!action_.TryExpandExpression(u"ExtraCmdLineParams", action_.solution_.ExtraCmdLineParams, false,
+                                   parameters))
+    return false;
+  EnsureTrailingSpace(parameters);
+  return true;
+}
+
+std::u16string TBuildRun::ProjectParameters(const IVSDotNetProject& project,
+                                            std::u16string_view projectConfiguration,
+                                            const std::u16string& configuration, bool useMSBuild,
+                                            TVSDotNetBuildAction buildAction) {
+  const std::u16string file = DoubleQuoteString(project.GetFileName());
+  if (!useMSBuild)
+    return DevEnvCommandLine(action_.solution_, configuration, buildAction) + u" /project " + file + u" " +
+           DoubleQuoteString(solution_->GetFileName());
+  const bool anyCPU = WritesAnyCPUWithoutBlank(*solution_, project, projectConfiguration);
+  std::u16string parameters = MSBuildParameters(projectConfiguration, anyCPU, buildAction);
+  EnsureTrailingSpace(parameters);
+  parameters += u"/p:solutionDir=" + SolutionDirectory(*solution_);
+  EnsureTrailingSpace(parameters);
+  return parameters + file;
+}
+
+// With the properties in the log, since the switch that holds them is hard to read.
+std::u16string TBuildRun::MSBuildParameters(std::u16string_view configuration, bool anyCPU,
+                                            TVSDotNetBuildAction buildAction) {
+  const TTextExpander expander{
+      [this](std::u16string_view label, std::u16string_view text, std::u16string& result) {
+        return action_.TryExpandExpression(label, text, false, result);
+      },
+      [this](std::u16string_view text) { return action_.ExpandExpression(text); }};
+  const auto framework = FrameworkOf(action_.solution_.VStudioVersion);
+  const std::u16string logger =
+      text::JoinPath(TPathUtils::GetAppPath(), action_.structuredOutput_.GetLoggerAssembly(framework));
+  const auto line = MSBuildCommandLine(action_.solution_, action_.msbuild_,
+                                       {configuration, anyCPU, buildAction, logger}, expander);
+  TKxMessageGroup group(action_, u"MSBuild Properties");
+  for (const auto& property : line.Properties)
+    action_.SendMessage(property);
+  group.CloseNormal();
+  return line.Text;
+}
+
+bool TBuildRun::RunCompiler(const std::u16string& parameters, bool useMSBuild) {
+  if (IsStopped()) return SayStopped();
+  const auto process = action_.NewActionProcess();
+  TKxProcessSettings& settings = process->Settings();
+  settings.Executable = action_.GetExecutable(useMSBuild);
+  settings.Parameters = parameters;
+  settings.StartingDirectory = text::ExtractFileDir(solution_->GetFileName());
+  settings.TerminateEvent = &action_.terminate_;
+  action_.SendMessage(u"Running " + settings.Executable + u" with parameters : " + parameters);
+  action_.SendMessage(u"------");
+  analysis_->BeginRun(useMSBuild);
+  action_.structuredOutput_.BeginRun();
+  ++toolRuns_;
+  RunProcess(*process);
+  NoteBuilt(useMSBuild);
+  return JudgeRun(*process);
+}
+
+void TBuildRun::RunProcess(IKxProcess& process) {
+  try {
+    process.Run();
+  } catch (const std::exception& error) {
+    action_.structuredOutput_.EndRun();
+    action_.SendMessage(u"Error Running " + process.Settings().Executable + u" : " + MessageOf(error),
+                        TStatusTag::stError);
+    throw;
+  }
+  action_.structuredOutput_.EndRun();
+}
+
+// A tool that says nothing about projects is believed. xbuild prints nothing about those that were clean
+// before it cleans them.
+void TBuildRun::NoteBuilt(bool useMSBuild) {
+  const bool structured = useMSBuild && action_.msbuild_.StructuredOutput;
+  const bool isSilent = useMSBuild && action_.solution_.BuildAction == TVSDotNetBuildAction::baClean;
+  const bool none = structured ? action_.structuredOutput_.BuiltProjects() == 0
+                               : !isSilent && analysis_->BuiltProjects() == TBuiltProjects::None;
+  if (!none) ++fruitfulRuns_;
+}
+
+bool TBuildRun::JudgeRun(IKxProcess& process) {
+  if (process.GetExitCode() == ExitCodeTerminated) return SayStopped();
+  if (!TKxCustomVSDotNetAction::CheckProcessCleanExit(process)) {
+    action_.SendMessage(process.Settings().Executable + u" returned Error code : " +
+                            text::FromInteger(process.GetExitCode()),
+                        TStatusTag::stError);
+    return false;
+  }
+  if (!analysis_->HasFailed()) return true;
+  action_.SendMessage(u"One or more projects failed to build.", TStatusTag::stError);
+  return false;
+}
+
+void TBuildRun::ReadOutput(std::u16string_view chunk) {
+  if (analysis_) analysis_->Feed(chunk);
+}
+
+void TBuildRun::Count(TBuildCount what, std::int32_t number) {
+  const bool isErrors = what == TBuildCount::Errors;
+  AddSaturating(isErrors ? action_.compilerErrors_ : action_.compilerWarnings_, number);
+  action_.SendMetricInt(u"Compiler", isErrors ? u"Errors" : u"Warnings", number);
+}
+
+} // namespace kx

@@ -1,0 +1,79 @@
+// One execution of the Build action.
+#pragma once
+
+#include "package/build/BuildOutputAnalysis.h"
+#include "package/build/KxVSDotNetAction.h"
+
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kx {
+
+// Owns what lives for one execution: the solution, and the analysis of the output of one configuration. The
+// action knows it while it lives, and passes the tool's output on to it. Every message group that it opens is
+// closed on every path.
+class TBuildRun : private IBuildOutputSink {
+public:
+  explicit TBuildRun(TKxCustomVSDotNetAction& action);
+  ~TBuildRun() override;
+  TBuildRun(const TBuildRun&) = delete;
+  TBuildRun& operator=(const TBuildRun&) = delete;
+
+  // The result of the last configuration: a failed one does not keep the next from being built, a request to
+  // stop does. Raises EFailAction.
+  bool Execute();
+  void ReadOutput(std::u16string_view chunk);
+
+private:
+  std::shared_ptr<IVSDotNetSolution> LoadSolution();
+  std::vector<std::u16string> FindConfigurations(const std::u16string& wanted);
+  bool VerifySetupTool(const std::vector<std::u16string>& configurations);
+  bool StampVersions();
+
+  bool IsStopped() const;
+  bool SayStopped(); // always False
+  void WarnOfMissingProjects(std::span<const std::u16string> configurations);
+  bool BuildAll(const std::vector<std::u16string>& configurations);
+  bool BuildConfiguration(const std::u16string& configuration);
+  void ReportNothingBuilt(const std::vector<std::u16string>& configurations);
+  bool PerformBuild(const std::u16string& configuration);
+  bool BuildSolution(const std::u16string& configuration);
+  bool RebuildProjects(const std::u16string& configuration);
+  bool BuildProjects(const std::u16string& configuration, TVSDotNetBuildAction buildAction);
+  bool ReadProjects(text::TStringList& ids);
+  bool ReadSelectedProjects(text::TStringList& ids);
+  bool BuildProject(const IVSDotNetProject& project, const std::u16string& configuration, bool useMSBuild,
+                    TVSDotNetBuildAction buildAction);
+
+  bool ExpandExtraParameters(std::u16string& parameters);
+  std::u16string ProjectParameters(const IVSDotNetProject& project, std::u16string_view projectConfiguration,
+                                   const std::u16string& configuration, bool useMSBuild,
+                                   TVSDotNetBuildAction buildAction);
+  std::u16string MSBuildParameters(std::u16string_view configuration, bool anyCPU,
+                                   TVSDotNetBuildAction buildAction);
+  bool RunCompiler(const std::u16string& parameters, bool useMSBuild);
+  void WarnOfSharedIdentifiers();
+  void WarnOfCutFolder();
+  void RunProcess(IKxProcess& process);
+  void NoteBuilt(bool useMSBuild);
+  bool JudgeRun(IKxProcess& process);
+  void ReportStructuredCounts();
+
+  void Count(TBuildCount what, std::int32_t number) override;
+  void Line(std::u16string_view line, TStatusTag status) override { action_.SendMessage(line, status); }
+  void StructuredLine(std::u16string_view line) override { action_.structuredOutput_.ProcessLine(line); }
+
+  TKxCustomVSDotNetAction& action_;
+  std::shared_ptr<IVSDotNetSolution> solution_;
+  std::optional<TBuildOutputAnalysis> analysis_;
+  int toolRuns_ = 0;
+  int fruitfulRuns_ = 0; // those that built a project, as far as the tool says
+  bool checkedIdentifiers_ = false;
+  bool warnedOfFolder_ = false;
+};
+
+} // namespace kx

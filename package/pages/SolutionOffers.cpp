@@ -1,0 +1,117 @@
+#include "package/pages/SolutionOffers.h"
+
+#include "contract/Utilities.h"
+#include "foundation/platform/Files.h"
+#include "foundation/text/Text.h"
+#include "package/build/ProjectSearch.h"
+
+#include <algorithm>
+#include <map>
+
+namespace kx {
+
+std::shared_ptr<IVSDotNetSolution> OpenSolutionOf(TKxCustomVSDotNetAction& action, std::u16string_view text,
+                                                  const TKxEvent* stop) {
+  const std::u16string name = action.ExpandExpression(text);
+  if (name.empty()) throw EKxException(u"No solution file is named yet.");
+  const std::u16string path = action.FullProjectPath(name);
+  if (!platform::FileExists(path))
+    throw EKxException(u"Solution File " + DoubleQuoteString(path) + u" does not exist");
+  try {
+    return LookAtSolution(path, false, stop);
+  } catch (const EKxParseError& error) {
+    throw EKxException(u"Error Parsing Solution File : " + error.Message() +
+                       (error.Line() == 0 ? u"" : u" (line " + text::FromInteger(error.Line()) + u")"));
+  }
+}
+
+namespace {
+
+// The configurations that a run would build, and in `error` why there are none.
+std::vector<std::u16string> ChosenConfigurations(const IVSDotNetSolution& solution,
+                                                 TKxCustomVSDotNetAction& action, std::u16string_view wanted,
+                                                 bool asExpression, std::u16string& error) {
+  try {
+    const std::u16string name = action.ExpandExpression(wanted);
+    if (name.empty()) { // which as an expression would match them all, but no run takes it
+      error = u"No configuration is named yet.";
+      return {};
+    }
+    auto chosen = MatchConfigurations(solution, name, asExpression, error);
+    if (chosen.empty() && error.empty())
+      error = u"The solution has no configuration " + DoubleQuoteString(name) + u".";
+    return chosen;
+  } catch (const EKxException& failure) {
+    error = failure.Message();
+    return {};
+  }
+}
+
+// The project that an entry of a selection means, as a run would find it.
+std::shared_ptr<IVSDotNetProject> ProjectOf(const IVSDotNetSolution& solution,
+                                            TKxCustomVSDotNetAction& action, const std::u16string& entry) {
+  if (auto project = FindProject(solution, entry)) return project;
+  const auto expanded = action.ForeseeExpression(entry);
+  return expanded ? FindProject(solution, *expanded) : nullptr;
+}
+
+// A name that begins like an id would be taken for one; one with references, blanks around it or a namesake
+// may mean another project.
+bool NamesOnly(const IVSDotNetSolution& solution, const IVSDotNetProject& project) {
+  const std::u16string& name = project.GetName();
+  if (name.empty() || name.starts_with(u'{') || text::Trim(name) != name) return false;
+  if (name.find_first_of(u"%$") != std::u16string::npos) return false;
+  const auto found = FindProject(solution, name);
+  if (!found || found->GetProjectID() != project.GetProjectID()) return false;
+  int namesakes = 0;
+  const auto projects = solution.GetProjects();
+  for (int i = 0; i < projects->GetCount(); ++i)
+    if (text::EqualsIgnoreCase(projects->GetItem(i)->GetName(), name)) ++namesakes;
+  return namesakes == 1;
+}
+
+} // namespace
+
+TKxFieldOffers OfferConfigurations(const IVSDotNetSolution& solution, TKxCustomVSDotNetAction& action,
+                                   std::u16string_view wanted, bool asExpression) {
+  TKxFieldOffers offers;
+  const auto chosen = ChosenConfigurations(solution, action, wanted, asExpression, offers.Error);
+  const auto known = solution.GetConfigurations();
+  for (int i = 0; known && i < known->GetCount(); ++i) {
+    const std::u16string& name = known->GetItem(i)->GetName();
+    offers.Items.push_back({name, name, std::ranges::find(chosen, name) != chosen.end()});
+  }
+  if (offers.Items.empty()) offers.Error = u"The solution has no configurations.";
+  return offers;
+}
+
+TKxFieldOffers OfferProjects(const IVSDotNetSolution& solution, TKxCustomVSDotNetAction& action,
+                             const text::TStringList& selected) {
+  std::map<std::u16string, std::vector<std::u16string>> lines; // by the id of the project that they mean
+  for (const auto& entry : selected)
+    if (const auto project = ProjectOf(solution, action, entry))
+      lines[project->GetProjectID()].push_back(entry);
+  TKxFieldOffers offers;
+  const auto projects = solution.GetProjects();
+  for (int i = 0; i < projects->GetCount(); ++i) {
+    const auto project = projects->GetItem(i);
+    const std::u16string& id = project->GetProjectID();
+    const auto found = lines.find(id);
+    TKxFieldOffer offer{NamesOnly(solution, *project) ? project->GetName() : id,
+                        project->GetName() + u" (" + project->GetFileName() + u")", found != lines.end()};
+    if (offer.Chosen) offer.Lines = found->second;
+    offers.Items.push_back(std::move(offer));
+  }
+  if (offers.Items.empty()) offers.Error = u"The solution has no projects whose files are found.";
+  return offers;
+}
+
+TKxFieldOffers OfferPropertySets(const text::TStringList& names, std::u16string_view value) {
+  TKxFieldOffers offers;
+  for (const auto& name : names)
+    offers.Items.push_back({name, name, text::EqualsIgnoreCase(name, value)});
+  if (offers.Items.empty()) offers.Error = u"The project has no property sets of this kind.";
+  return offers;
+}
+
+} // namespace kx

@@ -1,0 +1,55 @@
+// The log of a run for people: groups indented, statuses in colour, elapsed times, an end table, on a
+// terminal a live status line while a tool runs, and in the job of a CI system that system's groups and
+// annotations.
+#pragma once
+
+#include "program/cli/Common.h"
+#include "program/cli/Palette.h"
+#include "program/cli/StatusLine.h"
+#include "program/report/CiDialect.h"
+#include "program/report/ResultRows.h"
+#include "program/runner/Events.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kx::cli {
+
+class TConsoleSink : public IRunEventSink {
+public:
+  TConsoleSink(TVerbosity verbosity, TPalette palette, const TCiDialect* ci = nullptr);
+  void On(const TRunEvent& event) override;
+
+private:
+  void Show(int depth, const TActionStarted& event);
+  void Show(int depth, const TActionEnded& event);
+  void Show(int depth, const TMessageSent& event);
+  void Show(int depth, const TGroupStarted& event);
+  void Show(int depth, const TGroupEnded& event);
+  void Show(int depth, const TMetricSent& event);
+  void Show(int /*depth*/, const TRunEnded& /*event*/) {}
+  void Line(int depth, std::string_view text);
+  void Title(int depth, std::u16string_view title, const std::string& painted);
+  void EndTitle();
+  bool Annotate(std::u16string_view text, TStatusTag status);
+  bool Shows(TStatusTag status) const;
+  bool Shows(const TMessageSent& message) const;
+
+  TVerbosity verbosity_;
+  TPalette palette_;
+  TStatusLine status_;
+  std::string stamp_; // before each line of a diagnostic log
+  const TCiDialect* ci_;
+  std::u16string ciRoot_;
+  std::vector<std::pair<int, std::u16string>> ciGroups_; // open ones by id and title; 0: not shown as one
+  int ciGroupCount_ = 0;
+  std::int64_t seconds_ = 0; // of the current event, since 1970
+};
+
+// Rows of action, configuration, result, errors, warnings, time; one for each configuration that an action
+// built. Behind them a line of what the rows add up to. Empty when nothing ran.
+std::string EndTable(const TRunReport& report, const TPalette& palette);
+
+} // namespace kx::cli

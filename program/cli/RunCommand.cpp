@@ -1,0 +1,110 @@
+// kxhost run and kxhost validate: build projects from files.
+#include "foundation/platform/Console.h"
+#include "foundation/platform/Files.h"
+#include "foundation/text/Encoding.h"
+#include "foundation/text/Text.h"
+#include "foundation/text/WindowsPath.h"
+#include "program/cli/Common.h"
+#include "program/cli/FileKinds.h"
+#include "program/cli/SecretArguments.h"
+#include "program/runner/ProjectFile.h"
+
+#include <CLI/CLI.hpp>
+
+#include <memory>
+
+namespace kx::cli {
+
+namespace {
+
+struct TProjectArguments {
+  std::string File;
+  TRunArguments Run;
+  bool NoSave = false;
+};
+
+// A project file with the host that runs it.
+class TOpenProject {
+public:
+  TOpenProject(const TProjectArguments& arguments, THostSession& session, bool dryRun = false)
+      : secrets_(TakeSecrets(arguments.Run.Secrets, session)),
+        runner_(session.Services(), session.Stop(), Settings(arguments, session, dryRun)),
+        file_(runner_.Project()) {
+    RequireBuildProject(text::FromUtf8(arguments.File));
+    file_.Load(text::ExpandPath(text::FromUtf8(arguments.File), platform::CurrentDirectory()));
+    GiveSecrets(secrets_, runner_.Project(), &file_);
+  }
+  TProjectRunner& Runner() { return runner_; }
+  TProjectFile& File() { return file_; }
+
+private:
+  TRunSettings Settings(const TProjectArguments& arguments, const THostSession& session, bool dryRun) const {
+    TRunSettings settings = RunSettingsOf(arguments.Run, session, dryRun);
+    for (auto& variable : SecretVariables(secrets_))
+      settings.Variables.push_back(std::move(variable));
+    return settings;
+  }
+
+  TGivenSecrets secrets_;
+  TProjectRunner runner_;
+  TProjectFile file_;
+};
+
+int RunFile(const TProjectArguments& arguments, const TCommonOptions& common) {
+  THostSession session(common);
+  TOpenProject project(arguments, session, common.DryRun);
+  if (!arguments.NoSave) project.Runner().StoreIn(project.File());
+  const int exitCode = RunProject(project.Runner(), session, common);
+  if (common.DryRun) return exitCode;
+  const platform::SaveScope save; // of both, or of neither
+  session.SaveOptions();
+  if (arguments.NoSave) return exitCode;
+  const auto saved = project.File().Save(session.Store().Patience);
+  if (saved) return exitCode;
+  WriteError(u"Changed properties could not be saved. " + saved.Message());
+  return exitCode == ExitSuccess ? ExitFailed : exitCode;
+}
+
+std::string LineOf(const TValidationEntry& entry) {
+  return ForTerminal(entry.Action + u": " + entry.Page + u": " + entry.Message) + "\n";
+}
+
+int ValidateFile(const TProjectArguments& arguments, const TCommonOptions& common) {
+  THostSession session(common);
+  TOpenProject project(arguments, session);
+  const auto entries = project.Runner().Validate();
+  std::string out;
+  for (const auto& entry : entries)
+    out += LineOf(entry);
+  for (const auto& note : project.Runner().CheckFilesToChange())
+    out += ForTerminal(u"Note: " + note.Action + u": " + note.Message) + "\n";
+  if (out.empty()) out = "No problems found.\n";
+  Print(out);
+  return entries.empty() ? ExitSuccess : ExitInvalid;
+}
+
+std::shared_ptr<TProjectArguments> DefineProject(CLI::App& command) {
+  auto arguments = std::make_shared<TProjectArguments>();
+  command.add_option("PROJECT", arguments->File, "The build project (*.kxproj)")->required();
+  return arguments;
+}
+
+} // namespace
+
+void DefineRun(CLI::App& command, const TCommonOptions& common, int& exitCode) {
+  const auto arguments = DefineProject(command);
+  DefineRunArguments(command, arguments->Run);
+  DefineSecrets(command, arguments->Run.Secrets);
+  command.add_flag("--no-save", arguments->NoSave,
+                   "Do not write incremented version numbers back into the project file");
+  command.callback([arguments, &common, &exitCode] { exitCode = RunFile(*arguments, common); });
+}
+
+void DefineValidate(CLI::App& command, const TCommonOptions& common, int& exitCode) {
+  const auto arguments = DefineProject(command);
+  DefineVariables(command, arguments->Run.Variables);
+  DefineSecrets(command, arguments->Run.Secrets);
+  command.callback([arguments, &common, &exitCode] { exitCode = ValidateFile(*arguments, common); });
+}
+
+} // namespace kx::cli

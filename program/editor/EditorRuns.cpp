@@ -1,0 +1,280 @@
+#include "program/editor/EditorRuns.h"
+
+#include "foundation/text/Encoding.h"
+#include "foundation/text/Exceptions.h"
+#include "foundation/text/WindowsPath.h"
+#include "program/editor/EventSpool.h"
+#include "program/report/JsonLinesSink.h"
+#include "program/report/ResultJson.h"
+#include "program/report/ResultRows.h"
+#include "program/report/SourceLocation.h"
+#include "program/runner/ProjectFile.h"
+
+#include <algorithm>
+#include <atomic>
+
+namespace kx::editor {
+
+namespace {
+
+using nlohmann::json;
+
+constexpr std::size_t MostBytesAtOnce = std::size_t{2} << 20;
+constexpr auto Gathering = std::chrono::milliseconds(100); // one answer for what comes in quick succession
+
+// The table at the end of the run, row by row.
+json RowsJson(const TRunReport& report) {
+  json rows = json::array();
+  for (const auto& row : ResultRows(report.Actions))
+    rows.push_back({{"action", text::ToUtf8(row.Action)},
+                    {"nesting", row.Nesting},
+                    {"configuration", text::ToUtf8(row.Configuration)},
+                    {"result", row.Word()},
+                    {"status", static_cast<int>(row.Status())},
+                    {"errors", row.Counts.Errors},
+                    {"warnings", row.Counts.Warnings},
+                    {"elapsedMs", row.Elapsed.count()}});
+  return rows;
+}
+
+std::string Dump(const json& value) {
+  return value.dump(-1, ' ', false, json::error_handler_t::replace);
+}
+
+// Stands behind the events that were kept.
+std::string LossOf(const std::u16string& reason) {
+  return Dump({{"event", "message"},
+               {"status", static_cast<int>(TStatusTag::stWarning)},
+               {"depth", 0},
+               {"time", ""},
+               {"text", "The rest of the log is not shown here. " + text::ToUtf8(reason)}});
+}
+
+} // namespace
+
+struct TEditorRuns::TRun {
+  int Number = 0;
+  std::string Text;
+  std::u16string FileName;
+  std::optional<std::string> Stored;
+  bool DryRun = false;
+  std::atomic<bool> Running = true;
+  std::atomic<bool> StopAsked = false;
+  json Metrics = json::array();
+  std::mutex Mutex; // guards what follows; a disk may hold it
+  TEventSpool Events;
+  TProblemCounts SoFar = {};
+};
+
+// Called on the thread of the run.
+class TEditorRuns::TSink : public IRunEventSink {
+public:
+  TSink(TEditorRuns& runs, TRun& run) : runs_(runs), run_(run) {}
+
+  void On(const TRunEvent& event) override {
+    // A run forgets what was asked before it began; nobody knows when that was.
+    if (run_.StopAsked) runs_.stop_.Raise();
+    std::string line = ToJsonLine(event);
+    if (const auto* message = std::get_if<TMessageSent>(&event.What)) {
+      if (message->Status >= TStatusTag::stWarning) line = WithLocation(std::move(line), message->Text);
+    } else if (const auto* started = std::get_if<TActionStarted>(&event.What)) {
+      actions_.push_back(started->Pass.empty() ? started->Name
+                                               : started->Name + u" [" + started->Pass + u"]");
+      if (started->Position) line = With(line, {{"unit", text::ToUtf8(started->Position->Unit)}});
+    } else if (std::holds_alternative<TActionEnded>(event.What)) {
+      actions_.pop_back();
+    } else if (const auto* sent = std::get_if<TMetricSent>(&event.What)) {
+      Keep(*sent);
+    }
+    runs_.Append(run_, line, event.SoFar);
+  }
+
+private:
+  static std::string With(const std::string& line, const json& fields) {
+    auto event = json::parse(line);
+    event.update(fields);
+    return Dump(event);
+  }
+
+  std::string WithLocation(std::string line, const std::u16string& text) {
+    const auto found = FindSourceLocation(text);
+    if (!found) return line;
+    const std::u16string file = text::ExpandPath(found->File, text::ExtractFileDir(run_.FileName));
+    return With(line, {{"file", text::ToUtf8(file)}, {"line", found->Line}, {"column", found->Column}});
+  }
+
+  void Keep(const TMetricSent& sent) {
+    const auto* number = std::get_if<std::int64_t>(&sent.Metric.Value);
+    if (number == nullptr) return;
+    const json metric = {{"action", actions_.empty() ? "" : text::ToUtf8(actions_.back())},
+                         {"category", text::ToUtf8(sent.Metric.Category)},
+                         {"name", text::ToUtf8(sent.Metric.Name)},
+                         {"configuration", text::ToUtf8(sent.Configuration)},
+                         {"value", *number}};
+    run_.Metrics.push_back(metric);
+  }
+
+  TEditorRuns& runs_;
+  TRun& run_;
+  std::vector<std::u16string> actions_; // running ones, the innermost last
+};
+
+TEditorRuns::TEditorRuns(const TServiceRegistry& services, TRunSettings settings)
+    : services_(services), settings_(std::move(settings)) {
+  // The registry collects the names of constants when it is first asked: not on two threads at once.
+  static_cast<void>(services_.ConstantNames());
+}
+
+TEditorRuns::~TEditorRuns() {
+  Stop();
+  if (thread_.joinable()) thread_.join();
+}
+
+void TEditorRuns::End(std::chrono::milliseconds wait) {
+  Stop();
+  std::unique_lock lock(mutex_);
+  changed_.wait_for(lock, wait, [this] { return run_ == nullptr || !run_->Running; });
+}
+
+bool TEditorRuns::IsRunning() const {
+  const std::lock_guard lock(mutex_);
+  return run_ != nullptr && run_->Running;
+}
+
+void TEditorRuns::Start(std::string text, std::u16string fileName, std::optional<std::string> stored,
+                        bool dryRun) {
+  if (IsRunning()) throw EKxException(u"The project is running already.");
+  if (thread_.joinable()) thread_.join();
+  const std::lock_guard lock(mutex_);
+  auto run = std::make_shared<TRun>();
+  run->Number = static_cast<int>(summaries_.size()) + 1;
+  run->Text = std::move(text);
+  run->FileName = std::move(fileName);
+  run->Stored = std::move(stored);
+  run->DryRun = dryRun;
+  run_ = std::move(run);
+  result_.reset();
+  stop_.Clear();
+  thread_ = std::thread([this] { Execute(*run_); });
+}
+
+void TEditorRuns::Stop() {
+  const std::lock_guard lock(mutex_);
+  if (run_ == nullptr || !run_->Running) return;
+  run_->StopAsked = true;
+  stop_.Raise();
+}
+
+void TEditorRuns::Execute(TRun& run) {
+  TRunReport report;
+  std::string text;
+  std::string error;
+  try {
+    TRunSettings settings = settings_;
+    settings.DryRun = run.DryRun;
+    TProjectRunner runner(services_, stop_, std::move(settings));
+    TProjectFile file(runner.Project());
+    file.LoadBytes(run.Text, run.FileName, run.Stored);
+    runner.StoreIn(file);
+    TSink sink(*this, run);
+    runner.AddSink(sink);
+    report = runner.Run();
+    text = file.Text();
+  } catch (const std::exception& failure) {
+    error = text::ToUtf8(MessageOf(failure));
+  }
+  json summary = RunJson(report);
+  summary.update({{"run", run.Number},
+                  {"dryRun", run.DryRun},
+                  {"stopped", report.Result == TResultKind::Stopped},
+                  {"error", error},
+                  {"rows", RowsJson(report)},
+                  {"metrics", run.Metrics}});
+  const std::lock_guard lock(mutex_);
+  summaries_.push_back(std::move(summary));
+  if (!run.DryRun && !text.empty() && text != run.Text) result_ = std::move(text);
+  run.Running = false;
+  changed_.notify_all();
+}
+
+void TEditorRuns::Append(TRun& run, std::string_view line, const TProblemCounts& soFar) {
+  const std::lock_guard lock(run.Mutex);
+  run.SoFar = soFar;
+  run.Events.Append(line);
+}
+
+std::shared_ptr<TEditorRuns::TRun> TEditorRuns::Newest() const {
+  const std::lock_guard lock(mutex_);
+  return run_;
+}
+
+std::optional<std::string> TEditorRuns::TakeResult() {
+  const std::lock_guard lock(mutex_);
+  return std::exchange(result_, std::nullopt);
+}
+
+bool TEditorRuns::HasResult() const {
+  const std::lock_guard lock(mutex_);
+  return result_.has_value();
+}
+
+void TEditorRuns::WaitForNews(int run, std::size_t from, std::chrono::milliseconds wait,
+                              const TKxEvent& stop) {
+  const auto goesOn = [&] { // and has nothing new
+    const auto newest = Newest();
+    if (newest == nullptr || newest->Number != run || !newest->Running || stop.IsRaised()) return false;
+    const std::lock_guard lock(newest->Mutex);
+    return from >= newest->Events.Count();
+  };
+  // Only the end of a run wakes: to wake for each of many thousand lines would be most of the work.
+  const auto gather = [this] {
+    std::unique_lock lock(mutex_);
+    if (run_ != nullptr && run_->Running) changed_.wait_for(lock, Gathering);
+  };
+  for (const auto end = std::chrono::steady_clock::now() + wait;
+       goesOn() && std::chrono::steady_clock::now() < end;)
+    gather();
+  if (!stop.IsRaised()) gather();
+}
+
+std::string TEditorRuns::Events(int run, std::size_t from, std::chrono::milliseconds wait,
+                                const TKxEvent& stop) {
+  WaitForNews(run, from, wait, stop);
+  const auto newest = Newest();
+  if (newest == nullptr)
+    return R"({"run":0,"running":false,"errors":0,"warnings":0,"from":0,"next":0,"events":[]})";
+  if (newest->Number != run) from = 0;
+  const bool isRunning = newest->Running; // before the events are read: none comes later, if it does not
+  const std::lock_guard lock(newest->Mutex);
+  std::size_t next = 0;
+  std::string events = newest->Events.Lines(from, MostBytesAtOnce, next);
+  const bool goesOn = isRunning || next < newest->Events.Count();
+  if (!goesOn && !newest->Events.Failure().empty())
+    events += (events.empty() ? "" : ",") + LossOf(newest->Events.Failure());
+  return "{\"run\":" + std::to_string(newest->Number) + ",\"running\":" + (goesOn ? "true" : "false") +
+         ",\"errors\":" + std::to_string(newest->SoFar.Errors) +
+         ",\"warnings\":" + std::to_string(newest->SoFar.Warnings) + ",\"from\":" + std::to_string(from) +
+         ",\"next\":" + std::to_string(next) + ",\"events\":[" + events + "]}";
+}
+
+json TEditorRuns::Summaries() const {
+  const std::lock_guard lock(mutex_);
+  return summaries_;
+}
+
+// No event has a file of its own but those that were given one here.
+std::optional<TEditorRuns::TLocation> TEditorRuns::LocationOf(std::size_t event) const {
+  const auto newest = Newest();
+  if (newest == nullptr) return std::nullopt;
+  const auto line = [&] {
+    const std::lock_guard lock(newest->Mutex);
+    return newest->Events.Line(event);
+  }();
+  if (!line) return std::nullopt;
+  const auto fields = json::parse(*line);
+  const auto file = fields.find("file");
+  if (file == fields.end()) return std::nullopt;
+  return TLocation{text::FromUtf8(file->get<std::string>()), fields.at("line").get<int>()};
+}
+
+} // namespace kx::editor

@@ -1,0 +1,39 @@
+// What the browser is told about projects, pages and fields.
+#pragma once
+
+#include "program/editor/EditedProject.h"
+#include "program/editor/FileChooser.h"
+#include "program/editor/SourceLines.h"
+#include "program/runner/ServiceRegistry.h"
+
+#include <nlohmann/json.hpp>
+
+namespace kx::editor {
+
+using TJson = nlohmann::json;
+
+// "2/0": how the browser names an action. Raises EKxException for anything else.
+std::string PathText(const TActionPath& path);
+TActionPath ParsePath(std::string_view text);
+
+// Secrets have no value here; nobody gets one out of the program.
+TJson PageJson(const TKxPropertyPage& page);
+// Pages of one name get their first heading behind it.
+void TellApart(TJson& pages);
+TJson OffersJson(const TKxFieldOffers& offers);
+TKxButtonKind ParseButton(std::string_view name);
+
+TJson TreeJson(const TProject& project);
+TJson VariablesJson(const TProject& project);
+TJson PropertySetsJson(const TProjectText& text);
+TJson ActionTypesJson(const TServiceRegistry& services);
+
+// Each entry with its action ("id") and, where the words of its place fit one, the page and the field.
+// The entries are of `validated`, a copy of the project.
+TJson ValidationJson(const std::vector<TValidationEntry>& entries, const TEditedProject& validated,
+                     TEditedProject& project);
+
+TJson FolderJson(const TChooserFolder& folder);
+TJson SourceJson(const TSourceLines& source);
+
+} // namespace kx::editor

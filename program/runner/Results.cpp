@@ -1,0 +1,55 @@
+#include "program/runner/Results.h"
+
+#include <array>
+
+namespace kx {
+
+namespace {
+
+struct TResultRow {
+  const char* Word;
+  TStatusTag Status;
+  bool IsSuccess;
+};
+
+// In the order of TResultKind.
+constexpr std::array<TResultRow, 7> Rows{{
+    {"succeeded", TStatusTag::stSuccess, true},
+    {"failed", TStatusTag::stError, false},
+    {"finished with failures", TStatusTag::stError, false},
+    {"stopped", TStatusTag::stError, false},
+    {"ignored", TStatusTag::stWarning, false},
+    {"nothing to do", TStatusTag::stNormal, true},
+    {"would run", TStatusTag::stSuccess, true},
+}};
+
+const TResultRow& RowOf(TResultKind kind) {
+  return Rows.at(static_cast<std::size_t>(kind));
+}
+
+} // namespace
+
+const char* WordOf(TResultKind kind) {
+  return RowOf(kind).Word;
+}
+TStatusTag StatusOf(TResultKind kind) {
+  return RowOf(kind).Status;
+}
+bool IsSuccess(TResultKind kind) {
+  return RowOf(kind).IsSuccess;
+}
+
+TProblemCounts& TProblemCounts::operator+=(const TProblemCounts& other) {
+  Errors += other.Errors;
+  Warnings += other.Warnings;
+  return *this;
+}
+
+TTestCounts& TTestCounts::operator+=(const TTestCounts& other) {
+  Passed += other.Passed;
+  Failed += other.Failed;
+  NotRun += other.NotRun;
+  return *this;
+}
+
+} // namespace kx

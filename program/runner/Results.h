@@ -1,0 +1,84 @@
+// What became of a run and of its parts, in the words that every table, log and report uses.
+#pragma once
+
+#include "contract/Actions.h"
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace kx {
+
+enum class TResultKind {
+  Succeeded,
+  Failed,
+  // A loop or a run that went on behind something that failed.
+  FinishedWithFailures,
+  Stopped,     // by the user
+  Ignored,     // it failed, which the project says not to mind
+  NothingToDo, // it ended well without having done anything
+  WouldRun,    // in a dry run: nothing stands in its way
+};
+
+const char* WordOf(TResultKind kind); // "succeeded", "nothing to do"
+TStatusTag StatusOf(TResultKind kind);
+// Whether it counts as a success: for a run, that it ends with exit code 0.
+bool IsSuccess(TResultKind kind);
+
+struct TProblemCounts {
+  std::int64_t Errors = 0;
+  std::int64_t Warnings = 0;
+
+  TProblemCounts& operator+=(const TProblemCounts& other);
+  friend bool operator==(const TProblemCounts&, const TProblemCounts&) = default;
+};
+
+struct TTestCounts {
+  std::int64_t Passed = 0;
+  std::int64_t Failed = 0;
+  std::int64_t NotRun = 0;
+
+  std::int64_t Total() const { return Passed + Failed + NotRun; }
+  TTestCounts& operator+=(const TTestCounts& other);
+};
+
+// What became of one configuration that an action built.
+struct TConfigurationResult {
+  std::u16string Configuration = {}; // "Release|Any CPU"
+  TResultKind Result = TResultKind::Failed;
+  std::u16string Reason = {}; // the rule that it broke; else empty
+  TProblemCounts Counts = {};
+  std::chrono::milliseconds Elapsed{0};
+};
+
+// One execution of one action; an action inside a loop has one a pass. The counts are of everything in it:
+// its configurations, and for a loop what it ran.
+struct TActionResult {
+  std::u16string Name = {}; // the user's own, else that of the type
+  std::u16string Type = {}; // the identifier, "DEVENV"
+  std::u16string Pass = {}; // the value of the innermost loop's variable; empty outside a loop
+  int Nesting = 0;          // loops around it
+  bool IsLoop = false;
+  TResultKind Result = TResultKind::Failed;
+  std::u16string Reason = {}; // the rule that it broke, or InvalidSettings; else empty
+  TProblemCounts Counts = {};
+  TTestCounts Tests = {};
+  std::chrono::milliseconds Elapsed{0};
+  std::vector<TConfigurationResult> Configurations = {}; // in the order built; empty for other actions
+};
+
+// The reason of an action whose settings were refused, so that it was not executed.
+inline constexpr std::u16string_view InvalidSettings = u"settings";
+
+struct TRunReport {
+  TResultKind Result = TResultKind::Failed;
+  // Settings were refused before any action (a loop around it apart) was executed.
+  bool NothingExecuted = false;
+  TProblemCounts Counts = {};
+  TTestCounts Tests = {};
+  std::chrono::milliseconds Elapsed{0};
+  std::vector<TActionResult> Actions = {}; // in the order in which they began
+};
+
+} // namespace kx

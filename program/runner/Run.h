@@ -1,0 +1,81 @@
+// Runs the actions of a project: the embedded host as the actions see it.
+#pragma once
+
+#include "program/runner/Events.h"
+#include "program/runner/Expressions.h"
+#include "program/runner/Project.h"
+#include "program/runner/SecretMask.h"
+#include "program/runner/Validation.h"
+#include "program/runner/Variables.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kx {
+
+class TProjectFile;
+class TRunEngine;
+
+struct TRunSettings {
+  std::vector<TProjectVariable> Variables; // of the command line, before those of the project
+  std::u16string KeyFile;                  // holds the key of stored secrets where the system has none
+  bool DryRun = false;      // processes are not started, and changes of files are shown instead of made
+  TRuleSettings Rules = {}; // of the command line, before those of the project
+  std::shared_ptr<TSecretMask> Secrets = {}; // what is masked beside the secrets of the actions; may be null
+};
+
+// Owns the project, since its actions are attached to this host. Fill Project() (by hand or by TProjectFile),
+// then run it, any number of times. One thread; only the stop signal may be raised from elsewhere.
+class TProjectRunner : public IKxActionHost {
+public:
+  // The registry and the signal outlive the runner.
+  TProjectRunner(const TServiceRegistry& services, TKxEvent& stop, TRunSettings settings);
+  ~TProjectRunner() override;
+
+  TProject& Project();
+  void AddSink(IRunEventSink& sink); // outlives the runner
+  // What actions count up is stored there before they use it (not in a dry run); without it in memory only.
+  void StoreIn(TProjectFile& file); // outlives the runner
+
+  // Everything that can be found wrong without running (ValidateProject). Runs nothing, raises nothing.
+  std::vector<TValidationEntry> Validate();
+  // The files that the actions would change, as far as it can be told beforehand.
+  text::TStringList FilesToChange() const;
+  // What stands in the way of the files that the actions would change, as far as it can be told beforehand.
+  std::vector<TValidationNote> CheckFilesToChange();
+
+  // Runs the actions in order. Each is asked for its settings first; what it finds wrong fails it, and it is
+  // not executed. The first action that fails ends the run, unless the project says otherwise (TOnFailure). A
+  // stop request made before this call is forgotten; one made during it ends the current action, and nothing
+  // more is started.
+  TRunReport Run();
+
+  void SendMessage(TCustomKxAction& action, std::u16string_view text, TStatusTag status) override;
+  void StartMessageGroup(TCustomKxAction& action, std::u16string_view title, TMessageGroupType type,
+                         TStatusTag status) override;
+  void EndMessageGroup(TCustomKxAction& action, std::optional<TStatusTag> status) override;
+  void SendMetric(TCustomKxAction& action, const TKxMetric& metric) override;
+  void StartConfiguration(TCustomKxAction& action, std::u16string_view name) override;
+  void EndConfiguration(TCustomKxAction& action, TKxOutcome outcome) override;
+  void ReportBreach(TCustomKxAction& action, std::u16string_view rule, std::u16string_view message) override;
+  std::u16string Expand(TCustomKxAction& action, std::u16string_view text) override;
+  std::optional<std::u16string> GetVariable(std::u16string_view name) override;
+  void SetVariable(std::u16string_view name, std::u16string_view value) override;
+  IPropertySetService& PropertySets() override;
+  std::u16string EncryptString(std::u16string_view clear) override;
+  void ChangeStored(TCustomKxAction& action, std::span<const std::u16string_view> properties,
+                    const std::function<void()>& change) override;
+  std::u16string DecryptString(std::u16string_view secret) override;
+  std::shared_ptr<IKxProcess> NewProcess(TCustomKxAction& action) override;
+  const TKxEvent& Stop() const override;
+  bool RunChildren(TKxBaseIterator& iterator) override;
+  bool IsValidating() const override;
+
+private:
+  std::unique_ptr<TRunEngine> engine_;
+  bool validating_ = false;
+};
+
+} // namespace kx

@@ -1,0 +1,311 @@
+#include "package/assemblyinfo/AssemblyInfo.h"
+
+#include "foundation/text/Exceptions.h"
+#include "package/assemblyinfo/AssemblyInfoRewriter.h"
+#include "package/assemblyinfo/AssemblyInfoVersion.h"
+#include "tests/support/Raised.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <filesystem>
+
+namespace kx {
+namespace {
+
+using enum TAssemblyInfoLanguage;
+
+const TAssemblyInfoValues Title{{u"AssemblyTitle", u"N"}};
+
+struct TCase {
+  const char* What;
+  TAssemblyInfoLanguage Language;
+  std::string Text; // ~as it was~as it becomes~, and ^ for the end of a line
+  TAssemblyInfoValues Values = Title;
+  std::string Before() const { return Side(1); }
+  std::string After() const { return Side(2); }
+
+private:
+  std::string Side(std::size_t side) const {
+    std::string out;
+    std::size_t part = 0;
+    for (const char c : Text)
+      if (c == '~')
+        ++part;
+      else if (part % 3 == 0 || part % 3 == side)
+        out += c == '^' ? '\n' : c;
+    return out;
+  }
+};
+
+void Check(const TCase& row) {
+  const std::string once = RewriteAssemblyInfo(row.Before(), row.Language, row.Values).Bytes;
+  EXPECT_EQ(once, row.After()) << row.What;
+  EXPECT_EQ(RewriteAssemblyInfo(once, row.Language, row.Values).Bytes, once) << row.What << ", again";
+}
+
+// Every spelling, each beside what looks like it and is none.
+const TCase Spellings[] = {
+    {"C#", CSharp, R"--(using R = System.Reflection;
+[assembly: AssemblyTitle(~"o"~"N"~)]
+[assembly:global::System.Reflection.AssemblyTitleAttribute(~"o"~"N"~)]
+[assembly: R.AssemblyTitle(~"o"~"N"~)]
+[assembly: My.AssemblyTitle("a")]
+[module: AssemblyTitle("b")]
+[ assembly	:
+ AssemblyTitle /* ) */ ( ~"o"~"N"~ // "
+) ]
+[assembly: A(typeof(X[,])), AssemblyTitle(~@"a""b"~@"N"~)]
+[assembly: AssemblyTitle(~"a" + (B.C) + ")"~"N"~)]
+[assembly: AssemblyTitle(title: ~"o"~"N"~)]
+[assembly: AssemblyTitle~~("N")~]
+[@assembly: \u0041ssemblyTitle(~"o"~"N"~)]
+[assembly: AssemblyTitle("\u004e")]
+[assembly: AssemblyTitle("""N""")]
+[assembly: AssemblyTitle(~$@"{"""a"""}\"~"N"~)]
+$$@$ [assembly: AssemblyTitle(~$@"o"~"N"~)]
+// [assembly: AssemblyTitle("a")]
+/* [assembly: AssemblyTitle("b")] */
+class C { string a = @"\""[assembly: AssemblyTitle(1)]", b = $"{"[assembly: AssemblyTitle(1)]"}", c = """
+"[assembly: AssemblyTitle(1)]
+"""; char d = '"'; string e = 'd' + "'[assembly: AssemblyTitle(1)]"; }
+#if !DEFINED
+#if false
+[assembly: AssemblyTitle("a
+#endif
+#endif
+#if X
+string s = "
+#endif
+#define A
+#if A && !B || A
+[assembly: AssemblyTitle(~"o"~"N"~)]
+#endif
+#if (true)
+[assembly: AssemblyTitle(~"o"~"N"~)]
+#elif X
+[assembly: AssemblyTitle("p")]
+#else
+[assembly: AssemblyTitle("q")]
+#endif)--"},
+    {"Visual Basic", VisualBasic, R"--(Dim [[x
+<Assembly: [AssemblyTitle](~"o"~"N"~)>
+<Assembly: [System].[Reflection].[assemblytitle](~"o"~"N"~)>
+<ASSEMBLY: Foo(1), _
+ Assembly: assemblytitle(~"a ""b"")"~"N"~)> ' "
+<Assembly: AssemblyTitle(~“o”~"N"~)>
+REM <Assembly: AssemblyTitle("a")>
+' <Assembly: AssemblyTitle(1)>
+#Const A = True
+#If A And Not False Then
+<Assembly: AssemblyTitle(~"o"~"N"~)>
+#Else
+<Assembly: AssemblyTitle("p")>
+#End If)--"},
+    {"C++", Cpp, R"--(#ifndef H
+#define H
+[assembly:::System::Reflection::AssemblyTitleAttribute(~L"a" L"b"~L"N"~)];
+auto s = R"x()" [assembly:AssemblyTitle("")]; )x"; // \
+[assembly:AssemblyTitle("")];
+#if 0
+[assembly:AssemblyTitle("")];
+#endif
+#endif)--"},
+    {"F#", FSharp, R"--([<assembly: B 1; assembly: AssemblyTitle ~"o"~"N"~>]
+[<assembly: AssemblyTitle(~""""o"""~"N"~)>]
+[<assembly: AssemblyTitle ~"o"~"N"~
+  assembly: AssemblyCompany "c"
+  assembly: Foo>]
+[<assembly: ``AssemblyTitle``
+  ~"o"~"N"~>]
+do ()
+(* (* *) "*)" [<assembly: AssemblyTitle("a")>] *)
+let f (x: 'a) = '"')--"},
+    {"J#", JSharp, R"--(/** @assembly Foo("")
+ *  @assembly AssemblyTitle(~"o"~"N"~) */
+// @assembly AssemblyTitle("")
+/** see @assembly AssemblyTitle("") */)--"},
+};
+
+const TCase Additions[] = {
+    {"like the last one", CSharp,
+     "\t[assembly:AssemblyCompanyAttribute (\"\")] // c\r^"
+     "~~\t[assembly:AssemblyTitleAttribute (\"N\")]\r^~class C {}^"},
+    {"before the code of a class in the same line", CSharp,
+     R"(using System.Reflection;^[assembly: A]~~^[assembly: AssemblyTitle("N")]~ sealed^class C {})"},
+    {"behind a last line without end", CSharp,
+     R"(using System.Reflection;^[assembly: A]~~^[assembly: AssemblyTitle("N")]~)"},
+    {"before code in the same line", CSharp,
+     "[assembly: AssemblyCompany(\"\")]~~\r^[assembly: AssemblyTitle(\"N\")]~ class C {}"},
+    {"with its import", CSharp,
+     R"(using System;^~~using System.Reflection;^~[assembly: CLSCompliant(true)]^)"
+     R"(~~[assembly: AssemblyTitle("N")]^~)"},
+    {"with its namespace", CSharp, R"(// c^~~[assembly: System.Reflection.AssemblyTitle("N")]^~class C {}^)"},
+    {"outside a condition", CSharp,
+     R"(using System.Reflection;^[assembly: A]^~~[assembly: AssemblyTitle("N")]^~)"
+     R"(#if X^[assembly: B]^#endif^)"},
+    {"into an empty file", VisualBasic, "~~<Assembly: System.Reflection.AssemblyTitle(\"N\")>\r^~"},
+    {"behind the options", VisualBasic,
+     R"(Option Strict On^~~<Assembly: System.Reflection.AssemblyTitle("N")>^~Module M^End Module^)"},
+    {"behind the includes", Cpp,
+     R"(#include "stdafx.h"^~~[assembly:System::Reflection::AssemblyTitleAttribute("N")];^~int i;^)"},
+    {"with something to stand before", FSharp,
+     R"(module M^~~[<assembly: System.Reflection.AssemblyTitle("N")>]^do ()^~)"},
+    {"behind a documentation comment", JSharp,
+     R"(/** @assembly AssemblyCompany("") */^~~/** @assembly AssemblyTitle("N") */^~)"},
+    {"not where both branches hold it", CSharp, R"([assembly: AssemblyTitle(^#if X^"o"^#else^"p"^#endif^)])"},
+    {"not where numbers decide", Cpp, R"(#define V 2^#if V == 1^[assembly:AssemblyTitle("o")];^#endif)"},
+    {"not where a condition may hold it", CSharp, R"(#if X^[assembly: AssemblyTitle("o")]^#endif^)"},
+    {"not when the framework has none", CSharp, "class C {}^", {{u"AssemblyComment", u"c"}}},
+    {"but changed where the file has it",
+     CSharp,
+     R"([assembly: My.AssemblyComment(~""~"c"~)])",
+     {{u"AssemblyComment", u"c"}}},
+};
+
+const TAssemblyInfoValues Nasty{{u"AssemblyTitle", u"\"\\\n*/?\?/"}};
+const TCase Escapes[] = {
+    {"C#", CSharp, R"x([assembly: AssemblyTitle(~@""~"\"\\\n*/??/"~)])x", Nasty},
+    {"C++", Cpp, R"x([assembly:AssemblyTitle(L"~~\"\\\n*/?\?/~")];)x", Nasty},
+    {"J#", JSharp, R"x(/** @assembly AssemblyTitle("~~\"\\\n*\057??/~") */)x", Nasty},
+    {"F#", FSharp, R"x([<assembly: AssemblyTitle("~~\"\\\n*/??/~")>])x", Nasty},
+    {"Visual Basic", VisualBasic,
+     R"x(<Assembly: AssemblyTitle("~~""\" & Microsoft.VisualBasic.ChrW(10) & "*/??/~")>)x", Nasty},
+};
+
+TEST(AssemblyInfo, ChangesEverySpellingAndNothingThatLooksLikeOne) {
+  std::ranges::for_each(Spellings, Check);
+}
+
+TEST(AssemblyInfo, AddsWhatIsMissing) {
+  std::ranges::for_each(Additions, Check);
+  for (const std::string name :
+       {"Title", "Description", "Configuration", "Company", "Product", "Copyright", "Trademark", "Culture",
+        "Version", "FileVersion", "DefaultAlias", "InformationalVersion"})
+    Check({name.c_str(),
+           CSharp,
+           "~~[assembly: System.Reflection.Assembly" + name + "(\"1.0\")]\r^~",
+           {{text::FromAscii("Assembly" + name), u"1.0"}}});
+}
+
+TEST(AssemblyInfo, EscapesAsTheLanguageWants) {
+  std::ranges::for_each(Escapes, Check);
+}
+
+TEST(AssemblyInfo, KeepsEncodingAndStrayBytes) {
+  const TAssemblyInfoValues copyright{{u"AssemblyTitle", u"\u00A9"}};
+  const TCase cases[] = {
+      {"ANSI", CSharp, "// \xE9^[assembly: AssemblyTitle(\"~\x93~\xA9~\")]", copyright},
+      {"UTF-8", CSharp, "// \u20AC^[assembly: AssemblyTitle(\"~~\u00A9~\")]", copyright},
+      {"ASCII becomes UTF-8", CSharp, "[assembly: AssemblyTitle(\"~~\u00A9~\")]", copyright},
+      {"a mark with stray bytes behind it", CSharp,
+       "\xEF\xBB\xBF// \xFF\xE2\x82 \U0001F600^[assembly: AssemblyTitle(\"~\xE9~\u00A9~\")]\xC3", copyright},
+      {"a comment that ends in half a character", Cpp, "// \x95\\^[assembly:AssemblyTitle(\"~~\xA9~\")];",
+       copyright},
+  };
+  std::ranges::for_each(cases, Check);
+
+  const auto utf16 = [](std::u16string_view title, bool swapped) {
+    const std::u16string text = u"// \u20AC\n[assembly: AssemblyTitle(\"" + std::u16string(title) + u"\")]";
+    std::string bytes = "\xFF\xFE" + text::ToUtf16LE(text);
+    for (std::size_t i = 0; swapped && i < bytes.size(); i += 2)
+      std::swap(bytes[i], bytes[i + 1]);
+    return bytes;
+  };
+  for (const bool swapped : {false, true})
+    for (const std::string halfACharacter : {"", "x"})
+      EXPECT_EQ(RewriteAssemblyInfo(utf16(u"", swapped) + halfACharacter, CSharp, copyright).Bytes,
+                utf16(u"\u00A9", swapped) + halfACharacter);
+}
+
+TEST(AssemblyInfo, NamesTheLineOfEachExpression) {
+  for (const std::string end : {"\n", "\r\n", "\r"}) {
+    const std::string source = "//" + end + "[assembly: AssemblyProduct(A + B)]" + end + end +
+                               "[assembly: AssemblyTitle(A + B)]" + end + "[assembly: AssemblyTitle(A + B)]";
+    std::u16string lines;
+    for (const auto& message :
+         RewriteAssemblyInfo(source, CSharp, {{u"AssemblyTitle", u"N"}, {u"AssemblyProduct", u"N"}}).Messages)
+      lines += message.substr(message.find(u"line "), 6) + u" ";
+    EXPECT_EQ(lines, u"line 4 line 5 line 2 ") << end.size();
+  }
+}
+
+TEST(AssemblyInfo, RefusesWhatItCannotKeepWhole) {
+  const std::tuple<std::string, std::u16string, const char*> cases[] = {
+      {"// \xE9\n", u"\u4E2D", "the ANSI code page"},
+      {"", u"\xD800", "UTF-8"},
+      {"/* never closed", u"x", "not closed"},
+      {std::string("c\0l\0", 4), u"x", "is not text"},
+      {"\n[assembly: AssemblyTitle(\"\x83\x5C\"\n)]", u"x", "line 2 is not closed; if the file"},
+  };
+  for (const auto& [bytes, value, reason] : cases)
+    EXPECT_THAT(tests::Raised([&] {
+                  RewriteAssemblyInfo(bytes, CSharp, {{u"AssemblyTitle", value}});
+                }),
+                testing::HasSubstr(reason));
+}
+
+TEST(AssemblyInfo, WritesVersionsThatCompilersTake) {
+  const std::tuple<std::u16string_view, std::u16string_view, std::string_view> cases[] = {
+      {u"AssemblyVersion", u"2...", "2"},
+      {u"AssemblyVersion", u"1.0.*.", "1.0.*"},
+      {u"AssemblyVersion", u"1.02.3.*", "1.02.3.*"},
+      {u"AssemblyVersion", u"65534.1", "65534.1"},
+      {u"AssemblyVersion", u"1.65535", "65535 is more than 65534"},
+      {u"AssemblyFileVersion", u"1.65535", "1.65535"},
+      {u"AssemblyFileVersion", u"1.99999999999", "99999999999 is more than 65535"},
+      {u"AssemblyVersion", u"...", "it is empty"},
+      {u"AssemblyVersion", u"1..3", "a part in the middle is empty"},
+      {u"AssemblyVersion", u"1.*", "\"*\" is no number"},
+      {u"AssemblyVersion", u"1.0.*.4", "\"*\" is no number"},
+      {u"AssemblyVersion", u"1.-1", "\"-1\" is no number"},
+      {u"AssemblyVersion", u"1.2.3.4.5", "it has more than four parts"},
+  };
+  for (const auto& [name, version, expected] : cases) {
+    const auto refused = CheckAssemblyVersion(name, version);
+    EXPECT_TRUE(text::ToUtf8(refused.value_or(TrimAssemblyVersion(version))).ends_with(expected))
+        << text::ToUtf8(version);
+  }
+}
+
+class TStamp : public IAssemblyInfoCallback {
+public:
+  std::vector<std::string> Log;
+  void OnProcessFile(std::u16string_view /*fileName*/, IAssemblyInfoAttributes& updater) override {
+    updater.SetAttribute(u"AssemblyTitle", u"first");
+    updater.SetAttribute(u"AssemblyVersion", u"1.2..");
+    updater.SetAttribute(u"AssemblyTitle", u"N");
+  }
+  void AssemblyInfoProcessEntry(std::u16string_view name, std::u16string_view value) override {
+    Log.push_back(text::ToUtf8(name) + "=" + text::ToUtf8(value));
+  }
+  void AssemblyInfoProcessMessage(std::u16string_view text) override {
+    const std::size_t name = text.find(u"AssemblyInfo.CS: ");
+    Log.push_back(text::ToUtf8(text.substr(name, text.find(u"in line") - name)));
+  }
+};
+
+TEST(AssemblyInfo, WritesTheFileOnceAndReports) {
+  const tests::TTemporaryFolder folder;
+  const std::string old = "[assembly: AssemblyTitle(Names.Title)]\n";
+  const std::u16string path = folder.Write("AssemblyInfo.CS", old);
+  TStamp stamp;
+  const auto updater = TBrannicAssemblyInfo::Create();
+  updater->SetCallback(stamp);
+  updater->ProcessFile(path, false);
+  EXPECT_EQ(*platform::ReadFile(path), old);
+  updater->ProcessFile(path, true);
+  EXPECT_EQ(*platform::ReadFile(path),
+            "[assembly: AssemblyTitle(\"N\")]\n[assembly: AssemblyVersion(\"1.2\")]\n");
+  const std::string said = "AssemblyInfo.CS: the expression Names.Title ";
+  EXPECT_EQ(stamp.Log, (std::vector<std::string>{said, "AssemblyTitle=N", "AssemblyVersion=1.2", said,
+                                                 "AssemblyTitle=N", "AssemblyVersion=1.2"}));
+  // Nothing to change: a file that cannot be written is no obstacle.
+  std::filesystem::permissions(folder.Native("AssemblyInfo.CS"), std::filesystem::perms::owner_read);
+  EXPECT_NO_THROW(updater->ProcessFile(path, true));
+  EXPECT_THROW(updater->ProcessFile(folder.Path("missing.vb"), true), EKxException);
+}
+
+} // namespace
+} // namespace kx

@@ -1,0 +1,164 @@
+#include "contract/Iterator.h"
+#include "contract/ProcessActions.h"
+#include "contract/Services.h"
+#include "tests/support/BareAction.h"
+#include "tests/support/Raised.h"
+#include "tests/support/RecordingHost.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace kx {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+// A tool action whose hooks do what the test says.
+class TTool : public tests::TBareAction<TKxExecuteAbstractAction> {
+public:
+  bool CommandLine = true;
+
+protected:
+  std::u16string GetExecutable() override { return u"C:\\bin\\tool.exe"; }
+  bool GetStartingDir(std::u16string& folder) override {
+    folder = u"work";
+    return true;
+  }
+  bool GetCommandLine(ICommandLineBuilder& builder) override {
+    builder.Reset(0);
+    builder.Add(u"/nologo", u"", TCommandLineOption::Plain);
+    builder.Add(u"/in:", u"a b.dll", TCommandLineOption::QuoteValue);
+    builder.Add(u"/dir:", u"C:\\x\\", TCommandLineOption::QuoteValue);
+    return CommandLine;
+  }
+};
+
+class TLoop : public tests::TBareAction<TKxBaseIterator> {
+public:
+  int Passes = 0;
+  bool Loaded = true;
+
+protected:
+  bool BeforeFirstIteration() override {
+    SetIterationCount(Passes);
+    return Loaded;
+  }
+  std::u16string GetCurrentValue() override { return u"v" + text::FromInteger(GetCurrentIteration()); }
+};
+
+class Actions : public testing::Test {
+protected:
+  tests::TRecordingHost host_;
+};
+
+TEST_F(Actions, ExpansionFailuresAreLoggedUnderTheirLabel) {
+  TTool tool;
+  tool.Attach(host_);
+  host_.Variables[u"Empty"] = u"";
+  const struct {
+    std::u16string Text;
+    bool Required, Succeeds;
+    std::vector<std::string> Log;
+  } cases[] = {
+      {u"a", true, true, {}},
+      {u"", true, false, {"3 Field : a value is required."}},
+      {u"%Empty%", true, false, {"3 Field : a value is required."}},
+      {u"%Empty%", false, true, {}},
+      {u"%No%", false, false, {"3 Field : Unknown name: No"}},
+  };
+  for (const auto& row : cases) {
+    host_.ClearLog();
+    std::u16string result;
+    EXPECT_EQ(tool.TryExpandExpression(u"Field", row.Text, row.Required, result), row.Succeeds);
+    EXPECT_EQ(host_.Log(), row.Log);
+  }
+}
+
+TEST_F(Actions, RunOneToolAndJudgeItsExitCode) {
+  const struct {
+    tests::TPlayback Playback;
+    bool Succeeds;
+    std::string LastLine;
+  } cases[] = {
+      {{.StdOut = {u"done"}, .ExitCode = 0}, true, "0 done"},
+      {{.ExitCode = 3}, false, "3 C:\\bin\\tool.exe returned Error code : 3"},
+      {{.ExitCode = ExitCodeTerminated}, false, "3 Action Terminated by User."},
+  };
+  TTool tool;
+  EXPECT_THROW(tool.Execute(), EKxException) << "there is no host";
+  tool.Attach(host_);
+  host_.Variables[u"ProjectDir"] = u"C:\\project";
+  for (const auto& row : cases) {
+    host_.Play(row.Playback);
+    EXPECT_EQ(tool.Execute(), row.Succeeds);
+    EXPECT_EQ(host_.Log().back(), row.LastLine);
+    EXPECT_EQ(host_.Runs().back().Parameters, "/nologo /in:\"a b.dll\" /dir:\"C:\\x\\\\\"");
+    EXPECT_EQ(host_.Runs().back().Directory, "C:\\project\\work");
+  }
+  host_.ClearLog();
+  tool.CommandLine = false;
+  EXPECT_FALSE(tool.Execute());
+  EXPECT_THAT(host_.Runs(), IsEmpty());
+}
+
+TEST_F(Actions, AGroupThatNobodyClosedFailed) {
+  TTool tool;
+  tool.Attach(host_);
+  { const TKxMessageGroup group(tool, u"a"); }
+  { EXPECT_TRUE(TKxMessageGroup(tool, u"b").Close(true)); }
+  { TKxMessageGroup(tool, u"c").CloseNormal(); }
+  EXPECT_THAT(host_.Log(), ElementsAre("> a", "< 3", "> b", "< 1", "> c", "< 0"));
+}
+
+TEST_F(Actions, ALoopSetsItsVariableForEachPassAndEndsAtTheFirstFailureOrAStop) {
+  const struct {
+    int Passes, FailingPass, StoppedPass;
+    bool Loaded, Succeeds;
+    std::vector<std::string> Log;
+  } cases[] = {
+      {3, 0, 0, true, true, {"= Item v1", "= Item v2", "= Item v3"}},
+      {3, 2, 0, true, false, {"= Item v1", "= Item v2"}},
+      {0, 0, 0, true, true, {"! empty-loop The loop has no pass: there is nothing to go through."}},
+      {3, 0, 0, false, false, {}},
+      {5, 0, 1, true, false, {"= Item v1", "= Item v2"}},
+  };
+  for (const auto& row : cases) {
+    host_.ClearLog();
+    host_.Children = [&](TKxBaseIterator& loop) {
+      EXPECT_FALSE(host_.StopRequest.IsRaised()) << "no pass after a stop";
+      if (loop.GetCurrentIteration() == row.StoppedPass) host_.StopRequest.Raise();
+      return loop.GetCurrentIteration() != row.FailingPass;
+    };
+    TLoop loop;
+    loop.Attach(host_);
+    loop.SetLoopVariable(u"Item");
+    loop.Passes = row.Passes;
+    loop.Loaded = row.Loaded;
+    EXPECT_EQ(loop.Execute(), row.Succeeds);
+    EXPECT_EQ(host_.Log(), row.Log);
+    EXPECT_EQ(loop.GetCurrentIteration(), 0);
+  }
+}
+
+TEST_F(Actions, ALoopVariableThatNoTextCanReadIsFoundBeforehand) {
+  const std::pair<std::u16string, std::size_t> cases[] = {
+      {u"Item", 0}, {u"", 0},    {u"a.b_1", 0}, {u"\u00C9l\u00E9ment", 0},
+      {u"a b", 1},  {u"a-b", 1}, {u"%a%", 1},   {u" a", 1},
+  };
+  for (const auto& [name, entries] : cases) {
+    TLoop loop;
+    loop.SetLoopVariable(name);
+    tests::TRecordingValidation errors;
+    loop.LookAhead(errors);
+    EXPECT_EQ(errors.Entries.size(), entries) << text::ToUtf8(name);
+  }
+}
+
+TEST(Services, AMissingOneIsNamed) {
+  SetServices({});
+  EXPECT_EQ(tests::Raised([] { OptionsService(); }), "This host offers no options service.");
+}
+
+} // namespace
+} // namespace kx

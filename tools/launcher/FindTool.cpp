@@ -1,0 +1,52 @@
+#include "tools/launcher/FindTool.h"
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+
+namespace kx::launcher {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Candidate {
+  std::string_view Name;
+  ToolKind Kind;
+};
+constexpr std::array Candidates = {Candidate{"dotnet", ToolKind::DotNet},
+                                   Candidate{"msbuild", ToolKind::MSBuild},
+                                   Candidate{"xbuild", ToolKind::XBuild}};
+
+// The runtime alone has a program "dotnet" too, but nothing to build with.
+bool HasSdk(const std::string& dotnet) {
+  std::error_code error;
+  const auto program = fs::canonical(dotnet, error);
+  if (error) return false;
+  const fs::directory_iterator sdks(program.parent_path() / "sdk", error);
+  return !error && std::any_of(begin(sdks), end(sdks), [&error](const fs::directory_entry& sdk) {
+    return fs::exists(sdk.path() / "MSBuild.dll", error);
+  });
+}
+
+ToolKind KindOf(const std::string& path) {
+  const auto stem = fs::path(path).stem().string();
+  const auto known = std::ranges::find(Candidates, std::string_view(stem), &Candidate::Name);
+  return known == Candidates.end() ? ToolKind::MSBuild : known->Kind;
+}
+
+} // namespace
+
+std::optional<Tool> FindTool(std::string_view wanted, const ProgramLookup& find) {
+  if (!wanted.empty()) {
+    const auto path = find(wanted == "dotnet msbuild" ? "dotnet" : wanted);
+    if (!path) return std::nullopt;
+    return Tool{KindOf(*path), *path};
+  }
+  for (const auto& candidate : Candidates) {
+    const auto path = find(candidate.Name);
+    if (path && (candidate.Kind != ToolKind::DotNet || HasSdk(*path))) return Tool{candidate.Kind, *path};
+  }
+  return std::nullopt;
+}
+
+} // namespace kx::launcher
