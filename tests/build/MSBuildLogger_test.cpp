@@ -43,8 +43,7 @@ TEST_F(MSBuildLogger, CountsAndShowsErrorsAndWarningsWithTheirPlace) {
   EXPECT_THAT(host_.Log(), ElementsAre("3 /src/Lib/A.cs(3,7): error CS0103: no |x|\r\nhere [Lib/Lib.csproj]",
                                        "2 /other/B.cs(9): warning CS0219: unused 100%", "2 warning: general",
                                        "3 MSBUILD: error MSB1: bad"));
-  EXPECT_EQ(helper_.ErrorCount(), 2);
-  EXPECT_EQ(helper_.WarningCount(), 2);
+  EXPECT_EQ(std::pair(helper_.ErrorCount(), helper_.WarningCount()), std::pair(2, 2));
   helper_.ResetCounts();
   EXPECT_EQ(helper_.ErrorCount() + helper_.WarningCount(), 0);
 }

@@ -1,7 +1,7 @@
 #include "contract/PublishedProperties.h"
 
-#include "contract/Actions.h"
 #include "foundation/text/Encoding.h"
+#include "tests/support/BareAction.h"
 #include "tests/support/Raised.h"
 
 #include <gtest/gtest.h>
@@ -15,7 +15,7 @@ enum class TColour { coRed, coGreen };
 constexpr std::array<std::u16string_view, 2> ColourNames{u"coRed", u"coGreen"};
 constexpr TKxEnumeration Colours{u"TColour", ColourNames};
 
-class TPainter : public TCustomKxAction {
+class TPainter : public tests::TBareAction<TCustomKxAction> {
 public:
   const TKxPropertyTable& PublishedProperties() const override {
     static const TKxPropertyTable table(
@@ -34,7 +34,6 @@ public:
             .Take());
     return table;
   }
-  std::u16string GetActionName() const override { return u"Painter"; }
   bool Execute() override { return true; }
 
 private:
@@ -81,8 +80,7 @@ TEST(PublishedProperties, ComputedOnesAreNeitherStoredNorWritable) {
   TPainter painter;
   const TKxPublishedProperty* litres = painter.PublishedProperties().Find(u"Litres");
   ASSERT_NE(litres, nullptr);
-  EXPECT_TRUE(litres->ReadOnly);
-  EXPECT_FALSE(litres->Stored);
+  EXPECT_TRUE(litres->ReadOnly && !litres->Stored);
   litres->Set(painter, TKxPropertyValue(std::int32_t{99}));
   EXPECT_EQ(PropertyToText(*litres, litres->Get(painter)), u"2");
   EXPECT_EQ(painter.PublishedProperties().Find(u"Litre"), nullptr);

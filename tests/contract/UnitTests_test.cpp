@@ -10,27 +10,17 @@ namespace {
 
 using namespace std::chrono;
 
-constexpr TKxDateTime At(int hour) {
-  return sys_days(2010y / April / 1) + hours(hour) + milliseconds(45);
-}
-
-std::vector<TKxUnitTestResult> FourResults() {
-  return {
-      {.Passed = true, .Executed = true, .TestName = u"A", .Duration = 1234, .StartTime = At(11)},
-      {.Executed = true,
-       .TestName = u"B",
-       .ErrorMessage = u"a<b\r\n\"c\"",
-       .StackTrace = u"at B\r\n\tat C",
-       .Duration = 5,
-       .StartTime = At(10),
-       .ClassName = u"Ns.List`1[A, B]"},
-      {.Executed = true, .Outcome = u"Timeout"},
-      {.TestName = u"D", .Duration = 7},
-  };
-}
-
 TEST(UnitTestRun, IsWrittenAsJUnitHasItWithTheCountsOfWhatWasExecuted) {
-  TKxUnitTestRun run(FourResults());
+  constexpr TKxDateTime ten = sys_days(2010y / April / 1) + hours(10) + milliseconds(45);
+  TKxUnitTestResult b{.Executed = true, .TestName = u"B", .Duration = 5, .StartTime = ten};
+  b.ErrorMessage = u"a<b\r\n\"c\"";
+  b.StackTrace = u"at B\r\n\tat C";
+  b.ClassName = u"Ns.List`1[A, B]";
+  TKxUnitTestRun run(
+      {{.Passed = true, .Executed = true, .TestName = u"A", .Duration = 1234, .StartTime = ten + hours(1)},
+       b,
+       {.Executed = true, .Outcome = u"Timeout"},
+       {.TestName = u"D", .Duration = 7}});
   EXPECT_EQ(std::tuple(run.TotalCount(), run.PassedCount(), run.FailedCount(), run.NotRunCount()),
             std::tuple(4, 1, 2, 1));
   EXPECT_EQ(run.TotalTime(), 1239) << "without the test that was not run";

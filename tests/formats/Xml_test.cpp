@@ -29,13 +29,11 @@ TEST(Xml, ReadsTheEncodingsOfOldProjectFiles) {
       {"\xEF\xBB\xBF", "Windows-1252", "\xC3\xA9", u"é"}, // the mark holds
       {"\xEF\xBB\xBF", "utf-16", "\xC3\xA9", u"é"},
   };
-  for (const auto& [mark, encoding, bytes, text] : cases)
-    EXPECT_EQ(Loaded(std::string(mark) + "<?xml version=\"1.0\" encoding='" + encoding + "'?>\r\n<a b=\"" +
-                     bytes + "\"/>")
-                  .DocumentElement()
-                  ->GetAttribute(u"b"),
-              text)
+  for (const auto& [mark, encoding, bytes, text] : cases) {
+    const std::string begin = std::string(mark) + "<?xml version='1.0' encoding='" + encoding + "'?>\r\n";
+    EXPECT_EQ(Loaded(begin + "<a b='" + bytes + "'/>").DocumentElement()->GetAttribute(u"b"), text)
         << encoding;
+  }
 }
 
 // For those who look for words in a project file.
