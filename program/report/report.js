@@ -8,7 +8,10 @@ problems.addEventListener("click", () => {
   problems.setAttribute("aria-pressed", String(only));
 });
 
-for (const [id, open] of [["expand", true], ["collapse", false]])
+for (const [id, open] of [
+  ["expand", true],
+  ["collapse", false],
+])
   document.getElementById(id).addEventListener("click", () => {
     for (const group of log.querySelectorAll("details")) group.open = open;
   });

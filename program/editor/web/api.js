@@ -72,7 +72,8 @@ export function callUnlessRunning(operation, values = {}) {
 // any more, or while a run makes it impossible.
 export function look(operation, values = {}, { signal, unlessRunning = false } = {}) {
   expectMore(1);
-  return last.then(() => (signal?.aborted || (unlessRunning && isRunning) ? undefined : send(operation, values, signal)))
+  return last
+    .then(() => (signal?.aborted || (unlessRunning && isRunning) ? undefined : send(operation, values, signal)))
     .finally(() => expectMore(-1));
 }
 

@@ -26,7 +26,9 @@ const optionsForm = new Form(byId("options-pages"), {
 const run = new RunView({ started: () => showView("run"), ended: () => refresh() });
 const tree = new Tree(byId("tree"), {
   inTurn,
-  select: (id) => { shown = showAction(id); },
+  select: (id) => {
+    shown = showAction(id);
+  },
   open: async () => {
     await shown;
     byId("pages").querySelector("input:enabled, select:enabled, textarea:enabled, button")?.focus();
@@ -45,7 +47,8 @@ onAnswer((answer) => {
   byId("save").disabled = locked || (answer.hasFile && !answer.dirty);
   byId("undo").disabled = locked || !answer.canUndo;
   byId("redo").disabled = locked || !answer.canRedo;
-  for (const id of ["start", "dry-run", "check", "add", "copy", "remove", "move-up", "move-down", "move-in", "move-out"]) byId(id).disabled = locked;
+  for (const id of ["start", "dry-run", "check", "add", "copy", "remove", "move-up", "move-down", "move-in", "move-out"])
+    byId(id).disabled = locked;
   byId("stop").disabled = !locked;
   for (const id of ["action-form", "project-form", "options-form"]) byId(id).disabled = locked;
   for (const message of answer.messages) announce(message);
@@ -79,7 +82,10 @@ async function attemptChange(work) {
 
 // One command after the other: one that is given while another is under way means the project as that will leave it.
 function inTurn(command) {
-  turn = turn.then(() => change).then(() => command()).catch(announceError);
+  turn = turn
+    .then(() => change)
+    .then(() => command())
+    .catch(announceError);
   return turn;
 }
 
@@ -195,22 +201,40 @@ function showProblems() {
 
 function problemItem(problem) {
   const text = problem.place ? `${problem.place}: ${problem.message}` : problem.message;
-  const item = el("li", {}, problem.page === undefined ? text : button(text, () => form.goTo(problem.page, problem.field), { class: "link" }));
-  if (problem.options) item.append(" ", button("Open the options", () => showView("options")));
+  const item = el(
+    "li",
+    {},
+    problem.page === undefined ? text : button(text, () => form.goTo(problem.page, problem.field), { class: "link" }),
+  );
+  if (problem.options)
+    item.append(
+      " ",
+      button("Open the options", () => showView("options")),
+    );
   return item;
 }
 
 // What an earlier editor kept when it ended without saving.
 function showUnsaved() {
-  byId("unsaved").replaceChildren(...state.unsaved.map((file) => el("p", { class: "bar" },
-    el("span", {}, `Changes that were not saved when the editor ended are kept in ${file}.`),
-    button("Take them over", async () => {
-      if (await edit("unsaved", { file, take: true })) announce("The changes are taken over. Undo brings back what was here before.");
-    }),
-    button("Remove them", async () => {
-      const choice = await ask("Remove the changes that were not saved?", `${file} is deleted. That cannot be undone.`, [{ text: "Remove", value: "remove", main: true }]);
-      if (choice) await edit("unsaved", { file });
-    }))));
+  byId("unsaved").replaceChildren(
+    ...state.unsaved.map((file) =>
+      el(
+        "p",
+        { class: "bar" },
+        el("span", {}, `Changes that were not saved when the editor ended are kept in ${file}.`),
+        button("Take them over", async () => {
+          if (await edit("unsaved", { file, take: true }))
+            announce("The changes are taken over. Undo brings back what was here before.");
+        }),
+        button("Remove them", async () => {
+          const choice = await ask("Remove the changes that were not saved?", `${file} is deleted. That cannot be undone.`, [
+            { text: "Remove", value: "remove", main: true },
+          ]);
+          if (choice) await edit("unsaved", { file });
+        }),
+      ),
+    ),
+  );
 }
 
 function showView(name) {
@@ -231,7 +255,14 @@ async function addAction() {
   const selected = tree.rowOf(tree.selected);
   const places = [{ value: "after", text: selected ? "behind the selected action" : "as the first" }];
   if (selected?.node.isLoop) places.push({ value: "inside", text: "inside the selected loop" });
-  const chosen = await askTexts("Add an action", [{ name: "type", label: "Action", items }, { name: "place", label: "Place", items: places }], "Add");
+  const chosen = await askTexts(
+    "Add an action",
+    [
+      { name: "type", label: "Action", items },
+      { name: "place", label: "Place", items: places },
+    ],
+    "Add",
+  );
   if (!chosen) return;
   showView("actions");
   tree.focusSelected(); // keys that follow are meant for the new action
@@ -277,9 +308,14 @@ async function save(overwrite = false) {
       announce("The project is saved.");
       return;
     }
-    const choice = await ask("The file has been changed by somebody else",
+    const choice = await ask(
+      "The file has been changed by somebody else",
       "It is not as it was read. Overwrite it with what is shown here, or load what is in the file? What is shown here can be brought back by Undo.",
-      [{ text: "Overwrite the file", value: "overwrite" }, { text: "Load the file", value: "reload" }]);
+      [
+        { text: "Overwrite the file", value: "overwrite" },
+        { text: "Load the file", value: "reload" },
+      ],
+    );
     if (choice === "overwrite") await save(true);
     if (choice === "reload") await edit("reload", {});
   });
@@ -304,8 +340,10 @@ async function quit() {
   await attempt(async () => {
     let { ended } = await call("quit", {});
     if (!ended) {
-      const choice = await ask("The project is not saved", "Save it before the editor ends?",
-        [{ text: "Save and end", value: "save", main: true }, { text: "End without saving", value: "discard" }]);
+      const choice = await ask("The project is not saved", "Save it before the editor ends?", [
+        { text: "Save and end", value: "save", main: true },
+        { text: "End without saving", value: "discard" },
+      ]);
       if (choice === "save") {
         await save();
         if (!brief.dirty) ({ ended } = await call("quit", {}));
@@ -344,9 +382,19 @@ async function stayInTouch() {
 
 function listen() {
   const commands = {
-    save, undo, redo, check: checkNow, quit, start: () => start(false), "dry-run": () => start(true),
-    remove: removeAction, copy: copyAction, "move-up": () => moveAction("up"), "move-down": () => moveAction("down"),
-    "move-in": () => moveAction("in"), "move-out": () => moveAction("out"),
+    save,
+    undo,
+    redo,
+    check: checkNow,
+    quit,
+    start: () => start(false),
+    "dry-run": () => start(true),
+    remove: removeAction,
+    copy: copyAction,
+    "move-up": () => moveAction("up"),
+    "move-down": () => moveAction("down"),
+    "move-in": () => moveAction("in"),
+    "move-out": () => moveAction("out"),
   };
   for (const [id, command] of Object.entries(commands)) byId(id).addEventListener("click", () => inTurn(command));
   byId("stop").addEventListener("click", () => attempt(() => run.stop()));
@@ -359,7 +407,11 @@ function listen() {
   document.addEventListener("keydown", onKey);
   // A message is about what the user did last.
   for (const type of ["click", "input", "change"]) document.addEventListener(type, () => clearMessage(), true);
-  document.addEventListener("keydown", (event) => !["Tab", "Shift", "Control", "Alt", "Meta"].includes(event.key) && clearMessage(), true);
+  document.addEventListener(
+    "keydown",
+    (event) => !["Tab", "Shift", "Control", "Alt", "Meta"].includes(event.key) && clearMessage(),
+    true,
+  );
   window.addEventListener("beforeunload", (event) => {
     flush();
     if (brief.dirty && !hasEnded) event.preventDefault();

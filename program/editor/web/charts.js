@@ -17,15 +17,25 @@ export function resultTable(run, earlier) {
     const name = el("th", { scope: "row" }, row.action);
     name.style.paddingInlineStart = `${row.nesting + 0.5}em`;
     const changed = was && was.result !== row.result ? ` (${was.result} before)` : "";
-    return el("tr", {}, name, el("td", {}, row.configuration),
+    return el(
+      "tr",
+      {},
+      name,
+      el("td", {}, row.configuration),
       el("td", { class: statusNames[row.status] || false }, row.result + changed),
       el("td", { class: "number" }, row.errors + change(row.errors, was?.errors)),
       el("td", { class: "number" }, row.warnings + change(row.warnings, was?.warnings)),
-      el("td", { class: "number" }, formatTime(row.elapsedMs) + change(row.elapsedMs, was?.elapsedMs, formatTime)));
+      el("td", { class: "number" }, formatTime(row.elapsedMs) + change(row.elapsedMs, was?.elapsedMs, formatTime)),
+    );
   });
-  const heads = ["Action", "Configuration", "Result", "Errors", "Warnings", "Time"].map((text, i) => el("th", { scope: "col", class: i > 2 ? "number" : false }, text));
-  return el("div", { class: "wide", tabindex: "0", role: "region", "aria-label": "Results" },
-    el("table", {}, el("thead", {}, el("tr", {}, ...heads)), el("tbody", {}, ...rows)));
+  const heads = ["Action", "Configuration", "Result", "Errors", "Warnings", "Time"].map((text, i) =>
+    el("th", { scope: "col", class: i > 2 ? "number" : false }, text),
+  );
+  return el(
+    "div",
+    { class: "wide", tabindex: "0", role: "region", "aria-label": "Results" },
+    el("table", {}, el("thead", {}, el("tr", {}, ...heads)), el("tbody", {}, ...rows)),
+  );
 }
 
 function bars(label, now, before, largest) {
@@ -34,26 +44,41 @@ function bars(label, now, before, largest) {
     shape.style.width = `${largest > 0 ? (Math.max(value, 0) * 100) / largest : 0}%`;
     return shape;
   };
-  return el("tr", {}, el("th", { scope: "row" }, label),
+  return el(
+    "tr",
+    {},
+    el("th", { scope: "row" }, label),
     el("td", {}, bar(now, "bar"), before === undefined ? null : bar(before, "bar earlier")),
-    el("td", { class: "number" }, now + change(now, before)));
+    el("td", { class: "number" }, now + change(now, before)),
+  );
 }
 
 export function charts(run, earlier) {
   const groups = new Map();
   const keyOfMetric = (metric) => `${metric.action}|${metric.configuration}`;
-  for (const [source, which] of [[run, "now"], [earlier, "before"]])
+  for (const [source, which] of [
+    [run, "now"],
+    [earlier, "before"],
+  ])
     for (const metric of source?.metrics ?? []) {
       const title = `${metric.category}: ${metric.name}`;
       if (!groups.has(title)) groups.set(title, new Map());
       const rows = groups.get(title);
       const key = keyOfMetric(metric);
-      rows.set(key, { label: [metric.action, metric.configuration].filter(Boolean).join(" "), ...rows.get(key), [which]: metric.value });
+      rows.set(key, {
+        label: [metric.action, metric.configuration].filter(Boolean).join(" "),
+        ...rows.get(key),
+        [which]: metric.value,
+      });
     }
   return [...groups].map(([title, rows]) => {
     const shown = [...rows.values()].filter((row) => row.now !== undefined);
     const largest = Math.max(0, ...shown.flatMap((row) => [row.now, row.before ?? 0]));
-    return el("figure", {}, el("figcaption", {}, title),
-      el("table", { class: "chart" }, el("tbody", {}, ...shown.map((row) => bars(row.label, row.now, row.before, largest)))));
+    return el(
+      "figure",
+      {},
+      el("figcaption", {}, title),
+      el("table", { class: "chart" }, el("tbody", {}, ...shown.map((row) => bars(row.label, row.now, row.before, largest)))),
+    );
   });
 }

@@ -19,9 +19,13 @@ function show(title, content, buttons) {
       resolve(result);
     };
     const main = buttons.find((row) => row.main);
-    const row = el("div", { class: "buttons" }, ...buttons.map((one) => one === main
-      ? el("button", { type: "submit", class: "main" }, one.text)
-      : button(one.text, () => close(one.value))));
+    const row = el(
+      "div",
+      { class: "buttons" },
+      ...buttons.map((one) =>
+        one === main ? el("button", { type: "submit", class: "main" }, one.text) : button(one.text, () => close(one.value)),
+      ),
+    );
     const submit = (event) => {
       event.preventDefault();
       close(main?.value);
@@ -50,8 +54,10 @@ export function askTexts(title, fields, okText) {
     return { field, input, row: el("div", { class: "field" }, el("label", { for: id }, field.label), input) };
   });
   const values = () => Object.fromEntries(inputs.map(({ field, input }) => [field.name, input.value]));
-  return show(title, el("div", {}, ...inputs.map(({ row }) => row)),
-    [{ text: okText, value: values, main: true }, { text: "Cancel", value: undefined }]);
+  return show(title, el("div", {}, ...inputs.map(({ row }) => row)), [
+    { text: okText, value: values, main: true },
+    { text: "Cancel", value: undefined },
+  ]);
 }
 
 // "Text|*.a;*.b|Text|*.*" as entries; all files can be had whatever it says.
@@ -71,8 +77,11 @@ export async function choosePath({ title, start, filter, folders }) {
   const list = el("ul", { class: "chooser", "aria-label": "Folders and files" });
   const problem = el("p", { class: "error", role: "status" });
   const filterId = newId();
-  const filters = el("select", { id: filterId, onchange: () => go(wanted) },
-    ...filterEntries(filter).map((entry) => el("option", { value: entry.patterns }, entry.text)));
+  const filters = el(
+    "select",
+    { id: filterId, onchange: () => go(wanted) },
+    ...filterEntries(filter).map((entry) => el("option", { value: entry.patterns }, entry.text)),
+  );
   let folder = {};
   let wanted = start; // where the newest step leads to, shown or not yet
 
@@ -105,12 +114,16 @@ export async function choosePath({ title, start, filter, folders }) {
     for (const name of folder.folders) rows.push(button(`▸ ${name}`, () => go(join(name)), { "aria-label": `Folder ${name}` }));
     if (!folders)
       for (const name of folder.files)
-        rows.push(button(name, () => {
-          path.value = join(name);
-          path.focus();
-        }));
-    list.replaceChildren(...rows.map((row) => el("li", {}, row)),
-      folder.more ? el("li", { class: "note" }, `and ${counted(folder.more, "name")} more: type the path`) : "");
+        rows.push(
+          button(name, () => {
+            path.value = join(name);
+            path.focus();
+          }),
+        );
+    list.replaceChildren(
+      ...rows.map((row) => el("li", {}, row)),
+      folder.more ? el("li", { class: "note" }, `and ${counted(folder.more, "name")} more: type the path`) : "",
+    );
     list.scrollTop = 0;
   };
   // A folder is no file: to choose one leads into it.
@@ -128,11 +141,18 @@ export async function choosePath({ title, start, filter, folders }) {
     }
     return stay;
   };
-  const content = el("div", {},
-    el("div", { class: "field" }, el("label", { for: pathId }, folders ? "Folder" : "File"), path), problem, list,
-    folders ? null : el("div", { class: "field" }, el("label", { for: filterId }, "Files shown"), filters));
-  const result = show(title || (folders ? "Select Directory" : "Select File"), content,
-    [{ text: "Choose", value: choose, main: true }, { text: "Cancel", value: undefined }]);
+  const content = el(
+    "div",
+    {},
+    el("div", { class: "field" }, el("label", { for: pathId }, folders ? "Folder" : "File"), path),
+    problem,
+    list,
+    folders ? null : el("div", { class: "field" }, el("label", { for: filterId }, "Files shown"), filters),
+  );
+  const result = show(title || (folders ? "Select Directory" : "Select File"), content, [
+    { text: "Choose", value: choose, main: true },
+    { text: "Cancel", value: undefined },
+  ]);
   path.addEventListener("keydown", (event) => {
     if (event.key === "ArrowDown") list.querySelector("button")?.focus();
   });
@@ -147,9 +167,16 @@ export async function choosePath({ title, start, filter, folders }) {
 export async function showSource(event, message) {
   const source = await look("source", { event });
   const rows = source.lines.map((line, index) =>
-    el("li", { value: source.first + index, class: source.first + index === source.line ? "error" : false }, line));
-  await show(`${source.file} (${source.line})`,
-    el("div", {}, el("p", {}, message),
-      el("ol", { class: "source", tabindex: "0", "aria-label": "Lines of the file", start: source.first }, ...rows)),
-    [{ text: "Close", value: undefined, main: true }]);
+    el("li", { value: source.first + index, class: source.first + index === source.line ? "error" : false }, line),
+  );
+  await show(
+    `${source.file} (${source.line})`,
+    el(
+      "div",
+      {},
+      el("p", {}, message),
+      el("ol", { class: "source", tabindex: "0", "aria-label": "Lines of the file", start: source.first }, ...rows),
+    ),
+    [{ text: "Close", value: undefined, main: true }],
+  );
 }

@@ -1,7 +1,7 @@
 // The pages of an action, drawn from what kxhost says about their fields.
 import { call, look } from "./api.js";
 import { askTexts, choosePath } from "./dialogs.js";
-import { announce, announceError, button, debounce, el, expectMore, newId } from "./dom.js";
+import { announceError, button, debounce, el, expectMore, newId } from "./dom.js";
 
 const linesOf = (value) => value.replaceAll("\r\n", "\n").replace(/\n$/, "");
 
@@ -40,7 +40,10 @@ export class Form {
 
   sameFields() {
     const fields = this.pages[this.page].fields;
-    return this.controls?.length === fields.length && this.controls.every((control, i) => control.key === `${fields[i].name} ${fields[i].label}`);
+    return (
+      this.controls?.length === fields.length &&
+      this.controls.every((control, i) => control.key === `${fields[i].name} ${fields[i].label}`)
+    );
   }
 
   // What somebody is typing reaches kxhost before anything else is done.
@@ -55,10 +58,15 @@ export class Form {
     const tabs = el("div", { role: "tablist", "aria-label": "Pages" });
     this.pages.forEach((page, index) => {
       const isShown = index === this.page;
-      tabs.append(button(page.name, () => this.turnTo(index), {
-        role: "tab", "aria-selected": isShown ? "true" : "false", "aria-controls": panelId, tabindex: isShown ? 0 : -1,
-        class: this.problems.some((problem) => problem.page === index) ? "bad" : false,
-      }));
+      tabs.append(
+        button(page.name, () => this.turnTo(index), {
+          role: "tab",
+          "aria-selected": isShown ? "true" : "false",
+          "aria-controls": panelId,
+          tabindex: isShown ? 0 : -1,
+          class: this.problems.some((problem) => problem.page === index) ? "bad" : false,
+        }),
+      );
     });
     tabs.addEventListener("keydown", (event) => {
       const step = { ArrowLeft: -1, ArrowRight: 1 }[event.key];
@@ -111,8 +119,11 @@ export class Form {
   showProblems(problems) {
     this.problems = problems;
     if (this.pages && this.id !== undefined) this.update();
-    this.element.querySelectorAll("[role=tab]").forEach((tab, index) =>
-      tab.classList.toggle("bad", problems.some((problem) => problem.page === index)));
+    for (const [index, tab] of this.element.querySelectorAll("[role=tab]").entries())
+      tab.classList.toggle(
+        "bad",
+        problems.some((problem) => problem.page === index),
+      );
   }
 
   async send(operation, values) {
@@ -140,7 +151,9 @@ export class Form {
     const needsId = newId();
     const described = [field.hint ? hintId : "", needsId, problemId].filter(Boolean).join(" ");
     const attributes = {
-      id, "aria-describedby": described, "data-field": field.name,
+      id,
+      "aria-describedby": described,
+      "data-field": field.name,
       "aria-label": field.label ? false : labelBefore || field.title || field.property || field.name,
     };
     const maker = { choice: "makeCheck", check: "makeCheck", dropdown: "makeDropDown" }[field.kind] ?? "makeText";
@@ -148,9 +161,14 @@ export class Form {
     const isCheck = maker === "makeCheck";
     const label = field.label ? el("label", { for: id }, field.label) : null;
     control.needs.id = needsId;
-    control.row = el("div", { class: isCheck ? "field check" : "field" },
+    control.row = el(
+      "div",
+      { class: isCheck ? "field check" : "field" },
       ...(isCheck ? [body, label] : [label, body]),
-      field.hint ? el("p", { id: hintId, class: "hint" }, field.hint) : null, control.needs, control.problem);
+      field.hint ? el("p", { id: hintId, class: "hint" }, field.hint) : null,
+      control.needs,
+      control.problem,
+    );
     if (field.offers) control.row.append(this.makeOffers(control));
     return control;
   }
@@ -158,7 +176,9 @@ export class Form {
   makeCheck(control, attributes) {
     const isChoice = control.field.kind === "choice";
     control.input = el("input", {
-      ...attributes, type: isChoice ? "radio" : "checkbox", name: isChoice ? `${this.shownPage} ${control.field.group}` : false,
+      ...attributes,
+      type: isChoice ? "radio" : "checkbox",
+      name: isChoice ? `${this.shownPage} ${control.field.group}` : false,
       onchange: () => this.send("set", { field: control.field.name, value: control.input.checked ? "True" : "False" }),
     });
     control.update = (field) => {
@@ -169,7 +189,10 @@ export class Form {
   }
 
   makeDropDown(control, attributes) {
-    control.input = el("select", { ...attributes, onchange: () => this.send("set", { field: control.field.name, value: control.input.value }) });
+    control.input = el("select", {
+      ...attributes,
+      onchange: () => this.send("set", { field: control.field.name, value: control.input.value }),
+    });
     control.update = (field) => {
       const items = field.value ? field.items : ["", ...field.items];
       control.input.replaceChildren(...items.map((item) => el("option", { value: item, selected: item === field.value }, item)));
@@ -178,7 +201,9 @@ export class Form {
       if (control.make) control.make.disabled = !field.enabled;
     };
     if (!control.field.takesNewItems) return control.input;
-    control.make = button("New…", () => this.makeItem(control), { "aria-label": `New: ${attributes["aria-label"] || control.field.label}` });
+    control.make = button("New…", () => this.makeItem(control), {
+      "aria-label": `New: ${attributes["aria-label"] || control.field.label}`,
+    });
     return el("div", { class: "with-buttons" }, control.input, control.make);
   }
 
@@ -193,8 +218,12 @@ export class Form {
     const isList = field.kind === "list";
     const isSecret = field.kind === "secret";
     const input = el(isList ? "textarea" : "input", {
-      ...attributes, type: isList ? false : isSecret ? "password" : "text", spellcheck: "false",
-      autocomplete: isSecret ? "new-password" : "off", rows: isList ? 4 : false, wrap: isList ? "off" : false,
+      ...attributes,
+      type: isList ? false : isSecret ? "password" : "text",
+      spellcheck: "false",
+      autocomplete: isSecret ? "new-password" : "off",
+      rows: isList ? 4 : false,
+      wrap: isList ? "off" : false,
       inputmode: field.kind === "integer" ? "numeric" : false,
     });
     control.input = input;
@@ -250,16 +279,24 @@ export class Form {
       if (row.kind === "browse")
         return button("…", () => this.browse(control), { title: row.hint || "Browse", "aria-label": `Browse: ${name}` });
       const text = row.hint || "Add to the list";
-      return button(row.kind === "accept" ? "+" : "↻", () => {
-        commit();
-        this.send("click", { field: field.name, button: row.kind });
-      }, { title: text, "aria-label": text });
+      return button(
+        row.kind === "accept" ? "+" : "↻",
+        () => {
+          commit();
+          this.send("click", { field: field.name, button: row.kind });
+        },
+        { title: text, "aria-label": text },
+      );
     });
     if (field.kind === "secret") {
-      control.clear = button("Remove", () => {
-        input.value = "";
-        this.send("set", { field: field.name, value: "" });
-      }, { "aria-label": `Remove the ${name.toLowerCase()} that is set` });
+      control.clear = button(
+        "Remove",
+        () => {
+          input.value = "";
+          this.send("set", { field: field.name, value: "" });
+        },
+        { "aria-label": `Remove the ${name.toLowerCase()} that is set` },
+      );
       return el("div", { class: "with-buttons" }, input, control.clear);
     }
     return control.buttons.length ? el("div", { class: "with-buttons" }, input, ...control.buttons) : input;
@@ -267,7 +304,12 @@ export class Form {
 
   async browse(control) {
     const { field } = control;
-    const choice = await choosePath({ title: field.title, start: control.input.value, filter: field.filter, folders: field.kind === "folder" });
+    const choice = await choosePath({
+      title: field.title,
+      start: control.input.value,
+      filter: field.filter,
+      folders: field.kind === "folder",
+    });
     control.input.focus();
     if (choice) this.send("click", { field: field.name, button: "browse", choice });
   }
@@ -308,22 +350,31 @@ export class Form {
   drawOffer(control, item, reload) {
     if (control.field.kind !== "list") {
       const text = item.label || item.value;
-      return el("li", { class: item.chosen ? "chosen" : false },
+      return el(
+        "li",
+        { class: item.chosen ? "chosen" : false },
         button(text, async () => {
           await this.send("set", { field: control.field.name, value: item.value });
           reload();
-        }), item.chosen ? " ✓ matches" : "");
+        }),
+        item.chosen ? " ✓ matches" : "",
+      );
     }
     const id = newId();
-    const box = el("input", { type: "checkbox", id, checked: item.chosen, onchange: async () => {
-      // Whatever else stands in the list stays as it is written; several boxes may be ticked in quick succession.
-      const old = new Set(item.lines);
-      control.lines = (control.lines ?? linesOf(control.field.value).split("\n")).filter((line) => line && !old.has(line));
-      item.lines = box.checked ? [item.value] : [];
-      control.lines.push(...item.lines);
-      await this.send("set", { field: control.field.name, value: control.lines.join("\r\n") });
-      if (this.underWay === 0) control.lines = undefined;
-    } });
+    const box = el("input", {
+      type: "checkbox",
+      id,
+      checked: item.chosen,
+      onchange: async () => {
+        // Whatever else stands in the list stays as it is written; several boxes may be ticked in quick succession.
+        const old = new Set(item.lines);
+        control.lines = (control.lines ?? linesOf(control.field.value).split("\n")).filter((line) => line && !old.has(line));
+        item.lines = box.checked ? [item.value] : [];
+        control.lines.push(...item.lines);
+        await this.send("set", { field: control.field.name, value: control.lines.join("\r\n") });
+        if (this.underWay === 0) control.lines = undefined;
+      },
+    });
     return el("li", {}, box, el("label", { for: id }, item.label || item.value));
   }
 }

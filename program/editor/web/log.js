@@ -49,8 +49,18 @@ export class Log {
     const whole = this.textOf(event);
     const [first, ...others] = linesOf(whole);
     const line = {
-      isGroup, depth: event.depth, text: first, whole, status: event.status ?? 0, position, parent,
-      worst: event.status ?? 0, collapsed: false, file: event.file, line: event.line, elapsed: undefined,
+      isGroup,
+      depth: event.depth,
+      text: first,
+      whole,
+      status: event.status ?? 0,
+      position,
+      parent,
+      worst: event.status ?? 0,
+      collapsed: false,
+      file: event.file,
+      line: event.line,
+      elapsed: undefined,
       time: event.time.slice(11, 19),
     };
     const index = this.addRow(line);
@@ -77,7 +87,7 @@ export class Log {
     const line = this.lines[index];
     if (!line) return;
     line.elapsed = event.elapsedMs;
-    line.status = event.event === "actionEnd" ? (event.succeeded ? 1 : 3) : event.status ?? 0;
+    line.status = event.event === "actionEnd" ? (event.succeeded ? 1 : 3) : (event.status ?? 0);
     if (line.status > line.worst) line.worst = line.status;
     if (line.status >= 2) this.spread(index, line.status);
   }
@@ -95,8 +105,7 @@ export class Log {
 
   isShown(line) {
     if (line.worst < this.least) return false;
-    for (let at = line.parent; at >= 0; at = this.lines[at].parent)
-      if (this.lines[at].collapsed) return false;
+    for (let at = line.parent; at >= 0; at = this.lines[at].parent) if (this.lines[at].collapsed) return false;
     return true;
   }
 
@@ -149,16 +158,24 @@ export class Log {
   drawRow(index, at) {
     const line = this.lines[index];
     const status = line.isGroup ? Math.max(line.worst > 1 ? line.worst : 0, line.status) : line.status;
-    const row = el("div", {
-      role: "option", id: `line-${index}`, "aria-selected": index === this.current ? "true" : "false", "aria-posinset": at + 1,
-      "aria-setsize": this.visible.length, class: `${statusNames[status]}${line.isGroup ? " group" : ""}`, title: line.time,
-      onclick: () => this.goTo(index, true),
-    },
+    const row = el(
+      "div",
+      {
+        role: "option",
+        id: `line-${index}`,
+        "aria-selected": index === this.current ? "true" : "false",
+        "aria-posinset": at + 1,
+        "aria-setsize": this.visible.length,
+        class: `${statusNames[status]}${line.isGroup ? " group" : ""}`,
+        title: line.time,
+        onclick: () => this.goTo(index, true),
+      },
       el("span", { class: "twist", "aria-hidden": "true" }, line.isGroup ? (line.collapsed ? "▸" : "▾") : ""),
       status > 1 ? el("span", { class: "sr" }, `${statusNames[status]}: `) : null,
       el("span", { class: "text" }, line.text),
       line.isGroup && line.collapsed ? el("span", { class: "sr" }, " (folded)") : null,
-      line.elapsed === undefined ? null : el("span", { class: "time" }, formatTime(line.elapsed)));
+      line.elapsed === undefined ? null : el("span", { class: "time" }, formatTime(line.elapsed)),
+    );
     row.style.paddingInlineStart = `${line.depth * 1.1}rem`;
     return row;
   }
@@ -188,7 +205,14 @@ export class Log {
     const at = this.visible.indexOf(this.current);
     const page = Math.floor(this.element.clientHeight / rowHeight);
     const line = this.lines[this.current];
-    const targets = { ArrowDown: at + 1, ArrowUp: at - 1, PageDown: at + page, PageUp: at - page, Home: 0, End: this.visible.length - 1 };
+    const targets = {
+      ArrowDown: at + 1,
+      ArrowUp: at - 1,
+      PageDown: at + page,
+      PageUp: at - page,
+      Home: 0,
+      End: this.visible.length - 1,
+    };
     if (event.key in targets) {
       event.preventDefault();
       const target = this.visible[Math.min(Math.max(targets[event.key], 0), this.visible.length - 1)];

@@ -58,10 +58,10 @@ export class RunView {
     const clock = setInterval(() => this.showProgress(performance.now() - began), 1000);
     try {
       let next = 0;
-      for (let goesOn = true; goesOn;) {
+      for (let goesOn = true; goesOn; ) {
         const answer = await events(this.number, next);
         if (answer.run !== this.number) this.begin(answer.run);
-        answer.events.forEach((event, i) => this.take(event, answer.from + i));
+        for (const [i, event] of answer.events.entries()) this.take(event, answer.from + i);
         next = answer.next;
         this.problems = answer;
         this.log.refresh();
@@ -109,9 +109,13 @@ export class RunView {
     byId("progress").textContent =
       `${run.dryRun ? "Dry run" : "Run"} ${run.run}: ${this.outcome} after ${formatTime(run.elapsedMs)} · ${run.totals}`;
     const select = byId("compare");
-    select.replaceChildren(el("option", { value: "" }, "no other run"),
-      ...this.runs.slice(0, -1).reverse().map((other) =>
-        el("option", { value: other.run }, `run ${other.run}${other.dryRun ? " (dry)" : ""}: ${other.result}`)));
+    select.replaceChildren(
+      el("option", { value: "" }, "no other run"),
+      ...this.runs
+        .slice(0, -1)
+        .reverse()
+        .map((other) => el("option", { value: other.run }, `run ${other.run}${other.dryRun ? " (dry)" : ""}: ${other.result}`)),
+    );
     select.parentElement.hidden = this.runs.length < 2;
     this.showResults();
   }
@@ -121,8 +125,12 @@ export class RunView {
     if (!run) return;
     const earlier = this.runs.find((other) => String(other.run) === byId("compare").value);
     const figures = charts(run, earlier);
-    byId("results").replaceChildren(el("h2", {}, "Results"), resultTable(run, earlier),
-      figures.length ? el("h2", {}, "Metrics") : "", el("div", { class: "charts" }, ...figures));
+    byId("results").replaceChildren(
+      el("h2", {}, "Results"),
+      resultTable(run, earlier),
+      figures.length ? el("h2", {}, "Metrics") : "",
+      el("div", { class: "charts" }, ...figures),
+    );
   }
 
   showDetail(line) {

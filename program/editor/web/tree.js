@@ -43,20 +43,34 @@ export class Tree {
     const { node, level, siblings, position } = row;
     const isSelected = node.id === this.selected;
     const title = node.name || node.typeName;
-    const parts = [el("span", { class: "twist", "aria-hidden": "true" }, node.children ? (this.collapsed.has(node.id) ? "▸" : "▾") : "")];
+    const parts = [
+      el("span", { class: "twist", "aria-hidden": "true" }, node.children ? (this.collapsed.has(node.id) ? "▸" : "▾") : ""),
+    ];
     if (this.images?.has(node.type)) parts.push(el("img", { src: `image/${node.type}`, alt: "", width: 16, height: 16 }));
     parts.push(el("span", { class: "name" }, title));
     if (node.name) parts.push(el("span", { class: "type" }, node.typeName));
-    if (this.problems.has(node.id)) parts.push(el("span", { class: "mark", title: "Something is wrong here" }, "⚠", el("span", { class: "sr" }, " has problems")));
-    const item = el("li", {
-      role: "treeitem", id: `action-${node.id.replaceAll("/", "-")}`, "aria-level": level, "aria-setsize": siblings.length,
-      "aria-posinset": position + 1, "aria-selected": isSelected ? "true" : "false", tabindex: isSelected ? 0 : -1,
-      "aria-expanded": node.children ? (this.collapsed.has(node.id) ? "false" : "true") : false,
-      onclick: (event) => {
-        if (event.target.classList.contains("twist") && node.children) this.toggle(node.id);
-        else this.select(node.id);
+    if (this.problems.has(node.id))
+      parts.push(
+        el("span", { class: "mark", title: "Something is wrong here" }, "⚠", el("span", { class: "sr" }, " has problems")),
+      );
+    const item = el(
+      "li",
+      {
+        role: "treeitem",
+        id: `action-${node.id.replaceAll("/", "-")}`,
+        "aria-level": level,
+        "aria-setsize": siblings.length,
+        "aria-posinset": position + 1,
+        "aria-selected": isSelected ? "true" : "false",
+        tabindex: isSelected ? 0 : -1,
+        "aria-expanded": node.children ? (this.collapsed.has(node.id) ? "false" : "true") : false,
+        onclick: (event) => {
+          if (event.target.classList.contains("twist") && node.children) this.toggle(node.id);
+          else this.select(node.id);
+        },
       },
-    }, ...parts);
+      ...parts,
+    );
     item.style.paddingInlineStart = `${level * 1.1 - 0.6}rem`;
     row.item = item;
     return item;
@@ -137,8 +151,8 @@ const moves = {
 };
 
 const keys = {
-  ArrowDown: (tree, row, index) => tree.goTo(index + 1),
-  ArrowUp: (tree, row, index) => tree.goTo(index - 1),
+  ArrowDown: (tree, _row, index) => tree.goTo(index + 1),
+  ArrowUp: (tree, _row, index) => tree.goTo(index - 1),
   Home: (tree) => tree.goTo(0),
   End: (tree) => tree.goTo(tree.rows.length - 1),
   ArrowRight: (tree, row, index) => tree.unfoldOrEnter(row, index),
