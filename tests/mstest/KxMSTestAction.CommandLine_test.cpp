@@ -3,12 +3,14 @@
 #include "foundation/platform/Files.h"
 #include "foundation/text/CommandLine.h"
 
+#include <set>
+
 namespace kx::tests {
 namespace {
 
 struct TCase {
   const char* What;
-  TSettings Settings;
+  std::u16string Settings;
   std::string Parameters; // or the last line of the log where nothing was run
 };
 
@@ -29,160 +31,121 @@ protected:
 };
 
 TEST_F(MSTestCommandLine, NamesTheContainers) {
-  const std::string rest = " /resultsfile:TEMP /nologo";
-  const TCase cases[] = {
-      {"one", {{u"AssemblyFileName", u"%Root%\\a.dll"}}, "/testcontainer:C:\\src\\a.dll" + rest},
-      {"two, with a bar",
-       {{u"AssemblyFileName", u"C:\\a.dll|C:\\b.dll"}},
-       "/testcontainer:C:\\a.dll /testcontainer:C:\\b.dll" + rest},
-      {"two lines",
-       {{u"AssemblyFileName", u"C:\\a.dll\r\nC:\\b.dll"}},
-       "/testcontainer:C:\\a.dll /testcontainer:C:\\b.dll" + rest},
-      {"lines and bars, blanks and quotes",
-       {{u"AssemblyFileName", u"\"b c.dll\"|a.dll\r\n\r\nd e.dll\r\n"}},
-       "/testcontainer:\"b c.dll\" /testcontainer:a.dll /testcontainer:\"d e.dll\"" + rest},
-      {"a blank separates on one line",
-       {{u"AssemblyFileName", u"C:\\My Tests\\a.dll"}},
-       "/testcontainer:C:\\My /testcontainer:Tests\\a.dll" + rest},
-      {"but not within quotes",
-       {{u"AssemblyFileName", u"\"C:\\My Tests\\a.dll\"|b.dll"}},
-       "/testcontainer:\"C:\\My Tests\\a.dll\" /testcontainer:b.dll" + rest},
-      {"a line feed alone is a blank",
-       {{u"AssemblyFileName", u"a.dll\nb.dll"}},
-       "/testcontainer:a.dll /testcontainer:b.dll" + rest},
-      {"empty items do not count", {{u"AssemblyFileName", u"|a.dll||"}}, "/testcontainer:a.dll" + rest},
-      {"none at all", {}, "3 Test Container File : a value is required."},
-      {"an unknown variable", {{u"AssemblyFileName", u"%No%"}}, "3 Test Container File : Unknown name: No"},
+  const std::string rest = " /resultsfile:TEMP /nologo",
+                    two = "/testcontainer:C:\\a.dll /testcontainer:C:\\b.dll";
+  const std::tuple<const char*, std::u16string, std::string> cases[] = {
+      {"one", u"%Root%\\a.dll", "/testcontainer:C:\\src\\a.dll"},
+      {"two, with a bar", u"C:\\a.dll|C:\\b.dll", two},
+      {"two lines", u"C:\\a.dll\r\nC:\\b.dll", two},
+      {"lines and bars, blanks and quotes", u"\"b c.dll\"|a.dll\r\n\r\nd e.dll\r\n",
+       "/testcontainer:\"b c.dll\" /testcontainer:a.dll /testcontainer:\"d e.dll\""},
+      {"a blank separates on one line", u"C:\\My Tests\\a.dll",
+       "/testcontainer:C:\\My /testcontainer:Tests\\a.dll"},
+      {"but not within quotes", u"\"C:\\My Tests\\a.dll\"|b.dll",
+       "/testcontainer:\"C:\\My Tests\\a.dll\" /testcontainer:b.dll"},
+      {"a line feed alone is a blank", u"C:\\a.dll\nC:\\b.dll", two},
+      {"empty items do not count", u"|C:\\a.dll||C:\\b.dll|", two},
   };
-  Check(cases);
+  for (const auto& [what, names, containers] : cases) {
+    host_.ClearLog();
+    EXPECT_EQ(ParametersOf(u"AssemblyFileName=" + names), containers + rest) << what;
+  }
 }
 
 TEST_F(MSTestCommandLine, KeepsTheOrderOfItsSwitches) {
   const TCase cases[] = {
       {"everything, with a metadata file",
-       {{u"UseMetadataFile", u"True"},
-        {u"MetadataFile", u"%Root%\\all tests.vsmdi"},
-        {u"AssemblyFileName", u"ignored.dll"},
-        {u"OutputFileName", u"%Root%\\out dir\\"},
-        {u"ConfigFileName", u"%Root%\\a.testrunconfig"},
-        {u"SpecifyTestList", u"True"},
-        {u"TestList", u"one,\"two three\",,four five,"},
-        {u"SpecifyTests", u"True"},
-        {u"Tests", u"A.B,\"C \"\"D\"\"\""}},
+       u"UseMetadataFile=True~MetadataFile=%Root%\\all "
+       u"tests.vsmdi~AssemblyFileName=ignored.dll~OutputFileName=%Root%\\out "
+       u"dir\\~ConfigFileName=%Root%\\a.testrunconfig~SpecifyTestList=True~TestList=one,\"two three\",,four "
+       u"five,~SpecifyTests=True~Tests=A.B,\"C \"\"D\"\"\"",
        "/testmetadata:\"C:\\src\\all tests.vsmdi\" /resultsfile:\"C:\\src\\out dir\\\\\" "
        "/runconfig:C:\\src\\a.testrunconfig /testlist:one /testlist:\"two three\" /testlist: /testlist:four "
        "/testlist:five /testlist: /test:A.B /test:\"C \\\"D\\\"\" /nologo"},
       {"tests of containers, no lists",
-       {{u"AssemblyFileName", u"a.dll"},
-        {u"SpecifyTestList", u"True"},
-        {u"TestList", u"%No%"},
-        {u"SpecifyTests", u"True"},
-        {u"Tests", u"A|B;C,D"},
-        {u"ShowBanner", u"True"}},
+       u"AssemblyFileName=a.dll~SpecifyTestList=True~TestList=%No%~SpecifyTests=True~Tests=A|B;C,D~"
+       u"ShowBanner=True",
        "/testcontainer:a.dll /resultsfile:TEMP /test:A|B;C /test:D"},
-      {"what is not asked for is not expanded",
-       {{u"AssemblyFileName", u"a.dll"}, {u"Tests", u"%No%"}, {u"MetadataFile", u"%No%"}},
+      {"what is not asked for is not expanded", u"AssemblyFileName=a.dll~Tests=%No%~MetadataFile=%No%",
        "/testcontainer:a.dll /resultsfile:TEMP /nologo"},
   };
   Check(cases);
 }
 
 TEST_F(MSTestCommandLine, StopsAtTheFirstFieldThatCannotBeExpanded) {
-  const TSettings meta{{u"UseMetadataFile", u"True"}, {u"MetadataFile", u"m"}};
-  const auto with = [&meta](TSettings more) {
-    more.insert(more.begin(), meta.begin(), meta.end());
-    return more;
-  };
+  const std::u16string meta = u"UseMetadataFile=True~MetadataFile=m~";
   const TCase cases[] = {
-      {"no metadata file", {{u"UseMetadataFile", u"True"}}, "3 Test Metadata File : a value is required."},
-      {"results", with({{u"OutputFileName", u"%No%"}}), "3 Results File : Unknown name: No"},
-      {"configuration", with({{u"ConfigFileName", u"%No%"}}), "3 Run Configuration File : Unknown name: No"},
-      {"no lists", with({{u"SpecifyTestList", u"True"}}), "3 Test Lists : a value is required."},
-      {"no tests", with({{u"SpecifyTests", u"True"}}), "3 Test Names : a value is required."},
-      {"no server", with({{u"PublishMode", u"pbSpecify"}}), "3 Team Server Name : a value is required."},
+      {"no container", u"", "3 Test Container File : a value is required."},
+      {"a container", u"AssemblyFileName=%No%", "3 Test Container File : Unknown name: No"},
+      {"no metadata file", u"UseMetadataFile=True", "3 Test Metadata File : a value is required."},
+      {"results", meta + u"OutputFileName=%No%", "3 Results File : Unknown name: No"},
+      {"configuration", meta + u"ConfigFileName=%No%", "3 Run Configuration File : Unknown name: No"},
+      {"no lists", meta + u"SpecifyTestList=True", "3 Test Lists : a value is required."},
+      {"no tests", meta + u"SpecifyTests=True", "3 Test Names : a value is required."},
+      {"no server", meta + u"PublishMode=pbSpecify", "3 Team Server Name : a value is required."},
   };
   Check(cases);
 }
 
 TEST_F(MSTestCommandLine, EveryItemArrivesAsOneArgument) {
-  const std::u16string hostile[] = {u"a\" /publish:evil \"b", u"end\\", u"two\\\\\" x", u"\ttab",
-                                    u"%PATH%&x|y"};
-  for (const auto& name : hostile) {
+  for (const std::u16string name :
+       {u"a\" /publish:evil \"b", u"end\\", u"two\\\\\" x", u"\ttab", u"%PATH%&x|y"}) {
     TKxCommandLineBuilder builder;
     builder.Add(u"/test:", name, TCommandLineOption::QuoteValue);
-    const auto arguments = text::SplitCommandLine(builder.Text());
-    ASSERT_EQ(arguments.size(), 1U) << text::ToUtf8(builder.Text());
-    EXPECT_EQ(arguments[0], u"/test:" + name);
+    EXPECT_THAT(text::SplitCommandLine(builder.Text()), testing::ElementsAre(u"/test:" + name));
   }
 }
 
 TEST_F(MSTestCommandLine, EveryRunHasATemporaryFileOfItsOwnThatDoesNotExistYet) {
-  Set({{u"AssemblyFileName", u"a.dll"}});
-  std::vector<std::string> names;
+  Set(u"AssemblyFileName=a.dll");
+  std::set<std::u16string> names;
   for (int run = 0; run < 2; ++run) {
     action_.Execute();
     const auto arguments = text::SplitCommandLine(text::FromUtf8(host_.Runs().back().Parameters));
     const std::u16string file = arguments[1].substr(std::u16string_view(u"/resultsfile:").size());
     EXPECT_TRUE(file.starts_with(platform::TemporaryDirectory())) << text::ToUtf8(file);
-    EXPECT_FALSE(platform::FileExists(file));
-    names.push_back(text::ToUtf8(file));
+    EXPECT_TRUE(!platform::FileExists(file) && names.insert(file).second);
   }
-  EXPECT_NE(names[0], names[1]);
 }
-
-// What the action publishes for these variables and settings.
-struct TPublishCase {
-  const char* What;
-  std::vector<std::u16string> Variables;
-  TSettings Settings;
-  std::string Switches;
-  std::vector<std::string> Log; // between the start and the run
-};
 
 TEST_F(MSTestCommandLine, PublishesToTeamBuild) {
   const std::string warning = "2 Warning : It appears that this project is running under Team Build, but not "
                               "all Team Build parameters are available";
-  const std::vector<std::u16string> all{u"_envTeamServer", u"_envTeamProject", u"_envTeamBuildId",
-                                        u"_envBuildPlatform", u"_envBuildFlavor"};
-  const TPublishCase cases[] = {
-      {"not under Team Build", {}, {}, "", {}},
-      {"half under Team Build", {all[0]}, {}, "", {warning}},
-      {"all but one", {all[1], all[2], all[3], all[4]}, {}, "", {warning}},
-      {"under Team Build",
-       all,
-       {},
-       " /publish:<_envTeamServer> /teamproject:<_envTeamProject> /publishbuild:<_envTeamBuildId> "
-       "/flavor:<_envBuildFlavor> /platform:<_envBuildPlatform>",
-       {"0 Results will be published to Team Project <_envTeamProject> on <_envTeamServer>, Build Id "
-        "<_envTeamBuildId> (<_envBuildFlavor>/<_envBuildPlatform>)"}},
-      {"never", all, {{u"PublishMode", u"pbNone"}}, "", {}},
-      {"to a build of one's own",
-       all,
-       {{u"PublishMode", u"pbSpecify"},
-        {u"TeamServer", u"http://tfs:8080"},
-        {u"TeamProject", u"My %Root%"},
-        {u"BuildId", u"7"}},
-       " /publish:http://tfs:8080 /teamproject:\"My C:\\src\" /publishbuild:7 /flavor:Tandemor "
-       "/platform:\"Any CPU\"",
-       {"0 Results will be published to Team Project My C:\\src on http://tfs:8080, Build Id 7 "
-        "(Tandemor/Any CPU)"}},
-      {"without a flavour", {}, {{u"BuildFlavor", u""}}, "none", {"3 Build Flavor : a value is required."}},
+  const std::string run = "/testcontainer:a.dll /resultsfile:TEMP /nologo";
+  const std::u16string others = u"_envTeamProject _envTeamBuildId _envBuildPlatform _envBuildFlavor";
+  const std::u16string all = others + u" _envTeamServer";
+  const struct {
+    const char* What;
+    std::u16string Variables, Settings;
+    std::string Parameters, Log; // the first line, where it is not that of the run
+  } cases[] = {
+      {"not under Team Build", u"", u"", run, ""},
+      {"half under Team Build", u"_envTeamServer", u"", run, warning},
+      {"all but one", others, u"", run, warning},
+      {"under Team Build", all, u"",
+       run + " /publish:<_envTeamServer> /teamproject:<_envTeamProject> /publishbuild:<_envTeamBuildId> "
+             "/flavor:<_envBuildFlavor> /platform:<_envBuildPlatform>",
+       "0 Results will be published to Team Project <_envTeamProject> on <_envTeamServer>, Build Id "
+       "<_envTeamBuildId> (<_envBuildFlavor>/<_envBuildPlatform>)"},
+      {"never", all, u"PublishMode=pbNone", run, ""},
+      {"to a build of one's own", all,
+       u"PublishMode=pbSpecify~TeamServer=http://tfs:8080~TeamProject=My %Root%~BuildId=7",
+       run + " /publish:http://tfs:8080 /teamproject:\"My C:\\src\" /publishbuild:7 /flavor:Tandemor "
+             "/platform:\"Any CPU\"",
+       "0 Results will be published to Team Project My C:\\src on http://tfs:8080, Build Id 7 "
+       "(Tandemor/Any CPU)"},
+      {"without a flavour", u"", u"BuildFlavor=", "3 Build Flavor : a value is required.", ""},
   };
   for (const auto& row : cases) { // settings go on from the row before
     host_.ClearLog();
     host_.Variables = {{u"Root", u"C:\\src"}};
-    for (const auto& name : row.Variables)
-      host_.Variables[name] = u"<" + name + u">";
-    Set({{u"AssemblyFileName", u"a.dll"}});
-    Set(row.Settings);
-    const std::string parameters = ParametersOf({});
-    if (row.Switches != "none") {
-      EXPECT_EQ(parameters, "/testcontainer:a.dll /resultsfile:TEMP /nologo" + row.Switches) << row.What;
-    }
-    for (std::size_t i = 0; i < row.Log.size(); ++i)
-      EXPECT_EQ(host_.Log().at(i), row.Log[i]) << row.What;
-    const std::string next = host_.Runs().empty() ? "" : host_.Log().at(row.Log.size());
-    EXPECT_EQ(next.starts_with("0 Running C:\\VS9\\IDE\\MSTest.exe"), row.Switches != "none") << row.What;
+    for (const auto name : text::Split(row.Variables, u' '))
+      host_.Variables.emplace(name, u"<" + std::u16string(name) + u">");
+    Set(u"AssemblyFileName=a.dll");
+    EXPECT_EQ(ParametersOf(row.Settings), row.Parameters) << row.What;
+    const std::string first =
+        row.Log.empty() && !host_.Runs().empty() ? "0 Running C:\\VS9\\IDE\\MSTest.exe" : row.Log;
+    EXPECT_TRUE(host_.Log().front().starts_with(first)) << row.What;
   }
 }
 

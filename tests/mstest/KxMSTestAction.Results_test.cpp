@@ -18,9 +18,7 @@ constexpr const char* ThreeResults = R"(<TestRun xmlns="urn:results"><Results>
 
 class MSTestResults : public TMSTestActionTest {
 protected:
-  MSTestResults() {
-    Set({{u"AssemblyFileName", u"a.dll"}, {u"OutputFileName", folder_.Path() + u"/out.trx"}});
-  }
+  MSTestResults() { Set(u"AssemblyFileName=a.dll~OutputFileName=" + folder_.Path() + u"/out.trx"); }
 
   // MSTest writes this and ends so.
   bool Run(const std::string& trx, int exitCode) {
@@ -44,105 +42,80 @@ protected:
 };
 
 std::vector<std::string> Metrics(const std::string& passed, const std::string& failed,
-                                 const std::string& time) {
-  return {"# Unit_Tests Test_Results ",
-          "# Unit_Tests Test_Run_Name Run MSTest",
-          "# Unit_Tests Tests_Successful " + passed,
-          "# Unit_Tests Tests_Failed " + failed,
-          "# Unit_Tests Tests_Not_Run 0",
-          "# Unit_Tests Tests_Run_Time " + time};
+                                 const std::string& time, const std::string& breach = "") {
+  std::vector<std::string> lines{"# Unit_Tests Test_Results ",
+                                 "# Unit_Tests Test_Run_Name Run MSTest",
+                                 "# Unit_Tests Tests_Successful " + passed,
+                                 "# Unit_Tests Tests_Failed " + failed,
+                                 "# Unit_Tests Tests_Not_Run 0",
+                                 "# Unit_Tests Tests_Run_Time " + time};
+  if (!breach.empty()) lines.push_back("! " + breach);
+  return lines;
 }
 
 TEST_F(MSTestResults, TheExitCodeAloneDecides) {
-  struct TCase {
-    const char* What;
-    std::string Trx;
-    int ExitCode;
-    std::vector<std::string> Log;
-  };
-  const auto with = [](std::vector<std::string> metrics, const std::string& breach) {
-    metrics.push_back(breach);
-    return metrics;
-  };
-  const auto none = Metrics("0", "0", "0");
-  const std::string unnamed = R"(<Tests><UnitTestResult><testName>A</testName></UnitTestResult></Tests>)";
-  const std::string warning =
+  const std::string noTests =
+      "no-tests No test was run: the results file DIR/out.trx holds no result of a unit test.";
+  std::vector<std::string> unnamed = Metrics("0", "1", "0");
+  unnamed.insert(
+      unnamed.begin(),
       "2 Warning : the results file DIR/out.trx holds 1 result without a name, as Visual Studio 2005 writes "
-      "them: their tests count as failed. Run the tests with the MSTest of Visual Studio 2008 or later.";
-  const TCase cases[] = {
+      "them: their tests count as failed. Run the tests with the MSTest of Visual Studio 2008 or later.");
+  const std::tuple<const char*, std::string, int, std::vector<std::string>> cases[] = {
       {"failed tests, a good exit code", ThreeResults, 0,
-       with(Metrics("1", "2", "1239"),
-            "! errors-counted 1 test failed although MSTest ended with exit code 0.")},
+       Metrics("1", "2", "1239", "errors-counted 1 test failed although MSTest ended with exit code 0.")},
       {"a bad exit code", ThreeResults, 1, Metrics("1", "2", "1239")},
       {"tests that were not executed, a good exit code",
        R"(<r><UnitTestResult testName="A" outcome="NotExecuted"/></r>)", 0,
-       with(Metrics("0", "1", "0"), "! no-tests No test was run: 1 test found, none executed.")},
+       Metrics("0", "1", "0", "no-tests No test was run: 1 test found, none executed.")},
       {"some tests that were not executed, a good exit code",
-       R"(<r><UnitTestResult outcome="NotExecuted" testName="A"/><UnitTestResult outcome="Passed" testName="B"/></r>)",
+       R"(<r><UnitTestResult outcome="NotExecuted" testName="A"/>)"
+       R"(<UnitTestResult outcome="Passed" testName="B"/></r>)",
        0, Metrics("1", "1", "0")},
       {"a file cut off", std::string(ThreeResults).substr(0, 200), 0,
-       with(none, "! results-missing The results file DIR/out.trx cannot be read: Couldn't find end of "
-                  "Start Tag UnitTestResult line 4 (line 4)")},
-      {"an empty file", "", 0,
-       with(none,
-            "! results-missing The results file DIR/out.trx cannot be read: Document is empty (line 1)")},
-      {"no tests", "<TestRun/>", 0,
-       with(none,
-            "! no-tests No test was run: the results file DIR/out.trx holds no result of a unit test.")},
-      {"no tests, a bad exit code", "<TestRun/>", 1,
-       with(none,
-            "! no-tests No test was run: the results file DIR/out.trx holds no result of a unit test.")},
-      {"results without names", unnamed, 1,
-       [&] {
-         auto log = Metrics("0", "1", "0");
-         log.insert(log.begin(), warning);
-         return log;
-       }()},
+       Metrics("0", "0", "0",
+               "results-missing The results file DIR/out.trx cannot be read: Couldn't find end of "
+               "Start Tag UnitTestResult line 4 (line 4)")},
+      {"no tests", "<TestRun/>", 0, Metrics("0", "0", "0", noTests)},
+      {"no tests, a bad exit code", "<TestRun/>", 1, Metrics("0", "0", "0", noTests)},
+      {"results without names", R"(<Tests><UnitTestResult><testName>A</testName></UnitTestResult></Tests>)",
+       1, unnamed},
   };
-  for (const auto& row : cases) {
-    EXPECT_EQ(Run(row.Trx, row.ExitCode), row.ExitCode == 0) << row.What;
-    EXPECT_EQ(Outcome(), row.Log) << row.What;
+  for (const auto& [what, trx, exitCode, log] : cases) {
+    EXPECT_EQ(Run(trx, exitCode), exitCode == 0) << what;
+    EXPECT_EQ(Outcome(), log) << what;
     EXPECT_TRUE(platform::FileExists(folder_.Path() + u"/out.trx")) << "the user's own file stays";
   }
 }
 
 TEST_F(MSTestResults, OnlyWhatThisRunHasWrittenCounts) {
-  const std::string old =
-      "! results-missing The results file DIR/out.trx was there before, and MSTest has not "
-      "written it: its results are not those of this run.";
-  const struct {
-    const char* What;
-    bool IsThere; // before the run
-    std::function<void()> During;
-    std::string Breach; // none: the three results are reported
-  } cases[] = {
-      {"nothing",
-       false,
-       {},
-       "! results-missing The results file DIR/out.trx is missing: MSTest has not written it."},
-      {"an older file", true, {}, old},
-      {"the same content again", true, [this] { folder_.Write("out.trx", ThreeResults); }, ""},
-      {"a copy that keeps its time stamp", true,
-       [this] {
-         const std::filesystem::path file(folder_.Path("out.trx")), copy(folder_.Path("copy.trx"));
-         std::filesystem::copy(file, copy);
-         std::filesystem::last_write_time(copy, stamp_);
-         std::filesystem::rename(copy, file);
-       },
-       ""},
+  const auto none = [](const std::string& reason) {
+    return Metrics("0", "0", "0", "results-missing The results file DIR/out.trx " + reason);
   };
-  for (const auto& row : cases) {
-    if (row.IsThere) folder_.Write("out.trx", ThreeResults);
-    if (row.IsThere) stamp_ = std::filesystem::last_write_time(folder_.Path("out.trx"));
+  const auto all = Metrics("1", "2", "1239");
+  const auto copyWithItsTimeStamp = [this] {
+    std::filesystem::copy(folder_.Native("out.trx"), folder_.Native("copy.trx"));
+    std::filesystem::last_write_time(folder_.Native("copy.trx"), stamp_);
+    std::filesystem::rename(folder_.Native("copy.trx"), folder_.Native("out.trx"));
+  };
+  const std::tuple<const char*, std::function<void()>, std::vector<std::string>> cases[] = {
+      {"nothing", {}, none("is missing: MSTest has not written it.")},
+      {"an older file",
+       {},
+       none("was there before, and MSTest has not written it: its results are not those of this run.")},
+      {"the same content again", [this] { folder_.Write("out.trx", ThreeResults); }, all},
+      {"a copy that keeps its time stamp", copyWithItsTimeStamp, all},
+  };
+  for (const auto& [what, during, log] : cases) {
     host_.ClearLog();
-    host_.Play({.ExitCode = 1, .During = row.During});
+    host_.Play({.ExitCode = 1, .During = during});
     EXPECT_FALSE(action_.Execute());
-    auto expected = row.Breach.empty() ? Metrics("1", "2", "1239") : Metrics("0", "0", "0");
-    if (!row.Breach.empty()) expected.push_back(row.Breach);
-    EXPECT_EQ(Outcome(), expected) << row.What;
-    if (row.Breach == old) {
-      EXPECT_EQ(std::filesystem::last_write_time(folder_.Path("out.trx")), stamp_) << "left as it was";
+    EXPECT_EQ(Outcome(), log) << what;
+    if (!during && stamp_ != decltype(stamp_)()) {
+      EXPECT_EQ(std::filesystem::last_write_time(folder_.Native("out.trx")), stamp_) << "left as it was";
     }
+    folder_.Write("out.trx", ThreeResults);
+    stamp_ = std::filesystem::last_write_time(folder_.Native("out.trx"));
   }
 }
 
@@ -169,35 +142,24 @@ TEST_F(MSTestResults, RelativePathsMeanTheProjectsFolder) {
   host_.Variables[u"ProjectDir"] = folder_.Path();
   folder_.Write("bin/a.dll", "");
   folder_.Write("a.testrunconfig", "");
-  const struct {
-    const char* What;
-    TSettings Settings;
-    std::string Directory, Parameters;
-  } cases[] = {
-      {"in the project's folder",
-       {{u"AssemblyFileName", u"a.dll"}},
-       "DIR",
+  const std::tuple<const char*, std::u16string, std::string, std::string> cases[] = {
+      {"in the project's folder", u"AssemblyFileName=a.dll", "DIR",
        "/testcontainer:a.dll /resultsfile:out.trx"},
-      {"a container below it",
-       {{u"AssemblyFileName", u"bin/a.dll"}},
-       "DIR/bin/",
+      {"a container below it", u"AssemblyFileName=bin/a.dll", "DIR/bin/",
        "/testcontainer:DIR/bin/a.dll /resultsfile:DIR/out.trx"},
       {"a folder of the user's, from which the container is seen",
-       {{u"AssemblyFileName", u"a.dll"}, {u"StartingDirectory", u"bin"}},
-       "DIR/bin",
+       u"AssemblyFileName=a.dll~StartingDirectory=bin", "DIR/bin",
        "/testcontainer:a.dll /resultsfile:DIR/out.trx"},
-      {"a run configuration",
-       {{u"ConfigFileName", u"a.testrunconfig"}},
-       "DIR/bin",
+      {"a run configuration", u"ConfigFileName=a.testrunconfig", "DIR/bin",
        "/testcontainer:a.dll /resultsfile:DIR/out.trx /runconfig:DIR/a.testrunconfig"},
   };
-  for (const auto& row : cases) { // each goes on from the one before
-    Set({{u"OutputFileName", u"out.trx"}});
-    Set(row.Settings);
+  for (const auto& [what, settings, directory, parameters] : cases) { // each goes on from the one before
+    Set(u"OutputFileName=out.trx");
+    Set(settings);
     Run(ThreeResults, 1);
-    EXPECT_EQ(Outcome(), Metrics("1", "2", "1239")) << row.What;
-    EXPECT_EQ(folder_.Plain(host_.Runs().back().Directory), row.Directory) << row.What;
-    EXPECT_EQ(folder_.Plain(host_.Runs().back().Parameters), row.Parameters + " /nologo") << row.What;
+    EXPECT_EQ(Outcome(), Metrics("1", "2", "1239")) << what;
+    EXPECT_EQ(folder_.Plain(host_.Runs().back().Directory), directory) << what;
+    EXPECT_EQ(folder_.Plain(host_.Runs().back().Parameters), parameters + " /nologo") << what;
   }
 }
 
@@ -216,7 +178,7 @@ TEST_F(MSTestResults, CountsArePublishedInOnePlace) {
     host_.Variables[name] = u"x";
   Run(ThreeResults, 1);
   EXPECT_THAT(Outcome(), ElementsAre("# Unit_Tests Test_Results ", "# Unit_Tests Test_Run_Name Run MSTest"));
-  Set({{u"PublishMode", u"pbSpecify"}, {u"TeamServer", u"s"}, {u"TeamProject", u"p"}, {u"BuildId", u"b"}});
+  Set(u"PublishMode=pbSpecify~TeamServer=s~TeamProject=p~BuildId=b");
   Run(ThreeResults, 1);
   EXPECT_EQ(Outcome(), Metrics("1", "2", "1239"));
 }
@@ -229,7 +191,7 @@ std::u16string ResultsFile(const TRun& run) {
 }
 
 TEST_F(MSTestResults, ATemporaryFileGoesOnceItWasRead) {
-  Set({{u"OutputFileName", u""}});
+  Set(u"OutputFileName=");
   for (const int exitCode : {1, ExitCodeTerminated}) {
     host_.ClearLog();
     host_.Play({.ExitCode = exitCode, .During = [this] {
@@ -242,7 +204,7 @@ TEST_F(MSTestResults, ATemporaryFileGoesOnceItWasRead) {
     EXPECT_FALSE(platform::FileExists(ResultsFile(host_.Runs().back())));
   }
   // The next run's file is the user's own again.
-  Set({{u"OutputFileName", folder_.Path() + u"/out.trx"}});
+  Set(u"OutputFileName=" + folder_.Path() + u"/out.trx");
   Run(ThreeResults, 0);
   EXPECT_TRUE(platform::FileExists(folder_.Path() + u"/out.trx"));
 }

@@ -19,8 +19,6 @@
 
 namespace kx::tests {
 
-using TSettings = std::vector<std::pair<std::u16string, std::u16string>>;
-
 // The options stand before the action is made, as in the host.
 struct TMSTestServices : TFakeServices {
   TMSTestServices() {
@@ -39,9 +37,14 @@ protected:
     if (row == nullptr) throw EKxException(u"no property " + std::u16string(name));
     return *row;
   }
-  void Set(const TSettings& settings) {
-    for (const auto& [name, value] : settings)
-      Row(name).Set(action_, PropertyFromText(Row(name), value));
+  // "Name=value~Name=value"
+  void Set(std::u16string_view settings) {
+    for (const auto setting : text::Split(settings, u'~')) {
+      if (setting.empty()) continue;
+      const std::size_t sign = setting.find(u'=');
+      const TKxPublishedProperty& row = Row(setting.substr(0, sign));
+      row.Set(action_, PropertyFromText(row, setting.substr(sign + 1)));
+    }
   }
   std::string Get(std::u16string_view name) {
     return text::ToUtf8(PropertyToText(Row(name), Row(name).Get(action_)));
@@ -49,7 +52,7 @@ protected:
 
   // The parameters of the run that these settings make, with the random letters of a temporary file left out;
   // the last line of the log where nothing was run.
-  std::string ParametersOf(const TSettings& settings) {
+  std::string ParametersOf(std::u16string_view settings) {
     Set(settings);
     action_.Execute();
     if (host_.Runs().empty()) return host_.Log().back();
