@@ -8,63 +8,44 @@ namespace kx::tests {
 namespace {
 
 TEST(DotNetInfo, FindsTheFolderOfEachFrameworkWhereTheMachineKeepsIt) {
-  constexpr std::u16string_view tools = u"SOFTWARE\\Microsoft\\MSBuild\\ToolsVersions\\4.0 MSBuildToolsPath";
-  constexpr std::u16string_view root = u"SOFTWARE\\Microsoft\\.NETFramework InstallRoot";
-  using TTexts = std::map<std::u16string, std::u16string>;
+  constexpr std::u16string_view tools = u"SOFTWARE\\Microsoft\\MSBuild\\ToolsVersions\\4.0 MSBuildToolsPath=";
+  constexpr std::u16string_view root = u"SOFTWARE\\Microsoft\\.NETFramework InstallRoot=";
+  const std::u16string installed = std::u16string(root) + u"C:\\f";
+  const std::u16string entry = installed + u"|" + std::u16string(tools) + u"C:\\m";
   const struct {
     const char* Case;
-    bool IsWindows;
-    std::u16string_view Version;
-    std::u16string Option;
-    TTexts Machine; // registry values, variables, programs and files
+    std::u16string_view Version, Option;
+    std::u16string Machine; // registry values, variables, programs and files
     std::u16string Folder;
+    bool IsWindows = true;
   } rows[] = {
-      {"the option", false, u"v4.0", u"/own", {}, u"/own"},
-      {"the option of a version that is not known", true, u"v9", u"C:\\own", {}, u"C:\\own"},
-      {"no such version", false, u"v9", u"", {{u"dotnet", u"/bin/dotnet"}}, u""},
-      {"nothing", false, u"v4.0", u"", {}, u""},
-      {"dotnet", false, u"V4.0", u"", {{u"dotnet", u""}}, u"/program"},
-      {"msbuild", false, u"v2.0", u"", {{u"msbuild", u""}}, u"/program"},
-      {"xbuild", false, u"v3.5", u"", {{u"xbuild", u""}}, u"/program"},
-      {"a tool by its variable", false, u"v3.5", u"", {{u"KX_MSBUILD", u"/x"}}, u"/program"},
-      {"an empty variable", false, u"v3.5", u"", {{u"KX_MSBUILD", u""}}, u""},
-      {"Windows asks no search path", true, u"v4.0", u"", {{u"dotnet", u""}}, u""},
-      {"MSBuild's own entry",
-       true,
-       u"v4.0",
-       u"",
-       {{std::u16string(tools), u"C:\\m"}, {u"C:\\m\\MSBuild.exe", u""}, {std::u16string(root), u"C:\\f"}},
-       u"C:\\m"},
-      {"an entry without a program",
-       true,
-       u"v4.0",
-       u"",
-       {{std::u16string(tools), u"C:\\m"},
-        {std::u16string(root), u"C:\\f"},
-        {u"C:\\f\\v4.0.30319\\MSBuild.exe", u""}},
+      {"the option", u"v4.0", u"/own", u"", u"/own", false},
+      {"the option of a version that is not known", u"v9", u"C:\\own", u"", u"C:\\own"},
+      {"no such version", u"v9", u"", u"dotnet=/bin/dotnet", u"", false},
+      {"nothing", u"v4.0", u"", u"", u"", false},
+      {"dotnet", u"V4.0", u"", u"dotnet=", u"/program", false},
+      {"msbuild", u"v2.0", u"", u"msbuild=", u"/program", false},
+      {"xbuild", u"v3.5", u"", u"xbuild=", u"/program", false},
+      {"a tool by its variable", u"v3.5", u"", u"KX_MSBUILD=/x", u"/program", false},
+      {"an empty variable", u"v3.5", u"", u"KX_MSBUILD=", u"", false},
+      {"Windows asks no search path", u"v4.0", u"", u"dotnet=", u""},
+      {"MSBuild's own entry", u"v4.0", u"", entry + u"|C:\\m\\MSBuild.exe=", u"C:\\m"},
+      {"one without a program", u"v4.0", u"", entry + u"|C:\\f\\v4.0.30319\\MSBuild.exe=",
        u"C:\\f\\v4.0.30319"},
-      {"beside the others, 2.0",
-       true,
-       u"v2.0",
-       u"",
-       {{std::u16string(root), u"C:\\f"}, {u"C:\\f\\v2.0.50727\\MSBuild.exe", u""}},
+      {"beside the others, 2.0", u"v2.0", u"", installed + u"|C:\\f\\v2.0.50727\\MSBuild.exe=",
        u"C:\\f\\v2.0.50727"},
-      {"beside the others, 3.5",
-       true,
-       u"v3.5",
-       u"",
-       {{std::u16string(root), u"C:\\f"}, {u"C:\\f\\v3.5\\MSBuild.exe", u""}},
-       u"C:\\f\\v3.5"},
-      {"nowhere", true, u"v3.5", u"", {{std::u16string(root), u"C:\\f"}}, u""},
-      {"an empty root", true, u"v3.5", u"", {{std::u16string(root), u""}, {u"v3.5\\MSBuild.exe", u""}}, u""},
+      {"beside the others, 3.5", u"v3.5", u"", installed + u"|C:\\f\\v3.5\\MSBuild.exe=", u"C:\\f\\v3.5"},
+      {"nowhere", u"v3.5", u"", installed, u""},
+      {"an empty root", u"v3.5", u"", std::u16string(root) + u"|v3.5\\MSBuild.exe=", u""},
   };
   for (const auto& row : rows) {
     TOptionsStore store;
-    if (!row.Option.empty())
-      store.Override(std::u16string(u"DotNetFramework.") + std::u16string(row.Version) + u"=" + row.Option);
+    if (!row.Option.empty()) store.Set({u"DotNetFramework", std::u16string(row.Version)}, row.Option);
     const auto find = [&row](std::u16string_view name) -> std::optional<std::u16string> {
-      const auto found = row.Machine.find(std::u16string(name));
-      return found == row.Machine.end() ? std::nullopt : std::optional(found->second);
+      for (const auto line : text::Split(row.Machine, u'|'))
+        if (const auto at = line.find(u'='); line.substr(0, at) == name)
+          return std::u16string(line.substr(at + 1));
+      return std::nullopt;
     };
     const TDotNetMachine machine{
         row.IsWindows,

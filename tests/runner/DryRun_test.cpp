@@ -10,23 +10,15 @@ namespace {
 
 TEST(DryRun, DescribesWhatChangesBesideTheLinesToo) {
   const std::string head = "Dry run : this would change\r\n--- a.cs\r\n+++ a.cs\r\n";
-  const struct {
-    const char* Case;
-    std::string Before;
-    std::string After;
-    std::string Rest;
-  } cases[] = {
+  const std::tuple<const char*, std::string, std::string, std::string> cases[] = {
       {"UTF-8", "\xC3\xA9\nb\n", "\xC3\xA9\nc\n", "@@ -1,2 +1,2 @@\r\n \xC3\xA9\r\n-b\r\n+c"},
       {"the ANSI page", "\xE9\n", "\xE8\n", "@@ -1,1 +1,1 @@\r\n-\xC3\xA9\r\n+\xC3\xA8"},
       {"line ends", "a\nb\n", "a\r\nb\r\n", "\\ Line ends: LF becomes CR LF"},
-      {"an encoding",
-       std::string("\xFF\xFE"
-                   "a\0",
-                   4),
-       "a", "\\ Only the bytes differ: encoding, byte-order mark or the last line end"},
+      {"an encoding", "\xEF\xBB\xBF.", ".",
+       "\\ Only the bytes differ: encoding, byte-order mark or the last line end"},
   };
-  for (const auto& row : cases)
-    EXPECT_EQ(text::ToUtf8(DescribeChange(u"a.cs", row.Before, row.After)), head + row.Rest) << row.Case;
+  for (const auto& [name, before, after, rest] : cases)
+    EXPECT_EQ(text::ToUtf8(DescribeChange(u"a.cs", before, after)), head + rest) << name;
 }
 
 TEST(DryRun, StartsNoProcessAndChangesNoFileButGoesOnAsIfItHad) {

@@ -2,8 +2,9 @@
 
 #include "foundation/platform/System.h"
 #include "tests/runner/TestActions.h"
+#include "tests/support/Failure.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 namespace kx::tests {
 namespace {
@@ -21,23 +22,13 @@ protected:
   }
 
   std::u16string Expand(std::u16string_view text) { return Host.Runner.Expand(Step, text); }
-  std::string ErrorOf(std::u16string_view text) {
-    try {
-      return "no error: " + text::ToUtf8(Expand(text));
-    } catch (const EExpressionError& error) {
-      return error.what();
-    }
-  }
 
   TEmbeddedHost Host;
   TStepAction& Step = Host.AddStep(u"", u"Build");
 };
 
 TEST_F(ExpressionsTest, Expand) {
-  const struct {
-    const char* Name;
-    std::u16string_view Text, Expanded;
-  } cases[] = {
+  const std::tuple<const char*, std::u16string_view, std::u16string_view> cases[] = {
       {"plain text", u"C:\\a b\\c.sln", u"C:\\a b\\c.sln"},
       {"both forms", u"%Root%|$(Root)", u"/src|/src"},
       {"letter case is ignored", u"%rOOT%$(MIXED.case_1)", u"/srcm"},
@@ -54,31 +45,21 @@ TEST_F(ExpressionsTest, Expand) {
       {"of another action, whose name has a blank", u"$(Other Build.Describe(\"y\"))", u"Other Build<y>"},
       {"references and quotes in the argument", u"$(Describe(\"%Root% \"\"a)\"\"\"))", u"Build</src \"a)\">"},
   };
-  for (const auto& row : cases)
-    EXPECT_EQ(text::ToUtf8(Expand(row.Text)), text::ToUtf8(row.Expanded)) << row.Name;
-}
-
-TEST_F(ExpressionsTest, TheEnvironmentComesLast) {
-  const auto path = platform::EnvironmentVariable(u"PATH");
-  ASSERT_TRUE(path);
-  EXPECT_EQ(Expand(u"%path%"), *path);
+  for (const auto& [name, text, expanded] : cases)
+    EXPECT_EQ(text::ToUtf8(Expand(text)), text::ToUtf8(expanded)) << name;
+  EXPECT_EQ(Expand(u"%path%"), platform::EnvironmentVariable(u"PATH")) << "the environment comes last";
 }
 
 TEST_F(ExpressionsTest, SayWhatIsWrong) {
-  const struct {
-    std::u16string_view Text;
-    const char* Message;
-  } cases[] = {
+  const std::pair<std::u16string_view, const char*> cases[] = {
       {u"%Roto%", "Unknown name \"Roto\". Did you mean \"Root\"?"},
       {u"%Broken%", "Unknown name \"Rooot\". Did you mean \"Root\"?"},
       {u"%B%", "The variable \"b\" refers to itself: b, C, a, b."},
       {u"$(Descrbe(\"\"))", "The action STEP has no function \"Descrbe\". Did you mean \"Describe\"?"},
   };
-  for (const auto& row : cases) {
-    std::string message = ErrorOf(row.Text);
-    // The chain names a variable as it was written or declared.
-    EXPECT_STRCASEEQ(message.c_str(), row.Message) << text::ToUtf8(row.Text);
-  }
+  // The chain names a variable as it was written or declared.
+  for (const auto& [text, message] : cases)
+    EXPECT_STRCASEEQ(FailureOf([&] { Expand(text); }).c_str(), message);
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "program/runner/PluginLoader.h"
 
 #include "tests/runner/TestActions.h"
+#include "tests/support/Failure.h"
 
 #include <gmock/gmock.h>
 
@@ -10,46 +11,27 @@ namespace {
 using testing::AllOf;
 using testing::HasSubstr;
 
-class PluginLoaderTest : public testing::Test {
-protected:
-  PluginLoaderTest() { SetServices({.Actions = &Host.Services, .Scripting = &Host.Services}); }
-  ~PluginLoaderTest() override { SetServices({}); }
-
-  std::string ErrorOf(std::u16string_view file) {
-    try {
-      LoadPlugin(file, THeadlessContext());
-      return "no error";
-    } catch (const EKxException& error) {
-      return error.what();
-    }
-  }
-
-  TEmbeddedHost Host;
-};
-
-TEST_F(PluginLoaderTest, CallsTheEntryThatBearsTheLibrarysName) {
-  LoadPlugin(text::FromUtf8(KX_TEST_PLUGIN), THeadlessContext());
-  EXPECT_NE(Host.Project().AddAction(u"plugged").FindProperty(u"Number"), nullptr);
-  EXPECT_THAT(ErrorOf(text::FromUtf8(KX_TEST_PLUGIN)),
+TEST(PluginLoader, CallsTheEntryThatBearsTheLibrarysNameOrNamesTheLibrary) {
+  TEmbeddedHost host;
+  SetServices({.Actions = &host.Services, .Scripting = &host.Services});
+  const auto errorOf = [](std::u16string_view file) {
+    return FailureOf([file] { LoadPlugin(file, THeadlessContext()); });
+  };
+  EXPECT_EQ(errorOf(text::FromUtf8(KX_TEST_PLUGIN)), "");
+  auto& step = static_cast<TStepAction&>(host.Project().AddAction(u"plugged").Action());
+  EXPECT_THAT(errorOf(text::FromUtf8(KX_TEST_PLUGIN)),
               AllOf(HasSubstr(KX_TEST_PLUGIN), HasSubstr("\"PLUGGED\" is registered already.")));
-}
+  EXPECT_THAT(errorOf(u"/no/missing.so"), AllOf(HasSubstr("/no/missing.so"), HasSubstr("Plug-in not found")));
+  EXPECT_THAT(errorOf(host.Write("text.so", "no library")), HasSubstr("Cannot load library"));
+  EXPECT_THAT(errorOf(text::FromUtf8(KX_TEST_PLUGIN_WITHOUT_ENTRY)), HasSubstr("WithoutEntry"));
 
-// What a plug-in throws is of the host's own classes, though each is compiled on its own.
-TEST_F(PluginLoaderTest, LetsTheHostCatchWhatThePluginThrows) {
+  // What a plug-in throws is of the host's own classes, though each is compiled on its own.
   struct TIgnoredErrors : IKxActionValidationError {
     void Add(std::u16string_view, std::u16string_view, TKxOptionsObject*) override {}
   } errors;
-  LoadPlugin(text::FromUtf8(KX_TEST_PLUGIN), THeadlessContext());
-  auto& step = static_cast<TStepAction&>(Host.Project().AddAction(u"plugged").Action());
   step.Text = u"throws";
   EXPECT_THROW(step.Validate(errors), EKxException);
-}
-
-TEST_F(PluginLoaderTest, NamesTheLibraryThatCannotBeUsed) {
-  const auto withoutEntry = text::FromUtf8(KX_TEST_PLUGIN_WITHOUT_ENTRY);
-  EXPECT_THAT(ErrorOf(u"/no/missing.so"), AllOf(HasSubstr("/no/missing.so"), HasSubstr("Plug-in not found")));
-  EXPECT_THAT(ErrorOf(Host.Write("text.so", "no library")), HasSubstr("Cannot load library"));
-  EXPECT_THAT(ErrorOf(withoutEntry), HasSubstr("WithoutEntry"));
+  SetServices({});
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "program/runner/ProjectFile.h"
 
 #include "tests/runner/TestActions.h"
+#include "tests/support/Failure.h"
 
 #include <gmock/gmock.h>
 
@@ -65,10 +66,7 @@ TEST(ProjectFile, ReadsEverything) {
 }
 
 TEST(ProjectFile, SaysWhatIsWrongAndWhere) {
-  const struct {
-    std::string Text;
-    const char* Message;
-  } cases[] = {
+  const std::pair<std::string, std::string> cases[] = {
       {"", "(1): The file is empty."},
       {"<BuildProject>\n</Wrong>", "(2): Opening and ending tag mismatch"},
       {"<!DOCTYPE a [<!ENTITY x \"y\">]>\n<BuildProject/>",
@@ -93,14 +91,10 @@ TEST(ProjectFile, SaysWhatIsWrongAndWhere) {
       {Wrapped("<Number>1x</Number>"), "(4): Number takes a number, not \"1x\"."},
       {Wrapped("<Colour>Pink</Colour>"), "(4): Colour takes one of Red, Green, Blue, not \"Pink\"."},
   };
-  for (const auto& row : cases) {
+  for (const auto& [text, message] : cases) {
     TEmbeddedHost host;
-    try {
-      TProjectFile(host.Project()).LoadBytes(row.Text, u"/p/bad.kxproj");
-      ADD_FAILURE() << row.Text;
-    } catch (const EKxParseError& error) {
-      EXPECT_THAT(error.what(), testing::StartsWith(std::string("/p/bad.kxproj") + row.Message)) << row.Text;
-    }
+    EXPECT_THAT(FailureOf([&] { TProjectFile(host.Project()).LoadBytes(text, u"/p/bad.kxproj"); }),
+                testing::StartsWith("/p/bad.kxproj" + message));
   }
 }
 

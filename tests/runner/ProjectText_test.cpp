@@ -32,112 +32,81 @@ constexpr std::string_view Project = R"(<?xml version="1.0"?>
   </Actions>
 </BuildProject>
 )";
+const std::string A = "    <Action Type=\"A\" /> <!-- first -->\n";
+const std::string B = "    <Action Type=\"B\">\n      <Lines>\n        <Line>x</Line>\n      </Lines>\n"
+                      "    </Action>\n";
+const std::string InnerB = "        <Action Type=\"B\">\n          <Lines>\n            <Line>x</Line>\n"
+                           "          </Lines>\n        </Action>\n";
+const std::string Loop(Project.substr(Project.find("    <!-- why"),
+                                      Project.find("    <Action Type=\"C\"") - Project.find("    <!-- why")));
 
-std::string With(std::string_view before, std::string_view after) {
-  std::string text(Project);
+// The project, or another text, with one part replaced.
+std::string With(std::string_view before, const std::string& after, std::string text = std::string(Project)) {
   const std::size_t at = text.find(before);
   EXPECT_NE(at, std::string::npos) << before;
   return text.replace(at, before.size(), after);
 }
 
-std::string Without(std::string_view part) {
-  return With(part, "");
-}
-
-constexpr std::size_t LoopBegin = Project.find("    <!-- why");
-constexpr std::string_view Loop =
-    Project.substr(LoopBegin, Project.find("    <Action Type=\"C\"") - LoopBegin);
-
-TEST(ProjectText, ActionsChangeTheirPlacesAndNothingElseChanges) {
-  const std::string inner = "        <Action Type=\"B\">\n          <Lines>\n            <Line>x</Line>\n"
-                            "          </Lines>\n        </Action>\n";
-  const std::string outer = "    <Action Type=\"B\">\n      <Lines>\n        <Line>x</Line>\n      </Lines>\n"
-                            "    </Action>\n";
-  std::string nested = Without("    <Action Type=\"A\" /> <!-- first -->\n");
-  nested.replace(nested.find(inner), 0, "        <Action Type=\"A\" /> <!-- first -->\n");
-  std::string taken = Without(inner);
-  taken.replace(taken.find("    <Action Type=\"A\""), 0, outer);
-  std::string first = Without(Loop);
-  first.replace(first.find("    <Action Type=\"A\""), 0, Loop);
-  std::string last = Without(inner);
-  last.replace(
-      last.find("\n  </Actions>\n</"), 0,
-      "\n    <Action Type=\"B\">\n      <Lines>\n        <Line>x</Line>\n      </Lines>\n    </Action>");
-  const struct {
-    const char* Name;
-    TActionPath From;
-    TActionPath To;
-    std::string After;
-  } cases[] = {
-      {"a loop takes along its comments and what it holds", {1}, {0}, first},
-      {"before itself, and behind itself", {1}, {1}, std::string(Project)},
-      {"behind itself", {1}, {2}, std::string(Project)},
-      {"into a loop, one step further in", {0}, {1, 0}, nested},
-      {"out of a loop, to the front", {1, 0}, {0}, taken},
-      {"out of a loop, behind the last of a line", {1, 0}, {4}, last},
-      {"within a line", {3}, {2}, With("\"C\"/><Action Type=\"D\"", "\"D\"/><Action Type=\"C\"")},
-  };
-  for (const auto& row : cases) {
-    TProjectText text{std::string(Project)};
-    text.MoveAction(row.From, row.To);
-    EXPECT_EQ(text.Bytes(), row.After) << row.Name;
-  }
-}
-
-TEST(ProjectText, OtherEdits) {
+TEST(ProjectText, ChangesWhatIsAskedForAndNothingElse) {
   using TEdit = std::function<void(TProjectText&)>;
-  const std::string_view start = "<BuildProject Name=\"p\">\n";
-  const struct {
-    const char* Name;
-    TEdit Edit;
-    std::string After;
-  } cases[] = {
-      {"an action goes, what is said above it stays", [](auto& text) { text.RemoveAction({1}); },
-       Without(Loop.substr(Loop.find("    <Action Type=\"L\"")))},
-      {"a copy beside the original", [](auto& text) { text.CopyAction({0}, {1}); },
-       With("<!-- first -->\n", "<!-- first -->\n    <Action Type=\"A\" /> <!-- first -->\n")},
-      {"another name", [](auto& text) { text.SetActionAttribute({1}, u"Name", u"a\"<b>\t\r\n"); },
+  const auto move = [](const TActionPath& from, const TActionPath& to) -> TEdit {
+    return [=](TProjectText& text) { text.MoveAction(from, to); };
+  };
+  const auto rename = [](std::size_t action, std::optional<std::u16string_view> name) -> TEdit {
+    return [=](TProjectText& text) { text.SetActionAttribute({action}, u"Name", name); };
+  };
+  const std::string start = "<BuildProject Name=\"p\">\n";
+  const std::tuple<const char*, TEdit, std::string> cases[] = {
+      {"a loop takes along its comments and what it holds", move({1}, {0}),
+       With(A, Loop + A, With(Loop, ""))},
+      {"before itself", move({1}, {1}), std::string(Project)},
+      {"behind itself", move({1}, {2}), std::string(Project)},
+      {"into a loop, one step further in", move({0}, {1, 0}), With(InnerB, "    " + A + InnerB, With(A, ""))},
+      {"out of a loop, to the front", move({1, 0}, {0}), With(A, B + A, With(InnerB, ""))},
+      {"out of a loop, behind the last of a line", move({1, 0}, {4}),
+       With("  </Actions>\n</", B + "  </Actions>\n</", With(InnerB, ""))},
+      {"within a line", move({3}, {2}), With("\"C\"/><Action Type=\"D\"", "\"D\"/><Action Type=\"C\"")},
+      {"an action goes, what is said above it stays", [](TProjectText& text) { text.RemoveAction({1}); },
+       With(Loop.substr(Loop.find("    <Action Type=\"L\"")), "")},
+      {"a copy beside the original", [](TProjectText& text) { text.CopyAction({0}, {1}); }, With(A, A + A)},
+      {"another name", rename(1, u"a\"<b>\t\r\n"),
        With("Name='Loop'", "Name=\"a&quot;&lt;b&gt;&#9;&#13;&#10;\"")},
-      {"no name", [](auto& text) { text.SetActionAttribute({1}, u"Name", std::nullopt); },
-       With(" Name='Loop'", "")},
-      {"a first name", [](auto& text) { text.SetActionAttribute({0}, u"Name", u"é日本"); },
-       With("Type=\"A\"", "Type=\"A\" Name=\"é日本\"")},
-      {"a variable where there are none", [](auto& text) { text.SetVariable(u"Root", u"a & b"); },
-       With(start, std::string(start) + "  <Variables>\n    <Variable Name=\"Root\">a &amp; b</Variable>\n"
-                                        "  </Variables>\n")},
+      {"no name", rename(1, std::nullopt), With(" Name='Loop'", "")},
+      {"a first name", rename(0, u"é日本"), With("Type=\"A\"", "Type=\"A\" Name=\"é日本\"")},
+      {"a variable where there are none", [](TProjectText& text) { text.SetVariable(u"Root", u"a & b"); },
+       With(start, start + "  <Variables>\n    <Variable Name=\"Root\">a &amp; b</Variable>\n"
+                           "  </Variables>\n")},
       {"a variable is changed and goes",
-       [](auto& text) {
+       [](TProjectText& text) {
          text.SetVariable(u"Root", u"");
          text.SetVariable(u"root", u"y");
          text.SetVariable(u"Root", std::nullopt);
        },
-       With(start, std::string(start) + "  <Variables>\n  </Variables>\n")},
+       With(start, start + "  <Variables>\n  </Variables>\n")},
       {"a property set with a value",
-       [](auto& text) {
+       [](TProjectText& text) {
          text.AddPropertySet(u"R", u"Win32");
          text.SetPropertySetValue(u"r", u"MajorVersion", u"3");
        },
-       With(start,
-            std::string(start) +
-                "  <PropertySets>\n    <PropertySet Name=\"R\" Kind=\"Win32\">\n"
-                "      <Value Name=\"MajorVersion\">3</Value>\n    </PropertySet>\n  </PropertySets>\n")},
+       With(start, start + "  <PropertySets>\n    <PropertySet Name=\"R\" Kind=\"Win32\">\n"
+                           "      <Value Name=\"MajorVersion\">3</Value>\n    </PropertySet>\n"
+                           "  </PropertySets>\n")},
   };
-  for (const auto& row : cases) {
+  for (const auto& [name, edit, after] : cases) {
     TProjectText text{std::string(Project)};
-    row.Edit(text);
-    EXPECT_EQ(text.Bytes(), row.After) << row.Name;
+    edit(text);
+    EXPECT_EQ(text.Bytes(), after) << name;
   }
-}
-
-TEST(ProjectText, WhatIsNotThereIsRefusedAndNothingChanges) {
-  const std::function<void(TProjectText&)> edits[] = {[](auto& text) { text.MoveAction({1}, {1, 0}); },
-                                                      [](auto& text) { text.MoveAction({9}, {0}); },
-                                                      [](auto& text) { text.MoveAction({0}, {0, 0, 1}); },
-                                                      [](auto& text) { text.MoveAction({0}, {}); },
-                                                      [](auto& text) { text.RemoveAction({1, 1}); },
-                                                      [](auto& text) { text.RemovePropertySet(u"R"); },
-                                                      [](auto& text) { text.SetVariable(u"V", std::nullopt); }};
-  for (const auto& edit : edits) {
+  const TEdit refused[] = {move({1}, {1, 0}),
+                           move({9}, {0}),
+                           move({0}, {0, 0, 1}),
+                           move({0}, {}),
+                           [](TProjectText& text) {
+                             text.RemoveAction({1, 1});
+                           },
+                           [](TProjectText& text) { text.RemovePropertySet(u"R"); },
+                           [](TProjectText& text) { text.SetVariable(u"V", std::nullopt); }};
+  for (const auto& edit : refused) {
     TProjectText text{std::string(Project)};
     EXPECT_THROW(edit(text), EKxException);
     EXPECT_EQ(text.Bytes(), Project);

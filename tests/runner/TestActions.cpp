@@ -28,8 +28,8 @@ const TKxActionClass& TStepAction::Class() {
   return stepClass;
 }
 
-std::map<std::u16string, std::function<bool(TStepAction&)>>& TStepAction::Deeds() {
-  static std::map<std::u16string, std::function<bool(TStepAction&)>> deeds;
+std::map<std::u16string, TStepAction::TDeed>& TStepAction::Deeds() {
+  static std::map<std::u16string, TDeed> deeds;
   return deeds;
 }
 
@@ -141,6 +141,16 @@ TStepAction& TEmbeddedHost::AddStep(std::u16string_view text, std::u16string_vie
   auto& step = static_cast<TStepAction&>(node.Action());
   step.Text = text;
   return step;
+}
+
+TActionNode& TEmbeddedHost::AddLoop(std::initializer_list<std::u16string_view> values, TActionNode* parent,
+                                    std::u16string_view variable) {
+  TActionNode& node = Project().AddAction(u"LOOP", parent);
+  node.SetName(u"Loop");
+  auto& loop = static_cast<TLoopAction&>(node.Action());
+  loop.SetLoopVariable(std::u16string(variable));
+  loop.Values = values;
+  return node;
 }
 
 std::vector<std::string> TEmbeddedHost::Run() {

@@ -30,7 +30,8 @@ public:
   static const TKxActionClass& Class();
   // By the text of the property Text; without an entry the action sends the expanded text and succeeds. With
   // "validate " before it: what Validate does.
-  static std::map<std::u16string, std::function<bool(TStepAction&)>>& Deeds();
+  using TDeed = std::function<bool(TStepAction&)>;
+  static std::map<std::u16string, TDeed>& Deeds();
 
   const TKxPropertyTable& PublishedProperties() const override;
   std::u16string GetActionName() const override { return u"Step"; }
@@ -87,6 +88,8 @@ public:
   TProject& Project() { return Runner.Project(); }
   TStepAction& AddStep(std::u16string_view text, std::u16string_view name = u"",
                        TActionNode* parent = nullptr);
+  TActionNode& AddLoop(std::initializer_list<std::u16string_view> values, TActionNode* parent = nullptr,
+                       std::u16string_view variable = u"P");
   // Runs the project and gives the log.
   std::vector<std::string> Run();
 

@@ -1,7 +1,7 @@
 #include "program/runner/TestSuites.h"
 
-#include "contract/UnitTests.h"
 #include "foundation/text/Encoding.h"
+#include "foundation/text/Text.h"
 
 #include <gmock/gmock.h>
 
@@ -9,11 +9,8 @@ namespace kx::tests {
 namespace {
 
 TEST(TestSuites, AreReadAsTheyAreReported) {
-  const struct {
-    const char* Case;
-    std::u16string Xml;
-    std::string Read; // the suite, then each test; empty: none
-  } rows[] = {
+  const std::tuple<const char*, std::u16string, std::string> rows[] = {
+      // the suite, then each test; empty: none
       {"passed, failed, skipped",
        u"<testsuite name=\"S\" time=\"1.5\"><testcase name=\"a\" time=\"0.5\"/><testcase name=\"b\"><failure "
        u"message=\"m\">m\nat x\nat y</failure></testcase><testcase "
@@ -28,69 +25,47 @@ TEST(TestSuites, AreReadAsTheyAreReported) {
       {"no suite", u"<testsuites/>", ""},
       {"no XML", u"<testsuite>", ""},
   };
-  for (const auto& row : rows) {
-    const auto suite = ReadTestSuite(row.Xml);
+  const auto spaced = [](const std::u16string& text) { return text.empty() ? text : u" " + text; };
+  for (const auto& [name, xml, expected] : rows) {
     std::u16string read;
-    if (suite) {
+    if (const auto suite = ReadTestSuite(xml)) {
       const auto counts = suite->Counts();
-      read = suite->Name + (suite->Seconds.empty() ? u"" : u" " + suite->Seconds);
-      read += text::FromUtf8(" " + std::to_string(counts.Passed) + "/" + std::to_string(counts.Failed) + "/" +
-                             std::to_string(suite->Skipped));
+      read = suite->Name + spaced(suite->Seconds) + u" " + text::FromInteger(counts.Passed) + u"/" +
+             text::FromInteger(counts.Failed) + u"/" + text::FromInteger(suite->Skipped);
       for (const auto& test : suite->Tests)
-        read += u"|" + test.Name + (test.Seconds.empty() ? u"" : u" " + test.Seconds) +
-                (test.Skipped ? u" skipped" : u"") +
+        read += u"|" + test.Name + spaced(test.Seconds) + (test.Skipped ? u" skipped" : u"") +
                 (test.Failed ? u" failed " + test.Message + u": " + test.StackTrace : u"");
     }
-    EXPECT_EQ(text::ToUtf8(read), row.Read) << row.Case;
+    EXPECT_EQ(text::ToUtf8(read), expected) << name;
   }
 }
 
 TEST(TestSuites, HaveNamesOfTheirOwn) {
   TSuiteNames names;
-  const auto on = [&names](auto what) {
-    TRunEvent event;
-    event.What = std::move(what);
-    names.On(event);
+  const auto start = [&names](std::u16string pass) {
+    names.On({{}, 0, TActionStarted{.Name = u"Tests", .Pass = std::move(pass)}});
   };
-  const auto start = [&on](std::u16string pass) {
-    TActionStarted started;
-    started.Pass = std::move(pass);
-    on(std::move(started));
+  // The names that one more run of the tests S, with a case that bears its name and one that does not, gets.
+  const auto rename = [&names] {
+    const std::u16string from =
+        u"<testsuite name=\"S\"><testcase classname=\"S\"/><testcase classname=\"T\"/>";
+    std::u16string to = names.Rename(from + u"</testsuite>");
+    for (const std::u16string_view word :
+         {u"\"", u"<testsuite name=", u"<testcase classname=", u"</testsuite>"})
+      to = text::ReplaceAll(to, word, u"");
+    return text::ToUtf8(to);
   };
-  const std::u16string xml =
-      u"<testsuite name=\"S\"><testcase classname=\"S\"/><testcase classname=\"T\"/></testsuite>";
-  const auto renamed = [](const std::string& name) {
-    return "<testsuite name=\"" + name + "\"><testcase classname=\"" + name +
-           "\"/><testcase classname=\"T\"/></testsuite>";
-  };
-  const auto rename = [&] { return text::ToUtf8(names.Rename(xml)); };
   start(u"");
-  EXPECT_EQ(rename(), renamed("S"));
-  EXPECT_EQ(rename(), renamed("S (2)"));
+  EXPECT_EQ(rename(), "S>S/>T/>");
+  EXPECT_EQ(rename(), "S (2)>S (2)/>T/>");
   start(u"a<b");
   start(u"c");
-  EXPECT_EQ(rename(), renamed("S (a&lt;b, c)"));
-  EXPECT_EQ(rename(), renamed("S (a&lt;b, c) (2)"));
+  EXPECT_EQ(rename(), "S (a&lt;b, c)>S (a&lt;b, c)/>T/>");
+  EXPECT_EQ(rename(), "S (a&lt;b, c) (2)>S (a&lt;b, c) (2)/>T/>");
   for (int i = 0; i < 2; ++i)
-    on(TActionEnded{});
-  EXPECT_EQ(rename(), renamed("S (3)"));
+    names.On({{}, 0, TActionEnded{}});
+  EXPECT_EQ(rename(), "S (3)>S (3)/>T/>");
   EXPECT_EQ(names.Rename(u"<other/>"), u"<other/>");
-}
-
-TEST(TestSuites, ComeWithOneMetric) {
-  const auto isSuite = [](std::u16string category, std::u16string name, auto value) {
-    TKxMetric metric;
-    metric.Category = std::move(category);
-    metric.Name = std::move(name);
-    metric.Value = std::move(value);
-    return TestSuiteXml(metric) != nullptr;
-  };
-  const std::u16string category(UnitTestCategory);
-  const std::u16string name(TestResultsMetric);
-  EXPECT_TRUE(isSuite(category, name, std::u16string(u"x")));
-  EXPECT_FALSE(isSuite(u"Other", name, std::u16string(u"x")));
-  EXPECT_FALSE(isSuite(category, u"Other", std::u16string(u"x")));
-  EXPECT_FALSE(isSuite(category, name, std::int64_t{1}));
 }
 
 } // namespace
