@@ -3,6 +3,7 @@
 
 #include "contract/Pages.h"
 #include "package/build/KxVSDotNetOptions.h"
+#include "tests/support/Failure.h"
 #include "tests/support/RecordingHost.h"
 
 #include <gmock/gmock.h>
@@ -68,15 +69,4 @@ inline std::vector<std::string> Checked(const TKxPropertyPage& page) {
 inline std::vector<std::string> Disabled(const TKxPropertyPage& page) {
   return NamesWhere(page, [](const auto& field) { return !field.Enabled; });
 }
-// The message of the failure; empty when there is none.
-template <typename TDo>
-std::string FailureOf(const TDo& what) {
-  try {
-    what();
-  } catch (const EKxException& error) {
-    return error.what();
-  }
-  return {};
-}
-
 } // namespace kx::tests

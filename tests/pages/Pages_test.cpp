@@ -18,45 +18,30 @@ protected:
 };
 
 TEST_F(TPagesTest, ContainersAreLinesOnThePageAndQuotedItemsInTheAction) {
-  const struct {
-    const char* What;
-    std::u16string Stored;
-    TEdits Edits;
-    std::u16string Shown, Written;
-  } rows[] = {
-      {"a quoted path keeps its blank",
-       u"a.dll|\"b c.dll\"",
-       {},
-       u"a.dll\r\nb c.dll\r\n",
-       u"\"a.dll\"|\"b c.dll\""},
-      {"a path with a bar becomes two", u"\"a|b.dll\"", {}, u"a\r\nb.dll\r\n", u"\"a\"|\"b.dll\""},
-      {"typed but not accepted",
-       u"a.dll",
-       {{u"txtAssemblyFilename", u"A.dll"}},
-       u"a.dll\r\n",
-       u"\"a.dll\"|\"A.dll\""},
-      {"typed once more", u"a.dll", {{u"txtAssemblyFilename", u"a.dll"}}, u"a.dll\r\n", u"\"a.dll\""},
-      {"one a line, with blanks",
-       u"a b.dll\r\nc d.dll",
-       {{u"chkSpecifyTests", u"True"}},
-       u"a b.dll\r\nc d.dll\r\n",
-       u"\"a b.dll\"|\"c d.dll\""},
-      {"references that may be lists stay bare, others are whole paths",
-       u"%Tests%|\"%One%\"|$(More)|%Root%\\a.dll",
-       {{u"txtAssemblyFilename", u"%New%"}},
-       u"%Tests%\r\n%One%\r\n$(More)\r\n%Root%\\a.dll\r\n",
-       u"%Tests%|\"%One%\"|$(More)|\"%Root%\\a.dll\"|\"%New%\""},
-      {"pasted with its quotation marks",
-       u"",
-       {{u"txtAssemblyFilename", u"\"a b.dll\""}},
-       u"",
-       u"\"a b.dll\""},
-      {"empty lines are left out", u"", {{u"MemoAssemblies", u"\nx.dll\n\n"}}, u"", u"\"x.dll\""},
-  };
-  for (const auto& row : rows) {
-    test_.Input().AssemblyFileName = row.Stored;
-    EXPECT_EQ(editor_.Edit<TMSTestFrame>(test_, row.Edits, u"MemoAssemblies"), row.Shown) << row.What;
-    EXPECT_EQ(test_.Input().AssemblyFileName, row.Written) << row.What;
+  const std::u16string file = u"txtAssemblyFilename", memo = u"MemoAssemblies";
+  const std::tuple<const char*, std::u16string, std::u16string, std::u16string, std::u16string,
+                   std::u16string>
+      rows[] = {
+          // stored; a field and what is typed there; shown at first, written
+          {"a quoted path keeps its blank", u"a.dll|\"b c.dll\"", u"", u"", u"a.dll|b c.dll|",
+           u"\"a.dll\"|\"b c.dll\""},
+          {"a path with a bar becomes two", u"\"a|b.dll\"", u"", u"", u"a|b.dll|", u"\"a\"|\"b.dll\""},
+          {"typed but not accepted", u"a.dll", file, u"A.dll", u"a.dll|", u"\"a.dll\"|\"A.dll\""},
+          {"typed once more", u"a.dll", file, u"a.dll", u"a.dll|", u"\"a.dll\""},
+          {"one a line, with blanks", u"a b.dll\r\nc d.dll", u"chkSpecifyTests", u"True", u"a b.dll|c d.dll|",
+           u"\"a b.dll\"|\"c d.dll\""},
+          {"references that may be lists stay bare, others are whole paths",
+           u"%Tests%|\"%One%\"|$(More)|%Root%\\a.dll", file, u"%New%",
+           u"%Tests%|%One%|$(More)|%Root%\\a.dll|", u"%Tests%|\"%One%\"|$(More)|\"%Root%\\a.dll\"|\"%New%\""},
+          {"pasted with its quotation marks", u"", file, u"\"a b.dll\"", u"", u"\"a b.dll\""},
+          {"empty lines are left out", u"", memo, u"\nx.dll\n\n", u"", u"\"x.dll\""},
+      };
+  for (const auto& [name, stored, field, typed, shown, written] : rows) {
+    test_.Input().AssemblyFileName = stored;
+    const TEdits edits = field.empty() ? TEdits() : TEdits{{field, typed}};
+    const std::u16string first = editor_.Edit<TMSTestFrame>(test_, edits, memo);
+    EXPECT_EQ(text::ReplaceAll(first, u"\r\n", u"|"), shown) << name;
+    EXPECT_EQ(test_.Input().AssemblyFileName, written) << name;
   }
 }
 
@@ -70,12 +55,18 @@ TEST_F(TPagesTest, EachFieldShowsAndWritesThePropertyThatItNames) {
       {&TMSTestPublishFrame::Class(), &test_},
       {&TSolutionIteratorFrame::Class(), &loop},
       {&TVSDotNetWebProjectLocationFrame::Class(), &build}};
+  using enum TKxFieldKind; // drop-downs, lists and secrets have tests of their own
+  const std::map<TKxFieldKind, std::vector<std::u16string>> values{{CheckBox, {u"True", u"False"}},
+                                                                   {Text, {u"42"}},
+                                                                   {FilePath, {u"42"}},
+                                                                   {FolderPath, {u"42"}},
+                                                                   {Integer, {u"42"}}};
   for (const auto& [pageClass, edited] : pages) {
     const auto page = pageClass->Create();
     editor_.Open(*page, *edited);
     std::set<std::u16string> written;
     for (const TKxPageField& field : page->Fields()) {
-      if (field.Property.empty() || field.Kind == TKxFieldKind::DropDown) continue;
+      if (field.Property.empty() || (field.Kind != Choice && !values.contains(field.Kind))) continue;
       SCOPED_TRACE(text::ToUtf8(field.Name));
       const auto* property = edited->PublishedProperties().Find(field.Property);
       ASSERT_NE(property, nullptr) << text::ToUtf8(field.Property);
@@ -83,36 +74,20 @@ TEST_F(TPagesTest, EachFieldShowsAndWritesThePropertyThatItNames) {
       const auto set = [&](std::u16string_view text) {
         property->Set(*edited, PropertyFromText(*property, text));
       };
-      switch (field.Kind) {
-      case TKxFieldKind::Choice: // each stands for a value of its own
+      if (field.Kind == Choice) { // each stands for a value of its own
         page->SetValue(field.Name, u"True");
         page->WriteActionData();
         EXPECT_TRUE(written.insert(field.Property + get()).second) << text::ToUtf8(get());
         page->ReadActionData();
         EXPECT_TRUE(field.IsChecked());
-        break;
-      case TKxFieldKind::CheckBox:
-        for (const std::u16string_view value : {u"True", u"False"}) {
-          set(value);
-          page->ReadActionData();
-          set(u"False");
-          page->WriteActionData();
-          EXPECT_EQ(get(), value);
-        }
-        break;
-      case TKxFieldKind::Text:
-      case TKxFieldKind::FilePath:
-      case TKxFieldKind::FolderPath:
-      case TKxFieldKind::Integer:
-        set(u"42");
+        continue;
+      }
+      for (const auto& value : values.at(field.Kind)) {
+        set(value);
         page->ReadActionData();
-        EXPECT_EQ(field.Value, u"42");
-        set(u"0");
+        set(field.Kind == CheckBox ? u"False" : u"0");
         page->WriteActionData();
-        EXPECT_EQ(get(), u"42");
-        break;
-      default: // lists and secrets have tests of their own
-        break;
+        EXPECT_EQ(get(), value);
       }
     }
   }
@@ -152,30 +127,25 @@ TEST_F(TPagesTest, WhatCanBeEditedFollowsTheTestSource) {
 
 TEST_F(TPagesTest, TheVersionOfMSTestAndTheStandaloneOne) {
   using enum TVSDotNetVersion;
-  const struct {
-    TVSDotNetVersion Stored;
-    bool Standalone;
-    TVSDotNetVersion Default;
-    std::u16string Shown;
-    TEdits Edits;
-    TVSDotNetVersion Version;
-    bool WithStandalone;
-  } rows[] = {
-      {vs2008, false, vs2010, u"Visual Studio.NET 2008", {}, vs2008, false},
-      {vs2008, false, vs2010, u"Visual Studio.NET 2008", {{u"cmbVSVer", u"Standalone MSTest"}}, vs2010, true},
-      {vs2008, true, vs2003, u"Standalone MSTest", {}, vs2005, true},
-      {vs2008, true, vs2010, u"Standalone MSTest", {{u"cmbVSVer", u"Visual Studio"}}, vsUnknown, false},
-      {vs2003, false, vs2010, u"", {{u"chkShowBanner", u"True"}}, vs2003, false},
-  };
+  const std::u16string field = u"cmbVSVer", year = u"Visual Studio.NET 2008", alone = u"Standalone MSTest";
+  const std::tuple<std::pair<TVSDotNetVersion, bool>, TVSDotNetVersion, std::u16string, std::u16string,
+                   std::pair<TVSDotNetVersion, bool>>
+      rows[] = {
+          // stored, the default; shown at first, chosen then; written
+          {std::pair(vs2008, false), vs2010, year, year, std::pair(vs2008, false)},
+          {std::pair(vs2008, false), vs2010, year, alone, std::pair(vs2010, true)},
+          {std::pair(vs2008, true), vs2003, alone, alone, std::pair(vs2005, true)},
+          {std::pair(vs2008, true), vs2010, alone, u"Visual Studio", std::pair(vsUnknown, false)},
+          {std::pair(vs2003, false), vs2010, u"", u"", std::pair(vs2003, false)},
+      };
   TMSTestRunSettings& run = test_.RunSettings();
-  for (const auto& row : rows) {
-    VSDotNetOptions()->SetDefaultVSVersion(row.Default);
-    run.VisualStudioVer = row.Stored;
-    run.UseStandaloneMSTest = row.Standalone;
-    EXPECT_EQ(editor_.Edit<TMSTestSettingsFrame>(test_, row.Edits, u"cmbVSVer"), row.Shown);
-    EXPECT_EQ(std::pair(run.VisualStudioVer, run.UseStandaloneMSTest),
-              std::pair(row.Version, row.WithStandalone))
-        << text::ToUtf8(row.Shown);
+  for (const auto& [stored, otherwise, shown, chosen, written] : rows) {
+    VSDotNetOptions()->SetDefaultVSVersion(otherwise);
+    std::tie(run.VisualStudioVer, run.UseStandaloneMSTest) = stored;
+    const TEdits edits{chosen == shown ? TEdits::value_type(u"chkShowBanner", u"True")
+                                       : TEdits::value_type(field, chosen)};
+    EXPECT_EQ(editor_.Edit<TMSTestSettingsFrame>(test_, edits, field), shown);
+    EXPECT_EQ(std::pair(run.VisualStudioVer, run.UseStandaloneMSTest), written) << text::ToUtf8(chosen);
   }
   EXPECT_TRUE(run.ShowBanner);
 }

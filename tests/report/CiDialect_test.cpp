@@ -1,6 +1,6 @@
 #include "program/report/CiDialect.h"
 
-#include "foundation/text/Encoding.h"
+#include "foundation/text/Text.h"
 #include "program/report/SourceLocation.h"
 
 #include <gtest/gtest.h>
@@ -9,47 +9,33 @@ namespace kx {
 namespace {
 
 TEST(SourceLocation, IsFoundWhereToolsPutIt) {
-  const struct {
-    const char* Case;
-    std::u16string Line;
-    std::u16string File;
-    int LineNumber;
-    int Column;
-    std::u16string Rest;
-  } cases[] = {
-      {"line and column", u"a\\b.cs(12,5): error CS0103: no x", u"a\\b.cs", 12, 5, u"error CS0103: no x"},
-      {"a build of several projects", u"  3>x.cpp(7) : fatal error C1083: y", u"x.cpp", 7, 0,
-       u"fatal error C1083: y"},
-      {"a folder with brackets", u"C:\\App (x86)\\b.vb(1,2,3,4): warning BC1: t", u"C:\\App (x86)\\b.vb", 1,
-       2, u"warning BC1: t"},
-      {"a range", u"b.cs(1,2-3,4): error X: t", u"b.cs", 1, 2, u"error X: t"},
-      {"the project behind it", u"b.cs(1,2): error X: t [/s/App/App.csproj]", u"/s/App/b.cs", 1, 2,
-       u"error X: t"},
-      {"a call in prose", u"calling f(12) failed: no", u"", 0, 0, u""},
-      {"no colon", u"b.cs(12,5)", u"", 0, 0, u""},
-      {"nothing before it", u"(12): error", u"", 0, 0, u""},
-      {"brackets that never close", std::u16string(300'000, u'(') + u"1): t", std::u16string(299'999, u'('),
-       1, 0, u"t"},
+  const std::tuple<const char*, std::u16string, std::u16string> cases[] = {
+      // file|line|column|rest; empty: none
+      {"line and column", u"a\\b.cs(12,5): error CS0103: no x", u"a\\b.cs|12|5|error CS0103: no x"},
+      {"a build of several projects", u"  3>x.cpp(7) : fatal error C1083: y",
+       u"x.cpp|7|0|fatal error C1083: y"},
+      {"a folder with brackets", u"C:\\App (x86)\\b.vb(1,2,3,4): warning BC1: t",
+       u"C:\\App (x86)\\b.vb|1|2|warning BC1: t"},
+      {"a range", u"b.cs(1,2-3,4): error X: t", u"b.cs|1|2|error X: t"},
+      {"the project behind it", u"b.cs(1,2): error X: t [/s/App/App.csproj]", u"/s/App/b.cs|1|2|error X: t"},
+      {"a call in prose", u"calling f(12) failed: no", u""},
+      {"no colon", u"b.cs(12,5)", u""},
+      {"nothing before it", u"(12): error", u""},
+      {"brackets that never close", std::u16string(300'000, u'(') + u"1): t",
+       std::u16string(299'999, u'(') + u"|1|0|t"},
   };
-  for (const auto& row : cases) {
-    const auto found = FindSourceLocation(row.Line);
-    ASSERT_EQ(found.has_value(), !row.File.empty()) << row.Case;
-    if (!found) continue;
-    EXPECT_EQ(found->File, row.File) << row.Case;
-    EXPECT_EQ(found->Line, row.LineNumber) << row.Case;
-    EXPECT_EQ(found->Column, row.Column) << row.Case;
-    EXPECT_EQ(found->Rest, row.Rest) << row.Case;
+  for (const auto& [name, line, expected] : cases) {
+    std::u16string shown;
+    if (const auto found = FindSourceLocation(line))
+      shown = found->File + u"|" + text::FromInteger(found->Line) + u"|" + text::FromInteger(found->Column) +
+              u"|" + found->Rest;
+    EXPECT_EQ(shown, expected) << name;
   }
 }
 
 TEST(CiDialect, EscapesWhatItPutsIntoCommands) {
   const std::u16string problem = u"/w/a,b.cs(3,4): error X1: 50% of [it];\nmore 'now'|";
-  const struct {
-    const char* Name;
-    const char* Start;
-    const char* End;
-    const char* Error;
-  } cases[] = {
+  const std::tuple<const char*, const char*, const char*, const char*> cases[] = {
       {"github", "::group::100%25 [a'b]",
        "::endgroup::", "::error file=a%2Cb.cs,line=3,col=4::error X1: 50%25 of [it];%0Amore 'now'|"},
       {"azure", "##[group]100% [a'b]", "##[endgroup]",
@@ -61,12 +47,12 @@ TEST(CiDialect, EscapesWhatItPutsIntoCommands) {
       {"gitlab", "\x1b[0Ksection_start:9:kxhost_2\r\x1b[0K100% [a'b]",
        "\x1b[0Ksection_end:9:kxhost_2\r\x1b[0K", ""},
   };
-  for (const auto& row : cases) {
-    const TCiDialect* dialect = FindCiDialect(row.Name);
-    ASSERT_NE(dialect, nullptr) << row.Name;
-    EXPECT_EQ(dialect->GroupStart(u"100% [a'b]", 2, 9).Line(), row.Start);
-    EXPECT_EQ(dialect->GroupEnd(u"100% [a'b]", 2, 9).Line(), row.End);
-    EXPECT_EQ(dialect->Problem(problem, true, u"/w").Line(), row.Error);
+  for (const auto& [name, start, end, error] : cases) {
+    const TCiDialect* dialect = FindCiDialect(name);
+    ASSERT_NE(dialect, nullptr) << name;
+    EXPECT_EQ(dialect->GroupStart(u"100% [a'b]", 2, 9).Line(), start);
+    EXPECT_EQ(dialect->GroupEnd(u"100% [a'b]", 2, 9).Line(), end);
+    EXPECT_EQ(dialect->Problem(problem, true, u"/w").Line(), error);
   }
   EXPECT_EQ(FindCiDialect("jenkins"), nullptr);
 }

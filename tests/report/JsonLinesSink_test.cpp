@@ -17,10 +17,7 @@ TEST(JsonLinesSink, WritesEachEventAsOneLine) {
   result.Tests.Failed = 2;
   result.Elapsed = 1500ms;
   result.Configurations = {{u"Debug|x86", TResultKind::NothingToDo, u"", {3, 0}, 20ms}};
-  const struct {
-    decltype(TRunEvent::What) What;
-    const char* Rest;
-  } cases[] = {
+  const std::pair<decltype(TRunEvent::What), const char*> cases[] = {
       {TActionStarted{u"Build", u"DEVENV", u"", u"", 1, TLoopPosition{u"project", 2, 3}},
        R"("action","name":"Build","type":"DEVENV","description":"","pass":"","nesting":1,"iteration":2,"iterations":3})"},
       {TActionEnded{result},
@@ -34,8 +31,8 @@ TEST(JsonLinesSink, WritesEachEventAsOneLine) {
       {TMessageSent{u"\u00E9 \"q\"\r\n\xD800", TStatusTag::stError},
        "\"message\",\"status\":3,\"text\":\"\xC3\xA9 \\\"q\\\"\\r\\n\xEF\xBF\xBD\"}"},
   };
-  for (const auto& row : cases)
-    EXPECT_EQ(ToJsonLine({time, 2, row.What}), start + row.Rest);
+  for (const auto& [what, rest] : cases)
+    EXPECT_EQ(ToJsonLine({time, 2, what}), start + rest);
 }
 
 } // namespace
