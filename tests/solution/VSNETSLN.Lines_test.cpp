@@ -5,7 +5,6 @@
 #include "tests/solution/SolutionFolder.h"
 
 #include <future>
-#include <random>
 
 namespace kx::tests {
 
@@ -32,9 +31,8 @@ protected:
 Strings PlainReading(std::string_view bytes) {
   const std::u16string text = platform::DecodeUtf8OrAnsi(bytes);
   Strings lines;
-  for (const std::u16string_view line : text::SplitLines(text)) {
+  for (const std::u16string_view line : text::SplitLines(text))
     if (!lines.empty() || !line.empty()) lines.push_back(text::ToUtf8(line));
-  }
   return lines;
 }
 
@@ -54,16 +52,14 @@ TEST_F(Lines, EndInEveryWay) {
 
 // The border of the buffer within, before and behind each piece.
 TEST_F(Lines, AreWholeWhereTheBufferEnds) {
-  const std::pair<const char*, std::string_view> pieces[] = {
-      {"a lone CR", "\r"},
-      {"two", "\r\r"},
-      {"a pair behind one", "\r\r\n"},
-      {"the first lone CR of two", "\rb\rc\n"},
-      {"a line feed first", "\n\r"},
-      {"four bytes of UTF-8", "\xF0\x9F\x98\x80\r"},
-      {"cut UTF-8", "\xF0\x9F\x98\n"},
-      {"ANSI", "\xE9\r"},
-  };
+  const std::pair<const char*, std::string_view> pieces[] = {{"a lone CR", "\r"},
+                                                             {"two", "\r\r"},
+                                                             {"a pair behind one", "\r\r\n"},
+                                                             {"the first lone CR of two", "\rb\rc\n"},
+                                                             {"a line feed first", "\n\r"},
+                                                             {"four bytes of UTF-8", "\xF0\x9F\x98\x80\r"},
+                                                             {"cut UTF-8", "\xF0\x9F\x98\n"},
+                                                             {"ANSI", "\xE9\r"}};
   constexpr std::size_t bufferSize = std::size_t{128} << 10;
   for (const auto& [what, piece] : pieces)
     for (std::size_t before = bufferSize - piece.size(); before <= bufferSize; ++before)
@@ -84,28 +80,6 @@ TEST_F(Lines, AreWholeWhereTheBufferEnds) {
                                                             text::FromUtf8(piece) + u"y\n\u00E9\U0001F600");
       ASSERT_TRUE(ReadAnew(wide) == PlainReading(wide)) << what << " of UTF-16 at " << before;
     }
-}
-
-// Whatever lies across the borders of the buffer, in files of all encodings, around the sizes at which it
-// fills.
-TEST_F(Lines, AreThoseOfThePlainReadingForRandomFiles) {
-  std::mt19937 random(20);
-  const std::string_view pieces[] = {"\r",      "\n", "\r\n", " x", "\xC3\xA9", "\xE9", "\xF0\x9F\x98\x80",
-                                     "{1}.A = "};
-  for (int file = 0; file < 40; ++file) {
-    const std::size_t fills = std::size_t{128} << (10 + file % 3);
-    const std::size_t size = file < 20 ? random() % 200 : fills - 20 + random() % 40;
-    const std::size_t most = file % 4 == 0 ? std::size(pieces) : 4 + random() % 4;
-    std::string bytes(file % 2 == 0 ? "" : "\xEF\xBB\xBF");
-    while (bytes.size() < size) {
-      bytes += pieces[random() % most];
-      if (random() % 8 == 0) bytes.append(std::min<std::size_t>(random() % 5000, size), 'y');
-    }
-    EXPECT_TRUE(ReadBytes(bytes) == PlainReading(bytes)) << "file " << file;
-    const std::string wide =
-        "\xFF\xFE" + text::ToUtf16LE(text::FromUtf8(bytes)) + (file % 3 == 0 ? "\x3D" : "");
-    EXPECT_TRUE(ReadBytes(wide) == PlainReading(wide)) << "file " << file << " in UTF-16";
-  }
 }
 
 } // namespace

@@ -13,9 +13,10 @@ const std::string Header = "Microsoft Visual Studio Solution File, Format Versio
 
 // 38 characters, like any identifier.
 std::string Id(char letter) {
-  const std::string eight(8, letter);
-  const std::string four(4, letter);
-  return "{" + eight + "-" + four + "-" + four + "-" + four + "-" + eight + four + "}";
+  std::string id(36, letter);
+  for (const std::size_t dash : {8U, 13U, 18U, 23U})
+    id[dash] = '-';
+  return "{" + id + "}";
 }
 
 std::string Project(char letter, const std::string& block = "", const std::string& path = "a.csproj") {
@@ -146,9 +147,10 @@ TEST_F(OpenedSolution, KeepsTheFirstProjectConfigurationOfEachName) {
       }
       EXPECT_THAT(configs, testing::StartsWith("Debug=X|Win32* Release=Y* x=y=1 x=y=2* Test=Z ")) << section;
       EXPECT_EQ(project->GetConfigCount(), further.empty() ? 5 : 65) << section;
-      EXPECT_EQ(project->GetConfig(u"debug"), u"X|Win32") << section;
-      EXPECT_EQ(project->GetConfig(u"RELEASE"), u"Y") << section;
-      EXPECT_EQ(project->GetConfig(u"c59"), further.empty() ? u"" : u"59") << section;
+      std::u16string found;
+      for (const auto* name : {u"debug", u"RELEASE", u"c59"})
+        found.append(project->GetConfig(name)).append(u" ");
+      EXPECT_EQ(found, further.empty() ? u"X|Win32 Y  " : u"X|Win32 Y 59 ");
       EXPECT_EQ(project->IsActiveConfig(u"C40"), !further.empty()) << section;
     }
 }
@@ -196,12 +198,10 @@ TEST_F(OpenedSolution, RefusesCirclesWhereSomebodyOnlyLooks) {
   for (const auto& [what, projects, expected] : cases) {
     Write("a.sln", Solution(projects));
     std::string seen;
-    try {
+    seen += Raised([&] {
       for (const std::string& name : NamesOf(LookAtSolution(Path("a.sln"), true)->GetProjects()))
         seen += (seen.empty() ? "" : " ") + name;
-    } catch (const EKxParseError& error) {
-      seen = error.what();
-    }
+    });
     EXPECT_THAT(seen, testing::EndsWith(expected)) << what;
   }
 }
@@ -215,9 +215,9 @@ TEST_F(OpenedSolution, AddsTheDependenciesOfTheGlobalSection) {
   EXPECT_TRUE(needs->Contains(text::ToLower(needs->GetItem(0))));
   const auto first = solution->GetProjects()->GetItemInFileOrder(0);
   EXPECT_EQ(first, solution->GetProjects()->FindByID(text::FromAscii(Id('A'))));
-  EXPECT_EQ(first->GetProjectTypeID(), text::FromAscii(Id('F')));
-  EXPECT_EQ(solution->GetFileName(), Path("a.sln"));
-  EXPECT_EQ(solution->GetVisualStudioVersion(), TVSDotNetVersion::vs2010);
+  EXPECT_EQ(text::ToUtf8(first->GetProjectTypeID()), Id('F'));
+  EXPECT_EQ(std::pair(solution->GetFileName(), solution->GetVisualStudioVersion()),
+            std::pair(Path("a.sln"), TVSDotNetVersion::vs2010));
 }
 
 TEST_F(OpenedSolution, IsRefusedWithTheReasonAndTheLine) {
@@ -242,13 +242,12 @@ TEST_F(OpenedSolution, IsRefusedWithTheReasonAndTheLine) {
 }
 
 TEST_F(OpenedSolution, NeedsAReadableFileAndStopsWhenAsked) {
-  EXPECT_THAT([&] { Open("missing.sln"); },
-              testing::ThrowsMessage<EKxParseError>(testing::HasSubstr("missing.sln")));
+  EXPECT_THAT(Raised([&] { Open("missing.sln"); }), testing::HasSubstr("missing.sln"));
   Write("a.sln", Solution(""));
   TKxEvent stop;
+  const auto open = [&] { OpenSolution(Path("a.sln"), true, &stop); };
   stop.Raise();
-  EXPECT_THAT([&] { OpenSolution(Path("a.sln"), true, &stop); },
-              testing::ThrowsMessage<EKxException>("Action Terminated by User."));
+  EXPECT_EQ(Raised(open), "Action Terminated by User.");
 
   // Between two of its projects, each of which takes its time; the solution itself was read in one piece.
   Write("a.vcxproj", "<Project>" + std::string(1'000'000, '\n') + "</Project>");
@@ -261,8 +260,7 @@ TEST_F(OpenedSolution, NeedsAReadableFileAndStopsWhenAsked) {
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
     stop.Raise();
   });
-  EXPECT_THAT([&] { OpenSolution(Path("a.sln"), true, &stop); },
-              testing::ThrowsMessage<EKxException>("Action Terminated by User."));
+  EXPECT_EQ(Raised(open), "Action Terminated by User.");
   user.join();
 }
 

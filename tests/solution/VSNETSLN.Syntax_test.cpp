@@ -23,8 +23,7 @@ TEST(SolutionSyntax, KnowsTheVersionsOfHeaders) {
       {title + "99999999999999999999.", vsUnknown},
       {"text before " + title + "9.00 and behind", vs2005},
       {title + "10", std::nullopt},
-      {"microsoft Visual Studio Solution File, Format Version 10.00", std::nullopt},
-  };
+      {"microsoft" + title.substr(9) + "10.00", std::nullopt}};
   for (const auto& [line, version] : cases)
     EXPECT_EQ(ReadHeader(line), version) << line;
 }
@@ -45,9 +44,10 @@ TEST(SolutionSyntax, FindsInConfigurationLinesWhatTheExpressionFinds) {
     ASSERT_EQ(line.has_value(), match.Success()) << text;
     if (!line) continue;
     ++found;
-    ASSERT_EQ(text::FromUtf8(line->Solution), match.GetItem(1)) << text;
-    ASSERT_EQ(line->Active, match.GetItem(2) == u"ActiveCfg") << text;
-    ASSERT_EQ(text::FromUtf8(line->Project), match.GetItem(3)) << text;
+    const std::string active = line->Active ? "ActiveCfg" : "Build.0";
+    ASSERT_EQ(
+        text::FromUtf8("." + std::string(line->Solution) + "." + active + " = " + std::string(line->Project)),
+        match.Value());
   }
   EXPECT_GT(found, 3'000);
 }
