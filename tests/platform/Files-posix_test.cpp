@@ -8,7 +8,6 @@
 #include <fcntl.h>
 #include <grp.h>
 #include <gtest/gtest.h>
-#include <span>
 #include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -46,40 +45,18 @@ TEST_F(PosixFiles, AreReachedThroughMappedDrives) {
 }
 
 TEST_F(PosixFiles, SavingRemovesWhatKilledProgramsLeftInTheFolder) {
-  const std::pair<const char*, const char*> kept[] = {
-      {"another name", ".kx-abcdefghij.tmp"},      {"letters that none has", ".kx-ABCDEFGHIJKL.tmp"},
-      {"its owner lives", ".kx-held00000000.tmp"}, {"somebody else's", ".kx-foreign00000.tmp"},
-      {"a link", ".kx-link00000000.tmp"},          {"a pipe", ".kx-pipe00000000.tmp"},
-  };
-  for (const auto& [name, file] : std::span(kept).first(4))
-    Write(file, "x");
-  fs::create_symlink("elsewhere", Native(kept[4].second));
-  ASSERT_EQ(mkfifo(Native(kept[5].second).c_str(), 0600), 0);
-  const posix::Descriptor held(open(Native(kept[2].second).c_str(), O_RDONLY));
-  ASSERT_EQ(flock(held.Get(), LOCK_EX), 0);
-  const bool isForeign = chown(Native(kept[3].second).c_str(), 12345, static_cast<gid_t>(-1)) == 0;
-  Write(".kx-abcdefghij12.tmp", "half of a");
+  for (const char* file : {"abcdefghij", "ABCDEFGHIJKL", "held00000000", "foreign00000", "abcdefghij12"})
+    Write(std::string(".kx-") + file + ".tmp", "half of a file");
+  fs::create_symlink("elsewhere", Native(".kx-link00000000.tmp"));
+  ASSERT_EQ(mkfifo(Native(".kx-pipe00000000.tmp").c_str(), 0600), 0);
+  const posix::Descriptor held(open(Native(".kx-held00000000.tmp").c_str(), O_RDONLY));
+  ASSERT_EQ(flock(held.Get(), LOCK_EX), 0) << "its owner lives";
+  const bool isForeign = chown(Native(".kx-foreign00000.tmp").c_str(), 12345, static_cast<gid_t>(-1)) == 0;
   ASSERT_TRUE(CheckSaveFile(Path("made.txt")));
-  EXPECT_TRUE(fs::exists(Native(".kx-abcdefghij12.tmp"))) << "a check changes nothing";
+  EXPECT_EQ(EntryCount(), 7) << "a check changes nothing";
   ASSERT_TRUE(SaveFile(Path("made.txt"), "x"));
   EXPECT_FALSE(fs::exists(Native(".kx-abcdefghij12.tmp")));
-  for (const auto& [name, file] : kept)
-    EXPECT_TRUE(fs::is_symlink(Native(file)) || fs::exists(Native(file)) ||
-                (file == kept[3].second && !isForeign))
-        << name;
-}
-
-TEST_F(PosixFiles, AreRefusedByNameAndReason) {
-  const std::u16string file = Write("file.txt"), pipe = Path("pipe"), folder = Path();
-  ASSERT_EQ(mkfifo(Native("pipe").c_str(), 0600), 0);
-  const std::pair<std::u16string, std::u16string_view> rows[] = {
-      {folder, u"Is a directory"},
-      {pipe, u"It is not a regular file"},
-      {u"\\\\server\\share\\a", u"Network paths are not available on this system"},
-      {file + std::u16string(1, u'\0') + u".sln", u"Invalid argument"},
-  };
-  for (const auto& [path, reason] : rows)
-    EXPECT_EQ(ReadFile(path).Message(), (u"Cannot open file " + path + u". ").append(reason));
+  EXPECT_EQ(EntryCount(), isForeign ? 7 : 6) << "what is of another kind or somebody else's stays";
 }
 
 TEST_F(PosixFiles, AreReplacedWithTheirModeAndThroughLinks) {
@@ -115,74 +92,64 @@ std::string AccessListFor(std::uint32_t user) {
   return list;
 }
 
-std::string Attribute(const std::string& file, const char* name) {
-  std::array<char, 256> value{};
-  const ssize_t size = getxattr(file.c_str(), name, value.data(), value.size());
-  return size < 0 ? "none" : std::string(value.data(), static_cast<std::size_t>(size));
-}
-
 struct stat InfoOf(const std::string& file) {
   struct stat info {};
   EXPECT_EQ(stat(file.c_str(), &info), 0);
   return info;
 }
 
-// What whoever saves or copies a file must find again, row by row.
-struct TTrait {
-  const char* Name;
-  std::function<bool(const std::string& file)> Give; // False: this file system or user cannot
-  std::function<std::string(const std::string& file)> Show;
-};
-
-const auto Traits = std::to_array<TTrait>({
-    {"an attribute", [](const auto& file) { return setxattr(file.c_str(), "user.note", "mine", 4, 0) == 0; },
-     [](const auto& file) { return Attribute(file, "user.note"); }},
-    {"an access control list",
-     [](const auto& file) {
-       const std::string list = AccessListFor(4711);
-       return setxattr(file.c_str(), "system.posix_acl_access", list.data(), list.size(), 0) == 0;
-     },
-     [](const auto& file) { return Attribute(file, "system.posix_acl_access"); }},
-    {"no list where the folder gives one to each new file",
-     [](const auto& file) {
-       const std::string list = AccessListFor(4711);
-       return setxattr(fs::path(file).parent_path().c_str(), "system.posix_acl_default", list.data(),
-                       list.size(), 0) == 0;
-     },
-     [](const auto& file) { return Attribute(file, "system.posix_acl_access"); }},
-    {"another owner", [](const auto& file) { return chown(file.c_str(), 4711, 4712) == 0; },
-     [](const auto& file) {
-       return std::to_string(InfoOf(file).st_uid) + ":" + std::to_string(InfoOf(file).st_gid);
-     }},
-    {"a group other than the folder's",
-     [](const auto& file) {
-       const std::string folder = fs::path(file).parent_path();
-       return chown(folder.c_str(), static_cast<uid_t>(-1), 4713) == 0 && chmod(folder.c_str(), 02775) == 0;
-     },
-     [](const auto& file) { return std::to_string(InfoOf(file).st_gid); }},
-    {"a mode with special bits", [](const auto& file) { return chmod(file.c_str(), 06751) == 0; },
-     [](const auto& file) { return std::to_string(InfoOf(file).st_mode); }},
-    {"a mode for its owner alone", [](const auto& file) { return chmod(file.c_str(), 0600) == 0; },
-     [](const auto& file) { return std::to_string(InfoOf(file).st_mode); }},
-});
+// What whoever saves or copies a file must find again: owner, group, mode, a note and the access list.
+std::string TraitsOf(const std::string& file) {
+  const auto info = InfoOf(file);
+  std::string traits;
+  for (const auto number : {info.st_uid, info.st_gid, info.st_mode})
+    traits += std::to_string(number) + " ";
+  for (const char* name : {"user.note", "system.posix_acl_access"}) {
+    std::array<char, 256> value{};
+    const ssize_t size = getxattr(file.c_str(), name, value.data(), value.size());
+    traits += size < 0 ? "none " : std::string(value.data(), static_cast<std::size_t>(size));
+  }
+  return traits;
+}
 
 TEST_F(PosixFiles, KeepWhatTheyHaveBesideTheirContent) {
+  constexpr uid_t same = static_cast<uid_t>(-1);
+  const std::string list = AccessListFor(4711);
+  const auto set = [](const fs::path& file, const char* name, const std::string& value) {
+    return setxattr(file.c_str(), name, value.data(), value.size(), 0) == 0;
+  };
+  // False: this file system or user cannot.
+  using TGive = std::function<bool(const fs::path& file)>;
+  const std::pair<const char*, TGive> rows[] = {
+      {"an attribute", [&](const auto& file) { return set(file, "user.note", "mine"); }},
+      {"an access control list",
+       [&](const auto& file) { return set(file, "system.posix_acl_access", list); }},
+      {"no list where the folder gives one to each new file",
+       [&](const auto& file) { return set(file.parent_path(), "system.posix_acl_default", list); }},
+      {"another owner", [](const auto& file) { return chown(file.c_str(), 4711, 4712) == 0; }},
+      {"a group other than the folder's",
+       [](const auto& file) {
+         const fs::path folder = file.parent_path();
+         return chown(folder.c_str(), same, 4713) == 0 && chmod(folder.c_str(), 02775) == 0;
+       }},
+      {"a mode with special bits", [](const auto& file) { return chmod(file.c_str(), 06751) == 0; }},
+      {"a mode for its owner alone", [](const auto& file) { return chmod(file.c_str(), 0600) == 0; }},
+  };
   std::string missing;
-  for (std::size_t i = 0; i < Traits.size(); ++i) {
-    const std::string name = std::to_string(i) + "/file", copy = std::to_string(i) + "/copy";
-    SCOPED_TRACE(Traits[i].Name);
-    Write(name, "old");
-    chmod(Native(name).c_str(), 0664);
-    if (!Traits[i].Give(Native(name))) {
-      missing.append(missing.empty() ? "" : ", ").append(Traits[i].Name);
+  for (const auto& [name, give] : rows) {
+    const std::string file = name + std::string("/file"), copy = name + std::string("/copy");
+    Write(file, "old");
+    chmod(Native(file).c_str(), 0664);
+    if (!give(Native(file))) {
+      missing.append(missing.empty() ? "" : ", ").append(name);
       continue;
     }
-    const std::string before = Traits[i].Show(Native(name));
-    ASSERT_TRUE(SaveFile(Path(name), "new"));
-    EXPECT_EQ(*ReadFile(Path(name)), "new");
-    EXPECT_EQ(Traits[i].Show(Native(name)), before) << "saved";
-    EXPECT_TRUE(*CopyToNewFile(Path(name), Path(copy)));
-    EXPECT_EQ(Traits[i].Show(Native(copy)), before) << "copied";
+    const std::string before = TraitsOf(Native(file));
+    ASSERT_TRUE(SaveFile(Path(file), "new"));
+    EXPECT_EQ(*ReadFile(Path(file)), "new");
+    EXPECT_EQ(TraitsOf(Native(file)), before) << "saved with " << name;
+    EXPECT_TRUE(*CopyToNewFile(Path(file), Path(copy)));
+    EXPECT_EQ(TraitsOf(Native(copy)), before) << "copied with " << name;
   }
   if (!missing.empty()) GTEST_SKIP() << "this file system or user cannot give a file " << missing;
 }
@@ -207,40 +174,32 @@ private:
 
 TEST_F(PosixFiles, AreNotTakenOverFromOtherUsersAndGroups) {
   if (geteuid() != 0) GTEST_SKIP() << "only the superuser can be another user for a while";
-  const struct {
-    const char* Name;
-    uid_t Owner;
-    gid_t Group;
-    mode_t Mode;
-    std::u16string_view Reason; // empty: it is written
-  } rows[] = {
+  const std::u16string group = u"It belongs to a group that this user is not in, which would lose it";
+  const std::u16string user = u"It belongs to another user, and writing it would take it over";
+  const std::tuple<const char*, uid_t, gid_t, mode_t, std::u16string> rows[] = {
       {"own", 4711, 4711, 0664, u""},
       {"of a group of mine", 4711, 4712, 0664, u""},
-      {"of another group", 4711, 4713, 0664,
-       u"It belongs to a group that this user is not in, which would lose it"},
-      {"of a colleague", 4714, 4712, 0664, u"It belongs to another user, and writing it would take it over"},
-      {"for everybody", 0, 0, 0666, u"It belongs to another user, and writing it would take it over"},
+      {"of another group", 4711, 4713, 0664, group},
+      {"of a colleague", 4714, 4712, 0664, user},
+      {"for everybody", 0, 0, 0666, user},
   };
   fs::permissions(Native(""), fs::perms(0777));
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.Name);
-    Write(row.Name, "old");
-    ASSERT_TRUE(chown(Native(row.Name).c_str(), row.Owner, row.Group) == 0 &&
-                chmod(Native(row.Name).c_str(), row.Mode) == 0);
+  for (const auto& [name, owner, ownersGroup, mode, reason] : rows) {
+    SCOPED_TRACE(name);
+    Write(name, "old");
+    const std::string file = Native(name), copy = name + std::string(".copy");
+    ASSERT_TRUE(chown(file.c_str(), owner, ownersGroup) == 0 && chmod(file.c_str(), mode) == 0);
+    const std::string before = TraitsOf(file);
     const TOtherUser other({4712});
-    EXPECT_EQ(static_cast<bool>(CheckSaveFile(Path(row.Name))), row.Reason.empty());
-    const Status saved = SaveFile(Path(row.Name), "new");
-    const std::u16string message = saved ? std::u16string() : saved.Message();
-    EXPECT_EQ(message, row.Reason.empty()
-                           ? std::u16string()
-                           : (u"Cannot write file " + Path(row.Name) + u". ").append(row.Reason));
-    EXPECT_EQ(*ReadFile(Path(row.Name)), row.Reason.empty() ? "new" : "old");
-    const auto info = InfoOf(Native(row.Name));
-    EXPECT_TRUE(info.st_uid == row.Owner && info.st_gid == row.Group && (info.st_mode & 07777) == row.Mode);
+    EXPECT_EQ(static_cast<bool>(CheckSaveFile(Path(name))), reason.empty());
+    const Status saved = SaveFile(Path(name), "new");
+    EXPECT_EQ(saved ? u"" : saved.Message(),
+              reason.empty() ? u"" : u"Cannot write file " + Path(name) + u". " + reason);
+    EXPECT_EQ(*ReadFile(Path(name)), reason.empty() ? "new" : "old");
+    EXPECT_EQ(TraitsOf(file), before);
     // A copy is one's own; what it could not keep is for nobody else.
-    const std::string copy = std::string(row.Name) + ".copy";
-    EXPECT_TRUE(*CopyToNewFile(Path(row.Name), Path(copy)));
-    EXPECT_EQ(InfoOf(Native(copy)).st_mode & 0777, row.Reason.empty() ? row.Mode : mode_t{0600});
+    EXPECT_TRUE(*CopyToNewFile(Path(name), Path(copy)));
+    EXPECT_EQ(InfoOf(Native(copy)).st_mode & 0777, reason.empty() ? mode : mode_t{0600});
   }
 }
 
@@ -271,24 +230,28 @@ TEST_F(PosixFiles, AreCopiedWithTheirTimeAndNeverOverOthers) {
   EXPECT_EQ(EntryCount(), 3) << "a temporary file was left behind";
 }
 
-TEST_F(PosixFiles, AreLeftAloneWhenTheyCannotBeReplaced) {
-  Write("readonly", "old");
-  Write("twin", "old");
-  fs::create_hard_link(Native("twin"), Native("folder-twin"));
+TEST_F(PosixFiles, AreLeftAloneWhenTheyCannotBeReadOrReplaced) {
+  const std::u16string readOnly = Write("readonly", "old"), twin = Write("twin", "old"), pipe = Path("pipe");
+  fs::create_hard_link(Native("twin"), Native("other-twin"));
   fs::permissions(Native("readonly"), fs::perms(0444));
-  fs::create_directory(Native("folder"));
   ASSERT_EQ(mkfifo(Native("pipe").c_str(), 0600), 0);
-  const std::pair<std::string_view, std::u16string> rows[] = {
-      {"readonly", u"Permission denied"},
-      {"folder", u"Is a directory"},
-      {"pipe", u"Invalid argument"},
-      {"twin", u"It has 2 names (hard links), and only one of them would lead to the new content"},
+  const std::tuple<std::u16string, std::u16string, std::u16string> rows[] = {
+      {Path(), u"Is a directory", u"Is a directory"},
+      {pipe, u"It is not a regular file", u"Invalid argument"},
+      {readOnly, u"", u"Permission denied"},
+      {twin, u"", u"It has 2 names (hard links), and only one of them would lead to the new content"},
+      {u"\\\\server\\share\\a", u"Network paths are not available on this system",
+       u"Network paths are not available on this system"},
+      {twin + std::u16string(1, u'\0') + u".sln", u"Invalid argument", u"Invalid argument"},
   };
-  for (const auto& [name, reason] : rows)
-    EXPECT_EQ(SaveFile(Path(name), "new").Message(), u"Cannot write file " + Path(name) + u". " + reason);
-  EXPECT_EQ(*ReadFile(Path("readonly")), "old");
-  EXPECT_EQ(*ReadFile(Path("folder-twin")), "old");
-  EXPECT_EQ(EntryCount(), 5) << "a temporary file was left behind";
+  for (const auto& [path, toRead, toWrite] : rows) {
+    const auto read = ReadFile(path);
+    EXPECT_EQ(read ? u"" : read.Message(),
+              toRead.empty() ? u"" : u"Cannot open file " + path + u". " + toRead);
+    EXPECT_EQ(SaveFile(path, "new").Message(), u"Cannot write file " + path + u". " + toWrite);
+  }
+  EXPECT_EQ(*ReadFile(readOnly) + *ReadFile(Path("other-twin")), "oldold");
+  EXPECT_EQ(EntryCount(), 4) << "a temporary file was left behind";
 }
 
 TEST_F(PosixFiles, SurviveAFullDisk) {

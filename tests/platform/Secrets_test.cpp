@@ -28,5 +28,20 @@ TEST_F(Secrets, GiveNothingWhenAnyByteChanged) {
   }
 }
 
+TEST_F(Secrets, ComeBackWithTheSameKeyFileOfTheOwnersOnly) {
+  if (IsWindows()) GTEST_SKIP() << "the system keeps the key";
+  namespace fs = std::filesystem;
+  ASSERT_TRUE(ProtectSecret("x", Path("other")));
+  const std::string secret = *ProtectSecret("password", Path("conf/key"));
+  EXPECT_EQ(UnprotectSecret(secret, Path("missing")), std::nullopt);
+  EXPECT_EQ(UnprotectSecret(secret, Path("other")), std::nullopt);
+  EXPECT_FALSE(fs::exists(Native("missing"))) << "reading makes no key";
+  EXPECT_EQ(fs::status(Native("conf/key")).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+  fs::permissions(Native("conf/key"), fs::perms::group_read, fs::perm_options::add);
+  EXPECT_EQ(ProtectSecret("password", Path("conf/key")).Message(),
+            u"Cannot use file " + Path("conf/key") + u". Others than its owner have access to it");
+  EXPECT_EQ(UnprotectSecret(secret, Path("conf/key")), std::nullopt);
+}
+
 } // namespace
 } // namespace kx::platform

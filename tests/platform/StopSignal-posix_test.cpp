@@ -3,6 +3,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <optional>
 #include <thread>
 #include <unistd.h>
 
@@ -13,11 +14,6 @@ constexpr std::initializer_list<int> Interrupts{SIGINT, SIGTERM, SIGHUP};
 
 void Expect(bool isTrue, int codeElse) {
   if (!isTrue) std::_Exit(codeElse);
-}
-
-[[noreturn]] void WaitForTheEnd() {
-  for (;;)
-    pause();
 }
 
 TEST(InterruptHandler, RaisesTheSignalThenUrgentlyAndEndsTheProgramAtTheThird) {
@@ -39,29 +35,18 @@ TEST(InterruptHandler, RaisesTheSignalThenUrgentlyAndEndsTheProgramAtTheThird) {
   }
 }
 
-TEST(InterruptHandler, EndsAProgramThatDoesNotHeedTheSecond) {
-  const auto sleepThroughBoth = [] {
+TEST(InterruptHandler, EndsAProgramThatDoesNotHeedTheSecondUnlessItIsOnItsWayOut) {
+  const auto interruptTwice = [](bool isOnItsWayOut) {
     StopSignal signal;
-    const InterruptHandler handler(signal);
+    std::optional<InterruptHandler> handler(std::in_place, signal);
     raise(SIGTERM);
     raise(SIGINT);
-    WaitForTheEnd();
-  };
-  EXPECT_EXIT(sleepThroughBoth(), testing::KilledBySignal(SIGINT), "");
-}
-
-TEST(InterruptHandler, LeavesAProgramItsTimeThatIsOnItsWayOut) {
-  const auto endSlowly = [] {
-    StopSignal signal;
-    {
-      const InterruptHandler handler(signal);
-      raise(SIGTERM);
-      raise(SIGINT);
-    }
-    std::this_thread::sleep_for(std::chrono::milliseconds(2500));
+    if (isOnItsWayOut) handler.reset();
+    std::this_thread::sleep_for(isOnItsWayOut ? std::chrono::milliseconds(2500) : std::chrono::minutes(10));
     std::_Exit(7);
   };
-  EXPECT_EXIT(endSlowly(), testing::ExitedWithCode(7), "");
+  EXPECT_EXIT(interruptTwice(false), testing::KilledBySignal(SIGINT), "");
+  EXPECT_EXIT(interruptTwice(true), testing::ExitedWithCode(7), "");
 }
 
 TEST(SaveScope, HoldsBackTheEndUntilTheLastSaveIsDone) {

@@ -87,7 +87,9 @@ TEST_F(Resources, MayBeAnythingWithoutHarm) {
                              "<ResourceCompile Include=\"missing.rc\"/>"));
   EXPECT_EQ(ScriptsOf("a.vcxproj"), (Strings{"folder.rc", "NUL.rc", "missing.rc"}));
   Write("a.vcxproj", "<Project>");
-  EXPECT_EQ(Plain(Raised([&] { ScriptsOf("a.vcxproj"); })), "Error parsing project file : DIR/a.vcxproj");
+  EXPECT_EQ(
+      Plain(Raised([&] { ScriptsOf("a.vcxproj"); })),
+      "Error parsing project file : Premature end of data in tag Project line 1 (line 1) in DIR/a.vcxproj");
 }
 
 } // namespace
