@@ -219,6 +219,8 @@ class CommandsTest(e2e.EndToEndTest):
         for arguments, shown, known in rows:
             self.assertEqual(self.host("inspect", *arguments.split()), (0, shown))
             self.assertEqual(json.loads(self.host("inspect", *arguments.split(), "--json")[1]), known)
+        both = self.host("inspect", "App.sln", "Nat/v.rc", "--json")[1].splitlines()
+        self.assertEqual([json.loads(line)["file"] for line in both], ["App.sln", "Nat/v.rc"])
         self.assertEqual(self.host("inspect", "build.log", "--tool", "msbuild", "--lines")[1],
                          "3\ta.cs(3,7): error CS1: x\n2\tb.cs(1): warning CS2: y\n0\t    1 Warning(s)\n0\t    1 Error(s)\n")
 
