@@ -4,12 +4,10 @@ The calls are counted and refused by tests/faults/Faults.cpp. Every fault is fol
 the old one or the new one, is nothing left behind, was it said what failed, does the exit code say so, does the next run
 work. Without KX_FAULTS=all only the first call of its kind on each file is tried."""
 import collections
-import http.server
 import os
 import pathlib
 import re
 import subprocess
-import threading
 import unittest
 
 import e2e
@@ -34,67 +32,15 @@ echo "Passed  A"
 """
 RESULTS = """<TestRun xmlns="http://microsoft.com/schemas/VisualStudio/TeamTest/2006"><Results>
 <UnitTestResult testName="A" outcome="Passed" duration="00:00:01.5000000"/></Results></TestRun>"""
-SOLUTION = """Microsoft Visual Studio Solution File, Format Version 11.00
-Project("{FAE04EC0-301F-11D3-BF4B-00C04F79EFBC}") = "App", "App\\App.csproj", "{11111111-1111-1111-1111-111111111111}"
-EndProject
-Project("{8BC9CEB8-8B4A-11D0-8D11-00A0C91BC942}") = "Native", "Native\\Native.vcxproj", "{21111111-1111-1111-1111-111111111111}"
-EndProject
-Global
-	GlobalSection(SolutionConfigurationPlatforms) = preSolution
-		Debug|Any CPU = Debug|Any CPU
-	EndGlobalSection
-EndGlobal
-"""
-WEB_SOLUTION = """Microsoft Visual Studio Solution File, Format Version 11.00
-Project("{FAE04EC0-301F-11D3-BF4B-00C04F79EFBC}") = "MyWeb", "http://127.0.0.1:%d/MyWeb/MyWeb.csproj", "{11111111-1111-1111-1111-111111111111}"
-EndProject
-Global
-	GlobalSection(SolutionConfigurationPlatforms) = preSolution
-		Debug = Debug
-	EndGlobalSection
-EndGlobal
-"""
-STAMPING = """<BuildProject Name="Stamped"><PropertySets><PropertySet Name="Set" Kind="Win32">
-<Value Name="MajorVersion">3</Value><Value Name="CompanyName">The Greeters</Value></PropertySet></PropertySets><Actions>
-<Action Type="DEVENV"><Solution>App.sln</Solution><SolutionConfiguration>Debug|Any CPU</SolutionConfiguration>
-<VStudioVersion>vs2010</VStudioVersion><UseMSBuild>True</UseMSBuild><UpdateAssemblyInfo>True</UpdateAssemblyInfo>
-<UpdateAssemblyVersion>True</UpdateAssemblyVersion><AssemblyVersion>2|0|0|7</AssemblyVersion>
-<AutoIncAssemblyBuildNumber>True</AutoIncAssemblyBuildNumber><UpdateWin32Resource>True</UpdateWin32Resource>
-<UseWin32PropertySet>True</UseWin32PropertySet><Win32VersionInfoPropertySetName>Set</Win32VersionInfoPropertySetName>
-</Action></Actions></BuildProject>
-"""
-BUILDING = """<BuildProject Name="Built"><Actions><Action Type="DEVENV"><Solution>App.sln</Solution>
-<SolutionConfiguration>Debug|Any CPU</SolutionConfiguration><VStudioVersion>vs2010</VStudioVersion><UseMSBuild>True</UseMSBuild>
-</Action></Actions></BuildProject>
-"""
-SCRIPT = """#include <winver.h>
-VS_VERSION_INFO VERSIONINFO
- FILEVERSION 1,0,0,0
- PRODUCTVERSION 1,0,0,0
- FILEOS 0x40004L
- FILETYPE 0x2L
-BEGIN
-  BLOCK "StringFileInfo"
-  BEGIN
-    BLOCK "040904b0"
-    BEGIN
-      VALUE "FileVersion", "1.0.0.0"
-    END
-    BLOCK "040704b0"
-    BEGIN
-      VALUE "FileVersion", "eins"
-    END
-  END
-  BLOCK "VarFileInfo"
-  BEGIN
-    VALUE "Translation", 0x409, 1200
-  END
-END
-"""
+STAMPING = e2e.project(
+    e2e.build("App.sln", UseMSBuild=True, UpdateAssemblyInfo=True, UpdateAssemblyVersion=True, AssemblyVersion="2|0|0|7",
+              AutoIncAssemblyBuildNumber=True, UpdateWin32Resource=True, UseWin32PropertySet=True, Win32VersionInfoPropertySetName="Set"),
+    head="""<PropertySets><PropertySet Name="Set" Kind="Win32"><Value Name="MajorVersion">3</Value>
+            <Value Name="CompanyName">The Greeters</Value></PropertySet></PropertySets>""")
+SCRIPT = (e2e.ROOT / "examples/Greeter/Greeter.Native/version.rc").read_text(encoding="ascii")
 COPY_ITEM = '<Compile Include="Properties\\AssemblyInfo.cs" />'
 RESOURCE_ITEM = '<Project><ItemGroup><ResourceCompile Include="version.rc" /></ItemGroup></Project>'
 ASSEMBLY_INFO = '[assembly: AssemblyVersion("1.0.0.0")]\n'
-OLD = "of an earlier run\n"
 # What no two runs have in common.
 CHANGING = re.compile(rb'"time":"[^"]*"|"elapsedMs":\d+|started [\d :-]+ UTC|\d+\.\d+ s\b|time="[^"]*"|timestamp="[^"]*"'
                       rb'|kx-\w{12}|MSTRE\w+')
@@ -109,8 +55,7 @@ class Fault(collections.namedtuple("Fault", "mode number call path")):
         return self.mode, self.call, TEMPORARY.sub("*", self.path)
 
 
-class Outcome(collections.namedtuple("Outcome", "code said")):
-    """Exit code and all that was said."""
+Outcome = collections.namedtuple("Outcome", "code said")
 
 
 class FaultsTest(e2e.EndToEndTest):
@@ -118,9 +63,8 @@ class FaultsTest(e2e.EndToEndTest):
         super().setUp()
         self.work = self.folder / "work"
         self.trace = self.folder / "trace"
-        self.environment.update(HOME=str(self.work), XDG_CONFIG_HOME=str(self.work / "config"),
-                                XDG_STATE_HOME=str(self.work / "state"), TMPDIR=str(self.work / "temporary"), no_proxy="*",
-                                ASAN_OPTIONS="verify_asan_link_order=0")
+        self.environment.update(HOME=str(self.work), XDG_CONFIG_HOME=str(self.work / "config"), TMPDIR=str(self.work / "temporary"),
+                                XDG_STATE_HOME=str(self.work / "state"), ASAN_OPTIONS="verify_asan_link_order=0")
         for name, text in {"temporary/of others": "", "config/kxhost/options.ini": "; mine\n[VisualStudioDotNet]\nMSDevPath=/a\n",
                            "tools/MSBuild.exe": TOOL, "tools/MSTest.exe": TOOL, "tools/MSTest.exe.trx": RESULTS}.items():
             self.write(f"work/{name}", text, executable=name.endswith(".exe"))
@@ -152,20 +96,17 @@ class FaultsTest(e2e.EndToEndTest):
 
     # One run.
 
-    def start(self, arguments, fault=None):
-        environment = dict(self.environment)
+    def run_command(self, arguments, fault=None):
+        environment = {}
         if fault is not None:
             self.trace.unlink(missing_ok=True)
             environment.update(LD_PRELOAD=str(e2e.BIN / "kx_faults.so"), KX_FAULT_FOLDER=str(self.work), KX_FAULT_MODE=fault.mode,
                                KX_FAULT_AT=str(fault.number), KX_FAULT_TRACE=str(self.trace))
             if fault.mode == "memory":  # the JSON library loses what an object had when there is no memory for the rest
-                environment["ASAN_OPTIONS"] += ":detect_leaks=0"
-        return subprocess.Popen([str(part) for part in (e2e.BIN / "kxhost", *arguments)], cwd=self.work, env=environment,
-                                stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, encoding="utf-8",
-                                errors="replace")
-
-    def run_command(self, arguments, fault=None):
-        with self.start(arguments, fault) as host:
+                environment["ASAN_OPTIONS"] = self.environment["ASAN_OPTIONS"] + ":detect_leaks=0"
+        with subprocess.Popen([str(part) for part in (e2e.BIN / "kxhost", *arguments)], cwd=self.work, stdin=subprocess.DEVNULL,
+                              env={**self.environment, **environment}, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                              encoding="utf-8", errors="replace") as host:
             try:
                 said, _ = host.communicate(timeout=TOO_LONG)
             except subprocess.TimeoutExpired:
@@ -221,34 +162,33 @@ class FaultsTest(e2e.EndToEndTest):
 
     # All faults of one command.
 
-    def try_faults(self, name, arguments, run=None):
-        run = run or self.run_command
+    def try_faults(self, name, *arguments):
         before, tried = self.look(), collections.Counter()
-        clean = run(arguments)
+        clean = self.run_command(arguments)
         self.assertEqual(clean.code, 0, clean.said)
         after = self.look()
         for mode in MODES:
             self.put_back(before)
-            traced = run(arguments, Fault(mode, 0, "", ""))
+            traced = self.run_command(arguments, Fault(mode, 0, "", ""))
             self.assertEqual(traced.code, 0, traced.said)
             for fault in self.chosen(list(self.faults_in_trace(mode))):
                 self.put_back(before)
-                outcome = run(arguments, fault)
+                outcome = self.run_command(arguments, fault)
                 struck = next((each for each in self.faults_in_trace(mode) if each.call != "allocations"), None)
                 if struck is None: continue  # fewer calls than before
                 tried[mode] += 1
                 with self.subTest(f"{name}, {struck}"):
                     wrong = list(self.complaints(struck, outcome, before, after))
-                    following = self.run_again(run, arguments, before, after)
+                    following = self.run_again(arguments, before, after)
                     if following: wrong.append("the next run fails: " + following)
                     if wrong: self.fail("; ".join(wrong) + "\n" + outcome.said)
         print(f"{name}: {', '.join(f'{count} {mode}' for mode, count in tried.items())}")
 
-    def run_again(self, run, arguments, before, after):
+    def run_again(self, arguments, before, after):
         """What a run says that fails. From where a clean run has started or ended nothing else is to be expected."""
         now = self.look()
         if now == before or now.keys() == after.keys(): return ""
-        following = run(self.following or arguments)
+        following = self.run_command(self.following or arguments)
         return following.said if following.code != 0 else ""
 
     def chosen(self, faults):
@@ -263,55 +203,51 @@ class FaultsTest(e2e.EndToEndTest):
     # The commands.
 
     def test_options(self):
-        self.try_faults("options set", ["options", "set", "VisualStudioDotNet.MSDevPath2008", "/opt"])
+        self.try_faults("options set", "options", "set", "VisualStudioDotNet.MSDevPath2008", "/opt")
         self.following = ["options"]
-        self.try_faults("options unset", ["options", "unset", "VisualStudioDotNet.MSDevPath"])
+        self.try_faults("options unset", "options", "unset", "VisualStudioDotNet.MSDevPath")
 
-    def make_solution(self):
-        for name, text in {"App.sln": SOLUTION, "App/App.csproj": COPY_ITEM, "App/Properties/AssemblyInfo.cs": ASSEMBLY_INFO,
-                           "Native/Native.vcxproj": RESOURCE_ITEM, "Native/version.rc": SCRIPT, "p.kxproj": STAMPING}.items():
+    def make_solution(self, project=STAMPING):
+        for name, text in {"App.sln": e2e.solution("App\\App.csproj", "Native\\Native.vcxproj", configuration="Debug|Any CPU"),
+                           "App/App.csproj": COPY_ITEM, "App/Properties/AssemblyInfo.cs": ASSEMBLY_INFO,
+                           "Native/Native.vcxproj": RESOURCE_ITEM, "Native/version.rc": SCRIPT, "p.kxproj": project}.items():
             self.write(f"work/{name}", text)
-
-    def make_accounts(self):
-        self.accounts = {"log.jsonl", "tests.xml", "report.html"}
-        for name in self.accounts:
-            self.write(f"work/{name}", OLD)
-        return ["--log", "log.jsonl", "--junit", "tests.xml", "--report", "report.html"]
 
     def test_a_run_that_stamps_and_saves_its_numbers(self):
         self.make_solution()
-        self.try_faults("run", ["run", "p.kxproj", *self.options])
+        self.try_faults("run", "run", "p.kxproj", *self.options)
 
     def test_what_a_run_leaves_for_others(self):
-        self.make_solution()
-        self.write("work/p.kxproj", BUILDING)
-        self.try_faults("run with log and reports", ["run", "p.kxproj", *self.options, *self.make_accounts()])
+        self.make_solution(e2e.project(e2e.build("App.sln", UseMSBuild=True)))
+        self.accounts = {"log.jsonl", "tests.xml", "report.html"}
+        for name in self.accounts:
+            self.write(f"work/{name}", "of an earlier run\n")
+        self.try_faults("run with log and reports", "run", "p.kxproj", *self.options,
+                        "--log", "log.jsonl", "--junit", "tests.xml", "--report", "report.html")
 
     def test_results_of_tests(self):
-        self.write("work/a.dll", "")
-        self.try_faults("do MSTEST", ["do", "MSTEST", "UseStandaloneMSTest=True", "AssemblyFileName=a.dll", *self.options])
-        self.try_faults("do MSTEST into a file", ["do", "MSTEST", "UseStandaloneMSTest=True", "AssemblyFileName=a.dll",
-                                                  "OutputFileName=r.trx", *self.options])
+        self.write("work/a.dll")
+        command = ["do", "MSTEST", "UseStandaloneMSTest=True", "AssemblyFileName=a.dll", *self.options]
+        self.try_faults("do MSTEST", *command)
+        self.try_faults("do MSTEST into a file", *command, "OutputFileName=r.trx")
 
     def test_one_script(self):
         self.write("work/version.rc", SCRIPT)
-        self.try_faults("do VERSIONINFO", ["do", "VERSIONINFO", "ResourceFile=version.rc", "PropertySetName=Now",
-                                           "PropertiesToUpdate=MajorVersion=True", "--property-set", "Now.MajorVersion=3",
-                                           *self.options])
+        self.try_faults("do VERSIONINFO", "do", "VERSIONINFO", "ResourceFile=version.rc", "PropertySetName=Now",
+                        "PropertiesToUpdate=MajorVersion=True", "--property-set", "Now.MajorVersion=3", *self.options)
 
     def test_files_of_a_web_project(self):
-        server = start_server()
-        self.write("work/Web.sln", WEB_SOLUTION % server.server_address[1])
+        server = e2e.start_server({"/MyWeb/MyWeb.csproj": COPY_ITEM.encode(),
+                                   "/MyWeb/Properties/AssemblyInfo.cs": ASSEMBLY_INFO.encode()})
+        self.write("work/Web.sln", e2e.web_solution(f"http://127.0.0.1:{server.port}"))
         self.on_server = server.files
-        self.try_faults("do DEVENV over WebDAV", ["do", "DEVENV", "Solution=Web.sln", "SolutionConfiguration=Debug", "VStudioVersion=vs2010",
-                        "UpdateAssemblyInfo=True", "UpdateAssemblyVersion=True", "AssemblyVersion=2|3|4|5",
-                        "ProjLocationDetectMethod=useWebDAV", "WebDAVUsername=me", *self.options])
+        self.try_faults("do DEVENV over WebDAV", *e2e.STAMP_WEB, "Solution=Web.sln", "WebDAVUsername=me", *self.options)
 
     def test_what_changes_nothing(self):
         self.make_solution()
-        self.try_faults("validate", ["validate", "p.kxproj", *self.options[2:]])
-        self.try_faults("run --dry-run", ["run", "p.kxproj", "--dry-run", *self.options])
-        self.try_faults("inspect", ["inspect", "App.sln", "Native/version.rc"])
+        self.try_faults("validate", "validate", "p.kxproj", *self.options[2:])
+        self.try_faults("run --dry-run", "run", "p.kxproj", "--dry-run", *self.options)
+        self.try_faults("inspect", "inspect", "App.sln", "Native/version.rc")
 
 
 def spread(last):
@@ -322,35 +258,6 @@ def spread(last):
 
 def steady(content):
     return content if content is None else CHANGING.sub(b"", content)
-
-
-class WebHandler(http.server.BaseHTTPRequestHandler):
-    def log_message(self, *_):
-        pass
-
-    def do_GET(self):
-        content = self.server.files.get(self.path)
-        self.send_response(200 if content is not None else 404)
-        self.send_header("Content-Length", str(len(content or b"")))
-        self.end_headers()
-        self.wfile.write(content or b"")
-
-    def do_PUT(self):
-        self.server.files[self.path] = self.rfile.read(int(self.headers["Content-Length"]))
-        self.send_response(204)
-        self.end_headers()
-
-    def do_OPTIONS(self):
-        self.send_response(200)
-        self.send_header("Content-Length", "0")
-        self.end_headers()
-
-
-def start_server():
-    server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), WebHandler)
-    server.files = {"/MyWeb/MyWeb.csproj": COPY_ITEM.encode(), "/MyWeb/Properties/AssemblyInfo.cs": ASSEMBLY_INFO.encode()}
-    threading.Thread(target=server.serve_forever, daemon=True).start()
-    return server
 
 
 def is_whole(name, content, may_be_cut=None):
