@@ -23,28 +23,11 @@ COMMANDS = {
 }
 LEADS = ("", "  ", "\u00a0", "\u2003", "\ufeff", "\u200b", "\x0b", "\x0c", "a\r", "a\u0085", "a\u2028", "a\u2029",
          "\x1b[1m", "a")
-SOLUTION = """Microsoft Visual Studio Solution File, Format Version 11.00
-Project("{FAE04EC0-301F-11D3-BF4B-00C04F79EFBC}") = "%s", "a.csproj", "{11111111-1111-1111-1111-111111111111}"
-EndProject
-Global
-\tGlobalSection(SolutionConfigurationPlatforms) = preSolution
-\t\t%s|Any CPU = %s|Any CPU
-\tEndGlobalSection
-EndGlobal
-"""
-PROJECT = """<BuildProject Name=%(hostile)s>
-  <Actions>
-    <Action Type="DEVENV" Name=%(hostile)s ContinueOnError="true">
-      <Solution>Web.sln</Solution><SolutionConfiguration>.*</SolutionConfiguration><VStudioVersion>4</VStudioVersion>
-      <UseRegExOnConfigName>True</UseRegExOnConfigName>
-    </Action>
-    <Action Type="SOLUTIONITERATOR" Name="Loop" ContinueOnError="true">
-      <Solution>Web.sln</Solution><LoopVariable>P</LoopVariable>
-      <Actions><Action Type="DEVENV" Name="In"><Solution>%%P%%</Solution></Action></Actions>
-    </Action>
-  </Actions>
-</BuildProject>
-"""
+PROJECT = e2e.project(
+    e2e.build("Web.sln", 'Name={0} ContinueOnError="true"', ".*", UseRegExOnConfigName=True),
+    e2e.action("SOLUTIONITERATOR", 'Name="Loop" ContinueOnError="true"', Solution="Web.sln", LoopVariable="P",
+               Actions=e2e.action("DEVENV", 'Name="In"', Solution="%P%")),
+    attributes="Name={0}")
 
 
 def is_xml(text):
@@ -65,16 +48,16 @@ class CiTest(e2e.EndToEndTest):
         return shown
 
     def check_text(self, system, hostile):
-        tool = self.write("tools/MSBuild.exe", "#!/bin/sh\ncat \"$(dirname \"$0\")/output\"\nexit 1\n", executable=True)
+        self.write_tool('cat "$(dirname "$0")/output"', "exit 1")
         self.write("tools/output", f"{hostile}\na.cs(1,2): error X1: {hostile}\n{hostile}(1): warning X2: b\n")
         named = "N" if re.search("[\r\n]", hostile) else hostile
-        self.write("Web.sln", SOLUTION % (named, named, named))
-        self.write("p.kxproj", PROJECT % {"hostile": quoteattr(hostile, {"\r": "&#13;", "\n": "&#10;"}) if is_xml(hostile) else '"N"'})
-        option = ("--option", f"DotNetFramework.v4.0={tool.parent}")
-        shown = self.check(system, "run", "p.kxproj", "--verbosity", "detailed", "--color", "always", "--log", f"./{named}x.jsonl", *option)
+        self.write("Web.sln", e2e.solution("a.csproj", name=named, configuration=f"{named}|Any CPU"))
+        self.write("p.kxproj", PROJECT.format(quoteattr(hostile, {"\r": "&#13;", "\n": "&#10;"}) if is_xml(hostile) else '"N"'))
+        shown = self.check(system, "run", "p.kxproj", "--verbosity", "detailed", "--color", "always", "--log", f"./{named}x.jsonl",
+                           *self.tools)
         self.assertIn("a.cs", shown)
         self.assertIn("failed", shown)
-        self.check(system, "run", "p.kxproj", "--verbosity", "minimal", "--dry-run", *option)
+        self.check(system, "run", "p.kxproj", "--verbosity", "minimal", "--dry-run", *self.tools)
         self.check(system, "validate", "p.kxproj")
         self.check(system, "inspect", "Web.sln")
         for wrong in (("run", hostile), (hostile,), ("run", "p.kxproj", f"--{hostile}"), ("run", "p.kxproj", "--set", hostile),
@@ -94,10 +77,9 @@ class CiTest(e2e.EndToEndTest):
                 self.check_text(system, "a\n" + commands[0] if system != "gitlab" else "a\nsection_start:1:a")
 
     def test_one_line_of_brackets_costs_no_time(self):
-        self.write("tools/MSBuild.exe", "#!/bin/sh\nhead -c 2000000 /dev/zero | tr '\\0' '('\necho ': error X1: b'\n", executable=True)
-        self.write("Web.sln", SOLUTION % ("a", "a", "a"))
-        shown = self.check("github", "do", "DEVENV", "Solution=Web.sln", "SolutionConfiguration=a", "VStudioVersion=vs2010",
-                           "--option", f"DotNetFramework.v4.0={self.folder / 'tools'}")
+        self.write_tool("head -c 2000000 /dev/zero | tr '\\0' '('", "echo ': error X1: b'")
+        self.write("Web.sln", e2e.solution("a.csproj"))
+        shown = self.check("github", "do", "DEVENV", "Solution=Web.sln", "SolutionConfiguration=Debug", "VStudioVersion=vs2010", *self.tools)
         self.assertIn("(((: error X1: b", shown)
 
 

@@ -86,7 +86,7 @@ class EndToEndTest(unittest.TestCase):
 def solution(*places, name=None, configuration="Debug", version="11.00"):
     """Of the projects at these places, which are C++ by their ending."""
     projects = "".join(
-        f'Project("{CPP if place.endswith("vcxproj") else CSHARP}") = "{name or pathlib.PureWindowsPath(place).stem}", "{place}", '
+        f'Project("{CPP if place.endswith(("vcproj", "vcxproj")) else CSHARP}") = "{name or pathlib.PureWindowsPath(place).stem}", "{place}", '
         f'"{{11111111-1111-1111-1111-{number:012}}}"\nEndProject\n' for number, place in enumerate(places))
     return (f"\nMicrosoft Visual Studio Solution File, Format Version {version}\n{projects}Global\n"
             f"\tGlobalSection(SolutionConfigurationPlatforms) = preSolution\n\t\t{configuration} = {configuration}\n"

@@ -5,7 +5,8 @@ import unittest
 
 import e2e
 
-XMLNS = 'xmlns="http://schemas.microsoft.com/developer/msbuild/2003"'
+PROJECT = """<Project DefaultTargets="All" xmlns="http://schemas.microsoft.com/developer/msbuild/2003">{}
+<Target Name="All">{}</Target></Project>"""
 
 
 def events(output):
@@ -31,14 +32,15 @@ def unescape(value):
 
 
 class LoggerTest(e2e.EndToEndTest):
-    def build(self, project, *switches):
-        run = self.run_program("xbuild", project, f"/logger:TandemorLogger,{e2e.BIN}/TandemorLogger.dll", "/noconlog", *switches)
-        return run.returncode, events(run.stdout)
+    def build(self, text, *switches, code=0):
+        run = self.run_program("xbuild", self.write("all.proj", text), f"/logger:TandemorLogger,{e2e.BIN}/TandemorLogger.dll",
+                               "/noconlog", *switches)
+        self.assertEqual(run.returncode, code, run.stdout)
+        return events(run.stdout)
 
     def test_each_verbosity_adds_its_events(self):
-        project = self.write("all.proj", f"""<Project DefaultTargets="All" {XMLNS}><Target Name="All">
-            <Message Text="h" Importance="high" /><Message Text="n" Importance="normal" />
-            <Message Text="l" Importance="low" /><Warning Text="w" /></Target></Project>""")
+        project = PROJECT.format("", """<Message Text="h" Importance="high" /><Message Text="n" Importance="normal" />
+            <Message Text="l" Importance="low" /><Warning Text="w" />""")
         quiet = {"warning", "projectFinished", "buildFinished"}
         minimal = quiet | {"high"}
         normal = minimal | {"normal", "projectStarted"}
@@ -47,23 +49,20 @@ class LoggerTest(e2e.EndToEndTest):
                 ("/v:d", detailed), ("/v:diag", detailed)]
         written = collections.Counter()
         for switch, expected in rows:
-            code, lines = self.build(project, switch)
-            self.assertEqual(code, 0, switch)
+            lines = self.build(project, switch)
             self.assertEqual({values.get("importance", kind) for kind, values in lines}, expected, switch)
             written[switch] = len(lines)
         self.assertGreater(written["/v:diag"], written["/v:d"], "tasks show only at the last verbosity")
 
     def test_values_survive_the_line(self):
-        project = self.write("text.proj", f"""<Project DefaultTargets="All" {XMLNS}><Target Name="All">
-            <Message Text="100%25 a|b=c%0D%0Ad %257C é–漢" Importance="high" /></Target></Project>""")
-        _, lines = self.build(project, "/v:minimal")
+        lines = self.build(PROJECT.format("", '<Message Text="100%25 a|b=c%0D%0Ad %257C é–漢" Importance="high" />'), "/v:minimal")
         self.assertIn(("message", {"importance": "high", "text": "100% a|b=c\r\nd %7C é–漢"}), lines)
 
     def test_errors_name_their_project_and_file(self):
         task = self.compile("RaiseTask.cs", "-target:library", "-r:Microsoft.Build.Framework")
         self.write("inner/src/real.cs", "")
         self.write("inner/Makefile", "")
-        inner, outer = self.folder / "inner/inner.proj", self.folder / "outer.proj"
+        inner, outer = self.folder / "inner/inner.proj", self.folder / "all.proj"
         rows = [
             # project, kind, file given, file expected
             (inner, "warning", "src/real.cs", inner.parent / "src/real.cs"),
@@ -79,22 +78,19 @@ class LoggerTest(e2e.EndToEndTest):
             return "".join(f'<Raise IsError="{kind == "error"}" File="{file}" Code="X{i}" Line="{i}" Column="7" Text="t{i}"/>'
                            for i, (owner, kind, file, _) in enumerate(rows) if owner == project)
 
-        head = f'<Project DefaultTargets="All" {XMLNS}><UsingTask TaskName="Raise" AssemblyFile="{task}" /><Target Name="All">'
-        self.write("inner/inner.proj", f"{head}{tasks(inner)}</Target></Project>")
-        self.write("outer.proj", f"{head}<MSBuild Projects='inner/inner.proj' />{tasks(outer)}</Target></Project>")
-        lines = without_ends(self.build(outer, "/v:quiet")[1])
+        using = f'<UsingTask TaskName="Raise" AssemblyFile="{task}" />'
+        self.write("inner/inner.proj", PROJECT.format(using, tasks(inner)))
+        outside = PROJECT.format(using, "<MSBuild Projects='inner/inner.proj' />" + tasks(outer))
+        lines = without_ends(self.build(outside, "/v:quiet"))
         expected = [(kind, {"file": str(file), "line": str(i), "column": "7", "code": f"X{i}", "project": str(project),
                             "text": f"t{i}"}) for i, (project, kind, _, file) in enumerate(rows)]
         self.assertEqual(lines[:-1], expected)
         self.assertEqual(lines[-1][0], "buildFinished")
 
     def test_a_failed_build_says_so(self):
-        project = self.write("bad.proj", f"""<Project DefaultTargets="All" {XMLNS}><Target Name="All">
-            <Error Text="stop" Code="E7" /></Target></Project>""")
-        code, lines = self.build(project, "/v:normal")
-        self.assertEqual(code, 1)
+        lines = self.build(PROJECT.format("", '<Error Text="stop" Code="E7" />'), "/v:normal", code=1)
         self.assertEqual([(kind, values["text"]) for kind, values in lines if kind == "error"], [("error", "stop")])
-        self.assertEqual(lines[-2:], [("projectFinished", {"project": str(project), "succeeded": "false"}),
+        self.assertEqual(lines[-2:], [("projectFinished", {"project": str(self.folder / "all.proj"), "succeeded": "false"}),
                                       ("buildFinished", {"succeeded": "false"})])
 
     def test_parallel_projects_are_told_apart_by_context(self):

@@ -9,9 +9,7 @@ import zipfile
 import e2e
 
 OUT = pathlib.Path(os.environ.get("KX_PACKAGES", e2e.ROOT / "out"))
-SOLUTION = ('Microsoft Visual Studio Solution File, Format Version 10.00\n'
-            'Project("{8BC9CEB8-8B4A-11D0-8D11-00A0C91BC942}") = "Gruß", "sub\\Gruß.vcproj", "{1}"\nEndProject\n'
-            'Global\nEndGlobal\n')
+SOLUTION = e2e.solution("sub\\Gruß.vcproj", version="10.00")
 PROJECT = ('<?xml version="1.0" encoding="Windows-1252"?>\n<VisualStudioProject><Files><Filter>'
            '<File RelativePath=".\\grüße.rc"/></Filter></Files></VisualStudioProject>')
 

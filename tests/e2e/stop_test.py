@@ -1,24 +1,19 @@
 """The end of a run in the middle of a build: asked for once, twice, by the closing of the terminal, or by force."""
 import os
-import pathlib
 import pty
 import random
 import signal
-import subprocess
 import time
 import unittest
 
 import e2e
 
 # A tool that leaves a child of its own in the background and does not end when it is asked to.
-STUBBORN = """#!/bin/bash
-trap '' INT TERM HUP
+STUBBORN = """trap '' INT TERM HUP
 sleep 300 &
 echo "$$ $!" > "$PIDS.new"
-echo started
 mv "$PIDS.new" "$PIDS"
-while true; do sleep 300; done
-"""
+while true; do sleep 300; done"""
 OBEDIENT = STUBBORN.replace("trap '' INT TERM HUP\n", "")
 # The child has moved away, or bears nothing any more of what it was started with.
 SCATTERED = STUBBORN.replace("sleep 300 &", "setsid sleep 300 &")
@@ -29,29 +24,18 @@ TWICE = (signal.SIGINT, signal.SIGTERM)
 class StopTest(e2e.EndToEndTest):
     def setUp(self):
         super().setUp()
+        self.project = self.copy_example() / "greeter.kxproj"
         self.pids = self.folder / "pids"
-        (self.folder / "temporary").mkdir()
-        self.environment.update(PIDS=str(self.pids), TMPDIR=str(self.folder / "temporary"))
 
-    def start(self, tool, **streams):
+    def start_in_tool(self, tool, **options):
         """The program in the middle of its tool, and that tool's family."""
         self.pids.unlink(missing_ok=True)
-        self.write("framework/MSBuild.exe", tool, executable=True)
-        project = self.copy_example() / "greeter.kxproj"
-        command = [e2e.BIN / "kxhost", "run", project, "--log", self.folder / "log.jsonl",
-                   "--option", f"DotNetFramework.v4.0={self.folder / 'framework'}"]
-        host = subprocess.Popen(command, env=self.environment, encoding="utf-8",
-                                **{"stdin": subprocess.DEVNULL, "stdout": subprocess.PIPE,
-                                   "stderr": subprocess.STDOUT, **streams})
-        self.addCleanup(host.wait)
-        self.addCleanup(e2e.kill_quietly, host.pid)
-        if host.stdout:
-            self.addCleanup(host.stdout.close)
-        started = e2e.wait_until(lambda: self.pids.exists() or host.poll() is not None)
-        family = [int(pid) for pid in self.pids.read_text(encoding="utf-8").split()] if self.pids.exists() else []
+        self.write_tool(tool)
+        host = self.start_host("run", self.project, "--log", "log.jsonl", *self.tools, environment={"PIDS": str(self.pids)}, **options)
+        e2e.wait_until(lambda: self.pids.exists() or host.poll() is not None)
+        family = [int(pid) for pid in self.read("pids").split()]
         for pid in family:
             self.addCleanup(e2e.kill_quietly, pid)
-        self.assertTrue(started and family)
         return host, family
 
     def running(self, family):
@@ -62,7 +46,7 @@ class StopTest(e2e.EndToEndTest):
                                     ("refusing twice", STUBBORN, TWICE), ("scattered", SCATTERED, TWICE[:1]),
                                     ("scattered twice", SCATTERED, TWICE), ("stripped", STRIPPED, TWICE)):
             with self.subTest(name):
-                host, family = self.start(tool)
+                host, family = self.start_in_tool(tool)
                 for number in signals:
                     host.send_signal(number)
                     time.sleep(0.1)  # the second one comes within the grace of the first
@@ -70,12 +54,12 @@ class StopTest(e2e.EndToEndTest):
                 self.assertEqual(self.running(family), [], output)
                 self.assertEqual(host.returncode, 130, output)
                 self.assertIn("Action Terminated by User.", output)
-                self.assertIn('"event":"runEnd"', (self.folder / "log.jsonl").read_text(encoding="utf-8"))
+                self.assertEqual(len(self.events("runEnd")), 1)
 
     def test_the_family_ends_with_a_program_that_is_killed(self):
         for name, tool in (("refusing", STUBBORN), ("scattered", SCATTERED), ("stripped", STRIPPED)):
             with self.subTest(name):
-                host, family = self.start(tool)
+                host, family = self.start_in_tool(tool)
                 time.sleep(random.uniform(0, 0.2))
                 host.kill()
                 self.assertTrue(e2e.wait_until(lambda family=family: not self.running(family)), self.running(family))
@@ -83,35 +67,20 @@ class StopTest(e2e.EndToEndTest):
     def test_the_closing_of_the_terminal_ends_all_at_once(self):
         for tool in (STUBBORN, SCATTERED):
             master, terminal = pty.openpty()
-            host, family = self.start(tool, stdin=terminal, stdout=terminal, stderr=terminal,
+            host, family = self.start_in_tool(tool, stdin=terminal, stdout=terminal, stderr=terminal,
                                       start_new_session=True, preexec_fn=lambda: os.close(os.open(os.ttyname(0), os.O_RDWR)))
             os.close(terminal)
             os.close(master)
             self.assertEqual(host.wait(60), 130)
             self.assertEqual(self.running(family), [])
-            self.assertIn('"event":"runEnd"', (self.folder / "log.jsonl").read_text(encoding="utf-8"))
+            self.assertEqual(len(self.events("runEnd")), 1)
 
     def test_a_tool_that_a_signal_ended_is_told_from_one_that_failed(self):
         for tool, said in (("kill -SEGV $$", True), ("exit 1", False)):
-            with self.subTest(tool):
-                self.write("framework/MSBuild.exe", f"#!/bin/sh\n{tool}\n", executable=True)
-                run = self.run_program(e2e.BIN / "kxhost", "run", self.copy_example() / "greeter.kxproj",
-                                       "--option", f"DotNetFramework.v4.0={self.folder / 'framework'}")
-                self.assertIn("MSBuild.exe returned Error code : ", run.stdout)
-                self.assertEqual("MSBuild.exe was ended by signal 11 (SIGSEGV)." in run.stdout, said, run.stdout)
-
-    def test_what_a_killed_run_left_is_removed_by_the_next(self):
-        target = self.folder / "examples"
-        host, _ = self.start(STUBBORN)
-        left = [target / ".kx-abcdefghijkl.tmp", pathlib.Path(self.environment["TMPDIR"], "kx-abcdefghijkl")]
-        left[0].write_text("half", encoding="utf-8")
-        left[1].mkdir(0o700)
-        host.kill()
-        self.write("framework/MSBuild.exe", "#!/bin/sh\n", executable=True)
-        run = self.run_program(e2e.BIN / "kxhost", "run", target / "greeter.kxproj", "--report", target / "report.html",
-                               "--option", f"DotNetFramework.v4.0={self.folder / 'framework'}")
-        self.assertIn("Report written", run.stdout)
-        self.assertEqual([path.name for path in left if path.exists()], [])
+            self.write_tool(tool)
+            shown = self.host("run", self.project, *self.tools, code=1)
+            self.assertIn("MSBuild.exe returned Error code : ", shown)
+            self.assertEqual("MSBuild.exe was ended by signal 11 (SIGSEGV)." in shown, said, shown)
 
 
 class SaveTest(e2e.EndToEndTest):
@@ -124,13 +93,11 @@ class SaveTest(e2e.EndToEndTest):
         for trial in range(60):
             options.write_text(text, encoding="utf-8")
             lock.unlink(missing_ok=True)
-            with subprocess.Popen([e2e.BIN / "kxhost", "--options", options, "options", "set",
-                                   "VisualStudioDotNet.MSDevPath2008", f"/value{trial}"], env=self.environment,
-                                  stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL) as host:
-                # From the first sign of a save on.
-                e2e.wait_until(lambda host=host: host.poll() is not None or lock.exists(), 10)
-                while host.poll() is None:
-                    host.send_signal(random.choice((signal.SIGINT, signal.SIGTERM, signal.SIGHUP)))
+            host = self.start_host("--options", options, "options", "set", "VisualStudioDotNet.MSDevPath2008", f"/value{trial}")
+            # From the first sign of a save on.
+            e2e.wait_until(lambda host=host: host.poll() is not None or lock.exists(), 10)
+            while host.poll() is None:
+                host.send_signal(random.choice((signal.SIGINT, signal.SIGTERM, signal.SIGHUP)))
             ends.add(host.returncode)
             saved = options.read_text(encoding="utf-8")
             self.assertTrue(saved == text or f"/value{trial}\n" in saved, saved[-200:])

@@ -1,16 +1,11 @@
 """The editor's door: what anybody on the machine can do to it without its token, and what a long run takes up."""
 import http.client
 import json
-import pathlib
 import re
 import selectors
 import signal
 import socket
-import subprocess
-import threading
-import time
 import unittest
-import urllib.parse
 
 import e2e
 
@@ -20,143 +15,91 @@ LINES = 500_000
 SANITIZED = b"__asan_init" in (e2e.BIN / "kxhost").read_bytes()
 MOST_MEGABYTES = 192 if SANITIZED else 64  # more than before, whatever they do; sanitizers keep books of their own
 
-PROJECT = """<BuildProject>
-  <Actions>
-    <Action Type="DEVENV" Name="Build">
-      <Solution>examples/Greeter/Greeter.sln</Solution>
-      <SolutionConfiguration>Release|Any CPU</SolutionConfiguration>
-      <VStudioVersion Name="vs2010">4</VStudioVersion>
-      <UseMSBuild>False</UseMSBuild>
-    </Action>
-  </Actions>
-</BuildProject>
-"""
-
 
 class Strangers:
     """A third of them say nothing, a third send a head that never ends, a third ask and never read the answer. Who is sent
     away comes again at once."""
+    SAY = b"", b"GET / HTTP/1.1\r\nX: " + b"a" * 4000, b"GET / HTTP/1.1\r\nHost: x\r\n\r\n"
 
     def __init__(self, port):
         self.address = ("127.0.0.1", port)
         self.waiting = selectors.DefaultSelector()
         self.connections = 0
-        self.ending = threading.Event()
-        self.thread = threading.Thread(target=self.work)
+        for number in range(STRANGERS):
+            self.come(self.SAY[number % 3])
 
-    def __enter__(self):
-        for kind in range(STRANGERS):
-            self.come(kind % 3)
-        self.thread.start()
-        return self
-
-    def __exit__(self, *_):
-        self.ending.set()
-        self.thread.join()
-        for key in list(self.waiting.get_map().values()):
-            key.fileobj.close()
-
-    def come(self, kind):
+    def come(self, words):
         connection = socket.socket()
         connection.setblocking(False)
         connection.connect_ex(self.address)
         self.connections += 1
-        events = {0: selectors.EVENT_READ, 1: selectors.EVENT_WRITE, 2: selectors.EVENT_WRITE}[kind]
-        self.waiting.register(connection, events, kind)
+        self.waiting.register(connection, selectors.EVENT_WRITE if words else selectors.EVENT_READ, words)
 
-    def work(self):
-        while not self.ending.is_set():
-            for key, _ in self.waiting.select(0.1):
-                try:
-                    self.act(key.fileobj, key.data)
-                except OSError:
-                    self.waiting.unregister(key.fileobj)
-                    key.fileobj.close()
-                    self.come(key.data)
-            time.sleep(0.001)  # leaves some of the machine to the others
+    def act(self):
+        for key, _ in self.waiting.select(0.02):
+            try:
+                if not (key.fileobj.send(key.data) if key.data else key.fileobj.recv(4096)):
+                    raise ConnectionResetError
+            except OSError:
+                self.waiting.unregister(key.fileobj)
+                key.fileobj.close()
+                self.come(key.data)
 
-    def act(self, connection, kind):
-        if kind == 0 and not connection.recv(4096):
-            raise ConnectionResetError
-        if kind == 1:
-            connection.send(b"GET / HTTP/1.1\r\nX: " + b"a" * 4000)
-        if kind == 2:
-            connection.send(b"GET / HTTP/1.1\r\nHost: x\r\n\r\n")
+    def leave(self):
+        for key in list(self.waiting.get_map().values()):
+            key.fileobj.close()
 
 
 class StrangersTest(e2e.EndToEndTest):
     def setUp(self):
         super().setUp()
         self.copy_example()
-        tool = self.write("tool/devenv.com", "#!/bin/sh\nseq -f 'Compiling number %.0f, and what else there is to say' "
-                          f"{LINES}\necho '========== Build: 1 succeeded, 0 failed, 0 skipped =========='\n", executable=True)
-        self.write("p.kxproj", PROJECT)
+        tool = self.write_tool(f"seq -f 'Compiling number %.0f, and what else there is to say' {LINES}",
+                               "echo '========== Build: 1 succeeded, 0 failed, 0 skipped =========='", name="tool/devenv.com")
+        self.write("p.kxproj", e2e.project(e2e.build("examples/Greeter/Greeter.sln", UseMSBuild=False)))
         # Sanitizers keep what was freed: little of it, so that it does not pass for growth.
-        self.environment["ASAN_OPTIONS"] = "quarantine_size_mb=1"
-        self.editor = subprocess.Popen(
-            [e2e.BIN / "kxhost", "edit", self.folder / "p.kxproj", "--no-browser",
-             "--option", f"VisualStudioDotNet.MSDevPath2010={tool.parent}"],
-            stdout=subprocess.PIPE, text=True, env=self.environment, cwd=self.folder)
-        self.addCleanup(self.end)
-        for line in self.editor.stdout:
-            if found := re.search(r"http://127\.0\.0\.1:(\d+)(/\w+/)(\?token=\w+)", line):
-                self.port, self.base, query = int(found[1]), found[2], found[3]
-                break
-        reply, _ = self.ask("GET", self.base + query)
+        self.editor = self.start_host("edit", "p.kxproj", "--no-browser", "--option", f"VisualStudioDotNet.MSDevPath2010={tool.parent}",
+                                      environment={"ASAN_OPTIONS": "quarantine_size_mb=1"}, stderr=None)
+        self.addCleanup(self.editor.send_signal, signal.SIGINT)
+        found = next(filter(None, (re.search(r"127\.0\.0\.1:(\d+)(/\w+/)(\?token=\w+)", line) for line in self.editor.stdout)))
+        self.port, self.base, self.cookie = int(found[1]), found[2], ""
+        reply, _ = self.ask("GET", self.base + found[3])
         self.cookie = reply.headers["Set-Cookie"].partition(";")[0]
+        self.call("state")
+        self.before = self.megabytes()
 
-    def end(self):
-        self.editor.send_signal(signal.SIGINT)
-        self.editor.communicate(timeout=60)
-
-    def ask(self, method, path, body=None, cookie=None):
+    def ask(self, method, path, body=None):
         connection = http.client.HTTPConnection("127.0.0.1", self.port, timeout=60)
-        headers = {"Cookie": cookie or ""}
-        if method == "POST":
-            headers["Origin"] = f"http://127.0.0.1:{self.port}"
-        connection.request(method, path, body, headers)
+        connection.request(method, path, body, {"Cookie": self.cookie, "Origin": f"http://127.0.0.1:{self.port}"})
         reply = connection.getresponse()
         answer = reply.read()
         connection.close()
+        self.assertEqual(reply.status, 200, answer)
         return reply, answer
 
     def call(self, operation, **values):
-        reply, answer = self.ask("POST", f"{self.base}api/{operation}", json.dumps(values), self.cookie)
-        self.assertEqual(reply.status, 200, answer)
-        return json.loads(answer)
+        return json.loads(self.ask("POST", f"{self.base}api/{operation}", json.dumps(values))[1])
 
     def megabytes(self):
-        status = pathlib.Path(f"/proc/{self.editor.pid}/status").read_text(encoding="ascii")
-        return int(re.search(r"VmRSS:\s+(\d+)", status)[1]) / 1024
+        return int(re.search(r"VmRSS:\s+(\d+)", self.read(f"/proc/{self.editor.pid}/status"))[1]) / 1024
 
     def test_strangers_cost_nothing(self):
-        self.call("state")
-        before = self.megabytes()
-        times = []
-        with Strangers(self.port) as strangers:
-            for _ in range(OWN_REQUESTS):
-                began = time.monotonic()
-                self.call("ping")
-                times.append(time.monotonic() - began)
-                time.sleep(0.02)
-        times.sort()
-        more = self.megabytes() - before
-        print(f"{strangers.connections} connections of {STRANGERS} strangers: {more:.1f} MB more, own requests "
-              f"{times[len(times) // 2] * 1000:.0f} ms, the slowest {times[-1] * 1000:.0f} ms")
+        strangers = Strangers(self.port)
+        self.addCleanup(strangers.leave)
+        for _ in range(OWN_REQUESTS):
+            strangers.act()
+            self.call("ping")
+        more = self.megabytes() - self.before
+        print(f"{strangers.connections} connections of {STRANGERS} strangers: {more:.1f} MB more")
         self.assertLess(more, MOST_MEGABYTES)
 
     def test_a_long_run_stays_light(self):
-        self.call("state")
-        before = self.megabytes()
         self.call("run", dryRun=False)
-        lines, position, goes_on, most = 0, 0, True, 0
-        while goes_on:
-            query = urllib.parse.urlencode({"run": 1, "from": position})
-            _, answer = self.ask("GET", f"{self.base}api/events?{query}", cookie=self.cookie)
-            events = json.loads(answer)
+        lines, most, events = 0, 0, {"next": 0, "running": True}
+        while events["running"]:
+            events = json.loads(self.ask("GET", f"{self.base}api/events?run=1&from={events['next']}")[1])
             lines += sum(1 for event in events["events"] if event.get("text", "").startswith("Compiling number"))
-            position, goes_on = events["next"], events["running"]
-            most = max(most, self.megabytes() - before)
+            most = max(most, self.megabytes() - self.before)
         print(f"a run of {lines} lines: {most:.1f} MB more")
         self.assertEqual(lines, LINES)
         self.assertLess(most, MOST_MEGABYTES)

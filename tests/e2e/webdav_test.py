@@ -127,57 +127,52 @@ class WebDavTest(e2e.EndToEndTest):
         self.assertFalse(any(seen[2] for seen in server.seen), "a password nobody asked for")
 
     def test_https(self):
-        authority, other = make_authority(self.folder, "ours"), make_authority(self.folder, "theirs")
+        ours, theirs = (make_certificate(self.folder / name, "DNS:authority") for name in ("ours", "theirs"))
         ports = {}
-        for name, subject, days in ("good", "IP:127.0.0.1", 2), ("another name", "DNS:else.example", 2), ("expired", "IP:127.0.0.1", -1):
+        for name, subject in ("good", "IP:127.0.0.1"), ("another name", "DNS:else.example"), ("expired", "IP:127.0.0.1"):
             self.write(f"{name}/www/MyWeb/a.cs", "original\n")
-            _, ports[name] = self.lighttpd(name, certificate=make_certificate(self.folder, authority, subject, days))
-        ours = f"{authority}.pem"
-        self.assertEqual(self.drive(ports["good"], "MyWeb/a.cs", scheme="https", SSL_CERT_FILE=ours), "")
+            certificate = make_certificate(self.folder / f"{name}.pem", subject, ours, name == "expired")
+            _, ports[name] = self.lighttpd(name, certificate=certificate)
+        self.assertEqual(self.drive(ports["good"], "MyWeb/a.cs", scheme="https", SSL_CERT_FILE=str(ours)), "")
         refused = "No connection to \"https://.*the server's certificate is refused: .*"
         for name, known, reason in (
-                ("good", "", refused), ("good", f"{other}.pem", refused),
+                ("good", "", refused), ("good", theirs, refused),
                 ("good", "missing.pem", "No connection to .*missing.pem.*SSL_CERT_FILE"),
                 ("another name", ours, refused + "127.0.0.1"), ("expired", ours, refused + "expired")):
             with self.subTest(name, known=known):
-                shown = self.drive(ports[name], "MyWeb/a.cs", scheme="https", SSL_CERT_FILE=known)
+                shown = self.drive(ports[name], "MyWeb/a.cs", scheme="https", SSL_CERT_FILE=str(known))
                 self.assertRegex(shown, "Unable to connect using WebDAV : " + reason)
-        plain = self.drive(ports["good"], "MyWeb/a.cs", SSL_CERT_FILE=ours)  # of a server that speaks TLS only
+        plain = self.drive(ports["good"], "MyWeb/a.cs", SSL_CERT_FILE=str(ours))  # of a server that speaks TLS only
         self.assertRegex(plain, "^(Error|Unable to connect)")
         self.assertEqual(self.read("good/www/MyWeb/a.cs"), "original\nstamped\n")
 
     def test_no_redirect_leads_from_https_to_http(self):
         context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
-        context.load_cert_chain(make_certificate(self.folder, make_authority(self.folder, "ours"), "IP:127.0.0.1", 2))
+        certificate = make_certificate(self.folder / "ours", "IP:127.0.0.1")
+        context.load_cert_chain(certificate)
         plain = e2e.start_server()
         server = e2e.start_server((), {"/down.cs": MOVED.format(f"http://127.0.0.1:{plain.port}/a.cs").encode(), "/a.cs": NO},
                                   context=context)
         for path, reason in ("down.cs", "a redirect to another server, which is not followed"), ("a.cs", "HTTP status 401"):
-            shown = self.drive(server.port, path, scheme="https", SSL_CERT_FILE=str(self.folder / "ours.pem"))
+            shown = self.drive(server.port, path, scheme="https", SSL_CERT_FILE=str(certificate))
             self.assertRegex(shown, reason)
         self.assertEqual(plain.seen, [])
         self.assertEqual([seen[1] for seen in server.seen if seen[2]], ["/a.cs"], "the password goes where it is asked for")
 
     def test_two_runs_at_once_keep_their_files_apart(self):
-        places, runs = [f"MyWeb/{number}" for number in range(126)], []
-        authority = make_authority(self.folder, "ours")
-        certificate = make_certificate(self.folder, authority, "IP:127.0.0.1", 2)
+        places, runs, servers = [f"MyWeb/{number}" for number in range(126)], [], {}
         for name in "left", "right":
-            for place in places:
-                self.write(f"{name}/www/{place}/AssemblyInfo.cs", f"// {name} {place}\n{OLD}")
-                self.write(f"{name}/www/{place}/Web.csproj", '<Compile Include="AssemblyInfo.cs" />')
-            _, port = self.lighttpd(name, "digest", certificate)
-            self.write(f"{name}.sln", e2e.solution(*(f"https://127.0.0.1:{port}/{place}/Web.csproj" for place in places)))
-            runs.append(self.start_host(*e2e.STAMP_WEB, f"Solution={name}.sln", "WebDAVUsername=J\u00f6rg", "--secret",
-                                        "WebDAVPassword=DAV", *self.tools,
-                                        environment={"SSL_CERT_FILE": f"{authority}.pem", "DAV": "secret word"}))
+            server = servers[name] = e2e.start_server(
+                {f"/{place}/{file}": text.encode() for place in places for file, text in (
+                    ("Web.csproj", '<Compile Include="AssemblyInfo.cs" />'), ("AssemblyInfo.cs", f"// {name} {place}\n{OLD}"))})
+            self.write(f"{name}.sln", e2e.solution(*(f"http://127.0.0.1:{server.port}/{place}/Web.csproj" for place in places)))
+            runs.append(self.start_host(*e2e.STAMP_WEB, f"Solution={name}.sln", "WebDAVUsername=me", *self.tools))
         for run in runs:
-            shown = run.communicate(timeout=240)[0]
-            self.assertEqual(run.returncode, 0, shown)
-            self.assertNotIn("secret word", shown)
-        for name in "left", "right":
+            output, _ = run.communicate(timeout=240)
+            self.assertEqual(run.returncode, 0, output)
+        for name, server in servers.items():
             for place in places:
-                self.assertEqual(self.read(f"{name}/www/{place}/AssemblyInfo.cs"), f"// {name} {place}\n{NEW}")
+                self.assertEqual(server.files[f"/{place}/AssemblyInfo.cs"].decode(), f"// {name} {place}\n{NEW}")
         self.assertEqual(list(self.temporary.iterdir()), [], "nothing is left behind")
 
 
@@ -187,27 +182,17 @@ def is_open(port):
 
 
 def openssl(*arguments):
-    subprocess.run(["openssl", *arguments], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, check=True)
+    return subprocess.run(["openssl", *arguments], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                          encoding="ascii", check=True).stdout
 
 
-def make_authority(folder, name):
-    """NAME.key and NAME.pem, which vouch for the certificates of a test."""
-    file = folder / name
+def make_certificate(file, subject, issuer=None, expired=False):
+    """One file with key and certificate."""
+    signed = ("-CA", issuer, "-CAkey", issuer) if issuer else ()
     openssl("req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes", "-days", "2",
-            "-subj", f"/CN=Authority {name}", "-keyout", f"{file}.key", "-out", f"{file}.pem")
-    return file
-
-
-def make_certificate(folder, authority, name, days):
-    """One file with key and certificate; below 0 it ended that many days ago."""
-    file = folder / f"{name.partition(':')[2]}{days}"
-    (folder / "names").write_text(f"subjectAltName={name}\n", encoding="utf-8")
-    openssl("req", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes", "-subj", "/CN=server",
-            "-keyout", f"{file}.key", "-out", f"{file}.csr")
-    openssl("x509", "-req", "-in", f"{file}.csr", "-CA", f"{authority}.pem", "-CAkey", f"{authority}.key", "-CAcreateserial",
-            "-days", str(days), "-extfile", str(folder / "names"), "-out", str(file))
-    with open(file, "ab") as both:
-        both.write((folder / f"{file.name}.key").read_bytes())
+            "-subj", f"/CN={file.name}", "-addext", f"subjectAltName={subject}", *signed, "-keyout", file, "-out", file)
+    if expired:
+        file.write_text(openssl("x509", "-in", file, *signed, "-CAcreateserial", "-days", "-1") + file.read_text())
     return file
 
 

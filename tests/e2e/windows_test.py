@@ -1,5 +1,4 @@
 """kxhost.exe as a user of Windows has it: registry, tools, code pages, long paths, stops."""
-import json
 import os
 import pathlib
 import pty
@@ -12,22 +11,6 @@ import e2e
 
 EMULATOR = os.environ.get("KX_EMULATOR", "")
 VISUAL_STUDIO = "HKLM\\SOFTWARE\\Microsoft\\VisualStudio\\9.0"
-ONE_PROJECT = "{11111111-1111-1111-1111-111111111111}"
-SOLUTION = f"""
-Microsoft Visual Studio Solution File, Format Version 10.00
-# Visual Studio 2008
-Project("{{FAE04EC0-301F-11D3-BF4B-00C04F79EFBC}}") = "App", "App\\App.csproj", "{ONE_PROJECT}"
-EndProject
-Global
-	GlobalSection(SolutionConfigurationPlatforms) = preSolution
-		Debug|Any CPU = Debug|Any CPU
-	EndGlobalSection
-	GlobalSection(ProjectConfigurationPlatforms) = postSolution
-		{ONE_PROJECT}.Debug|Any CPU.ActiveCfg = Debug|Any CPU
-		{ONE_PROJECT}.Debug|Any CPU.Build.0 = Debug|Any CPU
-	EndGlobalSection
-EndGlobal
-"""
 
 
 def windows(path):
@@ -54,7 +37,7 @@ class WindowsTest(e2e.EndToEndTest):
 
     def prepare(self, folder, *script):
         """A solution and, in a folder beside it, tools that do what the script says. Returns the arguments of a build."""
-        self.write(f"{folder}/App é.sln", SOLUTION)
+        self.write(f"{folder}/App é.sln", e2e.solution("App\\App.csproj", configuration="Debug|Any CPU", version="10.00"))
         self.write(f"{folder}/App/App.csproj", "<Project/>")
         for tool in ("devenv.com", "MSBuild.exe"):
             self.write(f"{folder}/V S/{tool}.script", "\n".join(script))
@@ -75,11 +58,6 @@ class WindowsTest(e2e.EndToEndTest):
             if self.folder.name in command and "kxhost" not in command and e2e.is_running(process.name):
                 found.append(int(process.name))
         return found
-
-    def metrics(self):
-        lines = (self.folder / "log.jsonl").read_text(encoding="utf-8").splitlines()
-        events = [event for event in map(json.loads, lines) if event["event"] == "metric"]
-        return {event["name"]: event["value"] for event in events}
 
     def test_the_registry_gives_defaults(self):
         self.assertIn("MSDevPath2008=\n", self.host("options", "list")[1])
