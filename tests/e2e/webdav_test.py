@@ -129,9 +129,9 @@ class WebDavTest(e2e.EndToEndTest):
     def test_https(self):
         ours, theirs = (make_certificate(self.folder / name, "DNS:authority") for name in ("ours", "theirs"))
         ports = {}
-        for name, subject in ("good", "IP:127.0.0.1"), ("another name", "DNS:else.example"), ("expired", "IP:127.0.0.1"):
+        for name, subject, days in ("good", "IP:127.0.0.1", 2), ("another name", "DNS:else.example", 2), ("expired", "IP:127.0.0.1", -1):
             self.write(f"{name}/www/MyWeb/a.cs", "original\n")
-            certificate = make_certificate(self.folder / f"{name}.pem", subject, ours, name == "expired")
+            certificate = make_certificate(self.folder / f"{name}.pem", subject, days, ours)
             _, ports[name] = self.lighttpd(name, certificate=certificate)
         self.assertEqual(self.drive(ports["good"], "MyWeb/a.cs", scheme="https", SSL_CERT_FILE=str(ours)), "")
         refused = "No connection to \"https://.*the server's certificate is refused: .*"
@@ -181,18 +181,19 @@ def is_open(port):
         return client.connect_ex(("127.0.0.1", port)) == 0
 
 
-def openssl(*arguments):
-    return subprocess.run(["openssl", *arguments], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-                          encoding="ascii", check=True).stdout
+def openssl(*arguments, given=""):
+    return subprocess.run(["openssl", *arguments], input=given, stdout=subprocess.PIPE, stderr=subprocess.PIPE, encoding="ascii",
+                          check=True).stdout
 
 
-def make_certificate(file, subject, issuer=None, expired=False):
-    """One file with key and certificate."""
-    signed = ("-CA", issuer, "-CAkey", issuer) if issuer else ()
-    openssl("req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes", "-days", "2",
-            "-subj", f"/CN={file.name}", "-addext", f"subjectAltName={subject}", *signed, "-keyout", file, "-out", file)
-    if expired:
-        file.write_text(openssl("x509", "-in", file, *signed, "-CAcreateserial", "-days", "-1") + file.read_text())
+def make_certificate(file, subject, days=2, issuer=None):
+    """One file with key and certificate; below 0 it ended that many days ago."""
+    made = openssl("req", *([] if issuer else ["-x509"]), "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes",
+                   "-subj", f"/CN={file.name}", "-addext", f"subjectAltName={subject}", "-keyout", file)
+    if issuer:
+        made = openssl("x509", "-req", "-copy_extensions", "copy", "-CA", issuer, "-CAkey", issuer, "-CAcreateserial",
+                       "-days", str(days), given=made)
+    file.write_text(file.read_text() + made)
     return file
 
 
