@@ -10,7 +10,8 @@ INVISIBLE = "\u00ad\u034f\u061c\u115f\u1160\u180e\u200b-\u200f\u2060-\u206f\u316
 LINE_ENDS = re.compile("[\n\r\x0b\x0c\x1c-\x1e\x85\u2028\u2029]")
 # What each system obeys, as a reader that is laxer than any of them finds it; and the commands of kxhost's own.
 SYSTEMS = {
-    "github": (f"^[\\s{INVISIBLE}]*:[{INVISIBLE}]*:(?P<a>[^:, ]*)|##\\[(?P<b>[^\\] ]*)", {"group", "endgroup", "error", "warning"}),
+    "github": (f"^[\\s{INVISIBLE}]*:[{INVISIBLE}]*:(?P<a>[^:, ]*)|##\\[(?P<b>[^\\] ]*)",
+               {"group", "endgroup", "error", "warning"}),
     "azure": ("##vso\\[(?P<a>[^\\] ]*)|##\\[(?P<b>[^\\] ]*)", {"group", "endgroup", "task.logissue"}),
     "teamcity": ("(?i)##teamcity\\[(?P<a>[^\\] ]*)(?P<b>)", {"blockOpened", "blockClosed", "message"}),
     "gitlab": ("\x1b\\[0K(?P<a>section_(?:start|end):\\d+:kxhost_|section_start:1:a)?(?P<b>)", None),
@@ -52,9 +53,10 @@ class CiTest(e2e.EndToEndTest):
         self.write("tools/output", f"{hostile}\na.cs(1,2): error X1: {hostile}\n{hostile}(1): warning X2: b\n")
         named = "N" if re.search("[\r\n]", hostile) else hostile
         self.write("Web.sln", e2e.solution("a.csproj", name=named, configuration=f"{named}|Any CPU"))
-        self.write("p.kxproj", PROJECT.format(quoteattr(hostile, {"\r": "&#13;", "\n": "&#10;"}) if is_xml(hostile) else '"N"'))
-        shown = self.check(system, "run", "p.kxproj", "--verbosity", "detailed", "--color", "always", "--log", f"./{named}x.jsonl",
-                           *self.tools)
+        quoted = quoteattr(hostile, {"\r": "&#13;", "\n": "&#10;"}) if is_xml(hostile) else '"N"'
+        self.write("p.kxproj", PROJECT.format(quoted))
+        shown = self.check(system, "run", "p.kxproj", "--verbosity", "detailed", "--color", "always",
+                           "--log", f"./{named}x.jsonl", *self.tools)
         self.assertIn("a.cs", shown)
         self.assertIn("failed", shown)
         self.check(system, "run", "p.kxproj", "--verbosity", "minimal", "--dry-run", *self.tools)
@@ -79,7 +81,8 @@ class CiTest(e2e.EndToEndTest):
     def test_one_line_of_brackets_costs_no_time(self):
         self.write_tool("head -c 2000000 /dev/zero | tr '\\0' '('", "echo ': error X1: b'")
         self.write("Web.sln", e2e.solution("a.csproj"))
-        shown = self.check("github", "do", "DEVENV", "Solution=Web.sln", "SolutionConfiguration=Debug", "VStudioVersion=vs2010", *self.tools)
+        self.write("p.kxproj", e2e.project(e2e.build("Web.sln", configuration="Debug")))
+        shown = self.check("github", "run", "p.kxproj", *self.tools)
         self.assertIn("(((: error X1: b", shown)
 
 

@@ -63,8 +63,8 @@ class EndToEndTest(unittest.TestCase):
     def start(self, *command, environment=None, **options):
         """A program in the background that does not outlive the test."""
         process = self.enterContext(subprocess.Popen(
-            [str(part) for part in command], cwd=self.folder, env={**self.environment, **(environment or {})},
-            **{"stdin": subprocess.DEVNULL, "stdout": subprocess.PIPE, "stderr": subprocess.STDOUT, "encoding": "utf-8", **options}))
+            [str(part) for part in command], cwd=self.folder, env={**self.environment, **(environment or {})}, encoding="utf-8",
+            **{"stdin": subprocess.DEVNULL, "stdout": subprocess.PIPE, "stderr": subprocess.STDOUT, **options}))
         self.addCleanup(kill_quietly, process.pid)
         return process
 
@@ -86,8 +86,8 @@ class EndToEndTest(unittest.TestCase):
 def solution(*places, name=None, configuration="Debug", version="11.00"):
     """Of the projects at these places, which are C++ by their ending."""
     projects = "".join(
-        f'Project("{CPP if place.endswith(("vcproj", "vcxproj")) else CSHARP}") = "{name or pathlib.PureWindowsPath(place).stem}", "{place}", '
-        f'"{{11111111-1111-1111-1111-{number:012}}}"\nEndProject\n' for number, place in enumerate(places))
+        f'Project("{CPP if place.endswith(("vcproj", "vcxproj")) else CSHARP}") = "{name or pathlib.PureWindowsPath(place).stem}"'
+        f', "{place}", "{{11111111-1111-1111-1111-{number:012}}}"\nEndProject\n' for number, place in enumerate(places))
     return (f"\nMicrosoft Visual Studio Solution File, Format Version {version}\n{projects}Global\n"
             f"\tGlobalSection(SolutionConfigurationPlatforms) = preSolution\n\t\t{configuration} = {configuration}\n"
             "\tEndGlobalSection\nEndGlobal\n")

@@ -5,7 +5,6 @@ the old one or the new one, is nothing left behind, was it said what failed, doe
 work. Without KX_FAULTS=all only the first call of its kind on each file is tried."""
 import collections
 import os
-import pathlib
 import re
 import subprocess
 import unittest
@@ -34,7 +33,8 @@ RESULTS = """<TestRun xmlns="http://microsoft.com/schemas/VisualStudio/TeamTest/
 <UnitTestResult testName="A" outcome="Passed" duration="00:00:01.5000000"/></Results></TestRun>"""
 STAMPING = e2e.project(
     e2e.build("App.sln", UseMSBuild=True, UpdateAssemblyInfo=True, UpdateAssemblyVersion=True, AssemblyVersion="2|0|0|7",
-              AutoIncAssemblyBuildNumber=True, UpdateWin32Resource=True, UseWin32PropertySet=True, Win32VersionInfoPropertySetName="Set"),
+              AutoIncAssemblyBuildNumber=True, UpdateWin32Resource=True, UseWin32PropertySet=True,
+              Win32VersionInfoPropertySetName="Set"),
     head="""<PropertySets><PropertySet Name="Set" Kind="Win32"><Value Name="MajorVersion">3</Value>
             <Value Name="CompanyName">The Greeters</Value></PropertySet></PropertySets>""")
 SCRIPT = (e2e.ROOT / "examples/Greeter/Greeter.Native/version.rc").read_text(encoding="ascii")
@@ -63,8 +63,9 @@ class FaultsTest(e2e.EndToEndTest):
         super().setUp()
         self.work = self.folder / "work"
         self.trace = self.folder / "trace"
-        self.environment.update(HOME=str(self.work), XDG_CONFIG_HOME=str(self.work / "config"), TMPDIR=str(self.work / "temporary"),
-                                XDG_STATE_HOME=str(self.work / "state"), ASAN_OPTIONS="verify_asan_link_order=0")
+        places = {"HOME": "", "XDG_CONFIG_HOME": "config", "XDG_STATE_HOME": "state", "TMPDIR": "temporary"}
+        self.environment.update({name: str(self.work / place) for name, place in places.items()})
+        self.environment["ASAN_OPTIONS"] = "verify_asan_link_order=0"
         for name, text in {"temporary/of others": "", "config/kxhost/options.ini": "; mine\n[VisualStudioDotNet]\nMSDevPath=/a\n",
                            "tools/MSBuild.exe": TOOL, "tools/MSTest.exe": TOOL, "tools/MSTest.exe.trx": RESULTS}.items():
             self.write(f"work/{name}", text, executable=name.endswith(".exe"))
@@ -78,8 +79,8 @@ class FaultsTest(e2e.EndToEndTest):
 
     def look(self):
         return {f"on the server{name}": content for name, content in self.on_server.items()} | {
-            str(file.relative_to(self.work)): (os.readlink(file).encode() if file.is_symlink() else file.read_bytes())
-                if not file.is_dir() or file.is_symlink() else b"a folder" for file in self.work.rglob("*")}
+            str(path.relative_to(self.work)): b"a folder" if path.is_dir() else path.read_bytes()
+            for path in self.work.rglob("*")}
 
     def put_back(self, wanted):
         self.on_server.update({name.removeprefix("on the server"): content for name, content in wanted.items()
@@ -142,7 +143,8 @@ class FaultsTest(e2e.EndToEndTest):
             if outcome.code != 0 and now != before and not is_whole(name, now, name in outcome.said):
                 yield f"{name} is not whole, which is not said"
         elif before is None and after is None:
-            if fault.call != "unlink": yield f"{name} is left behind"
+            if fault.call != "unlink":
+                yield f"{name} is left behind"
         elif steady(now) not in (steady(before), steady(after)):
             yield f"{name} is neither the old one nor the new one: {now!r}"
         elif outcome.code == 0 and steady(now) != steady(after) and not (fault.call == "unlink" and after is None):
@@ -150,13 +152,14 @@ class FaultsTest(e2e.EndToEndTest):
 
     def complaints_of_words(self, fault, outcome, after):
         if fault.mode == "memory":
-            if "Out of memory" not in outcome.said: yield "nothing is said of memory"
+            if "Out of memory" not in outcome.said:
+                yield "nothing is said of memory"
             return
         reason = "No space left on device" if fault.mode == "full" else REASON_OF.get(fault.call)
         if reason not in outcome.said and fault.call not in ("stat", "readdir"):  # what cannot be seen may be called missing
             yield f"\"{reason}\" is not said"
         folder, name = os.path.split(fault.path)
-        names = {name, os.path.basename(folder)} | {os.path.basename(other) for other in after if os.path.dirname(other) == folder}
+        names = {name, os.path.basename(folder)} | {each.rpartition("/")[2] for each in after if os.path.dirname(each) == folder}
         if fault.path and fault.path != "pipe" and not any(name in outcome.said for name in names if name):
             yield "no file is named"
 
@@ -175,30 +178,29 @@ class FaultsTest(e2e.EndToEndTest):
                 self.put_back(before)
                 outcome = self.run_command(arguments, fault)
                 struck = next((each for each in self.faults_in_trace(mode) if each.call != "allocations"), None)
-                if struck is None: continue  # fewer calls than before
+                if struck is None:  # fewer calls than before
+                    continue
                 tried[mode] += 1
                 with self.subTest(f"{name}, {struck}"):
                     wrong = list(self.complaints(struck, outcome, before, after))
                     following = self.run_again(arguments, before, after)
-                    if following: wrong.append("the next run fails: " + following)
-                    if wrong: self.fail("; ".join(wrong) + "\n" + outcome.said)
+                    if following:
+                        wrong.append("the next run fails: " + following)
+                    self.assertEqual(wrong, [], outcome.said)
         print(f"{name}: {', '.join(f'{count} {mode}' for mode, count in tried.items())}")
 
     def run_again(self, arguments, before, after):
         """What a run says that fails. From where a clean run has started or ended nothing else is to be expected."""
         now = self.look()
-        if now == before or now.keys() == after.keys(): return ""
+        if now == before or now.keys() == after.keys():
+            return ""
         following = self.run_command(self.following or arguments)
         return following.said if following.code != 0 else ""
 
     def chosen(self, faults):
         if faults and faults[-1].call == "allocations":
             return spread(faults[-1])
-        if ALL: return faults
-        first = {}
-        for fault in faults:
-            first.setdefault(fault.kind(), fault)
-        return list(first.values())
+        return faults if ALL else list({fault.kind(): fault for fault in reversed(faults)}.values())
 
     # The commands.
 
@@ -262,9 +264,11 @@ def steady(content):
 
 def is_whole(name, content, may_be_cut=None):
     """A log grows with its run: what ends early leaves the lines so far, and part of one where that is said."""
-    if content is None: return False
+    if content is None:
+        return False
     if name.endswith(".jsonl"):
-        if may_be_cut is not None: return may_be_cut or content == b"" or content.endswith(b"}\n")
+        if may_be_cut is not None:
+            return may_be_cut or content == b"" or content.endswith(b"}\n")
         return content.endswith(b"}\n") and b'"event":"runEnd"' in content.splitlines()[-1]
     return content.endswith(b"</html>\n" if name.endswith(".html") else b"</testsuites>\n")
 

@@ -48,7 +48,8 @@ class MSTestTest(e2e.EndToEndTest):
                                    "Tests_Not_Run": 0, "Tests_Run_Time": 1520})
         self.assertEqual([test.get("name") for test in suite.iter("testcase")], ["A", "B <\u00e9>"])
         failure = suite.find("testcase/failure")
-        self.assertEqual((failure.get("message"), failure.text), ("Expected: 1\r\nActual: \"2\"", "Expected: 1\r\nActual: \"2\"\nat B"))
+        message = "Expected: 1\r\nActual: \"2\""
+        self.assertEqual((failure.get("message"), failure.text), (message, f"{message}\nat B"))
         suites = xml.etree.ElementTree.parse(self.folder / "junit.xml").getroot()
         self.assertEqual((suites.tag, suites.get("tests"), suites.get("failures")), ("testsuites", "2", "1"))
         self.assertIn("<pre class=\"error\">Expected: 1\n", self.read("report.html"))

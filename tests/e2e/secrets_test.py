@@ -18,7 +18,8 @@ def spellings(secret):
     escaped, quoted = urllib.parse.quote(secret, safe=""), secret.replace('"', '\\"')
     return [secret, escaped, urllib.parse.quote_plus(secret), re.sub("%..", lambda byte: byte[0].lower(), escaped),
             html.escape(secret), json.dumps(secret), json.dumps(secret, ensure_ascii=False), f'"{quoted}"',
-            *(base64.b64encode(each).decode() for each in (f"user:{secret}".encode(), secret.encode(), secret.encode("utf-16le")))]
+            *(base64.b64encode(each).decode()
+              for each in (f"user:{secret}".encode(), secret.encode(), secret.encode("utf-16le")))]
 
 
 class SecretsTest(e2e.EndToEndTest):
@@ -41,9 +42,9 @@ class SecretsTest(e2e.EndToEndTest):
         self.write_project(ExtraCmdLineParams='/p:Key="%Key%"')
         for given, source in ((SECRET + "\n", "Key"), ("\ufeff" + SECRET + "\r\n", "Key"), ("", "Key=KX_SECRET")):
             for verbosity in "diagnostic", "minimal":
-                shown = self.host("run", "p.kxproj", "--set-secret", source, "--log", "l.jsonl", "--report", "r.html", "--junit", "j.xml",
-                                  "--verbosity", verbosity, *self.tools, given=given, code=1, KX_SECRET=SECRET)
-                files = [self.read(name) for name in ("l.jsonl", "r.html", "j.xml", "p.kxproj")]
+                shown = self.host("run", "p.kxproj", "--set-secret", source, "--log", "log", "--report", "report", "--junit",
+                                  "tests", "--verbosity", verbosity, *self.tools, given=given, code=1, KX_SECRET=SECRET)
+                files = [self.read(name) for name in ("log", "report", "tests", "p.kxproj")]
                 self.assertIn("***", files[0])
                 self.check_hidden(shown, *files)
                 self.assertIn(SECRET.replace('"', ""), self.read("arguments"))
@@ -91,7 +92,8 @@ class SecretsTest(e2e.EndToEndTest):
             pid, terminal = pty.fork()
             if pid == 0:
                 os.chdir(self.folder)
-                os.execve(e2e.BIN / "kxhost", ["kxhost", "validate", "p.kxproj", "--set-secret", "Key", *self.tools], self.environment)
+                command = ["kxhost", "validate", "p.kxproj", "--set-secret", "Key", *self.tools]
+                os.execve(e2e.BIN / "kxhost", command, self.environment)
             shown = e2e.shown(terminal, b"Key: ")
             os.write(terminal, typed.encode())
             shown = (shown + e2e.shown(terminal)).decode()

@@ -26,12 +26,13 @@ class StopTest(e2e.EndToEndTest):
         super().setUp()
         self.project = self.copy_example() / "greeter.kxproj"
         self.pids = self.folder / "pids"
+        self.environment["PIDS"] = str(self.pids)
 
     def start_in_tool(self, tool, **options):
         """The program in the middle of its tool, and that tool's family."""
         self.pids.unlink(missing_ok=True)
         self.write_tool(tool)
-        host = self.start_host("run", self.project, "--log", "log.jsonl", *self.tools, environment={"PIDS": str(self.pids)}, **options)
+        host = self.start_host("run", self.project, "--log", "log.jsonl", *self.tools, **options)
         e2e.wait_until(lambda: self.pids.exists() or host.poll() is not None)
         family = [int(pid) for pid in self.read("pids").split()]
         for pid in family:
@@ -67,8 +68,9 @@ class StopTest(e2e.EndToEndTest):
     def test_the_closing_of_the_terminal_ends_all_at_once(self):
         for tool in (STUBBORN, SCATTERED):
             master, terminal = pty.openpty()
-            host, family = self.start_in_tool(tool, stdin=terminal, stdout=terminal, stderr=terminal,
-                                      start_new_session=True, preexec_fn=lambda: os.close(os.open(os.ttyname(0), os.O_RDWR)))
+            host, family = self.start_in_tool(
+                tool, stdin=terminal, stdout=terminal, stderr=terminal, start_new_session=True,
+                preexec_fn=lambda: os.close(os.open(os.ttyname(0), os.O_RDWR)))
             os.close(terminal)
             os.close(master)
             self.assertEqual(host.wait(60), 130)

@@ -58,8 +58,9 @@ class StrangersTest(e2e.EndToEndTest):
                                "echo '========== Build: 1 succeeded, 0 failed, 0 skipped =========='", name="tool/devenv.com")
         self.write("p.kxproj", e2e.project(e2e.build("examples/Greeter/Greeter.sln", UseMSBuild=False)))
         # Sanitizers keep what was freed: little of it, so that it does not pass for growth.
-        self.editor = self.start_host("edit", "p.kxproj", "--no-browser", "--option", f"VisualStudioDotNet.MSDevPath2010={tool.parent}",
-                                      environment={"ASAN_OPTIONS": "quarantine_size_mb=1"}, stderr=None)
+        self.editor = self.start_host(
+            "edit", "p.kxproj", "--no-browser", "--option", f"VisualStudioDotNet.MSDevPath2010={tool.parent}", stderr=None,
+            environment={"ASAN_OPTIONS": "quarantine_size_mb=1"})
         self.addCleanup(self.editor.send_signal, signal.SIGINT)
         found = next(filter(None, (re.search(r"127\.0\.0\.1:(\d+)(/\w+/)(\?token=\w+)", line) for line in self.editor.stdout)))
         self.port, self.base, self.cookie = int(found[1]), found[2], ""

@@ -8,7 +8,9 @@ import unittest
 import e2e
 
 # Fails for the configurations that the test names.
-TOOL = """for part in "$@"; do case "$part" in /p:*) configuration=${part#/p:Configuration=}; configuration=${configuration%%;*};; esac; done
+TOOL = """for part in "$@"; do
+  case "$part" in /p:*) configuration=${part#/p:Configuration=}; configuration=${configuration%%;*};; esac
+done
 echo started >> runs.txt
 [[ "$FAIL" != *"$configuration"* ]]"""
 BUILD = e2e.build("Greeter\\Greeter.sln", 'Name="Build"')
@@ -23,7 +25,8 @@ class VerdictTest(e2e.EndToEndTest):
         self.runs = self.examples / "Greeter/runs.txt"
 
     def command(self, *actions):
-        return ["run", self.write("examples/own.kxproj", e2e.project(*(actions or (BUILD,)), attributes='Name="Own"')), *self.tools]
+        project = e2e.project(*(actions or (BUILD,)), attributes='Name="Own"')
+        return ["run", self.write("examples/own.kxproj", project), *self.tools]
 
     def test_what_follows_from_a_failure(self):
         rows = [
@@ -69,7 +72,7 @@ class VerdictTest(e2e.EndToEndTest):
                 self.assertEqual(run.returncode, 1 if said else 0)
 
     def test_a_report_that_is_not_written_leaves_the_one_before(self):
-        self.write_tool("yes 'src/a.cpp(1): warning C1: a line of a long log' | head -n 20000", "touch said", "sleep $SECONDS_LEFT")
+        self.write_tool("yes 'src/a.cpp(1): a line of a long log' | head -n 20000", "touch said", "sleep $SECONDS_LEFT")
         command = [*self.command(), "--report", "out/report.html", "--verbosity", "quiet"]
         report = self.write("out/report.html", "as it was")
 

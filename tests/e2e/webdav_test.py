@@ -37,8 +37,8 @@ class WebDavTest(e2e.EndToEndTest):
         self.write_tool()
 
     def drive(self, port, path, password="secret word", *folder, scheme="http", **environment):
-        run = self.run_program(e2e.BIN / "kx_webdav_driver", f"{scheme}://127.0.0.1:{port}/{urllib.parse.quote(path)}", "J\u00f6rg",
-                               password, *folder, **environment)
+        address = f"{scheme}://127.0.0.1:{port}/{urllib.parse.quote(path)}"
+        run = self.run_program(e2e.BIN / "kx_webdav_driver", address, "J\u00f6rg", password, *folder, **environment)
         self.assertEqual(run.returncode, 1 if run.stdout else 0, run.stdout)
         self.assertNotIn(password, run.stdout)
         return run.stdout
@@ -104,14 +104,15 @@ class WebDavTest(e2e.EndToEndTest):
         server = e2e.start_server()
         self.write("Web.sln", e2e.web_solution(f"http://127.0.0.1:{server.port}"))
         for stored in "AAAA", "no secret":  # as another machine or user would have left it
-            shown = self.host(*e2e.STAMP_WEB, "Solution=Web.sln", "WebDAVUsername=me", f"_WebDAVPassword={stored}", *self.tools, code=1)
+            shown = self.host(*e2e.STAMP_WEB, "Solution=Web.sln", f"_WebDAVPassword={stored}", *self.tools, code=1)
             self.assertIn("The stored WebDAV password cannot be decrypted", shown)
         self.assertEqual(server.seen, [])
 
     def test_hostile_servers(self):
         other = e2e.start_server()
-        answers = {name: MOVED.format(place).encode() for name, place in {
-            "other": f"http://127.0.0.1:{other.port}/a", "scheme": "file:///etc/passwd", "loop": "loop.cs", "moved": "plain.cs"}.items()}
+        places = {"other": f"http://127.0.0.1:{other.port}/a", "scheme": "file:///etc/passwd",
+                  "loop": "loop.cs", "moved": "plain.cs"}
+        answers = {name: MOVED.format(place).encode() for name, place in places.items()}
         answers["stall"] = answers["short"] = OK + b"Content-Length: 100\r\n\r\n0123456789"
         answers |= {"silent": b"", "garbage": b"hello\n", "endless": OK + b"\r\n" + b"x" * 2000000}
         server = e2e.start_server({"/plain.cs": b"0123456789"}, {f"/{name}.cs": answer for name, answer in answers.items()},
@@ -119,7 +120,7 @@ class WebDavTest(e2e.EndToEndTest):
         reasons = {"stall": "too slow", "silent": "too slow", "short": "90 bytes remaining",
                    "endless": "larger than 1048576", "other": "a redirect to another server", "scheme": "a redirect",
                    "loop": "302", "garbage": "HTTP/0.9"}
-        self.check_failures(server.port, {(f"{name}.cs",): f"retrieving .* failed: .*{reason}" for name, reason in reasons.items()})
+        self.check_failures(server.port, {(f"{name}.cs",): f"retrieving .* failed: .*{why}" for name, why in reasons.items()})
         self.assertEqual(self.drive(server.port, "moved.cs"), "")
         uploads = [seen for seen in server.seen if seen[0] == "PUT"]
         self.assertEqual(uploads, [("PUT", "/moved.cs", None, b"0123456789stamped\n")])
@@ -129,7 +130,8 @@ class WebDavTest(e2e.EndToEndTest):
     def test_https(self):
         ours, theirs = (make_certificate(self.folder / name, "DNS:authority") for name in ("ours", "theirs"))
         ports = {}
-        for name, subject, days in ("good", "IP:127.0.0.1", 2), ("another name", "DNS:else.example", 2), ("expired", "IP:127.0.0.1", -1):
+        for name, subject, days in (
+                ("good", "IP:127.0.0.1", 2), ("another name", "DNS:else.example", 2), ("expired", "IP:127.0.0.1", -1)):
             self.write(f"{name}/www/MyWeb/a.cs", "original\n")
             certificate = make_certificate(self.folder / f"{name}.pem", subject, days, ours)
             _, ports[name] = self.lighttpd(name, certificate=certificate)

@@ -22,7 +22,7 @@ class WindowsTest(e2e.EndToEndTest):
     def setUp(self):
         super().setUp()
         self.environment["WINEPATH"] = windows(e2e.BIN)  # what the tools need beside themselves
-        self.addCleanup(lambda: [os.kill(pid, signal.SIGKILL) for pid in self.tools()])
+        self.addCleanup(lambda: [os.kill(pid, signal.SIGKILL) for pid in self.running()])
 
     def command(self):
         return [EMULATOR, e2e.BIN / "kxhost.exe", "--options", windows(self.folder / "options.ini")]
@@ -47,7 +47,7 @@ class WindowsTest(e2e.EndToEndTest):
                 "VStudioVersion=vs2008", "--log", windows(self.folder / "log.jsonl"),
                 "--option", f"VisualStudioDotNet.MSDevPath2008={place}\\V S", "--option", f"DotNetFramework.v3.5={place}\\V S"]
 
-    def tools(self):
+    def running(self):
         """The numbers of the tools of this test that run."""
         found = []
         for process in pathlib.Path("/proc").glob("[0-9]*"):
@@ -72,12 +72,13 @@ class WindowsTest(e2e.EndToEndTest):
         deep = "/".join(["Très long " + "x" * 40] * 6)
         rows = [("Été & 'co'", "False", "devenv.com", '/build "Debug|Any CPU" "{}"'),
                 (deep, "False", "devenv.com", '/build "Debug|Any CPU" "{}"'),
-                (deep, "True", "MSBuild.exe", '/t:Build {} /noconlog /p:Configuration=Debug;Platform="Any CPU" /v:normal /m "{}"')]
+                (deep, "True", "MSBuild.exe",
+                 '/t:Build {} /noconlog /p:Configuration=Debug;Platform="Any CPU" /v:normal /m "{}"')]
         for folder, by_msbuild, tool, arguments in rows:
             for accent in ("\\x82", "\\xE9"):
                 with self.subTest(f"{tool} {accent} {folder}"):
-                    script = [f"record:{tool}.txt", f"out:G{accent}n{accent}ration termin{accent}e -- 1 erreurs, 2 avertissements\\n"]
-                    _, output = self.host(*self.prepare(folder, *script), f"UseMSBuild={by_msbuild}")
+                    said = f"out:G{accent}n{accent}ration termin{accent}e -- 1 erreurs, 2 avertissements\\n"
+                    _, output = self.host(*self.prepare(folder, f"record:{tool}.txt", said), f"UseMSBuild={by_msbuild}")
                     self.assertIn("Génération terminée", output)
                     if tool == "devenv.com":  # of MSBuild the logger reports them
                         self.assertEqual((self.metrics()["Errors"], self.metrics()["Warnings"]), (1, 2), output)
@@ -93,7 +94,7 @@ class WindowsTest(e2e.EndToEndTest):
     def test_a_server_left_behind_neither_holds_the_run_nor_ends_with_it(self):
         code, output = self.host(*self.prepare("a", "server:wait", "wait:100"), "UseMSBuild=False")
         self.assertEqual(code, 0, output)
-        self.assertEqual(len(self.tools()), 1, output)
+        self.assertEqual(len(self.running()), 1, output)
 
     def stop(self, end):
         """Runs a tool with a child, both deaf, on a terminal; `end` stops the run. Returns exit code and output."""
@@ -116,7 +117,7 @@ class WindowsTest(e2e.EndToEndTest):
                 return text is not None and text in "".join(output)
 
             self.assertTrue(e2e.wait_until(lambda: has_read("started")), "".join(output))
-            self.assertEqual(len(self.tools()), 2, "".join(output))
+            self.assertEqual(len(self.running()), 2, "".join(output))
             end(host, terminal)
             e2e.wait_until(has_read)
             os.close(terminal)
@@ -126,11 +127,11 @@ class WindowsTest(e2e.EndToEndTest):
         code, output = self.stop(lambda _, terminal: os.write(terminal, b"\x03"))
         self.assertEqual(code, 130, output)
         self.assertIn("Action Terminated by User.", output)
-        self.assertEqual(self.tools(), [], output)
+        self.assertEqual(self.running(), [], output)
 
     def test_a_kill_of_the_host_ends_the_whole_family(self):
         self.stop(lambda host, _: host.kill())
-        self.assertTrue(e2e.wait_until(lambda: not self.tools()))
+        self.assertTrue(e2e.wait_until(lambda: not self.running()))
 
 
 if __name__ == "__main__":
