@@ -197,6 +197,11 @@ Circle, passed over by the order: A needs B, B needs C, C needs A
         actions = json.loads(self.host("actions", "--json"))
         self.assertEqual("".join(f"{each['type']}  {each['name']}  ({each['category']})\n" for each in actions), listed)
         self.assertEqual([action["type"] for action in actions], ["DEVENV", "MSTEST", "VERSIONINFO", "SOLUTIONITERATOR"])
+        for action in actions:
+            self.assertEqual(list(action), ["type", "name", "category", "keywords", "image", "groups", "properties"])
+            for row in action["properties"]:
+                self.assertEqual(row.keys() - {"values", "labels"},
+                                 {"name", "kind", "default", "stored", "readOnly", "hidden", "group", "help"})
         shown = self.host("actions", "DEVENV")
         for piece in "\nBuild: Warnings\n  OverrideWarnings: Boolean", "\n      fx35: .NET Framework 3.5\n", "\nOn no page of":
             self.assertIn(piece, shown)
