@@ -39,6 +39,8 @@ struct TKxPageField {
   TKxFieldKind Kind = TKxFieldKind::Text;
   std::u16string Label = {};    // may be empty: then the field stands under the one before it
   std::u16string Property = {}; // the published property that it edits; empty when there is none of this name
+  std::u16string Means = {}; // of a choice or check box: the property's value when it is checked; empty: True
+  bool IsOwn = false;        // the page itself shows and writes it, not TKxBoundPage
   std::u16string Group = {};
   std::u16string Hint = {};
   std::u16string Needs = {};                    // what has to be chosen elsewhere before the field is enabled

@@ -77,8 +77,9 @@ std::u16string PropertyToText(const TKxPublishedProperty& property, const TKxPro
 // names the property and what it takes.
 TKxPropertyValue PropertyFromText(const TKxPublishedProperty& property, std::u16string_view text);
 
-// Writes a table row by row: table.Boolean(u"UseEnv", &TAction::UseEnv, u"...").
-// A row reads and writes either a member reached by a function (TAction& -> T&) or a getter and a setter.
+// Writes a table row by row: rows.Field(u"Solution", &TAction::Solution, u"...").
+// A row reads and writes a member, which a pointer to it names or a function leads to (TAction& -> T&), or a
+// getter and a setter.
 template <typename TAction>
 class TKxPropertyRows {
 public:
@@ -86,16 +87,16 @@ public:
   TKxPropertyRows& Field(std::u16string_view name, TField field, std::u16string_view help) {
     using T = std::remove_cvref_t<std::invoke_result_t<TField, TAction&>>;
     return Row<T>(
-        name, [field](TAction& action) -> T { return field(action); },
-        [field](TAction& action, T value) { field(action) = std::move(value); }, nullptr, help);
+        name, [field](TAction& action) -> T { return std::invoke(field, action); },
+        [field](TAction& action, T value) { std::invoke(field, action) = std::move(value); }, nullptr, help);
   }
   template <typename TField>
   TKxPropertyRows& Field(std::u16string_view name, TField field, const TKxEnumeration& values,
                          std::u16string_view help) {
     using T = std::remove_cvref_t<std::invoke_result_t<TField, TAction&>>;
     return Row<T>(
-        name, [field](TAction& action) -> T { return field(action); },
-        [field](TAction& action, T value) { field(action) = value; }, &values, help);
+        name, [field](TAction& action) -> T { return std::invoke(field, action); },
+        [field](TAction& action, T value) { std::invoke(field, action) = value; }, &values, help);
   }
   template <typename TGet, typename TSet>
   TKxPropertyRows& Accessors(std::u16string_view name, TGet get, TSet set, std::u16string_view help) {

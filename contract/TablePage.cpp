@@ -78,7 +78,69 @@ std::u16string_view ChooserTitle(TKxFieldKind kind) {
   return kind == TKxFieldKind::FolderPath ? u"Select Directory" : u"";
 }
 
+// True and False of a field that means one value of its property.
+bool IsFlag(const TKxPageField& field) {
+  return field.Kind == TKxFieldKind::CheckBox || field.Kind == TKxFieldKind::Choice;
+}
+
+std::u16string ShownValue(const TKxPageField& field, const TKxPublishedProperty& property,
+                          const TKxPropertyValue& value) {
+  if (IsFlag(field) && !field.Means.empty())
+    return BooleanToString(PropertyToText(property, value) == field.Means);
+  if (field.Kind != TKxFieldKind::DropDown) return PropertyToText(property, value);
+  const auto ordinal = static_cast<std::size_t>(std::get<std::int32_t>(value));
+  return ordinal < field.Items.size() ? field.Items[ordinal] : std::u16string();
+}
+
+TKxPropertyValue WrittenValue(const TKxPageField& field, const TKxPublishedProperty& property) {
+  if (field.Kind == TKxFieldKind::DropDown) {
+    const auto item = std::ranges::find(field.Items, field.Value);
+    return static_cast<std::int32_t>(item - field.Items.begin());
+  }
+  if (!IsFlag(field) || field.Means.empty()) return PropertyFromText(property, field.Value);
+  const TKxPropertyValue meant = PropertyFromText(property, field.Means);
+  return field.IsChecked() ? meant : TKxPropertyValue(!std::get<bool>(meant));
+}
+
 } // namespace
+
+const TKxPublishedProperty* TKxBoundPage::BoundTo(const TKxPageField& field) const {
+  return field.IsOwn ? nullptr : edited_->PublishedProperties().Find(field.Property);
+}
+
+void TKxBoundPage::ReadActionData() {
+  read_.clear();
+  for (const auto& field : Fields()) {
+    if (const auto* property = BoundTo(field)) ReadField(field, *property);
+    read_.push_back(field.Value);
+  }
+  ApplyEnableRules();
+}
+
+void TKxBoundPage::ReadField(const TKxPageField& field, const TKxPublishedProperty& property) {
+  const std::u16string value = ShownValue(field, property, property.Get(*edited_));
+  if (field.Kind == TKxFieldKind::Secret)
+    ShowSecret(field.Name, !value.empty());
+  else if (IsFlag(field))
+    Check(field.Name, value == BooleanToString(true));
+  else
+    Show(field.Name, value);
+}
+
+void TKxBoundPage::WriteActionData() {
+  RequireNoErrors();
+  for (std::size_t i = 0; i < Fields().size(); ++i) {
+    const TKxPageField& field = Fields()[i];
+    const auto* property = BoundTo(field);
+    if (property == nullptr) continue;
+    if (const auto secret = TakeNewSecret(field.Name)) property->Set(*edited_, *secret);
+    const bool isChanged = field.Value != read_[i];
+    read_[i] = field.Value;
+    const bool isLeft = field.Kind == TKxFieldKind::Choice && !field.IsChecked(); // for another of its group
+    if (isLeft || field.Kind == TKxFieldKind::Secret || !(isChanged || WritesUnchanged())) continue;
+    property->Set(*edited_, WrittenValue(field, *property));
+  }
+}
 
 std::u16string DisplayName(const TKxPersistent& object, std::u16string_view property) {
   text::TStringList aliases;
@@ -103,7 +165,7 @@ std::u16string TKxTablePage::ItemText(const TKxEnumeration& enumeration, std::si
 }
 
 void TKxTablePage::InitPage(TKxPersistent& edited) {
-  edited_ = &edited;
+  TKxBoundPage::InitPage(edited);
   RemoveFields();
   if (layout_.empty()) AddGeneralForm();
   for (const auto& row : layout_) {
@@ -122,9 +184,9 @@ void TKxTablePage::InitPage(TKxPersistent& edited) {
 void TKxTablePage::AddGeneralForm() {
   text::TStringList hidden;
   text::TStringList order;
-  edited_->GetHiddenProperties(hidden);
-  edited_->GetPropertyAlias(order);
-  const TKxPropertyTable& table = edited_->PublishedProperties();
+  Edited().GetHiddenProperties(hidden);
+  Edited().GetPropertyAlias(order);
+  const TKxPropertyTable& table = Edited().PublishedProperties();
   const auto shown = [&](const TKxPublishedProperty* property) {
     return property != nullptr && !property->ReadOnly && !hidden.IndexOf(property->Name);
   };
@@ -148,9 +210,9 @@ void TKxTablePage::AddField(const TKxTableField& row, const TKxPublishedProperty
   TKxPageField field{.Name = std::u16string(property.Name),
                      .Kind = KindOf(row, property),
                      .Label =
-                         row.Label.empty() ? DisplayName(*edited_, property.Name) : std::u16string(row.Label),
+                         row.Label.empty() ? DisplayName(Edited(), property.Name) : std::u16string(row.Label),
                      .Property = std::u16string(property.Name),
-                     .Hint = PropertyHelp(*edited_, property),
+                     .Hint = PropertyHelp(Edited(), property),
                      .Places = {row.Places.begin(), row.Places.end()},
                      .Filter = std::u16string(row.Filter),
                      .IsSeenFromProject = row.IsSeenFromProject,
@@ -165,52 +227,8 @@ void TKxTablePage::AddField(const TKxTableField& row, const TKxPublishedProperty
   Add(std::move(field));
 }
 
-void TKxTablePage::ReadActionData() {
-  read_.clear();
-  for (const auto& field : Fields()) {
-    if (const auto* property = edited_->PublishedProperties().Find(field.Property)) {
-      const std::u16string value = ReadValue(field, *property);
-      if (field.Kind == TKxFieldKind::Secret)
-        ShowSecret(field.Name, !value.empty());
-      else
-        Show(field.Name, value);
-    }
-    read_.push_back(field.Value);
-  }
-  ApplyEnableRules();
-}
-
-std::u16string TKxTablePage::ReadValue(const TKxPageField& field, const TKxPublishedProperty& property) {
-  const TKxPropertyValue value = property.Get(*edited_);
-  if (field.Kind != TKxFieldKind::DropDown) return PropertyToText(property, value);
-  const auto ordinal = static_cast<std::size_t>(std::get<std::int32_t>(value));
-  return ordinal < field.Items.size() ? field.Items[ordinal] : std::u16string();
-}
-
-void TKxTablePage::WriteActionData() {
-  RequireNoErrors();
-  for (std::size_t i = 0; i < Fields().size(); ++i) {
-    const TKxPageField& field = Fields()[i];
-    const auto* property = edited_->PublishedProperties().Find(field.Property);
-    if (property == nullptr) continue;
-    if (const auto secret = TakeNewSecret(field.Name)) property->Set(*edited_, *secret);
-    if (field.Value == read_[i]) continue; // as a secret's always is
-    property->Set(*edited_, WrittenValue(field, *property));
-    read_[i] = field.Value;
-  }
-}
-
-TKxPropertyValue TKxTablePage::WrittenValue(const TKxPageField& field,
-                                            const TKxPublishedProperty& property) const {
-  if (field.Kind == TKxFieldKind::DropDown) {
-    const auto item = std::ranges::find(field.Items, field.Value);
-    return static_cast<std::int32_t>(item - field.Items.begin());
-  }
-  return PropertyFromText(property, field.Value);
-}
-
 std::u16string TKxTablePage::EnablingItem(const TKxTableField& row) const {
-  const auto& values = *edited_->PublishedProperties().Find(row.EnabledBy)->Enumeration;
+  const auto& values = *Edited().PublishedProperties().Find(row.EnabledBy)->Enumeration;
   return Field(row.EnabledBy).Items[static_cast<std::size_t>(values.OrdinalOf(row.EnabledAt).value())];
 }
 

@@ -20,14 +20,11 @@ public:
   std::u16string GetActionName() const override { return u"Message"; }
 
   const kx::TKxPropertyTable& PublishedProperties() const override {
-    static const kx::TKxPropertyTable table(
-        kx::TKxPropertyRows<TMessageAction>()
-            .Field(
-                u"Text", [](TMessageAction & a) -> auto& { return a.text_; }, u"What is written.")
-            .Field(
-                u"Status", [](TMessageAction & a) -> auto& { return a.status_; }, Statuses(),
-                u"How it is shown; an error fails the action.")
-            .Take());
+    static const kx::TKxPropertyTable table(kx::TKxPropertyRows<TMessageAction>()
+                                                .Field(u"Text", &TMessageAction::text_, u"What is written.")
+                                                .Field(u"Status", &TMessageAction::status_, Statuses(),
+                                                       u"How it is shown; an error fails the action.")
+                                                .Take());
     return table;
   }
 

@@ -27,19 +27,15 @@ const TKxPropertyTable& TKxVSSolutionIterator::PublishedProperties() const {
   using T = TKxVSSolutionIterator;
   static const TKxPropertyTable table(
       TKxPropertyRows<T>()
+          .Field(u"Solution", &T::Solution, u"The solution file (*.sln).")
+          .Field(u"IterateValue", &T::IterateValue, VSIterateSolutionValueEnumeration(),
+                 u"What the loop variable holds: the project's name, its path as the solution writes it, its "
+                 u"full path or its id.")
           .Field(
-              u"Solution", [](T & a) -> auto& { return a.Solution; }, u"The solution file (*.sln).")
-          .Field(
-              u"IterateValue", [](T & a) -> auto& { return a.IterateValue; },
-              VSIterateSolutionValueEnumeration(),
-              u"What the loop variable holds: the project's name, its path as the solution writes it, its "
-              u"full path or its id.")
-          .Field(
-              u"SortByDependency", [](T & a) -> auto& { return a.SortByDependency; },
+              u"SortByDependency", &T::SortByDependency,
               u"Visit each project behind those it depends on; otherwise in the order of the solution file.")
-          .Field(
-              u"IncludeProjectsNotFound", [](T & a) -> auto& { return a.IncludeProjectsNotFound; },
-              u"Visit projects too whose files are not found on disk.")
+          .Field(u"IncludeProjectsNotFound", &T::IncludeProjectsNotFound,
+                 u"Visit projects too whose files are not found on disk.")
           .Take());
   return table;
 }

@@ -1,5 +1,6 @@
 #include "package/pages/KxMSTestFrame.h"
 
+#include "contract/Utilities.h"
 #include "foundation/text/Text.h"
 
 #include <algorithm>
@@ -42,13 +43,17 @@ void TMSTestFrame::InitFrame() {
        .Kind = TKxFieldKind::Choice,
        .Label = u"Test Container file(s) or assembly(s):",
        .Property = u"UseMetadataFile",
+       .Means = BooleanToString(false),
        .Group = source});
   Add({.Name = u"txtAssemblyFilename",
        .Kind = TKxFieldKind::FilePath,
        .Title = u"Select File",
        .Filter = u"Assemblies (*.dll, *.exe)|*.dll;*.exe|All Files (*.*)|*.*",
        .Buttons = {{TKxButtonKind::Accept, u"Add to the list"}}});
-  Add({.Name = u"MemoAssemblies", .Kind = TKxFieldKind::List, .Property = u"AssemblyFileName"});
+  Add({.Name = u"MemoAssemblies",
+       .Kind = TKxFieldKind::List,
+       .Property = u"AssemblyFileName",
+       .IsOwn = true});
   Add({.Name = u"rbUseTestMetadata",
        .Kind = TKxFieldKind::Choice,
        .Label = u"Test Metadata File:",
@@ -76,6 +81,7 @@ void TMSTestFrame::InitFrame() {
 }
 
 void TMSTestFrame::ReadActionData() {
+  TActionPage::ReadActionData();
   const TMSTestInput& input = action_->Input();
   const text::TStringList lines = ContainerLines(input.AssemblyFileName);
   Show(u"MemoAssemblies", lines.GetText());
@@ -84,13 +90,6 @@ void TMSTestFrame::ReadActionData() {
     if (IsReference(line) && input.AssemblyFileName.find(Quoted(line)) == std::u16string::npos)
       bare_.insert(line);
   Show(u"txtAssemblyFilename", u"");
-  Check(input.UseMetadataFile ? u"rbUseTestMetadata" : u"RadioButton1");
-  Show(u"edtTestMetadata", input.MetadataFile);
-  Check(u"chkSpecifyTestList", input.SpecifyTestList);
-  Show(u"txtTestList", input.TestList);
-  Check(u"chkSpecifyTests", input.SpecifyTests);
-  Show(u"txtTests", input.Tests);
-  ApplyEnableRules();
 }
 
 void TMSTestFrame::Accept(std::u16string_view /*name*/) {
@@ -105,6 +104,7 @@ void TMSTestFrame::Accept(std::u16string_view /*name*/) {
 }
 
 void TMSTestFrame::WriteActionData() {
+  TActionPage::WriteActionData();
   Accept(u"txtAssemblyFilename");
   text::TStringList lines;
   lines.SetText(Value(u"MemoAssemblies"));
@@ -112,14 +112,7 @@ void TMSTestFrame::WriteActionData() {
   for (const auto& line : lines)
     if (!line.empty())
       containers += (containers.empty() ? u"" : u"|") + (bare_.contains(line) ? line : Quoted(line));
-  TMSTestInput& input = action_->Input();
-  input.AssemblyFileName = containers;
-  input.UseMetadataFile = IsChecked(u"rbUseTestMetadata");
-  input.MetadataFile = Value(u"edtTestMetadata");
-  input.SpecifyTestList = IsChecked(u"chkSpecifyTestList");
-  input.TestList = Value(u"txtTestList");
-  input.SpecifyTests = IsChecked(u"chkSpecifyTests");
-  input.Tests = Value(u"txtTests");
+  action_->Input().AssemblyFileName = containers;
 }
 
 void TMSTestFrame::ApplyEnableRules() {

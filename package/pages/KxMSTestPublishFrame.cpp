@@ -9,13 +9,12 @@ namespace {
 struct TChoiceRow {
   std::u16string_view Name;
   std::u16string_view Label;
-  TMSTestPublishMode Mode;
+  std::u16string_view Mode;
 };
 constexpr std::array<TChoiceRow, 3> Choices{{
-    {u"rbNoPublish", u"Don't publish results", TMSTestPublishMode::pbNone},
-    {u"rbAutoPublish", u"Automatically publish results when running under Team Build",
-     TMSTestPublishMode::pbAuto},
-    {u"rbPublishSpecific", u"Publish results using the following settings:", TMSTestPublishMode::pbSpecify},
+    {u"rbNoPublish", u"Don't publish results", u"pbNone"},
+    {u"rbAutoPublish", u"Automatically publish results when running under Team Build", u"pbAuto"},
+    {u"rbPublishSpecific", u"Publish results using the following settings:", u"pbSpecify"},
 }};
 
 struct TTextRow {
@@ -23,14 +22,13 @@ struct TTextRow {
   std::u16string_view Label;
   std::u16string_view Property;
   std::u16string_view CheckedAs; // by validation
-  std::u16string TTeamBuild::*Place;
 };
 constexpr std::array<TTextRow, 5> Texts{{
-    {u"txtTeamServer", u"Team Server:", u"TeamServer", u"Team Server Name", &TTeamBuild::Server},
-    {u"txtTeamProject", u"Team Project:", u"TeamProject", u"Team Project Name", &TTeamBuild::Project},
-    {u"txtBuildID", u"Build ID:", u"BuildId", u"Team Build Id", &TTeamBuild::BuildId},
-    {u"txtPlatform", u"Build Platform:", u"BuildPlatform", u"Build Platform", &TTeamBuild::Platform},
-    {u"txtFlavor", u"Build Flavor:", u"BuildFlavor", u"Build Flavor", &TTeamBuild::Flavor},
+    {u"txtTeamServer", u"Team Server:", u"TeamServer", u"Team Server Name"},
+    {u"txtTeamProject", u"Team Project:", u"TeamProject", u"Team Project Name"},
+    {u"txtBuildID", u"Build ID:", u"BuildId", u"Team Build Id"},
+    {u"txtPlatform", u"Build Platform:", u"BuildPlatform", u"Build Platform"},
+    {u"txtFlavor", u"Build Flavor:", u"BuildFlavor", u"Build Flavor"},
 }};
 
 } // namespace
@@ -46,27 +44,13 @@ void TMSTestPublishFrame::InitFrame() {
          .Kind = TKxFieldKind::Choice,
          .Label = std::u16string(row.Label),
          .Property = u"PublishMode",
+         .Means = std::u16string(row.Mode),
          .Group = u"PublishMode"});
   for (const auto& row : Texts)
     Add({.Name = std::u16string(row.Name),
          .Label = std::u16string(row.Label),
          .Property = std::u16string(row.Property),
          .Places = {row.CheckedAs}});
-}
-
-void TMSTestPublishFrame::ReadActionData() {
-  for (const auto& row : Texts)
-    Show(row.Name, action_->Team().*row.Place);
-  for (const auto& row : Choices)
-    Check(row.Name, row.Mode == action_->PublishMode());
-  ApplyEnableRules();
-}
-
-void TMSTestPublishFrame::WriteActionData() {
-  for (const auto& row : Texts)
-    action_->Team().*row.Place = Value(row.Name);
-  for (const auto& row : Choices)
-    if (IsChecked(row.Name)) action_->PublishMode() = row.Mode;
 }
 
 void TMSTestPublishFrame::ApplyEnableRules() {

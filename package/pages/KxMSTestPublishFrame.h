@@ -12,8 +12,6 @@ public:
   static const TKxPageClass& Class();
   std::u16string PageName() const override { return u"Publish Results"; }
   void InitFrame() override;
-  void ReadActionData() override;
-  void WriteActionData() override;
 
 protected:
   void ApplyEnableRules() override;

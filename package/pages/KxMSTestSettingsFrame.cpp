@@ -55,6 +55,7 @@ void TMSTestSettingsFrame::InitFrame() {
        .Kind = TKxFieldKind::DropDown,
        .Label = u"MSTest Version",
        .Property = u"VisualStudioVer",
+       .IsOwn = true,
        .Places = {u"VisualStudio.NET Options", u"Standalone MSTest Path"}});
 }
 
@@ -68,22 +69,16 @@ void TMSTestSettingsFrame::InitPage(TKxPersistent& edited) {
 }
 
 void TMSTestSettingsFrame::ReadActionData() {
+  TActionPage::ReadActionData();
   const TMSTestRunSettings& run = action_->RunSettings();
-  Show(u"txtConfigFileName", run.ConfigFileName);
-  Show(u"txtOutputFileName", run.OutputFileName);
-  Show(u"RzButtonEditStartingDirectory", run.StartingDirectory);
   // A version before those offered selects none: its name is not among the items.
   Show(u"cmbVSVer",
        run.UseStandaloneMSTest ? std::u16string(StandaloneItem) : GetVSName(run.VisualStudioVer));
-  Check(u"chkShowBanner", run.ShowBanner);
 }
 
 void TMSTestSettingsFrame::WriteActionData() {
+  TActionPage::WriteActionData();
   TMSTestRunSettings& run = action_->RunSettings();
-  run.ConfigFileName = Value(u"txtConfigFileName");
-  run.OutputFileName = Value(u"txtOutputFileName");
-  run.StartingDirectory = Value(u"RzButtonEditStartingDirectory");
-  run.ShowBanner = IsChecked(u"chkShowBanner");
   const TKxPageField& version = Field(u"cmbVSVer");
   run.UseStandaloneMSTest = version.Value == StandaloneItem;
   if (run.UseStandaloneMSTest)

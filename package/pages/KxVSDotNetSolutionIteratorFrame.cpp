@@ -1,7 +1,9 @@
 #include "package/pages/KxVSDotNetSolutionIteratorFrame.h"
 
+#include "contract/Utilities.h"
 #include "foundation/text/Text.h"
 
+#include <algorithm>
 #include <array>
 
 namespace kx {
@@ -11,13 +13,13 @@ namespace {
 struct TChoiceRow {
   std::u16string_view Name;
   std::u16string_view Label;
-  TVSIterateSolutionValue Value;
+  std::u16string_view Value;
 };
 constexpr std::array<TChoiceRow, 4> Choices{{
-    {u"rbName", u"Project Name", TVSIterateSolutionValue::svName},
-    {u"rbAbsPath", u"Project File Absolute Path", TVSIterateSolutionValue::svFullPath},
-    {u"rbRelPath", u"Project File Relative Path", TVSIterateSolutionValue::svRelativePath},
-    {u"rbProjId", u"Project ID", TVSIterateSolutionValue::svProjectId},
+    {u"rbName", u"Project Name", u"svName"},
+    {u"rbAbsPath", u"Project File Absolute Path", u"svFullPath"},
+    {u"rbRelPath", u"Project File Relative Path", u"svRelativePath"},
+    {u"rbProjId", u"Project ID", u"svProjectId"},
 }};
 
 } // namespace
@@ -41,11 +43,13 @@ void TSolutionIteratorFrame::InitFrame() {
          .Kind = TKxFieldKind::Choice,
          .Label = std::u16string(row.Label),
          .Property = u"IterateValue",
+         .Means = std::u16string(row.Value),
          .Group = u"IterateValue"});
   AddHeading(u"Variable To Set");
   Add({.Name = u"cmbVariable",
        .Kind = TKxFieldKind::DropDown,
        .Property = u"LoopVariable",
+       .IsOwn = true,
        .TakesNewItems = true});
   AddHeading(u"Order");
   Add({.Name = u"rbDepOrder",
@@ -57,12 +61,14 @@ void TSolutionIteratorFrame::InitFrame() {
        .Kind = TKxFieldKind::Choice,
        .Label = u"Iterate projects in solution file order",
        .Property = u"SortByDependency",
+       .Means = BooleanToString(false),
        .Group = u"Order"});
   AddHeading(u"Options");
   Add({.Name = u"chkOnlyFoundFiles",
        .Kind = TKxFieldKind::CheckBox,
        .Label = u"Only include projects found on disk",
-       .Property = u"IncludeProjectsNotFound"});
+       .Property = u"IncludeProjectsNotFound",
+       .Means = BooleanToString(false)});
   Check(u"RadioButton2");
 }
 
@@ -73,24 +79,17 @@ void TSolutionIteratorFrame::InitPage(TKxPersistent& edited) {
 }
 
 void TSolutionIteratorFrame::ReadActionData() {
-  Show(u"txtSolution", action_->Solution);
-  for (const auto& row : Choices)
-    Check(row.Name, row.Value == action_->IterateValue);
+  TActionPage::ReadActionData();
   Show(u"cmbVariable", u"");
   for (const auto& name : Field(u"cmbVariable").Items) // letter case means nothing in a variable's name
     if (text::EqualsIgnoreCase(name, action_->GetLoopVariable())) Show(u"cmbVariable", name);
-  Check(action_->SortByDependency ? u"rbDepOrder" : u"RadioButton2");
-  Check(u"chkOnlyFoundFiles", !action_->IncludeProjectsNotFound);
 }
 
 void TSolutionIteratorFrame::WriteActionData() {
-  action_->Solution = Value(u"txtSolution");
-  action_->IterateValue = TVSIterateSolutionValue::svProjectId; // when nothing is checked
-  for (const auto& row : Choices)
-    if (IsChecked(row.Name)) action_->IterateValue = row.Value;
+  TActionPage::WriteActionData();
+  if (std::ranges::none_of(Choices, [this](const TChoiceRow& row) { return IsChecked(row.Name); }))
+    action_->IterateValue = TVSIterateSolutionValue::svProjectId;
   action_->SetLoopVariable(Value(u"cmbVariable"));
-  action_->SortByDependency = IsChecked(u"rbDepOrder");
-  action_->IncludeProjectsNotFound = !IsChecked(u"chkOnlyFoundFiles");
 }
 
 } // namespace kx

@@ -1,7 +1,7 @@
 // What the page classes share.
 #pragma once
 
-#include "contract/Pages.h"
+#include "contract/TablePage.h"
 
 #include <memory>
 #include <string_view>
@@ -18,9 +18,12 @@ const TKxPageClass& PageClassOf(std::u16string_view className) {
 
 // A page of the actions of one class, which it is given as such.
 template <typename TAction>
-class TActionPage : public TKxPropertyPage {
+class TActionPage : public TKxBoundPage {
 public:
-  void InitPage(TKxPersistent& edited) override { action_ = &static_cast<TAction&>(edited); }
+  void InitPage(TKxPersistent& edited) override {
+    TKxBoundPage::InitPage(edited);
+    action_ = &static_cast<TAction&>(edited);
+  }
 
 protected:
   TAction* action_ = nullptr; // outlives its use by the page

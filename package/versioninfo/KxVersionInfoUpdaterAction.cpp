@@ -17,16 +17,12 @@ const TKxPropertyTable& TKxVersionInfoUpdaterAction::PublishedProperties() const
   using T = TKxVersionInfoUpdaterAction;
   static const TKxPropertyTable table(
       TKxPropertyRows<T>()
-          .Field(
-              u"PropertiesToUpdate", [](T & a) -> auto& { return a.PropertiesToUpdate; },
-              u"What takes the value of the property set, one Name=True a line (MajorVersion=True, "
-              u"CompanyName=True); the rest stays as the script has it.")
-          .Field(
-              u"ResourceFile", [](T & a) -> auto& { return a.ResourceFile; },
-              u"The resource script (*.rc) to stamp.")
-          .Field(
-              u"PropertySetName", [](T & a) -> auto& { return a.PropertySetName; },
-              u"The property set of the project that holds the new values.")
+          .Field(u"PropertiesToUpdate", &T::PropertiesToUpdate,
+                 u"What takes the value of the property set, one Name=True a line (MajorVersion=True, "
+                 u"CompanyName=True); the rest stays as the script has it.")
+          .Field(u"ResourceFile", &T::ResourceFile, u"The resource script (*.rc) to stamp.")
+          .Field(u"PropertySetName", &T::PropertySetName,
+                 u"The property set of the project that holds the new values.")
           .Take());
   return table;
 }
