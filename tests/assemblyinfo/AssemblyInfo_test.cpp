@@ -3,7 +3,7 @@
 #include "foundation/text/Exceptions.h"
 #include "package/assemblyinfo/AssemblyInfoRewriter.h"
 #include "package/assemblyinfo/AssemblyInfoVersion.h"
-#include "tests/support/Raised.h"
+#include "tests/support/Failure.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
@@ -191,7 +191,7 @@ TEST(AssemblyInfo, RefusesWhatItCannotKeepWhole) {
       {"\n[assembly: AssemblyTitle(\"\x83\x5C\"\n)]", u"x", "line 2 is not closed; if the file"},
   };
   for (const auto& [bytes, value, reason] : cases)
-    EXPECT_THAT(tests::Raised([&] {
+    EXPECT_THAT(tests::FailureOf([&] {
                   RewriteAssemblyInfo(bytes, CSharp, {{u"AssemblyTitle", value}});
                 }),
                 testing::HasSubstr(reason));

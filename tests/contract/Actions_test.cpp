@@ -2,7 +2,7 @@
 #include "contract/ProcessActions.h"
 #include "contract/Services.h"
 #include "tests/support/BareAction.h"
-#include "tests/support/Raised.h"
+#include "tests/support/Failure.h"
 #include "tests/support/RecordingHost.h"
 
 #include <gmock/gmock.h>
@@ -154,7 +154,7 @@ TEST_F(Actions, ALoopVariableThatNoTextCanReadIsFoundBeforehand) {
 
 TEST(Services, AMissingOneIsNamed) {
   SetServices({});
-  EXPECT_EQ(tests::Raised([] { OptionsService(); }), "This host offers no options service.");
+  EXPECT_EQ(tests::FailureOf([] { OptionsService(); }), "This host offers no options service.");
 }
 
 } // namespace

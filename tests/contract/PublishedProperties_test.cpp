@@ -2,7 +2,7 @@
 
 #include "foundation/text/Encoding.h"
 #include "tests/support/BareAction.h"
-#include "tests/support/Raised.h"
+#include "tests/support/Failure.h"
 
 #include <gtest/gtest.h>
 
@@ -68,7 +68,7 @@ TEST(PublishedProperties, ReadsTextIntoTheActionAndBackOrSaysWhatIsAValue) {
     const TKxPublishedProperty* property = painter.PublishedProperties().Find(name);
     ASSERT_NE(property, nullptr) << text::ToUtf8(name);
     std::string read;
-    const std::string refused = tests::Raised([&] {
+    const std::string refused = tests::FailureOf([&] {
       property->Set(painter, PropertyFromText(*property, text));
       read = text::ToUtf8(PropertyToText(*property, property->Get(painter)));
     });

@@ -1,6 +1,6 @@
 #include "contract/Utilities.h"
 
-#include "tests/support/Raised.h"
+#include "tests/support/Failure.h"
 
 #include <gtest/gtest.h>
 
@@ -28,7 +28,7 @@ TEST(Utilities, QuotesAndReplacements) {
 
 TEST(Utilities, AFileThatCannotBeReadIsNamed) {
   EXPECT_NE(
-      tests::Raised([] { TFileReader::LoadFromFile(u"/nowhere/at/all.txt"); }).find("/nowhere/at/all.txt"),
+      tests::FailureOf([] { TFileReader::LoadFromFile(u"/nowhere/at/all.txt"); }).find("/nowhere/at/all.txt"),
       std::string::npos);
 }
 

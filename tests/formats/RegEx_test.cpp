@@ -1,6 +1,6 @@
 #include "foundation/formats/RegEx.h"
 
-#include "tests/support/Raised.h"
+#include "tests/support/Failure.h"
 
 #include <gtest/gtest.h>
 
@@ -41,7 +41,7 @@ TEST(RegEx, TellsAnEmptyGroupFromOneThatTookNoPart) {
 }
 
 TEST(RegEx, SaysWhatIsWrongAndWhereAndEndsWhatBacktracksForEver) {
-  EXPECT_EQ(tests::Raised([] { RegEx::NewRegularExpression(u"Debug("); }),
+  EXPECT_EQ(tests::FailureOf([] { RegEx::NewRegularExpression(u"Debug("); }),
             "missing closing parenthesis at position 7 of \"Debug(\"");
   EXPECT_THROW(RegEx::IsMatch(std::u16string(5000, u'a') + u"!", u"^(a+)+$"), ERegExError);
 }

@@ -34,11 +34,15 @@ TEST_F(Process, SaysWhyItCannotStart) {
     EXPECT_EQ(Run({program, u"", u"", {}}).Message(), (u"Cannot run " + program + u". ").append(reason));
 }
 
-TEST_F(Process, EndsPolitelyAtAStop) {
-  const auto outcome = Run(Shell(u"trap 'echo bye; exit 5' TERM; echo ready; while :; do sleep 0.01; done"),
-                           [this](std::u16string_view) { stop_.Raise(); });
+TEST_F(Process, EndsPolitelyAtAStopAndIsHeardToTheEnd) {
+  const auto outcome = Run(
+      Shell(u"trap 'echo bye; sleep 0.05; echo now; exit 5' TERM; echo ready; while :; do sleep 0.01; done"),
+      [this](std::u16string_view line) {
+        if (line == u"ready") stop_.Raise();
+        if (line == u"bye") std::this_thread::sleep_for(std::chrono::milliseconds(300)); // it ends meanwhile
+      });
   EXPECT_TRUE(outcome && outcome->Stopped);
-  EXPECT_THAT(out_, ElementsAre(u"ready", u"bye"));
+  EXPECT_THAT(out_, ElementsAre(u"ready", u"bye", u"now"));
 }
 
 TEST_F(Process, LeavesNothingThatMovedAwayAfterAStop) {

@@ -3,7 +3,7 @@
 
 #include "foundation/text/Exceptions.h"
 #include "package/solution/VSNETSLN.h"
-#include "tests/support/Raised.h"
+#include "tests/support/Failure.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>

@@ -71,12 +71,12 @@ TEST(SolutionOrder, IsThatOfThePlainExchangesForRandomGraphs) {
     const bool circular = !expected || expected->starts_with("Solution");
     ASSERT_EQ(!CirclesAmong(projects).empty(), circular) << "graph " << graph;
     if (!expected) { // a long circle, for which there is no order
-      EXPECT_EQ(Raised([&] { OrderByDependancies(projects, &stop); }), "Action Terminated by User.");
+      EXPECT_EQ(FailureOf([&] { OrderByDependancies(projects, &stop); }), "Action Terminated by User.");
       continue;
     }
     ++ended;
     Projects ordered;
-    const std::string refused = Raised([&] {
+    const std::string refused = FailureOf([&] {
       for (const std::size_t position : OrderByDependancies(projects, nullptr))
         ordered.push_back(projects[position]);
     });

@@ -198,7 +198,7 @@ TEST_F(OpenedSolution, RefusesCirclesWhereSomebodyOnlyLooks) {
   for (const auto& [what, projects, expected] : cases) {
     Write("a.sln", Solution(projects));
     std::string seen;
-    seen += Raised([&] {
+    seen += FailureOf([&] {
       for (const std::string& name : NamesOf(LookAtSolution(Path("a.sln"), true)->GetProjects()))
         seen += (seen.empty() ? "" : " ") + name;
     });
@@ -242,12 +242,12 @@ TEST_F(OpenedSolution, IsRefusedWithTheReasonAndTheLine) {
 }
 
 TEST_F(OpenedSolution, NeedsAReadableFileAndStopsWhenAsked) {
-  EXPECT_THAT(Raised([&] { Open("missing.sln"); }), testing::HasSubstr("missing.sln"));
+  EXPECT_THAT(FailureOf([&] { Open("missing.sln"); }), testing::HasSubstr("missing.sln"));
   Write("a.sln", Solution(""));
   TKxEvent stop;
   const auto open = [&] { OpenSolution(Path("a.sln"), true, &stop); };
   stop.Raise();
-  EXPECT_EQ(Raised(open), "Action Terminated by User.");
+  EXPECT_EQ(FailureOf(open), "Action Terminated by User.");
 
   // Between two of its projects, each of which takes its time; the solution itself was read in one piece.
   Write("a.vcxproj", "<Project>" + std::string(1'000'000, '\n') + "</Project>");
@@ -260,7 +260,7 @@ TEST_F(OpenedSolution, NeedsAReadableFileAndStopsWhenAsked) {
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
     stop.Raise();
   });
-  EXPECT_EQ(Raised(open), "Action Terminated by User.");
+  EXPECT_EQ(FailureOf(open), "Action Terminated by User.");
   user.join();
 }
 

@@ -88,7 +88,7 @@ TEST_F(Resources, MayBeAnythingWithoutHarm) {
   EXPECT_EQ(ScriptsOf("a.vcxproj"), (Strings{"folder.rc", "NUL.rc", "missing.rc"}));
   Write("a.vcxproj", "<Project>");
   EXPECT_EQ(
-      Plain(Raised([&] { ScriptsOf("a.vcxproj"); })),
+      Plain(FailureOf([&] { ScriptsOf("a.vcxproj"); })),
       "Error parsing project file : Premature end of data in tag Project line 1 (line 1) in DIR/a.vcxproj");
 }
 

@@ -8,11 +8,7 @@ namespace {
 using Arguments = std::vector<std::u16string>;
 
 TEST(SplitCommandLine, FollowsTheRulesOfTheWindowsRuntime) {
-  const struct {
-    const char* Case;
-    std::u16string_view CommandLine;
-    Arguments Expected;
-  } rows[] = {
+  const std::tuple<const char*, std::u16string_view, Arguments> rows[] = {
       {"only blanks", u" \t ", {}},
       {"blanks and tabs separate", u"  a\tb  c ", {u"a", u"b", u"c"}},
       {"quotes in the middle of an argument", u"/p:\"A B\";C d", {u"/p:A B;C", u"d"}},
@@ -24,25 +20,22 @@ TEST(SplitCommandLine, FollowsTheRulesOfTheWindowsRuntime) {
       {"backslashes at the end stay", u"C:\\dir\\\\", {u"C:\\dir\\\\"}},
       {"a doubled quote inside quotes does not end them", u"\"a\"\"b c\" d", {u"a\"b c", u"d"}},
   };
-  for (const auto& row : rows)
-    EXPECT_EQ(SplitCommandLine(row.CommandLine), row.Expected) << row.Case;
+  for (const auto& [name, line, expected] : rows)
+    EXPECT_EQ(SplitCommandLine(line), expected) << name;
 }
 
 TEST(QuoteArgument, IsReadBackAsOneArgument) {
-  const struct {
-    std::u16string Argument, Always, IfNeeded;
-  } rows[] = {
+  const std::tuple<std::u16string, std::u16string, std::u16string> rows[] = {
       {u"", u"\"\"", u"\"\""},
       {u"C:\\dir\\", u"\"C:\\dir\\\\\"", u"C:\\dir\\"},
       {u"C:\\a b\\", u"\"C:\\a b\\\\\"", u"\"C:\\a b\\\\\""},
       {u"a\\\\\"b", u"\"a\\\\\\\\\\\"b\"", u"\"a\\\\\\\\\\\"b\""},
       {u"tab\there", u"\"tab\there\"", u"\"tab\there\""},
   };
-  for (const auto& row : rows) {
-    EXPECT_EQ(QuoteArgument(row.Argument), row.Always);
-    EXPECT_EQ(QuoteArgumentIfNeeded(row.Argument), row.IfNeeded);
-    EXPECT_EQ(SplitCommandLine(row.Always + u" x"), (Arguments{row.Argument, u"x"}));
-    EXPECT_EQ(SplitCommandLine(row.IfNeeded + u" x"), (Arguments{row.Argument, u"x"}));
+  for (const auto& [argument, always, ifNeeded] : rows) {
+    EXPECT_EQ(QuoteArgument(argument), always);
+    EXPECT_EQ(QuoteArgumentIfNeeded(argument), ifNeeded);
+    EXPECT_EQ(SplitCommandLine(always + u" " + ifNeeded), (Arguments{argument, argument}));
   }
 }
 

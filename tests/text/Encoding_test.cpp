@@ -9,12 +9,7 @@ using namespace std::string_view_literals;
 using enum SingleBytePage;
 
 TEST(Utf8, DecodesAndPutsOneMarkForEachIllFormedPiece) {
-  const struct {
-    const char* Case;
-    std::string_view Bytes;
-    std::u16string_view Text;
-    std::size_t ValidPrefix;
-  } rows[] = {
+  const std::tuple<const char*, std::string_view, std::u16string_view, std::size_t> rows[] = {
       {"the first of each length", "\xC2\x80\xE0\xA0\x80\xF0\x90\x80\x80", u"\u0080\u0800\U00010000", 9},
       {"the last of each length", "\xDF\xBF\xEF\xBF\xBF\xF4\x8F\xBF\xBF", u"\u07FF\uFFFF\U0010FFFF", 9},
       {"a NUL is a character", "a\0b"sv, u"a\0b"sv, 3},
@@ -25,12 +20,11 @@ TEST(Utf8, DecodesAndPutsOneMarkForEachIllFormedPiece) {
       {"a surrogate", "\xED\xA0\x80", u"\uFFFD\uFFFD\uFFFD", 0},
       {"beyond the last code point", "\xF4\x90\x80\x80", u"\uFFFD\uFFFD\uFFFD\uFFFD", 0},
   };
-  for (const auto& row : rows) {
-    const bool valid = row.ValidPrefix == row.Bytes.size();
-    EXPECT_EQ(FromUtf8(row.Bytes), row.Text) << row.Case;
-    EXPECT_EQ(ValidUtf8Prefix(row.Bytes), row.ValidPrefix) << row.Case;
-    EXPECT_EQ(IsValidUtf8(row.Bytes), valid) << row.Case;
-    EXPECT_EQ(ToUtf8(row.Text) == row.Bytes, valid) << row.Case;
+  for (const auto& [name, bytes, text, validPrefix] : rows) {
+    const bool valid = validPrefix == bytes.size();
+    EXPECT_EQ(FromUtf8(bytes), text) << name;
+    EXPECT_EQ(ValidUtf8Prefix(bytes), validPrefix) << name;
+    EXPECT_TRUE(IsValidUtf8(bytes) == valid && (ToUtf8(text) == bytes) == valid) << name;
   }
 }
 
@@ -95,10 +89,10 @@ TEST(SingleByteGuess, TellsThePageByTheAccentedLetters) {
 
 TEST(ToolOutputDecoder, DecidesLineByLineAndLearns) {
   ToolOutputDecoder decoder;
-  EXPECT_EQ(decoder.Decode("\xC3\xA9t\xC3\xA9"), u"\u00E9t\u00E9");
-  EXPECT_EQ(decoder.Decode("\x82t\x82"), u"\u00E9t\u00E9"); // code page 850
-  EXPECT_EQ(decoder.Decode("\xFF: 3"), u"\u00A0: 3");       // no letter: the page learned before
-  EXPECT_EQ(decoder.Decode("\xC3\xA9t\xC3\xA9"), u"\u00E9t\u00E9");
+  std::u16string text;
+  for (const auto* line : {"\xC3\xA9t\xC3\xA9", "\x82t\x82", "\xFF: 3", "\xC3\xA9t\xC3\xA9"})
+    text += decoder.Decode(line) + u"|";
+  EXPECT_EQ(text, u"été|été|\u00A0: 3|été|") << "without a letter the page that was learned before";
 }
 
 } // namespace

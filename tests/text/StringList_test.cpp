@@ -6,25 +6,20 @@ namespace kx::text {
 namespace {
 
 TEST(StringListDelimitedText, IsReadByTheRulesOfSavedLists) {
-  const struct {
-    const char* Case;
-    std::u16string_view Text;
-    TStringList Expected;
-    char16_t Delimiter = u',';
-  } rows[] = {
-      {"only blanks", u" \r\n ", {}},
-      {"empty items everywhere", u",a,,b,", {u"", u"a", u"", u"b", u""}},
-      {"blanks separate too", u"a b  c", {u"a", u"b", u"c"}},
-      {"quotes keep blanks and delimiters", u"\" a, b \", c", {u" a, b ", u"c"}},
-      {"text behind a closing quote is a new item", u"\"a\"b,c", {u"a", u"b", u"c"}},
-      {"a quote inside a plain item is a character", u"a\"b c\"", {u"a\"b", u"c\""}},
-      {"an open quote runs to the end", u"\"a, b", {u"a, b"}},
-      {"another delimiter leaves commas alone", u"a,b|\"c d\"|e f", {u"a,b", u"c d", u"e", u"f"}, u'|'},
+  const std::tuple<const char*, std::u16string_view, char16_t, TStringList> rows[] = {
+      {"only blanks", u" \r\n ", u',', {}},
+      {"empty items everywhere", u",a,,b,", u',', {u"", u"a", u"", u"b", u""}},
+      {"blanks separate too", u"a b  c", u',', {u"a", u"b", u"c"}},
+      {"quotes keep blanks and delimiters", u"\" a, b \", c", u',', {u" a, b ", u"c"}},
+      {"text behind a closing quote is a new item", u"\"a\"b,c", u',', {u"a", u"b", u"c"}},
+      {"a quote inside a plain item is a character", u"a\"b c\"", u',', {u"a\"b", u"c\""}},
+      {"an open quote runs to the end", u"\"a, b", u',', {u"a, b"}},
+      {"another delimiter leaves commas alone", u"a,b|\"c d\"|e f", u'|', {u"a,b", u"c d", u"e", u"f"}},
   };
-  for (const auto& row : rows) {
+  for (const auto& [name, text, delimiter, expected] : rows) {
     TStringList list;
-    list.SetDelimitedText(row.Text, row.Delimiter);
-    EXPECT_EQ(list, row.Expected) << row.Case;
+    list.SetDelimitedText(text, delimiter);
+    EXPECT_EQ(list, expected) << name;
   }
 }
 

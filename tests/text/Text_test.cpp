@@ -36,14 +36,12 @@ TEST(FindIgnoreCase, StaysInsideTheText) {
 }
 
 TEST(ReplaceAll, ReplacesEveryOccurrenceOnce) {
-  EXPECT_EQ(ReplaceAll(u"aaa", u"aa", u"b"), u"ba");
+  EXPECT_EQ(ReplaceAll(u"aaa", u"aa", u"b") + ReplaceAll(u"abc", u"", u"-"), u"baabc");
   EXPECT_EQ(ReplaceAll(u"Ab aB ab", u"AB", u"-", Case::Ignore), u"- - -");
-  EXPECT_EQ(ReplaceAll(u"abc", u"", u"-"), u"abc");
 }
 
 TEST(Trim, TakesControlCharactersButNotTheNoBreakSpace) {
-  EXPECT_EQ(Trim(u"\x01\t a b \r\n"), u"a b");
-  EXPECT_EQ(Trim(u"\u00A0a"), u"\u00A0a");
+  EXPECT_EQ(Trim(u"\x01\t \u00A0a b \r\n"), u"\u00A0a b");
 }
 
 TEST(SplitLines, TakesAllLineEnds) {
@@ -60,15 +58,9 @@ TEST(SplitLines, TakesAllLineEnds) {
 
 TEST(ToInteger, RefusesWhatIsNoNumberOrDoesNotFit) {
   const std::pair<std::u16string_view, std::optional<std::int32_t>> rows[] = {
-      {u"  -042", -42},
-      {u"+7", 7},
-      {u"-2147483648", std::numeric_limits<std::int32_t>::min()},
-      {u"2147483648", std::nullopt},
-      {u"-", std::nullopt},
-      {u"+-1", std::nullopt},
-      {u"42 ", std::nullopt},
-      {u"\u0664", std::nullopt},
-  };
+      {u"  -042", -42},    {u"+7", 7},     {u"-2147483648", std::numeric_limits<std::int32_t>::min()},
+      {u"2147483648", {}}, {u"-", {}},     {u"+-1", {}},
+      {u"42 ", {}},        {u"\u0664", {}}};
   for (const auto& [text, number] : rows)
     EXPECT_EQ(ToInteger(text), number) << testing::PrintToString(text);
 }

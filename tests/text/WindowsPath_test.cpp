@@ -14,22 +14,15 @@ TEST(WindowsPath, KnowsItsKinds) {
 }
 
 TEST(WindowsPath, IsTakenApart) {
-  const struct {
-    std::u16string_view Path, FilePath, FileDir, FileName, Extension;
-  } rows[] = {
-      {u"C:\\b.txt", u"C:\\", u"C:\\", u"b.txt", u".txt"},
-      {u"C:b.txt", u"C:", u"C:", u"b.txt", u".txt"},
-      {u"a/b\\c.d.e", u"a/b\\", u"a/b", u"c.d.e", u".e"},
-      {u"C:\\a\\", u"C:\\a\\", u"C:\\a", u"", u""},
-      {u"/srv/a:b.txt", u"/srv/", u"/srv", u"a:b.txt", u".txt"},
-      {u"/x", u"/", u"/", u"x", u""},
-  };
-  for (const auto& row : rows) {
-    const auto name = testing::PrintToString(row.Path);
-    EXPECT_EQ(ExtractFilePath(row.Path), row.FilePath) << name;
-    EXPECT_EQ(ExtractFileDir(row.Path), row.FileDir) << name;
-    EXPECT_EQ(ExtractFileName(row.Path), row.FileName) << name;
-    EXPECT_EQ(ExtractFileExt(row.Path), row.Extension) << name;
+  const std::pair<std::u16string_view, std::u16string_view> rows[] = {
+      {u"C:\\b.txt", u"C:\\|C:\\|b.txt|.txt"},       {u"C:b.txt", u"C:|C:|b.txt|.txt"},
+      {u"a/b\\c.d.e", u"a/b\\|a/b|c.d.e|.e"},        {u"C:\\a\\", u"C:\\a\\|C:\\a||"},
+      {u"/srv/a:b.txt", u"/srv/|/srv|a:b.txt|.txt"}, {u"/x", u"/|/|x|"}};
+  for (const auto& [path, parts] : rows) {
+    std::u16string found(ExtractFilePath(path));
+    for (const auto& part : {ExtractFileDir(path), ExtractFileName(path), ExtractFileExt(path)})
+      found.append(u"|").append(part);
+    EXPECT_EQ(found, parts);
   }
   EXPECT_EQ(ChangeFileExt(u"C:\\a.b\\c", u".suo"), u"C:\\a.b\\c.suo");
 }
@@ -49,10 +42,7 @@ TEST(JoinPath, PutsOneSeparatorBetween) {
 }
 
 TEST(ExpandPath, ResolvesAgainstTheFolder) {
-  const struct {
-    const char* Case;
-    std::u16string_view Path, Folder, Expected;
-  } rows[] = {
+  const std::tuple<const char*, std::u16string_view, std::u16string_view, std::u16string_view> rows[] = {
       {"steps up", u"..\\lib\\.\\a", u"C:\\src\\app\\", u"C:\\src\\lib\\a"},
       {"never above the root of a drive", u"..\\..\\..\\a", u"C:\\src", u"C:\\a"},
       {"never above a share", u"..\\..\\a", u"\\\\server\\share\\x", u"\\\\server\\share\\a"},
@@ -68,8 +58,8 @@ TEST(ExpandPath, ResolvesAgainstTheFolder) {
       {"a separator at the end stays", u"a\\", u"C:\\src", u"C:\\src\\a\\"},
       {"no folder: steps up stay", u"..\\a\\..\\..\\b", u"", u"..\\..\\b"},
   };
-  for (const auto& row : rows)
-    EXPECT_EQ(ExpandPath(row.Path, row.Folder), row.Expected) << row.Case;
+  for (const auto& [name, path, folder, expected] : rows)
+    EXPECT_EQ(ExpandPath(path, folder), expected) << name;
 }
 
 } // namespace

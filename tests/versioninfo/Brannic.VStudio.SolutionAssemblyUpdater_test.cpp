@@ -1,6 +1,8 @@
 #include "package/versioninfo/Brannic.VStudio.SolutionAssemblyUpdater.h"
 
 #include "package/versioninfo/ProjectSources.h"
+#include "tests/support/BareAction.h"
+#include "tests/support/Failure.h"
 #include "tests/support/RecordingHost.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -11,13 +13,8 @@ namespace {
 
 using testing::ElementsAre;
 
-class TStampAction : public TCustomKxAction, public IAssemblyInfoCallback {
+class TStampAction : public tests::TBareAction<TCustomKxAction>, public IAssemblyInfoCallback {
 public:
-  const TKxPropertyTable& PublishedProperties() const override {
-    static const TKxPropertyTable none;
-    return none;
-  }
-  std::u16string GetActionName() const override { return u"Stamp"; }
   bool Execute() override { return true; }
   void OnProcessFile(std::u16string_view fileName, IAssemblyInfoAttributes& updater) override {
     SendMessage(u"File " + std::u16string(fileName));
@@ -25,11 +22,10 @@ public:
   }
   void AssemblyInfoProcessEntry(std::u16string_view /*name*/, std::u16string_view /*value*/) override {}
   void AssemblyInfoProcessMessage(std::u16string_view text) override {
-    Messages.push_back(tests::Generic(text::ToUtf8(text::ReplaceAll(text, Folder, u"@"))));
+    Messages.push_back(text::ToUtf8(text));
   }
 
   std::u16string Version = u"1.2.3.4";
-  std::u16string Folder; // "@" in the messages
   std::vector<std::string> Messages;
 };
 
@@ -49,30 +45,35 @@ struct TDirectory : IKxDirectoryService {
 
 class SolutionAssemblyUpdater : public testing::Test {
 protected:
-  SolutionAssemblyUpdater() {
-    action_.Attach(host_);
-    action_.Folder = folder_.Path();
-  }
+  SolutionAssemblyUpdater() { action_.Attach(host_); }
 
   void AddProject(char letter, const std::string& location) {
     solution_ += "Project(\"" + Id('F') + "\") = \"" + letter + "\", \"" + location + "\", \"" + Id(letter) +
                  "\"\nEndProject\n";
+  }
+  void AddProject(char letter, const std::string& file, const std::string& content) {
+    AddProject(letter, file);
+    folder_.Write(file, content);
   }
   std::shared_ptr<IKxAssemblyInfoUpdater> Updater(const TKxWebProjectSettings& web = {},
                                                   TAssemblyInfoHistory* history = nullptr) {
     const std::u16string path = folder_.Write("App.sln", solution_ + "Global\nEndGlobal\n");
     return GetAssemblyInfoUpdater(OpenSolution(path, true), action_, action_, web, history);
   }
-  // The log with the test's folder as "@".
+  // The messages since the last call, with the test's folder as DIR.
+  std::vector<std::string> Messages() {
+    std::vector<std::string> messages;
+    for (const auto& message : std::exchange(action_.Messages, {}))
+      messages.push_back(folder_.Plain(message));
+    return messages;
+  }
   std::vector<std::string> Log() const {
-    std::vector<std::string> log = host_.Log();
-    const std::string folder = text::ToUtf8(folder_.Path());
-    for (std::string& line : log)
-      for (auto at = line.find(folder); at != std::string::npos; at = line.find(folder))
-        line = tests::Generic(line.replace(at, folder.size(), "@"));
+    std::vector<std::string> log;
+    for (const auto& line : host_.Log())
+      log.push_back(folder_.Plain(line));
     return log;
   }
-  std::string Read(std::string_view name) const { return *platform::ReadFile(folder_.Path(name)); }
+  std::string Read(std::string_view name) const { return folder_.Read(name); }
 
   tests::TTemporaryFolder folder_;
   tests::TRecordingHost host_;
@@ -86,20 +87,18 @@ constexpr const char* Item = "<Compile Include=\"Properties\\AssemblyInfo.cs\" /
 
 TEST_F(SolutionAssemblyUpdater, StampsWhatEachProjectNames) {
   AddProject('A', "a\\a.csproj");
-  AddProject('B', "b.vbproj");
   folder_.Write("a/a.csproj", Item);
   folder_.Write("a/Properties/AssemblyInfo.cs", Old);
-  folder_.Write("b.vbproj", "<Compile Include=\"Main.vb\" />");
+  AddProject('B', "b.vbproj", "<Compile Include=\"Main.vb\" />");
   Updater()->UpdateAllProjects();
-  EXPECT_THAT(Log(),
-              ElementsAre("0 2 projects to process.", "0 Processing Project File : @/a/a.csproj",
-                          "0 File @/a/Properties/AssemblyInfo.cs", "0 Processing Project File : @/b.vbproj"));
+  EXPECT_THAT(Log(), ElementsAre("0 2 projects to process.", "0 Processing Project File : DIR/a/a.csproj",
+                                 "0 File DIR/a/Properties/AssemblyInfo.cs",
+                                 "0 Processing Project File : DIR/b.vbproj"));
   EXPECT_EQ(Read("a/Properties/AssemblyInfo.cs"), New);
 }
 
 TEST_F(SolutionAssemblyUpdater, FiltersIdentifiersInTheirOrder) {
-  AddProject('A', "a.csproj");
-  folder_.Write("a.csproj");
+  AddProject('A', "a.csproj", "");
   const text::TStringList none;
   const std::u16string a = text::FromAscii(Id('A'));
   const text::TStringList some{a, u"{X}"};
@@ -107,19 +106,14 @@ TEST_F(SolutionAssemblyUpdater, FiltersIdentifiersInTheirOrder) {
   updater->UpdateProjects({u"{X}", a, u"{B}"}, &some);
   updater->UpdateProjects({a}, &none);
   EXPECT_THAT(Log(), ElementsAre("0 2 projects to process.", "0 ProjectID : {X} - not found in solution",
-                                 "0 Processing Project File : @/a.csproj", "0 0 projects to process."));
+                                 "0 Processing Project File : DIR/a.csproj", "0 0 projects to process."));
 }
 
 TEST_F(SolutionAssemblyUpdater, AMissingProjectFileEndsTheRun) {
   AddProject('A', "missing.csproj");
-  AddProject('B', "b.csproj");
-  folder_.Write("b.csproj");
-  try {
-    Updater()->UpdateAllProjects();
-    FAIL() << "went on";
-  } catch (const EKxException& error) {
-    EXPECT_EQ(error.what(), "ERROR : Unable to find : " + text::ToUtf8(folder_.Path("missing.csproj")));
-  }
+  AddProject('B', "b.csproj", "");
+  EXPECT_EQ(folder_.Plain(tests::FailureOf([this] { Updater()->UpdateAllProjects(); })),
+            "ERROR : Unable to find : DIR/missing.csproj");
   EXPECT_THAT(Log(), ElementsAre("0 2 projects to process."));
 }
 
@@ -134,23 +128,14 @@ TEST_F(SolutionAssemblyUpdater, WebProjectsAreFoundAsTheActionSays) {
 
   web.ProjLocDetectMethod = TProjLocDetectMethod::useShare;
   web.SharePath = u"no-such-share$";
-  try {
-    Updater(web)->UpdateAllProjects();
-    FAIL() << "the share is not there";
-  } catch (const EKxException& error) {
-    EXPECT_STREQ(error.what(), "ERROR : Unable to find : \\\\localhost\\no-such-share$\\App\\a.csproj");
-  }
+  EXPECT_EQ(tests::FailureOf([&] { Updater(web)->UpdateAllProjects(); }),
+            "ERROR : Unable to find : \\\\localhost\\no-such-share$\\App\\a.csproj");
 }
 
 // What another source of the project carries is changed there; nothing stands twice.
 TEST_F(SolutionAssemblyUpdater, ChangesAnAttributeWhereItStands) {
-  struct TCase {
-    const char* Name;
-    std::string Project; // a/a.csproj; its AssemblyInfo.cs has no version
-    bool Added;
-    bool Warned = false; // though it was added
-  };
-  const TCase cases[] = {
+  // The project beside its AssemblyInfo.cs without a version, and whether it is added there.
+  const std::tuple<const char*, std::string, bool> cases[] = {
       {"a link", R"(<Compile Include="..\Common.cs"><Link>Common.cs</Link></Compile>)", false},
       {"a link of Visual Studio 2003",
        R"(<File RelPath="Common.cs" Link="..\Common.cs" BuildAction="Compile"/>)", false},
@@ -165,84 +150,70 @@ TEST_F(SolutionAssemblyUpdater, ChangesAnAttributeWhereItStands) {
       {"not compiled", R"(<None Include="..\Common.cs"/>)", true},
       {"removed again", R"(<Compile Include="..\Common.cs"/><Compile Remove="..\Common.cs"/>)", true},
       {"not on disk", R"(<Compile Include="..\Missing.cs"/>)", true},
-      {"not on disk yet", R"(<Compile Include="..\MyVersion.cs"/>)", true, true},
+      {"not on disk yet", R"(<Compile Include="..\MyVersion.cs"/>)", true},
   };
-  for (const auto& row : cases) {
-    SCOPED_TRACE(row.Name);
+  for (const auto& [name, item, isAdded] : cases) {
+    SCOPED_TRACE(name);
     solution_.resize(solution_.find('\n') + 1);
-    host_.ClearLog();
-    AddProject('A', "a/a.csproj");
-    folder_.Write("a/a.csproj",
-                  "<Project><Compile Include=\"AssemblyInfo.cs\"/>" + row.Project + "</Project>");
+    AddProject('A', "a/a.csproj", "<Project><Compile Include=\"AssemblyInfo.cs\"/>" + item + "</Project>");
     folder_.Write("a/AssemblyInfo.cs", "[assembly: AssemblyTitle(\"\")]");
     folder_.Write("all.targets",
                   R"(<Project><Compile Include="$(MSBuildThisFileDirectory)Common.cs"/></Project>)");
     folder_.Write("Common.cs", Old);
     folder_.Write("Common.cpp", std::string(Old) + ";");
     Updater()->UpdateAllProjects();
-    EXPECT_EQ(Read("a/AssemblyInfo.cs").find("AssemblyVersion") != std::string::npos, row.Added);
-    EXPECT_EQ(Read("Common.cs") == New || Read("Common.cpp") == std::string(New) + ";", !row.Added);
-    EXPECT_EQ(action_.Messages.empty(), row.Added && !row.Warned) << "a warning";
-    action_.Messages.clear();
+    EXPECT_EQ(Read("a/AssemblyInfo.cs").find("AssemblyVersion") != std::string::npos, isAdded);
+    EXPECT_EQ(Read("Common.cs") == New || Read("Common.cpp") == std::string(New) + ";", !isAdded);
+    const bool isWarned = !isAdded || std::string_view(name) == "not on disk yet";
+    EXPECT_EQ(Messages().empty(), !isWarned);
   }
 }
 
 TEST_F(SolutionAssemblyUpdater, TellsOfSharedSourcesOnce) {
   TAssemblyInfoHistory history;
-  AddProject('A', "a.csproj");
-  AddProject('B', "b.csproj");
-  const std::string common = R"(<Compile Include="Common.cs"/>)";
-  folder_.Write("a.csproj", "<Project><Compile Include=\"AssemblyInfo.cs\"/>" + common + "</Project>");
-  folder_.Write("b.csproj", "<Project><Compile Include=\"b/AssemblyInfo.cs\"/>" + common + "</Project>");
+  AddProject('A', "a.csproj", R"(<Project><Compile Include="AssemblyInfo.cs;Common.cs"/></Project>)");
+  AddProject('B', "b.csproj", R"(<Project><Compile Include="b/AssemblyInfo.cs;Common.cs"/></Project>)");
   folder_.Write("AssemblyInfo.cs");
   folder_.Write("b/AssemblyInfo.cs");
   folder_.Write("Common.cs", Old);
   Updater({}, &history)->UpdateAllProjects();
   EXPECT_THAT(
-      action_.Messages,
-      ElementsAre("Warning : @/Common.cs: is changed for A, whose AssemblyInfo file lacks AssemblyVersion. "
+      Messages(),
+      ElementsAre("Warning : DIR/Common.cs: is changed for A, whose AssemblyInfo file lacks AssemblyVersion. "
                   "It is also part of B; to stamp A alone, move the attributes into its own file"));
-  action_.Messages.clear();
   action_.Version = u"2.0";
   Updater({}, &history)->UpdateProjects({text::FromAscii(Id('A'))}, nullptr);
   EXPECT_EQ(Read("Common.cs"), "[assembly: AssemblyVersion(\"2.0\")]");
   EXPECT_THAT(
-      action_.Messages,
+      Messages(),
       ElementsAre(testing::HasSubstr("is changed for A"),
-                  "Warning : @/Common.cs: AssemblyVersion was \"1.2.3.4\" for B earlier in this run and is "
+                  "Warning : DIR/Common.cs: AssemblyVersion was \"1.2.3.4\" for B earlier in this run and is "
                   "\"2.0\" for A now; give each project its own, or all the same"));
 }
 
 TEST_F(SolutionAssemblyUpdater, AddsNothingThatAProjectHasAlready) {
-  AddProject('A', "a.csproj");
-  AddProject('B', "b.csproj");
-  AddProject('C', "c.csproj");
-  folder_.Write("a.csproj", R"(<Project><Compile Include="CommonAssemblyInfo.cs"/></Project>)");
-  folder_.Write(
-      "b.csproj",
-      R"(<Project><Compile Include="CommonAssemblyInfo.cs"/><Compile Include="AssemblyInfo.cs"/></Project>)");
-  folder_.Write("c.csproj",
-                R"(<Project Sdk="x"><Compile Remove="*"/><None Include="c/AssemblyInfo.cs"/></Project>)");
+  AddProject('A', "a.csproj", R"(<Project><Compile Include="CommonAssemblyInfo.cs"/></Project>)");
+  AddProject('B', "b.csproj",
+             R"(<Project><Compile Include="CommonAssemblyInfo.cs;AssemblyInfo.cs"/></Project>)");
+  AddProject('C', "c.csproj",
+             R"(<Project Sdk="x"><Compile Remove="*"/><None Include="c/AssemblyInfo.cs"/></Project>)");
   folder_.Write("CommonAssemblyInfo.cs", "\n");
   folder_.Write("AssemblyInfo.cs", Old);
   folder_.Write("c/AssemblyInfo.cs", "\n");
   Updater()->UpdateAllProjects();
   EXPECT_EQ(Read("CommonAssemblyInfo.cs") + Read("c/AssemblyInfo.cs"), "\n\n");
   EXPECT_EQ(Read("AssemblyInfo.cs"), New);
-  EXPECT_THAT(
-      action_.Messages,
-      ElementsAre(testing::HasSubstr("is not added: B, which is made of this file too, has it already in @/"),
-                  testing::HasSubstr("is not added: C has it written by its build")));
+  EXPECT_THAT(Messages(),
+              ElementsAre(testing::HasSubstr(
+                              "is not added: B, which is made of this file too, has it already in DIR/"),
+                          testing::HasSubstr("is not added: C has it written by its build")));
 }
 
 // Whoever is stamped first: what one project adds must not keep the other from it.
 TEST_F(SolutionAssemblyUpdater, AddsWhatIsCommonToTheFileThatIsAllThatAProjectHas) {
-  AddProject('A', "a.csproj");
-  AddProject('B', "b.csproj");
-  folder_.Write(
-      "a.csproj",
-      R"(<Project><Compile Include="AssemblyInfo.cs"/><Compile Include="CommonAssemblyInfo.cs"/></Project>)");
-  folder_.Write("b.csproj", R"(<Project><Compile Include="CommonAssemblyInfo.cs"/></Project>)");
+  AddProject('A', "a.csproj",
+             R"(<Project><Compile Include="AssemblyInfo.cs;CommonAssemblyInfo.cs"/></Project>)");
+  AddProject('B', "b.csproj", R"(<Project><Compile Include="CommonAssemblyInfo.cs"/></Project>)");
   folder_.Write("AssemblyInfo.cs", "\n");
   folder_.Write("CommonAssemblyInfo.cs", "using System.Reflection;");
   Updater()->UpdateAllProjects();
@@ -254,20 +225,17 @@ TEST_F(SolutionAssemblyUpdater, AddsWhatIsCommonToTheFileThatIsAllThatAProjectHa
 }
 
 TEST_F(SolutionAssemblyUpdater, PassesOverWhatIsNotThere) {
-  AddProject('A', "a.csproj");
-  AddProject('B', "b.csproj");
-  AddProject('C', "c.csproj");
-  folder_.Write("a.csproj", Item);
-  folder_.Write("b.csproj", "<Project>");
-  folder_.Write("c.csproj", R"(<Compile Include="AssemblyInfo.cs"/>)");
+  AddProject('A', "a.csproj", Item);
+  AddProject('B', "b.csproj", "<Project>");
+  AddProject('C', "c.csproj", R"(<Compile Include="AssemblyInfo.cs"/>)");
   folder_.Write("AssemblyInfo.cs", Old);
   Updater()->UpdateAllProjects();
   EXPECT_EQ(Read("AssemblyInfo.cs"), New);
   EXPECT_THAT(Log(),
               testing::Contains(testing::AllOf(
-                  testing::StartsWith("2 Warning : @/a.csproj names "),
+                  testing::StartsWith("2 Warning : DIR/a.csproj names "),
                   testing::EndsWith("/AssemblyInfo.cs, which does not exist: the project is not stamped"))));
-  EXPECT_THAT(Log(), testing::Contains(testing::StartsWith("2 Warning : @/b.csproj cannot be read")));
+  EXPECT_THAT(Log(), testing::Contains(testing::StartsWith("2 Warning : DIR/b.csproj cannot be read")));
 }
 
 TEST(FindAssemblyInfoName, SeesItemsOneByOne) {

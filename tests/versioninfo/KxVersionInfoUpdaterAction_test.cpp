@@ -17,10 +17,10 @@ protected:
     action_.PropertySetName = u"release";
     host_.Variables.emplace(u"Folder", folder_.Path());
     Set() = {{u"MajorVersion", u"3"}, {u"Comments", u"new"}, {u"SpecialBuildDetails", u"s"}};
-    static_cast<void>(folder_.Write(
-        "app.rc", "#include <winver.h>\n1 VERSIONINFO\nFILEVERSION 1,2,3,4\nFILETYPE 0x2\nBEGIN\n"
+    folder_.Write("app.rc",
+                  "#include <winver.h>\n1 VERSIONINFO\nFILEVERSION 1,2,3,4\nFILETYPE 0x2\nBEGIN\n"
                   "BLOCK \"StringFileInfo\"\nBEGIN\nBLOCK \"040904e4\"\nBEGIN\nVALUE \"Comments\", \"old\"\n"
-                  "VALUE \"CompanyName\", \"We\"\nEND\nEND\nEND\n"));
+                  "VALUE \"CompanyName\", \"We\"\nEND\nEND\nEND\n");
   }
 
   TTexts& Set() { return host_.Sets.Sets[u"Release"]; }
@@ -88,27 +88,22 @@ TEST_F(Updater, SaysWhyNothingWasStamped) {
 }
 
 TEST_F(Updater, NamesAScriptThatItRefusesAndWhatItLoses) {
-  static_cast<void>(folder_.Write("app.rc", "1 VERSIONINFO\nEND\n"));
+  folder_.Write("app.rc", "1 VERSIONINFO\nEND\n");
   EXPECT_FALSE(action_.Execute());
   EXPECT_THAT(host_.Log(),
               testing::ElementsAre("3 Error Parsing File : Unexpected END",
                                    testing::AllOf(testing::StartsWith("2 Warning : "),
                                                   testing::HasSubstr("app.rc is not stamped: line 2"))));
   host_.ClearLog();
-  static_cast<void>(
-      folder_.Write("app.rc", "#include <winver.h>\n1 VERSIONINFO\nFILETYPE 0x2L\nBEGIN\nEND\n"));
+  folder_.Write("app.rc", "#include <winver.h>\n1 VERSIONINFO\nFILETYPE 0x2L\nBEGIN\nEND\n");
   EXPECT_TRUE(action_.Execute());
   EXPECT_THAT(host_.Log(),
               testing::ElementsAre(testing::HasSubstr("app.rc: stamping changes FILETYPE 0x2L to 0x1L")));
 }
 
 TEST_F(Updater, ForeseesWhatItWouldRefuse) {
-  static_cast<void>(folder_.Write("bad.rc", "1 VERSIONINFO\nEND\n"));
-  const struct {
-    std::u16string Set;
-    std::u16string File;
-    std::vector<std::string> Entries;
-  } cases[] = {
+  folder_.Write("bad.rc", "1 VERSIONINFO\nEND\n");
+  const std::tuple<std::u16string, std::u16string, std::vector<std::string>> cases[] = {
       {u"release", u"%Folder%/app.rc", {}},
       {u"Debug", u"%Nobody%/app.rc", {"PropertySetName: Unable to find property set: Debug"}},
       {u"",
@@ -116,12 +111,12 @@ TEST_F(Updater, ForeseesWhatItWouldRefuse) {
        {"PropertySetName: The name of the property set is blank.", "ResourceFile: A value is required."}},
       {u"Release", u"%Folder%/bad.rc", {"ResourceFile: Error Parsing File : Unexpected END"}},
   };
-  for (const auto& row : cases) {
-    action_.PropertySetName = row.Set;
-    action_.ResourceFile = row.File;
+  for (const auto& [set, file, entries] : cases) {
+    action_.PropertySetName = set;
+    action_.ResourceFile = file;
     TRecordingValidation errors;
     action_.LookAhead(errors);
-    EXPECT_EQ(errors.Entries, row.Entries) << text::ToUtf8(row.File);
+    EXPECT_EQ(errors.Entries, entries) << text::ToUtf8(file);
   }
 }
 
