@@ -55,6 +55,12 @@ public:
   void ShowMessage(std::u16string_view /*text*/) override {}
 };
 
+// Of the form Field=Value&Field=Value.
+inline void Type(TKxPropertyPage& page, std::u16string_view edits) {
+  for (const auto edit : text::Split(edits, u'&'))
+    page.SetValue(edit.substr(0, edit.find(u'=')), edit.substr(edit.find(u'=') + 1));
+}
+
 // The names of the checked or of the enabled fields, in drawing order.
 template <typename TTest>
 std::vector<std::string> NamesWhere(const TKxPropertyPage& page, const TTest& test) {

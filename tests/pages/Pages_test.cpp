@@ -96,56 +96,56 @@ TEST_F(TPagesTest, EachFieldShowsAndWritesThePropertyThatItNames) {
 TEST_F(TPagesTest, WhatCanBeEditedFollowsTheTestSource) {
   TMSTestFrame page;
   editor_.Open(page, test_);
-  EXPECT_THAT(Checked(page), ElementsAre("RadioButton1"));
   EXPECT_THAT(Disabled(page),
               ElementsAre("edtTestMetadata", "chkSpecifyTestList", "txtTestList", "txtTests"));
   EXPECT_EQ(FailureOf([&] { page.SetValue(u"edtTestMetadata", u"x"); }),
             "The field \"Test Metadata File:\" is disabled.");
-  page.SetValue(u"rbUseTestMetadata", u"True");
-  page.SetValue(u"chkSpecifyTestList", u"True");
-  page.SetValue(u"txtTestList", u"Nightly");
+  Type(page, u"rbUseTestMetadata=True&chkSpecifyTestList=True&txtTestList=Nightly");
   EXPECT_THAT(Disabled(page), ElementsAre("txtAssemblyFilename", "txtTests"));
   page.WriteActionData();
   page.SetValue(u"RadioButton1", u"True");
   page.ReadActionData();
   EXPECT_THAT(Checked(page), ElementsAre("rbUseTestMetadata", "chkSpecifyTestList"));
   EXPECT_EQ(page.Field(u"txtTestList").Value, u"Nightly");
+}
 
-  page.SetValue(u"RadioButton1", u"True");
+TEST_F(TPagesTest, AContainerThatWasChosenIsTakenIntoTheListAndCanBeRemoved) {
+  TMSTestFrame page;
+  editor_.Open(page, test_);
   editor_.Chosen = u"C:\\t\\x.dll";
   page.Click(u"txtAssemblyFilename", TKxButtonKind::Browse);
   page.Click(u"txtAssemblyFilename", TKxButtonKind::Accept);
   EXPECT_EQ(editor_.Asked, "Select File from : Assemblies (*.dll, *.exe)|*.dll;*.exe|All Files (*.*)|*.*");
-  EXPECT_EQ(page.Field(u"MemoAssemblies").Value, u"C:\\t\\x.dll\r\n");
-  EXPECT_EQ(page.Field(u"txtAssemblyFilename").Value, u"") << "taken";
+  EXPECT_EQ(page.Field(u"MemoAssemblies").Value + page.Field(u"txtAssemblyFilename").Value,
+            u"C:\\t\\x.dll\r\n");
   page.SetValue(u"txtAssemblyFilename", u"y.dll");
   page.WriteActionData();
   page.SetValue(u"MemoAssemblies", u"C:\\t\\x.dll\r\n");
   page.WriteActionData();
-  EXPECT_EQ(test_.Input().AssemblyFileName, u"\"C:\\t\\x.dll\"") << "what was taken can be removed";
+  EXPECT_EQ(test_.Input().AssemblyFileName, u"\"C:\\t\\x.dll\"");
 }
 
 TEST_F(TPagesTest, TheVersionOfMSTestAndTheStandaloneOne) {
   using enum TVSDotNetVersion;
-  const std::u16string field = u"cmbVSVer", year = u"Visual Studio.NET 2008", alone = u"Standalone MSTest";
-  const std::tuple<std::pair<TVSDotNetVersion, bool>, TVSDotNetVersion, std::u16string, std::u16string,
-                   std::pair<TVSDotNetVersion, bool>>
+  const std::u16string year = u"Visual Studio.NET 2008", alone = u"Standalone MSTest", box = u"chkShowBanner";
+  const std::u16string field = u"cmbVSVer";
+  const std::tuple<TVSDotNetVersion, bool, TVSDotNetVersion, std::u16string, std::u16string, std::u16string,
+                   TVSDotNetVersion, bool>
       rows[] = {
-          // stored, the default; shown at first, chosen then; written
-          {std::pair(vs2008, false), vs2010, year, year, std::pair(vs2008, false)},
-          {std::pair(vs2008, false), vs2010, year, alone, std::pair(vs2010, true)},
-          {std::pair(vs2008, true), vs2003, alone, alone, std::pair(vs2005, true)},
-          {std::pair(vs2008, true), vs2010, alone, u"Visual Studio", std::pair(vsUnknown, false)},
-          {std::pair(vs2003, false), vs2010, u"", u"", std::pair(vs2003, false)},
+          // stored, the default; shown at first, the field that is set and its value; written
+          {vs2008, false, vs2010, year, box, u"False", vs2008, false},
+          {vs2008, false, vs2010, year, field, alone, vs2010, true},
+          {vs2008, true, vs2003, alone, box, u"False", vs2005, true},
+          {vs2008, true, vs2010, alone, field, u"Visual Studio", vsUnknown, false},
+          {vs2003, false, vs2010, u"", box, u"True", vs2003, false},
       };
   TMSTestRunSettings& run = test_.RunSettings();
-  for (const auto& [stored, otherwise, shown, chosen, written] : rows) {
+  for (const auto& [stored, isAlone, otherwise, shown, name, value, written, writtenAlone] : rows) {
     VSDotNetOptions()->SetDefaultVSVersion(otherwise);
-    std::tie(run.VisualStudioVer, run.UseStandaloneMSTest) = stored;
-    const TEdits edits{chosen == shown ? TEdits::value_type(u"chkShowBanner", u"True")
-                                       : TEdits::value_type(field, chosen)};
-    EXPECT_EQ(editor_.Edit<TMSTestSettingsFrame>(test_, edits, field), shown);
-    EXPECT_EQ(std::pair(run.VisualStudioVer, run.UseStandaloneMSTest), written) << text::ToUtf8(chosen);
+    run.VisualStudioVer = stored;
+    run.UseStandaloneMSTest = isAlone;
+    EXPECT_EQ(editor_.Edit<TMSTestSettingsFrame>(test_, {{name, value}}, field), shown);
+    EXPECT_EQ(std::pair(run.VisualStudioVer, run.UseStandaloneMSTest), std::pair(written, writtenAlone));
   }
   EXPECT_TRUE(run.ShowBanner);
 }
@@ -153,14 +153,11 @@ TEST_F(TPagesTest, TheVersionOfMSTestAndTheStandaloneOne) {
 TEST_F(TPagesTest, PublishingTextsAreKeptWhenNothingIsPublished) {
   TMSTestPublishFrame page;
   editor_.Open(page, test_);
-  EXPECT_THAT(Checked(page), ElementsAre("rbAutoPublish"));
   EXPECT_EQ(Disabled(page).size(), 5U);
   page.SetValue(u"rbPublishSpecific", u"True");
   EXPECT_TRUE(Disabled(page).empty());
-  page.SetValue(u"txtTeamServer", u"http://tfs");
-  page.SetValue(u"rbNoPublish", u"True");
+  Type(page, u"txtTeamServer=http://tfs&rbNoPublish=True");
   page.WriteActionData();
-  EXPECT_EQ(test_.PublishMode(), TMSTestPublishMode::pbNone);
   EXPECT_EQ(test_.Team().Server, u"http://tfs");
 }
 
@@ -168,63 +165,49 @@ TEST_F(TPagesTest, TheLoopOverASolution) {
   TKxVSSolutionIterator loop;
   TSolutionIteratorFrame page;
   editor_.Open(page, loop);
-  EXPECT_THAT(Checked(page), ElementsAre("rbAbsPath", "rbDepOrder", "chkOnlyFoundFiles"));
   editor_.Chosen = u"C:\\src\\App";
   page.Click(u"txtSolution", TKxButtonKind::Browse);
   page.Click(u"txtSolution", TKxButtonKind::Custom);
-  page.SetValue(u"rbAbsPath", u"False");
-  page.SetValue(u"cmbVariable", u"Project");
-  page.SetValue(u"RadioButton2", u"True");
-  page.SetValue(u"chkOnlyFoundFiles", u"False");
+  Type(page, u"rbAbsPath=False&cmbVariable=Project"); // neither path: the id
   page.WriteActionData();
-  EXPECT_EQ(loop.Solution, u"C:\\src\\App.sln");
+  EXPECT_EQ(loop.Solution + u" " + loop.GetLoopVariable(), u"C:\\src\\App.sln Project");
+  EXPECT_EQ(loop.IterateValue, TVSIterateSolutionValue::svProjectId);
   const TTemporaryFolder folder;
-  folder.Write("App/x", "");
-  folder.Write("Bare", "");
+  folder.Write("App/x");
+  folder.Write("Bare");
   editor_.Chosen = folder.Path("App");
   EXPECT_THAT(FailureOf([&] { page.Click(u"txtSolution", TKxButtonKind::Browse); }),
               testing::HasSubstr("is a folder"));
   editor_.Chosen = folder.Path("Bare");
   page.Click(u"txtSolution", TKxButtonKind::Browse);
   EXPECT_EQ(page.Field(u"txtSolution").Value, editor_.Chosen) << "a file that is there has its name";
-  EXPECT_EQ(loop.IterateValue, TVSIterateSolutionValue::svProjectId);
-  EXPECT_EQ(loop.GetLoopVariable(), u"Project");
-  EXPECT_FALSE(loop.SortByDependency);
-  EXPECT_TRUE(loop.IncludeProjectsNotFound);
-
   loop.SetLoopVariable(u"ROOT");
   page.ReadActionData();
   EXPECT_EQ(page.Field(u"cmbVariable").Value, u"Root");
-  EXPECT_THAT(Checked(page), ElementsAre("rbProjId", "RadioButton2"));
   page.SetValue(u"cmbVariable", u"Other"); // a new one
   page.WriteActionData();
   EXPECT_EQ(loop.GetLoopVariable(), u"Other");
 }
 
-TEST_F(TPagesTest, ThePasswordOfWebProjectsNeverShows) {
+TEST_F(TPagesTest, ThePasswordOfWebProjectsNeverShowsAndStaysWhenItIsNotTyped) {
   TKxVSDotNetAction action;
   action.Attach(editor_.Host);
   action.SetWebDAVPassword(u"secret");
-  action.WebProjects().DetectMethod = TProjLocDetectMethod::useWebDAV;
   TVSDotNetWebProjectLocationFrame page;
   editor_.Open(page, action);
   const TKxPageField& password = page.Field(u"edtPassword");
   EXPECT_TRUE(password.IsSet && !password.IsChanged && password.Value.empty());
-  page.SetValue(u"rbWMI", u"True");
   page.SetValue(u"edtUser", u"me");
   page.WriteActionData();
-  EXPECT_EQ(action.WebProjects().DetectMethod, TProjLocDetectMethod::useWMI);
   EXPECT_EQ(action.GetWebDAVPassword(), u"secret");
-
   page.SetValue(u"edtPassword", u"new");
   EXPECT_TRUE(password.IsChanged && password.Value.empty());
   page.SetValue(u"spiWebsiteNumber", u"one");
   EXPECT_EQ(FailureOf([&] { page.WriteActionData(); }),
             "\"Use WMI - Specify website number\" takes a whole number, not \"one\".");
-  EXPECT_EQ(action.GetWebDAVPassword(), u"secret");
+  EXPECT_EQ(action.GetWebDAVPassword(), u"secret") << "all or nothing";
   page.SetValue(u"spiWebsiteNumber", u" 7 ");
   page.WriteActionData();
-  EXPECT_EQ(action.WebProjects().WMIWebsiteNum, 7);
   EXPECT_EQ(action.GetWebDAVPassword(), u"new");
   EXPECT_FALSE(password.IsChanged);
 }

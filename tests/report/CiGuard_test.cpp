@@ -27,21 +27,15 @@ TEST(CiGuard, BreaksWhatASystemWouldObey) {
       {"a section", "\x1b[0Ksection_start:1:a\r\x1b[0K", "\u241B[0Ksection_start:1:a\n\u241B[0K"},
       {"bytes that are no text", "\xFF\xC3::\xE2\x80", "\xFF\xC3::\xE2\x80"},
   };
-  for (const auto& [name, text, passed] : cases) {
+  for (const auto& [name, text, passed] : cases)
     EXPECT_EQ(TCiGuard().Pass(text), passed) << name;
-    EXPECT_EQ(TCiGuard().Pass(passed), passed) << "again: " << name;
-  }
-}
-
-TEST(CiGuard, SeesAStreamThatComesInPieces) {
-  for (const std::string text : {"  ::a", "x\n::a", "b ##vso[a", "##teamcity[a", "##[a"}) {
+  for (const std::string text : {"  ::a", "x\n::a", "b ##vso[a", "##teamcity[a", "##[a"})
     for (std::size_t cut = 0; cut <= text.size(); ++cut) {
       TCiGuard guard;
-      std::string passed = guard.Pass(text.substr(0, cut));
-      passed += guard.Pass(text.substr(cut));
-      EXPECT_NE(passed.find("\u200A"), std::string::npos) << text << " cut at " << cut;
+      const std::string begun = guard.Pass(text.substr(0, cut));
+      EXPECT_NE((begun + guard.Pass(text.substr(cut))).find("\u200A"), text.npos)
+          << text << " cut at " << cut;
     }
-  }
 }
 
 TEST(CiGuard, KnowsWhereALineBegins) {

@@ -63,14 +63,20 @@ TEST_F(Reports, FoldWhatWentWellAndLeaveOpenWhatDidNot) {
   Send(TMessageSent{u"<script>\x1b[2J", TStatusTag::stError});
   Send(TGroupEnded{u"", std::nullopt});
   Send(TActionEnded{{.Result = TResultKind::Succeeded}});
-  const std::string page = Page({.Result = TResultKind::Succeeded});
+  const TActionResult whole{.Name = u"All", .Result = TResultKind::Succeeded, .Counts = {7, 3}};
+  TActionResult build = whole;
+  build.Configurations = {{u"Debug", TResultKind::Succeeded, u"", {7, 3}, {}}};
+  const std::string page = Page({.Result = TResultKind::Succeeded, .Actions = {whole, build}});
   for (const char* part :
        {"<title>Night&lt;ly&gt;: succeeded</title>",
         "<details class=\"success\"><summary><span class=\"title\">Solution &lt;A&gt;</span>",
         "<details class=\"plain bad\" open><summary><span class=\"title\">Solution B</span>",
         "<details class=\"success bad\" open><summary><span class=\"title\">Build it</span>",
-        "<pre class=\"error\">&lt;script&gt;\u241b[2J\n</pre>"})
+        "<pre class=\"error\">&lt;script&gt;\u241b[2J\n</pre>",
+        "All</td><td></td><td class=\"warning\">succeeded</td><td class=\"number\">7</td><td "
+        "class=\"number\">3<"})
     EXPECT_THAT(page, HasSubstr(part));
+  EXPECT_THAT(page, Not(HasSubstr("(the rest)")));
 }
 
 // A run that ends in the middle, or that sends outside of every group, is a page all the same.

@@ -86,10 +86,6 @@ TEST(SecretMask, LooksForManyAtOnce) {
     text += secret + u"+\\&%'\"^`" + ToBase64(text::ToUtf8(secret)) + u"|";
     shown += u"***+\\&%'\"^`***|";
   }
-  for (int doubled = 0; doubled < 4; ++doubled) {
-    text += text;
-    shown += shown;
-  }
   mask.Mask(text);
   EXPECT_EQ(text, shown);
   EXPECT_EQ(mask.Masked("\xC3\xB6 s3cret &0; number 0."), "\xC3\xB6 ***");
