@@ -2,8 +2,10 @@
 
 #include "foundation/text/Text.h"
 #include "package/build/MSBuildLogger.h"
+#include "package/build/ToolOutputWords.h"
 
 #include <algorithm>
+#include <functional>
 
 namespace kx {
 
@@ -90,13 +92,24 @@ std::u16string_view DigitsAtEnd(std::u16string_view text) {
   return text.substr(begin);
 }
 
-// The number before one of the two words and "(s)".
-std::optional<std::int32_t> ReadCount(std::u16string_view line, std::u16string_view english,
-                                      std::u16string_view french) {
+// The word of some language with which the text ends, as `isIt` (what the text ends with, a word) says; else
+// empty.
+template <typename TIsIt>
+std::u16string_view WordAtEnd(std::u16string_view text, std::u16string_view TToolLanguage::*word,
+                              TIsIt isIt) {
+  for (const auto& language : ToolLanguages) {
+    const std::u16string_view known = language.*word;
+    if (text.size() >= known.size() && isIt(text.substr(text.size() - known.size()), known)) return known;
+  }
+  return {};
+}
+
+// The number before the word with a capital and "(s)".
+std::optional<std::int32_t> ReadCount(std::u16string_view line, std::u16string_view TToolLanguage::*which) {
   return ReadAt(line, u"(s)",
                 [&](std::u16string_view head, std::u16string_view) -> std::optional<std::int32_t> {
-                  const auto word = head.ends_with(english) ? english : french;
-                  if (!head.ends_with(word)) return std::nullopt;
+                  const auto word = WordAtEnd(head, which, IsCapitalised);
+                  if (word.empty()) return std::nullopt;
                   head.remove_suffix(word.size());
                   if (!TakeSpaceFromEnd(head)) return std::nullopt;
                   const auto digits = DigitsAtEnd(head);
@@ -136,17 +149,17 @@ std::optional<TSummaryCounts> ReadCountSummary(std::u16string_view line) {
   return ReadAt(line, u"--",
                 [](std::u16string_view head, std::u16string_view behind) -> std::optional<TSummaryCounts> {
                   if (!TakeSpaceFromEnd(head)) return std::nullopt;
-                  const bool isEnding = head.ends_with(u"complete") || head.ends_with(u"terminée");
-                  return isEnding ? CountsBehind(behind) : std::nullopt;
+                  const auto word = WordAtEnd(head, &TToolLanguage::Complete, std::equal_to<>());
+                  return word.empty() ? std::nullopt : CountsBehind(behind);
                 });
 }
 
 std::optional<std::int32_t> ReadErrorCount(std::u16string_view line) {
-  return ReadCount(line, u"Error", u"Erreur");
+  return ReadCount(line, &TToolLanguage::Error);
 }
 
 std::optional<std::int32_t> ReadWarningCount(std::u16string_view line) {
-  return ReadCount(line, u"Warning", u"Avertissement");
+  return ReadCount(line, &TToolLanguage::Warning);
 }
 
 std::optional<bool> ReadBuildSummary(std::u16string_view line) {

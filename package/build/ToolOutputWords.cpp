@@ -1,5 +1,6 @@
 #include "package/build/ToolOutputWords.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 
@@ -15,7 +16,7 @@ constexpr std::size_t WindowSize = 7;
 // Characters as the search sees them: letters without case, one class for all delimiters, 0 for all others.
 using TClass = std::uint8_t;
 constexpr TClass Delimiter = 1;
-constexpr std::u16string_view Alphabet = u"eroflaildéchuwnvtgs(-"; // in lower case; a letter may stand twice
+constexpr std::u16string_view Alphabet = u"acdefghilmnorstuvwé(-"; // what the windows hold, in lower case
 constexpr std::size_t ClassCount = 32;
 constexpr char16_t LongS = u'\u017F'; // the other lower case of "S"
 constexpr std::size_t TableSize = LongS + 1;
@@ -46,15 +47,73 @@ constexpr TClass ClassOf(char16_t c) {
   return c < TableSize ? Classes[c] : TClass{0};
 }
 
-// " " stands for any delimiter. The last two are the ends of "complete --" and "terminée --".
-constexpr std::array<std::u16string_view, 11> Windows{u" error ", u" error(", u" erreur", u" failed",
-                                                      u" échoué", u" warnin", u" averti", u" succee",
-                                                      u" réussi", u"ete -- ", u"née -- "};
+struct TWord {
+  std::u16string_view Text;
+  unsigned Finding;
+  std::u16string_view ZeroPrefix = {}; // between a delimiter and the word it makes ZeroFinding of it
+  unsigned ZeroFinding = 0;
+  unsigned CountFinding = 0; // what the word says with a capital and "(s)" behind it: the end of a count
+};
+constexpr std::size_t WordsPerLanguage = 4;
+constexpr auto Words = [] {
+  std::array<TWord, WordsPerLanguage * ToolLanguages.size()> words;
+  auto next = words.begin();
+  for (const auto& language : ToolLanguages) {
+    *next++ = {.Text = language.Error, .Finding = HasError, .CountFinding = MayHoldErrorCount};
+    *next++ = {.Text = language.Warning, .Finding = HasWarning, .CountFinding = MayHoldWarningCount};
+    *next++ = {.Text = language.Failed,
+               .Finding = HasFailed,
+               .ZeroPrefix = language.None,
+               .ZeroFinding = HasZeroFailed};
+    *next++ = {.Text = language.Succeeded,
+               .Finding = HasSucceeded,
+               .ZeroPrefix = language.None,
+               .ZeroFinding = HasZeroSucceeded};
+  }
+  return words;
+}();
+
+using TWindow = std::array<char16_t, WindowSize>;
+
+// A delimiter and what follows it; `behind` fills up a word that is too short.
+constexpr TWindow BeginOf(std::u16string_view word, char16_t behind) {
+  TWindow window{u' '};
+  for (std::size_t i = 1; i < WindowSize; ++i)
+    window[i] = i <= word.size() ? word[i - 1] : behind;
+  return window;
+}
+
+// Of "complete -- " as much as fits.
+constexpr TWindow EndOf(std::u16string_view word) {
+  constexpr std::u16string_view dashes = u" -- ";
+  TWindow window{};
+  for (std::size_t i = 0; i < WindowSize; ++i) {
+    const std::size_t letters = WindowSize - dashes.size();
+    window[i] = i < letters ? word[word.size() - letters + i] : dashes[i - letters];
+  }
+  return window;
+}
+
+// " " stands for any delimiter.
+constexpr auto Windows = [] {
+  std::array<TWindow, 2 * Words.size() + ToolLanguages.size()> windows;
+  auto next = windows.begin();
+  for (const auto& word : Words) {
+    *next++ = BeginOf(word.Text, u' ');
+    *next++ = BeginOf(word.Text, u'(');
+  }
+  for (const auto& language : ToolLanguages)
+    *next++ = EndOf(language.Complete);
+  return windows;
+}();
+static_assert(std::ranges::all_of(Words,
+                                  [](const TWord& word) { return word.Text.size() + 2 >= WindowSize; }),
+              "a word and the character behind it fill a window");
 
 constexpr std::array<std::uint8_t, ClassCount * ClassCount> MakeShifts() {
   std::array<std::uint8_t, ClassCount * ClassCount> shifts{};
   shifts.fill(WindowSize - 1);
-  for (const auto window : Windows) {
+  for (const TWindow& window : Windows) {
     for (std::size_t i = 0; i + 1 < WindowSize; ++i) {
       auto& shift = shifts[ClassOf(window[i]) * ClassCount + ClassOf(window[i + 1])];
       const auto distance = static_cast<std::uint8_t>(WindowSize - 2 - i);
@@ -64,30 +123,6 @@ constexpr std::array<std::uint8_t, ClassCount * ClassCount> MakeShifts() {
   return shifts;
 }
 constexpr auto Shifts = MakeShifts();
-
-struct TWord {
-  std::u16string_view Text; // in lower case
-  unsigned Finding;
-  std::u16string_view ZeroPrefix; // between a delimiter and the word it makes ZeroFinding of it
-  unsigned ZeroFinding;
-};
-constexpr std::array<TWord, 8> Words{{{u"error", HasError, {}, 0},
-                                      {u"erreur", HasError, {}, 0},
-                                      {u"failed", HasFailed, u"0 ", HasZeroFailed},
-                                      {u"échoué", HasFailed, u"0 a ", HasZeroFailed},
-                                      {u"warning", HasWarning, {}, 0},
-                                      {u"avertissement", HasWarning, {}, 0},
-                                      {u"succeeded", HasSucceeded, u"0 ", HasZeroSucceeded},
-                                      {u"réussi", HasSucceeded, u"0 a ", HasZeroSucceeded}}};
-
-struct TSummaryPiece {
-  std::u16string_view Text; // letter case counts
-  unsigned Finding;
-};
-constexpr std::array<TSummaryPiece, 4> CountPieces{{{u"Error(s)", MayHoldErrorCount},
-                                                    {u"Erreur(s)", MayHoldErrorCount},
-                                                    {u"Warning(s)", MayHoldWarningCount},
-                                                    {u"Avertissement(s)", MayHoldWarningCount}}};
 
 constexpr char16_t Fold(char16_t c) {
   if ((c >= u'A' && c <= u'Z') || c == u'É') return static_cast<char16_t>(c + (u'a' - u'A'));
@@ -114,6 +149,13 @@ unsigned WordsAt(std::u16string_view line, std::size_t position) {
   return 0;
 }
 
+// "Error(s)": here letter case counts.
+bool IsCountAt(std::u16string_view line, std::size_t position, std::u16string_view word) {
+  const std::u16string_view text = line.substr(position);
+  return text.size() > word.size() && IsCapitalised(text.substr(0, word.size()), word) &&
+         text.substr(word.size()).starts_with(u"(s)");
+}
+
 // `window` may begin one of the words or be the end of one of the summary pieces.
 unsigned FindingsAt(std::u16string_view line, std::size_t window) {
   if (!IsDelimiter(line[window])) {
@@ -122,8 +164,8 @@ unsigned FindingsAt(std::u16string_view line, std::size_t window) {
   }
   const unsigned findings = WordsAt(line, window + 1);
   if (findings != 0) return findings;
-  for (const auto& piece : CountPieces)
-    if (line.substr(window + 1).starts_with(piece.Text)) return piece.Finding;
+  for (const auto& word : Words)
+    if (word.CountFinding != 0 && IsCountAt(line, window + 1, word.Text)) return word.CountFinding;
   return 0;
 }
 
