@@ -28,25 +28,22 @@ void AddSaturating(std::int32_t& total, std::int32_t number) {
 
 } // namespace
 
-TBuildRun::TBuildRun(TKxCustomVSDotNetAction& action) : action_(action) {
-  action_.run_ = this;
-}
-TBuildRun::~TBuildRun() {
-  action_.run_ = nullptr;
-}
+TBuildRun::TBuildRun(TKxCustomVSDotNetAction& action, IKxActionHost& host, TBuildProgress& progress,
+                     TKxEvent& terminate)
+    : action_(action), host_(host), progress_(progress), terminate_(terminate), structuredOutput_(action) {}
 
 bool TBuildRun::Execute() {
-  action_.compilerErrors_ = 0;
-  action_.compilerWarnings_ = 0;
+  progress_.Errors = 0;
+  progress_.Warnings = 0;
   std::u16string configuration;
-  if (!action_.TryExpandExpression(u"Solution Configuration Name", action_.solution_.SolutionConfiguration,
+  if (!action_.TryExpandExpression(u"Solution Configuration Name", action_.Solution().SolutionConfiguration,
                                    true, configuration))
     return false;
   if (!action_.VerifyExecutable(action_.UsingMSBuild())) return false;
   solution_ = LoadSolution();
   const auto configurations = FindConfigurations(configuration);
   if (!VerifySetupTool(configurations) || !StampVersions()) return false;
-  action_.structuredOutput_.Start(solution_->GetFileName(), action_.msbuild_.StructuredOutput);
+  structuredOutput_.Start(solution_->GetFileName(), action_.MSBuild().StructuredOutput);
   const bool succeeded = BuildAll(configurations);
   if (succeeded && fruitfulRuns_ == 0) ReportNothingBuilt(configurations);
   return succeeded;
@@ -64,22 +61,22 @@ bool TBuildRun::BuildAll(const std::vector<std::u16string>& configurations) {
 
 // A tool that is given the solution says so itself, and a selection has to be found.
 void TBuildRun::WarnOfMissingProjects(std::span<const std::u16string> configurations) {
-  if (action_.solution_.BuildType != TVSDotNetBuildType::btIncludeDisabledProjects) return;
+  if (action_.Solution().BuildType != TVSDotNetBuildType::btIncludeDisabledProjects) return;
   if (const auto missing = MissingProjects(*solution_, configurations); !missing.empty())
     action_.SendMessage(u"Warning : " + missing + u". They are not built.", TStatusTag::stWarning);
 }
 
 std::shared_ptr<IVSDotNetSolution> TBuildRun::LoadSolution() {
   std::u16string name;
-  if (!action_.TryExpandExpression(u"Solution File Name", action_.solution_.Solution, true, name))
+  if (!action_.TryExpandExpression(u"Solution File Name", action_.Solution().Solution, true, name))
     throw EFailAction(u"Failed to expand solution file name.");
   name = action_.FullProjectPath(name);
   if (!platform::FileExists(name))
     throw EFailAction(u"Solution File " + DoubleQuoteString(name) + u" does not exist");
   try {
-    return OpenSolution(name, false, &action_.Host().Stop());
+    return OpenSolution(name, false, &host_.Stop());
   } catch (const std::exception& error) {
-    if (action_.Host().Stop().IsRaised()) throw;
+    if (host_.Stop().IsRaised()) throw;
     action_.WarnOfPlace(error);
     throw EFailAction(u"Error Parsing Solution File : " + MessageOf(error));
   }
@@ -87,7 +84,7 @@ std::shared_ptr<IVSDotNetSolution> TBuildRun::LoadSolution() {
 
 std::vector<std::u16string> TBuildRun::FindConfigurations(const std::u16string& wanted) {
   std::u16string error;
-  auto matched = MatchConfigurations(*solution_, wanted, action_.solution_.UseRegExOnConfigName, error);
+  auto matched = MatchConfigurations(*solution_, wanted, action_.Solution().UseRegExOnConfigName, error);
   if (!error.empty())
     action_.SendMessage(u"Error matching config regular expression : " + error, TStatusTag::stError);
   if (const auto guess = GuessedConfiguration(*solution_, wanted, matched); !guess.empty())
@@ -95,7 +92,7 @@ std::vector<std::u16string> TBuildRun::FindConfigurations(const std::u16string& 
   if (!matched.empty()) return matched;
   // A name that the solution does not know still goes to the tool, which then says so. Where projects are
   // built one by one no tool is asked: the solution alone says what a configuration means to them.
-  const bool toolDecides = action_.solution_.BuildType == TVSDotNetBuildType::btAllProjects &&
+  const bool toolDecides = action_.Solution().BuildType == TVSDotNetBuildType::btAllProjects &&
                            MayToolKnowConfiguration(*solution_, wanted);
   if (!toolDecides)
     action_.ReportBreach(KxVerdictRules::NoConfiguration, MissingConfiguration(*solution_, wanted));
@@ -110,22 +107,22 @@ bool TBuildRun::VerifySetupTool(const std::vector<std::u16string>& configuration
 // AssemblyInfo first; a failed stamping ends the action before any tool runs.
 bool TBuildRun::StampVersions() {
   TWin32Stamping win32(action_, solution_);
-  if (action_.win32Stamp_.UpdateWin32Resource && !win32.CheckNumbers()) return false;
-  if (action_.assemblyInfo_.UpdateAssemblyInfo &&
-      !TAssemblyInfoStamping(action_, solution_, action_.terminate_).Run())
+  if (action_.Win32Stamp().UpdateWin32Resource && !win32.CheckNumbers()) return false;
+  if (action_.AssemblyInfo().UpdateAssemblyInfo &&
+      !TAssemblyInfoStamping(action_, solution_, terminate_).Run())
     return false;
-  return !action_.win32Stamp_.UpdateWin32Resource || win32.Run();
+  return !action_.Win32Stamp().UpdateWin32Resource || win32.Run();
 }
 
 bool TBuildRun::BuildConfiguration(const std::u16string& configuration) {
   const auto parts = text::Split(configuration, u'|');
-  action_.currentConfigName_ = parts.size() > 1 ? parts[0] : std::u16string_view(configuration);
-  action_.currentPlatformName_ = parts.size() > 1 ? parts[1] : std::u16string_view();
-  action_.structuredOutput_.ResetCounts();
+  progress_.ConfigName = parts.size() > 1 ? parts[0] : std::u16string_view(configuration);
+  progress_.PlatformName = parts.size() > 1 ? parts[1] : std::u16string_view();
+  structuredOutput_.ResetCounts();
   const int fruitfulBefore = fruitfulRuns_;
   action_.StartConfiguration(configuration);
   const bool succeeded = PerformBuild(configuration);
-  if (action_.msbuild_.StructuredOutput && action_.UsingMSBuild()) ReportStructuredCounts();
+  if (action_.MSBuild().StructuredOutput && action_.UsingMSBuild()) ReportStructuredCounts();
   const TKxOutcome done =
       fruitfulRuns_ > fruitfulBefore ? TKxOutcome::koSucceeded : TKxOutcome::koNothingToDo;
   action_.EndConfiguration(succeeded ? done : TKxOutcome::koFailed);
@@ -145,7 +142,7 @@ void TBuildRun::ReportNothingBuilt(const std::vector<std::u16string>& configurat
 }
 
 bool TBuildRun::IsStopped() const {
-  return action_.terminate_.IsRaised() || action_.Host().Stop().IsRaised();
+  return terminate_.IsRaised() || host_.Stop().IsRaised();
 }
 
 bool TBuildRun::SayStopped() {
@@ -154,17 +151,18 @@ bool TBuildRun::SayStopped() {
 }
 
 void TBuildRun::ReportStructuredCounts() {
-  Count(TBuildCount::Errors, action_.structuredOutput_.ErrorCount());
-  Count(TBuildCount::Warnings, action_.structuredOutput_.WarningCount());
+  Count(TBuildCount::Errors, structuredOutput_.ErrorCount());
+  Count(TBuildCount::Warnings, structuredOutput_.WarningCount());
 }
 
 bool TBuildRun::PerformBuild(const std::u16string& configuration) {
-  analysis_.emplace(TBuildOutputOptions{action_.UsingMSBuild(), action_.msbuild_.StructuredOutput,
-                                        action_.solution_.VStudioVersion},
+  analysis_.emplace(TBuildOutputOptions{action_.UsingMSBuild(), action_.MSBuild().StructuredOutput,
+                                        action_.Solution().VStudioVersion},
                     static_cast<IBuildOutputSink&>(*this));
-  if (action_.solution_.BuildType == TVSDotNetBuildType::btAllProjects) return BuildSolution(configuration);
-  if (action_.solution_.BuildAction == TVSDotNetBuildAction::baRebuild) return RebuildProjects(configuration);
-  return BuildProjects(configuration, action_.solution_.BuildAction);
+  if (action_.Solution().BuildType == TVSDotNetBuildType::btAllProjects) return BuildSolution(configuration);
+  if (action_.Solution().BuildAction == TVSDotNetBuildAction::baRebuild)
+    return RebuildProjects(configuration);
+  return BuildProjects(configuration, action_.Solution().BuildAction);
 }
 
 bool TBuildRun::BuildSolution(const std::u16string& configuration) {
@@ -172,9 +170,9 @@ bool TBuildRun::BuildSolution(const std::u16string& configuration) {
   std::u16string parameters;
   if (!ExpandExtraParameters(parameters)) return false;
   const bool useMSBuild = action_.UsingMSBuild();
-  const TVSDotNetBuildAction buildAction = action_.solution_.BuildAction;
+  const TVSDotNetBuildAction buildAction = action_.Solution().BuildAction;
   parameters += useMSBuild ? MSBuildParameters(configuration, false, buildAction)
-                           : DevEnvCommandLine(action_.solution_, configuration, buildAction);
+                           : DevEnvCommandLine(action_.Solution(), configuration, buildAction);
   EnsureTrailingSpace(parameters);
   parameters += DoubleQuoteString(solution_->GetFileName());
   return group.Close(RunCompiler(parameters, useMSBuild));
@@ -206,7 +204,8 @@ bool TBuildRun::BuildProjects(const std::u16string& configuration, TVSDotNetBuil
 }
 
 bool TBuildRun::ReadProjects(text::TStringList& ids) {
-  if (action_.solution_.BuildType == TVSDotNetBuildType::btSelectedProjects) return ReadSelectedProjects(ids);
+  if (action_.Solution().BuildType == TVSDotNetBuildType::btSelectedProjects)
+    return ReadSelectedProjects(ids);
   const auto projects = solution_->GetProjects();
   for (int i = 0; i < projects->GetCount(); ++i)
     ids.Add(projects->GetItem(i)->GetProjectID());
@@ -215,7 +214,7 @@ bool TBuildRun::ReadProjects(text::TStringList& ids) {
 
 bool TBuildRun::ReadSelectedProjects(text::TStringList& ids) {
   const text::TStringList selected =
-      action_.ResolveProjects(u"SelectedProjects", action_.solution_.SelectedProjects, *solution_);
+      action_.ResolveProjects(u"SelectedProjects", action_.Solution().SelectedProjects, *solution_);
   if (selected.IsEmpty()) {
     action_.SendMessage(u"No Projects selected to build", TStatusTag::stError);
     return false;
@@ -279,7 +278,7 @@ void TBuildRun::WarnOfCutFolder() {
 
 // The text of ExtraCmdLineParams, which stands in front of all other parameters.
 bool TBuildRun::ExpandExtraParameters(std::u16string& parameters) {
-  if (!action_.TryExpandExpression(u"ExtraCmdLineParams", action_.solution_.ExtraCmdLineParams, false,
+  if (!action_.TryExpandExpression(u"ExtraCmdLineParams", action_.Solution().ExtraCmdLineParams, false,
                                    parameters))
     return false;
   EnsureTrailingSpace(parameters);
@@ -292,7 +291,7 @@ std::u16string TBuildRun::ProjectParameters(const IVSDotNetProject& project,
                                             TVSDotNetBuildAction buildAction) {
   const std::u16string file = DoubleQuoteString(project.GetFileName());
   if (!useMSBuild)
-    return DevEnvCommandLine(action_.solution_, configuration, buildAction) + u" /project " + file + u" " +
+    return DevEnvCommandLine(action_.Solution(), configuration, buildAction) + u" /project " + file + u" " +
            DoubleQuoteString(solution_->GetFileName());
   const bool anyCPU = WritesAnyCPUWithoutBlank(*solution_, project, projectConfiguration);
   std::u16string parameters = MSBuildParameters(projectConfiguration, anyCPU, buildAction);
@@ -310,10 +309,10 @@ std::u16string TBuildRun::MSBuildParameters(std::u16string_view configuration, b
         return action_.TryExpandExpression(label, text, false, result);
       },
       [this](std::u16string_view text) { return action_.ExpandExpression(text); }};
-  const auto framework = FrameworkOf(action_.solution_.VStudioVersion);
+  const auto framework = FrameworkOf(action_.Solution().VStudioVersion);
   const std::u16string logger =
-      text::JoinPath(TPathUtils::GetAppPath(), action_.structuredOutput_.GetLoggerAssembly(framework));
-  const auto line = MSBuildCommandLine(action_.solution_, action_.msbuild_,
+      text::JoinPath(TPathUtils::GetAppPath(), structuredOutput_.GetLoggerAssembly(framework));
+  const auto line = MSBuildCommandLine(action_.Solution(), action_.MSBuild(),
                                        {configuration, anyCPU, buildAction, logger}, expander);
   TKxMessageGroup group(action_, u"MSBuild Properties");
   for (const auto& property : line.Properties)
@@ -329,11 +328,11 @@ bool TBuildRun::RunCompiler(const std::u16string& parameters, bool useMSBuild) {
   settings.Executable = action_.GetExecutable(useMSBuild);
   settings.Parameters = parameters;
   settings.StartingDirectory = text::ExtractFileDir(solution_->GetFileName());
-  settings.TerminateEvent = &action_.terminate_;
+  settings.TerminateEvent = &terminate_;
   action_.SendMessage(u"Running " + settings.Executable + u" with parameters : " + parameters);
   action_.SendMessage(u"------");
   analysis_->BeginRun(useMSBuild);
-  action_.structuredOutput_.BeginRun();
+  structuredOutput_.BeginRun();
   ++toolRuns_;
   RunProcess(*process);
   NoteBuilt(useMSBuild);
@@ -344,20 +343,20 @@ void TBuildRun::RunProcess(IKxProcess& process) {
   try {
     process.Run();
   } catch (const std::exception& error) {
-    action_.structuredOutput_.EndRun();
+    structuredOutput_.EndRun();
     action_.SendMessage(u"Error Running " + process.Settings().Executable + u" : " + MessageOf(error),
                         TStatusTag::stError);
     throw;
   }
-  action_.structuredOutput_.EndRun();
+  structuredOutput_.EndRun();
 }
 
 // A tool that says nothing about projects is believed. xbuild prints nothing about those that were clean
 // before it cleans them.
 void TBuildRun::NoteBuilt(bool useMSBuild) {
-  const bool structured = useMSBuild && action_.msbuild_.StructuredOutput;
-  const bool isSilent = useMSBuild && action_.solution_.BuildAction == TVSDotNetBuildAction::baClean;
-  const bool none = structured ? action_.structuredOutput_.BuiltProjects() == 0
+  const bool structured = useMSBuild && action_.MSBuild().StructuredOutput;
+  const bool isSilent = useMSBuild && action_.Solution().BuildAction == TVSDotNetBuildAction::baClean;
+  const bool none = structured ? structuredOutput_.BuiltProjects() == 0
                                : !isSilent && analysis_->BuiltProjects() == TBuiltProjects::None;
   if (!none) ++fruitfulRuns_;
 }
@@ -381,7 +380,7 @@ void TBuildRun::ReadOutput(std::u16string_view chunk) {
 
 void TBuildRun::Count(TBuildCount what, std::int32_t number) {
   const bool isErrors = what == TBuildCount::Errors;
-  AddSaturating(isErrors ? action_.compilerErrors_ : action_.compilerWarnings_, number);
+  AddSaturating(isErrors ? progress_.Errors : progress_.Warnings, number);
   action_.SendMetricInt(u"Compiler", isErrors ? u"Errors" : u"Warnings", number);
 }
 

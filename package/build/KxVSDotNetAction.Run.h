@@ -3,6 +3,7 @@
 
 #include "package/build/BuildOutputAnalysis.h"
 #include "package/build/KxVSDotNetAction.h"
+#include "package/build/MSBuildLogger.h"
 
 #include <memory>
 #include <optional>
@@ -13,15 +14,14 @@
 
 namespace kx {
 
-// Owns what lives for one execution: the solution, and the analysis of the output of one configuration. The
-// action knows it while it lives, and passes the tool's output on to it. Every message group that it opens is
-// closed on every path.
+// Owns what lives for one execution: the solution, the reader of the structured logger's lines, and the
+// analysis of the output of one configuration. The action passes the tool's output on to it. Every message
+// group that it opens is closed on every path.
 class TBuildRun : private IBuildOutputSink {
 public:
-  explicit TBuildRun(TKxCustomVSDotNetAction& action);
-  ~TBuildRun() override;
-  TBuildRun(const TBuildRun&) = delete;
-  TBuildRun& operator=(const TBuildRun&) = delete;
+  // `terminate`, once raised, ends the tool and the execution.
+  TBuildRun(TKxCustomVSDotNetAction& action, IKxActionHost& host, TBuildProgress& progress,
+            TKxEvent& terminate);
 
   // The result of the last configuration: a failed one does not keep the next from being built, a request to
   // stop does. Raises EFailAction.
@@ -65,9 +65,13 @@ private:
 
   void Count(TBuildCount what, std::int32_t number) override;
   void Line(std::u16string_view line, TStatusTag status) override { action_.SendMessage(line, status); }
-  void StructuredLine(std::u16string_view line) override { action_.structuredOutput_.ProcessLine(line); }
+  void StructuredLine(std::u16string_view line) override { structuredOutput_.ProcessLine(line); }
 
   TKxCustomVSDotNetAction& action_;
+  IKxActionHost& host_;
+  TBuildProgress& progress_;
+  TKxEvent& terminate_;
+  TKxMSBuildStructuredOutputHelper structuredOutput_;
   std::shared_ptr<IVSDotNetSolution> solution_;
   std::optional<TBuildOutputAnalysis> analysis_;
   int toolRuns_ = 0;

@@ -75,9 +75,21 @@ constexpr auto HiddenProperties = std::to_array<std::u16string_view>({u"UpdateVe
                                                                       u"DotNetVersionInfoPropertySetName",
                                                                       u"_WebDAVPassword"});
 
+// Is known to the action while it goes on.
+class TCurrentRun {
+public:
+  TCurrentRun(TBuildRun*& place, TBuildRun& run) : place_(place) { place_ = &run; }
+  ~TCurrentRun() { place_ = nullptr; }
+  TCurrentRun(const TCurrentRun&) = delete;
+  TCurrentRun& operator=(const TCurrentRun&) = delete;
+
+private:
+  TBuildRun*& place_;
+};
+
 } // namespace
 
-TKxCustomVSDotNetAction::TKxCustomVSDotNetAction() : structuredOutput_(*this) {
+TKxCustomVSDotNetAction::TKxCustomVSDotNetAction() {
   if (const auto* options = VSDotNetOptions()) solution_.VStudioVersion = options->GetDefaultVSVersion();
   win32Values_.Values().AutoUpdateFileVersion = true;
   win32Values_.Values().AutoUpdateProductVersion = true;
@@ -186,9 +198,9 @@ void TKxCustomVSDotNetAction::CollectLocalVariables(text::TStringList& names, bo
 
 bool TKxCustomVSDotNetAction::GetLocalVariableValue(std::u16string_view name, std::u16string& value) const {
   if (text::EqualsIgnoreCase(name, ConfigVariable)) {
-    value = currentConfigName_;
+    value = progress_.ConfigName;
   } else if (text::EqualsIgnoreCase(name, PlatformVariable)) {
-    value = currentPlatformName_;
+    value = progress_.PlatformName;
   } else {
     return TKxMultiExecAction::GetLocalVariableValue(name, value);
   }
@@ -202,15 +214,16 @@ std::u16string TKxCustomVSDotNetAction::ActionExpandExpression(std::u16string_vi
     result = text::ReplaceAll(result, u"%" + word + u"%", value, text::Case::Ignore);
     result = text::ReplaceAll(result, u"$(" + word + u")", value, text::Case::Ignore);
   };
-  replace(ConfigVariable, currentConfigName_);
-  replace(PlatformVariable, currentPlatformName_);
+  replace(ConfigVariable, progress_.ConfigName);
+  replace(PlatformVariable, progress_.PlatformName);
   return result;
 }
 
 bool TKxCustomVSDotNetAction::Execute() {
   if (!TKxMultiExecAction::Execute()) return false;
   terminate_.Clear();
-  TBuildRun run(*this);
+  TBuildRun run(*this, Host(), progress_, terminate_);
+  const TCurrentRun current(run_, run);
   return run.Execute();
 }
 

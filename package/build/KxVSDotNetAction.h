@@ -18,6 +18,15 @@ namespace kx {
 
 class TBuildRun;
 
+// What an execution has counted, and which configuration it builds: what the last one has left stays
+// readable.
+struct TBuildProgress {
+  std::int32_t Errors = 0;
+  std::int32_t Warnings = 0;
+  std::u16string ConfigName;
+  std::u16string PlatformName;
+};
+
 // All of the action: its settings (one struct a concern), what the host asks of it, and the operations on
 // projects that scripts and editors share. What lives for one execution only is in TBuildRun.
 class TKxCustomVSDotNetAction : public TKxMultiExecAction {
@@ -37,8 +46,8 @@ public:
 
   // devenv.com is used otherwise: MSBuild came with Visual Studio 2005.
   bool UsingMSBuild() const;
-  std::int32_t GetCompilerErrorCount() const { return compilerErrors_; } // of the last execution
-  std::int32_t GetCompilerWarningCount() const { return compilerWarnings_; }
+  std::int32_t GetCompilerErrorCount() const { return progress_.Errors; }
+  std::int32_t GetCompilerWarningCount() const { return progress_.Warnings; }
 
   // Properties that do more than store.
   void SetAutoIncAssemblyRevisionNo(bool value);
@@ -76,10 +85,15 @@ public:
 
   // The tool's full path; empty when it is not installed.
   std::u16string GetExecutable(bool useMSBuild);
+  bool VerifyExecutable(bool useMSBuild);                           // says it when it is not
   std::optional<std::u16string> ForeseeExecutable(bool useMSBuild); // as ForeseeExpression
   // For a tool that is not installed: which option says where it is, and how to set it. Empty for a version
   // that has no such tool.
   std::u16string HowToFindTool(bool useMSBuild) const;
+
+  // For the run of an execution.
+  using TKxMultiExecAction::CheckProcessCleanExit;
+  using TKxMultiExecAction::NewActionProcess;
 
   bool Execute() override;
   bool Validate(IKxActionValidationError& errors) override;
@@ -104,13 +118,10 @@ protected:
   void OnStdOutData(IKxProcess& process, std::u16string_view text) override;
 
 private:
-  friend class TBuildRun;
-
   // Null when it cannot be opened, or is being opened already (an expression in `Solution` that asks for a
   // project).
   std::shared_ptr<IVSDotNetSolution> TryOpenSolution();
   text::TStringList WithProjectIDs(const text::TStringList& entries);
-  bool VerifyExecutable(bool useMSBuild);
   void ExplainMissingTool(bool useMSBuild);
   void SetAutoIncrement(bool& flag, bool value, bool partner, std::u16string_view property);
 
@@ -122,14 +133,10 @@ private:
   TWebProjectSettings webProjects_;
   TAssemblyInfoHistory stampHistory_;
 
-  TKxMSBuildStructuredOutputHelper structuredOutput_;
   TKxEvent terminate_;
   TBuildRun* run_ = nullptr; // while Execute runs
+  TBuildProgress progress_;
   bool opening_ = false;
-  std::int32_t compilerErrors_ = 0;
-  std::int32_t compilerWarnings_ = 0;
-  std::u16string currentConfigName_;
-  std::u16string currentPlatformName_;
 };
 
 // The registered class: publishes the properties.
