@@ -1,21 +1,15 @@
-// The files of the page, compiled in.
+// The files of the page (web/), compiled in.
 #pragma once
 
+#include <span>
 #include <string_view>
 
 namespace kx::editor {
 
-extern const std::string_view IndexPage;
-extern const std::string_view Style;
-extern const std::string_view AppScript;
-extern const std::string_view ApiScript;
-extern const std::string_view TreeScript;
-extern const std::string_view FormScript;
-extern const std::string_view ProjectScript;
-extern const std::string_view DialogsScript;
-extern const std::string_view LogScript;
-extern const std::string_view RunScript;
-extern const std::string_view ChartsScript;
-extern const std::string_view DomScript;
+struct TAsset {
+  std::string_view Name; // of its file: "style.css"
+  std::string_view Bytes;
+};
+extern const std::span<const TAsset> Assets;
 
 } // namespace kx::editor

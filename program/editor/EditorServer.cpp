@@ -11,6 +11,7 @@
 #include <atomic>
 #include <charconv>
 #include <optional>
+#include <utility>
 
 namespace kx::editor {
 
@@ -18,24 +19,13 @@ namespace {
 
 constexpr auto LongestWait = std::chrono::seconds(15);
 
-struct TAsset {
-  std::string_view Name;
-  const char* Type;
-  const std::string_view* Bytes;
-};
-constexpr const char* ScriptType = "text/javascript; charset=utf-8";
-constexpr std::array<TAsset, 12> Assets{{{"", "text/html; charset=utf-8", &IndexPage},
-                                         {"style.css", "text/css; charset=utf-8", &Style},
-                                         {"app.js", ScriptType, &AppScript},
-                                         {"api.js", ScriptType, &ApiScript},
-                                         {"tree.js", ScriptType, &TreeScript},
-                                         {"form.js", ScriptType, &FormScript},
-                                         {"project.js", ScriptType, &ProjectScript},
-                                         {"dialogs.js", ScriptType, &DialogsScript},
-                                         {"log.js", ScriptType, &LogScript},
-                                         {"run.js", ScriptType, &RunScript},
-                                         {"charts.js", ScriptType, &ChartsScript},
-                                         {"dom.js", ScriptType, &DomScript}}};
+constexpr std::string_view FirstPage = "index.html";
+
+// By the end of a file's name.
+constexpr std::array<std::pair<std::string_view, const char*>, 3> MediaTypes{
+    {{".html", "text/html; charset=utf-8"},
+     {".css", "text/css; charset=utf-8"},
+     {".js", "text/javascript; charset=utf-8"}}};
 
 // The same time whatever is wrong.
 bool SameSecret(std::string_view a, std::string_view b) {
@@ -180,9 +170,11 @@ THttpAnswer TEditorServer::TState::Get(std::string_view name, const THttpRequest
   constexpr std::string_view image = "image/";
   if (name == "api/events") return Events(request, gone);
   if (name.starts_with(image)) return Image(name.substr(image.size()));
-  const auto asset = std::ranges::find(Assets, name, &TAsset::Name);
-  if (asset == Assets.end()) return NotThere();
-  return {.Type = asset->Type, .Body = std::string(*asset->Bytes)};
+  const auto asset = std::ranges::find(Assets, name.empty() ? FirstPage : name, &TAsset::Name);
+  const auto type = std::ranges::find_if(
+      MediaTypes, [&](const auto& row) { return asset != Assets.end() && asset->Name.ends_with(row.first); });
+  if (type == MediaTypes.end()) return NotThere();
+  return {.Type = type->second, .Body = std::string(asset->Bytes)};
 }
 
 THttpAnswer TEditorServer::TState::Image(std::string_view type) const {

@@ -126,9 +126,8 @@ TEST_F(EditorSession, ActionsComeGoAndMove) {
 // Words are all that holds the session and its page together.
 TEST_F(EditorSession, KnowsWhatItsPageAsksForAndSaysWhatItReads) {
   std::string scripts;
-  for (const std::string_view script : {AppScript, ApiScript, TreeScript, FormScript, ProjectScript,
-                                        DialogsScript, LogScript, RunScript, ChartsScript, DomScript})
-    scripts += script;
+  for (const TAsset& asset : Assets)
+    if (asset.Name.ends_with(".js")) scripts += asset.Bytes;
   Open(Tests + std::string("    <Action Type=\"LOOP\"/>\n"));
   std::set<std::string> operations;
   for (const std::string asks : {"call(\"", "callUnlessRunning(\"", "look(\"", "edit(\"", "send(\""})
