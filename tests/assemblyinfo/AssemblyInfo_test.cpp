@@ -64,7 +64,7 @@ class C { string a = @"\""[assembly: AssemblyTitle(1)]", b = $"{"[assembly: Asse
 """; char d = '"'; string e = 'd' + "'[assembly: AssemblyTitle(1)]"; }
 #if !DEFINED^#if false^[assembly: AssemblyTitle("a^#endif^#endif
 #if X^string s = "^#endif
-#define A^#if A && !B || A^[assembly: AssemblyTitle(~"o"~"N"~)]^#endif
+#define A^#if A && !B || A^[assembly: AssemblyTitle(~"o"~"N"~)]^#else^[assembly: AssemblyTitle("p")]^#endif
 #if (true)^[assembly: AssemblyTitle(~"o"~"N"~)]^#elif X^[assembly: AssemblyTitle("p")]^#else^[assembly: AssemblyTitle("q")]^#endif)--"},
     {"Visual Basic", VisualBasic, R"--(Dim [[x
 <Assembly: [AssemblyTitle](~"o"~"N"~)>
@@ -78,7 +78,7 @@ REM <Assembly: AssemblyTitle("a")>
 [assembly:::System::Reflection::AssemblyTitleAttribute(~L"a" L"b"~L"N"~)];
 auto s = R"x()" [assembly:AssemblyTitle("")]; )x"; // \
 [assembly:AssemblyTitle("")];
-#if 0^[assembly:AssemblyTitle("")];^#endif^#endif)--"},
+#if 0^[assembly:AssemblyTitle("")];^#elif defined(H)^[assembly:AssemblyTitle(~L"o"~L"N"~)];^#else^[assembly:AssemblyTitle("")];^#endif^#endif)--"},
     {"F#", FSharp, R"--([<assembly: B 1; assembly: AssemblyTitle ~"o"~"N"~>]
 [<assembly: AssemblyTitle(~""""o"""~"N"~)>]
 [<assembly: AssemblyTitle ~"o"~"N"~^  assembly: AssemblyCompany "c"^  assembly: Foo>]
@@ -131,6 +131,10 @@ const TCase Escapes[] = {
     {"C++", Cpp, R"x([assembly:AssemblyTitle(L"~~\"\\\n*/?\?/~")];)x", Nasty},
     {"J#", JSharp, R"x(/** @assembly AssemblyTitle("~~\"\\\n*\057??/~") */)x", Nasty},
     {"F#", FSharp, R"x([<assembly: AssemblyTitle("~~\"\\\n*/??/~")>])x", Nasty},
+    {"the same already",
+     CSharp,
+     R"x([assembly: AssemblyTitle("\U0001F600")])x",
+     {{u"AssemblyTitle", u"\U0001F600"}}},
     {"Visual Basic", VisualBasic,
      R"x(<Assembly: AssemblyTitle("~~""\" & Microsoft.VisualBasic.ChrW(10) & "*/??/~")>)x", Nasty},
 };

@@ -1,7 +1,8 @@
 #include "tests/mstest/MSTestActionFixture.h"
 
-#include "contract/FileUpdates.h"
 #include "foundation/platform/Files.h"
+#include "foundation/text/CommandLine.h"
+#include "tests/support/DryRun.h"
 
 #include <filesystem>
 #include <functional>
@@ -121,17 +122,7 @@ TEST_F(MSTestResults, OnlyWhatThisRunHasWrittenCounts) {
 
 TEST_F(MSTestResults, ADryRunInterpretsNothing) {
   folder_.Write("out.trx", ThreeResults);
-  struct : IKxFileUpdates {
-    platform::Result<std::string> Read(std::u16string_view) override { return std::string(); }
-    platform::Status Replace(std::u16string_view, std::string_view) override { return platform::Done{}; }
-    platform::Status CopyIfMissing(std::u16string_view, std::u16string_view) override {
-      return platform::Done{};
-    }
-    bool IsDryRun() const override { return true; }
-  } dryRun;
-  TKxServices services = CurrentServices();
-  services.Files = &dryRun;
-  SetServices(services);
+  const TFakeDryRun dryRun;
   EXPECT_TRUE(action_.Execute());
   EXPECT_THAT(Outcome(), ElementsAre());
 }
@@ -183,25 +174,32 @@ TEST_F(MSTestResults, CountsArePublishedInOnePlace) {
   EXPECT_EQ(Outcome(), Metrics("1", "2", "1239"));
 }
 
-// The results file that MSTest was told of.
-std::u16string ResultsFile(const TRun& run) {
-  constexpr std::string_view name = "/resultsfile:";
-  const std::size_t begin = run.Parameters.find(name) + name.size();
-  return text::FromUtf8(run.Parameters.substr(begin, run.Parameters.find(' ', begin) - begin));
-}
+class MSTestTemporaryResults : public MSTestResults {
+protected:
+  MSTestTemporaryResults() { Set(u"OutputFileName="); }
 
-TEST_F(MSTestResults, ATemporaryFileGoesOnceItWasRead) {
-  Set(u"OutputFileName=");
-  for (const int exitCode : {1, ExitCodeTerminated}) {
+  // Runs an MSTest that writes where it was told to and ends so; that file.
+  std::u16string RunInto(TCustomKxAction& action, int exitCode) {
+    std::u16string file;
     host_.ClearLog();
-    host_.Play({.ExitCode = exitCode, .During = [this] {
-                  ASSERT_TRUE(platform::SaveFile(ResultsFile(host_.Runs().back()), ThreeResults));
+    host_.Play({.StdOut = {u"Passed  A"}, .ExitCode = exitCode, .During = [&] {
+                  const auto arguments =
+                      text::SplitCommandLine(text::FromUtf8(host_.Runs().back().Parameters));
+                  file = arguments[1].substr(arguments[1].find(u':') + 1);
+                  ASSERT_TRUE(platform::SaveFile(file, ThreeResults));
                 }});
-    EXPECT_FALSE(action_.Execute());
+    EXPECT_FALSE(action.Execute());
+    return file;
+  }
+};
+
+TEST_F(MSTestTemporaryResults, GoOnceTheyWereRead) {
+  for (const int exitCode : {1, ExitCodeTerminated}) {
+    EXPECT_FALSE(platform::FileExists(RunInto(action_, exitCode)));
     auto expected = Metrics("1", "2", "1239");
     if (exitCode == ExitCodeTerminated) expected.insert(expected.begin(), "3 Action Terminated by User.");
+    expected.insert(expected.begin(), "0 Passed  A");
     EXPECT_EQ(Outcome(), expected);
-    EXPECT_FALSE(platform::FileExists(ResultsFile(host_.Runs().back())));
   }
   // The next run's file is the user's own again.
   Set(u"OutputFileName=" + folder_.Path() + u"/out.trx");
@@ -209,27 +207,17 @@ TEST_F(MSTestResults, ATemporaryFileGoesOnceItWasRead) {
   EXPECT_TRUE(platform::FileExists(folder_.Path() + u"/out.trx"));
 }
 
-TEST_F(MSTestResults, ATemporaryFileStaysWhenItCannotBeInterpreted) {
+TEST_F(MSTestTemporaryResults, StayWhenTheyCannotBeInterpreted) {
   TKxMSTestAction action([](std::u16string_view, std::u16string&) -> TKxArrayOfMSTestResult {
     throw EKxException(u"The results make no sense.");
   });
   action.Attach(host_);
   action.Input().AssemblyFileName = u"a.dll";
-  host_.Play({.During = [this] {
-    ASSERT_TRUE(platform::SaveFile(ResultsFile(host_.Runs().back()), ThreeResults));
-  }});
-  EXPECT_FALSE(action.Execute());
-  const std::u16string file = ResultsFile(host_.Runs().back());
-  EXPECT_THAT(Outcome(), ElementsAre("3 Could not interpret MSTest results: The results make no sense.",
-                                     "3 MSTest test results file: " + text::ToUtf8(file)));
-  EXPECT_TRUE(platform::FileExists(file));
+  const std::u16string file = RunInto(action, 0);
+  EXPECT_THAT(Outcome(),
+              ElementsAre("0 Passed  A", "3 Could not interpret MSTest results: The results make no sense.",
+                          "3 MSTest test results file: " + text::ToUtf8(file)));
   EXPECT_TRUE(platform::RemoveFile(file));
-}
-
-TEST_F(MSTestResults, OutputIsPassedOnAndAStopEndsTheAction) {
-  host_.Play({.StdOut = {u"Passed  A", u"Failed  B"}, .ExitCode = ExitCodeTerminated});
-  EXPECT_FALSE(action_.Execute());
-  EXPECT_THAT(Outcome(), ElementsAre("0 Passed  A", "0 Failed  B", "3 Action Terminated by User."));
 }
 
 } // namespace

@@ -64,8 +64,10 @@ TEST_F(TTablePagesTest, KindsItemsAndRulesComeFromTheTable) {
   editor_.Open(page, action_);
   Type(page, u"OverrideWarnings=True&SelectedWarningsAsErrors=True");
   EXPECT_TRUE(page.Field(u"WarningsAsErrors").Enabled && !page.Field(u"DisableWarnings").Enabled);
-  Type(page, u"OverrideWarnings=False&LogLevel=Diagnostic&ExtraMSBuildProperties=A=1\nB=2&MaxCPUs=4");
+  Type(page, u"OverrideWarnings=False&LogLevel=Diagnostic&ExtraMSBuildProperties=A=1\nB=2&MaxCPUs=4x");
   EXPECT_FALSE(page.Field(u"WarningsAsErrors").Enabled);
+  EXPECT_EQ(FailureOf([&] { page.WriteActionData(); }), "\"Max CPUs\" takes a whole number, not \"4x\".");
+  Type(page, u"MaxCPUs=4");
   page.WriteActionData();
   EXPECT_EQ(action_.MSBuild().LogLevel, TMSLogLevel::llDiagnostic);
   EXPECT_EQ(action_.MSBuild().ExtraMSBuildProperties, (text::TStringList{u"A=1", u"B=2"}));

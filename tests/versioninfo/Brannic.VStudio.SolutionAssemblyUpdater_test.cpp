@@ -134,25 +134,27 @@ TEST_F(SolutionAssemblyUpdater, WebProjectsAreFoundAsTheActionSays) {
 
 // What another source of the project carries is changed there; nothing stands twice.
 TEST_F(SolutionAssemblyUpdater, ChangesAnAttributeWhereItStands) {
-  // The project beside its AssemblyInfo.cs without a version, and whether it is added there.
-  const std::tuple<const char*, std::string, bool> cases[] = {
-      {"a link", R"(<Compile Include="..\Common.cs"><Link>Common.cs</Link></Compile>)", false},
+  // What the project has beside its AssemblyInfo.cs without a version, and where that comes to stand.
+  const std::tuple<const char*, std::string, std::string> cases[] = {
+      {"a link", R"(<Compile Include="..\Common.cs"><Link>Common.cs</Link></Compile>)", "Common.cs"},
       {"a link of Visual Studio 2003",
-       R"(<File RelPath="Common.cs" Link="..\Common.cs" BuildAction="Compile"/>)", false},
-      {"a C++ project", R"(<File RelativePath="..\Common.cpp"/>)", false},
+       R"(<File RelPath="Common.cs" Link="..\Common.cs" BuildAction="Compile"/>)", "Common.cs"},
+      {"a C++ project", R"(<File RelativePath="..\Common.cpp"/>)", "Common.cpp"},
       {"a list with escapes and properties",
        R"(<PropertyGroup><Root>..\</Root></PropertyGroup><Compile Include="x.cs;$(Root)%43ommon.cs"/>)",
-       false},
-      {"a pattern", R"(<Compile Include="..\**\C*n.cs" Exclude="..\b\**"/>)", false},
-      {"an imported file", R"(<Import Project="..\all.targets"/>)", false},
-      {"an item under a condition", R"(<Compile Include="..\Common.cs" Condition="'$(X)'=='1'"/>)", false},
-      {"in a comment", R"(<!-- <Compile Include="..\Common.cs"/> -->)", true},
-      {"not compiled", R"(<None Include="..\Common.cs"/>)", true},
-      {"removed again", R"(<Compile Include="..\Common.cs"/><Compile Remove="..\Common.cs"/>)", true},
-      {"not on disk", R"(<Compile Include="..\Missing.cs"/>)", true},
-      {"not on disk yet", R"(<Compile Include="..\MyVersion.cs"/>)", true},
+       "Common.cs"},
+      {"a pattern", R"(<Compile Include="..\**\C*n.cs" Exclude="..\b\**"/>)", "Common.cs"},
+      {"an imported file", R"(<Import Project="..\all.targets"/>)", "Common.cs"},
+      {"an item under a condition", R"(<Compile Include="..\Common.cs" Condition="'$(X)'=='1'"/>)",
+       "Common.cs"},
+      {"in a comment", R"(<!-- <Compile Include="..\Common.cs"/> -->)", "a/AssemblyInfo.cs"},
+      {"not compiled", R"(<None Include="..\Common.cs"/>)", "a/AssemblyInfo.cs"},
+      {"removed again", R"(<Compile Include="..\Common.cs"/><Compile Remove="..\Common.cs"/>)",
+       "a/AssemblyInfo.cs"},
+      {"not on disk", R"(<Compile Include="..\Missing.cs"/>)", "a/AssemblyInfo.cs"},
+      {"not on disk yet", R"(<Compile Include="..\MyVersion.cs"/>)", "a/AssemblyInfo.cs"},
   };
-  for (const auto& [name, item, isAdded] : cases) {
+  for (const auto& [name, item, stamped] : cases) {
     SCOPED_TRACE(name);
     solution_.resize(solution_.find('\n') + 1);
     AddProject('A', "a/a.csproj", "<Project><Compile Include=\"AssemblyInfo.cs\"/>" + item + "</Project>");
@@ -162,9 +164,9 @@ TEST_F(SolutionAssemblyUpdater, ChangesAnAttributeWhereItStands) {
     folder_.Write("Common.cs", Old);
     folder_.Write("Common.cpp", std::string(Old) + ";");
     Updater()->UpdateAllProjects();
-    EXPECT_EQ(Read("a/AssemblyInfo.cs").find("AssemblyVersion") != std::string::npos, isAdded);
-    EXPECT_EQ(Read("Common.cs") == New || Read("Common.cpp") == std::string(New) + ";", !isAdded);
-    const bool isWarned = !isAdded || std::string_view(name) == "not on disk yet";
+    for (const std::string file : {"a/AssemblyInfo.cs", "Common.cs", "Common.cpp"})
+      EXPECT_EQ(Read(file).find(New) != std::string::npos, file == stamped) << file;
+    const bool isWarned = stamped != "a/AssemblyInfo.cs" || std::string_view(name) == "not on disk yet";
     EXPECT_EQ(Messages().empty(), !isWarned);
   }
 }

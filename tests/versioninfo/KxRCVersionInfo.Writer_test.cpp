@@ -165,9 +165,12 @@ TEST_F(ResourceScriptWriter, WritesControlCharactersAsEscapes) {
   EXPECT_EQ(Content(), once);
 }
 
-TEST_F(ResourceScriptWriter, KeepsHalfACharacterAtTheEndOfAText) {
-  Stamp(Block("We\\0", "\x83\x5C"));
-  EXPECT_NE(Content().find("VALUE \"CompanyName\", \"\x83\x5C\"\r\n"), std::string::npos) << Content();
+TEST_F(ResourceScriptWriter, DoublesABackslashAtTheEndOfATextUnlessItIsHalfACharacter) {
+  for (const auto& [end, kept] : {std::pair("\x83\x5C", "\x83\x5C"), {"We\\", "We\\\\"}}) {
+    Stamp(Block("We\\0", end));
+    EXPECT_NE(Content().find(std::string("VALUE \"CompanyName\", \"") + kept + "\"\r\n"), std::string::npos)
+        << Content();
+  }
 }
 
 } // namespace
