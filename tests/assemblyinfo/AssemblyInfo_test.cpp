@@ -78,7 +78,8 @@ REM <Assembly: AssemblyTitle("a")>
 [assembly:::System::Reflection::AssemblyTitleAttribute(~L"a" L"b"~L"N"~)];
 auto s = R"x()" [assembly:AssemblyTitle("")]; )x"; // \
 [assembly:AssemblyTitle("")];
-#if 0^[assembly:AssemblyTitle("")];^#elif defined(H)^[assembly:AssemblyTitle(~L"o"~L"N"~)];^#else^[assembly:AssemblyTitle("")];^#endif^#endif)--"},
+#if 0^[assembly:AssemblyTitle("")];^#endif^#endif
+#define A^#if defined(A)^[assembly:AssemblyTitle(~"o"~"N"~)];^#else^[assembly:AssemblyTitle("")];^#endif)--"},
     {"F#", FSharp, R"--([<assembly: B 1; assembly: AssemblyTitle ~"o"~"N"~>]
 [<assembly: AssemblyTitle(~""""o"""~"N"~)>]
 [<assembly: AssemblyTitle ~"o"~"N"~^  assembly: AssemblyCompany "c"^  assembly: Foo>]
