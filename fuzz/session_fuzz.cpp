@@ -4,11 +4,7 @@
 #include "foundation/text/Exceptions.h"
 #include "foundation/text/Text.h"
 #include "fuzz/FuzzTarget.h"
-#include "package/registration/KxVSDotNetReg.h"
-#include "program/editor/EditorSession.h"
-#include "program/runner/PluginLoader.h"
-#include "tests/runner/TestActions.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/editor/SessionWorld.h"
 
 #include <algorithm>
 #include <array>
@@ -18,38 +14,6 @@ namespace {
 
 using editor::TEditorSession;
 using editor::TJson;
-
-class TNoFrameworks : public IKxDotNetInfo {
-public:
-  std::optional<std::u16string> GetFrameworkDirectory(std::u16string_view /*version*/) override {
-    return std::nullopt;
-  }
-};
-
-// The package's actions and pages, and two actions without pages.
-struct TWorld {
-  TWorld() {
-    Store.Load(Folder.Path("options.ini"));
-    Services.RegisterAction(u"STEP", u"Tests", tests::TStepAction::Class());
-    Services.RegisterAction(u"LOOP", u"Tests", tests::TLoopAction::Class());
-    SetServices({.Actions = &Services,
-                 .Scripting = &Services,
-                 .Options = &Services,
-                 .Design = &Design,
-                 .PropertySetDesign = &Design,
-                 .DotNet = &Frameworks});
-    RegisterVisualStudioDotNet(TDesignContext());
-  }
-  ~TWorld() { SetServices({}); }
-  TWorld(const TWorld&) = delete;
-  TWorld& operator=(const TWorld&) = delete;
-
-  tests::TTemporaryFolder Folder;
-  TOptionsStore Store;
-  TServiceRegistry Services{Store};
-  editor::TEditorDesign Design;
-  TNoFrameworks Frameworks;
-};
 
 // What of a state undoing gives back.
 TJson ProjectOf(TJson state) {
@@ -102,20 +66,19 @@ void Do(TEditorSession& session, std::string_view operation, const TJson& argume
 }
 
 void Check(std::string_view bytes) {
-  static TWorld world;
+  static tests::TSessionWorld world;
   TInput input(bytes);
-  const std::u16string file = world.Folder.Write("p.kxproj", input.Part());
+  world.Folder.Write("p.kxproj", input.Part());
   try {
-    TEditorSession session(world.Services, world.Design,
-                           editor::TSessionSettings{file, {{}, world.Folder.Path("keys")}});
+    const auto session = world.Open();
     for (int i = 0; i < 12 && !input.IsEmpty(); ++i) {
       const std::string_view line = input.Line();
       const std::size_t blank = std::min(line.find(' '), line.size());
       const auto arguments = TJson::parse(line.substr(blank), nullptr, false);
-      if (!arguments.is_discarded()) Do(session, line.substr(0, blank), arguments);
+      if (!arguments.is_discarded()) Do(*session, line.substr(0, blank), arguments);
     }
-    Ask(session, "save", {{"overwrite", true}});
-    Ask(session, "reload", TJson::object());
+    Ask(*session, "save", {{"overwrite", true}});
+    Ask(*session, "reload", TJson::object());
   } catch (const EKxParseError&) { // no project
   }
 }

@@ -3,8 +3,6 @@
 #include "tests/editor/HttpClient.h"
 #include "tests/editor/SessionFixture.h"
 
-#include <gmock/gmock.h>
-
 #include <thread>
 
 namespace kx::editor {
@@ -15,12 +13,8 @@ using tests::THttpClient;
 using tests::THttpReply;
 using tests::TStepAction;
 
-// In place of the server's own port in a table, and of the session's folder and cookie.
-std::string Filled(std::string text, const std::string& name, const std::string& value) {
-  for (std::size_t at = text.find(name); at != std::string::npos; at = text.find(name, at + value.size()))
-    text.replace(at, name.size(), value);
-  return text;
-}
+const std::string Host = "Host: HOST\r\n", Origin = "Origin: http://HOST\r\n", Cookie = "Cookie: COOKIE\r\n";
+const std::string Own = Host + Origin + Cookie;
 
 // The server as any program of this machine reaches it.
 class EditorServer : public TSessionFixture {
@@ -28,91 +22,85 @@ protected:
   EditorServer() {
     Open("    <Action Type=\"STEP\" Name=\"mine\"/>\n");
     server_ = std::make_unique<TEditorServer>(*session_);
-    const std::string& address = server_->Address();
-    const std::size_t path = address.find('/', std::string_view("http://").size());
+    const std::string address = server_->Address().substr(std::string_view("http://").size());
+    const std::size_t path = address.find('/');
     const std::size_t query = address.find('?');
-    host_name_ =
-        address.substr(std::string_view("http://").size(), path - std::string_view("http://").size());
-    folder_ = address.substr(path, query - path);
-    query_ = address.substr(query);
+    meant_ = {{"HOST", address.substr(0, path)},
+              {"FOLDER", address.substr(path, query - path)},
+              {"QUERY", address.substr(query)},
+              {"COOKIE", ""}};
   }
-  ~EditorServer() override {
-    TStepAction::Deeds().clear();
-    server_.reset();
-  }
+  ~EditorServer() override { server_.reset(); }
 
-  int Port() const { return std::stoi(host_name_.substr(host_name_.find(':') + 1)); }
+  int Port() const { return std::stoi(meant_.at("HOST").substr(meant_.at("HOST").find(':') + 1)); }
   // A request as it goes over the wire: HOST, FOLDER, COOKIE and QUERY stand for the real ones.
-  THttpReply Send(std::string request) const { return THttpClient(Port()).Ask(Meant(std::move(request))); }
-  std::string Meant(std::string text) const {
-    for (const auto& [name, value] : std::initializer_list<std::pair<const char*, std::string>>{
-             {"HOST", host_name_}, {"FOLDER", folder_}, {"COOKIE", cookie_}, {"QUERY", query_}})
-      text = Filled(std::move(text), name, value);
-    return text;
+  THttpReply Send(std::string request) const {
+    for (const auto& [name, value] : meant_)
+      for (std::size_t at = request.find(name); at != std::string::npos;
+           at = request.find(name, at + value.size()))
+        request.replace(at, name.size(), value);
+    return THttpClient(Port()).Ask(request);
   }
   // Brings the token, as the browser does, and remembers the cookie.
   THttpReply LogIn() {
-    auto reply = Send("GET FOLDERQUERY HTTP/1.1\r\nHost: HOST\r\n\r\n");
+    auto reply = Send("GET FOLDERQUERY HTTP/1.1\r\n" + Host + "\r\n");
     const std::string cookie = reply.Header("Set-Cookie");
-    cookie_ = cookie.substr(0, cookie.find(';'));
+    meant_["COOKIE"] = cookie.substr(0, cookie.find(';'));
     return reply;
   }
   THttpReply Get(const std::string& name) const {
-    return Send("GET FOLDER" + name + " HTTP/1.1\r\nHost: HOST\r\nCookie: COOKIE\r\n\r\n");
+    return Send("GET FOLDER" + name + " HTTP/1.1\r\n" + Host + Cookie + "\r\n");
   }
   THttpReply Ask(const std::string& operation, const std::string& body = "{}") const {
-    return Send("POST FOLDERapi/" + operation +
-                " HTTP/1.1\r\nHost: HOST\r\nOrigin: http://HOST\r\nCookie: COOKIE\r\nContent-Length: " +
-                std::to_string(body.size()) + "\r\n\r\n" + body);
+    return Send("POST FOLDERapi/" + operation + " HTTP/1.1\r\n" + Own +
+                "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body);
   }
 
   std::unique_ptr<TEditorServer> server_;
-  std::string host_name_; // 127.0.0.1:1234
-  std::string folder_;    // "/random/"
-  std::string query_;     // with the token
-  std::string cookie_;
+  std::map<std::string, std::string> meant_;
 };
 
 TEST_F(EditorServer, TheAddressIsGoodForOneBrowser) {
   EXPECT_THAT(server_->Address(), testing::StartsWith("http://127.0.0.1:"));
-  const std::string guess = "GET FOLDER?token=" + std::string(40, 'a') + " HTTP/1.1\r\nHost: HOST\r\n\r\n";
+  const std::string guess = "GET FOLDER?token=" + std::string(40, 'a') + " HTTP/1.1\r\n" + Host + "\r\n";
   EXPECT_EQ(Send(guess).Status, 403) << "a guess uses up nothing";
   const THttpReply first = LogIn();
   EXPECT_EQ(first.Status, 200);
-  EXPECT_THAT(first.Header("Set-Cookie"), HasSubstr("; Path=" + folder_ + "; HttpOnly; SameSite=Strict"));
-  EXPECT_THAT(first.Body, testing::Not(HasSubstr(query_))) << "the page behind does not know it";
-  EXPECT_EQ(Send("GET FOLDERQUERY HTTP/1.1\r\nHost: HOST\r\n\r\n").Status, 403);
+  EXPECT_THAT(first.Header("Set-Cookie"),
+              HasSubstr("; Path=" + meant_["FOLDER"] + "; HttpOnly; SameSite=Strict"));
+  EXPECT_THAT(first.Body, testing::Not(HasSubstr(meant_["QUERY"]))) << "the page behind does not know it";
+  EXPECT_EQ(LogIn().Status, 403);
+  meant_["COOKIE"] = first.Header("Set-Cookie").substr(0, first.Header("Set-Cookie").find(';'));
   EXPECT_EQ(Get("").Status, 200);
   EXPECT_EQ(TJson::parse(Ask("state").Body)["tree"][0]["name"], "mine");
 }
 
 TEST_F(EditorServer, OnlyItsOwnPageIsAnswered) {
   LogIn();
-  const std::string half = cookie_.substr(0, cookie_.size() - 1);
+  const std::string half = meant_["COOKIE"].substr(0, meant_["COOKIE"].size() - 1);
+  const std::string named = "localhost:" + std::to_string(Port());
   const struct {
     const char* Who;
     std::string Head;
     int Status = 403;
   } rows[] = {
-      {"the page", "Host: HOST\r\nOrigin: http://HOST\r\nCookie: COOKIE\r\n", 200},
+      {"the page", Own, 200},
       {"the page, with cookies of others",
        "host: HOST\r\nORIGIN: http://HOST\r\nCookie: a=b; COOKIE; c=d\r\n", 200},
-      {"nobody", "Host: HOST\r\nOrigin: http://HOST\r\n"},
-      {"with half of the cookie", "Host: HOST\r\nOrigin: http://HOST\r\nCookie: " + half + "\r\n"},
-      {"with more than it", "Host: HOST\r\nOrigin: http://HOST\r\nCookie: COOKIEa\r\n"},
-      {"with another's of the same value", "Host: HOST\r\nOrigin: http://HOST\r\nCookie: xCOOKIE\r\n"},
-      {"with two lines of cookies",
-       "Host: HOST\r\nOrigin: http://HOST\r\nCookie: COOKIE\r\nCookie: COOKIE\r\n"},
-      {"a page of another origin", "Host: HOST\r\nOrigin: http://evil.example\r\nCookie: COOKIE\r\n"},
-      {"a page of another port", "Host: HOST\r\nOrigin: http://127.0.0.1:1\r\nCookie: COOKIE\r\n"},
-      {"a page that hides its origin", "Host: HOST\r\nOrigin: null\r\nCookie: COOKIE\r\n"},
-      {"who says no origin", "Host: HOST\r\nCookie: COOKIE\r\n"},
-      {"who says two", "Host: HOST\r\nOrigin: http://HOST\r\nOrigin: http://HOST\r\nCookie: COOKIE\r\n"},
-      {"who asks for another host", "Host: evil.example\r\nOrigin: http://HOST\r\nCookie: COOKIE\r\n"},
-      {"who asks for two hosts", "Host: HOST\r\nHost: HOST\r\nOrigin: http://HOST\r\nCookie: COOKIE\r\n"},
-      {"who asks for none", "Origin: http://HOST\r\nCookie: COOKIE\r\n"},
-      {"who asks for this host by another name",
-       "Host: localhost:" + std::to_string(Port()) + "\r\nOrigin: http://HOST\r\nCookie: COOKIE\r\n"},
+      {"nobody", Host + Origin},
+      {"with half of the cookie", Host + Origin + "Cookie: " + half + "\r\n"},
+      {"with more than it", Host + Origin + "Cookie: COOKIEa\r\n"},
+      {"with another's of the same value", Host + Origin + "Cookie: xCOOKIE\r\n"},
+      {"with two lines of cookies", Own + Cookie},
+      {"a page of another origin", Host + "Origin: http://evil.example\r\n" + Cookie},
+      {"a page of another port", Host + "Origin: http://127.0.0.1:1\r\n" + Cookie},
+      {"a page that hides its origin", Host + "Origin: null\r\n" + Cookie},
+      {"who says no origin", Host + Cookie},
+      {"who says two", Own + Origin},
+      {"who asks for another host", "Host: evil.example\r\n" + Origin + Cookie},
+      {"who asks for two hosts", Own + Host},
+      {"who asks for none", Origin + Cookie},
+      {"who asks for this host by another name", "Host: " + named + "\r\n" + Origin + Cookie},
   };
   for (const auto& row : rows) {
     const auto reply = Send("POST FOLDERapi/state HTTP/1.1\r\n" + row.Head + "Content-Length: 2\r\n\r\n{}");
@@ -136,56 +124,46 @@ TEST_F(EditorServer, NoFileLiesBehindAnAddress) {
 // request is read as another one.
 TEST_F(EditorServer, RequestsAreTakenInOneWayOnly) {
   LogIn();
-  const std::string post =
-      "POST FOLDERapi/state HTTP/1.1\r\nHost: HOST\r\nOrigin: http://HOST\r\nCookie: COOKIE\r\n";
-  const std::string get = "GET FOLDER HTTP/1.1\r\nHost: HOST\r\nCookie: COOKIE\r\n";
-  const std::string second = "GET FOLDERapp.js HTTP/1.1\r\nHost: HOST\r\nCookie: COOKIE\r\n\r\n";
+  const std::string post = "POST FOLDERapi/state HTTP/1.1\r\n" + Own;
+  const std::string get = "GET FOLDER HTTP/1.1\r\n" + Host + Cookie;
+  const std::string second = "GET FOLDERapp.js HTTP/1.1\r\n" + Host + Cookie + "\r\n";
+  const std::string length = "Content-Length: 2\r\n", pieces = "Transfer-Encoding: chunked\r\n";
+  std::string many;
+  for (int i = 0; i < 200; ++i)
+    many += "X: a\r\n";
   const struct {
     const char* What;
     std::string Request;
     int Status;
   } rows[] = {
-      {"two lengths", post + "Content-Length: 2\r\nContent-Length: 4\r\n\r\n{}", 400},
-      {"one length twice", post + "Content-Length: 2\r\nContent-Length: 2\r\n\r\n{}", 400},
+      {"two lengths", post + length + "Content-Length: 4\r\n\r\n{}", 400},
+      {"one length twice", post + length + length + "\r\n{}", 400},
       {"a list of lengths", post + "Content-Length: 2, 2\r\n\r\n{}", 400},
       {"a negative length", post + "Content-Length: -1\r\n\r\n{}", 400},
       {"a length with a sign", post + "Content-Length: +2\r\n\r\n{}", 400},
       {"a length beyond all numbers", post + "Content-Length: 99999999999999999999999\r\n\r\n{}", 400},
-      {"a length and pieces", post + "Content-Length: 2\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n\r\n", 400},
-      {"pieces and a length", post + "Transfer-Encoding: chunked\r\nContent-Length: 2\r\n\r\n0\r\n\r\n", 400},
-      {"pieces", post + "Transfer-Encoding: chunked\r\n\r\n2\r\n{}\r\n0\r\n\r\n", 411},
+      {"a length and pieces", post + length + pieces + "\r\n0\r\n\r\n", 400},
+      {"pieces and a length", post + pieces + length + "\r\n0\r\n\r\n", 400},
+      {"pieces", post + pieces + "\r\n2\r\n{}\r\n0\r\n\r\n", 411},
       {"a folded line", get + "X: a\r\n b\r\n\r\n", 400},
       {"a blank before the colon", post + "Content-Length : 2\r\n\r\n{}", 400},
       {"a line without a colon", get + "X\r\n\r\n", 400},
       {"a zero byte", get + std::string("X: a\0b\r\n\r\n", 10), 400},
-      {"another protocol", "GET FOLDER HTTP/2.0\r\nHost: HOST\r\n\r\n", 400},
+      {"another protocol", "GET FOLDER HTTP/2.0\r\n" + Host + "\r\n", 400},
       {"no protocol", "GET FOLDER\r\n\r\n", 400},
       {"no HTTP at all", "\x16\x03\x01\x02\r\n\r\n", 400},
-      {"an absolute address", "GET http://HOSTFOLDER HTTP/1.1\r\nHost: HOST\r\nCookie: COOKIE\r\n\r\n", 403},
-      {"another method",
-       "PUT FOLDERapi/state HTTP/1.1\r\nHost: HOST\r\nOrigin: http://HOST\r\nCookie: COOKIE\r\n\r\n", 405},
-      {"only the head", "HEAD FOLDER HTTP/1.1\r\nHost: HOST\r\nOrigin: http://HOST\r\nCookie: COOKIE\r\n\r\n",
-       405},
-      {"what could be done",
-       "OPTIONS FOLDERapi/state HTTP/1.1\r\nHost: HOST\r\nOrigin: http://HOST\r\nCookie: COOKIE\r\n\r\n",
-       405},
+      {"an absolute address", "GET http://HOSTFOLDER HTTP/1.1\r\n" + Host + Cookie + "\r\n", 403},
+      {"another method", "PUT FOLDERapi/state HTTP/1.1\r\n" + Own + "\r\n", 405},
+      {"only the head", "HEAD FOLDER HTTP/1.1\r\n" + Own + "\r\n", 405},
+      {"what could be done", "OPTIONS FOLDERapi/state HTTP/1.1\r\n" + Own + "\r\n", 405},
       {"what a page of another origin asks first",
-       "OPTIONS FOLDERapi/state HTTP/1.1\r\nHost: HOST\r\nOrigin: http://evil.example\r\n\r\n", 403},
-      {"a tunnel", "CONNECT 127.0.0.1:80 HTTP/1.1\r\nHost: HOST\r\n\r\n", 403},
+       "OPTIONS FOLDERapi/state HTTP/1.1\r\n" + Host + "Origin: http://evil.example\r\n\r\n", 403},
+      {"a tunnel", "CONNECT 127.0.0.1:80 HTTP/1.1\r\n" + Host + "\r\n", 403},
       {"a large head", get + "X: " + std::string(17000, 'a') + "\r\n\r\n", 431},
       {"a large head without an end", get + "X: " + std::string(17000, 'a'), 431},
-      {"many lines",
-       get +
-           [] {
-             std::string lines;
-             for (int i = 0; i < 200; ++i)
-               lines += "X: a\r\n";
-             return lines;
-           }() +
-           "\r\n",
-       431},
+      {"many lines", get + many + "\r\n", 431},
       {"a large body, before it is sent", post + "Content-Length: 8388609\r\n\r\n", 413},
-      {"another request behind it", post + "Content-Length: 2\r\n\r\n{}" + second, 200},
+      {"another request behind it", post + length + "\r\n{}" + second, 200},
       {"another request where no body is expected", get + "\r\n" + second, 200},
   };
   for (const auto& row : rows) {
@@ -198,20 +176,17 @@ TEST_F(EditorServer, RequestsAreTakenInOneWayOnly) {
 
 TEST_F(EditorServer, WhatCannotBeDoneIsSaidAndTheServerGoesOn) {
   LogIn();
-  const struct {
-    const char* Operation;
-    std::string Body;
-    int Status;
-  } rows[] = {{"state", "no JSON", 400},
-              {"state", "[]", 422},
-              {"state", std::string(100000, '['), 400},
-              {"nothing", "{}", 422},
-              {"", "{}", 422},
-              {"action", R"({"id":7})", 422},
-              {"set", R"({"id":"0","page":0,"field":"None","value":""})", 422}};
-  for (const auto& row : rows) {
-    const auto answer = Ask(row.Operation, row.Body);
-    EXPECT_EQ(answer.Status, row.Status) << row.Operation << row.Body.substr(0, 50);
+  const std::tuple<const char*, std::string, int> rows[] = {
+      {"state", "no JSON", 400},
+      {"state", "[]", 422},
+      {"state", std::string(100000, '['), 400},
+      {"nothing", "{}", 422},
+      {"", "{}", 422},
+      {"action", R"({"id":7})", 422},
+      {"set", R"({"id":"0","page":0,"field":"None","value":""})", 422}};
+  for (const auto& [operation, body, status] : rows) {
+    const auto answer = Ask(operation, body);
+    EXPECT_EQ(answer.Status, status) << operation << body.substr(0, 50);
     EXPECT_TRUE(TJson::parse(answer.Body)["error"].is_string());
   }
   EXPECT_EQ(Ask("state", std::string((std::size_t{8} << 20) + 1, ' ')).Status, 413);

@@ -19,11 +19,9 @@ TEST(EventSpool, LinesAreFoundByTheirNumbersWhereverTheyLie) {
   EXPECT_EQ(spool.Failure(), u"");
   for (const std::size_t piece : {std::size_t{1}, std::size_t{100000}, std::size_t{1} << 30}) {
     std::size_t number = 0;
-    std::size_t asked = 0;
-    while (number < count && asked < 2000) {
+    for (int asked = 0; number < count && asked < 2000; ++asked) {
       std::size_t next = 0;
       const std::string lines = spool.Lines(number, piece, next);
-      ++asked;
       ASSERT_GT(next, number) << piece;
       EXPECT_TRUE(next == number + 1 || lines.size() < piece + (next - number));
       std::string expected;

@@ -7,6 +7,7 @@
 #include <boost/asio/read.hpp>
 #include <boost/asio/write.hpp>
 
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -28,7 +29,7 @@ struct THttpReply {
 
 class THttpClient {
 public:
-  explicit THttpClient(int port) : socket_(io_) {
+  explicit THttpClient(int port) : io_(std::make_unique<boost::asio::io_context>()), socket_(*io_) {
     socket_.connect({boost::asio::ip::address_v4::loopback(), static_cast<unsigned short>(port)});
   }
 
@@ -65,7 +66,7 @@ public:
   void Close() { socket_.close(); }
 
 private:
-  boost::asio::io_context io_;
+  std::unique_ptr<boost::asio::io_context> io_; // which stays where it is
   boost::asio::ip::tcp::socket socket_;
 };
 
