@@ -38,7 +38,8 @@ TEST_F(ConfigurationNames, AreToldFromExpressions) {
       {u"Any CPU|x64", false},
       {u"Debug\\|.*", false},
       {u"[D|R]e", false},
-      {u"nothing", false}, // it matches none
+      {u"Debug[(]?|x64", true}, // no group opens in a class
+      {u"nothing", false},      // it matches none
       {u"Relase|Any CPU", true},
       {u"^Release|x64$", true},
       {u"(Debug|Release)|Any CPU", true},

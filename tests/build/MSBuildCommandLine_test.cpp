@@ -19,7 +19,8 @@ TEST_F(CommandLine, OfMSBuildFollowsTheProperties) {
   host_.Variables[u"Extra"] = u"X";
   host_.Variables[u"Folders"] = u"/a b\n/X\n";
   services_.Frameworks[u"v2.0"] = folder_.Path();
-  const std::string build = "/t:Build /p:Configuration=Debug;Platform=\"Any CPU\"";
+  const std::u16string framework = u"OverrideTargetFramework=True&TargetFramework=fx";
+  const std::string rest = " /p:Configuration=Debug;Platform=\"Any CPU\"", build = "/t:Build" + rest;
   const std::string logger = "Logger,\"BIN/TandemorLogger.dll\" ";
   const std::string end = " /v:minimal /m:2";
   // Windows' own MSBuild reads its command line itself, others take a ";" for the next property.
@@ -28,14 +29,17 @@ TEST_F(CommandLine, OfMSBuildFollowsTheProperties) {
   const std::string numbers = windows ? "\"168;219\"" : "168%3B219", pair = windows ? "\"1;2\"" : "1%3B2";
   const std::string folders = windows ? "\"/a b;/X\"" : "\"/a b%3B/X\"";
   const std::pair<std::u16string, std::string> cases[] = {
-      {u"BuildAction=baDeploy", "/t:Deploy" + build.substr(8) + end},
+      {u"BuildAction=baDeploy&" + framework + u"20", "/t:Deploy" + rest + ";TargetFramework=\"v2.0\"" + end},
+      {u"BuildAction=baRebuild&" + framework + u"30",
+       "/t:Rebuild" + rest + ";TargetFramework=\"v3.0\"" + end},
+      {u"BuildAction=baClean&LogLevel=llDiagnostic&" + framework + u"40",
+       "/t:Clean" + rest + ";TargetFramework=\"v4.0\" /v:diagnostic /m:2"},
       // Visual Studio 2005 knows neither processors nor target frameworks.
-      {u"VStudioVersion=vs2005&OverrideTargetFramework=True", build + " /v:minimal"},
-      {u"OverrideTargetFramework=True&TargetFramework=fx35", build + ";TargetFramework=\"v3.5\"" + end},
+      {u"VStudioVersion=vs2005&" + framework + u"20", build + " /v:minimal"},
+      {framework + u"35", build + ";TargetFramework=\"v3.5\"" + end},
       {u"MaxCPUs=0&LogLevel=llDetailed", build + " /v:detailed /m"},
       {u"LogLevel=llQuiet&StructuredOutput=True", "/t:Build /logger:Tandemor" + logger + "/logger:Null" +
-                                                      logger + "/noconlog" + build.substr(8) +
-                                                      " /v:quiet /m:2"},
+                                                      logger + "/noconlog" + rest + " /v:quiet /m:2"},
       {u"SolutionConfiguration=Nightly", "/t:Build /p:Configuration=Nightly" + end},
       // Settings of a group that is not switched on do nothing.
       {u"DebugConstant=True&Optimize=True&WarningLevel=1&ReferencePaths=/a", build + end},

@@ -63,9 +63,11 @@ TEST_F(Reports, FoldWhatWentWellAndLeaveOpenWhatDidNot) {
   Send(TMessageSent{u"<script>\x1b[2J", TStatusTag::stError});
   Send(TGroupEnded{u"", std::nullopt});
   Send(TActionEnded{{.Result = TResultKind::Succeeded}});
-  const TActionResult whole{.Name = u"All", .Result = TResultKind::Succeeded, .Counts = {7, 3}};
+  const std::chrono::milliseconds time(1500);
+  const TActionResult whole{
+      .Name = u"All", .Result = TResultKind::Succeeded, .Counts = {7, 3}, .Elapsed = time};
   TActionResult build = whole;
-  build.Configurations = {{u"Debug", TResultKind::Succeeded, u"", {7, 3}, {}}};
+  build.Configurations = {{u"Debug", TResultKind::Succeeded, u"", {7, 3}, time}};
   const std::string page = Page({.Result = TResultKind::Succeeded, .Actions = {whole, build}});
   for (const char* part :
        {"<title>Night&lt;ly&gt;: succeeded</title>",
@@ -74,7 +76,8 @@ TEST_F(Reports, FoldWhatWentWellAndLeaveOpenWhatDidNot) {
         "<details class=\"success bad\" open><summary><span class=\"title\">Build it</span>",
         "<pre class=\"error\">&lt;script&gt;\u241b[2J\n</pre>",
         "All</td><td></td><td class=\"warning\">succeeded</td><td class=\"number\">7</td><td "
-        "class=\"number\">3<"})
+        "class=\"number\">3<",
+        "<td class=\"number\">1.50 s<"})
     EXPECT_THAT(page, HasSubstr(part));
   EXPECT_THAT(page, Not(HasSubstr("(the rest)")));
 }

@@ -83,14 +83,20 @@ TEST_F(RunTest, GroupsLeftOpenAreClosedAndForeignOnesStay) {
 }
 
 TEST_F(RunTest, ASecretIsMaskedWhereverATextRepeatsIt) {
-  Add(u"a", nullptr, [](TStepAction& a) {
-    const std::u16string clear = a.DecryptString(a.EncryptString(u"hush!"));
-    EXPECT_EQ(clear, u"hush!");
-    a.StartMessageGroup(u"with " + clear);
-    a.SendMessage(u"<" + clear + clear + u">");
+  const std::u16string secret = u"hush!";
+  TStepAction& step = Add(secret, &Host.AddLoop({secret}), [&secret](TStepAction& a) {
+    a.StartConfiguration(secret);
+    a.SendMetricString(secret, secret, secret);
+    a.StartMessageGroup(u"with " + secret);
+    a.SendMessage(u"<" + secret + secret + u">");
+    a.EndConfiguration(TKxOutcome::koSucceeded);
     return true;
   });
-  EXPECT_THAT(Host.Run(), ElementsAre("a {", "  > with ***", "    0 <******>", "  <", "} True"));
+  EXPECT_EQ(step.DecryptString(step.EncryptString(secret)), secret);
+  EXPECT_THAT(Host.Run(), ElementsAre("Loop {", "  *** [***] {", "    # *** *** *** ***", "    > with ***",
+                                      "      0 <******>", "    <", "  } True", "} True"));
+  const TActionResult& row = Host.Report.Actions.at(1);
+  EXPECT_EQ(row.Name + row.Pass + row.Configurations.at(0).Configuration, u"*********");
 }
 
 TEST_F(RunTest, LoopsRunTheirChildrenWithTheLoopVariable) {

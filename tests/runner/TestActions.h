@@ -63,6 +63,7 @@ const TKxEnumeration& ColourEnumeration();
 // The log of a run as lines:
 //   "Name {"  "} True"      an action begins and ends (with its pass behind the name: "Name [a] {")
 //   "3 text"                a message with its status
+//   "# category name text configuration"  a metric
 //   "> title"  "< 1"        a group opens and closes ("<" without a status)
 // each indented by its depth.
 class TRecordingSink : public IRunEventSink {
