@@ -1,4 +1,4 @@
-#include "foundation/platform/System.h"
+#include "foundation/platform/Secrets.h"
 
 #include "foundation/platform/Posix.h"
 

@@ -6,7 +6,6 @@
 
 #include <array>
 #include <cstdlib>
-#include <dlfcn.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -53,27 +52,6 @@ Status OpenInBrowser(std::u16string_view address) {
   if (error != 0) return Failure{u"Cannot start xdg-open."};
   waitpid(shell, nullptr, 0);
   return Done{};
-}
-
-std::optional<std::u16string> ReadLocalMachineString(std::u16string_view /*key*/,
-                                                     std::u16string_view /*value*/) {
-  return std::nullopt;
-}
-
-Result<EntryPoint> LoadLibraryEntry(std::u16string_view path, std::string_view entry) {
-  const auto fail = [&] {
-    const char* reason = dlerror();
-    return FileFailure(u"load library", path, text::FromUtf8(reason == nullptr ? "" : reason));
-  };
-  const Result<std::string> native = posix::NativeForWriting(path);
-  if (!native) return FileFailure(u"load library", path, native.Message());
-  // Without a separator the loader would search the system's folders instead.
-  const std::string file = native->find('/') == std::string::npos ? "./" + *native : *native;
-  void* library = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (library == nullptr) return fail();
-  void* symbol = dlsym(library, std::string(entry).c_str());
-  if (symbol == nullptr) return fail();
-  return reinterpret_cast<EntryPoint>(symbol);
 }
 
 } // namespace kx::platform

@@ -1,7 +1,7 @@
 #include "package/build/KxVSDotNetOptions.h"
 
 #include "contract/Services.h"
-#include "foundation/platform/System.h"
+#include "foundation/platform/Registry.h"
 #include "foundation/text/Text.h"
 
 namespace kx {

@@ -2,9 +2,17 @@
 #include "contract/Pages.h"
 #include "foundation/platform/Console.h"
 #include "foundation/text/Encoding.h"
+#include "foundation/text/Exceptions.h"
 #include "foundation/text/Text.h"
-#include "program/cli/Common.h"
+#include "program/cli/Commands.h"
+#include "program/cli/CommonOptions.h"
+#include "program/cli/HostSession.h"
+#include "program/cli/Output.h"
+#include "program/cli/Usage.h"
 #include "program/editor/EditorDesign.h"
+#include "program/runner/Project.h"
+#include "program/runner/Run.h"
+#include "program/runner/ServiceRegistry.h"
 
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>

@@ -1,9 +1,33 @@
 // The options that several commands share, and which command uses which.
 #pragma once
 
-#include "program/cli/Common.h"
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace CLI {
+class App;
+}
 
 namespace kx::cli {
+
+enum class TVerbosity { Quiet, Minimal, Normal, Detailed, Diagnostic };
+enum class TColorChoice { Auto, Always, Never };
+
+// Texts are UTF-8 as the command-line library delivers them.
+struct TCommonOptions {
+  std::string OptionsFile;
+  std::vector<std::string> Overrides;
+  std::vector<std::string> Plugins;
+  std::vector<std::string> Drives;
+  std::string LogFile;
+  std::string JUnitFile;
+  std::string ReportFile;
+  bool DryRun = false;
+  std::string Ci; // a name of program/report/CiDialect.h, or "auto"
+  TVerbosity Verbosity = TVerbosity::Normal;
+  TColorChoice Color = TColorChoice::Auto;
+};
 
 // Takes all of them, in front of the command and behind it.
 void DefineCommonOptions(CLI::App& app, TCommonOptions& options);

@@ -1,9 +1,11 @@
 #include "program/cli/ConsoleSink.h"
 
+#include "contract/Actions.h"
 #include "foundation/platform/Console.h"
 #include "foundation/platform/System.h"
 #include "foundation/text/Encoding.h"
 #include "foundation/text/Text.h"
+#include "program/cli/Output.h"
 
 #include <array>
 #include <ctime>

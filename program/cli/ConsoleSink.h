@@ -3,7 +3,8 @@
 // annotations.
 #pragma once
 
-#include "program/cli/Common.h"
+#include "contract/Actions.h"
+#include "program/cli/CommonOptions.h"
 #include "program/cli/Palette.h"
 #include "program/cli/StatusLine.h"
 #include "program/report/CiDialect.h"

@@ -1,9 +1,17 @@
 // kxhost do: one action without a project file.
 #include "foundation/text/Encoding.h"
+#include "foundation/text/Exceptions.h"
 #include "foundation/text/Text.h"
-#include "program/cli/Common.h"
+#include "program/cli/Commands.h"
+#include "program/cli/CommonOptions.h"
 #include "program/cli/FileKinds.h"
+#include "program/cli/HostSession.h"
+#include "program/cli/RunArguments.h"
+#include "program/cli/RunProject.h"
 #include "program/cli/SecretArguments.h"
+#include "program/cli/Usage.h"
+#include "program/runner/Project.h"
+#include "program/runner/Run.h"
 
 #include <CLI/CLI.hpp>
 

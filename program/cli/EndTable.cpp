@@ -1,4 +1,6 @@
+#include "contract/Actions.h"
 #include "program/cli/ConsoleSink.h"
+#include "program/cli/Output.h"
 
 #include "foundation/text/Encoding.h"
 

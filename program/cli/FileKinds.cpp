@@ -4,7 +4,7 @@
 #include "foundation/platform/TextFiles.h"
 #include "foundation/text/Text.h"
 #include "foundation/text/WindowsPath.h"
-#include "program/cli/Common.h"
+#include "program/cli/Usage.h"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,9 @@
-#include "program/cli/Common.h"
+#include "program/cli/HostSession.h"
+
+#include "foundation/text/Exceptions.h"
+#include "program/cli/CommonOptions.h"
+#include "program/cli/Output.h"
+#include "program/cli/Usage.h"
 
 #include "foundation/platform/Files.h"
 #include "foundation/platform/PrivateFolder.h"

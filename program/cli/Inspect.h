@@ -1,6 +1,7 @@
 // kxhost inspect: what the package reads in a file, as JSON or for people.
 #pragma once
 
+#include "foundation/text/Exceptions.h"
 #include "program/cli/Output.h"
 
 #include <nlohmann/json_fwd.hpp>

@@ -1,3 +1,4 @@
+#include "contract/Actions.h"
 #include "program/cli/Inspect.h"
 
 #include "foundation/text/Encoding.h"

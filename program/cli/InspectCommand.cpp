@@ -2,8 +2,11 @@
 #include "foundation/text/Encoding.h"
 #include "foundation/text/Text.h"
 #include "package/solution/VSNETSLN.h"
-#include "program/cli/Common.h"
+#include "program/cli/Commands.h"
+#include "program/cli/CommonOptions.h"
+#include "program/cli/HostSession.h"
 #include "program/cli/Inspect.h"
+#include "program/cli/Usage.h"
 
 #include <CLI/CLI.hpp>
 

@@ -1,4 +1,5 @@
 #include "program/cli/Inspect.h"
+#include "program/cli/Output.h"
 
 #include "foundation/platform/Files.h"
 #include "foundation/text/Encoding.h"

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "foundation/platform/Files.h"
+#include "foundation/text/Exceptions.h"
 
 #include <functional>
 #include <string>

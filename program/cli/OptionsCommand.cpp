@@ -1,8 +1,13 @@
 // kxhost options: the options store, with what the registered options classes make of it.
 #include "foundation/platform/Console.h"
 #include "foundation/text/Encoding.h"
+#include "foundation/text/Exceptions.h"
 #include "foundation/text/Text.h"
-#include "program/cli/Common.h"
+#include "program/cli/Commands.h"
+#include "program/cli/CommonOptions.h"
+#include "program/cli/HostSession.h"
+#include "program/cli/Output.h"
+#include "program/cli/Usage.h"
 #include "program/runner/KnownOptions.h"
 
 #include <CLI/CLI.hpp>

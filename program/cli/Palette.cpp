@@ -1,5 +1,6 @@
 #include "program/cli/Palette.h"
 
+#include "contract/Actions.h"
 #include "foundation/platform/Console.h"
 #include "foundation/platform/System.h"
 

@@ -1,7 +1,8 @@
 // Colours on the terminal.
 #pragma once
 
-#include "program/cli/Common.h"
+#include "contract/Actions.h"
+#include "program/cli/CommonOptions.h"
 
 #include <string>
 #include <string_view>

@@ -1,6 +1,11 @@
+#include "program/cli/RunArguments.h"
+
 // The arguments that every command takes that runs actions.
 #include "foundation/text/Encoding.h"
-#include "program/cli/Common.h"
+#include "foundation/text/Exceptions.h"
+#include "program/cli/HostSession.h"
+#include "program/cli/Usage.h"
+#include "program/runner/Project.h"
 
 #include <CLI/CLI.hpp>
 

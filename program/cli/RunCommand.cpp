@@ -4,10 +4,17 @@
 #include "foundation/text/Encoding.h"
 #include "foundation/text/Text.h"
 #include "foundation/text/WindowsPath.h"
-#include "program/cli/Common.h"
+#include "program/cli/Commands.h"
+#include "program/cli/CommonOptions.h"
 #include "program/cli/FileKinds.h"
+#include "program/cli/HostSession.h"
+#include "program/cli/Output.h"
+#include "program/cli/RunArguments.h"
+#include "program/cli/RunProject.h"
 #include "program/cli/SecretArguments.h"
+#include "program/cli/Usage.h"
 #include "program/runner/ProjectFile.h"
+#include "program/runner/Run.h"
 
 #include <CLI/CLI.hpp>
 

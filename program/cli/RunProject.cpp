@@ -1,13 +1,19 @@
+#include "program/cli/RunProject.h"
+
 #include "foundation/platform/Console.h"
 #include "foundation/platform/Files.h"
 #include "foundation/text/Encoding.h"
 #include "foundation/text/WindowsPath.h"
-#include "program/cli/Common.h"
+#include "program/cli/CommonOptions.h"
 #include "program/cli/ConsoleSink.h"
 #include "program/cli/FileKinds.h"
+#include "program/cli/HostSession.h"
+#include "program/cli/Output.h"
+#include "program/cli/Usage.h"
 #include "program/report/HtmlReport.h"
 #include "program/report/JUnitSink.h"
 #include "program/report/JsonLinesSink.h"
+#include "program/runner/Project.h"
 
 #include <algorithm>
 #include <array>

@@ -4,7 +4,9 @@
 #include "foundation/platform/System.h"
 #include "foundation/text/Encoding.h"
 #include "foundation/text/Text.h"
+#include "program/cli/Output.h"
 #include "program/runner/Messages.h"
+#include "program/runner/Project.h"
 
 #include <CLI/CLI.hpp>
 

@@ -2,7 +2,10 @@
 // everybody on the machine.
 #pragma once
 
-#include "program/cli/Common.h"
+#include "program/cli/HostSession.h"
+#include "program/cli/RunArguments.h"
+#include "program/cli/Usage.h"
+#include "program/runner/Project.h"
 #include "program/runner/ProjectFile.h"
 
 #include <string>

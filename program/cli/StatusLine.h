@@ -2,6 +2,7 @@
 // far.
 #pragma once
 
+#include "program/cli/Output.h"
 #include "program/cli/Palette.h"
 #include "program/runner/Results.h"
 

@@ -3,9 +3,11 @@
 #include "foundation/text/Encoding.h"
 #include "foundation/text/Exceptions.h"
 #include "foundation/text/Text.h"
-#include "program/cli/Common.h"
+#include "program/cli/Commands.h"
 #include "program/cli/CommonOptions.h"
 #include "program/cli/FileKinds.h"
+#include "program/cli/Output.h"
+#include "program/cli/Usage.h"
 #include "program/runner/Messages.h"
 
 #include <CLI/CLI.hpp>

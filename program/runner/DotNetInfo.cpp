@@ -1,6 +1,7 @@
 #include "program/runner/DotNetInfo.h"
 
 #include "foundation/platform/Files.h"
+#include "foundation/platform/Registry.h"
 #include "foundation/platform/System.h"
 #include "foundation/text/Text.h"
 #include "foundation/text/WindowsPath.h"

@@ -1,6 +1,7 @@
 #include "program/runner/PluginLoader.h"
 
 #include "foundation/platform/Files.h"
+#include "foundation/platform/SharedLibrary.h"
 #include "foundation/platform/System.h"
 #include "foundation/text/Encoding.h"
 #include "foundation/text/WindowsPath.h"

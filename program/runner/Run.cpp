@@ -1,6 +1,6 @@
 #include "program/runner/Run.h"
 
-#include "foundation/platform/System.h"
+#include "foundation/platform/Secrets.h"
 #include "foundation/text/Encoding.h"
 #include "program/runner/Base64.h"
 #include "program/runner/RunEngine.h"

@@ -1,3 +1,4 @@
+#include "foundation/platform/Secrets.h"
 #include "foundation/platform/System.h"
 #include "tests/support/TemporaryFolder.h"
 

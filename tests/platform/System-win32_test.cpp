@@ -1,4 +1,5 @@
 #include "foundation/platform/DirectoryService.h"
+#include "foundation/platform/Registry.h"
 #include "foundation/platform/System.h"
 #include "foundation/platform/Win32.h"
 

@@ -1,3 +1,4 @@
+#include "foundation/platform/SharedLibrary.h"
 #include "foundation/platform/System.h"
 
 #include "foundation/platform/Files.h"

@@ -1,0 +1,13 @@
+// A run with all that the command line asks of it.
+#pragma once
+
+#include "program/cli/HostSession.h"
+#include "program/runner/Run.h"
+
+namespace kx::cli {
+
+// Runs what the runner's project holds with all sinks of the common options, prints the end table, and gives
+// the exit code.
+int RunProject(TProjectRunner& runner, THostSession& session, const TCommonOptions& options);
+
+} // namespace kx::cli
