@@ -7,6 +7,8 @@
 
 namespace kx::platform {
 
+using namespace win32;
+
 std::optional<std::u16string> ReadLocalMachineString(std::u16string_view key, std::u16string_view value) {
   HKEY opened = nullptr;
   const LSTATUS status =

@@ -5,6 +5,8 @@
 
 namespace kx::platform {
 
+using namespace win32;
+
 Result<EntryPoint> LoadLibraryEntry(std::u16string_view path, std::string_view entry) {
   const auto fail = [&](std::u16string_view reason) { return FileFailure(u"load library", path, reason); };
   const Result<std::wstring> native = ToNative(path);
