@@ -55,8 +55,8 @@ TEST_F(FileLockTest, SaysWhoHoldsItAndWhyItCannotBeHad) {
   EXPECT_FALSE(FileLock::Acquire(Path("none/c"), 0s));
 }
 
-#ifndef _WIN32
 TEST_F(FileLockTest, IsOneBehindLinksAndInOtherLetterCase) {
+  if (IsWindows()) GTEST_SKIP() << "only some users can make links";
   Write("real/Nightly.kxproj");
   std::filesystem::create_symlink("real/Nightly.kxproj", Native("link"));
   std::filesystem::create_directory_symlink("real", Native("folder"));
@@ -66,7 +66,6 @@ TEST_F(FileLockTest, IsOneBehindLinksAndInOtherLetterCase) {
   for (const char* name : {"real/Nightly.kxproj", "folder/Nightly.kxproj", "real/nightly.KXPROJ", "link"})
     EXPECT_FALSE(FileLock::Acquire(Path(name), 0s)) << name;
 }
-#endif
 
 } // namespace
 } // namespace kx::platform

@@ -33,6 +33,10 @@ std::string Id(char letter) {
   return "{" + std::string(36, letter) + "}";
 }
 
+std::string Compiling(const std::string& files, const std::string& more = "") {
+  return "<Project><Compile Include=\"" + files + "\"/>" + more + "</Project>";
+}
+
 // Every web address is a folder of the test's.
 struct TDirectory : IKxDirectoryService {
   explicit TDirectory(std::u16string path) : Path(std::move(path)) { SetServices({.Directory = this}); }
@@ -60,20 +64,15 @@ protected:
     const std::u16string path = folder_.Write("App.sln", solution_ + "Global\nEndGlobal\n");
     return GetAssemblyInfoUpdater(OpenSolution(path, true), action_, action_, web, history);
   }
-  // The messages since the last call, with the test's folder as DIR.
-  std::vector<std::string> Messages() {
-    std::vector<std::string> messages;
-    for (const auto& message : std::exchange(action_.Messages, {}))
-      messages.push_back(folder_.Plain(message));
-    return messages;
+  // The lines with the test's folder as DIR.
+  std::vector<std::string> Plain(std::vector<std::string> lines) const {
+    for (auto& line : lines)
+      line = folder_.Plain(line);
+    return lines;
   }
-  std::vector<std::string> Log() const {
-    std::vector<std::string> log;
-    for (const auto& line : host_.Log())
-      log.push_back(folder_.Plain(line));
-    return log;
-  }
-  std::string Read(std::string_view name) const { return folder_.Read(name); }
+  std::vector<std::string> Log() const { return Plain(host_.Log()); }
+  // Those since the last call.
+  std::vector<std::string> Messages() { return Plain(std::exchange(action_.Messages, {})); }
 
   tests::TTemporaryFolder folder_;
   tests::TRecordingHost host_;
@@ -83,7 +82,7 @@ protected:
 
 constexpr const char* Old = "[assembly: AssemblyVersion(\"1.0\")]";
 constexpr const char* New = "[assembly: AssemblyVersion(\"1.2.3.4\")]";
-constexpr const char* Item = "<Compile Include=\"Properties\\AssemblyInfo.cs\" />";
+const std::string Item = Compiling("Properties\\AssemblyInfo.cs");
 
 TEST_F(SolutionAssemblyUpdater, StampsWhatEachProjectNames) {
   AddProject('A', "a\\a.csproj");
@@ -94,7 +93,7 @@ TEST_F(SolutionAssemblyUpdater, StampsWhatEachProjectNames) {
   EXPECT_THAT(Log(), ElementsAre("0 2 projects to process.", "0 Processing Project File : DIR/a/a.csproj",
                                  "0 File DIR/a/Properties/AssemblyInfo.cs",
                                  "0 Processing Project File : DIR/b.vbproj"));
-  EXPECT_EQ(Read("a/Properties/AssemblyInfo.cs"), New);
+  EXPECT_EQ(folder_.Read("a/Properties/AssemblyInfo.cs"), New);
 }
 
 TEST_F(SolutionAssemblyUpdater, FiltersIdentifiersInTheirOrder) {
@@ -124,7 +123,7 @@ TEST_F(SolutionAssemblyUpdater, WebProjectsAreFoundAsTheActionSays) {
   folder_.Write("Properties/AssemblyInfo.cs", Old);
   TKxWebProjectSettings web;
   Updater(web)->UpdateAllProjects();
-  EXPECT_EQ(Read("Properties/AssemblyInfo.cs"), New);
+  EXPECT_EQ(folder_.Read("Properties/AssemblyInfo.cs"), New);
 
   web.ProjLocDetectMethod = TProjLocDetectMethod::useShare;
   web.SharePath = u"no-such-share$";
@@ -157,15 +156,14 @@ TEST_F(SolutionAssemblyUpdater, ChangesAnAttributeWhereItStands) {
   for (const auto& [name, item, stamped] : cases) {
     SCOPED_TRACE(name);
     solution_.resize(solution_.find('\n') + 1);
-    AddProject('A', "a/a.csproj", "<Project><Compile Include=\"AssemblyInfo.cs\"/>" + item + "</Project>");
+    AddProject('A', "a/a.csproj", Compiling("AssemblyInfo.cs", item));
     folder_.Write("a/AssemblyInfo.cs", "[assembly: AssemblyTitle(\"\")]");
-    folder_.Write("all.targets",
-                  R"(<Project><Compile Include="$(MSBuildThisFileDirectory)Common.cs"/></Project>)");
+    folder_.Write("all.targets", Compiling("$(MSBuildThisFileDirectory)Common.cs"));
     folder_.Write("Common.cs", Old);
     folder_.Write("Common.cpp", std::string(Old) + ";");
     Updater()->UpdateAllProjects();
     for (const std::string file : {"a/AssemblyInfo.cs", "Common.cs", "Common.cpp"})
-      EXPECT_EQ(Read(file).find(New) != std::string::npos, file == stamped) << file;
+      EXPECT_EQ(folder_.Read(file).find(New) != std::string::npos, file == stamped) << file;
     const bool isWarned = stamped != "a/AssemblyInfo.cs" || std::string_view(name) == "not on disk yet";
     EXPECT_EQ(Messages().empty(), !isWarned);
   }
@@ -173,8 +171,8 @@ TEST_F(SolutionAssemblyUpdater, ChangesAnAttributeWhereItStands) {
 
 TEST_F(SolutionAssemblyUpdater, TellsOfSharedSourcesOnce) {
   TAssemblyInfoHistory history;
-  AddProject('A', "a.csproj", R"(<Project><Compile Include="AssemblyInfo.cs;Common.cs"/></Project>)");
-  AddProject('B', "b.csproj", R"(<Project><Compile Include="b/AssemblyInfo.cs;Common.cs"/></Project>)");
+  AddProject('A', "a.csproj", Compiling("AssemblyInfo.cs;Common.cs"));
+  AddProject('B', "b.csproj", Compiling("b/AssemblyInfo.cs;Common.cs"));
   folder_.Write("AssemblyInfo.cs");
   folder_.Write("b/AssemblyInfo.cs");
   folder_.Write("Common.cs", Old);
@@ -185,7 +183,7 @@ TEST_F(SolutionAssemblyUpdater, TellsOfSharedSourcesOnce) {
                   "It is also part of B; to stamp A alone, move the attributes into its own file"));
   action_.Version = u"2.0";
   Updater({}, &history)->UpdateProjects({text::FromAscii(Id('A'))}, nullptr);
-  EXPECT_EQ(Read("Common.cs"), "[assembly: AssemblyVersion(\"2.0\")]");
+  EXPECT_EQ(folder_.Read("Common.cs"), "[assembly: AssemblyVersion(\"2.0\")]");
   EXPECT_THAT(
       Messages(),
       ElementsAre(testing::HasSubstr("is changed for A"),
@@ -194,17 +192,16 @@ TEST_F(SolutionAssemblyUpdater, TellsOfSharedSourcesOnce) {
 }
 
 TEST_F(SolutionAssemblyUpdater, AddsNothingThatAProjectHasAlready) {
-  AddProject('A', "a.csproj", R"(<Project><Compile Include="CommonAssemblyInfo.cs"/></Project>)");
-  AddProject('B', "b.csproj",
-             R"(<Project><Compile Include="CommonAssemblyInfo.cs;AssemblyInfo.cs"/></Project>)");
+  AddProject('A', "a.csproj", Compiling("CommonAssemblyInfo.cs"));
+  AddProject('B', "b.csproj", Compiling("CommonAssemblyInfo.cs;AssemblyInfo.cs"));
   AddProject('C', "c.csproj",
              R"(<Project Sdk="x"><Compile Remove="*"/><None Include="c/AssemblyInfo.cs"/></Project>)");
   folder_.Write("CommonAssemblyInfo.cs", "\n");
   folder_.Write("AssemblyInfo.cs", Old);
   folder_.Write("c/AssemblyInfo.cs", "\n");
   Updater()->UpdateAllProjects();
-  EXPECT_EQ(Read("CommonAssemblyInfo.cs") + Read("c/AssemblyInfo.cs"), "\n\n");
-  EXPECT_EQ(Read("AssemblyInfo.cs"), New);
+  EXPECT_EQ(folder_.Read("CommonAssemblyInfo.cs") + folder_.Read("c/AssemblyInfo.cs"), "\n\n");
+  EXPECT_EQ(folder_.Read("AssemblyInfo.cs"), New);
   EXPECT_THAT(Messages(),
               ElementsAre(testing::HasSubstr(
                               "is not added: B, which is made of this file too, has it already in DIR/"),
@@ -213,26 +210,25 @@ TEST_F(SolutionAssemblyUpdater, AddsNothingThatAProjectHasAlready) {
 
 // Whoever is stamped first: what one project adds must not keep the other from it.
 TEST_F(SolutionAssemblyUpdater, AddsWhatIsCommonToTheFileThatIsAllThatAProjectHas) {
-  AddProject('A', "a.csproj",
-             R"(<Project><Compile Include="AssemblyInfo.cs;CommonAssemblyInfo.cs"/></Project>)");
-  AddProject('B', "b.csproj", R"(<Project><Compile Include="CommonAssemblyInfo.cs"/></Project>)");
+  AddProject('A', "a.csproj", Compiling("AssemblyInfo.cs;CommonAssemblyInfo.cs"));
+  AddProject('B', "b.csproj", Compiling("CommonAssemblyInfo.cs"));
   folder_.Write("AssemblyInfo.cs", "\n");
   folder_.Write("CommonAssemblyInfo.cs", "using System.Reflection;");
   Updater()->UpdateAllProjects();
-  EXPECT_EQ(Read("AssemblyInfo.cs"), "\n");
-  EXPECT_EQ(Read("CommonAssemblyInfo.cs"), std::string("using System.Reflection;\r\n") + New);
+  EXPECT_EQ(folder_.Read("AssemblyInfo.cs"), "\n");
+  EXPECT_EQ(folder_.Read("CommonAssemblyInfo.cs"), std::string("using System.Reflection;\r\n") + New);
   std::filesystem::remove(folder_.Native("CommonAssemblyInfo.cs"));
   Updater()->UpdateAllProjects();
-  EXPECT_THAT(Read("AssemblyInfo.cs"), testing::HasSubstr("AssemblyVersion(\"1.2.3.4\")"));
+  EXPECT_THAT(folder_.Read("AssemblyInfo.cs"), testing::HasSubstr("AssemblyVersion(\"1.2.3.4\")"));
 }
 
 TEST_F(SolutionAssemblyUpdater, PassesOverWhatIsNotThere) {
   AddProject('A', "a.csproj", Item);
   AddProject('B', "b.csproj", "<Project>");
-  AddProject('C', "c.csproj", R"(<Compile Include="AssemblyInfo.cs"/>)");
+  AddProject('C', "c.csproj", Compiling("AssemblyInfo.cs"));
   folder_.Write("AssemblyInfo.cs", Old);
   Updater()->UpdateAllProjects();
-  EXPECT_EQ(Read("AssemblyInfo.cs"), New);
+  EXPECT_EQ(folder_.Read("AssemblyInfo.cs"), New);
   EXPECT_THAT(Log(),
               testing::Contains(testing::AllOf(
                   testing::StartsWith("2 Warning : DIR/a.csproj names "),
@@ -261,7 +257,7 @@ TEST(FindAssemblyInfoName, SeesItemsOneByOne) {
       {"", u""},
   };
   const tests::TTemporaryFolder folder;
-  folder.Write("all.targets", R"(<Project><Compile Include="AssemblyInfo.cs"/></Project>)");
+  folder.Write("all.targets", Compiling("AssemblyInfo.cs"));
   for (const auto& [project, expected] : cases)
     EXPECT_EQ(FindAssemblyInfoName(folder.Write("a.csproj", project), folder.Path()), expected) << project;
 }

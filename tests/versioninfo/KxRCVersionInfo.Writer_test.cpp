@@ -96,47 +96,44 @@ std::string Block(std::string_view from = {}, std::string_view to = {}) {
 }
 
 TEST_F(ResourceScriptWriter, SaysBeforehandWhatRewritingLoses) {
-  const std::tuple<const char*, std::string, std::string> cases[] = {
-      {"what compiles to the same", Block(), ""},
-      {"numbers with blanks", Block("FILEVERSION 1,2,3,4", "FILEVERSION 1, 2, 3, 4"),
-       "changes FILEVERSION 1, 2, 3, 4 to 0, 0, 0, 0, PRODUCTVERSION 1, 2, 3, 4 to 0, 0, 0, 0 in"},
-      {"a macro for a number", Block("1,2,3,4", "APP_VERSION"),
-       "changes FILEVERSION APP_VERSION to 0, 0, 0, 0,"},
-      {"a file type", Block("VFT_APP", "0x2L"), "changes FILETYPE 0x2L to 0x1L in"},
-      {"a system", Block("0x40004L", "VOS__WINDOWS32"), "changes FILEOS VOS__WINDOWS32 to 0x40004L in"},
-      {"a macro for a text", Block("\"We\\0\"", "COMPANY \"\\0\""),
-       "loses the texts CompanyName (COMPANY \"\\0\");"},
-      {"a wide text", Block("\"We", "L\"We"), "loses the texts CompanyName (L\"We\\0\");"},
-      {"doubled quotation marks", Block("We", "\"\"We\"\""),
-       "loses the texts CompanyName (\"\"\"We\"\"\\0\");"},
-      {"a text in the next line", Block("\"CompanyName\", ", "\"CompanyName\",\r\n"),
-       "loses the texts CompanyName (\"We\\0\");"},
-      {"a further language",
-       Block("  END\r\n END", "  END\r\n BLOCK \"040704e4\"\r\n BEGIN\r\n VALUE \"A\", "
-                              "\"b\"\r\n END\r\n END"),
-       "loses the language 040704e4 of"},
-      {"a language that the translation does not say", Block("040904E4", "040704b0"),
-       "loses the language 040704b0 of"},
-      {"more translations", Block("1252", "1252, 0x407, 1252"),
-       "changes Translation 0x409, 1252, 0x407, 1252 to 0x409, 1252 in"},
-      {"the translation first",
-       Block(" BLOCK \"Str", " BLOCK \"VarFileInfo\"\r\nBEGIN\r\nVALUE \"Translation\", 0x409, "
-                             "1252\r\nEND\r\n BLOCK \"Str"),
-       "loses the texts CompanyName (\"We\\0\");"},
-      {"comments and conditions", Block(" FILEFLAGS ", "#ifdef X // c\r\n#endif\r\n FILEFLAGS "),
-       "loses #ifdef X // c, #endif of"},
-      {"braces", "1 VERSIONINFO\r\n{\r\n}\r\n2 ICON \"a.ico\"\r\n",
-       "loses lines 4 to 4, which stand behind the end of"},
-      {"a double-byte character before a digit", "#pragma code_page(932)\r\n" + Block("We\\0", "\x94\\0"),
-       "loses the texts CompanyName ("},
-  };
-  for (const auto& [name, script, loss] : cases) {
+  const auto check = [this](const char* name, const std::string& script, const std::string& loss) {
     Stamp(script);
     const std::string said = loss.empty() ? "" : "Warning : DIR/app.rc: stamping " + loss;
     EXPECT_TRUE(losses_.starts_with(said) && losses_.empty() == said.empty()) << name << "\n" << losses_;
     Stamp(Content());
     EXPECT_EQ(losses_, "") << name << ", again";
-  }
+  };
+  const std::tuple<const char*, const char*, const char*, const char*> cases[] = {
+      {"what compiles to the same", "", "", ""},
+      {"numbers with blanks", "FILEVERSION 1,2,3,4", "FILEVERSION 1, 2, 3, 4",
+       "changes FILEVERSION 1, 2, 3, 4 to 0, 0, 0, 0, PRODUCTVERSION 1, 2, 3, 4 to 0, 0, 0, 0 in"},
+      {"a macro for a number", "1,2,3,4", "APP_VERSION", "changes FILEVERSION APP_VERSION to 0, 0, 0, 0,"},
+      {"a file type", "VFT_APP", "0x2L", "changes FILETYPE 0x2L to 0x1L in"},
+      {"a system", "0x40004L", "VOS__WINDOWS32", "changes FILEOS VOS__WINDOWS32 to 0x40004L in"},
+      {"a macro for a text", R"("We\0")", R"(COMPANY "\0")",
+       R"x(loses the texts CompanyName (COMPANY "\0");)x"},
+      {"a wide text", "\"We", "L\"We", R"x(loses the texts CompanyName (L"We\0");)x"},
+      {"doubled quotation marks", "We", "\"\"We\"\"", R"x(loses the texts CompanyName ("""We""\0");)x"},
+      {"a text in the next line", "Name\", ", "Name\",\r\n", R"x(loses the texts CompanyName ("We\0");)x"},
+      {"a further language", "  END\r\n END",
+       "  END\r\n BLOCK \"040704e4\"\r\n BEGIN\r\n VALUE \"A\", \"b\"\r\n END\r\n END",
+       "loses the language 040704e4 of"},
+      {"a language that the translation does not say", "040904E4", "040704b0",
+       "loses the language 040704b0 of"},
+      {"more translations", "1252", "1252, 0x407, 1252",
+       "changes Translation 0x409, 1252, 0x407, 1252 to 0x409, 1252 in"},
+      {"the translation first", " BLOCK \"Str",
+       " BLOCK \"VarFileInfo\"\r\nBEGIN\r\nVALUE \"Translation\", 0x409, 1252\r\nEND\r\n BLOCK \"Str",
+       R"x(loses the texts CompanyName ("We\0");)x"},
+      {"comments and conditions", " FILEFLAGS ", "#ifdef X // c\r\n#endif\r\n FILEFLAGS ",
+       "loses #ifdef X // c, #endif of"},
+  };
+  for (const auto& [name, from, to, loss] : cases)
+    check(name, Block(from, to), loss);
+  check("braces", "1 VERSIONINFO\r\n{\r\n}\r\n2 ICON \"a.ico\"\r\n",
+        "loses lines 4 to 4, which stand behind the end of");
+  check("a double-byte character before a digit", "#pragma code_page(932)\r\n" + Block("We\\0", "\x94\\0"),
+        "loses the texts CompanyName (");
   Stamp(Block("\"We", "L\"We"), u"CompanyName", u"They");
   EXPECT_EQ(losses_, "") << "asked for";
 }

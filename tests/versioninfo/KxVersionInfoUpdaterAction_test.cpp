@@ -9,7 +9,9 @@
 namespace kx::tests {
 namespace {
 
-class Updater : public testing::Test {
+using namespace testing;
+
+class Updater : public Test {
 protected:
   Updater() {
     action_.Attach(host_);
@@ -45,10 +47,9 @@ TEST_F(Updater, ChangesWhatIsSelectedAndNothingElse) {
                                 u"Unknown=True"};
   Set().emplace(u"LegalCopyright", u"(c) \"us\" C:\\new");
   EXPECT_TRUE(action_.Execute());
-  EXPECT_THAT(host_.Log(),
-              testing::ElementsAre("0 Updating property : MajorVersion - to : 3",
-                                   "0 Updating property : Comments - to : new",
-                                   "0 Updating property : LegalCopyright - to : (c) \"us\" C:\\new"));
+  EXPECT_THAT(host_.Log(), ElementsAre("0 Updating property : MajorVersion - to : 3",
+                                       "0 Updating property : Comments - to : new",
+                                       "0 Updating property : LegalCopyright - to : (c) \"us\" C:\\new"));
   EXPECT_EQ(Script(), "3.4 dll Comments=new,CompanyName=We,\"LegalCopyright=(c) \"\"us\"\" C:\\new\"");
 }
 
@@ -76,14 +77,14 @@ TEST_F(Updater, SaysWhyNothingWasStamped) {
   action_.PropertySetName = u"Release";
   action_.ResourceFile = u"/nowhere/app.rc";
   EXPECT_FALSE(action_.Execute());
-  EXPECT_THAT(host_.Log(), testing::ElementsAre("0 Updating property : BuildVersion - to : 4x",
-                                                "3 Error Parsing File : '4x' is not a valid integer value",
-                                                "0 Updating property : BuildVersion - to : 70000",
-                                                "3 Error Parsing File : BuildVersion 70000 does not fit into "
-                                                "a version resource, where numbers are 0 to 65535",
-                                                "3 Unable to find property set: Debug",
-                                                testing::AllOf(testing::StartsWith("3 Error Parsing File : "),
-                                                               testing::HasSubstr("/nowhere/app.rc"))));
+  EXPECT_THAT(host_.Log(),
+              ElementsAre("0 Updating property : BuildVersion - to : 4x",
+                          "3 Error Parsing File : '4x' is not a valid integer value",
+                          "0 Updating property : BuildVersion - to : 70000",
+                          "3 Error Parsing File : BuildVersion 70000 does not fit into "
+                          "a version resource, where numbers are 0 to 65535",
+                          "3 Unable to find property set: Debug",
+                          AllOf(StartsWith("3 Error Parsing File : "), HasSubstr("/nowhere/app.rc"))));
   EXPECT_EQ(Script(), before);
 }
 
@@ -91,14 +92,12 @@ TEST_F(Updater, NamesAScriptThatItRefusesAndWhatItLoses) {
   folder_.Write("app.rc", "1 VERSIONINFO\nEND\n");
   EXPECT_FALSE(action_.Execute());
   EXPECT_THAT(host_.Log(),
-              testing::ElementsAre("3 Error Parsing File : Unexpected END",
-                                   testing::AllOf(testing::StartsWith("2 Warning : "),
-                                                  testing::HasSubstr("app.rc is not stamped: line 2"))));
+              ElementsAre("3 Error Parsing File : Unexpected END",
+                          AllOf(StartsWith("2 Warning : "), HasSubstr("app.rc is not stamped: line 2"))));
   host_.ClearLog();
   folder_.Write("app.rc", "#include <winver.h>\n1 VERSIONINFO\nFILETYPE 0x2L\nBEGIN\nEND\n");
   EXPECT_TRUE(action_.Execute());
-  EXPECT_THAT(host_.Log(),
-              testing::ElementsAre(testing::HasSubstr("app.rc: stamping changes FILETYPE 0x2L to 0x1L")));
+  EXPECT_THAT(host_.Log(), ElementsAre(HasSubstr("app.rc: stamping changes FILETYPE 0x2L to 0x1L")));
 }
 
 TEST_F(Updater, ForeseesWhatItWouldRefuse) {

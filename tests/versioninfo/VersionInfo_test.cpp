@@ -8,43 +8,35 @@
 namespace kx {
 namespace {
 
-std::string Lines(const TVersionInfoContainer& info, std::u16string_view word) {
+// The lines of the block that hold one of the words.
+std::string Lines(const TVersionInfoContainer& info, std::initializer_list<std::u16string_view> words) {
   text::TStringList block;
   TVersionInfo::GenerateVersionInfoRC(info, block, true);
   std::string out;
-  for (const auto& line : block)
-    if (line.find(word) != std::u16string::npos) out += text::ToUtf8(text::Trim(line)) + "\n";
+  for (const auto word : words)
+    for (const auto& line : block)
+      if (line.find(word) != std::u16string::npos) out += text::ToUtf8(text::Trim(line)) + "\n";
   return out;
 }
 
 TEST(VersionInfo, UpdatesVersionTextsAndProductNumbers) {
-  static constexpr struct {
-    const char* Name;
-    std::u16string_view Strings;
-    void (*Prepare)(TVersionInfoValues& values);
-    const char* Block;
-  } cases[] = {
-      {"nothing asked: the product's numbers follow its text", u"ProductVersion=5, 6\r\nFileVersion=x",
-       [](TVersionInfoValues&) {},
+  const std::tuple<const char*, std::u16string, std::u16string, std::string> cases[] = {
+      {"the product's numbers follow its text", u"ProductVersion=5, 6\r\nFileVersion=x", u"",
        "5,6,0,0\nVALUE \"ProductVersion\", \"5, 6\"\nVALUE \"FileVersion\", \"x\"\n"},
-      {"a text without numbers", u"ProductVersion=2010 R2", [](TVersionInfoValues&) {},
-       "1,2,0,0\nVALUE \"ProductVersion\", \"2010 R2\"\n"},
-      {"both automatic", u"ProductVersion=5.6",
-       [](TVersionInfoValues& v) { v.AutoUpdateFileVersion = v.AutoUpdateProductVersion = true; },
+      {"no numbers", u"ProductVersion=2010 R2", u"", "1,2,0,0\nVALUE \"ProductVersion\", \"2010 R2\"\n"},
+      {"both automatic", u"ProductVersion=5.6", u"AutoUpdateFileVersionString AutoUpdateProductVersionString",
        "1,2,0,0\nVALUE \"ProductVersion\", \"1.2.0.0\"\nVALUE \"FileVersion\", \"1.2.0.0\"\n"},
-      {"linked", u"FileVersion=1.2 beta\r\nProductVersion=5.6",
-       [](TVersionInfoValues& v) { v.LinkFileAndProductVersion = true; },
+      {"linked", u"FileVersion=1.2 beta\r\nProductVersion=5.6", u"LinkProductVersion",
        "1,2,0,0\nVALUE \"FileVersion\", \"1.2 beta\"\nVALUE \"ProductVersion\", \"1.2 beta\"\n"},
   };
-  for (const auto& row : cases) {
+  for (const auto& [name, strings, flags, expected] : cases) {
     TVersionInfoContainer info;
     info.SetMajorVersion(1);
     info.SetMinorVersion(2);
-    info.SetStringValues(row.Strings);
-    row.Prepare(info.Values());
-    EXPECT_EQ(Lines(info, u"PRODUCTVERSION") + Lines(info, u"Version\""),
-              "PRODUCTVERSION " + std::string(row.Block))
-        << row.Name;
+    info.SetStringValues(strings);
+    for (const auto& property : Win32VersionProperties())
+      if (flags.find(property.Name) != flags.npos) property.Set(info.Values(), u"True");
+    EXPECT_EQ(Lines(info, {u"PRODUCTVERSION", u"Version\""}), "PRODUCTVERSION " + expected) << name;
   }
 }
 
@@ -95,12 +87,17 @@ TEST(VersionInfo, MergesWhatABuildAsksForIntoAScript) {
   TVersionInfoContainer script;
   script.SetStringValues(u"Comments=\\251 us\r\ncompanyname=x\r\nSpecialBuild=old");
   TVersionInfo::Merge(wanted.Values(), script);
-  EXPECT_EQ(Lines(script, u"VALUE"), "VALUE \"Comments\", \"\\251 us\"\n"
-                                     "VALUE \"CompanyName\", \"A \\042B\\042 \\\\C\"\n"
-                                     "VALUE \"SpecialBuild\", \"mine\"\n"
-                                     "VALUE \"Translation\", 0x409, 1252\n");
-  EXPECT_EQ(Lines(script, u"FILE"), "FILEVERSION 7,0,0,0\nFILEFLAGSMASK 0x3fL\nFILEFLAGS 0x00\n"
-                                    "FILEOS 0x40004L\nFILETYPE 0x2\nFILESUBTYPE 0x0L\n");
+  EXPECT_EQ(Lines(script, {u"VALUE", u"FILE"}), R"(VALUE "Comments", "\251 us"
+VALUE "CompanyName", "A \042B\042 \\C"
+VALUE "SpecialBuild", "mine"
+VALUE "Translation", 0x409, 1252
+FILEVERSION 7,0,0,0
+FILEFLAGSMASK 0x3fL
+FILEFLAGS 0x00
+FILEOS 0x40004L
+FILETYPE 0x2
+FILESUBTYPE 0x0L
+)");
   EXPECT_THROW(
       TVersionInfo::LoadFromPropertySet(tests::TFakePropertySet(u"x", {{u"CodePage", u"utf"}}), wanted),
       EKxException);
