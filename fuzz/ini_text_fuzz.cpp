@@ -34,8 +34,8 @@ TIniText Parsed(std::u16string_view text) {
 
 // Where a value is set, all lines are the same but one; where it is new, they are all there.
 void CheckLines(std::u16string_view before, std::u16string_view after, bool isNew) {
-  const auto old = text::SplitLines(before);
-  const auto now = text::SplitLines(after);
+  const auto old = text::Split(before, u'\n'); // a CR alone is part of its line
+  const auto now = text::Split(after, u'\n');
   std::size_t different = 0;
   std::size_t at = 0;
   for (const auto line : old) {

@@ -41,7 +41,7 @@ char16_t SeparatorOf(std::u16string_view folder) {
   return text::IsPosixPath(folder) ? u'/' : u'\\';
 }
 
-// Nothing when the path is too far away.
+// Nothing when the path is too far away, or its way from the folder would mean something else.
 std::optional<std::u16string> Relative(std::u16string_view path, std::u16string_view folder) {
   if (text::IsPosixPath(path) != text::IsPosixPath(folder)) return std::nullopt;
   const auto names = NamesOf(path);
@@ -59,6 +59,7 @@ std::optional<std::u16string> Relative(std::u16string_view path, std::u16string_
   for (std::size_t i = 0; i < up; ++i)
     add(u"..");
   std::for_each(there, names.end(), add);
+  if (relative.find(u':') == 1) return std::nullopt; // a name that would be read as a drive
   return relative.empty() ? u"." : relative;
 }
 
