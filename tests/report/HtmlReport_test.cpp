@@ -63,11 +63,11 @@ TEST_F(Reports, FoldWhatWentWellAndLeaveOpenWhatDidNot) {
   Send(TMessageSent{u"<script>\x1b[2J", TStatusTag::stError});
   Send(TGroupEnded{u"", std::nullopt});
   Send(TActionEnded{{.Result = TResultKind::Succeeded}});
-  const std::chrono::milliseconds time(1500);
+  using std::chrono::milliseconds;
   const TActionResult whole{
-      .Name = u"All", .Result = TResultKind::Succeeded, .Counts = {7, 3}, .Elapsed = time};
+      .Name = u"All", .Result = TResultKind::Succeeded, .Counts = {7, 3}, .Elapsed = milliseconds(1500)};
   TActionResult build = whole;
-  build.Configurations = {{u"Debug", TResultKind::Succeeded, u"", {7, 3}, time}};
+  build.Configurations = {{u"Debug", TResultKind::Succeeded, u"", {7, 3}, milliseconds(500)}};
   const std::string page = Page({.Result = TResultKind::Succeeded, .Actions = {whole, build}});
   for (const char* part :
        {"<title>Night&lt;ly&gt;: succeeded</title>",
