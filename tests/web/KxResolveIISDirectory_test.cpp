@@ -113,6 +113,8 @@ TEST(WebDavFiles, ADryRunSendsNothing) {
     EXPECT_TRUE(client->UploadFile(u"a", u"/"));
   }
   EXPECT_FALSE(client->Connect());
+  client->ServerName = u"no host";
+  EXPECT_FALSE(client->Connect());
 }
 
 } // namespace
