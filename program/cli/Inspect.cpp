@@ -8,38 +8,24 @@
 #include "program/cli/FileKinds.h"
 #include "program/cli/Output.h"
 
-#include <nlohmann/json.hpp>
-
 #include <algorithm>
 #include <array>
+#include <concepts>
 
 namespace kx::cli {
 
 namespace {
 
-// Files that become one object.
-template <auto Inspect, auto Describe>
-void PrintObject(const TInspectedFile& file, const TInspectOptions& options, TOutput& output) {
-  TJson object = Inspect(file.Path, options);
-  if (options.Json && !file.Name.empty()) {
-    TJson line{{"file", file.Name}};
-    line.update(object);
-    object = std::move(line);
-  }
-  output.Write(options.Json ? ToLine(object) : Describe(object));
-}
-
 struct TInspector {
   std::u16string_view Extension;
-  void (*Print)(const TInspectedFile& file, const TInspectOptions& options, TOutput& output);
+  TInspected (*Inspect)(const std::u16string& file, const TInspectOptions& options);
 };
 
-constexpr std::array<TInspector, 4> Inspectors{
-    {{u".sln", PrintObject<InspectSolution, DescribeSolution>},
-     {u".rc", PrintObject<InspectResourceScript, DescribeResourceScript>},
-     {u".rc2", PrintObject<InspectResourceScript, DescribeResourceScript>},
-     {u".trx", PrintTestResults}}};
-constexpr TInspector LogInspector{u"", PrintObject<InspectBuildLog, DescribeBuildLog>};
+constexpr std::array<TInspector, 4> Inspectors{{{u".sln", InspectSolution},
+                                                {u".rc", InspectResourceScript},
+                                                {u".rc2", InspectResourceScript},
+                                                {u".trx", InspectTestResults}}};
+constexpr TInspector LogInspector{u"", InspectBuildLog};
 
 const TInspector* FindInspector(std::u16string_view extension) {
   const auto* found = std::ranges::find_if(Inspectors, [extension](const TInspector& row) {
@@ -62,39 +48,73 @@ const TInspector& InspectorFor(const std::u16string& file, const TInspectOptions
                      u"by their extension; for a build log say --tool devenv or --tool msbuild.");
 }
 
-// Many files give one line each, so that the output of a whole tree can be read line by line.
-bool InspectOne(const std::u16string& file, const TInspectOptions& options, TOutput& output) {
-  const bool many = options.Files.size() > 1;
-  try {
-    if (options.MSBuild && options.Lines) {
-      PrintBuildLogLines(file, options, output);
-      return true;
-    }
-    const TInspector& inspector = InspectorFor(file, options);
-    if (!options.Json && many) output.Write(text::ToUtf8(file) + "\n");
-    inspector.Print(
-        {text::ExpandPath(file, platform::CurrentDirectory()), many ? text::ToUtf8(file) : std::string()},
-        options, output);
-    return true;
-  } catch (const std::exception& error) {
-    const std::u16string place = PlaceOf(error);
-    const std::u16string message = Shortened(MessageOf(error)) + (place.empty() ? u"" : u" (" + place + u")");
-    if (options.Json && many) {
-      output.Write(ToLine({{"file", text::ToUtf8(file)}, {"error", text::ToUtf8(message)}}));
-    } else {
-      WriteError(many ? file + u": " + message : message);
-    }
-    return false;
-  }
+std::u16string ReasonOf(const std::exception& error) {
+  const std::u16string place = PlaceOf(error);
+  return Shortened(MessageOf(error)) + (place.empty() ? u"" : u" (" + place + u")");
 }
+
+// Many files give one line each, so that the output of a whole tree can be read line by line.
+class TInspection {
+public:
+  explicit TInspection(const TInspectOptions& options) : options_(options) {}
+
+  bool Take(const std::u16string& file) {
+    try {
+      if (options_.MSBuild && options_.Lines) {
+        PrintBuildLogLines(file, options_, output_);
+      } else {
+        Write(file, InspectorFor(file, options_));
+      }
+      return true;
+    } catch (const std::exception& error) {
+      WriteReason(file, ReasonOf(error));
+      return false;
+    }
+  }
+
+private:
+  static std::u16string FullPath(const std::u16string& file) {
+    return text::ExpandPath(file, platform::CurrentDirectory());
+  }
+
+  bool AreMany() const { return options_.Files.size() > 1; }
+
+  void WriteLine(const std::u16string& file, const std::invocable auto& writeMembers) {
+    json_.Object([&] {
+      if (AreMany()) json_.Member("file", file);
+      writeMembers();
+    });
+    json_.EndLine();
+    json_.Flush();
+  }
+
+  void Write(const std::u16string& file, const TInspector& inspector) {
+    if (!options_.Json && AreMany()) output_.Write(text::ToUtf8(file) + "\n");
+    const TInspected inspected = inspector.Inspect(FullPath(file), options_);
+    if (options_.Json) {
+      WriteLine(file, [&] { inspected->WriteMembers(json_); });
+    } else {
+      inspected->Describe(output_);
+    }
+  }
+
+  void WriteReason(const std::u16string& file, const std::u16string& reason) {
+    if (options_.Json && AreMany()) return WriteLine(file, [&] { json_.Member("error", reason); });
+    WriteError(AreMany() ? file + u": " + reason : reason);
+  }
+
+  const TInspectOptions& options_;
+  TOutput output_;
+  TJsonWriter json_{[this](std::string_view utf8) { output_.Write(utf8); }};
+};
 
 } // namespace
 
 int RunInspect(const TInspectOptions& options) {
-  TOutput output;
+  TInspection inspection(options);
   bool succeeded = true;
   for (const auto& file : options.Files)
-    succeeded = InspectOne(file, options, output) && succeeded;
+    succeeded = inspection.Take(file) && succeeded;
   return succeeded ? 0 : 1;
 }
 

@@ -1,18 +1,16 @@
 // kxhost inspect: what the package reads in a file, as JSON or for people.
 #pragma once
 
+#include "foundation/formats/JsonWriter.h"
 #include "foundation/text/Exceptions.h"
 #include "program/cli/Output.h"
 
-#include <nlohmann/json_fwd.hpp>
-
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace kx::cli {
-
-using TJson = nlohmann::ordered_json;
 
 struct TInspectOptions {
   std::vector<std::u16string> Files;
@@ -24,22 +22,21 @@ struct TInspectOptions {
   std::u16string Encoding;     // logs: empty to find out
 };
 
-struct TInspectedFile {
-  std::u16string Path; // full
-  std::string Name;    // as the user wrote it, where several are inspected; else empty
+// What was read in one file. All that can be wrong with the file is known before the first of it is written.
+class IInspected {
+public:
+  virtual ~IInspected() = default;
+  virtual void WriteMembers(TJsonWriter& json) const = 0; // of the object that is open
+  virtual void Describe(TOutput& output) const = 0;       // for people
 };
 
-// What one kind of file is turned into. Raises EKxException for a file that is refused.
-TJson InspectSolution(const std::u16string& file, const TInspectOptions& options);
-TJson InspectResourceScript(const std::u16string& file, const TInspectOptions& options);
-TJson InspectBuildLog(const std::u16string& file, const TInspectOptions& options);
-// The same for people, from the same object.
-std::string DescribeSolution(const TJson& solution);
-std::string DescribeResourceScript(const TJson& script);
-std::string DescribeBuildLog(const TJson& log);
+using TInspected = std::shared_ptr<const IInspected>;
 
-// Writes the results of a .trx file, as JSON or for people, without making one object of them.
-void PrintTestResults(const TInspectedFile& file, const TInspectOptions& options, TOutput& output);
+// One kind of file each, by its full path. Raises EKxException for a file that is refused.
+TInspected InspectSolution(const std::u16string& file, const TInspectOptions& options);
+TInspected InspectResourceScript(const std::u16string& file, const TInspectOptions& options);
+TInspected InspectTestResults(const std::u16string& file, const TInspectOptions& options);
+TInspected InspectBuildLog(const std::u16string& file, const TInspectOptions& options);
 
 // Writes every message of a log with its status; nothing else.
 void PrintBuildLogLines(const std::u16string& file, const TInspectOptions& options, TOutput& output);

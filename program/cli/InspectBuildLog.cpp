@@ -8,8 +8,6 @@
 #include "program/cli/LogReader.h"
 #include "program/cli/Output.h"
 
-#include <nlohmann/json.hpp>
-
 namespace kx::cli {
 
 namespace {
@@ -38,48 +36,61 @@ TBuildLogVerdict Analyse(const std::u16string& file, const TInspectOptions& opti
   return log.Verdict();
 }
 
+class TInspectedLog : public IInspected {
+public:
+  TInspectedLog(TBuildLogVerdict verdict, bool hasSummary, bool hasOtherSummary)
+      : verdict_(std::move(verdict)), hasSummary_(hasSummary), hasOtherSummary_(hasOtherSummary) {}
+
+  void WriteMembers(TJsonWriter& json) const override {
+    json.Member("errors", verdict_.Errors);
+    json.Member("warnings", verdict_.Warnings);
+    json.Member("failed", verdict_.Failed);
+    json.ValuesMember("statuses", verdict_.Statuses);
+    json.ArrayMember("metrics", [&] {
+      for (const auto& [what, count] : verdict_.Metrics)
+        json.Array([&] {
+          json.Value(what == TBuildCount::Errors ? "Errors" : "Warnings");
+          json.Value(count);
+        });
+    });
+    json.Member("hasSummary", hasSummary_);
+    json.Member("hasOtherSummary", hasOtherSummary_);
+  }
+
+  void Describe(TOutput& output) const override {
+    const auto number = [](std::int64_t value) { return std::to_string(value); };
+    const auto& statuses = verdict_.Statuses;
+    output.Write("Errors    " + number(verdict_.Errors) + "\nWarnings  " + number(verdict_.Warnings) + "\n");
+    if (verdict_.Failed) output.Write("The tool's own summary names a failed project.\n");
+    output.Write("Lines     " + number(statuses[0]) + " plain, " + number(statuses[1]) + " success, " +
+                 number(statuses[2]) + " warning, " + number(statuses[3]) + " error\n" + ReasonOfCounts());
+  }
+
+private:
+  // Why the counts are not those of the lines.
+  std::string ReasonOfCounts() const {
+    if (!hasSummary_)
+      return hasOtherSummary_
+                 ? "The summary in this log is that of the other tool: change --tool.\n"
+                 : "Errors and warnings are those that the tool's summary counts, and this log holds none.\n";
+    if (verdict_.Statuses[2] == verdict_.Warnings && verdict_.Statuses[3] == verdict_.Errors) return {};
+    return "Errors and warnings are those that the tool's summary counts; lines are told by the words in "
+           "them.\n";
+  }
+
+  TBuildLogVerdict verdict_;
+  bool hasSummary_;
+  bool hasOtherSummary_;
+};
+
 } // namespace
 
-TJson InspectBuildLog(const std::u16string& file, const TInspectOptions& options) {
+TInspected InspectBuildLog(const std::u16string& file, const TInspectOptions& options) {
   TSummaries summaries;
-  const TBuildLogVerdict verdict = Analyse(file, options, {}, &summaries);
+  TBuildLogVerdict verdict = Analyse(file, options, {}, &summaries);
   const bool isMSBuild = options.MSBuild.value_or(false);
-  TJson metrics = TJson::array();
-  for (const auto& [what, count] : verdict.Metrics)
-    metrics.push_back(TJson::array({what == TBuildCount::Errors ? "Errors" : "Warnings", count}));
-  return {{"errors", verdict.Errors},
-          {"warnings", verdict.Warnings},
-          {"failed", verdict.Failed},
-          {"statuses", verdict.Statuses},
-          {"metrics", std::move(metrics)},
-          {"hasSummary", isMSBuild ? summaries.MSBuild : summaries.DevEnv},
-          {"hasOtherSummary", isMSBuild ? summaries.DevEnv : summaries.MSBuild}};
-}
-
-namespace {
-
-// Why the counts are not those of the lines.
-std::string ReasonOfCounts(const TJson& log) {
-  const auto number = [&log](std::size_t status) { return log["statuses"][status].get<std::int64_t>(); };
-  const auto count = [&log](const char* what) { return log[what].get<std::int64_t>(); };
-  if (!log["hasSummary"].get<bool>())
-    return log["hasOtherSummary"].get<bool>()
-               ? "The summary in this log is that of the other tool: change --tool.\n"
-               : "Errors and warnings are those that the tool's summary counts, and this log holds none.\n";
-  if (number(2) == count("warnings") && number(3) == count("errors")) return {};
-  return "Errors and warnings are those that the tool's summary counts; lines are told by the words in "
-         "them.\n";
-}
-
-} // namespace
-
-std::string DescribeBuildLog(const TJson& log) {
-  const auto number = [](const TJson& value) { return std::to_string(value.get<std::int64_t>()); };
-  const TJson& statuses = log["statuses"];
-  std::string out = "Errors    " + number(log["errors"]) + "\nWarnings  " + number(log["warnings"]) + "\n";
-  if (log["failed"].get<bool>()) out += "The tool's own summary names a failed project.\n";
-  return out + "Lines     " + number(statuses[0]) + " plain, " + number(statuses[1]) + " success, " +
-         number(statuses[2]) + " warning, " + number(statuses[3]) + " error\n" + ReasonOfCounts(log);
+  return std::make_shared<TInspectedLog>(std::move(verdict), isMSBuild ? summaries.MSBuild : summaries.DevEnv,
+                                         isMSBuild ? summaries.DevEnv : summaries.MSBuild);
 }
 
 void PrintBuildLogLines(const std::u16string& file, const TInspectOptions& options, TOutput& output) {

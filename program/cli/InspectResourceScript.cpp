@@ -1,68 +1,94 @@
 #include "program/cli/Inspect.h"
 #include "program/cli/Output.h"
 
-#include "foundation/text/Encoding.h"
+#include "foundation/text/StringList.h"
 #include "package/versioninfo/KxRCVersionInfo.h"
-
-#include <nlohmann/json.hpp>
 
 namespace kx::cli {
 
 namespace {
 
-// Keeps what the reader reports as it comes; what it never reports stays null.
-class TReported : public IKxVersionInfoCallback {
+// Keeps what the reader reports as it comes; what it never reports stays unknown.
+class TInspectedScript : public IInspected, public IKxVersionInfoCallback {
 public:
-  TJson Values{{"majorVersion", nullptr}, {"minorVersion", nullptr}, {"releaseVersion", nullptr},
-               {"buildVersion", nullptr}, {"debug", nullptr},        {"preRelease", nullptr},
-               {"special", nullptr},      {"private", nullptr},      {"dll", nullptr},
-               {"locale", nullptr},       {"codePage", nullptr},     {"strings", nullptr}};
-
-  void SetMajorVersion(std::int32_t value) override { Values["majorVersion"] = value; }
-  void SetMinorVersion(std::int32_t value) override { Values["minorVersion"] = value; }
-  void SetReleaseVersion(std::int32_t value) override { Values["releaseVersion"] = value; }
-  void SetBuildVersion(std::int32_t value) override { Values["buildVersion"] = value; }
+  void SetMajorVersion(std::int32_t value) override { majorVersion_ = value; }
+  void SetMinorVersion(std::int32_t value) override { minorVersion_ = value; }
+  void SetReleaseVersion(std::int32_t value) override { releaseVersion_ = value; }
+  void SetBuildVersion(std::int32_t value) override { buildVersion_ = value; }
   void SetProductVersion(std::u16string_view /*value*/) override {}
-  void SetDebugBuild(bool value) override { Values["debug"] = value; }
-  void SetPrivateBuild(bool value) override { Values["private"] = value; }
-  void SetPreReleaseBuild(bool value) override { Values["preRelease"] = value; }
-  void SetSpecialBuild(bool value) override { Values["special"] = value; }
-  void SetDLL(bool value) override { Values["dll"] = value; }
-  void SetLocale(std::int32_t value) override { Values["locale"] = value; }
-  void SetCodePage(std::int32_t value) override { Values["codePage"] = value; }
+  void SetDebugBuild(bool value) override { debug_ = value; }
+  void SetPreReleaseBuild(bool value) override { preRelease_ = value; }
+  void SetSpecialBuild(bool value) override { special_ = value; }
+  void SetPrivateBuild(bool value) override { private_ = value; }
+  void SetDLL(bool value) override { dll_ = value; }
+  void SetLocale(std::int32_t value) override { locale_ = value; }
+  void SetCodePage(std::int32_t value) override { codePage_ = value; }
+  // Reported again with every line, so only the last is looked at.
   void SetStringValues(std::u16string_view lines) override { strings_ = lines; }
 
-  void TakeStrings() {
-    if (!strings_) return;
-    text::TStringList lines;
-    lines.SetText(*strings_);
-    Values["strings"] = TJson::array();
-    for (const auto& line : lines)
-      Values["strings"].push_back(text::ToUtf8(line));
+  void WriteMembers(TJsonWriter& json) const override {
+    ForEachField([&json](std::string_view name, const auto& value) { json.Member(name, value); });
+    if (strings_) {
+      json.ValuesMember("strings", Lines());
+    } else {
+      json.Member("strings", nullptr);
+    }
+  }
+
+  void Describe(TOutput& output) const override {
+    std::string out;
+    ForEachField([&out](std::string_view name, const auto& value) {
+      if (value) out += std::string(name) + std::string(16 - name.size(), ' ') + TextOf(*value) + "\n";
+    });
+    for (const auto& line : Lines())
+      out += "  " + ForTerminal(line) + "\n";
+    output.Write(out.empty() ? "No version block\n" : out);
   }
 
 private:
-  std::optional<std::u16string> strings_; // reported again with every line, so only the last is looked at
+  static std::string TextOf(bool value) { return value ? "true" : "false"; }
+  static std::string TextOf(std::int32_t value) { return std::to_string(value); }
+
+  void ForEachField(const auto& see) const {
+    see("majorVersion", majorVersion_);
+    see("minorVersion", minorVersion_);
+    see("releaseVersion", releaseVersion_);
+    see("buildVersion", buildVersion_);
+    see("debug", debug_);
+    see("preRelease", preRelease_);
+    see("special", special_);
+    see("private", private_);
+    see("dll", dll_);
+    see("locale", locale_);
+    see("codePage", codePage_);
+  }
+
+  text::TStringList Lines() const {
+    text::TStringList lines;
+    lines.SetText(strings_.value_or(u""));
+    return lines;
+  }
+
+  std::optional<std::int32_t> majorVersion_;
+  std::optional<std::int32_t> minorVersion_;
+  std::optional<std::int32_t> releaseVersion_;
+  std::optional<std::int32_t> buildVersion_;
+  std::optional<bool> debug_;
+  std::optional<bool> preRelease_;
+  std::optional<bool> special_;
+  std::optional<bool> private_;
+  std::optional<bool> dll_;
+  std::optional<std::int32_t> locale_;
+  std::optional<std::int32_t> codePage_;
+  std::optional<std::u16string> strings_;
 };
 
 } // namespace
 
-TJson InspectResourceScript(const std::u16string& file, const TInspectOptions& /*options*/) {
-  const auto reported = std::make_shared<TReported>();
-  GetVersionInfoParser(reported, file)->Parse();
-  reported->TakeStrings();
-  return reported->Values;
-}
-
-std::string DescribeResourceScript(const TJson& script) {
-  std::string out;
-  for (const auto& [name, value] : script.items()) {
-    if (value.is_null() || value.is_array()) continue;
-    out += name + std::string(16 - name.size(), ' ') + value.dump() + "\n";
-  }
-  for (const auto& line : script["strings"])
-    out += "  " + ForTerminal(text::FromUtf8(line.get<std::string>())) + "\n";
-  return out.empty() ? "No version block\n" : out;
+TInspected InspectResourceScript(const std::u16string& file, const TInspectOptions& /*options*/) {
+  auto inspected = std::make_shared<TInspectedScript>();
+  GetVersionInfoParser(inspected, file)->Parse();
+  return inspected;
 }
 
 } // namespace kx::cli

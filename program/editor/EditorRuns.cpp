@@ -17,42 +17,51 @@ namespace kx::editor {
 
 namespace {
 
-using nlohmann::json;
-
 constexpr std::size_t MostBytesAtOnce = std::size_t{2} << 20;
 constexpr auto Gathering = std::chrono::milliseconds(100); // one answer for what comes in quick succession
 
-// The table at the end of the run, row by row.
-json RowsJson(const TRunReport& report) {
-  json rows = json::array();
-  for (const auto& row : ResultRows(report.Actions))
-    rows.push_back({{"action", text::ToUtf8(row.Action)},
-                    {"nesting", row.Nesting},
-                    {"configuration", text::ToUtf8(row.Configuration)},
-                    {"result", row.Word()},
-                    {"status", static_cast<int>(row.Status())},
-                    {"errors", row.Counts.Errors},
-                    {"warnings", row.Counts.Warnings},
-                    {"elapsedMs", row.Elapsed.count()}});
-  return rows;
-}
-
-std::string Dump(const json& value) {
-  return value.dump(-1, ' ', false, json::error_handler_t::replace);
+// A row of the table at the end of the run.
+void WriteRow(const TResultRow& row, TJsonWriter& json) {
+  json.Member("action", row.Action);
+  json.Member("nesting", row.Nesting);
+  json.Member("configuration", row.Configuration);
+  json.Member("result", row.Word());
+  json.Member("status", static_cast<int>(row.Status()));
+  json.Member("errors", row.Counts.Errors);
+  json.Member("warnings", row.Counts.Warnings);
+  json.Member("elapsedMs", row.Elapsed.count());
 }
 
 // Stands behind the events that were kept.
 std::string LossOf(const std::u16string& reason) {
-  return Dump({{"event", "message"},
-               {"status", static_cast<int>(TStatusTag::stWarning)},
-               {"depth", 0},
-               {"time", ""},
-               {"text", "The rest of the log is not shown here. " + text::ToUtf8(reason)}});
+  return JsonObjectText([&reason](TJsonWriter& json) {
+    json.Member("event", "message");
+    json.Member("status", static_cast<int>(TStatusTag::stWarning));
+    json.Member("depth", 0);
+    json.Member("time", "");
+    json.Member("text", u"The rest of the log is not shown here. " + reason);
+  });
 }
 
 } // namespace
 
 struct TEditorRuns::TRun {
+  struct TNumber {
+    std::u16string Action;
+    std::u16string Category;
+    std::u16string Name;
+    std::u16string Configuration;
+    std::int64_t Value = 0;
+
+    void Write(TJsonWriter& json) const {
+      json.Member("action", Action);
+      json.Member("category", Category);
+      json.Member("name", Name);
+      json.Member("configuration", Configuration);
+      json.Member("value", Value);
+    }
+  };
+
   int Number = 0;
   std::string Text;
   std::u16string FileName;
@@ -60,7 +69,7 @@ struct TEditorRuns::TRun {
   bool DryRun = false;
   std::atomic<bool> Running = true;
   std::atomic<bool> StopAsked = false;
-  json Metrics = json::array();
+  std::vector<TNumber> Metrics = {};
   std::mutex Mutex; // guards what follows; a disk may hold it
   TEventSpool Events;
   TProblemCounts SoFar = {};
@@ -74,44 +83,38 @@ public:
   void On(const TRunEvent& event) override {
     // A run forgets what was asked before it began; nobody knows when that was.
     if (run_.StopAsked) runs_.stop_.Raise();
-    std::string line = ToJsonLine(event);
-    if (const auto* message = std::get_if<TMessageSent>(&event.What)) {
-      if (message->Status >= TStatusTag::stWarning) line = WithLocation(std::move(line), message->Text);
-    } else if (const auto* started = std::get_if<TActionStarted>(&event.What)) {
-      actions_.push_back(started->Pass.empty() ? started->Name
-                                               : started->Name + u" [" + started->Pass + u"]");
-      if (started->Position) line = With(line, {{"unit", text::ToUtf8(started->Position->Unit)}});
+    if (const auto* started = std::get_if<TActionStarted>(&event.What)) {
+      actions_.push_back(NameWithPass(started->Name, started->Pass));
     } else if (std::holds_alternative<TActionEnded>(event.What)) {
       actions_.pop_back();
     } else if (const auto* sent = std::get_if<TMetricSent>(&event.What)) {
       Keep(*sent);
     }
-    runs_.Append(run_, line, event.SoFar);
+    runs_.Append(run_, ToJsonLine(event, [&](TJsonWriter& json) { WriteMore(event, json); }), event.SoFar);
   }
 
 private:
-  static std::string With(const std::string& line, const json& fields) {
-    auto event = json::parse(line);
-    event.update(fields);
-    return Dump(event);
+  void WriteMore(const TRunEvent& event, TJsonWriter& json) const {
+    if (const auto* started = std::get_if<TActionStarted>(&event.What)) {
+      if (started->Position) json.Member("unit", started->Position->Unit);
+    } else if (const auto* message = std::get_if<TMessageSent>(&event.What)) {
+      if (message->Status >= TStatusTag::stWarning) WriteLocation(message->Text, json);
+    }
   }
 
-  std::string WithLocation(std::string line, const std::u16string& text) {
+  void WriteLocation(const std::u16string& text, TJsonWriter& json) const {
     const auto found = FindSourceLocation(text);
-    if (!found) return line;
-    const std::u16string file = text::ExpandPath(found->File, text::ExtractFileDir(run_.FileName));
-    return With(line, {{"file", text::ToUtf8(file)}, {"line", found->Line}, {"column", found->Column}});
+    if (!found) return;
+    json.Member("file", text::ExpandPath(found->File, text::ExtractFileDir(run_.FileName)));
+    json.Member("line", found->Line);
+    json.Member("column", found->Column);
   }
 
   void Keep(const TMetricSent& sent) {
     const auto* number = std::get_if<std::int64_t>(&sent.Metric.Value);
     if (number == nullptr) return;
-    const json metric = {{"action", actions_.empty() ? "" : text::ToUtf8(actions_.back())},
-                         {"category", text::ToUtf8(sent.Metric.Category)},
-                         {"name", text::ToUtf8(sent.Metric.Name)},
-                         {"configuration", text::ToUtf8(sent.Configuration)},
-                         {"value", *number}};
-    run_.Metrics.push_back(metric);
+    run_.Metrics.push_back({actions_.empty() ? u"" : actions_.back(), sent.Metric.Category, sent.Metric.Name,
+                            sent.Configuration, *number});
   }
 
   TEditorRuns& runs_;
@@ -165,10 +168,28 @@ void TEditorRuns::Stop() {
   stop_.Raise();
 }
 
+std::string TEditorRuns::SummaryOf(const TRun& run, const TRunReport& report, const std::u16string& error) {
+  return JsonObjectText([&](TJsonWriter& json) {
+    WriteRun(report, json);
+    json.Member("run", run.Number);
+    json.Member("dryRun", run.DryRun);
+    json.Member("stopped", report.Result == TResultKind::Stopped);
+    json.Member("error", error);
+    json.ArrayMember("rows", [&] {
+      for (const auto& row : ResultRows(report.Actions))
+        json.Object([&] { WriteRow(row, json); });
+    });
+    json.ArrayMember("metrics", [&] {
+      for (const auto& metric : run.Metrics)
+        json.Object([&] { metric.Write(json); });
+    });
+  });
+}
+
 void TEditorRuns::Execute(TRun& run) {
   TRunReport report;
   std::string text;
-  std::string error;
+  std::u16string error;
   try {
     TRunSettings settings = settings_;
     settings.DryRun = run.DryRun;
@@ -181,15 +202,9 @@ void TEditorRuns::Execute(TRun& run) {
     report = runner.Run();
     text = file.Text();
   } catch (const std::exception& failure) {
-    error = text::ToUtf8(MessageOf(failure));
+    error = MessageOf(failure);
   }
-  json summary = RunJson(report);
-  summary.update({{"run", run.Number},
-                  {"dryRun", run.DryRun},
-                  {"stopped", report.Result == TResultKind::Stopped},
-                  {"error", error},
-                  {"rows", RowsJson(report)},
-                  {"metrics", run.Metrics}});
+  auto summary = nlohmann::json::parse(SummaryOf(run, report, error));
   const std::lock_guard lock(mutex_);
   summaries_.push_back(std::move(summary));
   if (!run.DryRun && !text.empty() && text != run.Text) result_ = std::move(text);
@@ -257,7 +272,7 @@ std::string TEditorRuns::Events(int run, std::size_t from, std::chrono::millisec
          ",\"next\":" + std::to_string(next) + ",\"events\":[" + events + "]}";
 }
 
-json TEditorRuns::Summaries() const {
+nlohmann::json TEditorRuns::Summaries() const {
   const std::lock_guard lock(mutex_);
   return summaries_;
 }
@@ -271,7 +286,7 @@ std::optional<TEditorRuns::TLocation> TEditorRuns::LocationOf(std::size_t event)
     return newest->Events.Line(event);
   }();
   if (!line) return std::nullopt;
-  const auto fields = json::parse(*line);
+  const auto fields = nlohmann::json::parse(*line);
   const auto file = fields.find("file");
   if (file == fields.end()) return std::nullopt;
   return TLocation{text::FromUtf8(file->get<std::string>()), fields.at("line").get<int>()};

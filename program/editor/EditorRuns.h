@@ -46,7 +46,7 @@ public:
   // "column") and what a loop counts ("unit").
   std::string Events(int run, std::size_t from, std::chrono::milliseconds wait, const TKxEvent& stop);
 
-  // All runs of the session, without their logs: what became of them (RunJson), the rows of their end tables
+  // All runs of the session, without their logs: what became of them (WriteRun), the rows of their end tables
   // and their metrics.
   nlohmann::json Summaries() const;
 
@@ -60,6 +60,7 @@ public:
 private:
   class TSink;
   struct TRun;
+  static std::string SummaryOf(const TRun& run, const TRunReport& report, const std::u16string& error);
   void Execute(TRun& run);
   void Append(TRun& run, std::string_view line, const TProblemCounts& soFar);
   std::shared_ptr<TRun> Newest() const;

@@ -64,9 +64,8 @@ void THtmlReport::CloseGroup(TStatusTag status, const std::string& outcome,
 }
 
 void THtmlReport::On(const TActionStarted& action) {
-  const std::u16string pass = action.Pass.empty() ? u"" : u" (" + action.Pass + u")";
-  OpenGroup(action.Description + pass);
-  actions_.push_back(action.Name + pass);
+  OpenGroup(NameWithPass(action.Description, action.Pass));
+  actions_.push_back(NameWithPass(action.Name, action.Pass));
 }
 
 void THtmlReport::On(const TActionEnded& ended) {

@@ -5,8 +5,6 @@
 #include "foundation/text/Encoding.h"
 #include "program/report/ResultJson.h"
 
-#include <nlohmann/json.hpp>
-
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
@@ -16,76 +14,70 @@ namespace kx {
 
 namespace {
 
-// Keys stay in the order in which they are written here.
-using TJson = nlohmann::ordered_json;
-
-std::string Utf8(std::u16string_view text) {
-  return text::ToUtf8(text);
-}
-
 // ISO 8601 in universal time, with milliseconds.
-std::string TimeText(std::chrono::system_clock::time_point time) {
-  return Utf8(DateTimeText(std::chrono::floor<std::chrono::milliseconds>(time))) + "Z";
+std::u16string TimeText(std::chrono::system_clock::time_point time) {
+  return DateTimeText(std::chrono::floor<std::chrono::milliseconds>(time)) + u"Z";
 }
 
-TJson Fields(const TActionStarted& action) {
-  TJson fields{{"event", "action"},         {"name", Utf8(action.Name)},
-               {"type", Utf8(action.Type)}, {"description", Utf8(action.Description)},
-               {"pass", Utf8(action.Pass)}, {"nesting", action.Nesting}};
-  if (action.Position) {
-    fields["iteration"] = action.Position->Number;
-    fields["iterations"] = action.Position->Count;
-  }
-  return fields;
+void WriteEvent(const TActionStarted& action, TJsonWriter& json) {
+  json.Member("event", "action");
+  json.Member("name", action.Name);
+  json.Member("type", action.Type);
+  json.Member("description", action.Description);
+  json.Member("pass", action.Pass);
+  json.Member("nesting", action.Nesting);
+  if (!action.Position) return;
+  json.Member("iteration", action.Position->Number);
+  json.Member("iterations", action.Position->Count);
 }
 
-TJson Fields(const TActionEnded& ended) {
-  TJson fields{{"event", "actionEnd"}};
-  fields.update(ResultJson(ended.Result));
-  return fields;
+void WriteEvent(const TActionEnded& ended, TJsonWriter& json) {
+  json.Member("event", "actionEnd");
+  WriteResult(ended.Result, json);
 }
 
-TJson Fields(const TRunEnded& ended) {
-  TJson fields{{"event", "runEnd"}};
-  fields.update(RunJson(ended.Report));
-  return fields;
+void WriteEvent(const TRunEnded& ended, TJsonWriter& json) {
+  json.Member("event", "runEnd");
+  WriteRun(ended.Report, json);
 }
 
-TJson Fields(const TMessageSent& message) {
-  TJson fields{
-      {"event", "message"}, {"status", static_cast<int>(message.Status)}, {"text", Utf8(message.Text)}};
-  if (message.IsDryRun) fields["dryRun"] = true;
-  return fields;
+void WriteEvent(const TMessageSent& message, TJsonWriter& json) {
+  json.Member("event", "message");
+  json.Member("status", static_cast<int>(message.Status));
+  json.Member("text", message.Text);
+  if (message.IsDryRun) json.Member("dryRun", true);
 }
 
-TJson Fields(const TGroupStarted& group) {
-  return {{"event", "group"}, {"status", static_cast<int>(group.Status)}, {"title", Utf8(group.Title)}};
+void WriteEvent(const TGroupStarted& group, TJsonWriter& json) {
+  json.Member("event", "group");
+  json.Member("status", static_cast<int>(group.Status));
+  json.Member("title", group.Title);
 }
 
-TJson Fields(const TGroupEnded& group) {
-  return {{"event", "groupEnd"},
-          {"status", group.Status ? TJson(static_cast<int>(*group.Status)) : TJson()},
-          {"title", Utf8(group.Title)},
-          {"elapsedMs", group.Elapsed.count()}};
+void WriteEvent(const TGroupEnded& group, TJsonWriter& json) {
+  json.Member("event", "groupEnd");
+  json.Member("status", group.Status ? std::optional(static_cast<int>(*group.Status)) : std::nullopt);
+  json.Member("title", group.Title);
+  json.Member("elapsedMs", group.Elapsed.count());
 }
 
-TJson Fields(const TMetricSent& sent) {
-  const auto* number = std::get_if<std::int64_t>(&sent.Metric.Value);
-  const TJson value =
-      number != nullptr ? TJson(*number) : TJson(Utf8(std::get<std::u16string>(sent.Metric.Value)));
-  return {{"event", "metric"},
-          {"category", Utf8(sent.Metric.Category)},
-          {"name", Utf8(sent.Metric.Name)},
-          {"configuration", Utf8(sent.Configuration)},
-          {"value", value}};
+void WriteEvent(const TMetricSent& sent, TJsonWriter& json) {
+  json.Member("event", "metric");
+  json.Member("category", sent.Metric.Category);
+  json.Member("name", sent.Metric.Name);
+  json.Member("configuration", sent.Configuration);
+  std::visit([&json](const auto& value) { json.Member("value", value); }, sent.Metric.Value);
 }
 
 } // namespace
 
-std::string ToJsonLine(const TRunEvent& event) {
-  TJson line{{"time", TimeText(event.Time)}, {"depth", event.Depth}};
-  line.update(std::visit([](const auto& what) { return Fields(what); }, event.What));
-  return line.dump();
+std::string ToJsonLine(const TRunEvent& event, const TMoreMembers& more) {
+  return JsonObjectText([&](TJsonWriter& json) {
+    json.Member("time", TimeText(event.Time));
+    json.Member("depth", event.Depth);
+    std::visit([&json](const auto& what) { WriteEvent(what, json); }, event.What);
+    if (more) more(json);
+  });
 }
 
 struct TJsonLinesSink::TState {

@@ -2,22 +2,26 @@
 //
 //   {"time":"2010-04-01T10:20:30.123Z","depth":1,"event":"message","status":3,"text":"..."}
 //
-// Events: "action" (name, type, description, pass, nesting), "actionEnd" (ResultJson), "message" (status,
+// Events: "action" (name, type, description, pass, nesting), "actionEnd" (WriteResult), "message" (status,
 // text; dryRun where it says what would have been done), "group" (status, title), "groupEnd" (status or null,
-// title, elapsedMs), "metric" (category, name, configuration, value), at the end "runEnd" (RunJson).
+// title, elapsedMs), "metric" (category, name, configuration, value), at the end "runEnd" (WriteRun).
 #pragma once
 
+#include "foundation/formats/JsonWriter.h"
 #include "foundation/platform/Result.h"
 #include "program/runner/Events.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
 
 namespace kx {
 
-// One event as its line, without a line end.
-std::string ToJsonLine(const TRunEvent& event);
+using TMoreMembers = std::function<void(TJsonWriter& json)>;
+
+// One event as its line, without a line end; `more` writes what stands behind its own members.
+std::string ToJsonLine(const TRunEvent& event, const TMoreMembers& more = {});
 
 // Each line is in the file before the next event, so that the log of a crashed run is complete up to there. A
 // failure to write (a full disk) never disturbs the run; it ends the log and is kept for the end.

@@ -1,66 +1,63 @@
 #include "program/report/ResultJson.h"
 
-#include "foundation/text/Encoding.h"
 #include "program/report/ResultRows.h"
 
 namespace kx {
 
 namespace {
 
-// Keys stay in the order in which they are written here.
-using TJson = nlohmann::ordered_json;
-
 // What the results of actions, configurations and runs have in common.
 template <typename TResult>
-void AddVerdict(TJson& json, const TResult& result) {
-  json["succeeded"] = IsSuccess(result.Result);
-  json["result"] = WordOf(result.Result);
+void WriteVerdict(const TResult& result, TJsonWriter& json) {
+  json.Member("succeeded", IsSuccess(result.Result));
+  json.Member("result", WordOf(result.Result));
 }
 
 template <typename TResult>
-void AddFigures(TJson& json, const TResult& result) {
-  json["errors"] = result.Counts.Errors;
-  json["warnings"] = result.Counts.Warnings;
-  json["elapsedMs"] = result.Elapsed.count();
+void WriteFigures(const TResult& result, TJsonWriter& json) {
+  json.Member("errors", result.Counts.Errors);
+  json.Member("warnings", result.Counts.Warnings);
+  json.Member("elapsedMs", result.Elapsed.count());
 }
 
-TJson TestsJson(const TTestCounts& tests) {
-  return {{"passed", tests.Passed}, {"failed", tests.Failed}, {"notRun", tests.NotRun}};
+void WriteTests(const TTestCounts& tests, TJsonWriter& json) {
+  json.ObjectMember("tests", [&] {
+    json.Member("passed", tests.Passed);
+    json.Member("failed", tests.Failed);
+    json.Member("notRun", tests.NotRun);
+  });
 }
 
-TJson ConfigurationJson(const TConfigurationResult& result) {
-  TJson json{{"configuration", text::ToUtf8(result.Configuration)}};
-  AddVerdict(json, result);
-  json["reason"] = text::ToUtf8(result.Reason);
-  AddFigures(json, result);
-  return json;
+void WriteConfiguration(const TConfigurationResult& result, TJsonWriter& json) {
+  json.Member("configuration", result.Configuration);
+  WriteVerdict(result, json);
+  json.Member("reason", result.Reason);
+  WriteFigures(result, json);
 }
 
 } // namespace
 
-TJson ResultJson(const TActionResult& result) {
-  TJson json{{"name", text::ToUtf8(result.Name)},
-             {"type", text::ToUtf8(result.Type)},
-             {"pass", text::ToUtf8(result.Pass)},
-             {"nesting", result.Nesting},
-             {"isLoop", result.IsLoop}};
-  AddVerdict(json, result);
-  json["reason"] = text::ToUtf8(result.Reason);
-  AddFigures(json, result);
-  json["tests"] = TestsJson(result.Tests);
-  json["configurations"] = TJson::array();
-  for (const auto& configuration : result.Configurations)
-    json["configurations"].push_back(ConfigurationJson(configuration));
-  return json;
+void WriteResult(const TActionResult& result, TJsonWriter& json) {
+  json.Member("name", result.Name);
+  json.Member("type", result.Type);
+  json.Member("pass", result.Pass);
+  json.Member("nesting", result.Nesting);
+  json.Member("isLoop", result.IsLoop);
+  WriteVerdict(result, json);
+  json.Member("reason", result.Reason);
+  WriteFigures(result, json);
+  WriteTests(result.Tests, json);
+  json.ArrayMember("configurations", [&] {
+    for (const auto& configuration : result.Configurations)
+      json.Object([&] { WriteConfiguration(configuration, json); });
+  });
 }
 
-TJson RunJson(const TRunReport& report) {
-  TJson json = TJson::object();
-  AddVerdict(json, report);
-  json["totals"] = TotalsText(report);
-  AddFigures(json, report);
-  json["tests"] = TestsJson(report.Tests);
-  return json;
+void WriteRun(const TRunReport& report, TJsonWriter& json) {
+  WriteVerdict(report, json);
+  json.Member("totals", TotalsText(report));
+  WriteFigures(report, json);
+  WriteTests(report.Tests, json);
 }
 
 } // namespace kx

@@ -14,8 +14,7 @@ std::string Padded(const std::string& number) {
 }
 
 TResultRow RowOf(const TActionResult& action) {
-  const std::u16string pass = action.Pass.empty() ? u"" : u" (" + action.Pass + u")";
-  return {.Action = action.Name + pass,
+  return {.Action = NameWithPass(action.Name, action.Pass),
           .Nesting = action.Nesting,
           .IsOutcome = !action.IsLoop || action.Result == TResultKind::Ignored};
 }

@@ -39,6 +39,10 @@ bool IsSuccess(TResultKind kind) {
   return RowOf(kind).IsSuccess;
 }
 
+std::u16string NameWithPass(const std::u16string& name, const std::u16string& pass) {
+  return pass.empty() ? name : name + u" (" + pass + u")";
+}
+
 TProblemCounts& TProblemCounts::operator+=(const TProblemCounts& other) {
   Errors += other.Errors;
   Warnings += other.Warnings;

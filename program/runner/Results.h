@@ -26,6 +26,9 @@ TStatusTag StatusOf(TResultKind kind);
 // Whether it counts as a success: for a run, that it ends with exit code 0.
 bool IsSuccess(TResultKind kind);
 
+// "Build (Lib)": an action with the pass of the loop that it runs in; without one the name alone.
+std::u16string NameWithPass(const std::u16string& name, const std::u16string& pass);
+
 struct TProblemCounts {
   std::int64_t Errors = 0;
   std::int64_t Warnings = 0;

@@ -78,7 +78,7 @@ export class Log {
   }
 
   textOf(event) {
-    if (event.event === "action") return `${event.description || event.name}${event.pass ? ` [${event.pass}]` : ""}`;
+    if (event.event === "action") return `${event.description || event.name}${event.pass ? ` (${event.pass})` : ""}`;
     return event.event === "group" ? event.title : event.text;
   }
 
