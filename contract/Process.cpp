@@ -43,6 +43,10 @@ private:
 
 } // namespace
 
+void RaiseIfStopped(const TKxEvent* stop) {
+  if (stop != nullptr && stop->IsRaised()) throw EKxException(std::u16string(TerminatedByUser));
+}
+
 std::shared_ptr<IKxProcess> NewSystemProcess(const TKxEvent& stop) {
   return std::make_shared<TSystemProcess>(stop);
 }

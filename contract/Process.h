@@ -14,6 +14,11 @@ namespace kx {
 // The host's event object: one side raises it, the other waits.
 using TKxEvent = platform::StopSignal;
 
+// What is said of work that ended because the user asked for it.
+inline constexpr std::u16string_view TerminatedByUser = u"Action Terminated by User.";
+// Raises EKxException with it when there is a `stop` and it is raised.
+void RaiseIfStopped(const TKxEvent* stop);
+
 // Reported for a run that a stop request of the user ended.
 inline constexpr int ExitCodeTerminated = 999;
 

@@ -65,7 +65,7 @@ bool TKxExecuteAbstractAction::Execute() {
   process->Run();
   if (FileUpdates().IsDryRun()) return true; // nothing ran that could have a result
   if (process->GetExitCode() == ExitCodeTerminated) {
-    SendMessage(u"Action Terminated by User.", TStatusTag::stError);
+    SendMessage(TerminatedByUser, TStatusTag::stError);
     InterpretStopped();
     return false;
   }

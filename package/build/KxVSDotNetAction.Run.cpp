@@ -146,7 +146,7 @@ bool TBuildRun::IsStopped() const {
 }
 
 bool TBuildRun::SayStopped() {
-  action_.SendMessage(u"Action Terminated by User.", TStatusTag::stError);
+  action_.SendMessage(TerminatedByUser, TStatusTag::stError);
   return false;
 }
 
@@ -167,15 +167,15 @@ bool TBuildRun::PerformBuild(const std::u16string& configuration) {
 
 bool TBuildRun::BuildSolution(const std::u16string& configuration) {
   TKxMessageGroup group(action_, u"Solution " + solution_->GetFileName());
-  std::u16string parameters;
-  if (!ExpandExtraParameters(parameters)) return false;
+  auto parameters = ExpandExtraParameters();
+  if (!parameters) return false;
   const bool useMSBuild = action_.UsingMSBuild();
   const TVSDotNetBuildAction buildAction = action_.Solution().BuildAction;
-  parameters += useMSBuild ? MSBuildParameters(configuration, false, buildAction)
-                           : DevEnvCommandLine(action_.Solution(), configuration, buildAction);
-  EnsureTrailingSpace(parameters);
-  parameters += DoubleQuoteString(solution_->GetFileName());
-  return group.Close(RunCompiler(parameters, useMSBuild));
+  *parameters += useMSBuild ? MSBuildParameters(configuration, false, buildAction)
+                            : DevEnvCommandLine(action_.Solution(), configuration, buildAction);
+  EnsureTrailingSpace(*parameters);
+  *parameters += DoubleQuoteString(solution_->GetFileName());
+  return group.Close(RunCompiler(*parameters, useMSBuild));
 }
 
 // All of them are cleaned before the first is built: a project by project rebuild would clean what the next
@@ -187,10 +187,10 @@ bool TBuildRun::RebuildProjects(const std::u16string& configuration) {
 }
 
 bool TBuildRun::BuildProjects(const std::u16string& configuration, TVSDotNetBuildAction buildAction) {
-  text::TStringList ids;
-  if (!ReadProjects(ids)) return false;
+  const auto ids = ReadProjects();
+  if (!ids) return false;
   WarnOfSharedIdentifiers();
-  for (const auto& id : ids) {
+  for (const auto& id : *ids) {
     const auto project = solution_->GetProjects()->FindByID(id);
     if (!project) {
       action_.SendMessage(u"Warning : Project " + id +
@@ -203,22 +203,23 @@ bool TBuildRun::BuildProjects(const std::u16string& configuration, TVSDotNetBuil
   return true;
 }
 
-bool TBuildRun::ReadProjects(text::TStringList& ids) {
-  if (action_.Solution().BuildType == TVSDotNetBuildType::btSelectedProjects)
-    return ReadSelectedProjects(ids);
+std::optional<text::TStringList> TBuildRun::ReadProjects() {
+  if (action_.Solution().BuildType == TVSDotNetBuildType::btSelectedProjects) return ReadSelectedProjects();
+  text::TStringList ids;
   const auto projects = solution_->GetProjects();
   for (int i = 0; i < projects->GetCount(); ++i)
     ids.Add(projects->GetItem(i)->GetProjectID());
-  return true;
+  return ids;
 }
 
-bool TBuildRun::ReadSelectedProjects(text::TStringList& ids) {
+std::optional<text::TStringList> TBuildRun::ReadSelectedProjects() {
   const text::TStringList selected =
       action_.ResolveProjects(u"SelectedProjects", action_.Solution().SelectedProjects, *solution_);
   if (selected.IsEmpty()) {
     action_.SendMessage(u"No Projects selected to build", TStatusTag::stError);
-    return false;
+    return std::nullopt;
   }
+  text::TStringList ids;
   const TProjectIds wanted = SetOf(selected);
   TProjectIds known;
   const auto projects = solution_->GetProjects();
@@ -228,12 +229,12 @@ bool TBuildRun::ReadSelectedProjects(text::TStringList& ids) {
     if (wanted.contains(id)) ids.Add(id);
   }
   const auto isKnown = [&known](const std::u16string& entry) { return known.contains(entry); };
-  if (std::all_of(selected.begin(), selected.end(), isKnown)) return true;
+  if (std::all_of(selected.begin(), selected.end(), isKnown)) return ids;
   action_.SendMessage(
       u"A Project selected is no longer part of this solution, please open the action properties "
       u"dialog and select the correct projects",
       TStatusTag::stError);
-  return false;
+  return std::nullopt;
 }
 
 bool TBuildRun::BuildProject(const IVSDotNetProject& project, const std::u16string& configuration,
@@ -247,8 +248,8 @@ bool TBuildRun::BuildProject(const IVSDotNetProject& project, const std::u16stri
   }
   TKxMessageGroup group(action_, u"Project " + project.GetName());
   action_.SendMessage(u"Processing Project : " + project.GetName());
-  std::u16string parameters;
-  if (!ExpandExtraParameters(parameters)) return false;
+  auto parameters = ExpandExtraParameters();
+  if (!parameters) return false;
   const auto projectConfiguration = project.GetConfig(configuration);
   if (projectConfiguration.empty()) {
     action_.SendMessage(u"Project " + DoubleQuoteString(project.GetName()) +
@@ -258,8 +259,8 @@ bool TBuildRun::BuildProject(const IVSDotNetProject& project, const std::u16stri
   action_.SendMessage(u"Building project configuration " + DoubleQuoteString(projectConfiguration) +
                       u" for solution configuration " + DoubleQuoteString(configuration));
   if (useMSBuild) WarnOfCutFolder();
-  parameters += ProjectParameters(project, projectConfiguration, configuration, useMSBuild, buildAction);
-  return group.Close(RunCompiler(parameters, useMSBuild));
+  *parameters += ProjectParameters(project, projectConfiguration, configuration, useMSBuild, buildAction);
+  return group.Close(RunCompiler(*parameters, useMSBuild));
 }
 
 void TBuildRun::WarnOfSharedIdentifiers() {
@@ -277,12 +278,13 @@ void TBuildRun::WarnOfCutFolder() {
 }
 
 // The text of ExtraCmdLineParams, which stands in front of all other parameters.
-bool TBuildRun::ExpandExtraParameters(std::u16string& parameters) {
+std::optional<std::u16string> TBuildRun::ExpandExtraParameters() {
+  std::u16string parameters;
   if (!action_.TryExpandExpression(u"ExtraCmdLineParams", action_.Solution().ExtraCmdLineParams, false,
                                    parameters))
-    return false;
+    return std::nullopt;
   EnsureTrailingSpace(parameters);
-  return true;
+  return parameters;
 }
 
 std::u16string TBuildRun::ProjectParameters(const IVSDotNetProject& project,

@@ -29,6 +29,7 @@ public:
   void ReadOutput(std::u16string_view chunk);
 
 private:
+  // Who gives False or nothing has said why; who has not raises EFailAction with the reason.
   std::shared_ptr<IVSDotNetSolution> LoadSolution();
   std::vector<std::u16string> FindConfigurations(const std::u16string& wanted);
   bool VerifySetupTool(const std::vector<std::u16string>& configurations);
@@ -44,12 +45,12 @@ private:
   bool BuildSolution(const std::u16string& configuration);
   bool RebuildProjects(const std::u16string& configuration);
   bool BuildProjects(const std::u16string& configuration, TVSDotNetBuildAction buildAction);
-  bool ReadProjects(text::TStringList& ids);
-  bool ReadSelectedProjects(text::TStringList& ids);
+  std::optional<text::TStringList> ReadProjects();
+  std::optional<text::TStringList> ReadSelectedProjects();
   bool BuildProject(const IVSDotNetProject& project, const std::u16string& configuration, bool useMSBuild,
                     TVSDotNetBuildAction buildAction);
 
-  bool ExpandExtraParameters(std::u16string& parameters);
+  std::optional<std::u16string> ExpandExtraParameters();
   std::u16string ProjectParameters(const IVSDotNetProject& project, std::u16string_view projectConfiguration,
                                    const std::u16string& configuration, bool useMSBuild,
                                    TVSDotNetBuildAction buildAction);

@@ -1,8 +1,8 @@
 #include "package/solution/VSNETSLN.Lines.h"
 
+#include "contract/Process.h"
 #include "foundation/platform/TextFiles.h"
 #include "foundation/text/Exceptions.h"
-#include "package/solution/VSNETSLN.Stop.h"
 #include "package/solution/VSNETSLN.Syntax.h"
 
 #include <algorithm>

@@ -1,8 +1,8 @@
 #include "package/solution/VSNETSLN.Order.h"
 
+#include "contract/Process.h"
 #include "foundation/text/Exceptions.h"
 #include "foundation/text/Text.h"
-#include "package/solution/VSNETSLN.Stop.h"
 
 #include <algorithm>
 #include <limits>

@@ -1,3 +1,4 @@
+#include "contract/Process.h"
 #include "foundation/platform/Files.h"
 #include "foundation/text/Encoding.h"
 #include "foundation/text/Exceptions.h"
@@ -7,7 +8,6 @@
 #include "package/solution/VSNETSLN.Model.h"
 #include "package/solution/VSNETSLN.Names.h"
 #include "package/solution/VSNETSLN.Paths.h"
-#include "package/solution/VSNETSLN.Stop.h"
 #include "package/solution/VSNETSLN.Syntax.h"
 
 #include <array>
