@@ -55,10 +55,9 @@ TEST_F(MSTestCommandLine, NamesTheContainers) {
 TEST_F(MSTestCommandLine, KeepsTheOrderOfItsSwitches) {
   const TCase cases[] = {
       {"everything, with a metadata file",
-       u"UseMetadataFile=True~MetadataFile=%Root%\\all "
-       u"tests.vsmdi~AssemblyFileName=ignored.dll~OutputFileName=%Root%\\out "
-       u"dir\\~ConfigFileName=%Root%\\a.testrunconfig~SpecifyTestList=True~TestList=one,\"two three\",,four "
-       u"five,~SpecifyTests=True~Tests=A.B,\"C \"\"D\"\"\"",
+       u"UseMetadataFile=True~MetadataFile=%Root%\\all tests.vsmdi~AssemblyFileName=ignored.dll~"
+       u"OutputFileName=%Root%\\out dir\\~ConfigFileName=%Root%\\a.testrunconfig~SpecifyTestList=True~"
+       u"TestList=one,\"two three\",,four five,~SpecifyTests=True~Tests=A.B,\"C \"\"D\"\"\"",
        "/testmetadata:\"C:\\src\\all tests.vsmdi\" /resultsfile:\"C:\\src\\out dir\\\\\" "
        "/runconfig:C:\\src\\a.testrunconfig /testlist:one /testlist:\"two three\" /testlist: /testlist:four "
        "/testlist:five /testlist: /test:A.B /test:\"C \\\"D\\\"\" /nologo"},

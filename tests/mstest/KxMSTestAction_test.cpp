@@ -173,8 +173,8 @@ TEST_F(TMSTestActionTest, LooksAheadForWhatARunWouldMiss) {
        u"AssemblyFileName=a.dll~Tests=A~ConfigFileName=no.testrunconfig",
        {"Run Configuration File: There is no file DIR/no.testrunconfig."}},
       {"a metadata file, but no lists and no build",
-       u"ConfigFileName=~UseMetadataFile=True~MetadataFile=all.vsmdi~SpecifyTestList=True~PublishMode="
-       u"pbSpecify~TeamServer=s~TeamProject=p",
+       u"ConfigFileName=~UseMetadataFile=True~MetadataFile=all.vsmdi~SpecifyTestList=True~"
+       u"PublishMode=pbSpecify~TeamServer=s~TeamProject=p",
        {"Test List: A value is required.", "Team Build Id: A value is required."}},
       {"an empty metadata file",
        u"MetadataFile=%Empty%~TestList=a~BuildId=1",
