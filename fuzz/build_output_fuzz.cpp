@@ -5,6 +5,7 @@
 #include "fuzz/FuzzTarget.h"
 #include "package/build/BuildOutputAnalysis.h"
 #include "package/build/MSBuildLogger.h"
+#include "tests/support/BareAction.h"
 #include "tests/support/RecordingHost.h"
 
 #include <algorithm>
@@ -24,13 +25,8 @@ public:
   void StructuredLine(std::u16string_view line) override { Sent.append(u"~").append(line).append(u"\n"); }
 };
 
-class TBuilder : public TCustomKxAction {
+class TBuilder : public tests::TBareAction<TCustomKxAction> {
 public:
-  const TKxPropertyTable& PublishedProperties() const override {
-    static const TKxPropertyTable none;
-    return none;
-  }
-  std::u16string GetActionName() const override { return u"Builder"; }
   bool Execute() override { return true; }
 };
 

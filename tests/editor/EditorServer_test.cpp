@@ -129,7 +129,7 @@ TEST_F(EditorServer, RequestsAreTakenInOneWayOnly) {
   const std::string second = "GET FOLDERapp.js HTTP/1.1\r\n" + Host + Cookie + "\r\n";
   const std::string length = "Content-Length: 2\r\n", pieces = "Transfer-Encoding: chunked\r\n";
   std::string many;
-  for (int i = 0; i < 200; ++i)
+  for (int i = 0; i < 96; ++i) // with the four lines of its own the most that may be
     many += "X: a\r\n";
   const struct {
     const char* What;
@@ -161,7 +161,8 @@ TEST_F(EditorServer, RequestsAreTakenInOneWayOnly) {
       {"a tunnel", "CONNECT 127.0.0.1:80 HTTP/1.1\r\n" + Host + "\r\n", 403},
       {"a large head", get + "X: " + std::string(17000, 'a') + "\r\n\r\n", 431},
       {"a large head without an end", get + "X: " + std::string(17000, 'a'), 431},
-      {"many lines", get + many + "\r\n", 431},
+      {"many lines", get + many + "\r\n", 200},
+      {"one line more", get + many + "X: a\r\n\r\n", 431},
       {"a large body, before it is sent", post + "Content-Length: 8388609\r\n\r\n", 413},
       {"another request behind it", post + length + "\r\n{}" + second, 200},
       {"another request where no body is expected", get + "\r\n" + second, 200},

@@ -457,9 +457,13 @@ TEST_F(EditorSession, ALongLogIsGivenInPieces) {
 TEST_F(EditorSession, ARunLogsShowsPlacesAndGivesItsNumbersBack) {
   Open("    <Action Type=\"STEP\">\n      <Text>count</Text>\n      <Number>1</Number>\n    </Action>\n");
   folder_.Write("src/a.cs", "one\ntwo\n");
-  TStepAction::Deeds()[u"count"] = [](TStepAction& action) {
+  std::string counted;
+  TStepAction::Deeds()[u"count"] = [&](TStepAction& action) {
+    constexpr std::array<std::u16string_view, 1> number{u"Number"};
+    action.ChangeStored(number, [&action] { ++action.Number; });
+    counted = folder_.Read("p.kxproj");
     action.SendMessage(u"src\\a.cs(2,1): error CS0103: no", TStatusTag::stError);
-    action.SendMetricInt(u"Compiler", u"Warnings", ++action.Number);
+    action.SendMetricInt(u"Compiler", u"Warnings", action.Number);
     return true;
   };
   const TJson events = RunToTheEnd();
@@ -468,7 +472,8 @@ TEST_F(EditorSession, ARunLogsShowsPlacesAndGivesItsNumbersBack) {
   EXPECT_EQ(events[1]["line"], 2);
   EXPECT_EQ(Do("source", {{"event", 1}})["lines"][1], "two");
   EXPECT_NE(Refusal("source", {{"event", 0}}), "");
-  EXPECT_THAT(folder_.Read("p.kxproj"), HasSubstr("<Number>2</Number>")) << "as kxhost run does";
+  EXPECT_THAT(counted, HasSubstr("<Number>2</Number>")) << "stored before it is used";
+  EXPECT_THAT(Saved(), HasSubstr("<Number>2</Number>")) << "as kxhost run does";
   const TJson run = Do("runs")["runs"][0];
   EXPECT_EQ(run["errors"], 1);
   EXPECT_EQ(run["metrics"][0]["value"], 2);

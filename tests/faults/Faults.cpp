@@ -135,19 +135,10 @@ private:
   }
 
   bool Concerns(const TCall& call) const {
-    if (paused) return false;
-    switch (mode_) {
-    case TMode::Refuse:
-      return call.Error != 0 && call.Error != ENOMEM;
-    case TMode::Interrupt:
-      return call.MayBeInterrupted;
-    case TMode::Full:
-      return call.NeedsRoom;
-    case TMode::Memory:
-      return call.Error == ENOMEM;
-    default:
-      return false;
-    }
+    const bool allocates = call.Error == ENOMEM;
+    return !paused && ((mode_ == TMode::Refuse && call.Error != 0 && !allocates) ||
+                       (mode_ == TMode::Interrupt && call.MayBeInterrupted) ||
+                       (mode_ == TMode::Full && call.NeedsRoom) || (mode_ == TMode::Memory && allocates));
   }
 
   // An empty path is that of what has none.
@@ -252,29 +243,19 @@ void* dlopen(const char* file, int flags) noexcept {
   return next(file, flags);
 }
 
-#define KX_OPEN(name)                                                                                        \
-  int name(const char* path, int flags, ...) {                                                               \
+#define KX_OPEN(name, parameters, ...)                                                                       \
+  int name parameters {                                                                                      \
     KX_NEXT(name);                                                                                           \
     va_list arguments;                                                                                       \
     va_start(arguments, flags);                                                                              \
     const mode_t mode = ModeIn(arguments, flags);                                                            \
     va_end(arguments);                                                                                       \
-    return Fails(Open, path) ? -1 : next(path, flags, mode);                                                 \
+    return Fails(Open, path) ? -1 : next(__VA_ARGS__, mode);                                                 \
   }
-KX_OPEN(open)
-KX_OPEN(open64)
-
-#define KX_OPENAT(name)                                                                                      \
-  int name(int folder, const char* path, int flags, ...) {                                                   \
-    KX_NEXT(name);                                                                                           \
-    va_list arguments;                                                                                       \
-    va_start(arguments, flags);                                                                              \
-    const mode_t mode = ModeIn(arguments, flags);                                                            \
-    va_end(arguments);                                                                                       \
-    return Fails(Open, path) ? -1 : next(folder, path, flags, mode);                                         \
-  }
-KX_OPENAT(openat)
-KX_OPENAT(openat64)
+KX_OPEN(open, (const char* path, int flags, ...), path, flags)
+KX_OPEN(open64, (const char* path, int flags, ...), path, flags)
+KX_OPEN(openat, (int folder, const char* path, int flags, ...), folder, path, flags)
+KX_OPEN(openat64, (int folder, const char* path, int flags, ...), folder, path, flags)
 
 // What is moved, in one call for all that move bytes.
 #define KX_MOVE(call, name, type)                                                                            \
@@ -286,11 +267,6 @@ KX_OPENAT(openat64)
 KX_MOVE(Read, read, void)
 KX_MOVE(Write, write, const void)
 
-ssize_t writev(int file, const iovec* blocks, int count) {
-  KX_NEXT(writev);
-  return Fails(Write, file) ? -1 : next(file, blocks, count);
-}
-
 // Whatever it says, the descriptor is free afterwards.
 int close(int file) {
   KX_NEXT(close);
@@ -301,13 +277,14 @@ int close(int file) {
   return fails ? -1 : result;
 }
 
-// The calls that say -1 when they have failed: name, what it is, the argument that tells where, what it
-// declares.
-#define KX_PLAIN(call, name, where, parameters, arguments, ...)                                              \
-  int name parameters __VA_ARGS__ {                                                                          \
+// The calls that say by their result that they have failed: what it is then, its type, what kind of call it
+// is, its name, the argument that tells where, what it declares.
+#define KX_CALL(bad, type, call, name, where, parameters, arguments, ...)                                    \
+  type name parameters __VA_ARGS__ {                                                                         \
     KX_NEXT(name);                                                                                           \
-    return Fails(call, where) ? -1 : next arguments;                                                         \
+    return Fails(call, where) ? bad : next arguments;                                                        \
   }
+#define KX_PLAIN(...) KX_CALL(-1, int, __VA_ARGS__)
 KX_PLAIN(Sync, fsync, file, (int file), (file))
 KX_PLAIN(Sync, fdatasync, file, (int file), (file))
 KX_PLAIN(Rename, rename, to, (const char* from, const char* to), (from, to), noexcept)
@@ -341,52 +318,28 @@ KX_PLAIN(MakeEvent, eventfd, "", (unsigned count, int flags), (count, flags), no
 KX_PLAIN(Wait, poll, "", (pollfd * files, nfds_t count, int time), (files, count, time))
 KX_PLAIN(Wait, waitid, "", (idtype_t type, id_t id, siginfo_t* info, int options), (type, id, info, options))
 
-pid_t waitpid(pid_t process, int* status, int options) {
-  KX_NEXT(waitpid);
-  return Fails(Wait, "") ? -1 : next(process, status, options);
-}
+KX_CALL(-1, pid_t, Wait, waitpid, "", (pid_t process, int* status, int options), (process, status, options))
+KX_CALL(-1, ssize_t, Write, writev, file, (int file, const iovec* blocks, int count), (file, blocks, count))
+KX_CALL(-1, ssize_t, Write, pwrite, file, (int file, const void* bytes, std::size_t size, off_t at),
+        (file, bytes, size, at))
+KX_CALL(-1, ssize_t, ReadAttribute, getxattr, path,
+        (const char* path, const char* name, void* value, std::size_t size), (path, name, value, size),
+        noexcept)
+KX_CALL(-1, ssize_t, ReadAttribute, fgetxattr, file,
+        (int file, const char* name, void* value, std::size_t size), (file, name, value, size), noexcept)
+KX_CALL(-1, ssize_t, ReadAttribute, listxattr, path, (const char* path, char* names, std::size_t size),
+        (path, names, size), noexcept)
 
-// The same for those that give a size.
-#define KX_SIZED(call, name, where, parameters, arguments, ...)                                              \
-  ssize_t name parameters __VA_ARGS__ {                                                                      \
-    KX_NEXT(name);                                                                                           \
-    return Fails(call, where) ? -1 : next arguments;                                                         \
-  }
-KX_SIZED(Write, pwrite, file, (int file, const void* bytes, std::size_t size, off_t at),
-         (file, bytes, size, at))
-KX_SIZED(ReadAttribute, getxattr, path, (const char* path, const char* name, void* value, std::size_t size),
-         (path, name, value, size), noexcept)
-KX_SIZED(ReadAttribute, fgetxattr, file, (int file, const char* name, void* value, std::size_t size),
-         (file, name, value, size), noexcept)
-KX_SIZED(ReadAttribute, listxattr, path, (const char* path, char* names, std::size_t size),
-         (path, names, size), noexcept)
-
-FILE* fopen64(const char* path, const char* mode) {
-  KX_NEXT(fopen64);
-  return Fails(Open, path) ? nullptr : next(path, mode);
-}
-
-DIR* opendir(const char* path) {
-  KX_NEXT(opendir);
-  return Fails(Open, path) ? nullptr : next(path);
-}
-
-dirent* readdir(DIR* folder) {
-  KX_NEXT(readdir);
-  return Fails(List, dirfd(folder)) ? nullptr : next(folder);
-}
-
+KX_CALL(nullptr, FILE*, Open, fopen64, path, (const char* path, const char* mode), (path, mode))
+KX_CALL(nullptr, DIR*, Open, opendir, path, (const char* path), (path))
+KX_CALL(nullptr, dirent*, List, readdir, dirfd(folder), (DIR * folder), (folder))
 // These two give the error back.
-int posix_spawn(pid_t* process, const char* path, const posix_spawn_file_actions_t* actions,
-                const posix_spawnattr_t* attributes, char* const arguments[], char* const environment[]) {
-  KX_NEXT(posix_spawn);
-  return Fails(StartProcess, "") ? errno : next(process, path, actions, attributes, arguments, environment);
-}
-
-int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*start)(void*),
-                   void* argument) noexcept {
-  KX_NEXT(pthread_create);
-  return Fails(StartThread, "") ? errno : next(thread, attributes, start, argument);
-}
+KX_CALL(errno, int, StartProcess, posix_spawn, "",
+        (pid_t * process, const char* path, const posix_spawn_file_actions_t* actions,
+         const posix_spawnattr_t* attributes, char* const arguments[], char* const environment[]),
+        (process, path, actions, attributes, arguments, environment))
+KX_CALL(errno, int, StartThread, pthread_create, "",
+        (pthread_t * thread, const pthread_attr_t* attributes, void* (*start)(void*), void* argument),
+        (thread, attributes, start, argument), noexcept)
 
 } // extern "C"
