@@ -6,6 +6,7 @@
 #include "foundation/text/Text.h"
 #include "package/build/KxVSDotNetAction.h"
 #include "package/build/KxVSDotNetOptions.h"
+#include "tests/support/Failure.h"
 #include "tests/support/RecordingHost.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -95,11 +96,9 @@ protected:
 
   // The result, or the message of the exception that ended the action.
   std::string Execute() {
-    try {
-      return action_->Execute() ? "succeeded" : "failed";
-    } catch (const std::exception& error) {
-      return Plain(error.what());
-    }
+    bool succeeded = false;
+    const std::string failure = FailureOf([&] { succeeded = action_->Execute(); });
+    return !failure.empty() ? Plain(failure) : succeeded ? "succeeded" : "failed";
   }
   // Begins and executes: the log and the result.
   std::string Outcome(std::u16string_view settings, const std::vector<TPlayback>& playbacks = {}) {

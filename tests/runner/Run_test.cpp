@@ -143,6 +143,8 @@ TEST_F(RunTest, ALoopThatDoesNothingIsNoSuccess) {
   EXPECT_THAT(Host.Run(),
               ElementsAre("Loop {", "  3 The loop holds no actions: its passes do nothing. (rule empty-loop)",
                           "} False"));
+  Host.Project().FindNamed(u"Loop")->SetName(u"Renamed");
+  EXPECT_EQ(Host.Project().FindNamed(u"Loop"), nullptr);
 }
 
 TEST_F(RunTest, AStopRequestEndsTheActionAndNothingMoreStarts) {

@@ -47,9 +47,11 @@ TEST_F(Validation, LooksAtEachReferenceByItself) {
 }
 
 TEST_F(Validation, NamesEachCircleOfVariablesOnce) {
-  Host.Project().Variables = {
-      {u"Lead", u"%A%"}, {u"A", u"%B%"}, {u"B", u"%A%"}, {u"Own", u"%Own%"}, {u"Fine", u"x"}};
-  Host.AddStep(u"good", u"Good");
+  // A loop's variable hides one of the project's.
+  Host.Project().Variables = {{u"Lead", u"%A%"},  {u"A", u"%B%"},        {u"B", u"%A%"},
+                              {u"Own", u"%Own%"}, {u"Round", u"%Loop%"}, {u"Loop", u"%Round%"},
+                              {u"Fine", u"x"}};
+  Host.AddStep(u"good", u"Good", &Host.AddLoop({}, nullptr, u"Loop"));
   EXPECT_THAT(Found(), ElementsAre(StartsWith("Project/Variables: The variable \"A\" refers to itself"),
                                    StartsWith("Project/Variables: The variable \"Own\" refers")));
 }

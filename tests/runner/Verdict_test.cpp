@@ -172,6 +172,20 @@ TEST_F(Verdict, RefusesSettingsBeforeAnythingIsDoneAndCallsNothingFinishedThen) 
   EXPECT_EQ(Host->Report.Result, TResultKind::FinishedWithFailures);
 }
 
+TEST_F(Verdict, TellsWhatAnActionSaysOfItsSettingsOnlyWhereTheyAreWrong) {
+  for (const std::u16string& text : {std::u16string(u"right"), std::u16string(u"wrong")}) {
+    TStepAction::Deeds()[u"validate " + text] = [text](TStepAction& a) -> bool {
+      a.SendMessage(u"looking");
+      if (text == u"wrong") throw EKxException(u"no");
+      return true;
+    };
+    Host->AddStep(text, text);
+    Run();
+  }
+  EXPECT_THAT(Host->Sink.Lines, ElementsAre("right {", "  0 right", "} True", //
+                                            "wrong {", "  0 looking", "  3 no", "} False"));
+}
+
 TEST_F(Verdict, TellsConfigurationsFromTheirAction) {
   Step([](TStepAction& a) {
     Configuration(a, u"Debug", TKxOutcome::koSucceeded, 1);
