@@ -62,6 +62,7 @@ $$@$ [assembly: AssemblyTitle(~$@"o"~"N"~)]
 class C { string a = @"\""[assembly: AssemblyTitle(1)]", b = $"{"[assembly: AssemblyTitle(1)]"}", c = """
 "[assembly: AssemblyTitle(1)]
 """; char d = '"'; string e = 'd' + "'[assembly: AssemblyTitle(1)]"; }
+class D { object f = e[assembly: AssemblyTitle(1)], g = h()[assembly: AssemblyTitle(1)]; }
 #if !DEFINED^#if false^[assembly: AssemblyTitle("a^#endif^#endif
 #if X^string s = "^#endif
 #define A^#if A && !B || A^[assembly: AssemblyTitle(~"o"~"N"~)]^#else^[assembly: AssemblyTitle("p")]^#endif
