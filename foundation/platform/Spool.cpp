@@ -34,14 +34,12 @@ void Spool::Flush() {
 }
 
 Status Spool::CopyTo(const PutBytes& put, std::uint64_t begin, std::uint64_t end) const {
-  if (!state_) return state_;
+  end = std::min(end, Size());
   std::string block;
-  while (begin < std::min(end, written_)) {
-    block.resize(
-        static_cast<std::size_t>(std::min<std::uint64_t>(std::min(end, written_) - begin, BlockSize)));
+  for (const std::uint64_t onDisk = std::min(end, written_); begin < onDisk; begin += block.size()) {
+    block.resize(static_cast<std::size_t>(std::min<std::uint64_t>(onDisk - begin, BlockSize)));
     if (auto read = file_->Read(begin, block.data(), block.size()); !read) return read;
     if (auto done = put(block); !done) return done;
-    begin += block.size();
   }
   if (begin >= end) return Done{};
   return put(std::string_view(buffer_).substr(static_cast<std::size_t>(begin - written_),

@@ -15,7 +15,8 @@ namespace kx::platform {
 using PutBytes = std::function<Status(std::string_view bytes)>;
 
 // Bytes in a file without a name, which is gone with its process however that ends. What fits into a small
-// buffer makes no file. A failure to write (a full disk) is kept for CopyTo; what comes behind it is dropped.
+// buffer makes no file. A failure to write (a full disk) is kept; what the file has not taken then is
+// dropped, and what comes behind it, too.
 class Spool {
 public:
   explicit Spool(std::u16string folder); // in which the file is made
@@ -25,8 +26,11 @@ public:
 
   void Append(std::string_view bytes);
   std::uint64_t Size() const { return written_ + buffer_.size(); }
+  const Status& State() const { return state_; } // the failure to write, if there was one
+  // As much of a range as there is, even behind a failure to write.
   Status CopyTo(const PutBytes& put, std::uint64_t begin, std::uint64_t end) const;
-  Status CopyTo(const PutBytes& put) const { return CopyTo(put, 0, Size()); }
+  // Everything that was appended, else State.
+  Status CopyTo(const PutBytes& put) const { return state_ ? CopyTo(put, 0, Size()) : state_; }
 
 private:
   class File; // the system's

@@ -264,8 +264,8 @@ std::string TEditorRuns::Events(int run, std::size_t from, std::chrono::millisec
   std::size_t next = 0;
   std::string events = newest->Events.Lines(from, MostBytesAtOnce, next);
   const bool goesOn = isRunning || next < newest->Events.Count();
-  if (!goesOn && !newest->Events.Failure().empty())
-    events += (events.empty() ? "" : ",") + LossOf(newest->Events.Failure());
+  if (const auto& state = newest->Events.State(); !goesOn && !state)
+    events += (events.empty() ? "" : ",") + LossOf(state.Message());
   return "{\"run\":" + std::to_string(newest->Number) + ",\"running\":" + (goesOn ? "true" : "false") +
          ",\"errors\":" + std::to_string(newest->SoFar.Errors) +
          ",\"warnings\":" + std::to_string(newest->SoFar.Warnings) + ",\"from\":" + std::to_string(from) +

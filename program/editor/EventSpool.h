@@ -1,53 +1,41 @@
 // The lines of a log that may be longer than memory should be: on disk but for the newest, found by number.
 #pragma once
 
-#include "foundation/platform/PrivateFolder.h"
+#include "foundation/platform/Files.h"
+#include "foundation/platform/Spool.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <fstream>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace kx::editor {
 
-// Takes up MostInMemory and eight bytes a line, whatever the lines hold. The file lies in a folder that only
-// this user gets into, and goes away with this object. When the disk takes no more, lines are lost, and only
-// they: numbers go on. One thread at a time.
+// Takes up the buffer of a Spool and eight bytes a line, whatever the lines hold. When the disk takes no
+// more, lines are lost, and only they: numbers go on. One thread at a time.
 class TEventSpool {
 public:
-  static constexpr std::size_t MostInMemory = std::size_t{1} << 20;
-
-  TEventSpool() = default;
-  TEventSpool(const TEventSpool&) = delete;
-  TEventSpool& operator=(const TEventSpool&) = delete;
-  ~TEventSpool();
+  explicit TEventSpool(std::u16string folder = platform::TemporaryDirectory()) : lines_(std::move(folder)) {}
 
   void Append(std::string_view line);
   std::size_t Count() const { return ends_.size(); }
-  // Why lines were lost; empty when none were.
-  const std::u16string& Failure() const { return failure_; }
+  // Fails with the reason when lines were lost.
+  const platform::Status& State() const { return lines_.State(); }
 
   // The lines from this number on, each behind a comma but the first: at least one if there is one, and not
   // more than about so many bytes. Lost ones are left out. `next` is the number behind the last of them.
-  std::string Lines(std::size_t from, std::size_t bytes, std::size_t& next);
-  std::optional<std::string> Line(std::size_t number); // nothing when it is lost, or not there
+  std::string Lines(std::size_t from, std::size_t bytes, std::size_t& next) const;
+  std::optional<std::string> Line(std::size_t number) const; // nothing when it is lost, or not there
 
 private:
-  void Write();
-  bool Open();
-  void Fail(std::u16string reason);
-  std::string Bytes(std::uint64_t begin, std::uint64_t end);
+  std::string Bytes(std::uint64_t begin, std::uint64_t end) const;
   std::uint64_t BeginOf(std::size_t number) const { return number == 0 ? 0 : ends_[number - 1]; }
 
   std::vector<std::uint64_t> ends_; // of each line, counted from the beginning
-  std::uint64_t written_ = 0;       // bytes in the file
-  std::string newest_;              // those behind them
-  std::optional<platform::PrivateFolder> folder_;
-  std::fstream file_;
-  std::u16string failure_;
+  platform::Spool lines_;
 };
 
 } // namespace kx::editor

@@ -130,6 +130,7 @@ std::string THtmlReport::HeadHtml(const TRunReport& report) const {
 }
 
 platform::Status THtmlReport::WriteLog(const platform::PutBytes& put) const {
+  if (!log_.State()) return log_.State(); // a log of which a part is missing says nothing
   std::uint64_t at = 0;
   for (const auto& header : headers_) {
     if (auto done = log_.CopyTo(put, std::exchange(at, header.At), header.At); !done) return done;

@@ -16,7 +16,7 @@ TEST(EventSpool, LinesAreFoundByTheirNumbersWhereverTheyLie) {
   for (std::size_t number = 0; number < count; ++number)
     spool.Append(NumberedLine(number));
   ASSERT_EQ(spool.Count(), count);
-  EXPECT_EQ(spool.Failure(), u"");
+  EXPECT_TRUE(spool.State());
   for (const std::size_t piece : {std::size_t{1}, std::size_t{100000}, std::size_t{1} << 30}) {
     std::size_t number = 0;
     for (int asked = 0; number < count && asked < 2000; ++asked) {
@@ -49,6 +49,17 @@ TEST(EventSpool, ALineIsReadWhileOthersAreAdded) {
     }
   }
   EXPECT_EQ(spool.Lines(19999, 1, next), NumberedLine(19999));
+}
+
+TEST(EventSpool, CountsOnWhenTheDiskTakesNoMore) {
+  TEventSpool spool(u"/no/such/folder");
+  for (std::size_t number = 0; number < 5000; ++number)
+    spool.Append(NumberedLine(number));
+  EXPECT_FALSE(spool.State());
+  EXPECT_EQ(spool.Line(0), std::nullopt) << "was in memory until then";
+  std::size_t next = 0;
+  EXPECT_EQ(spool.Lines(10, 1 << 20, next), "");
+  EXPECT_EQ(next, 5000U);
 }
 
 } // namespace
