@@ -2,18 +2,21 @@
 
 #include "foundation/text/Encoding.h"
 #include "foundation/text/Text.h"
+#include "program/report/ReportFormats.h"
 #include "program/runner/Messages.h"
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <array>
+#include <functional>
+#include <vector>
 
 namespace kx::cli {
 
 namespace {
 
-using TAdd = CLI::Option* (*)(CLI::App& app, const std::string& name, TCommonOptions& options);
+using TAdd = std::function<CLI::Option*(CLI::App& app, const std::string& name, TCommonOptions& options)>;
 
 // One value each time it is given.
 template <auto Member>
@@ -28,15 +31,24 @@ CLI::Option* AddFlag(CLI::App& app, const std::string& name, TCommonOptions& opt
 
 // A file that is written. "-" is no standard output here, which is for people, and "--dry-run" behind "--log"
 // is a name that was forgotten: a run in earnest would follow.
-template <auto Member>
-CLI::Option* AddFile(CLI::App& app, const std::string& name, TCommonOptions& options) {
-  return app.add_option_function<std::string>(name, [&options, name](const std::string& file) {
+template <typename TKeep>
+CLI::Option* AddFile(CLI::App& app, const std::string& name, TKeep keep) {
+  return app.add_option_function<std::string>(name, [keep, name](const std::string& file) {
     const std::u16string wide = text::FromUtf8(file);
     if (file.empty() || file.starts_with('-'))
       throw EUsage(text::FromUtf8(name) + u" takes the name of a file, not " + Quoted(wide) + u"." +
                    (file.empty() ? u"" : u" A file of that name is ./" + wide + u"."));
-    options.*Member = file;
+    keep(file);
   });
+}
+
+template <auto Member>
+CLI::Option* AddOneFile(CLI::App& app, const std::string& name, TCommonOptions& options) {
+  return AddFile(app, name, [&options](const std::string& file) { options.*Member = file; });
+}
+
+CLI::Option* AddReport(CLI::App& app, const std::string& name, TCommonOptions& options) {
+  return AddFile(app, name, [&options, name](const std::string& file) { options.Reports[name] = file; });
 }
 
 // In the order of the enumerations.
@@ -73,25 +85,32 @@ constexpr std::string_view Runs = "run do";
 constexpr std::string_view Readers = "run do validate inspect"; // they show what files hold
 
 using T = TCommonOptions;
-constexpr std::array<TCommonOption, 11> Options{{
-    {"--options", "FILE", "The options store (default: in the user's configuration folder)", Hosts,
-     AddFile<&T::OptionsFile>},
-    {"--option", "SECTION.KEY=VALUE", "An option for this run only", Hosts, AddList<&T::Overrides>},
-    {"--plugin", "FILE", "Load this plug-in too", Hosts, AddList<&T::Plugins>},
-    {"--drive", "LETTER=FOLDER", "What a drive letter stands for", All, AddList<&T::Drives>},
-    {"--color", "WHEN", "auto, always or never", All, AddChoice<&T::Color, Colors>},
-    {"--verbosity", "LEVEL", "quiet, minimal, normal, detailed or diagnostic", Runs,
-     AddChoice<&T::Verbosity, Verbosities>},
-    {"--dry-run", "", "Show what would be started and changed, and do neither", Runs, AddFlag<&T::DryRun>},
-    {"--log", "FILE.jsonl", "Write every event of the run as a line of JSON", Runs, AddFile<&T::LogFile>},
-    {"--junit", "FILE.xml", "Write the unit tests of the run as JUnit's XML", Runs, AddFile<&T::JUnitFile>},
-    {"--report", "FILE.html", "Write the run as one page to look at in a browser", Runs,
-     AddFile<&T::ReportFile>},
-    {"--ci", "SYSTEM",
-     "For the log of github, azure, teamcity, gitlab, or auto, the one it runs in: nothing that is shown "
-     "is a command to it; a run folds groups and marks problems",
-     Readers, AddChoice<&T::Ci, CiSystems>},
-}};
+const std::vector<TCommonOption>& Options() {
+  static const auto rows = [] {
+    std::vector<TCommonOption> made{
+        {"--options", "FILE", "The options store (default: in the user's configuration folder)", Hosts,
+         AddOneFile<&T::OptionsFile>},
+        {"--option", "SECTION.KEY=VALUE", "An option for this run only", Hosts, AddList<&T::Overrides>},
+        {"--plugin", "FILE", "Load this plug-in too", Hosts, AddList<&T::Plugins>},
+        {"--drive", "LETTER=FOLDER", "What a drive letter stands for", All, AddList<&T::Drives>},
+        {"--color", "WHEN", "auto, always or never", All, AddChoice<&T::Color, Colors>},
+        {"--verbosity", "LEVEL", "quiet, minimal, normal, detailed or diagnostic", Runs,
+         AddChoice<&T::Verbosity, Verbosities>},
+        {"--dry-run", "", "Show what would be started and changed, and do neither", Runs,
+         AddFlag<&T::DryRun>},
+        {"--log", "FILE.jsonl", "Write every event of the run as a line of JSON", Runs,
+         AddOneFile<&T::LogFile>},
+        {"--ci", "SYSTEM",
+         "For the log of github, azure, teamcity, gitlab, or auto, the one it runs in: nothing that is shown "
+         "is a command to it; a run folds groups and marks problems",
+         Readers, AddChoice<&T::Ci, CiSystems>},
+    };
+    for (const TReportFormat& format : ReportFormats())
+      made.push_back({format.Option, format.File, format.Help, Runs, AddReport});
+    return made;
+  }();
+  return rows;
+}
 
 std::vector<std::u16string> CommandsOf(const TCommonOption& option) {
   std::vector<std::u16string> names;
@@ -130,7 +149,7 @@ std::size_t RequireChoice(std::u16string_view option, std::u16string_view text,
 void DefineCommonOptions(CLI::App& app, TCommonOptions& options) {
   app.fallthrough();
   app.allow_windows_style_options(false); // "/srv/a.sln" is a file on Windows, too
-  for (const TCommonOption& row : Options) {
+  for (const TCommonOption& row : Options()) {
     CLI::Option* option = row.Add(app, row.Name, options)->description(row.Help);
     if (*row.Type != '\0') option->type_name(row.Type);
     if (row.Commands == Runs) option->group("Options of run and do");
@@ -139,13 +158,13 @@ void DefineCommonOptions(CLI::App& app, TCommonOptions& options) {
 
 std::string CommonOptionsHelp(const CLI::App& app, std::string_view command) {
   std::string help = "Common options:\n";
-  for (const TCommonOption& row : Options)
+  for (const TCommonOption& row : Options())
     if (IsUsedBy(row, command)) help += CLI::Formatter().make_option(app.get_option(row.Name), false);
   return help;
 }
 
 void CheckCommonOptions(const CLI::App& app, std::string_view command) {
-  for (const TCommonOption& row : Options)
+  for (const TCommonOption& row : Options())
     if (app.get_option(row.Name)->count() > 0 && !IsUsedBy(row, command))
       throw EUsage(text::FromAscii(row.Name) + u" is an option of " + ListOf(CommandsOf(row), u"and") +
                    u"; " + text::FromAscii(command) + u" does not use it.");

@@ -1,6 +1,7 @@
 // The options that several commands share, and which command uses which.
 #pragma once
 
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,8 +22,8 @@ struct TCommonOptions {
   std::vector<std::string> Plugins;
   std::vector<std::string> Drives;
   std::string LogFile;
-  std::string JUnitFile;
-  std::string ReportFile;
+  std::map<std::string, std::string>
+      Reports; // the files of those that are wanted, by the options of their formats
   bool DryRun = false;
   std::string Ci; // a name of program/report/CiDialect.h, or "auto"
   TVerbosity Verbosity = TVerbosity::Normal;

@@ -10,14 +10,12 @@
 #include "program/cli/HostSession.h"
 #include "program/cli/Output.h"
 #include "program/cli/Usage.h"
-#include "program/report/HtmlReport.h"
-#include "program/report/JUnitSink.h"
 #include "program/report/JsonLinesSink.h"
+#include "program/report/ReportFormats.h"
 #include "program/runner/Project.h"
 
 #include <algorithm>
-#include <array>
-#include <optional>
+#include <memory>
 #include <vector>
 
 namespace kx::cli {
@@ -31,13 +29,19 @@ int ExitCodeOf(const TRunReport& report) {
 }
 
 struct TOutputFile {
-  const char16_t* Option;
-  std::string TCommonOptions::*File;
+  std::u16string Option;
+  std::u16string File;
   bool IsStream = false; // written as the run goes on: into a pipe or a device, too
 };
-constexpr std::array<TOutputFile, 3> OutputFiles{{{u"--log", &TCommonOptions::LogFile, true},
-                                                  {u"--junit", &TCommonOptions::JUnitFile},
-                                                  {u"--report", &TCommonOptions::ReportFile}}};
+
+// Those that are wanted.
+std::vector<TOutputFile> OutputFiles(const TCommonOptions& options) {
+  std::vector<TOutputFile> files;
+  if (!options.LogFile.empty()) files.push_back({u"--log", text::FromUtf8(options.LogFile), true});
+  for (const auto& [option, file] : options.Reports)
+    files.push_back({text::FromUtf8(option), text::FromUtf8(file)});
+  return files;
+}
 
 // What the actions will change, as far as it can be told; asked only about a file that no run has left.
 bool IsChangedByRun(const TProjectRunner& runner, std::u16string_view file) {
@@ -47,10 +51,10 @@ bool IsChangedByRun(const TProjectRunner& runner, std::u16string_view file) {
 }
 
 // Whether it could be written, as long as nothing has been done yet. The messages name the file.
-void RequireWritable(const TOutputFile& output, std::u16string_view file) {
-  const std::u16string path = text::ExpandPath(file, platform::CurrentDirectory());
+void RequireWritable(const TOutputFile& output) {
+  const std::u16string path = text::ExpandPath(output.File, platform::CurrentDirectory());
   const auto refuse = [&](std::u16string_view why) {
-    throw EUsage(output.Option + (u": " + std::u16string(why)));
+    throw EUsage(output.Option + u": " + std::u16string(why));
   };
   if (platform::DirectoryExists(path)) refuse(path + u" is a folder.");
   const std::u16string folder = text::ExtractFileDir(path);
@@ -63,16 +67,14 @@ void RequireWritable(const TOutputFile& output, std::u16string_view file) {
 // that it leaves.
 void RequireHarmlessOutput(const TCommonOptions& options, TProjectRunner& runner, THostSession& session) {
   std::vector<std::u16string> taken{runner.Project().FileName, session.Store().FileName(), session.KeyFile()};
-  for (const auto& output : OutputFiles) {
-    const std::u16string file = text::FromUtf8(options.*output.File);
-    if (file.empty()) continue;
-    RequireNotWrittenByHand(output.Option, file);
+  for (const TOutputFile& output : OutputFiles(options)) {
+    RequireNotWrittenByHand(output.Option, output.File);
     const bool isTaken = std::ranges::any_of(
-        taken, [&file](const auto& own) { return !own.empty() && IsSameFile(file, own); });
-    if (isTaken || IsChangedByRun(runner, file))
-      throw EUsage(output.Option + (u": " + file) + u" is a file of this run and would be replaced.");
-    RequireWritable(output, file);
-    taken.push_back(file);
+        taken, [&output](const auto& own) { return !own.empty() && IsSameFile(output.File, own); });
+    if (isTaken || IsChangedByRun(runner, output.File))
+      throw EUsage(output.Option + u": " + output.File + u" is a file of this run and would be replaced.");
+    RequireWritable(output);
+    taken.push_back(output.File);
   }
 }
 
@@ -106,23 +108,22 @@ std::string WrittenLine(const char* what, const std::u16string& file) {
 class TReports {
 public:
   TReports(const TCommonOptions& options, TProjectRunner& runner) {
-    if (!options.JUnitFile.empty()) {
-      junitFile_ = FullPath(options.JUnitFile);
-      runner.AddSink(junit_.emplace(text::ExtractFileDir(junitFile_)));
-    }
-    if (!options.ReportFile.empty()) {
-      htmlFile_ = FullPath(options.ReportFile);
-      runner.AddSink(html_.emplace(TitleOf(runner), text::ExtractFileDir(htmlFile_)));
+    for (const TReportFormat& format : ReportFormats()) {
+      const auto wanted = options.Reports.find(format.Option);
+      if (wanted == options.Reports.end()) continue;
+      const std::u16string file = FullPath(wanted->second);
+      reports_.push_back({&format, file, format.Begin(TitleOf(runner), text::ExtractFileDir(file))});
+      runner.AddSink(*reports_.back().Report);
     }
   }
 
   // False when one could not be written, which was then said; `lines` gets one for each that was.
   bool Write(const TRunReport& report, std::string& lines) {
-    const auto junit = [this](const platform::PutBytes& put) { return junit_->Write(put); };
-    const auto html = [this, &report](const platform::PutBytes& put) { return html_->Write(report, put); };
     bool written = true;
-    if (junit_) written &= WriteFile("Unit tests", junitFile_, junit, lines);
-    if (html_) written &= WriteFile("Report", htmlFile_, html, lines);
+    for (const auto& wanted : reports_)
+      written &= WriteFile(
+          wanted.Format->Name, wanted.File,
+          [&](const platform::PutBytes& put) { return wanted.Report->Write(report, put); }, lines);
     return written;
   }
 
@@ -138,10 +139,12 @@ private:
     return static_cast<bool>(written);
   }
 
-  std::u16string junitFile_;
-  std::u16string htmlFile_;
-  std::optional<TJUnitSink> junit_;
-  std::optional<THtmlReport> html_;
+  struct TWanted {
+    const TReportFormat* Format;
+    std::u16string File;
+    std::unique_ptr<IRunReport> Report;
+  };
+  std::vector<TWanted> reports_;
 };
 
 // The same for the log.

@@ -5,6 +5,7 @@
 
 #include "foundation/platform/Files.h"
 #include "foundation/platform/Spool.h"
+#include "program/report/ReportFormats.h"
 #include "program/runner/TestSuites.h"
 
 #include <cstdint>
@@ -27,7 +28,7 @@ struct TChart {
 
 // Builds the log while the run goes on; everything else comes from the run's report at the end. Lines of the
 // log and unit tests, of which there may be millions, wait in the folder as the text that they become.
-class THtmlReport : public IRunEventSink {
+class THtmlReport : public IRunReport {
 public:
   explicit THtmlReport(std::u16string_view title,
                        const std::u16string& folder = platform::TemporaryDirectory())
@@ -36,8 +37,7 @@ public:
   }
 
   void On(const TRunEvent& event) override;
-  // UTF-8; call it once the run has ended. Fails when something could not be put aside, or put.
-  platform::Status Write(const TRunReport& report, const platform::PutBytes& put);
+  platform::Status Write(const TRunReport& report, const platform::PutBytes& put) override;
 
 private:
   // A group or an action that is being logged. Consecutive lines of one kind share an element, so that a page

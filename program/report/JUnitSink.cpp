@@ -17,7 +17,7 @@ void TJUnitSink::On(const TRunEvent& event) {
   skipped_ += suite->Skipped;
 }
 
-platform::Status TJUnitSink::Write(const platform::PutBytes& put) const {
+platform::Status TJUnitSink::Write(const TRunReport& /*report*/, const platform::PutBytes& put) {
   auto done = put("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuites tests=\"" +
                   std::to_string(tests_) + "\" failures=\"" + std::to_string(failures_) +
                   "\" errors=\"0\" skipped=\"" + std::to_string(skipped_) + "\">\n");

@@ -4,6 +4,7 @@
 
 #include "foundation/platform/Files.h"
 #include "foundation/platform/Spool.h"
+#include "program/report/ReportFormats.h"
 #include "program/runner/TestSuites.h"
 
 #include <cstdint>
@@ -11,13 +12,12 @@
 namespace kx {
 
 // The suites wait in the folder, since their totals stand in front of them.
-class TJUnitSink : public IRunEventSink {
+class TJUnitSink : public IRunReport {
 public:
   explicit TJUnitSink(const std::u16string& folder = platform::TemporaryDirectory()) : suites_(folder) {}
 
   void On(const TRunEvent& event) override;
-  // UTF-8; fails when something could not be put aside, or put.
-  platform::Status Write(const platform::PutBytes& put) const;
+  platform::Status Write(const TRunReport& report, const platform::PutBytes& put) override;
 
 private:
   TSuiteNames names_;

@@ -47,7 +47,7 @@ protected:
     return BytesOf([&](const platform::PutBytes& put) { return Html.Write(report, put); });
   }
   std::string Document() {
-    return BytesOf([this](const platform::PutBytes& put) { return JUnit.Write(put); });
+    return BytesOf([this](const platform::PutBytes& put) { return JUnit.Write({}, put); });
   }
 
   THtmlReport Html{u"Night<ly>"};
