@@ -9,6 +9,7 @@
 #include "program/runner/EventLog.h"
 #include "program/runner/SecretMask.h"
 
+#include <algorithm>
 #include <memory>
 
 namespace kx::fuzz {
@@ -42,8 +43,10 @@ std::vector<std::u16string> Spellings(std::u16string_view secret) {
 std::vector<std::u16string> SecretsIn(std::u16string_view lines) {
   std::vector<std::u16string> secrets;
   for (const auto line : text::SplitLines(lines)) {
-    // Asterisks stand in the place of a secret, and might make it up again. What is no text has no spellings.
-    const bool isText = line.find_first_of(u"*\uFFFD") == line.npos && XmlEscape(line).size() >= line.size();
+    // Asterisks stand in the place of a secret, and might make it up again. XML has no spelling of what is no
+    // text.
+    const bool isText =
+        std::ranges::none_of(line, [](char16_t c) { return c < u' ' || c == u'*' || c >= u'\uFFFD'; });
     if (isText && line.size() >= TSecretMask::Shortest) secrets.emplace_back(line);
   }
   return secrets;

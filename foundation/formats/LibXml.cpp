@@ -63,6 +63,12 @@ TOwned<xmlParserCtxt> NewParser(TFailure& failure) {
   return parser;
 }
 
+void RequireEnd(const xmlParserCtxt& parser, TFailure& failure) {
+  const xmlParserInput* input = parser.input;
+  if (input != nullptr && input->cur < input->end)
+    failure.Note(u"Extra content at the end of the document (line " + text::FromInteger(input->line) + u")");
+}
+
 std::optional<TDeclaredPage> DeclaredPage(std::string_view bytes) {
   std::u16string encoding = DeclaredEncoding(bytes);
   const auto found = std::ranges::find_if(EncodingNames, [&encoding](const TEncodingName& row) {

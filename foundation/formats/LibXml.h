@@ -37,6 +37,10 @@ struct TFailure {
 // `failure`, which outlives it.
 TOwned<xmlParserCtxt> NewParser(TFailure& failure);
 
+// Once a document is parsed: a zero byte behind it, which ends the text for libxml2, is a failure as anything
+// else there is.
+void RequireEnd(const xmlParserCtxt& parser, TFailure& failure);
+
 // The Windows code page that the document's declaration means by the name of its encoding; nothing where
 // libxml2 knows the encoding by itself.
 struct TDeclaredPage {

@@ -48,6 +48,7 @@ TOwned<xmlDoc> Parse(std::string_view bytes, const char* encoding, std::u16strin
   const int options = XML_PARSE_NONET | (isKnown ? XML_PARSE_IGNORE_ENC : 0);
   TOwned<xmlDoc> document(xmlCtxtReadMemory(parser.get(), bytes.data(), static_cast<int>(bytes.size()),
                                             nullptr, encoding, options));
+  RequireEnd(*parser, failure);
   if (!failure.Reason.empty()) document.reset();
   if (!document) error = failure.Reason.empty() ? u"The document is not well-formed." : failure.Reason;
   return document;

@@ -103,6 +103,7 @@ bool TReading::Run(bool isUtf8) {
       xmlCtxtReadIO(parser.get(), OnRead, nullptr, this, nullptr, nullptr, options));
   if (raised_) std::rethrow_exception(raised_);
   if (parser->wellFormed == 0) Note(u"The document is not well-formed.");
+  libxml::RequireEnd(*parser, *this);
   return Reason.empty();
 }
 

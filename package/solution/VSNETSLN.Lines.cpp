@@ -66,7 +66,9 @@ bool IsUtf8File(const std::u16string& fileName) {
     const std::size_t valid = text::ValidUtf8Prefix(piece);
     constexpr std::size_t longestCharacter = 4;
     if (piece.size() - valid >= longestCharacter) return false;
-    held = piece.copy(bytes.data(), std::string_view::npos, valid);
+    const std::string_view cut = piece.substr(valid);
+    std::ranges::copy(cut, bytes.begin()); // forwards: the two may overlap
+    held = cut.size();
   }
 }
 
