@@ -1,7 +1,9 @@
-// The subcommands.
+// The subcommands: a declaration and a row each.
 #pragma once
 
 #include "program/cli/CommonOptions.h"
+
+#include <array>
 
 namespace CLI {
 class App;
@@ -24,5 +26,52 @@ void DefineInspect(CLI::App& command, const TCommonOptions& common, int& exitCod
 void DefineActions(CLI::App& command, const TCommonOptions& common, int& exitCode);
 void DefineOptions(CLI::App& command, const TCommonOptions& common, int& exitCode);
 void DefineEdit(CLI::App& command, const TCommonOptions& common, int& exitCode);
+
+inline constexpr const char* CodesOfRuns =
+    "0 success, 1 the run failed, 2 wrong usage, 3 invalid project file or settings, 130 stopped with Ctrl-C";
+inline constexpr const char* CodesOfLooks = "0 success, 1 not found or not readable, 2 wrong usage";
+
+inline constexpr std::array<TCommand, 7> Commands{{
+    {"run", "Run a build project", DefineRun,
+     "run nightly.kxproj\n"
+     "run nightly.kxproj --dry-run\n"
+     "run nightly.kxproj --set Root=/src --verbosity minimal --log nightly.jsonl\n"
+     "run nightly.kxproj --ci auto --report nightly.html --junit tests.xml\n",
+     CodesOfRuns},
+    {"edit", "Edit and run a build project in the browser", DefineEdit,
+     "edit nightly.kxproj\n"
+     "edit nightly.kxproj --no-browser\n",
+     "0 ended, 1 the editor failed, 2 wrong usage, 3 invalid project file"},
+    {"do", "Run one action without a project file", DefineDo,
+     "do DEVENV Solution=App.sln \"SolutionConfiguration=Release|Any CPU\" VStudioVersion=vs2010\n"
+     "do DEVENV Solution=App.sln SolutionConfiguration=Release BuildType=btSelectedProjects "
+     "SelectedProjects=Lib SelectedProjects=App\n"
+     "do VERSIONINFO ResourceFile=App.rc PropertySetName=Now PropertiesToUpdate=MajorVersion=True "
+     "--property-set Now.MajorVersion=3\n",
+     CodesOfRuns},
+    {"validate", "Validate every action of a build project, run nothing", DefineValidate,
+     "validate nightly.kxproj\n"
+     "validate nightly.kxproj --set Root=/src\n",
+     "0 no problems, 2 wrong usage, 3 invalid project file or settings"},
+    {"inspect", "Show what the package reads in a solution, resource script, test result or build log",
+     DefineInspect,
+     "inspect App.sln\n"
+     "inspect App.sln --json --all-projects\n"
+     "inspect App.rc\n"
+     "inspect results.trx\n"
+     "inspect build.log --tool devenv --vs vs2008\n",
+     CodesOfLooks},
+    {"actions", "List the action types, or the properties of one", DefineActions,
+     "actions\n"
+     "actions DEVENV\n"
+     "actions MSTEST --json\n",
+     "0 success, 2 wrong usage"},
+    {"options", "Read and write the options store", DefineOptions,
+     "options\n"
+     "options set VisualStudioDotNet.MSDevPath2008 \"C:\\VS9\\Common7\\IDE\"\n"
+     "options get VisualStudioDotNet.DefVSVersion\n"
+     "options unset DotNetFramework.v4.0\n",
+     CodesOfLooks},
+}};
 
 } // namespace kx::cli
