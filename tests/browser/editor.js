@@ -1,5 +1,5 @@
 // What the tests of the editor and the pictures of its documentation share: the program, a project, a browser.
-"use strict";
+
 const { spawn } = require("node:child_process");
 const fs = require("node:fs");
 const os = require("node:os");
@@ -29,7 +29,13 @@ class Editor {
     fs.writeFileSync(path.join(editor.folder, "tool/devenv.com"), tool, { mode: 0o755 });
     editor.file = path.join(editor.folder, project);
     if (text) fs.writeFileSync(editor.file, text);
-    editor.environment = { ...process.env, HOME: editor.folder, XDG_CONFIG_HOME: path.join(editor.folder, "config"), LINES: "3", ...environment };
+    editor.environment = {
+      ...process.env,
+      HOME: editor.folder,
+      XDG_CONFIG_HOME: path.join(editor.folder, "config"),
+      LINES: "3",
+      ...environment,
+    };
     delete editor.environment.KX_MSBUILD;
     editor.binaries = binaries;
     await editor.start();
@@ -37,10 +43,14 @@ class Editor {
   }
 
   async start() {
-    this.program = spawn(path.join(this.binaries, "kxhost"),
+    this.program = spawn(
+      path.join(this.binaries, "kxhost"),
       ["edit", this.file, "--no-browser", "--option", `VisualStudioDotNet.MSDevPath2010=${path.join(this.folder, "tool")}`],
-      { cwd: this.folder, env: this.environment });
-    this.ended = new Promise((resolve) => { this.program.on("exit", resolve); });
+      { cwd: this.folder, env: this.environment },
+    );
+    this.ended = new Promise((resolve) => {
+      this.program.on("exit", resolve);
+    });
     let output = "";
     this.address = await new Promise((resolve, reject) => {
       this.program.stdout.on("data", (data) => {
@@ -48,7 +58,9 @@ class Editor {
         const found = /http:\S+/.exec(output);
         if (found) resolve(found[0]);
       });
-      this.program.stderr.on("data", (data) => { output += data; });
+      this.program.stderr.on("data", (data) => {
+        output += data;
+      });
       this.program.on("exit", () => reject(new Error(`kxhost ended: ${output}`)));
     });
   }

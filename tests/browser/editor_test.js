@@ -1,5 +1,5 @@
 // The editor as a person uses it, in a real browser.
-"use strict";
+
 const assert = require("node:assert/strict");
 const fs = require("node:fs");
 const { after, before, test } = require("node:test");
@@ -7,7 +7,9 @@ const { Editor, launch, openPage, settled } = require("./editor.js");
 
 const axe = fs.readFileSync(require.resolve("axe-core/axe.min.js"), "utf8");
 let browser;
-before(async () => { browser = await launch(); });
+before(async () => {
+  browser = await launch();
+});
 after(() => browser.close());
 
 const devenv = (more = "", name = "Übersetzen") => `    <Action Type="DEVENV" Name="${name}">
@@ -64,7 +66,9 @@ async function save(page) {
 // Longer than it takes to press the next key.
 async function answerSlowly(page) {
   await page.route("**/api/*", async (route) => {
-    await new Promise((resolve) => { setTimeout(resolve, 150); });
+    await new Promise((resolve) => {
+      setTimeout(resolve, 150);
+    });
     await route.continue();
   });
 }
@@ -72,7 +76,7 @@ async function answerSlowly(page) {
 async function hasValue(page, field, value) {
   const control = page.locator(`[data-field="${field}"]`);
   const end = Date.now() + 30000;
-  while (await control.inputValue() !== value) {
+  while ((await control.inputValue()) !== value) {
     assert.ok(Date.now() < end, `${field} holds "${await control.inputValue()}", not "${value}"`);
     await page.waitForTimeout(50);
   }
@@ -83,10 +87,10 @@ async function turnTo(page, name) {
 }
 
 test("editing by the keyboard and the mouse changes what it should and nothing else", async () => {
-  await withEditor(devenv() + `    <Action Type="MSTEST"/>\n`, async (page, editor) => {
+  await withEditor(`${devenv()}    <Action Type="MSTEST"/>\n`, async (page, editor) => {
     await page.getByLabel("Name of the action").fill("Bauen 日本");
     await turnTo(page, "Build");
-    await page.getByLabel("Extra Command Line Parameters").fill("/nologo \"é\"");
+    await page.getByLabel("Extra Command Line Parameters").fill('/nologo "é"');
     await page.getByLabel("Override Compiler").check();
     await page.locator("[data-field=CompilerConstants]:enabled").waitFor();
     await turnTo(page, "Project Detection");
@@ -94,9 +98,18 @@ test("editing by the keyboard and the mouse changes what it should and nothing e
     await page.getByLabel("Username").fill("müller");
     await page.locator("[data-field=edtPassword]").fill("streng-geheim");
     await save(page);
-    holds(editor.read("p.kxproj"), "<!-- kept as it is -->", "</Solution> <!-- ours -->", 'Name="Bauen 日本"', '/nologo "é"',
-      "<OverrideCompiler>True", '<ProjLocationDetectMethod Name="useWebDAV">2', "müller", `    <Action Type="MSTEST"/>\n`);
-    assert.doesNotMatch(editor.read("p.kxproj") + await page.content(), /geheim/);
+    holds(
+      editor.read("p.kxproj"),
+      "<!-- kept as it is -->",
+      "</Solution> <!-- ours -->",
+      'Name="Bauen 日本"',
+      '/nologo "é"',
+      "<OverrideCompiler>True",
+      '<ProjLocationDetectMethod Name="useWebDAV">2',
+      "müller",
+      `    <Action Type="MSTEST"/>\n`,
+    );
+    assert.doesNotMatch(editor.read("p.kxproj") + (await page.content()), /geheim/);
 
     await page.locator("#tree [aria-selected=true]").focus();
     await page.keyboard.press("ArrowDown");
@@ -107,8 +120,13 @@ test("editing by the keyboard and the mouse changes what it should and nothing e
     await page.getByLabel("Publish results using the following settings:").check();
     await page.getByLabel("Team Server:").fill("http://tfs");
     await save(page);
-    holds(editor.read("p.kxproj"), "<MetadataFile>tests.vsmdi<", "<TeamServer>http://tfs<", '<PublishMode Name="pbSpecify">2<',
-      "<UseMetadataFile>True<");
+    holds(
+      editor.read("p.kxproj"),
+      "<MetadataFile>tests.vsmdi<",
+      "<TeamServer>http://tfs<",
+      '<PublishMode Name="pbSpecify">2<',
+      "<UseMetadataFile>True<",
+    );
   });
 });
 
@@ -120,11 +138,22 @@ async function allValues(page, edit = async () => {}) {
     await settled(page);
     const action = await page.locator("#action-title").textContent();
     const tabs = await page.locator("#pages [role=tab]").allTextContents();
-    for (const [index, tab] of tabs.entries()) { // two of them may have one name
+    for (const [index, tab] of tabs.entries()) {
+      // two of them may have one name
       await page.locator("#pages [role=tab]").nth(index).click();
       await edit(tab);
-      values[`${action}: ${index} ${tab}`] = await page.evaluate(() => Object.fromEntries([...document.querySelectorAll("[data-field]")].map(
-        (field) => [field.dataset.field, field.type === "password" ? field.placeholder : ["checkbox", "radio"].includes(field.type) ? field.checked : field.value])));
+      values[`${action}: ${index} ${tab}`] = await page.evaluate(() =>
+        Object.fromEntries(
+          [...document.querySelectorAll("[data-field]")].map((field) => [
+            field.dataset.field,
+            field.type === "password"
+              ? field.placeholder
+              : ["checkbox", "radio"].includes(field.type)
+                ? field.checked
+                : field.value,
+          ]),
+        ),
+      );
     }
   }
   return values;
@@ -144,7 +173,11 @@ test("what every field of every page was given is there again when the file is o
       await settled(page); // now the rules have enabled what they can
       for (const name of await names("[data-field]:enabled:not([type=radio]):not([type=checkbox])")) {
         const field = page.locator(`[data-field="${name}"]`);
-        const [isChoice, isNumber, last] = await field.evaluate((element) => [element.type === "select-one", element.inputMode === "numeric", element.length - 1]);
+        const [isChoice, isNumber, last] = await field.evaluate((element) => [
+          element.type === "select-one",
+          element.inputMode === "numeric",
+          element.length - 1,
+        ]);
         if (isChoice) await field.selectOption({ index: last });
         else await field.fill(isNumber ? "7" : `${name} é日本 & <${count}>`);
         count += 1;
@@ -173,7 +206,10 @@ test("actions are added, nested, moved and removed; undo brings everything back"
     for (const key of ["Enter", "Alt+ArrowUp", "ArrowDown", "Alt+ArrowRight", "Control+s"]) await page.keyboard.press(key);
     await page.waitForSelector("[aria-level='2'][aria-selected=true]");
     await page.waitForSelector("#dirty:text-is('saved')");
-    assert.match(editor.read("p.kxproj"), /SOLUTIONITERATOR[^]*<Actions>\s*<Action Type="DEVENV" Name="Übersetzen">\s*<Solution>Greeter\\Greeter.sln<\/Solution> <!-- ours -->/);
+    assert.match(
+      editor.read("p.kxproj"),
+      /SOLUTIONITERATOR[^]*<Actions>\s*<Action Type="DEVENV" Name="Übersetzen">\s*<Solution>Greeter\\Greeter.sln<\/Solution> <!-- ours -->/,
+    );
     await page.keyboard.press("Delete");
     await page.waitForSelector("[aria-level='2']", { state: "detached" });
     for (let steps = 0; steps < 4; steps += 1) await page.click("#undo");
@@ -185,38 +221,42 @@ test("actions are added, nested, moved and removed; undo brings everything back"
 
 test("what is typed while the page is drawn anew stays", async () => {
   const variables = `<Variables><Variable Name="A">1</Variable><Variable Name="B">2</Variable></Variables>`;
-  await withEditor("", async (page, editor) => {
-    await turnTo(page, "Build");
-    await answerSlowly(page);
-    await page.click("#move-down");
-    await page.getByLabel("Extra Command Line Parameters").fill("/moved");
-    await page.waitForSelector("#action-1[aria-selected=true]");
-    await page.click("#show-project");
-    await page.getByLabel("A", { exact: true }).fill("eins");
-    await page.keyboard.press("Tab"); // which sends it
-    await page.keyboard.press("Tab");
-    await page.getByLabel("B", { exact: true }).fill("zw");
-    await page.waitForSelector("#dirty:text-is('not saved')");
-    await settled(page);
-    await page.keyboard.type("ei");
-    await save(page);
-    assert.match(editor.read("p.kxproj"), />eins<[^]*>zwei<[^]*Zweite[^]*Übersetzen[^]*\/moved/);
+  await withEditor(
+    "",
+    async (page, editor) => {
+      await turnTo(page, "Build");
+      await answerSlowly(page);
+      await page.click("#move-down");
+      await page.getByLabel("Extra Command Line Parameters").fill("/moved");
+      await page.waitForSelector("#action-1[aria-selected=true]");
+      await page.click("#show-project");
+      await page.getByLabel("A", { exact: true }).fill("eins");
+      await page.keyboard.press("Tab"); // which sends it
+      await page.keyboard.press("Tab");
+      await page.getByLabel("B", { exact: true }).fill("zw");
+      await page.waitForSelector("#dirty:text-is('not saved')");
+      await settled(page);
+      await page.keyboard.type("ei");
+      await save(page);
+      assert.match(editor.read("p.kxproj"), />eins<[^]*>zwei<[^]*Zweite[^]*Übersetzen[^]*\/moved/);
 
-    // The pages as they were before a box was ticked arrive behind it.
-    await page.click("#show-actions");
-    const box = page.getByLabel("Override Compiler");
-    await box.waitFor();
-    await page.getByLabel("Name of the action").fill("Anders");
-    const renamed = page.waitForResponse(/api.attribute/);
-    const shown = page.waitForResponse(/api.action$/);
-    await page.keyboard.press("Tab");
-    await renamed;
-    await box.check();
-    await shown;
-    for (let i = 0; i < 5; i += 1) assert.ok(await box.isChecked(), "it stays ticked");
-    await settled(page);
-    assert.ok(await box.isChecked());
-  }, { text: project(devenv() + devenv("", "Zweite"), variables) });
+      // The pages as they were before a box was ticked arrive behind it.
+      await page.click("#show-actions");
+      const box = page.getByLabel("Override Compiler");
+      await box.waitFor();
+      await page.getByLabel("Name of the action").fill("Anders");
+      const renamed = page.waitForResponse(/api.attribute/);
+      const shown = page.waitForResponse(/api.action$/);
+      await page.keyboard.press("Tab");
+      await renamed;
+      await box.check();
+      await shown;
+      for (let i = 0; i < 5; i += 1) assert.ok(await box.isChecked(), "it stays ticked");
+      await settled(page);
+      assert.ok(await box.isChecked());
+    },
+    { text: project(devenv() + devenv("", "Zweite"), variables) },
+  );
 });
 
 test("the solution's projects are offered, files are chosen, and a change by somebody else is noticed", async () => {
@@ -237,7 +277,10 @@ test("the solution's projects are offered, files are chosen, and a change by som
     await dialog.getByRole("button", { name: "Choose", exact: true }).click();
     await hasValue(page, "Solution", "Greeter/Greeter.WithNative.sln");
     await save(page);
-    assert.match(editor.read("p.kxproj"), /<Solution>Greeter\/Greeter.WithNative.sln<[^]*<SelectedProjects>\s*<Line>Greeter.Text<\/Line>\s*<\/SelectedProjects>/);
+    assert.match(
+      editor.read("p.kxproj"),
+      /<Solution>Greeter\/Greeter.WithNative.sln<[^]*<SelectedProjects>\s*<Line>Greeter.Text<\/Line>\s*<\/SelectedProjects>/,
+    );
     await offered.getByLabel("Greeter.Text").uncheck();
     await hasValue(page, "SelectedProjects", "");
     await page.getByLabel("Build Type").selectOption("All Projects");
@@ -260,30 +303,39 @@ test("the solution's projects are offered, files are chosen, and a change by som
 
 test("a dry run shows each line of a difference in a row, and a page that is loaded anew knows of the run", async () => {
   const stamp = { UpdateAssemblyInfo: "True", UpdateAssemblyTitle: "True", AssemblyTitle: "Neu" };
-  await withEditor(devenv(Object.entries(stamp).map(([name, value]) => `<${name}>${value}</${name}>`).join("")), async (page) => {
-    await page.click("#dry-run");
-    const ended = page.locator("#progress", { hasText: /^Dry run 1: / });
-    await ended.waitFor();
-    const head = await ended.textContent();
-    await page.locator("#log").focus();
-    await page.keyboard.press("Home");
-    const added = page.locator("#log [role=option]", { hasText: '+[assembly: AssemblyTitle("Neu")]' }).first();
-    await added.waitFor();
-    const rows = await page.locator("#log [role=option]").evaluateAll((all) => all.map((row) => {
-      const { top, bottom } = row.querySelector(".text").getBoundingClientRect();
-      return [top, bottom, row.textContent];
-    }));
-    rows.forEach(([top, , text], i) => {
-      assert.ok(i === 0 || top >= rows[i - 1][1] - 1, `"${text}" begins below the line before it`);
-      assert.ok(!text.includes("\n"), text);
-    });
-    await added.click();
-    await page.locator("#detail pre", { hasText: /@@[^]*Neu/ }).waitFor();
-    await page.reload();
-    await page.locator("#progress", { hasText: head }).waitFor({ state: "attached" });
-    await page.locator("#results td").first().waitFor({ state: "attached" });
-    assert.ok(await page.locator("#view-actions").isVisible(), "nothing runs");
-  });
+  await withEditor(
+    devenv(
+      Object.entries(stamp)
+        .map(([name, value]) => `<${name}>${value}</${name}>`)
+        .join(""),
+    ),
+    async (page) => {
+      await page.click("#dry-run");
+      const ended = page.locator("#progress", { hasText: /^Dry run 1: / });
+      await ended.waitFor();
+      const head = await ended.textContent();
+      await page.locator("#log").focus();
+      await page.keyboard.press("Home");
+      const added = page.locator("#log [role=option]", { hasText: '+[assembly: AssemblyTitle("Neu")]' }).first();
+      await added.waitFor();
+      const rows = await page.locator("#log [role=option]").evaluateAll((all) =>
+        all.map((row) => {
+          const { top, bottom } = row.querySelector(".text").getBoundingClientRect();
+          return [top, bottom, row.textContent];
+        }),
+      );
+      rows.forEach(([top, , text], i) => {
+        assert.ok(i === 0 || top >= rows[i - 1][1] - 1, `"${text}" begins below the line before it`);
+        assert.ok(!text.includes("\n"), text);
+      });
+      await added.click();
+      await page.locator("#detail pre", { hasText: /@@[^]*Neu/ }).waitFor();
+      await page.reload();
+      await page.locator("#progress", { hasText: head }).waitFor({ state: "attached" });
+      await page.locator("#results td").first().waitFor({ state: "attached" });
+      assert.ok(await page.locator("#view-actions").isVisible(), "nothing runs");
+    },
+  );
 });
 
 test("what was not saved is offered again, a new file is not called saved, and messages go with their cause", async () => {
@@ -317,12 +369,15 @@ test("what was not saved is offered again, a new file is not called saved, and m
     await name.press("Enter");
     await hasValue(fresh, "cmbVariable", "Projekt");
     await save(fresh);
-    assert.match(editor.read("new.kxproj"), /<Action Type="SOLUTIONITERATOR">\s*<LoopVariable>Projekt<\/LoopVariable>\s*<\/Action>/);
+    assert.match(
+      editor.read("new.kxproj"),
+      /<Action Type="SOLUTIONITERATOR">\s*<LoopVariable>Projekt<\/LoopVariable>\s*<\/Action>/,
+    );
   });
 });
 
 test("a check says what it found and leads to it", async () => {
-  await withEditor(devenv() + `    <Action Type="MSTEST" Name="Tests"/>\n`, async (page) => {
+  await withEditor(`${devenv()}    <Action Type="MSTEST" Name="Tests"/>\n`, async (page) => {
     await page.click("#check");
     await page.locator("#message", { hasText: /problems? found: Tests\./ }).waitFor();
     await page.locator("[role=treeitem]", { hasText: "Tests" }).click();
@@ -337,42 +392,50 @@ test("a check says what it found and leads to it", async () => {
 });
 
 test("a long log stays light, problems lead to their places, runs are compared", async () => {
-  await withEditor(devenv(), async (page) => {
-    await page.click("#start");
-    await page.locator("#progress", { hasText: /^Run 1: failed/ }).waitFor({ timeout: 120000 });
-    const log = page.locator("#log");
-    assert.ok(await log.evaluate((element) => element.scrollHeight) > 200000 * 20);
-    assert.ok(await page.locator("#log [role=option]").count() < 100);
-    await log.focus();
-    await page.keyboard.press("End");
-    await page.selectOption("#filter", "3");
-    await page.locator("#log .error", { hasText: "CS0103" }).click();
-    await page.locator("#detail button").click();
-    await page.locator("dialog .source .error").waitFor();
-    await page.keyboard.press("Escape");
-    await page.click("#dry-run");
-    await page.locator("#progress", { hasText: /^Dry run 2/ }).waitFor();
-    await page.getByLabel("Compare with").selectOption("1");
-    await page.locator("#results", { hasText: "failed before" }).waitFor();
-  }, { environment: { LINES: "200000" } });
+  await withEditor(
+    devenv(),
+    async (page) => {
+      await page.click("#start");
+      await page.locator("#progress", { hasText: /^Run 1: failed/ }).waitFor({ timeout: 120000 });
+      const log = page.locator("#log");
+      assert.ok((await log.evaluate((element) => element.scrollHeight)) > 200000 * 20);
+      assert.ok((await page.locator("#log [role=option]").count()) < 100);
+      await log.focus();
+      await page.keyboard.press("End");
+      await page.selectOption("#filter", "3");
+      await page.locator("#log .error", { hasText: "CS0103" }).click();
+      await page.locator("#detail button").click();
+      await page.locator("dialog .source .error").waitFor();
+      await page.keyboard.press("Escape");
+      await page.click("#dry-run");
+      await page.locator("#progress", { hasText: /^Dry run 2/ }).waitFor();
+      await page.getByLabel("Compare with").selectOption("1");
+      await page.locator("#results", { hasText: "failed before" }).waitFor();
+    },
+    { environment: { LINES: "200000" } },
+  );
 });
 
 test("a stop in the middle leaves no process, and the program ends without losing what is not saved", async () => {
-  await withEditor(devenv(), async (page, editor) => {
-    await page.click("#start");
-    await page.locator("#log", { hasText: "Compiling" }).waitFor();
-    assert.equal(await page.locator("#save").isDisabled(), true);
-    const pidFile = `${editor.folder}/tool/pid`;
-    while (!fs.existsSync(pidFile) || !editor.read("tool/pid").endsWith("\n")) await page.waitForTimeout(50);
-    const pid = Number(editor.read("tool/pid"));
-    await page.click("#stop");
-    await page.locator("#progress", { hasText: "stopped" }).waitFor();
-    assert.throws(() => process.kill(pid, 0));
-    await page.click("#show-actions");
-    await rename(page, "nicht gesichert");
-    await startAgain(page, editor);
-    assert.match(editor.read("p.unsaved.kxproj"), /nicht gesichert/);
-  }, { environment: { SECONDS_TO_SLEEP: "600" } });
+  await withEditor(
+    devenv(),
+    async (page, editor) => {
+      await page.click("#start");
+      await page.locator("#log", { hasText: "Compiling" }).waitFor();
+      assert.equal(await page.locator("#save").isDisabled(), true);
+      const pidFile = `${editor.folder}/tool/pid`;
+      while (!fs.existsSync(pidFile) || !editor.read("tool/pid").endsWith("\n")) await page.waitForTimeout(50);
+      const pid = Number(editor.read("tool/pid"));
+      await page.click("#stop");
+      await page.locator("#progress", { hasText: "stopped" }).waitFor();
+      assert.throws(() => process.kill(pid, 0));
+      await page.click("#show-actions");
+      await rename(page, "nicht gesichert");
+      await startAgain(page, editor);
+      assert.match(editor.read("p.unsaved.kxproj"), /nicht gesichert/);
+    },
+    { environment: { SECONDS_TO_SLEEP: "600" } },
+  );
 });
 
 test("300 actions, narrow and wide, light and dark: nothing that axe calls serious", async () => {
@@ -382,7 +445,10 @@ test("300 actions, narrow and wide, light and dark: nothing that axe calls serio
     let address = editor.address;
     const context = await browser.newContext({ viewport: { width: 1600, height: 900 } });
     const page = await context.newPage();
-    for (const [width, colorScheme] of [[1600, "light"], [400, "dark"]]) {
+    for (const [width, colorScheme] of [
+      [1600, "light"],
+      [400, "dark"],
+    ]) {
       await page.setViewportSize({ width, height: 900 });
       await page.emulateMedia({ colorScheme });
       await page.goto(address);
@@ -397,7 +463,11 @@ test("300 actions, narrow and wide, light and dark: nothing that axe calls serio
         // As a debugger does, which the page's own rules for scripts do not bind.
         const session = await context.newCDPSession(page);
         await session.send("Runtime.evaluate", { expression: axe });
-        const found = await session.send("Runtime.evaluate", { expression: "axe.run().then((r) => JSON.stringify(r.violations.map((v) => [v.id, v.impact, v.nodes.map((n) => n.html)])))", awaitPromise: true });
+        const found = await session.send("Runtime.evaluate", {
+          expression:
+            "axe.run().then((r) => JSON.stringify(r.violations.map((v) => [v.id, v.impact, v.nodes.map((n) => n.html)])))",
+          awaitPromise: true,
+        });
         const serious = JSON.parse(found.result.value).filter(([, impact]) => impact === "serious" || impact === "critical");
         assert.deepEqual(serious, [], `${view} at ${width}`);
         assert.ok(await page.evaluate(() => document.documentElement.scrollWidth <= window.innerWidth), `${view} fits ${width}`);

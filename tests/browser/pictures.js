@@ -1,5 +1,5 @@
 // The pictures of the documentation: node pictures.js FOLDER (scripts/make-pictures calls it).
-"use strict";
+
 const path = require("node:path");
 const { Editor, launch, openPage, settled } = require("./editor.js");
 
