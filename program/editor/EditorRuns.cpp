@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <system_error>
 
 namespace kx::editor {
 
@@ -155,10 +156,14 @@ void TEditorRuns::Start(std::string text, std::u16string fileName, std::optional
   run->FileName = std::move(fileName);
   run->Stored = std::move(stored);
   run->DryRun = dryRun;
+  stop_.Clear();
+  try {
+    thread_ = std::thread([this, run] { Execute(*run); });
+  } catch (const std::system_error& error) {
+    throw EKxException(u"The run could not be started. " + MessageOf(error));
+  }
   run_ = std::move(run);
   result_.reset();
-  stop_.Clear();
-  thread_ = std::thread([this] { Execute(*run_); });
 }
 
 void TEditorRuns::Stop() {

@@ -39,6 +39,7 @@ struct THttpServer::TState {
       : Service(service), Limits(limits), Acceptor(Io), Pause(Io), Workers(limits.Guests) {}
 
   void Listen();
+  void Serve();
   void Accept();
   void Welcome(tcp::socket socket);
   void CloseAll();
@@ -213,11 +214,26 @@ void THttpServer::TState::Listen() {
     throw EKxException(u"No port of the loopback address is free: " + text::FromUtf8(error.message()));
 }
 
+// What a step raises, for want of memory, ends that step: its connection is closed when its time is over.
+void THttpServer::TState::Serve() {
+  for (;;) {
+    try {
+      Io.run();
+      return;
+    } catch (const std::exception&) {
+    }
+  }
+}
+
 void THttpServer::TState::Accept() {
   Acceptor.async_accept([this](const TError& error, tcp::socket socket) {
     if (!Acceptor.is_open()) return;
     if (!error) {
-      Welcome(std::move(socket));
+      try {
+        Welcome(std::move(socket));
+      } catch (const std::exception&) {
+        // There is no memory for this one; for the next there may be.
+      }
       return Accept();
     }
     // The system has no handle left: one of those who hold them gives way.
@@ -271,7 +287,7 @@ int THttpServer::Port() const {
 
 void THttpServer::Start() {
   state_->Accept();
-  state_->Thread = std::thread([this] { state_->Io.run(); });
+  state_->Thread = std::thread([this] { state_->Serve(); });
 }
 
 bool THttpServer::Close(std::chrono::milliseconds wait) {
