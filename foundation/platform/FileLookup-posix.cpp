@@ -9,6 +9,7 @@
 #include <ctime>
 #include <dirent.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -68,6 +69,14 @@ bool MayBeFile(const std::string& native) {
   return errno != ENOENT && errno != ENOTDIR && errno != ENAMETOOLONG && errno != ELOOP;
 }
 
+// An automounter's folder lists what is mounted; a name that it does not list is mounted when it is asked
+// for.
+bool MountsOnDemand(const std::string& native) {
+  constexpr long automounter = 0x0187; // AUTOFS_SUPER_MAGIC
+  struct statfs info {};
+  return statfs(native.c_str(), &info) == 0 && info.f_type == automounter;
+}
+
 EntryKind KindOf(const dirent& entry) {
   switch (entry.d_type) {
   case DT_DIR:
@@ -83,6 +92,8 @@ EntryKind KindOf(const dirent& entry) {
 // One folder's names as of the moment it was listed.
 class Listing {
 public:
+  Listing() = default; // of a folder that is not there: it holds nothing
+
   // A folder that may be entered but not read keeps no names and answers by asking the system.
   Listing(std::u16string_view folder, std::string native, const Stamp& stamp)
       : folder_(folder), native_(std::move(native)), stamp_(stamp) {
@@ -90,7 +101,7 @@ public:
     clock_gettime(CLOCK_REALTIME, &now);
     listedAt_ = Nanoseconds(now);
     const std::unique_ptr<DIR, int (*)(DIR*)> listing(opendir(native_.c_str()), closedir);
-    readable_ = listing != nullptr;
+    readable_ = listing != nullptr && !MountsOnDemand(native_);
     while (readable_) {
       errno = 0;
       const dirent* entry = readdir(listing.get());
@@ -144,7 +155,7 @@ private:
   std::string native_;
   Stamp stamp_;
   std::int64_t listedAt_ = 0;
-  bool readable_ = false;
+  bool readable_ = true;
   std::unordered_multiset<Entry, EntryHash, EntryEqual> entries_;
 };
 
@@ -181,6 +192,7 @@ std::u16string Below(std::u16string_view folder, std::u16string_view name) {
 // Listings by the folder's path in its own spelling, without a separator at the end (the root is "/").
 struct FileLookup::State {
   std::unordered_map<std::u16string, Listing, PathHash, std::equal_to<>> Listings;
+  const Listing Nowhere;
   std::size_t Names = 0;
   std::uint64_t Round = 0;
 
@@ -215,7 +227,7 @@ struct FileLookup::State {
   }
 
   // Listings are made from the folder asked for upwards, so that the folders above a tree are read only when
-  // a name in them is spelled differently.
+  // a name in them is spelled differently. Nothing when only the system can tell what is in the folder.
   const Listing* ListingOf(std::u16string_view folder) {
     if (const Listing* cached = Cached(folder)) return cached;
     if (folder.size() == 1) return List(folder);
@@ -226,7 +238,7 @@ struct FileLookup::State {
       if (listing == nullptr || !listing->IsReadable()) continue;
       const std::u16string_view step = child.substr(above.size() == 1 ? 1 : above.size() + 1);
       const Entry* entry = listing->Find(step);
-      if (entry == nullptr || entry->Kind == EntryKind::File) return nullptr;
+      if (entry == nullptr || entry->Kind == EntryKind::File) return &Nowhere;
       if (entry->Name != step)
         return ListingOf(Below(above, entry->Name).append(folder.substr(child.size())));
       break;
@@ -241,7 +253,7 @@ struct FileLookup::State {
     if (listing == nullptr) return nullptr;
     const std::u16string_view step = folder.substr(folder.rfind(u'/') + 1);
     const Entry* entry = listing->Find(step);
-    if (entry == nullptr && listing->IsReadable()) return nullptr;
+    if (entry == nullptr && listing->IsReadable()) return &Nowhere;
     const std::u16string found = Below(listing->Folder(), entry == nullptr ? step : entry->Name);
     return found == folder ? nullptr : ListingOf(found);
   }
