@@ -248,9 +248,20 @@ std::size_t AsciiPrefix(std::string_view bytes, std::size_t from) {
   return at;
 }
 
-} // namespace
+// Blocks of a fixed length become vector instructions; the last one overlaps the one before it.
+void Widen(std::string_view ascii, char16_t* target) {
+  constexpr std::size_t block = 16;
+  const auto widen = [&](std::size_t from, std::size_t count) {
+    for (std::size_t i = from; i < from + count; ++i)
+      target[i] = ByteAt(ascii, i);
+  };
+  if (ascii.size() < block) return widen(0, ascii.size());
+  for (std::size_t at = 0; ascii.size() - at > block; at += block)
+    widen(at, block);
+  widen(ascii.size() - block, block);
+}
 
-std::u16string FromUtf8(std::string_view bytes) {
+std::u16string FromLongUtf8(std::string_view bytes) {
   Appender<char16_t> out(bytes.size());
   for (std::size_t at = 0; at < bytes.size();) {
     if (ByteAt(bytes, at) < 0x80) {
@@ -262,6 +273,25 @@ std::u16string FromUtf8(std::string_view bytes) {
     at += sequence.Length;
   }
   return out.Take();
+}
+
+} // namespace
+
+std::u16string FromUtf8(std::string_view bytes) {
+  std::u16string text;
+  AssignUtf8(text, bytes);
+  return text;
+}
+
+// Nearly all texts are names and paths in ASCII, for which the block by block way is too long.
+void AssignUtf8(std::u16string& text, std::string_view bytes) {
+  constexpr std::size_t shortest = 1024; // of those for which it counts that nothing is zeroed
+  if (bytes.size() < shortest && AsciiPrefix(bytes, 0) == bytes.size()) {
+    text.resize(bytes.size());
+    Widen(bytes, text.data());
+  } else {
+    text = FromLongUtf8(bytes);
+  }
 }
 
 std::string ToUtf8(std::u16string_view text) {

@@ -10,6 +10,8 @@
 namespace kx::text {
 
 std::u16string FromUtf8(std::string_view bytes);
+// The same into a text that is used again and again, so that its memory is, too.
+void AssignUtf8(std::u16string& text, std::string_view bytes);
 std::string ToUtf8(std::u16string_view text);
 bool IsValidUtf8(std::string_view bytes);
 // Length of the longest well-formed start of `bytes`; a sequence cut off by the end counts as ill-formed.

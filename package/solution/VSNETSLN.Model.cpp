@@ -1,6 +1,5 @@
 #include "package/solution/VSNETSLN.Model.h"
 
-#include "contract/Utilities.h"
 #include "foundation/text/Text.h"
 #include "foundation/text/WindowsPath.h"
 #include "package/solution/VSNETSLN.Order.h"
@@ -11,6 +10,7 @@ namespace kx {
 
 namespace {
 
+constexpr std::size_t UsualConfigs = 8;
 constexpr std::size_t ManyConfigs = 16;
 
 } // namespace
@@ -21,11 +21,14 @@ void TProjectConfigList::Add(std::u16string_view solutionConfig, std::u16string_
     lines_[*known].Flag = lines_[*known].Flag || flag;
     return;
   }
-  std::u16string text;
-  text.reserve(solutionConfig.size() + 1 + projectConfig.size());
-  text.append(solutionConfig).append(u"=").append(projectConfig);
-  const std::size_t nameLength = text.find(u'=');
-  lines_.push_back({std::move(text), nameLength, flag});
+  const std::size_t start = text_.size();
+  const std::size_t length = solutionConfig.size() + 1 + projectConfig.size();
+  if (lines_.empty()) {
+    lines_.reserve(UsualConfigs);
+    text_.reserve(UsualConfigs * length);
+  }
+  text_.append(solutionConfig).append(u"=").append(projectConfig);
+  lines_.push_back({start, length, text_.find(u'=', start) - start, flag});
   Index(lines_.size() - 1);
 }
 
@@ -37,7 +40,7 @@ std::optional<TVSDotNetProjectConfig> TProjectConfigList::Find(std::u16string_vi
 TVSDotNetProjectConfig TProjectConfigList::operator[](std::size_t index) const {
   if (index >= lines_.size()) return {};
   const TLine& line = lines_[index];
-  return {NameOf(index), std::u16string_view(line.Text).substr(line.NameLength + 1), line.Flag};
+  return {NameOf(index), TextOf(line).substr(line.NameLength + 1), line.Flag};
 }
 
 std::optional<std::size_t> TProjectConfigList::IndexOf(std::u16string_view name) const {
@@ -59,16 +62,9 @@ void TProjectConfigList::Index(std::size_t line) {
   }
 }
 
-TVSDotNetProject::TVSDotNetProject(std::u16string_view solutionPath, std::u16string name,
-                                   std::u16string fileName, std::u16string id, std::u16string typeId,
-                                   platform::FileLookup& files)
-    : name_(std::move(name)), fileName_(std::move(fileName)), id_(std::move(id)), typeId_(std::move(typeId)),
-      resources_(ScanForResources(
-          TPathUtils::ExpandRelativePath(fileName_, text::ExtractFileDir(solutionPath)), files)) {}
-
 bool TVSDotNetProject::IsVCProject() const {
-  const std::u16string extension = text::ToLower(text::ExtractFileExt(fileName_));
-  return extension == u".vcproj" || extension == u".vcxproj";
+  const std::u16string extension = text::ExtractFileExt(fileName_);
+  return text::EqualsIgnoreCase(extension, u".vcproj") || text::EqualsIgnoreCase(extension, u".vcxproj");
 }
 
 void TVSDotNetProject::AddConfig(std::u16string_view solutionConfig, std::u16string_view projectConfig,

@@ -1,7 +1,6 @@
 // The classes behind the solution's interfaces. Only the reader makes them.
 #pragma once
 
-#include "foundation/platform/Files.h"
 #include "foundation/text/Text.h"
 #include "package/solution/VSNETSLN.NameIndex.h"
 #include "package/solution/VSNETSLN.Resources.h"
@@ -60,26 +59,31 @@ public:
 
 private:
   struct TLine {
-    std::u16string Text;
+    std::size_t Start;
+    std::size_t Length;
     std::size_t NameLength;
     bool Flag;
   };
+  std::u16string_view TextOf(const TLine& line) const {
+    return std::u16string_view(text_).substr(line.Start, line.Length);
+  }
   std::u16string_view NameOf(std::size_t line) const {
-    return std::u16string_view(lines_[line].Text).substr(0, lines_[line].NameLength);
+    return TextOf(lines_[line]).substr(0, lines_[line].NameLength);
   }
   std::optional<std::size_t> IndexOf(std::u16string_view name) const;
   void Index(std::size_t line);
 
+  std::u16string text_; // of all lines: a text of its own for each would cost more than it says
   std::vector<TLine> lines_;
   std::unique_ptr<TNameIndex> index_; // once there are many lines
 };
 
 class TVSDotNetProject final : public TVSDotNetImplementation<IVSDotNetProject> {
 public:
-  // `solutionPath` is the full path of the solution. Looks for resource scripts; raises EKxParseError for a
-  // C++ project file that cannot be read.
-  TVSDotNetProject(std::u16string_view solutionPath, std::u16string name, std::u16string fileName,
-                   std::u16string id, std::u16string typeId, platform::FileLookup& files);
+  TVSDotNetProject(std::u16string name, std::u16string fileName, std::u16string id, std::u16string typeId,
+                   TProjectResources resources)
+      : name_(std::move(name)), fileName_(std::move(fileName)), id_(std::move(id)),
+        typeId_(std::move(typeId)), resources_(std::move(resources)) {}
 
   const std::u16string& GetName() const override { return name_; }
   const std::u16string& GetFileName() const override { return fileName_; }

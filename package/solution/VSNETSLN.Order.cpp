@@ -236,16 +236,20 @@ private:
   std::vector<TNumber> done_; // left, and needing nobody who is
 };
 
+bool HaveDependancies(TProjects projects) {
+  return std::ranges::any_of(
+      projects, [](const auto& project) { return !project->GetDependancies()->GetList().IsEmpty(); });
+}
+
 } // namespace
 
 std::vector<std::vector<std::size_t>> CirclesAmong(TProjects projects) {
+  if (!HaveDependancies(projects)) return {};
   return TCircleSearch(projects).Run();
 }
 
 std::vector<std::size_t> OrderByDependancies(TProjects projects, const TKxEvent* stop) {
-  const bool any = std::ranges::any_of(
-      projects, [](const auto& project) { return !project->GetDependancies()->GetList().IsEmpty(); });
-  if (any) return TOrdering(projects, stop).Run();
+  if (HaveDependancies(projects)) return TOrdering(projects, stop).Run();
   std::vector<std::size_t> asTheyAre(projects.size());
   std::iota(asTheyAre.begin(), asTheyAre.end(), std::size_t{0});
   return asTheyAre;

@@ -8,6 +8,7 @@
 #include "package/solution/VSNETSLN.Model.h"
 #include "package/solution/VSNETSLN.Names.h"
 #include "package/solution/VSNETSLN.Paths.h"
+#include "package/solution/VSNETSLN.Resources.h"
 #include "package/solution/VSNETSLN.Syntax.h"
 
 #include <array>
@@ -36,7 +37,7 @@ public:
   enum class TCircles { Order, Refuse };
 
   TSolutionReader(std::u16string_view fileName, bool includeProjectsNotFound, const TKxEvent* stop)
-      : fileName_(fileName), fullPath_(FullPath(fileName)), paths_(text::ExtractFileDir(fullPath_)),
+      : fileName_(fileName), paths_(text::ExtractFileDir(FullPath(fileName))),
         includeNotFound_(includeProjectsNotFound), stop_(stop), files_(ThreadsLookup()),
         lines_(fileName, stop), projects_(std::make_shared<TVSDotNetProjects>(stop)) {
     files_.Refresh();
@@ -112,23 +113,27 @@ private:
     const auto declared = slnsyntax::SplitNameValue(cut_.Rest());
     if (!declared || items_.Split(Trim(declared->Value)) < 3) Fail(u"Error parsing project string");
     current_ = nullptr;
-    if (!IsOnDisk()) {
-      notFound_.push_back({text::FromUtf8(items_[0]), text::FromUtf8(items_[1]), text::FromUtf8(items_[2]),
-                           std::u16string(cut_.Identifier())});
-      if (!includeNotFound_) return;
+    const std::u16string_view path = paths_.Expand(items_[1]);
+    const bool onDisk = IsWebProject() || files_.FileExists(path);
+    TVSDotNetProjectNotFound project{text::FromUtf8(items_[0]), text::FromUtf8(items_[1]),
+                                     text::FromUtf8(items_[2]), std::u16string(cut_.Identifier())};
+    if (!onDisk) {
+      if (!includeNotFound_) {
+        notFound_.push_back(std::move(project));
+        return;
+      }
+      notFound_.push_back(project);
     }
     RaiseIfStopped(stop_); // a project may be anywhere, on a slow network too
-    current_ = std::make_shared<TVSDotNetProject>(fullPath_, text::FromUtf8(items_[0]),
-                                                  text::FromUtf8(items_[1]), text::FromUtf8(items_[2]),
-                                                  std::u16string(cut_.Identifier()), files_);
+    current_ = std::make_shared<TVSDotNetProject>(
+        std::move(project.Name), std::move(project.FileName), std::move(project.ID),
+        std::move(project.TypeID), onDisk ? ScanForResources(path, files_) : TProjectResources());
     projects_->Add(current_);
   }
 
   // Nobody looks for a web project's file.
-  bool IsOnDisk() {
-    const bool web =
-        items_[1].find("http://") != std::string::npos || items_[1].find("https://") != std::string::npos;
-    return web || files_.FileExists(paths_.Expand(items_[1]));
+  bool IsWebProject() const {
+    return items_[1].find("http://") != std::string::npos || items_[1].find("https://") != std::string::npos;
   }
 
   void ReadDependencies() {
@@ -192,31 +197,35 @@ private:
   void ReadProjectConfigs() {
     if (projects_->GetCount() == 0) return SkipTo("EndGlobalSection");
     StepTo("EndGlobalSection", [this] {
-      const auto project = CutProject(Trim(lines_.Line()));
-      if (!project) return;
-      if (const auto config = slnsyntax::ReadProjectConfig(cut_.Rest()))
-        project->AddConfig(text::FromUtf8(config->Solution), text::FromUtf8(config->Project), config->Active);
+      IVSDotNetProject* project = CutOwner(Trim(lines_.Line()));
+      if (project == nullptr) return;
+      const auto config = slnsyntax::ReadProjectConfig(ownerCut_.Rest());
+      if (!config) return;
+      text::AssignUtf8(solutionConfig_, config->Solution);
+      text::AssignUtf8(projectConfig_, config->Project);
+      project->AddConfig(solutionConfig_, projectConfig_, config->Active);
     });
   }
 
   void ReadOldDependencies() {
     StepTo("EndGlobalSection", [this] {
-      const auto project = CutProject(Trim(lines_.Line()));
-      const auto dependency = project ? slnsyntax::SplitNameValue(Trim(lines_.Line())) : std::nullopt;
+      const IVSDotNetProject* project = CutOwner(Trim(lines_.Line()));
+      const auto dependency =
+          project != nullptr ? slnsyntax::SplitNameValue(Trim(lines_.Line())) : std::nullopt;
       if (!dependency) return;
       AddDependency(*project, dependency->Value);
       globalDependencies_ = true;
     });
   }
 
-  // The project whose identifier a line begins with; what follows it is the cut's rest.
-  std::shared_ptr<IVSDotNetProject> CutProject(std::string_view line) {
-    cut_.Cut(line);
-    return projects_->FindByID(cut_.Identifier());
+  // The project whose identifier a line begins with; what follows it is the cut's rest. Lines about one
+  // project mostly stand together.
+  IVSDotNetProject* CutOwner(std::string_view line) {
+    if (ownerCut_.Cut(line)) owner_ = projects_->FindByID(ownerCut_.Identifier());
+    return owner_.get();
   }
 
   std::u16string fileName_;
-  std::u16string fullPath_;
   TProjectPaths paths_;
   bool includeNotFound_;
   const TKxEvent* stop_;
@@ -231,6 +240,11 @@ private:
 
   slnsyntax::TIdentifierCut cut_;
   slnsyntax::TCommaItems items_;
+  slnsyntax::TIdentifierCut
+      ownerCut_; // of the latest line in the Global section, and the project it is about
+  std::shared_ptr<IVSDotNetProject> owner_;
+  std::u16string solutionConfig_; // of the latest line of configurations
+  std::u16string projectConfig_;
 };
 
 } // namespace

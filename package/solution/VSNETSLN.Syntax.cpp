@@ -69,8 +69,12 @@ std::optional<TNameValue> SplitNameValue(std::string_view line) {
   return TNameValue{line.substr(0, equals), line.substr(equals + 1)};
 }
 
-void TIdentifierCut::Cut(std::string_view text) {
-  const std::size_t length = std::min(text.size(), ascii_.size());
+bool TIdentifierCut::Cut(std::string_view text) {
+  if (bytes_.size() == Length && text.starts_with(bytes_)) {
+    rest_ = text.substr(Length);
+    return false;
+  }
+  const std::size_t length = std::min(text.size(), Length);
   unsigned char all = 0;
   for (std::size_t i = 0; i < length; ++i) {
     all = static_cast<unsigned char>(all | static_cast<unsigned char>(text[i]));
@@ -78,13 +82,16 @@ void TIdentifierCut::Cut(std::string_view text) {
   }
   if (all < 0x80) {
     identifier_ = {ascii_.data(), length};
+    bytes_ = text.substr(0, length);
     rest_ = text.substr(length);
-    return;
+    return true;
   }
+  bytes_.clear();
   wide_ = text::FromUtf8(text);
-  identifier_ = std::u16string_view(wide_).substr(0, ascii_.size());
+  identifier_ = std::u16string_view(wide_).substr(0, Length);
   decoded_ = text::ToUtf8(std::u16string_view(wide_).substr(identifier_.size()));
   rest_ = decoded_;
+  return true;
 }
 
 std::size_t TCommaItems::Split(std::string_view text) {

@@ -30,12 +30,15 @@ std::optional<TNameValue> SplitNameValue(std::string_view line);
 // the rest. Both views live until the next cut or as long as the text.
 class TIdentifierCut {
 public:
-  void Cut(std::string_view text);
+  // False when the identifier is known to be that of the cut before.
+  bool Cut(std::string_view text);
   std::u16string_view Identifier() const { return identifier_; }
   std::string_view Rest() const { return rest_; }
 
 private:
-  std::array<char16_t, 38> ascii_{};
+  static constexpr std::size_t Length = 38;
+  std::array<char16_t, Length> ascii_{};
+  std::string bytes_; // those of an identifier that is all ASCII, else empty
   std::u16string wide_;
   std::string decoded_;
   std::u16string_view identifier_;

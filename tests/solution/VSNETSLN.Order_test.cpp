@@ -48,7 +48,6 @@ std::optional<std::string> OrderedByPlainExchanges(const Projects& given) {
 // Circles, pairs, needs of oneself, identifiers used twice.
 TEST(SolutionOrder, IsThatOfThePlainExchangesForRandomGraphs) {
   std::mt19937 random(5);
-  platform::FileLookup none;
   TKxEvent stop;
   stop.Raise();
   int ended = 0;
@@ -59,7 +58,7 @@ TEST(SolutionOrder, IsThatOfThePlainExchangesForRandomGraphs) {
     Projects projects;
     for (std::size_t p = 0; p < count; ++p)
       projects.push_back(
-          std::make_shared<TVSDotNetProject>(u"C:\\a.sln", Name(p), u"", Name(p % ids), u"", none));
+          std::make_shared<TVSDotNetProject>(Name(p), u"", Name(p % ids), u"", TProjectResources()));
     for (std::size_t e = 0; e < edges; ++e) {
       const std::size_t from = random() % count;
       const std::size_t to = random() % count;
