@@ -192,7 +192,7 @@ std::u16string Below(std::u16string_view folder, std::u16string_view name) {
 // Listings by the folder's path in its own spelling, without a separator at the end (the root is "/").
 struct FileLookup::State {
   std::unordered_map<std::u16string, Listing, PathHash, std::equal_to<>> Listings;
-  const Listing Nowhere;
+  const Listing Nowhere{};
   std::size_t Names = 0;
   std::uint64_t Round = 0;
 
