@@ -26,9 +26,13 @@ constexpr std::array<char, AsciiSize> MakeEscapes() {
 
 constexpr std::array<char, AsciiSize> Escapes = MakeEscapes();
 
-char* Escape(char* out, char16_t unit) {
+char* PutUnit(char* out, char16_t unit) {
   constexpr std::string_view digits = "0123456789abcdef";
   const char letter = Escapes[unit];
+  if (letter == 0) {
+    *out++ = static_cast<char>(unit);
+    return out;
+  }
   *out++ = '\\';
   *out++ = letter;
   if (letter != Hexadecimal) return out;
@@ -39,21 +43,25 @@ char* Escape(char* out, char16_t unit) {
   return out;
 }
 
-constexpr std::size_t RunBlock = 16;
+constexpr std::size_t RunBlock = 8;
 
 // Whether so many characters stand for themselves. The length is fixed, so that the compiler makes vector
 // instructions of it.
 bool IsPlainBlock(const char16_t* units) {
-  unsigned other = 0;
+  char16_t other = 0;
   for (std::size_t i = 0; i < RunBlock; ++i)
-    other |= static_cast<unsigned>((units[i] < u' ') | (units[i] >= AsciiSize) | (units[i] == u'"') |
-                                   (units[i] == u'\\'));
+    other = static_cast<char16_t>(other | (units[i] < u' ') | (units[i] >= AsciiSize) | (units[i] == u'"') |
+                                  (units[i] == u'\\'));
   return other == 0;
 }
 
 void CopyBlock(const char16_t* units, char* out) {
+  std::array<char16_t, RunBlock> wide; // copied, so that the compiler need not fear that the two overlap
+  std::memcpy(wide.data(), units, sizeof wide);
+  std::array<char, RunBlock> narrow;
   for (std::size_t i = 0; i < RunBlock; ++i)
-    out[i] = static_cast<char>(units[i]);
+    narrow[i] = static_cast<char>(wide[i]);
+  std::memcpy(out, narrow.data(), sizeof narrow);
 }
 
 } // namespace
@@ -125,12 +133,9 @@ std::size_t TJsonWriter::PutAscii(std::u16string_view text) {
       done += RunBlock;
       continue;
     }
-    if (Escapes[text[done]] == 0) {
-      *out++ = static_cast<char>(text[done]);
-    } else {
-      out = Escape(out, text[done]);
-    }
-    ++done;
+    const std::size_t end = std::min(done + RunBlock, most);
+    for (; done < end && text[done] < AsciiSize; ++done)
+      out = PutUnit(out, text[done]);
   }
   used_ = static_cast<std::size_t>(out - block_.get());
   return done;

@@ -11,9 +11,20 @@ namespace {
 
 constexpr char16_t kReplacement = 0xFFFD;
 
+// The block is copied out and back, so that the compiler need not fear that the two overlap, and has a fixed
+// length: it makes vector instructions of the loop then.
+template <std::size_t Size, typename Source, typename Unit>
+void CopyAsciiBlock(const Source* source, Unit* target) {
+  std::array<Source, Size> from;
+  std::array<Unit, Size> to;
+  std::memcpy(from.data(), source, sizeof from);
+  for (std::size_t i = 0; i < Size; ++i)
+    to[i] = static_cast<Unit>(from[i]);
+  std::memcpy(target, to.data(), sizeof to);
+}
+
 // Collects units in a small buffer and appends them block by block: a large text is written once, not zeroed
-// first. The blocks have a fixed length, so that the compiler turns the loops over them into vector
-// instructions.
+// first.
 template <typename Unit>
 class Appender {
 public:
@@ -59,9 +70,7 @@ private:
   template <typename Source>
   void PutBlock(const Source* source) {
     if (buffer_.size() - count_ < kBlock) Flush();
-    Unit* target = buffer_.data() + count_;
-    for (std::size_t i = 0; i < kBlock; ++i)
-      target[i] = static_cast<Unit>(source[i]);
+    CopyAsciiBlock<kBlock>(source, buffer_.data() + count_);
     count_ += kBlock;
   }
 
@@ -248,17 +257,17 @@ std::size_t AsciiPrefix(std::string_view bytes, std::size_t from) {
   return at;
 }
 
-// Blocks of a fixed length become vector instructions; the last one overlaps the one before it.
+// The last block overlaps the one before it.
 void Widen(std::string_view ascii, char16_t* target) {
-  constexpr std::size_t block = 16;
-  const auto widen = [&](std::size_t from, std::size_t count) {
-    for (std::size_t i = from; i < from + count; ++i)
-      target[i] = ByteAt(ascii, i);
-  };
-  if (ascii.size() < block) return widen(0, ascii.size());
+  constexpr std::size_t block = 8;
+  const auto widen = [&](std::size_t at) { CopyAsciiBlock<block>(ascii.data() + at, target + at); };
+  if (ascii.size() < block) {
+    std::ranges::copy(ascii, target);
+    return;
+  }
   for (std::size_t at = 0; ascii.size() - at > block; at += block)
-    widen(at, block);
-  widen(ascii.size() - block, block);
+    widen(at);
+  widen(ascii.size() - block);
 }
 
 std::u16string FromLongUtf8(std::string_view bytes) {

@@ -92,6 +92,7 @@ void TVSDotNetProjects::Add(std::shared_ptr<IVSDotNetProject> project) {
 
 std::shared_ptr<IVSDotNetProject> TVSDotNetProjects::FindByID(std::u16string_view id) const {
   if (byId_.empty()) {
+    byId_.reserve(projects_.size());
     for (std::size_t i = 0; i < projects_.size(); ++i)
       byId_.try_emplace(projects_[i]->GetProjectID(), i);
   }

@@ -45,7 +45,9 @@ private:
 struct TGraph {
   explicit TGraph(TProjects projects) : IdOf(projects.size()) {
     std::unordered_map<std::u16string_view, TNumber, text::IgnoreCaseHash, text::IgnoreCaseEqual> numbers;
+    numbers.reserve(projects.size());
     std::vector<std::pair<TNumber, TNumber>> members;
+    members.reserve(projects.size());
     for (TNumber p = 0; p < projects.size(); ++p) {
       IdOf[p] = numbers.try_emplace(projects[p]->GetProjectID(), static_cast<TNumber>(numbers.size()))
                     .first->second;
