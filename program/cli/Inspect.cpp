@@ -1,6 +1,7 @@
 #include "program/cli/Inspect.h"
 
 #include "foundation/platform/Files.h"
+#include "foundation/platform/Memory.h"
 #include "foundation/text/Encoding.h"
 #include "foundation/text/Exceptions.h"
 #include "foundation/text/Text.h"
@@ -111,6 +112,7 @@ private:
 } // namespace
 
 int RunInspect(const TInspectOptions& options) {
+  if (options.Files.size() > 1) platform::KeepFreedMemory();
   TInspection inspection(options);
   bool succeeded = true;
   for (const auto& file : options.Files)

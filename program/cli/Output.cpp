@@ -36,9 +36,10 @@ std::shared_ptr<const TSecretMask>& Secrets() {
 }
 
 void PrintTo(ConsoleStream stream, std::string_view utf8) {
-  const std::string shown = Secrets() ? Secrets()->Masked(utf8) : std::string(utf8);
+  std::string masked;
+  if (Secrets()) utf8 = masked = Secrets()->Masked(utf8);
   auto& guard = GuardOf(stream);
-  platform::WriteConsole(stream, guard ? guard->Pass(shown) : shown);
+  guard ? platform::WriteConsole(stream, guard->Pass(utf8)) : platform::WriteConsole(stream, utf8);
 }
 
 } // namespace
