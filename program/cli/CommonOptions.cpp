@@ -2,6 +2,7 @@
 
 #include "foundation/text/Encoding.h"
 #include "foundation/text/Text.h"
+#include "program/cli/Usage.h"
 #include "program/report/ReportFormats.h"
 #include "program/runner/Messages.h"
 

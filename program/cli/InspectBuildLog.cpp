@@ -47,10 +47,10 @@ public:
     json.Member("failed", verdict_.Failed);
     json.ValuesMember("statuses", verdict_.Statuses);
     json.ArrayMember("metrics", [&] {
-      for (const auto& [what, count] : verdict_.Metrics)
+      for (const auto& metric : verdict_.Metrics)
         json.Array([&] {
-          json.Value(what == TBuildCount::Errors ? "Errors" : "Warnings");
-          json.Value(count);
+          json.Value(metric.first == TBuildCount::Errors ? "Errors" : "Warnings");
+          json.Value(metric.second);
         });
     });
     json.Member("hasSummary", hasSummary_);
