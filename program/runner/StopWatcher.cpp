@@ -9,8 +9,12 @@ constexpr std::chrono::milliseconds Pause{20};
 
 } // namespace
 
-TStopWatcher::TStopWatcher(const TKxEvent& stop)
-    : stop_(stop), thread_([this](const std::stop_token& finished) { Watch(finished); }) {}
+TStopWatcher::TStopWatcher(const TKxEvent& stop) : stop_(stop), thread_([this] { Watch(); }) {}
+
+TStopWatcher::~TStopWatcher() {
+  finished_.Raise();
+  thread_.join();
+}
 
 void TStopWatcher::Enter(TCustomKxAction& action) {
   const std::scoped_lock lock(mutex_);
@@ -23,11 +27,12 @@ void TStopWatcher::Leave() {
   told_ = nullptr;
 }
 
-void TStopWatcher::Watch(const std::stop_token& finished) {
-  std::unique_lock lock(mutex_);
-  while (!finished.stop_requested()) {
+// Waits for the system's own event: the condition variables of some run-time libraries lose the end of a
+// wait.
+void TStopWatcher::Watch() {
+  while (!finished_.WaitFor(Pause)) {
+    const std::scoped_lock lock(mutex_);
     if (stop_.IsRaised()) TellCurrent();
-    changed_.wait_for(lock, finished, Pause, [] { return false; });
   }
 }
 

@@ -3,9 +3,7 @@
 
 #include "contract/Actions.h"
 
-#include <condition_variable>
 #include <mutex>
-#include <stop_token>
 #include <thread>
 #include <vector>
 
@@ -17,20 +15,23 @@ namespace kx {
 class TStopWatcher {
 public:
   explicit TStopWatcher(const TKxEvent& stop);
+  ~TStopWatcher();
+  TStopWatcher(const TStopWatcher&) = delete;
+  TStopWatcher& operator=(const TStopWatcher&) = delete;
 
   void Enter(TCustomKxAction& action);
   void Leave();
 
 private:
-  void Watch(const std::stop_token& finished);
+  void Watch();
   void TellCurrent();
 
   const TKxEvent& stop_;
   std::mutex mutex_;
-  std::condition_variable_any changed_;
   std::vector<TCustomKxAction*> running_;
   TCustomKxAction* told_ = nullptr;
-  std::jthread thread_; // last: it uses all of the above
+  TKxEvent finished_;
+  std::thread thread_; // last: it uses all of the above
 };
 
 } // namespace kx
