@@ -1,5 +1,5 @@
 // How fast the output of build tools is read: logs of the benchmark's own making, in memory.
-#include "package/build/BuildLog.h"
+#include "package/buildaction/BuildLog.h"
 
 #include <benchmark/benchmark.h>
 

@@ -3,8 +3,8 @@
 #include "foundation/text/Encoding.h"
 #include "foundation/text/Text.h"
 #include "fuzz/FuzzTarget.h"
-#include "package/build/BuildOutputAnalysis.h"
-#include "package/build/MSBuildLogger.h"
+#include "package/buildaction/BuildOutputAnalysis.h"
+#include "package/buildaction/MSBuildLogger.h"
 #include "tests/support/BareAction.h"
 #include "tests/support/RecordingHost.h"
 

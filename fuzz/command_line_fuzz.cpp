@@ -3,7 +3,7 @@
 #include "foundation/text/Encoding.h"
 #include "foundation/text/Text.h"
 #include "fuzz/FuzzTarget.h"
-#include "package/build/MSBuildLogger.h"
+#include "package/buildaction/MSBuildLogger.h"
 
 namespace kx::fuzz {
 namespace {

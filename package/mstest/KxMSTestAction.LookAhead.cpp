@@ -2,7 +2,7 @@
 #include "contract/LookAhead.h"
 #include "foundation/platform/Files.h"
 #include "foundation/text/WindowsPath.h"
-#include "package/build/KxVSDotNetOptions.h"
+#include "package/buildaction/KxVSDotNetOptions.h"
 
 namespace kx {
 

@@ -1,7 +1,7 @@
 #include "package/mstest/KxMSTestAction.h"
 
 #include "foundation/text/WindowsPath.h"
-#include "package/build/KxVSDotNetOptions.h"
+#include "package/buildaction/KxVSDotNetOptions.h"
 
 #include <algorithm>
 

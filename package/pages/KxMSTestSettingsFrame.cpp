@@ -1,6 +1,6 @@
 #include "package/pages/KxMSTestSettingsFrame.h"
 
-#include "package/build/KxVSDotNetOptions.h"
+#include "package/buildaction/KxVSDotNetOptions.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #include "package/pages/KxVSDotNetFrames.h"
 
-#include "package/build/KxVSDotNetOptions.h"
+#include "package/buildaction/KxVSDotNetOptions.h"
 #include "package/pages/PageSupport.h"
 #include "package/pages/SolutionOffers.h"
 

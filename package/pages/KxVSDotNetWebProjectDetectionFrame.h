@@ -1,7 +1,7 @@
 // The page of the Build action on which the user says how the folders of web projects are found.
 #pragma once
 
-#include "package/build/KxVSDotNetAction.h"
+#include "package/buildaction/KxVSDotNetAction.h"
 #include "package/pages/PageSupport.h"
 
 namespace kx {

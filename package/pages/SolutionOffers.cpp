@@ -3,7 +3,7 @@
 #include "contract/Utilities.h"
 #include "foundation/platform/Files.h"
 #include "foundation/text/Text.h"
-#include "package/build/ProjectSearch.h"
+#include "package/buildaction/ProjectSearch.h"
 
 #include <algorithm>
 #include <map>

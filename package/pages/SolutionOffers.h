@@ -3,7 +3,7 @@
 #pragma once
 
 #include "contract/PageFields.h"
-#include "package/build/KxVSDotNetAction.h"
+#include "package/buildaction/KxVSDotNetAction.h"
 
 #include <memory>
 #include <string>

@@ -1,7 +1,7 @@
 #include "package/registration/KxVSDotNetReg.h"
 
-#include "package/build/KxVSDotNetAction.h"
-#include "package/build/KxVSDotNetOptions.h"
+#include "package/buildaction/KxVSDotNetAction.h"
+#include "package/buildaction/KxVSDotNetOptions.h"
 #include "package/iterator/KxVSDotNetSolutionIterator.h"
 #include "package/mstest/KxMSTestAction.h"
 #include "package/pages/KxMSTestFrame.h"

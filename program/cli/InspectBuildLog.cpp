@@ -2,9 +2,9 @@
 #include "program/cli/Inspect.h"
 
 #include "foundation/text/Encoding.h"
-#include "package/build/BuildLog.h"
-#include "package/build/SummaryLines.h"
-#include "package/build/ToolOutputWords.h"
+#include "package/buildaction/BuildLog.h"
+#include "package/buildaction/SummaryLines.h"
+#include "package/buildaction/ToolOutputWords.h"
 #include "program/cli/LogReader.h"
 #include "program/cli/Output.h"
 

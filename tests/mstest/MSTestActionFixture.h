@@ -3,7 +3,7 @@
 
 #include "foundation/text/Encoding.h"
 #include "foundation/text/Text.h"
-#include "package/build/KxVSDotNetOptions.h"
+#include "package/buildaction/KxVSDotNetOptions.h"
 #include "package/mstest/KxMSTestAction.h"
 #include "tests/support/RecordingHost.h"
 #include "tests/support/TemporaryFolder.h"

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "contract/Pages.h"
-#include "package/build/KxVSDotNetOptions.h"
+#include "package/buildaction/KxVSDotNetOptions.h"
 #include "tests/support/Failure.h"
 #include "tests/support/RecordingHost.h"
 

@@ -1,0 +1,186 @@
+#include "tests/buildaction/BuildActionFixture.h"
+
+#include <map>
+
+namespace kx::tests {
+namespace {
+
+class BuildAction : public TBuildActionTest {};
+
+// A value other than the default, as a project file holds it.
+TKxPropertyValue Changed(const TKxPublishedProperty& row, const TKxPropertyValue& value) {
+  if (row.Kind == TKxPropertyKind::Boolean) return !std::get<bool>(value);
+  if (row.Kind == TKxPropertyKind::StringList) return PropertyFromText(row, u"{1}\r\n{2}\r\n");
+  if (row.Kind == TKxPropertyKind::String) return u"a=b\r\n";
+  if (row.Kind == TKxPropertyKind::Integer) return std::get<std::int32_t>(value) + 1;
+  return std::get<std::int32_t>(value) == 0 ? 1 : 0;
+}
+
+TEST_F(BuildAction, SavesAndLoadsEveryStoredPropertyIntoAPlaceOfItsOwn) {
+  TKxVSDotNetAction loaded;
+  loaded.Attach(host_);
+  std::map<const TKxPublishedProperty*, std::u16string> saved;
+  const TKxVSDotNetAction fresh;
+  for (const auto& row : fresh.PublishedProperties().Rows())
+    if (row.Stored) {
+      row.Set(*action_, Changed(row, row.Get(loaded)));
+      saved.emplace(&row, PropertyToText(row, row.Get(*action_)));
+    }
+  for (const auto& [row, text] : saved) {
+    EXPECT_NE(PropertyToText(*row, row->Get(loaded)), text) << text::ToUtf8(row->Name) << " shares a place";
+    row->Set(loaded, PropertyFromText(*row, text));
+  }
+  for (const auto& [row, text] : saved)
+    EXPECT_EQ(PropertyToText(*row, row->Get(loaded)), text) << text::ToUtf8(row->Name);
+}
+
+TEST_F(BuildAction, KeepsVersionsAsTextAndInParts) {
+  const std::pair<std::u16string, std::string> cases[] = {
+      {u"1|2|3|4", "1,2,3,4"}, {u"1.0", "1.0,,,"}, {u"1|2|3|4|5", "1,2,3,4"}, {u"", ",,,"}};
+  for (const std::u16string name : {u"AssemblyVersion", u"AssemblyFileVersion"})
+    for (const auto& [text, parts] : cases) {
+      Set(name + u"=" + text);
+      EXPECT_EQ(Get(name + u"Major") + "," + Get(name + u"Minor") + "," + Get(name + u"Build") + "," +
+                    Get(name + u"Revision"),
+                parts);
+      EXPECT_EQ(Get(name), text::ToUtf8(text)) << "the text stays as it was given";
+    }
+  Set(u"AssemblyVersion=1|2|3|4|5&AssemblyVersionBuild=9");
+  EXPECT_EQ(Get(u"AssemblyVersion") + Get(u"AssemblyFileVersion"), "1|2|9|4");
+}
+
+TEST_F(BuildAction, RegistersWhatAnExecutionChanges) {
+  const std::pair<std::u16string, std::u16string> steps[] = {
+      {u"AutoIncAssemblyRevisionNo=True", u"AssemblyVersion "},
+      {u"AutoIncAssemblyBuildNumber=True", u"AssemblyVersion AssemblyVersionBuild "},
+      {u"AutoIncAssemblyRevisionNo=False", u"AssemblyVersion AssemblyVersionBuild "},
+      {u"AutoIncAssemblyBuildNumber=False", u"AssemblyVersion "},
+      {u"AutoIncAssemblyRevisionNo=True&AutoIncAssemblyRevisionNo=False", u""},
+      {u"AutoIncAssemblyFileBuildNumber=True&AutoIncAssemblyFileRevisionNo=True", u"AssemblyFileVersion "},
+      {u"AutoIncAssemblyFileBuildNumber=False&AutoIncBuild=True", u"AssemblyFileVersion BuildVersion "},
+      {u"AutoIncAssemblyFileRevisionNo=False", u"BuildVersion "},
+      {u"AutoIncBuild=False", u""},
+  };
+  for (const auto& [settings, expected] : steps) {
+    Set(settings);
+    std::u16string dynamic;
+    for (const std::u16string name :
+         {u"AssemblyVersion", u"AssemblyVersionBuild", u"AssemblyFileVersion", u"BuildVersion"})
+      if (action_->IsDynamicProperty(name)) dynamic += name + u" ";
+    EXPECT_EQ(dynamic, expected) << text::ToUtf8(settings);
+  }
+}
+
+TEST_F(BuildAction, TakesNoCodePageZeroAndNoNewLabel) {
+  Set(u"CodePage=932&CodePage=0&AssemblyInfo=other");
+  EXPECT_EQ(Get(u"CodePage") + Get(u"AssemblyInfo"), "1252Assembly Info");
+}
+
+TEST_F(BuildAction, KeepsThePasswordEncrypted) {
+  Set(u"WebDAVPassword=secret");
+  EXPECT_EQ(Get(u"_WebDAVPassword"), "enc(secret)");
+  EXPECT_EQ(Get(u"WebDAVPassword"), "secret");
+  Set(u"_WebDAVPassword=made elsewhere");
+  EXPECT_EQ(Get(u"WebDAVPassword"), "");
+  Set(u"WebDAVPassword=");
+  EXPECT_EQ(Get(u"_WebDAVPassword"), "made elsewhere") << "saving what was read must not lose it";
+  EXPECT_TRUE(Row(u"WebDAVPassword").Secret && !Row(u"WebDAVPassword").Stored);
+  EXPECT_TRUE(Row(u"_WebDAVPassword").Secret && Row(u"_WebDAVPassword").Stored);
+}
+
+TEST_F(BuildAction, TellsWhatItsSettingsLack) {
+  const std::string framework =
+      ".NET Framework Settings: The selected version of the .NET Framework was not found.";
+  const std::pair<std::u16string, std::vector<std::string>> cases[] = {
+      {u"", {}},
+      {u"Solution=&VStudioVersion=vs2010", {"Solution file: A solution file has not been set", framework}},
+      {u"VStudioVersion=vs2003", {"VisualStudio.NET Options: Path to devenv.com has not been set [options]"}},
+      {u"VStudioVersion=vsUnknown", {framework}},
+      {u"UseMSBuild=False", {}},
+  };
+  for (const auto& [settings, entries] : cases) {
+    Begin(settings);
+    TRecordingValidation validation;
+    EXPECT_EQ(action_->Validate(validation), entries.empty());
+    EXPECT_EQ(validation.Entries, entries);
+  }
+}
+
+TEST_F(BuildAction, LooksAheadAtWhatARunWouldStumbleOver) {
+  services_.Frameworks[u"v2.0"] = folder_.Path() + u"/gone";
+  host_.Sets.Sets[u"Old"] = {{u"MajorVersion", u"70000"}};
+  folder_.Write("Bad.sln", "no solution\n");
+  folder_.Write("Twins.sln", SolutionWithTwins());
+  for (const std::string name : {"b c", "gone", "half"})
+    folder_.Write(name + "/App.sln", SmallSolution);
+  folder_.Write("b c/Lib/Lib.csproj");
+  folder_.Write("half/Lib/Lib.csproj");
+  const std::string gone = "Solution: Projects of Debug|Any CPU are not on disk: App\\App.csproj, ";
+  const std::string none = "SolutionConfiguration: App.sln has no configuration ";
+  const std::u16string release = u"SolutionConfiguration=release&UseRegExOnConfigName=False";
+  const std::u16string selected = u"BuildType=btSelectedProjects&SelectedProjects=";
+  const std::u16string win32 =
+      u"UpdateWin32Resource=True&UseWin32PropertySet=True&Win32VersionInfoPropertySetName=";
+  const std::u16string dotNet = u"UpdateAssemblyInfo=True&UpdateAssemblyVersion=True&AssemblyVersion=";
+  const std::pair<std::u16string, std::string> cases[] = {
+      {u"Solution=%Loop%&SolutionConfiguration=%Loop%", ""},
+      {selected + u"%Loop%\nLib", ""},
+      {u"Solution=", ""},
+      {u"Solution=No.sln", "Solution: Solution File \"DIR/No.sln\" does not exist"},
+      {u"Solution=Bad.sln", "Solution: Error Parsing Solution File : Invalid Visual Studio Solution Header"},
+      {u"Solution=gone/App.sln", gone},
+      {u"Solution=gone/App.sln&BuildType=btIncludeDisabledProjects", gone},
+      {u"Solution=gone/App.sln&SolutionConfiguration=Release|Any CPU", ""},
+      {u"Solution=half/App.sln", ""},
+      {u"Solution=half/App.sln&BuildType=btIncludeDisabledProjects", gone + "Setup\\Setup.vdproj"},
+      {u"SolutionConfiguration=", "SolutionConfiguration: A configuration is required."},
+      {u"SolutionConfiguration=Debgu", none + "\"Debgu\". Did you mean \"Debug|Any CPU\"?"},
+      {u"SolutionConfiguration=Debug(", "SolutionConfiguration: missing closing parenthesis"},
+      {u"SolutionConfiguration=Relase|Any CPU", none + "\"Relase|Any CPU\". Read as an expression"},
+      {release, ""},
+      {release + u"&" + selected + u"Lib", none + "\"release\". Did you mean"},
+      {selected + u"Lbi", "SelectedProjects: App.sln has no project \"Lbi\""},
+      {selected, "SelectedProjects: No projects are selected."},
+      {selected + u"Lib&SolutionConfiguration=Release|Any CPU",
+       "BuildType: None of the projects to build is part of Release|Any CPU."},
+      {u"Solution=b c/App.sln&" + selected + u"Lib", "Solution: The solution's folder \"DIR/b c"},
+      {u"Solution=Twins.sln&" + selected + u"Installer",
+       "Solution: Twins.sln gives different projects one identifier: Lib\\Lib.csproj and "
+       "Setup\\Setup.vdproj"},
+      {u"Solution=Twins.sln&" + selected + u"App", ""},
+      {u"VStudioVersion=vs2005", ".NET Framework Settings: Executable not found : DIR/gone/MSBuild.exe"},
+      {u"VStudioVersion=vs2003",
+       "VisualStudio.NET Options: The option VisualStudioDotNet.MSDevPath2003 names no folder"},
+      {dotNet + u"2|||", ""},
+      {dotNet + u"70000|0|0|0", "AssemblyVersion: AssemblyVersion \"70000.0.0.0\" is no version"},
+      {dotNet + u"%Loop%|0|0|0", ""},
+      {dotNet + u"1|||&ApplyAssemblyInfoTo=btSelectedProjects&AssemblySelectedProjects=Lbi",
+       "AssemblySelectedProjects: App.sln has no project \"Lbi\""},
+      {u"UpdateWin32Resource=True&MinorVersion=-1", "UpdateWin32Resource: MinorVersion -1"},
+      {u"UpdateWin32Resource=True&ApplyResourceInfoTo=btSelectedProjects",
+       "ResourceSelectedProjects: No projects are selected."},
+      {win32, "Win32VersionInfoPropertySetName: The name of the property set is blank."},
+      {win32 + u"New", "Win32VersionInfoPropertySetName: Unable to find property set: New"},
+      {win32 + u"Old", "Win32VersionInfoPropertySetName: MajorVersion 70000"},
+      {u"OverrideWarnings=True&DisableSelectedWarnings=True&DisableWarnings=168\n",
+       "DisableWarnings: \"168\n\" is not valid."},
+  };
+  for (const auto& [settings, entry] : cases) {
+    Begin(settings);
+    TRecordingValidation validation;
+    action_->LookAhead(validation);
+    const std::string found = Plain(testing::PrintToString(validation.Entries));
+    ASSERT_EQ(validation.Entries.size(), entry.empty() ? 0U : 1U) << text::ToUtf8(settings) << found;
+    EXPECT_THAT(Plain(entry.empty() ? "" : validation.Entries[0]), testing::StartsWith(entry));
+    EXPECT_THAT(host_.Log(), testing::IsEmpty()) << text::ToUtf8(settings);
+  }
+}
+
+TEST_F(BuildAction, FindsDevEnvWhereTheOptionsSay) {
+  host_.Variables[u"Tools"] = u"C:\\VS";
+  VSDotNetOptions()->SetDevEnv2008Location(u" %Tools%\\IDE ");
+  EXPECT_EQ(action_->GetExecutable(false), u"C:\\VS\\IDE\\devenv.com");
+}
+
+} // namespace
+} // namespace kx::tests
