@@ -106,8 +106,10 @@ std::shared_ptr<IVSDotNetProject> TVSDotNetProjects::FindByFileName(std::u16stri
   return found == projects_.end() ? nullptr : *found;
 }
 
-void TVSDotNetProjects::SortUnlessCircular() {
-  if (CirclesAmong(projects_).empty()) SortByDependancies();
+bool TVSDotNetProjects::SortUnlessCircular() {
+  if (!CirclesAmong(projects_).empty()) return false;
+  SortByDependancies();
+  return true;
 }
 
 void TVSDotNetProjects::SortByDependancies() {

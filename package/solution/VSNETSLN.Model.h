@@ -37,11 +37,18 @@ public:
   const std::u16string& GetItem(int index) const override { return list_[static_cast<std::size_t>(index)]; }
   int GetCount() const override { return static_cast<int>(list_.Count()); }
   const text::TStringList& GetList() const override { return list_; }
-  void Add(std::u16string_view id) override { list_.Add(id); }
+  void Add(std::u16string_view id, int line) override {
+    list_.Add(id);
+    lines_.push_back(line);
+  }
+  int GetLine(int index) const override {
+    return index >= 0 && index < GetCount() ? lines_[static_cast<std::size_t>(index)] : 0;
+  }
   bool Contains(std::u16string_view id) const override { return list_.IndexOf(id).has_value(); }
 
 private:
   text::TStringList list_;
+  std::vector<int> lines_;
 };
 
 // Lines "solution configuration=project configuration", each with its flag, found by name without regard to
@@ -120,7 +127,7 @@ public:
   std::shared_ptr<IVSDotNetProject> FindByID(std::u16string_view id) const override;
   std::shared_ptr<IVSDotNetProject> FindByFileName(std::u16string_view fileName) const override;
   void SortByDependancies() override;
-  void SortUnlessCircular(); // keeps the order when there is a circle
+  bool SortUnlessCircular(); // False when there is a circle: the order is kept
   std::shared_ptr<IVSDotNetProject> GetItemInFileOrder(int index) const override {
     return ItemAt(inFileOrder_, index);
   }
@@ -164,9 +171,10 @@ public:
   TVSDotNetSolution(std::u16string_view fileName, TVSDotNetVersion version,
                     std::shared_ptr<IVSDotNetProjects> projects,
                     std::shared_ptr<IVSDotNetSolutionConfigurations> configurations,
-                    std::vector<TVSDotNetProjectNotFound> notFound)
+                    std::vector<TVSDotNetProjectNotFound> notFound, bool hasBuildOrder)
       : fileName_(fileName), version_(version), projects_(std::move(projects)),
-        configurations_(std::move(configurations)), notFound_(std::move(notFound)) {}
+        configurations_(std::move(configurations)), notFound_(std::move(notFound)),
+        hasBuildOrder_(hasBuildOrder) {}
 
   std::shared_ptr<IVSDotNetSolutionConfigurations> GetConfigurations() const override {
     return configurations_;
@@ -177,6 +185,7 @@ public:
   const std::u16string& GetFileName() const override { return fileName_; }
   TVSDotNetVersion GetVisualStudioVersion() const override { return version_; }
   const std::vector<TVSDotNetProjectNotFound>& GetProjectsNotFound() const override { return notFound_; }
+  bool HasBuildOrder() const override { return hasBuildOrder_; }
 
 private:
   std::u16string name_;
@@ -186,6 +195,7 @@ private:
   std::shared_ptr<IVSDotNetProjects> projects_;
   std::shared_ptr<IVSDotNetSolutionConfigurations> configurations_;
   std::vector<TVSDotNetProjectNotFound> notFound_;
+  bool hasBuildOrder_;
 };
 
 } // namespace kx

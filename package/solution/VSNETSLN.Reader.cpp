@@ -34,7 +34,7 @@ std::u16string FullPath(std::u16string_view fileName) {
 // one; the loop that called it steps over that.
 class TSolutionReader {
 public:
-  enum class TCircles { Order, Refuse };
+  enum class TCircles { Order, Refuse, Keep };
 
   TSolutionReader(std::u16string_view fileName, bool includeProjectsNotFound, const TKxEvent* stop)
       : fileName_(fileName), paths_(text::ExtractFileDir(FullPath(fileName))),
@@ -46,12 +46,11 @@ public:
   std::shared_ptr<IVSDotNetSolution> Run(TCircles circles) {
     const TVSDotNetVersion version = ReadVersion();
     ReadProjects();
-    if (circles == TCircles::Refuse) RefuseCircles();
-    projects_->SortByDependancies();
+    const bool hasBuildOrder = Sort(circles);
     ReadGlobal();
     if (globalDependencies_) projects_->SortUnlessCircular();
     return std::make_shared<TVSDotNetSolution>(fileName_, version, projects_, MakeConfigurations(),
-                                               std::move(notFound_));
+                                               std::move(notFound_), hasBuildOrder);
   }
 
 private:
@@ -81,6 +80,13 @@ private:
     const auto version = slnsyntax::ReadHeader(lines_.Line());
     if (!version) Fail(u"Invalid Visual Studio Solution Header : " + text::FromUtf8(lines_.Line()));
     return *version;
+  }
+
+  bool Sort(TCircles circles) {
+    if (circles == TCircles::Keep) return projects_->SortUnlessCircular();
+    if (circles == TCircles::Refuse) RefuseCircles();
+    projects_->SortByDependancies();
+    return true;
   }
 
   void RefuseCircles() const {
@@ -145,8 +151,8 @@ private:
     }
   }
 
-  static void AddDependency(const IVSDotNetProject& project, std::string_view id) {
-    project.GetDependancies()->Add(text::FromUtf8(Trim(id)));
+  void AddDependency(const IVSDotNetProject& project, std::string_view id) const {
+    project.GetDependancies()->Add(text::FromUtf8(Trim(id)), lines_.LineNumber());
   }
 
   void ReadGlobal() {
@@ -257,6 +263,11 @@ std::shared_ptr<IVSDotNetSolution> OpenSolution(std::u16string_view fileName, bo
 std::shared_ptr<IVSDotNetSolution> LookAtSolution(std::u16string_view fileName, bool includeProjectsNotFound,
                                                   const TKxEvent* stop) {
   return TSolutionReader(fileName, includeProjectsNotFound, stop).Run(TSolutionReader::TCircles::Refuse);
+}
+
+std::shared_ptr<IVSDotNetSolution>
+OpenSolutionWithCircles(std::u16string_view fileName, bool includeProjectsNotFound, const TKxEvent* stop) {
+  return TSolutionReader(fileName, includeProjectsNotFound, stop).Run(TSolutionReader::TCircles::Keep);
 }
 
 } // namespace kx

@@ -32,7 +32,8 @@ public:
   virtual const std::u16string& GetItem(int index) const = 0;
   virtual int GetCount() const = 0;
   virtual const text::TStringList& GetList() const = 0;
-  virtual void Add(std::u16string_view id) = 0;
+  virtual void Add(std::u16string_view id, int line) = 0;
+  virtual int GetLine(int index) const = 0;                // of the file, from 1; 0 when no line says it
   virtual bool Contains(std::u16string_view id) const = 0; // letter case ignored
 };
 
@@ -113,6 +114,8 @@ public:
   virtual TVSDotNetVersion GetVisualStudioVersion() const = 0;
   // In the order of the file, whether or not the model keeps them.
   virtual const std::vector<TVSDotNetProjectNotFound>& GetProjectsNotFound() const = 0;
+  // False when a circle leaves the projects in the order of the file (OpenSolutionWithCircles).
+  virtual bool HasBuildOrder() const = 0;
 };
 
 // Declared for those who name them; nothing implements them.
@@ -143,5 +146,9 @@ std::shared_ptr<IVSDotNetSolution> OpenSolution(std::u16string_view fileName, bo
 // until it is stopped, raises EKxParseError that names its way.
 std::shared_ptr<IVSDotNetSolution> LookAtSolution(std::u16string_view fileName, bool includeProjectsNotFound,
                                                   const TKxEvent* stop = nullptr);
+// The same for those who show circles themselves: they refuse nothing.
+std::shared_ptr<IVSDotNetSolution> OpenSolutionWithCircles(std::u16string_view fileName,
+                                                           bool includeProjectsNotFound,
+                                                           const TKxEvent* stop = nullptr);
 
 } // namespace kx

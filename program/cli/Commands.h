@@ -23,6 +23,7 @@ void DefineRun(CLI::App& command, const TCommonOptions& common, int& exitCode);
 void DefineDo(CLI::App& command, const TCommonOptions& common, int& exitCode);
 void DefineValidate(CLI::App& command, const TCommonOptions& common, int& exitCode);
 void DefineInspect(CLI::App& command, const TCommonOptions& common, int& exitCode);
+void DefineGraph(CLI::App& command, const TCommonOptions& common, int& exitCode);
 void DefineActions(CLI::App& command, const TCommonOptions& common, int& exitCode);
 void DefineOptions(CLI::App& command, const TCommonOptions& common, int& exitCode);
 void DefineEdit(CLI::App& command, const TCommonOptions& common, int& exitCode);
@@ -31,7 +32,7 @@ inline constexpr const char* CodesOfRuns =
     "0 success, 1 the run failed, 2 wrong usage, 3 invalid project file or settings, 130 stopped with Ctrl-C";
 inline constexpr const char* CodesOfLooks = "0 success, 1 not found or not readable, 2 wrong usage";
 
-inline constexpr std::array<TCommand, 7> Commands{{
+inline constexpr std::array<TCommand, 8> Commands{{
     {"run", "Run a build project", DefineRun,
      "run nightly.kxproj\n"
      "run nightly.kxproj --dry-run\n"
@@ -60,6 +61,11 @@ inline constexpr std::array<TCommand, 7> Commands{{
      "inspect App.rc\n"
      "inspect results.trx\n"
      "inspect build.log --tool devenv --vs vs2008\n",
+     CodesOfLooks},
+    {"graph", "Draw the build order and the dependencies of a solution", DefineGraph,
+     "graph App.sln --format svg > App.svg\n"
+     "graph App.sln | dot -Tpng -o App.png\n"
+     "graph App.sln --format mermaid --around Lib\n",
      CodesOfLooks},
     {"actions", "List the action types, or the properties of one", DefineActions,
      "actions\n"

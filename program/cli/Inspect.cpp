@@ -49,11 +49,6 @@ const TInspector& InspectorFor(const std::u16string& file, const TInspectOptions
                      u"by their extension; for a build log say --tool devenv or --tool msbuild.");
 }
 
-std::u16string ReasonOf(const std::exception& error) {
-  const std::u16string place = PlaceOf(error);
-  return Shortened(MessageOf(error)) + (place.empty() ? u"" : u" (" + place + u")");
-}
-
 // Many files give one line each, so that the output of a whole tree can be read line by line.
 class TInspection {
 public:
@@ -110,6 +105,11 @@ private:
 };
 
 } // namespace
+
+std::u16string ReasonOf(const std::exception& error) {
+  const std::u16string place = PlaceOf(error);
+  return Shortened(MessageOf(error)) + (place.empty() ? u"" : u" (" + place + u")");
+}
 
 int RunInspect(const TInspectOptions& options) {
   if (options.Files.size() > 1) platform::KeepFreedMemory();

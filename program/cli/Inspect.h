@@ -38,6 +38,9 @@ TInspected InspectResourceScript(const std::u16string& file, const TInspectOptio
 TInspected InspectTestResults(const std::u16string& file, const TInspectOptions& options);
 TInspected InspectBuildLog(const std::u16string& file, const TInspectOptions& options);
 
+// Why a file was refused, and where in it.
+std::u16string ReasonOf(const std::exception& error);
+
 // Writes every message of a log with its status; nothing else.
 void PrintBuildLogLines(const std::u16string& file, const TInspectOptions& options, TOutput& output);
 

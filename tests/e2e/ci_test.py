@@ -62,6 +62,8 @@ class CiTest(e2e.EndToEndTest):
         self.check(system, "run", "p.kxproj", "--verbosity", "minimal", "--dry-run", *self.tools)
         self.check(system, "validate", "p.kxproj")
         self.check(system, "inspect", "Web.sln")
+        for form in "dot", "mermaid", "svg", "json":
+            self.check(system, "graph", "Web.sln", "--format", form)
         for wrong in (("run", hostile), (hostile,), ("run", "p.kxproj", f"--{hostile}"), ("run", "p.kxproj", "--set", hostile),
                       ("do", hostile), ("do", "DEVENV", f"Solution={hostile}", "SolutionConfiguration=a"), ("--ci", hostile)):
             self.check(system, *wrong)

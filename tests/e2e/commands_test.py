@@ -59,6 +59,7 @@ class CommandsTest(e2e.EndToEndTest):
             ("validate p.kxproj --report x.html", "--report is an option of run and do; validate does not use it."),
             ("inspect App.sln --lines", "--lines is for build logs"),
             ("inspect App.sln --tool msbuild --all-projects", "--all-projects is for solutions"),
+            ("graph App.sln --format dott", 'takes dot, mermaid, svg or json, not "dott". Did you mean "dot"?'),
             ("rum p.kxproj", 'Unknown subcommand "rum". Did you mean "run"?\nRun "kxhost --help" for'),
             ("options set", 'KEY is required.\nRun "kxhost options set --help" for'),
             ("run p.kxproj --option VisualStudioDotNet.MSDevPat2008=x", 'Did you mean "VisualStudioDotNet.MSDevPath2008"?'),
@@ -153,6 +154,25 @@ Circle, passed over by the order: A needs B, B needs C, C needs A
         self.write("App.sln", HEADER + project("A", "B") + project("B", "A") + END)
         self.assertEqual(self.host("inspect", "App.sln", code=1),
                          "Solution has invalid circular dependancies between : A needs B, B needs A\n")
+
+    def test_a_solution_is_drawn_with_its_circles_or_around_a_project(self):
+        folder = project("F").replace(ID("F"), "{2150E333-8FDC-42A3-9474-1A3956D46DE8}", 1)
+        self.write("A.csproj", "<Project/>")
+        self.write("App.sln", HEADER + folder + project("A", "bBE") + project("B") + project("C", "A") + project("D") + END)
+        known = json.loads(self.host("graph", "App.sln", "--format", "json"))
+        self.assertEqual([(each["order"], each["name"], each["exists"], each["needs"]) for each in known["projects"]],
+                         [(1, "B", False, []), (2, "A", True, [ID("B"), ID("E")]), (3, "C", False, [ID("A")]),
+                          (4, "D", False, [])])
+        self.assertEqual((known["unknown"], known["circles"]), ([ID("E")], []))
+        for name in "c", "C.CSPROJ", ID("c"):
+            self.assertEqual(self.host("graph", "App.sln", "--around", name).count("[label="), 4, name)
+        self.check_table([("graph App.sln --around A.csprj", 'has no project "A.csprj". Did you mean "A.csproj"?'),
+                          ("graph A.csproj", "A.csproj is a project of Visual Studio."), ("graph .", ". is a folder"),
+                          ("graph no.sln", "There is no file no.sln.")], code=1)
+        self.write("App.sln", HEADER + project("A", "B") + project("B", "C") + project("C", "A") + END)
+        drawn = json.loads(self.host("graph", "App.sln", "--format", "json"))
+        self.assertEqual(drawn["circles"], [[{"id": ID(id), "line": line} for id, line in (("A", 4), ("B", 9), ("C", 14))]])
+        self.assertEqual([each["order"] for each in drawn["projects"]], [None] * 3)
 
     def test_what_is_inspected_is_shown_to_people_and_programs(self):
         folder, own = self.folder / "Nat", "{11111111-1111-1111-1111-000000000000}"

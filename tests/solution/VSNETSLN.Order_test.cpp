@@ -63,7 +63,7 @@ TEST(SolutionOrder, IsThatOfThePlainExchangesForRandomGraphs) {
       const std::size_t from = random() % count;
       const std::size_t to = random() % count;
       // Every second graph has no circles.
-      if (graph % 2 == 0 || from > to) projects[from]->GetDependancies()->Add(text::ToLower(Name(to)));
+      if (graph % 2 == 0 || from > to) projects[from]->GetDependancies()->Add(text::ToLower(Name(to)), 0);
     }
     std::ranges::shuffle(projects, random);
     const auto expected = OrderedByPlainExchanges(projects);

@@ -1,0 +1,130 @@
+#include "program/cli/Graph.h"
+
+#include "foundation/formats/Xml.h"
+#include "foundation/text/Encoding.h"
+
+#include <gmock/gmock.h>
+
+#include <tuple>
+
+namespace kx::cli {
+namespace {
+
+using enum TGraphNodeKind;
+using testing::ElementsAre;
+
+template <typename TWrite>
+std::string Drawn(const TGraph& graph, const TWrite& write) {
+  std::string text;
+  write(graph, [&text](std::string_view utf8) { text += utf8; });
+  return text;
+}
+
+int CountOf(std::string_view text, std::string_view piece) {
+  int count = 0;
+  for (std::size_t at = text.find(piece); at != std::string_view::npos; at = text.find(piece, at + 1))
+    ++count;
+  return count;
+}
+
+// 0 -> 1 -> 2 -> 0 is a circle, 3 leads to it and needs itself, 4 is missing and reached from it, 5 is alone.
+TGraph Sample() {
+  TGraph graph{.Solution = u"/src/A \"b\".sln",
+               .Nodes = {{.Name = u"A\" \\N <&>\n", .Id = u"{\"\\}", .Path = u"a\\b.csproj"},
+                         {.Name = u"1. `é`", .Id = u"{B}", .Path = u"b", .Kind = NotOnDisk, .Order = 7},
+                         {.Name = u"C", .Id = u"{B}", .Path = u"c"},
+                         {.Name = u"D", .Id = u"{D}", .Path = u"d"},
+                         {.Name = u"{E}", .Id = u"{E}", .Path = u"", .Kind = Unknown},
+                         {.Name = u"F", .Id = u"{F}", .Path = u"f"}},
+               .Circles = {{0, 1, 2}}};
+  graph.Nodes[0].Needs = {{1, 4}};
+  graph.Nodes[1].Needs = {{2, 9}, {4, 10}};
+  graph.Nodes[2].Needs = {{0, 0}};
+  graph.Nodes[3].Needs = {{2, 20}, {3, 21}};
+  MarkCircles(graph);
+  return graph;
+}
+
+TEST(Graph, IsWrittenForOthersToDrawWhateverProjectsAreCalled) {
+  EXPECT_EQ(Drawn(Sample(), WriteDot),
+            R"dot(digraph "A \"b\".sln" {
+  node [shape=box, style=rounded, fontname="sans-serif"];
+  "{\"\\}" [label="A\" \\N <&amp;>␊", tooltip="a\\b.csproj"];
+  "{B}" [label="7. 1. `é` (not on disk)", tooltip="b", style="rounded,dashed"];
+  "{B} at 3" [label="C", tooltip="c"];
+  "{D}" [label="D", tooltip="d"];
+  "{E}" [label="{E} (no project of this solution)", tooltip="{E}", style="rounded,dashed"];
+  "{F}" [label="F", tooltip="f"];
+  "{\"\\}" -> "{B}" [color=red, style=bold];
+  "{B}" -> "{B} at 3" [color=red, style=bold];
+  "{B}" -> "{E}";
+  "{B} at 3" -> "{\"\\}" [color=red, style=bold];
+  "{D}" -> "{B} at 3";
+  "{D}" -> "{D}";
+}
+)dot");
+  EXPECT_EQ(Drawn(Sample(), WriteMermaid),
+            R"(flowchart TD
+  n0("A#34; #92;N #60;#38;#62;␊")
+  n1("7#46; 1#46; #96;é#96; #40;not on disk#41;")
+  n2("C")
+  n3("D")
+  n4("#123;E#125; #40;no project of this solution#41;")
+  n5("F")
+  n0 ==> n1
+  n1 ==> n2
+  n1 --> n4
+  n2 ==> n0
+  n3 --> n2
+  n3 --> n3
+  classDef missing stroke-dasharray:4 4
+  class n1,n4 missing
+  linkStyle 0,1,3 stroke:red
+)");
+}
+
+TEST(Graph, IsDrawnAsAPictureThatIsWellFormedAndSaysItsCirclesInWords) {
+  const std::string svg = Drawn(Sample(), WriteSvg);
+  const auto document = NewXMLDocument();
+  EXPECT_TRUE(document->LoadBytes(svg)) << text::ToUtf8(document->ParseError());
+  const std::tuple<const char*, int> pieces[] = {
+      {"<title id=\"title\">A &quot;b&quot;.sln: build order", 1},
+      {"needs 1. `é` (line 4), 1. `é` needs C (line 9), C needs A&quot; \\N &lt;&amp;&gt;", 1},
+      {"<g class=\"circular\">", 2},
+      {"<g class=\"missing circular\"><title>7. 1. `é` (not on disk)\nb</title>", 1},
+      {"<g class=\"missing \"><title>{E} (no project", 1},
+      {"<path class=\"circle\"", 3},
+      {"<path class=\"plain\"", 3},
+  };
+  for (const auto& [piece, count] : pieces)
+    EXPECT_EQ(CountOf(svg, piece), count) << piece << "\n" << svg;
+}
+
+TEST(Graph, HasLayersAlongItsLongestWaysAndIsCutToWhatIsReached) {
+  EXPECT_THAT(WaysOf(Sample()).Layer,
+              ElementsAre(2, 1, 0, 1, 0, 0)); // the way back from 2 to 0 does not count
+  const std::tuple<std::size_t, std::vector<std::u16string>, std::size_t> cuts[] = {
+      // around this node; the identifiers that stay, the circles that stay
+      {1, {u"{\"\\}", u"{B}", u"{B}", u"{D}", u"{E}"}, 1},
+      {4, {u"{\"\\}", u"{B}", u"{B}", u"{D}", u"{E}"}, 1},
+      {5, {u"{F}"}, 0},
+  };
+  for (const auto& [middle, ids, circles] : cuts) {
+    const TGraph cut = CutAround(Sample(), {middle});
+    std::vector<std::u16string> kept;
+    for (const TGraphNode& node : cut.Nodes)
+      kept.push_back(node.Id);
+    EXPECT_EQ(kept, ids);
+    EXPECT_EQ(cut.Circles.size(), circles);
+  }
+  // A neighbour's other needs are not of interest, and the numbers of what stays follow on.
+  TGraph fork{.Solution = u"", .Nodes = {{.Name = u"Other"}, {.Name = u"Lib"}, {.Name = u"App"}}};
+  fork.Nodes[2].Needs = {{0, 3}, {1, 4}};
+  const TGraph cut = CutAround(fork, {1});
+  ASSERT_EQ(cut.Nodes.size(), 2U);
+  ASSERT_EQ(cut.Nodes[1].Needs.size(), 1U);
+  EXPECT_EQ(LineOfNeed(cut.Nodes[1], 0), 4);
+}
+
+} // namespace
+} // namespace kx::cli
