@@ -7,7 +7,7 @@
 #include "program/report/JsonLinesSink.h"
 #include "program/report/ResultJson.h"
 #include "program/report/ResultRows.h"
-#include "program/report/SourceLocation.h"
+#include "program/findings/SourceLocation.h"
 #include "program/runner/ProjectFile.h"
 
 #include <algorithm>

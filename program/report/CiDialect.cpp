@@ -5,7 +5,7 @@
 #include "foundation/text/Text.h"
 #include "foundation/text/WindowsPath.h"
 #include "program/report/CiGuard.h"
-#include "program/report/SourceLocation.h"
+#include "program/findings/SourceLocation.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 #include "program/report/CiDialect.h"
 
 #include "foundation/text/Text.h"
-#include "program/report/SourceLocation.h"
+#include "program/findings/SourceLocation.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "program/report/SourceLocation.h"
+#include "program/findings/SourceLocation.h"
 
 #include "foundation/text/Text.h"
 #include "foundation/text/WindowsPath.h"
