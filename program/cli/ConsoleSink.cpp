@@ -6,6 +6,7 @@
 #include "foundation/text/Encoding.h"
 #include "foundation/text/Text.h"
 #include "program/cli/Output.h"
+#include "program/findings/Diagnostics.h"
 
 #include <array>
 #include <ctime>
@@ -82,8 +83,12 @@ void TConsoleSink::EndTitle() {
 
 bool TConsoleSink::Annotate(std::u16string_view text, TStatusTag status) {
   if (ci_ == nullptr || (status != TStatusTag::stError && status != TStatusTag::stWarning)) return false;
-  const TCiCommand command =
-      ci_->Problem(text::VisibleControls(text), status == TStatusTag::stError, ciRoot_);
+  const auto severity = status == TStatusTag::stError ? TFindingSeverity::Error : TFindingSeverity::Warning;
+  const std::u16string visible = text::VisibleControls(text);
+  auto finding = ReadDiagnostic(visible);
+  if (!finding) finding = TFinding{.Message = visible};
+  finding->Severity = severity;
+  const TCiCommand command = ci_->Problem(*finding, ciRoot_);
   if (command.IsEmpty()) return false;
   PrintCommand(command);
   return true;

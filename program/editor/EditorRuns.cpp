@@ -4,10 +4,10 @@
 #include "foundation/text/Exceptions.h"
 #include "foundation/text/WindowsPath.h"
 #include "program/editor/EventSpool.h"
+#include "program/findings/Diagnostics.h"
 #include "program/report/JsonLinesSink.h"
 #include "program/report/ResultJson.h"
 #include "program/report/ResultRows.h"
-#include "program/findings/SourceLocation.h"
 #include "program/runner/ProjectFile.h"
 
 #include <algorithm>
@@ -104,11 +104,11 @@ private:
   }
 
   void WriteLocation(const std::u16string& text, TJsonWriter& json) const {
-    const auto found = FindSourceLocation(text);
-    if (!found) return;
-    json.Member("file", text::ExpandPath(found->File, text::ExtractFileDir(run_.FileName)));
-    json.Member("line", found->Line);
-    json.Member("column", found->Column);
+    const auto found = ReadDiagnostic(text);
+    if (!found || found->Place.Line == 0) return;
+    json.Member("file", text::ExpandPath(found->Place.File, text::ExtractFileDir(run_.FileName)));
+    json.Member("line", found->Place.Line);
+    json.Member("column", found->Place.Column);
   }
 
   void Keep(const TMetricSent& sent) {

@@ -1,5 +1,8 @@
 #include "program/findings/Finding.h"
 
+#include "foundation/text/Encoding.h"
+#include "foundation/text/Text.h"
+
 namespace kx {
 
 const char* WordOf(TFindingSeverity severity) {
@@ -11,6 +14,20 @@ const char* WordOf(TFindingSeverity severity) {
   default:
     return "error";
   }
+}
+
+std::u16string TextOf(const TFinding& finding) {
+  const TFindingPlace& place = finding.Place;
+  std::u16string text = place.File;
+  if (place.Line > 0) {
+    text += u"(" + text::FromInteger(place.Line);
+    if (place.Column > 0) text += u"," + text::FromInteger(place.Column);
+    text += u")";
+  }
+  if (!text.empty()) text += u": ";
+  text += text::FromAscii(WordOf(finding.Severity));
+  if (!finding.Code.empty()) text += u" " + finding.Code;
+  return text + u": " + finding.Message;
 }
 
 } // namespace kx

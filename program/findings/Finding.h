@@ -41,4 +41,8 @@ struct TFinding {
   std::vector<TFindingStep> Steps = {};
 };
 
+// "file(line,column): error CS0103: message", as compilers write it; places and codes that are not known are
+// left out.
+std::u16string TextOf(const TFinding& finding);
+
 } // namespace kx

@@ -5,7 +5,6 @@
 #include "foundation/text/Text.h"
 #include "foundation/text/WindowsPath.h"
 #include "program/report/CiGuard.h"
-#include "program/findings/SourceLocation.h"
 
 #include <algorithm>
 #include <array>
@@ -67,15 +66,18 @@ TCiCommand GitHubStart(std::u16string_view title, int /*id*/, std::int64_t /*tim
 TCiCommand GitHubEnd(std::u16string_view /*title*/, int /*id*/, std::int64_t /*time*/) {
   return Command("::endgroup::");
 }
-TCiCommand GitHubProblem(std::u16string_view text, bool isError, std::u16string_view root) {
-  std::string command = isError ? "::error" : "::warning";
-  const auto location = FindSourceLocation(text);
-  if (location) {
-    command += " file=" + Escaped(SeenFrom(root, location->File), GitHubProperty) +
-               ",line=" + Number(location->Line);
-    if (location->Column > 0) command += ",col=" + Number(location->Column);
-  }
-  return Command(command + "::" + Escaped(location ? location->Rest : text, GitHubText));
+TCiCommand GitHubProblem(const TFinding& finding, std::u16string_view root) {
+  std::string properties;
+  const auto add = [&properties](const char* name, const std::string& value) {
+    properties += (properties.empty() ? " " : ",") + std::string(name) + "=" + value;
+  };
+  const TFindingPlace& place = finding.Place;
+  if (!place.File.empty()) add("file", Escaped(SeenFrom(root, place.File), GitHubProperty));
+  if (place.Line > 0) add("line", Number(place.Line));
+  if (place.Column > 0) add("col", Number(place.Column));
+  if (!finding.Code.empty()) add("title", Escaped(finding.Code, GitHubProperty));
+  return Command(std::string("::") + WordOf(finding.Severity) + properties +
+                 "::" + Escaped(finding.Message, GitHubText));
 }
 // --- Azure Pipelines ---
 
@@ -89,16 +91,16 @@ TCiCommand AzureStart(std::u16string_view title, int /*id*/, std::int64_t /*time
 TCiCommand AzureEnd(std::u16string_view /*title*/, int /*id*/, std::int64_t /*time*/) {
   return Command("##[endgroup]");
 }
-TCiCommand AzureProblem(std::u16string_view text, bool isError, std::u16string_view root) {
-  std::string command = std::string("##vso[task.logissue type=") + (isError ? "error" : "warning") + ";";
-  const auto location = FindSourceLocation(text);
-  if (location) {
-    command += "sourcepath=" + Escaped(SeenFrom(root, location->File), AzureProperty) +
-               ";linenumber=" + Number(location->Line) + ";";
-    if (location->Column > 0) command += "columnnumber=" + Number(location->Column) + ";";
-  }
+TCiCommand AzureProblem(const TFinding& finding, std::u16string_view root) {
+  std::string command = std::string("##vso[task.logissue type=") + WordOf(finding.Severity) + ";";
+  const TFindingPlace& place = finding.Place;
+  if (!place.File.empty())
+    command += "sourcepath=" + Escaped(SeenFrom(root, place.File), AzureProperty) + ";";
+  if (place.Line > 0) command += "linenumber=" + Number(place.Line) + ";";
+  if (place.Column > 0) command += "columnnumber=" + Number(place.Column) + ";";
+  if (!finding.Code.empty()) command += "code=" + Escaped(finding.Code, AzureProperty) + ";";
   constexpr std::array<TEscape, 3> message{{{u'%', u"%AZP25"}, {u'\r', u"%0D"}, {u'\n', u"%0A"}}};
-  return Command(command + "]" + Escaped(location ? location->Rest : text, message));
+  return Command(command + "]" + Escaped(finding.Message, message));
 }
 // --- TeamCity ---
 
@@ -135,9 +137,11 @@ TCiCommand TeamCityStart(std::u16string_view title, int /*id*/, std::int64_t /*t
 TCiCommand TeamCityEnd(std::u16string_view title, int /*id*/, std::int64_t /*time*/) {
   return Command("##teamcity[blockClosed name='" + TeamCityText(title) + "']");
 }
-TCiCommand TeamCityProblem(std::u16string_view text, bool isError, std::u16string_view /*root*/) {
-  return Command("##teamcity[message text='" + TeamCityText(text) + "' status='" +
-                 (isError ? "ERROR" : "WARNING") + "']");
+TCiCommand TeamCityProblem(const TFinding& finding, std::u16string_view root) {
+  TFinding seen = finding;
+  seen.Place.File = SeenFrom(root, seen.Place.File);
+  return Command("##teamcity[message text='" + TeamCityText(TextOf(seen)) + "' status='" +
+                 (finding.Severity == TFindingSeverity::Error ? "ERROR" : "WARNING") + "']");
 }
 
 // --- GitLab ---
@@ -152,7 +156,7 @@ TCiCommand GitLabStart(std::u16string_view title, int id, std::int64_t time) {
 TCiCommand GitLabEnd(std::u16string_view /*title*/, int id, std::int64_t time) {
   return Command(GitLabSection("end", id, time));
 }
-TCiCommand GitLabProblem(std::u16string_view /*text*/, bool /*isError*/, std::u16string_view /*root*/) {
+TCiCommand GitLabProblem(const TFinding& /*finding*/, std::u16string_view /*root*/) {
   return {};
 }
 

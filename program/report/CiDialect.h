@@ -5,7 +5,7 @@
 // of TeamCity, "Custom collapsible sections" of GitLab CI/CD.
 #pragma once
 
-#include "program/runner/Events.h"
+#include "program/findings/Finding.h"
 
 #include <cstdint>
 #include <string>
@@ -39,7 +39,7 @@ struct TCiDialect {
   TCiCommand (*GroupStart)(std::u16string_view title, int id, std::int64_t time);
   TCiCommand (*GroupEnd)(std::u16string_view title, int id, std::int64_t time);
   // A warning or an error; `root` is the folder that the system's own paths are seen from, or empty.
-  TCiCommand (*Problem)(std::u16string_view text, bool isError, std::u16string_view root);
+  TCiCommand (*Problem)(const TFinding& finding, std::u16string_view root);
   std::u16string_view RootVariable; // names the folder for Problem; may be empty
 };
 
