@@ -24,6 +24,14 @@ private:
   HRESULT result_;
 };
 
+// A name is read by the class that is registered under its beginning ("IIS" of "IIS://server/w3svc/1";
+// documentation of MkParseDisplayName). Where there is none, the system would still start services and wait
+// for them, for up to a minute, before it says so.
+bool HasReader(std::u16string_view name) {
+  CLSID id{};
+  return SUCCEEDED(CLSIDFromProgID(win32::ToWide(name.substr(0, name.find(u':'))).c_str(), &id));
+}
+
 struct ReleaseObject {
   void operator()(IUnknown* object) const { object->Release(); }
 };
@@ -56,6 +64,7 @@ std::u16string TextOf(IDispatch& object, std::wstring name) {
 
 std::optional<DirectoryObject> ReadDirectoryObject(std::u16string_view path) {
   const ComSession session;
+  if (!HasReader(path)) return std::nullopt;
   const Object object = FindObject(path);
   if (!object) return std::nullopt;
   return DirectoryObject{TextOf(*object, L"Class"), TextOf(*object, L"Path")};
