@@ -31,14 +31,14 @@ function(kx_embed)
   kx_add_generated(${EMBED_TARGET} files "${code}}\n")
 endfunction()
 
-# kx_embed_folder(TARGET <target> HEADER <header> NAMESPACE <a::b> FOLDER <folder>): all files of a folder as
-# `const std::span<const TAsset> Assets`, which the header declares.
+# kx_embed_folder(TARGET <target> HEADER <header> NAMESPACE <a::b> FOLDER <folder> [FILES <files>]): all files of a folder, and
+# these, as `const std::span<const TAsset> Assets`, which the header declares.
 function(kx_embed_folder)
-  cmake_parse_arguments(EMBED "" "TARGET;HEADER;NAMESPACE;FOLDER" "" ${ARGN})
+  cmake_parse_arguments(EMBED "" "TARGET;HEADER;NAMESPACE;FOLDER" "FILES" ${ARGN})
   file(GLOB files CONFIGURE_DEPENDS "${EMBED_FOLDER}/*")
   set(code "#include \"${EMBED_HEADER}\"\n\n#include <array>\n\nnamespace ${EMBED_NAMESPACE} {\n")
   set(rows "")
-  foreach(file IN LISTS files)
+  foreach(file IN LISTS files EMBED_FILES)
     get_filename_component(name "${file}" NAME)
     string(MAKE_C_IDENTIFIER "${name}" identifier)
     kx_bytes("${file}" ${identifier} definition)

@@ -200,14 +200,6 @@ private:
   std::array<char, 65536> block_; // filled by read
 };
 
-bool AnyRaised(std::span<const StopSignal* const> stops) {
-  return std::ranges::any_of(stops, [](const StopSignal* stop) { return stop->IsRaised(); });
-}
-
-bool AnyUrgent(std::span<const StopSignal* const> stops) {
-  return std::ranges::any_of(stops, [](const StopSignal* stop) { return stop->IsUrgent(); });
-}
-
 // Waits on everything at once until the program has ended or a stop was asked for.
 class Run {
 public:

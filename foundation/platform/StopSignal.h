@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdint>
 #include <memory>
+#include <span>
 
 namespace kx::platform {
 
@@ -30,6 +31,10 @@ private:
   struct State;
   std::unique_ptr<State> state_;
 };
+
+// Whether one of them has been raised.
+bool AnyRaised(std::span<const StopSignal* const> signals);
+bool AnyUrgent(std::span<const StopSignal* const> signals);
 
 // While it lives, an interrupt from the terminal (Ctrl-C, on Windows Ctrl-Break too) or a request to
 // terminate raises the signal instead of ending the program. A second one within the same run, or the closing

@@ -1,4 +1,4 @@
-// The files of the page (web/), compiled in.
+// The files of the page (web/, and report/theme.css), compiled in.
 #pragma once
 
 #include <span>

@@ -5,6 +5,7 @@
 
 namespace kx::assets {
 
+extern const std::string_view Theme;        // theme.css, which the editor shares
 extern const std::string_view ReportStyle;  // report.css
 extern const std::string_view ReportScript; // report.js
 

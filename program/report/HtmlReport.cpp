@@ -119,6 +119,7 @@ std::string THtmlReport::HeadHtml(const TRunReport& report) const {
                      "style-src 'unsafe-inline'; script-src 'unsafe-inline'\">"
                      "<title>" +
                      title + ": " + outcome + "</title><style>";
+  page += assets::Theme;
   page += assets::ReportStyle;
   page += "</style></head>\n<body>\n<header><h1>" + title + "</h1><p><strong class=\"" +
           StatusClass(StatusOf(report.Result)) + "\">" + outcome + "</strong>";
