@@ -1,0 +1,123 @@
+#include "program/findings/FindingList.h"
+
+#include "foundation/text/Text.h"
+#include "foundation/text/WindowsPath.h"
+#include "program/findings/Diagnostics.h"
+#include "program/findings/SourceFiles.h"
+
+#include <algorithm>
+#include <numeric>
+
+namespace kx {
+
+namespace {
+
+constexpr std::size_t MostSteps = 50;
+constexpr std::size_t LongestMessage = 4000;
+
+// A file has two spellings where a tool and its logger both name it.
+std::u16string KeyOf(const TFinding& finding) {
+  const TFindingPlace& place = finding.Place;
+  return text::ToLower(text::ReplaceAll(place.File, u"\\", u"/")) + u"\n" + text::FromInteger(place.Line) +
+         u"," + text::FromInteger(place.Column) + u"\n" + finding.Rule + u"\n" + finding.Message;
+}
+
+bool IsQuote(char16_t c) {
+  return c == u'\'' || c == u'"' || c == u'`' || c == u'\u2018' || c == u'\u2019' || c == u'\u00AB' ||
+         c == u'\u00BB';
+}
+
+// Without numbers, blanks and words that hold a path.
+std::u16string WithoutWhatMoves(std::u16string_view message) {
+  std::u16string kept;
+  std::size_t wordStart = 0;
+  bool isPath = false;
+  for (const char16_t c : message) {
+    if (text::IsBlank(c) || IsQuote(c)) {
+      if (isPath) kept.resize(wordStart);
+      wordStart = kept.size();
+      isPath = false;
+    } else if (!text::IsDigit(c)) {
+      isPath = isPath || text::IsPathSeparator(c);
+      kept += c;
+    }
+  }
+  if (isPath) kept.resize(wordStart);
+  return kept;
+}
+
+std::u16string WithoutBlanks(std::u16string text) {
+  std::erase_if(text, text::IsBlank);
+  return text;
+}
+
+std::uint64_t HashOf(std::u16string_view text) { // FNV-1a
+  std::uint64_t hash = 0xcbf29ce484222325U;
+  for (const char16_t c : text)
+    for (const unsigned byte : {static_cast<unsigned>(c) & 0xFFU, static_cast<unsigned>(c) >> 8U})
+      hash = (hash ^ byte) * 0x100000001b3U;
+  return hash;
+}
+
+std::u16string Hex(std::uint64_t number) {
+  constexpr std::u16string_view digits = u"0123456789abcdef";
+  std::u16string text(16, u'0');
+  for (std::size_t i = text.size(); i-- > 0; number >>= 4U)
+    text[i] = digits[number & 0xFU];
+  return text;
+}
+
+} // namespace
+
+TFindingCounts CountOf(std::span<const TFinding> findings) {
+  TFindingCounts counts;
+  for (const auto& finding : findings) {
+    const bool isError = finding.Severity == TFindingSeverity::Error;
+    const bool isWarning = finding.Severity == TFindingSeverity::Warning;
+    ++(isError ? counts.Errors : isWarning ? counts.Warnings : counts.Notes);
+  }
+  return counts;
+}
+
+void TFindingList::Add(TFinding finding) {
+  if (IsPartOfFindingBefore(finding) && !kept_.empty()) {
+    auto& steps = kept_.back().Steps;
+    if (isLastNew_ && steps.size() < MostSteps)
+      steps.push_back({std::move(finding.Place), std::move(finding.Message)});
+    return;
+  }
+  if (finding.Message.size() > LongestMessage) finding.Message.resize(LongestMessage);
+  std::u16string key = KeyOf(finding);
+  const auto known = places_.find(key);
+  isLastNew_ = known == places_.end() && kept_.size() < most_;
+  if (known != places_.end()) {
+    kept_[known->second].Occurrences += finding.Occurrences;
+  } else if (isLastNew_) {
+    places_.emplace(std::move(key), kept_.size());
+    kept_.push_back(std::move(finding));
+  } else {
+    ++more_;
+  }
+}
+
+void SetFingerprints(std::span<TFinding> findings, const std::u16string& root) {
+  TSourceFiles sources(root);
+  std::vector<std::size_t> order(findings.size());
+  std::iota(order.begin(), order.end(), std::size_t{0});
+  // File by file, since each is read for itself.
+  std::ranges::stable_sort(
+      order, {}, [&](std::size_t i) -> const auto& { return findings[i].Place.File; });
+  std::unordered_map<std::u16string, int> seen;
+  for (const std::size_t i : order) {
+    TFinding& finding = findings[i];
+    std::u16string file = SeenFrom(root, finding.Place.File);
+    if (text::IsAbsolutePath(file)) file = text::ExtractFileName(file);
+    const std::u16string line = sources.LineText(finding.Place.File, finding.Place.Line);
+    const std::u16string hash = Hex(HashOf(finding.Rule + u"\n" + text::ToLower(file) + u"\n" +
+                                           WithoutWhatMoves(finding.Message) + u"\n" + WithoutBlanks(line)));
+    const int number = ++seen[hash];
+    finding.Fingerprint = number == 1 ? hash : hash + u"-" + text::FromInteger(number);
+  }
+}
+
+} // namespace kx

@@ -1,0 +1,52 @@
+#include "program/findings/ToolFindings.h"
+
+#include "foundation/text/Text.h"
+#include "program/findings/Diagnostics.h"
+
+namespace kx {
+
+namespace {
+
+constexpr std::u16string_view Dashes = u"------";
+
+// "------ Build started: Project: App, Configuration: Debug|Win32 ------", in any language: what stands
+// behind the second colon up to a comma, and behind the third.
+bool ReadHeading(std::u16string_view line, std::u16string& project, std::u16string& configuration) {
+  line = text::Trim(line);
+  const std::size_t start = line.find(Dashes);
+  if (start == line.npos || start > 8 || !line.ends_with(Dashes) || line.size() < start + 2 * Dashes.size())
+    return false;
+  line = line.substr(start + Dashes.size(), line.size() - start - 2 * Dashes.size());
+  const std::size_t first = line.find(u':');
+  const std::size_t second = first == line.npos ? first : line.find(u':', first + 1);
+  const std::size_t comma = second == line.npos ? second : line.find(u',', second + 1);
+  const std::size_t third = comma == line.npos ? comma : line.find(u':', comma + 1);
+  if (third == line.npos) return false;
+  project = text::Trim(line.substr(second + 1, comma - second - 1));
+  configuration = text::Trim(line.substr(third + 1));
+  return !project.empty();
+}
+
+} // namespace
+
+bool TToolFindings::Read(std::u16string_view line, const TFinding& context) {
+  if (line.find(Dashes) != line.npos) {
+    THeading heading;
+    if (ReadHeading(line, heading.Project, heading.Configuration))
+      headings_[BuildNumberOf(line)] = std::move(heading);
+    return false;
+  }
+  auto finding = ReadDiagnostic(line);
+  if (!finding) return false;
+  const auto heading = headings_.find(BuildNumberOf(line));
+  if (heading != headings_.end()) {
+    if (finding->Project.empty()) finding->Project = heading->second.Project;
+    finding->Configuration = heading->second.Configuration;
+  }
+  if (!context.Configuration.empty()) finding->Configuration = context.Configuration;
+  finding->Action = context.Action;
+  list_->Add(*std::move(finding));
+  return true;
+}
+
+} // namespace kx
