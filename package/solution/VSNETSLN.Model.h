@@ -1,4 +1,5 @@
-// The classes behind the solution's interfaces. Only the reader makes them.
+// The classes behind the solution's interfaces. Made by the reader, and by those who have read a solution
+// by themselves and want its order.
 #pragma once
 
 #include "foundation/text/Text.h"

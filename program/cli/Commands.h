@@ -24,6 +24,8 @@ void DefineDo(CLI::App& command, const TCommonOptions& common, int& exitCode);
 void DefineValidate(CLI::App& command, const TCommonOptions& common, int& exitCode);
 void DefineInspect(CLI::App& command, const TCommonOptions& common, int& exitCode);
 void DefineGraph(CLI::App& command, const TCommonOptions& common, int& exitCode);
+void DefineCheck(CLI::App& command, const TCommonOptions& common, int& exitCode);
+void DefineExplain(CLI::App& command, const TCommonOptions& common, int& exitCode);
 void DefineActions(CLI::App& command, const TCommonOptions& common, int& exitCode);
 void DefineOptions(CLI::App& command, const TCommonOptions& common, int& exitCode);
 void DefineEdit(CLI::App& command, const TCommonOptions& common, int& exitCode);
@@ -32,7 +34,7 @@ inline constexpr const char* CodesOfRuns =
     "0 success, 1 the run failed, 2 wrong usage, 3 invalid project file or settings, 130 stopped with Ctrl-C";
 inline constexpr const char* CodesOfLooks = "0 success, 1 not found or not readable, 2 wrong usage";
 
-inline constexpr std::array<TCommand, 8> Commands{{
+inline constexpr std::array<TCommand, 10> Commands{{
     {"run", "Run a build project", DefineRun,
      "run nightly.kxproj\n"
      "run nightly.kxproj --dry-run\n"
@@ -67,6 +69,15 @@ inline constexpr std::array<TCommand, 8> Commands{{
      "graph App.sln | dot -Tpng -o App.png\n"
      "graph App.sln --format mermaid --around Lib\n",
      CodesOfLooks},
+    {"check", "Look for what is wrong in solutions", DefineCheck,
+     "check App.sln\n"
+     "check . --json\n"
+     "check App.sln --rule path-case=error --rule solution-format=off\n",
+     "0 no errors, 1 errors, or not found, 2 wrong usage"},
+    {"explain", "Say what a rule of check is about, or list them all", DefineExplain,
+     "explain\n"
+     "explain solution-cycle\n",
+     "0 success, 2 wrong usage"},
     {"actions", "List the action types, or the properties of one", DefineActions,
      "actions\n"
      "actions DEVENV\n"

@@ -174,6 +174,30 @@ Circle, passed over by the order: A needs B, B needs C, C needs A
         self.assertEqual(drawn["circles"], [[{"id": ID(id), "line": line} for id, line in (("A", 4), ("B", 9), ("C", 14))]])
         self.assertEqual([each["order"] for each in drawn["projects"]], [None] * 3)
 
+    def test_a_folder_is_checked_and_every_rule_is_explained(self):
+        self.write("a b/App.sln", HEADER + project("A", "B") + project("B", "A") + END)
+        self.write("a b/B.csproj", "<Project/>")
+        place = str(pathlib.Path("a b", "App.sln"))
+        said = self.host("check", ".", code=1)
+        self.assertIn(f"{place}:4: error: Projects need each other: A needs B (line 4), B needs A (line 9) [solution-cycle]\n"
+                      f"    {place}:4: A needs B\n    {place}:9: B needs A\n", said)
+        self.assertTrue(said.endswith("\n2 errors, 0 warnings, 0 notes in 1 file.\n"), said)
+        levels = "--rule", "project-missing=off", "--rule"
+        found = json.loads(self.host("check", "a b", "--json", *levels, "solution-cycle=note"))
+        self.assertEqual([(each["rule"], each["severity"], each["line"], len(each["steps"])) for each in found["findings"]],
+                         [("solution-cycle", "note", 4, 2)])
+        self.assertEqual(self.host("check", "a b", *levels, "solution-cycle=off"), "No problems found in 1 file.\n")
+        marked = self.host("check", ".", "--ci", "github", code=1)
+        self.assertRegex(marked, r"\n::error file=.*App.sln,line=4,title=solution-cycle::Projects need")
+        self.check_table([("check . --rule path-cas=off", 'There is no rule "path-cas". Did you mean "path-case"?'),
+                          ("explain path-cas", 'Did you mean "path-case"?')])
+        self.check_table([("check no.sln", "There is no file or folder no.sln.")], code=1)
+        self.assertIn("For example:", self.host("explain", "Path-Case"))
+        # Made by: kxhost explain --markdown > docs/rules.md
+        page = (e2e.ROOT / "docs/rules.md").read_text(encoding="utf-8")
+        self.assertEqual(self.host("explain", "--markdown"), page)
+        self.assertEqual(page.count("\n## "), len(self.host("explain").splitlines()))
+
     def test_what_is_inspected_is_shown_to_people_and_programs(self):
         folder, own = self.folder / "Nat", "{11111111-1111-1111-1111-000000000000}"
         self.write("Nat/Nat.vcxproj", '<Project xmlns="http://schemas.microsoft.com/developer/msbuild/2003"><ItemGroup>'

@@ -1,0 +1,77 @@
+#include "program/check/Check.h"
+
+#include "foundation/platform/Files.h"
+#include "foundation/text/Exceptions.h"
+#include "foundation/text/WindowsPath.h"
+#include "program/check/SolutionRules.h"
+
+#include <algorithm>
+
+namespace kx::check {
+
+namespace {
+
+constexpr std::array<std::u16string_view, 1> CheckedExtensions{u".sln"};
+
+bool IsChecked(std::u16string_view name) {
+  const std::u16string extension = text::ExtractFileExt(name);
+  return std::ranges::any_of(CheckedExtensions, [&extension](std::u16string_view checked) {
+    return text::EqualsIgnoreCase(checked, extension);
+  });
+}
+
+// Links may lead in circles, so there is an end to the depth.
+void CollectFiles(const std::u16string& folder, int depth, std::vector<std::u16string>& files) {
+  constexpr int deepest = 32;
+  const auto entries = platform::ListDirectory(folder);
+  if (!entries || depth > deepest) return;
+  for (const auto& entry : *entries) {
+    const std::u16string path = text::JoinPath(folder, entry.Name);
+    if (entry.IsDirectory && !entry.Name.starts_with(u'.')) CollectFiles(path, depth + 1, files);
+    if (!entry.IsDirectory && IsChecked(entry.Name)) files.push_back(path);
+  }
+}
+
+template <typename TSubject>
+void ApplyRules(const TCheckLevels& levels, const std::u16string& file, const TSubject& subject,
+                std::vector<TFinding>& findings) {
+  using TLook = void (*)(const TSubject&, TRuleReport&);
+  for (const TCheckRule& rule : CheckRules()) {
+    const auto* look = std::get_if<TLook>(&rule.Look);
+    const TCheckLevel level = levels.Of(rule);
+    if (look == nullptr || !level) continue;
+    TRuleReport report(rule, *level, file, findings);
+    (*look)(subject, report);
+  }
+}
+
+} // namespace
+
+std::vector<std::u16string> FilesToCheck(const std::u16string& path) {
+  const std::u16string full = text::ExpandPath(path, platform::CurrentDirectory());
+  if (platform::FileExists(full)) return {full};
+  if (!platform::DirectoryExists(full)) throw EKxException(u"There is no file or folder " + path + u".");
+  std::vector<std::u16string> files;
+  CollectFiles(full, 0, files);
+  return files;
+}
+
+void TChecker::CheckSolution(const std::u16string& file) {
+  const TSolutionFacts facts = ReadSolutionFacts(file);
+  TCheckedSolution solution{.Facts = facts, .Files = {}};
+  for (const TSolutionProject& project : facts.Projects)
+    solution.Files.push_back(project.IsFile() ? &disk_.Find(facts.Folder, project.Path) : nullptr);
+  ApplyRules(levels_, file, solution, findings_);
+}
+
+std::vector<TFinding> TChecker::TakeFindings() {
+  std::map<std::u16string, std::size_t> order;
+  for (const TFinding& finding : findings_)
+    order.try_emplace(finding.Place.File, order.size());
+  std::ranges::stable_sort(findings_, {}, [&order](const TFinding& finding) {
+    return std::pair(order.at(finding.Place.File), finding.Place.Line);
+  });
+  return std::move(findings_);
+}
+
+} // namespace kx::check

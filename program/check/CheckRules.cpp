@@ -1,0 +1,138 @@
+// The table: a new rule is a row here and the function that looks.
+#include "program/check/CheckRule.h"
+#include "program/check/SolutionRules.h"
+
+#include <array>
+
+namespace kx::check {
+
+namespace {
+
+constexpr TCheckLevel Error = TFindingSeverity::Error;
+constexpr TCheckLevel Warning = TFindingSeverity::Warning;
+constexpr TCheckLevel Note = TFindingSeverity::Note;
+
+constexpr std::array SolutionRules{
+    TCheckRule{u"solution-unreadable", Error, u"A file that is no solution, or one that no tool can read",
+               u"Nothing of it can be built.",
+               u"Restore the file from version control, or let Visual Studio save it anew.",
+               u"Project(\"{FAE04EC0-301F-11D3-BF4B-00C04F79EFBC}\") = \"App\"", FindUnreadableSolution},
+    TCheckRule{u"solution-header", Warning, u"A header that contradicts itself",
+               u"The number of the format decides which tool is taken, the comment behind it which Visual "
+               u"Studio opens the file with a double click. Where they differ, people and builds use "
+               u"different tools.",
+               u"Make the comment and the number those of one product.",
+               u"Microsoft Visual Studio Solution File, Format Version 10.00\n# Visual Studio 2010",
+               FindContradictingHeaders},
+    TCheckRule{u"solution-format", Note, u"A format newer than Visual Studio 2010",
+               u"The build chooses its tool by the format; for this one none is known, so the action has to "
+               u"name the version, and that tool has to understand the file.",
+               u"Name the version of Visual Studio in the action that builds the solution.",
+               u"Microsoft Visual Studio Solution File, Format Version 12.00", FindNewFormat},
+    TCheckRule{u"solution-encoding", Warning, u"Letters that are not read alike on all machines",
+               u"Without a byte-order mark Visual Studio and MSBuild take the machine's code page, which "
+               u"differs from one machine to another: projects with such names are not found.",
+               u"Save the file as UTF-8 with a byte-order mark.",
+               u"Project(\"{...}\") = \"Büro\", \"Büro\\Büro.csproj\", \"{...}\"", FindDoubtfulEncoding},
+    TCheckRule{u"solution-merge", Error, u"Marks of a merge that was not finished",
+               u"Both versions are in the file: projects and configurations are there twice, or contradict "
+               u"each other.",
+               u"Finish the merge: keep what is meant and take out the marks.",
+               u"<<<<<<< mine\nProject(\"{...}\") = \"App\", \"App.csproj\", \"{A}\"", FindMergeMarks},
+    TCheckRule{u"solution-section", Error, u"Sections and projects that are not closed, or closed twice",
+               u"A reader passes over what follows, or takes it for something else: projects and "
+               u"configurations get lost. It is mostly what a merge has left.",
+               u"Add the line that closes it, or take the one out that closes nothing.",
+               u"Project(\"{...}\") = \"App\", \"App.csproj\", \"{...}\"\nGlobal", FindOpenSections},
+    TCheckRule{u"solution-end", Warning, u"Text behind the end of the solution",
+               u"Nobody reads it. It is mostly what a merge has left of another version of the file.",
+               u"Take it out, or move it to where it belongs.",
+               u"EndGlobal\n\tGlobalSection(ProjectConfigurationPlatforms) = postSolution",
+               FindTextBehindEnd},
+    TCheckRule{u"solution-cycle", Error, u"Projects that need each other",
+               u"They have no build order: the build is refused, or searches for an order until it is "
+               u"stopped.",
+               u"Take one of these dependencies out; \"kxhost graph\" draws them.",
+               u"\tProjectSection(ProjectDependencies) = postProject\n"
+               u"\t\t{the identifier of a project that needs this one} = {...}\n\tEndProjectSection",
+               FindCycles},
+    TCheckRule{u"dependency-unknown", Warning, u"Dependencies on projects that the solution does not have",
+               u"They are passed over, so the project may be built before what it needs.",
+               u"Add the project to the solution, or take the dependency out.",
+               u"\tProjectSection(ProjectDependencies) = postProject\n"
+               u"\t\t{an identifier that no project has} = {...}\n\tEndProjectSection",
+               FindUnknownNeeds},
+    TCheckRule{u"dependency-old", Warning, u"Dependencies of the old form that change the build order",
+               u"Visual Studio 2002 wrote dependencies into the Global section. Later ones do not read them "
+               u"there, so they build in another order than this program.",
+               u"Move them into sections ProjectDependencies of the projects.",
+               u"\tGlobalSection(ProjectDependencies) = postSolution\n\t\t{App}.0 = {Lib}\n"
+               u"\tEndGlobalSection",
+               FindOldNeeds},
+    TCheckRule{u"project-id-twice", Error, u"Projects that share an identifier",
+               u"Dependencies and configurations name projects by it: those of one are taken for those of "
+               u"the other.",
+               u"Give one of them a new identifier, in its project file and in the solution.",
+               u"Project(\"{...}\") = \"App\", \"App.csproj\", \"{A}\"\n"
+               u"Project(\"{...}\") = \"Copy of App\", \"Copy.csproj\", \"{A}\"",
+               FindSharedIds},
+    TCheckRule{u"project-name-twice", Warning, u"Projects of one solution folder that share a name",
+               u"Visual Studio refuses to load the second one, and MSBuild names its targets by it: one "
+               u"cannot be built alone.",
+               u"Rename one of them.",
+               u"Project(\"{...}\") = \"App\", \"a\\App.csproj\", \"{A}\"\n"
+               u"Project(\"{...}\") = \"App\", \"b\\App.csproj\", \"{B}\"",
+               FindSharedNames},
+    TCheckRule{u"project-file-twice", Warning, u"A project file that is in the solution more than once",
+               u"It is built twice, the second time over the output of the first.",
+               u"Take one of the entries out, with the configurations of its identifier.",
+               u"Project(\"{...}\") = \"App\", \"App.csproj\", \"{A}\"\n"
+               u"Project(\"{...}\") = \"App2\", \"App.csproj\", \"{B}\"",
+               FindSharedFiles},
+    TCheckRule{u"project-missing", Error, u"Projects whose file is not there",
+               u"The build fails, or leaves them out without a word.",
+               u"Add the file to version control, mend the path, or take the project out of the solution.",
+               u"Project(\"{...}\") = \"App\", \"gone\\App.csproj\", \"{A}\"", FindMissingProjects},
+    TCheckRule{u"projects-missing", Warning, u"A solution without any of its project files",
+               u"The solution stands alone: it was copied without them, or it is looked at in another folder "
+               u"than its own.",
+               u"Get the projects beside it; what they hold cannot be checked without them.",
+               u"Project(\"{...}\") = \"App\", \"gone\\App.csproj\", \"{A}\"", FindNoProjects},
+    TCheckRule{u"path-case", Warning, u"Paths of projects that differ in letter case from the disk",
+               u"Windows finds the file all the same; tools on other systems do not.",
+               u"Write the path as the disk has it.",
+               u"Project(\"{...}\") = \"App\", \"app\\app.csproj\", \"{A}\"", FindOtherSpellings},
+    TCheckRule{u"project-kind", Warning, u"Projects of a kind that no tool here builds",
+               u"MSBuild refuses the project or passes over it; so does Visual Studio where what belongs to "
+               u"it is not installed.",
+               u"Build it by an action of its own, or take it out of the configurations that are built.",
+               u"Project(\"{...}\") = \"Queries\", \"Queries.dbp\", \"{A}\"", FindStrangeProjects},
+    TCheckRule{u"project-unmapped", Warning, u"Projects without a configuration",
+               u"No configuration of the solution builds them, and nothing says so.",
+               u"Open the configuration manager of Visual Studio and give the project its configurations, or "
+               u"take it out of the solution.",
+               u"\tGlobalSection(ProjectConfigurationPlatforms) = postSolution\n"
+               u"\t\t(no line that begins with the project's identifier)",
+               FindUnmapped},
+    TCheckRule{u"project-half-mapped", Warning, u"Projects without a configuration in some of the solution's",
+               u"In those the project is not built, and what needs it takes an old output or fails.",
+               u"Open the configuration manager of Visual Studio and choose a configuration for each.",
+               u"\t\tDebug|Win32 = Debug|Win32\n\t\tRelease|Win32 = Release|Win32\n"
+               u"...\n\t\t{A}.Debug|Win32.ActiveCfg = Debug|Win32\n\t\t(no line {A}.Release|Win32)",
+               FindHalfMapped},
+    TCheckRule{u"project-never-built", Note, u"Projects that no configuration of the solution builds",
+               u"They have configurations, but none is marked to be built: their output is what somebody "
+               u"left there.",
+               u"Mark the project in the configuration manager of Visual Studio, or let it be if it is "
+               u"meant so.",
+               u"\t\t{A}.Debug|Win32.ActiveCfg = Debug|Win32\n\t\t(no line {A}.Debug|Win32.Build.0)",
+               FindNeverBuilt},
+};
+
+} // namespace
+
+std::span<const TCheckRule> CheckRules() {
+  return SolutionRules;
+}
+
+} // namespace kx::check
