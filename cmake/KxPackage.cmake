@@ -19,9 +19,9 @@ else()
     file(CREATE_LINK ../lib/kxhost/kxhost \"\${bin}/kxhost\" SYMBOLIC)" COMPONENT kxhost)
   install(FILES LICENSE DESTINATION ${documents} COMPONENT kxhost RENAME copyright)
 endif()
-install(TARGETS kxhost kxcore KxVisualStudioDotNET COMPONENT kxhost
+install(TARGETS kxhost kxcore kxwebdav KxVisualStudioDotNET COMPONENT kxhost
         RUNTIME DESTINATION ${folder} LIBRARY DESTINATION ${folder})
-set(parts kxhost KxVisualStudioDotNET)
+set(parts kxhost kxwebdav KxVisualStudioDotNET)
 if(TARGET kx_launcher)
   list(APPEND parts kx_launcher)
 endif()

@@ -92,6 +92,22 @@ function(kx_room)
   target_link_libraries(${ROOM_TARGET} PUBLIC ${libraries})
 endfunction()
 
+# kx_library(<name> <exports> <sources>): a shared library that is loaded while the program runs; <exports>.def and
+# <exports>.map of the folder name the symbol that it shows.
+function(kx_library name exports)
+  add_library(${name} MODULE ${ARGN})
+  set_target_properties(${name} PROPERTIES PREFIX "")
+  target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}")
+  target_link_libraries(${name} PRIVATE kx_warnings)
+  set(shown "${CMAKE_CURRENT_SOURCE_DIR}/${exports}")
+  if(WIN32)
+    target_sources(${name} PRIVATE "${shown}.def")
+  else()
+    target_link_options(${name} PRIVATE "-Wl,--version-script=${shown}.map")
+    set_target_properties(${name} PROPERTIES LINK_DEPENDS "${shown}.map")
+  endif()
+endfunction()
+
 # kx_core(): the shared library of all that is CORE, when every room is known.
 function(kx_core)
   get_property(parts GLOBAL PROPERTY KX_CORE_PARTS)

@@ -3,6 +3,7 @@
 #include "foundation/platform/Files.h"
 #include "foundation/platform/Posix.h"
 #include "foundation/text/Encoding.h"
+#include "foundation/text/WindowsPath.h"
 
 #include <dlfcn.h>
 
@@ -22,6 +23,10 @@ Result<EntryPoint> LoadLibraryEntry(std::u16string_view path, std::string_view e
   void* symbol = dlsym(library, std::string(entry).c_str());
   if (symbol == nullptr) return fail();
   return reinterpret_cast<EntryPoint>(symbol);
+}
+
+std::u16string LibraryBesideProgram(std::u16string_view name) {
+  return text::JoinPath(ProgramDirectory(), std::u16string(name) + u".so");
 }
 
 } // namespace kx::platform

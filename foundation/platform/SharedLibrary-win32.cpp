@@ -2,6 +2,7 @@
 
 #include "foundation/platform/Win32.h"
 #include "foundation/text/Encoding.h"
+#include "foundation/text/WindowsPath.h"
 
 namespace kx::platform {
 
@@ -22,6 +23,10 @@ Result<EntryPoint> LoadLibraryEntry(std::u16string_view path, std::string_view e
   const FARPROC symbol = GetProcAddress(library, std::string(entry).c_str());
   if (symbol == nullptr) return fail(u"It has no entry " + text::FromUtf8(entry));
   return reinterpret_cast<EntryPoint>(reinterpret_cast<void*>(symbol));
+}
+
+std::u16string LibraryBesideProgram(std::u16string_view name) {
+  return text::JoinPath(ProgramDirectory(), std::u16string(name) + u".dll");
 }
 
 } // namespace kx::platform

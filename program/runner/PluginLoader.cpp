@@ -2,15 +2,13 @@
 
 #include "foundation/platform/Files.h"
 #include "foundation/platform/SharedLibrary.h"
-#include "foundation/platform/System.h"
 #include "foundation/text/Encoding.h"
 #include "foundation/text/WindowsPath.h"
 
 namespace kx {
 
 std::u16string DefaultPluginFile() {
-  return text::JoinPath(platform::ProgramDirectory(),
-                        platform::IsWindows() ? u"KxVisualStudioDotNET.dll" : u"KxVisualStudioDotNET.so");
+  return platform::LibraryBesideProgram(u"KxVisualStudioDotNET");
 }
 
 std::u16string PluginEntryName(std::u16string_view fileName) {

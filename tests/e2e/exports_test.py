@@ -7,10 +7,11 @@ import e2e
 
 
 class ExportsTest(unittest.TestCase):
-    def test_the_package_shows_its_entry_and_nothing_else(self):
-        listing = subprocess.run(["nm", "-D", "--defined-only", e2e.BIN / "KxVisualStudioDotNET.so"], check=True,
-                                 stdout=subprocess.PIPE, encoding="utf-8").stdout
-        self.assertEqual([line.split()[1:] for line in listing.splitlines()], [["T", "KxVisualStudioDotNET"]])
+    def test_what_is_loaded_shows_its_entry_and_nothing_else(self):
+        for library, entry in [("KxVisualStudioDotNET.so", "KxVisualStudioDotNET"), ("kxwebdav.so", "KxNewWebDavClient")]:
+            listing = subprocess.run(["nm", "-D", "--defined-only", e2e.BIN / library], check=True, stdout=subprocess.PIPE,
+                                     encoding="utf-8").stdout
+            self.assertEqual([line.split()[1:] for line in listing.splitlines()], [["T", entry]])
 
     def test_programs_search_libraries_beside_themselves_only(self):
         searched = {}
