@@ -48,7 +48,7 @@ std::u16string Describe(const IVSDotNetSolution& solution) {
   for (int i = 0; i < projects->GetCount(); ++i)
     Describe(*projects->GetItem(i), text);
   for (const auto& missing : solution.GetProjectsNotFound())
-    text += missing.Name + u"|" + missing.FileName + u"|" + missing.ID + u"\n";
+    text += missing->GetName() + u"|" + missing->GetFileName() + u"|" + missing->GetProjectID() + u"\n";
   return text;
 }
 

@@ -127,7 +127,8 @@ public:
   // that Windows makes of it.
   const Entry* Find(std::u16string_view name) const {
     const Entry* spelled = FindSpelled(name);
-    return spelled != nullptr ? spelled : FindSpelled(posix::NameOnWindows(name));
+    const std::u16string_view onWindows = posix::NameOnWindows(name);
+    return spelled != nullptr || onWindows.size() == name.size() ? spelled : FindSpelled(onWindows);
   }
 
   bool HoldsFile(std::u16string_view name) const {
@@ -142,6 +143,7 @@ public:
 
 private:
   const Entry* FindSpelled(std::u16string_view name) const {
+    if (entries_.empty()) return nullptr;
     const auto [first, last] = entries_.equal_range(name);
     const Entry* best = nullptr;
     for (auto entry = first; entry != last; ++entry) {

@@ -70,8 +70,9 @@ std::u16string MissingProjects(const IVSDotNetSolution& solution,
   const auto all = LookAtSolution(solution.GetFileName(), true);
   std::vector<std::u16string> missing;
   for (const auto& named : solution.GetProjectsNotFound()) {
-    const auto project = all->GetProjects()->FindByID(named.ID);
-    if (named.IsFolder() || !project || platform::DirectoryExists(ProjectPath(solution, *project))) continue;
+    const auto project = all->GetProjects()->FindByID(named->GetProjectID());
+    if (IsSolutionFolder(*named) || !project || platform::DirectoryExists(ProjectPath(solution, *project)))
+      continue;
     if (IsBuiltIn(*project, configurations)) missing.push_back(project->GetFileName());
   }
   if (missing.empty()) return {};

@@ -122,8 +122,8 @@ void TVSDotNetProjects::SortByDependancies() {
   byId_.clear();
 }
 
-bool TVSDotNetProjectNotFound::IsFolder() const {
-  return text::EqualsIgnoreCase(TypeID, u"{2150E333-8FDC-42A3-9474-1A3956D46DE8}");
+bool IsSolutionFolder(const IVSDotNetProject& project) {
+  return text::EqualsIgnoreCase(project.GetProjectTypeID(), u"{2150E333-8FDC-42A3-9474-1A3956D46DE8}");
 }
 
 std::vector<TVSDotNetCircle> FindCircles(const IVSDotNetProjects& projects) {

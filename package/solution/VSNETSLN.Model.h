@@ -172,10 +172,11 @@ public:
   TVSDotNetSolution(std::u16string_view fileName, TVSDotNetVersion version,
                     std::shared_ptr<IVSDotNetProjects> projects,
                     std::shared_ptr<IVSDotNetSolutionConfigurations> configurations,
-                    std::vector<TVSDotNetProjectNotFound> notFound, bool hasBuildOrder)
+                    std::vector<std::shared_ptr<IVSDotNetProject>> notFound, bool hasBuildOrder,
+                    bool hasPassedOverCircle)
       : fileName_(fileName), version_(version), projects_(std::move(projects)),
         configurations_(std::move(configurations)), notFound_(std::move(notFound)),
-        hasBuildOrder_(hasBuildOrder) {}
+        hasBuildOrder_(hasBuildOrder), hasPassedOverCircle_(hasPassedOverCircle) {}
 
   std::shared_ptr<IVSDotNetSolutionConfigurations> GetConfigurations() const override {
     return configurations_;
@@ -185,8 +186,11 @@ public:
   const std::u16string& GetDescription() const override { return description_; }
   const std::u16string& GetFileName() const override { return fileName_; }
   TVSDotNetVersion GetVisualStudioVersion() const override { return version_; }
-  const std::vector<TVSDotNetProjectNotFound>& GetProjectsNotFound() const override { return notFound_; }
+  const std::vector<std::shared_ptr<IVSDotNetProject>>& GetProjectsNotFound() const override {
+    return notFound_;
+  }
   bool HasBuildOrder() const override { return hasBuildOrder_; }
+  bool HasPassedOverCircle() const override { return hasPassedOverCircle_; }
 
 private:
   std::u16string name_;
@@ -195,8 +199,9 @@ private:
   TVSDotNetVersion version_;
   std::shared_ptr<IVSDotNetProjects> projects_;
   std::shared_ptr<IVSDotNetSolutionConfigurations> configurations_;
-  std::vector<TVSDotNetProjectNotFound> notFound_;
+  std::vector<std::shared_ptr<IVSDotNetProject>> notFound_;
   bool hasBuildOrder_;
+  bool hasPassedOverCircle_;
 };
 
 } // namespace kx

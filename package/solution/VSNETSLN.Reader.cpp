@@ -48,9 +48,9 @@ public:
     ReadProjects();
     const bool hasBuildOrder = Sort(circles);
     ReadGlobal();
-    if (globalDependencies_) projects_->SortUnlessCircular();
+    const bool passedOver = globalDependencies_ && !projects_->SortUnlessCircular();
     return std::make_shared<TVSDotNetSolution>(fileName_, version, projects_, MakeConfigurations(),
-                                               std::move(notFound_), hasBuildOrder);
+                                               std::move(notFound_), hasBuildOrder, passedOver);
   }
 
 private:
@@ -121,19 +121,13 @@ private:
     current_ = nullptr;
     const std::u16string_view path = paths_.Expand(items_[1]);
     const bool onDisk = IsWebProject() || files_.FileExists(path);
-    TVSDotNetProjectNotFound project{text::FromUtf8(items_[0]), text::FromUtf8(items_[1]),
-                                     text::FromUtf8(items_[2]), std::u16string(cut_.Identifier())};
-    if (!onDisk) {
-      if (!includeNotFound_) {
-        notFound_.push_back(std::move(project));
-        return;
-      }
-      notFound_.push_back(project);
-    }
     RaiseIfStopped(stop_); // a project may be anywhere, on a slow network too
-    current_ = std::make_shared<TVSDotNetProject>(
-        std::move(project.Name), std::move(project.FileName), std::move(project.ID),
-        std::move(project.TypeID), onDisk ? ScanForResources(path, files_) : TProjectResources());
+    auto project = std::make_shared<TVSDotNetProject>(
+        text::FromUtf8(items_[0]), text::FromUtf8(items_[1]), text::FromUtf8(items_[2]),
+        std::u16string(cut_.Identifier()), onDisk ? ScanForResources(path, files_) : TProjectResources());
+    if (!onDisk) notFound_.push_back(project);
+    if (!onDisk && !includeNotFound_) return;
+    current_ = std::move(project);
     projects_->Add(current_);
   }
 
@@ -239,7 +233,7 @@ private:
   TSolutionLines lines_;
 
   std::shared_ptr<TVSDotNetProjects> projects_;
-  std::vector<TVSDotNetProjectNotFound> notFound_;
+  std::vector<std::shared_ptr<IVSDotNetProject>> notFound_;
   std::shared_ptr<IVSDotNetProject> current_;
   std::optional<TNamedValues> configs_;
   bool globalDependencies_ = false; // the Global section named some

@@ -94,15 +94,8 @@ public:
   virtual int GetCount() const = 0;
 };
 
-// A project that the solution names and whose file is not on disk.
-struct TVSDotNetProjectNotFound {
-  std::u16string Name;
-  std::u16string FileName; // as the solution writes it
-  std::u16string ID;
-  std::u16string TypeID;
-  // A folder of the solution only groups projects; it has no file.
-  bool IsFolder() const;
-};
+// A folder of the solution only groups projects; it has no file.
+bool IsSolutionFolder(const IVSDotNetProject& project);
 
 class IVSDotNetSolution : public IVSDotNetObject {
 public:
@@ -113,9 +106,11 @@ public:
   virtual const std::u16string& GetFileName() const = 0;    // as given to OpenSolution
   virtual TVSDotNetVersion GetVisualStudioVersion() const = 0;
   // In the order of the file, whether or not the model keeps them.
-  virtual const std::vector<TVSDotNetProjectNotFound>& GetProjectsNotFound() const = 0;
+  virtual const std::vector<std::shared_ptr<IVSDotNetProject>>& GetProjectsNotFound() const = 0;
   // False when a circle leaves the projects in the order of the file (OpenSolutionWithCircles).
   virtual bool HasBuildOrder() const = 0;
+  // True when dependencies of an old Global section close a circle: the order was made without them.
+  virtual bool HasPassedOverCircle() const = 0;
 };
 
 // Declared for those who name them; nothing implements them.

@@ -47,7 +47,7 @@ private:
 
   void FindFiles() {
     for (const auto& project : solution_.GetProjectsNotFound())
-      (project.IsFolder() ? folders_ : notFound_).emplace(project.FileName, project.ID);
+      (IsSolutionFolder(*project) ? folders_ : notFound_).insert(PlaceOf(*project));
   }
 
   // Without folders, of which nothing is built, unless one takes part in dependencies.

@@ -36,12 +36,13 @@ class TProjectNames {
 public:
   explicit TProjectNames(const IVSDotNetSolution& solution) {
     for (const auto& project : solution.GetProjectsNotFound())
-      if (!project.IsFolder()) notFound_.insert(project.FileName);
+      if (!IsSolutionFolder(*project)) notFound_.insert(project->GetFileName());
     const IVSDotNetProjects& projects = *solution.GetProjects();
     for (int i = 0; i < projects.GetCount(); ++i)
       Add(*projects.GetItem(i));
     for (const auto& project : solution.GetProjectsNotFound())
-      if (!project.IsFolder()) names_.try_emplace(project.ID, project.Name + u" (not on disk)");
+      if (!IsSolutionFolder(*project))
+        names_.try_emplace(project->GetProjectID(), project->GetName() + u" (not on disk)");
   }
 
   // By its file: identifiers are shared now and then.
@@ -86,8 +87,8 @@ std::u16string DescribeNotFound(const IVSDotNetSolution& solution) {
   std::u16string lines;
   std::int64_t count = 0;
   for (const auto& project : solution.GetProjectsNotFound()) {
-    if (project.IsFolder() || listed.contains(project.FileName)) continue;
-    lines += LineOf(project.Name, project.FileName, project.ID) + u"\n";
+    if (IsSolutionFolder(*project) || listed.contains(project->GetFileName())) continue;
+    lines += LineOf(project->GetName(), project->GetFileName(), project->GetProjectID()) + u"\n";
     ++count;
   }
   if (count == 0) return {};
@@ -104,8 +105,9 @@ std::u16string DescribeConfigurations(const IVSDotNetSolutionConfigurations* con
 
 class TInspectedSolution : public IInspected {
 public:
-  explicit TInspectedSolution(std::shared_ptr<IVSDotNetSolution> solution)
-      : solution_(std::move(solution)), circles_(FindCircles(*solution_->GetProjects())) {}
+  explicit TInspectedSolution(std::shared_ptr<IVSDotNetSolution> solution) : solution_(std::move(solution)) {
+    if (solution_->HasPassedOverCircle()) circles_ = FindCircles(*solution_->GetProjects());
+  }
 
   void WriteMembers(TJsonWriter& json) const override {
     json.Member("version", Version());
@@ -152,11 +154,11 @@ private:
 
   void WriteNotFound(TJsonWriter& json) const {
     for (const auto& project : solution_->GetProjectsNotFound()) {
-      if (project.IsFolder()) continue;
+      if (IsSolutionFolder(*project)) continue;
       json.Object([&] {
-        json.Member("name", project.Name);
-        json.Member("fileName", project.FileName);
-        json.Member("id", project.ID);
+        json.Member("name", project->GetName());
+        json.Member("fileName", project->GetFileName());
+        json.Member("id", project->GetProjectID());
       });
     }
   }

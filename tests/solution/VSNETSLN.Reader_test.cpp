@@ -79,7 +79,7 @@ TEST_F(OpenedSolution, LeavesOutProjectsThatAreNotOnDisk) {
     std::string notFound;
     const auto solution = Open("sub/x.sln", all);
     for (const auto& project : solution->GetProjectsNotFound())
-      notFound += text::ToUtf8(project.Name + u" " + project.FileName + u"\n");
+      notFound += text::ToUtf8(project->GetName() + u" " + project->GetFileName() + u"\n");
     EXPECT_EQ(notFound, "B missing.csproj\nE HTTP://e\nF ..\\src\n");
   }
 }
