@@ -77,7 +77,7 @@ void TOutput::Write(std::string_view utf8) {
 }
 
 void TOutput::Flush() {
-  Print(buffer_);
+  if (!buffer_.empty()) put_(buffer_);
   buffer_.clear();
 }
 

@@ -7,9 +7,11 @@
 
 #include <nlohmann/json_fwd.hpp>
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace kx::cli {
 
@@ -25,10 +27,12 @@ void MaskOutput(std::shared_ptr<const TSecretMask> secrets);
 void GuardForCi();
 void PrintCommand(const TCiCommand& command);
 
-// Standard output in large pieces; what is left is written at the end.
+// Output in large pieces, to standard output unless said otherwise; what is left is written at the end.
 class TOutput {
 public:
-  TOutput() = default;
+  using TPut = std::function<void(std::string_view utf8)>;
+
+  explicit TOutput(TPut put = Print) : put_(std::move(put)) {}
   ~TOutput() { Flush(); }
   TOutput(const TOutput&) = delete;
   TOutput& operator=(const TOutput&) = delete;
@@ -37,6 +41,7 @@ public:
   void Flush();
 
 private:
+  TPut put_;
   std::string buffer_;
 };
 

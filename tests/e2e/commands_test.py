@@ -231,8 +231,8 @@ Circle, passed over by the order: A needs B, B needs C, C needs A
         for arguments, shown, known in rows:
             self.assertEqual(self.host("inspect", *arguments.split()), shown)
             self.assertEqual(json.loads(self.host("inspect", *arguments.split(), "--json")), known)
-        both = self.host("inspect", "App.sln", "Nat/v.rc", "--json").splitlines()
-        self.assertEqual([json.loads(line)["file"] for line in both], ["App.sln", "Nat/v.rc"])
+        many = self.host("inspect", *["App.sln", "Nat/v.rc"] * 40, "nowhere.sln", "App.sln", "--json", code=1).splitlines()
+        self.assertEqual([json.loads(line)["file"] for line in many], ["App.sln", "Nat/v.rc"] * 40 + ["nowhere.sln", "App.sln"])
         self.assertEqual(self.host("inspect", "build.log", "--tool", "msbuild", "--lines"),
                          "3\ta.cs(3,7): error CS1: x\n2\tb.cs(1): warning CS2: y\n0\t    1 Warning(s)\n0\t    1 Error(s)\n")
 
