@@ -92,14 +92,14 @@ function(kx_room)
   target_link_libraries(${ROOM_TARGET} PUBLIC ${libraries})
 endfunction()
 
-# kx_library(<name> <exports> <sources>): a shared library that is loaded while the program runs; <exports>.def and
-# <exports>.map of the folder name the symbol that it shows.
-function(kx_library name exports)
+# kx_library(<name> <sources>): a shared library that is loaded while the program runs; <name>.def and <name>.map of the
+# folder name the symbol that it shows.
+function(kx_library name)
   add_library(${name} MODULE ${ARGN})
   set_target_properties(${name} PROPERTIES PREFIX "")
   target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}")
   target_link_libraries(${name} PRIVATE kx_warnings)
-  set(shown "${CMAKE_CURRENT_SOURCE_DIR}/${exports}")
+  set(shown "${CMAKE_CURRENT_SOURCE_DIR}/${name}")
   if(WIN32)
     target_sources(${name} PRIVATE "${shown}.def")
   else()

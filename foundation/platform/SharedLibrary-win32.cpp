@@ -1,5 +1,6 @@
 #include "foundation/platform/SharedLibrary.h"
 
+#include "foundation/platform/Files.h"
 #include "foundation/platform/Win32.h"
 #include "foundation/text/Encoding.h"
 #include "foundation/text/WindowsPath.h"
