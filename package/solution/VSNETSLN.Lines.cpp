@@ -75,19 +75,18 @@ bool IsUtf8File(const std::u16string& fileName) {
 } // namespace
 
 TSolutionLines::TSolutionLines(std::u16string_view fileName, const TKxEvent* stop)
-    : fileName_(fileName), stop_(stop), file_(Open(fileName)), lent_(SpareBuffers().Lend()),
-      buffer_(std::exchange(*lent_, {})) {
+    : fileName_(fileName), stop_(stop), file_(Open(fileName)), buffer_(std::exchange(SpareBuffer(), {})) {
   MakeRoom(BufferSize);
 }
 
 TSolutionLines::~TSolutionLines() {
-  if (buffer_.Capacity <= LargestSpare) *lent_ = std::move(buffer_);
+  if (buffer_.Capacity <= LargestSpare) SpareBuffer() = std::move(buffer_);
 }
 
 // Thousands of small solutions are read with one buffer.
-platform::Spares<TSolutionLines::TBuffer>& TSolutionLines::SpareBuffers() {
-  static platform::Spares<TBuffer> spares;
-  return spares;
+TSolutionLines::TBuffer& TSolutionLines::SpareBuffer() {
+  static thread_local TBuffer spare;
+  return spare;
 }
 
 int TSolutionLines::LineNumber() const {

@@ -1,12 +1,17 @@
 #include "contract/Actions.h"
 #include "program/cli/Inspect.h"
 
+#include "foundation/platform/Files.h"
 #include "foundation/text/Encoding.h"
 #include "package/buildaction/BuildLog.h"
 #include "package/buildaction/SummaryLines.h"
 #include "package/buildaction/ToolOutputWords.h"
+#include "program/cli/FindingLines.h"
 #include "program/cli/LogReader.h"
 #include "program/cli/Output.h"
+#include "program/findings/FindingJson.h"
+#include "program/findings/SourceFiles.h"
+#include "program/findings/ToolFindings.h"
 
 namespace kx::cli {
 
@@ -26,20 +31,25 @@ struct TSummaries {
 };
 
 TBuildLogVerdict Analyse(const std::u16string& file, const TInspectOptions& options,
-                         TBuildLog::TOnLine onLine, TSummaries* summaries = nullptr) {
+                         TBuildLog::TOnLine onLine, TSummaries* summaries = nullptr,
+                         TToolFindings* findings = nullptr) {
   TBuildLog log(options.MSBuild.value_or(false), static_cast<TVSDotNetVersion>(options.VSVersion),
                 std::move(onLine));
   ForEachLogLine(file, options.Encoding, [&](std::u16string_view line) {
     log.Feed(line);
     if (summaries != nullptr) summaries->Look(line);
+    if (findings != nullptr) findings->Read(line);
   });
   return log.Verdict();
 }
 
 class TInspectedLog : public IInspected {
 public:
-  TInspectedLog(TBuildLogVerdict verdict, bool hasSummary, bool hasOtherSummary)
-      : verdict_(std::move(verdict)), hasSummary_(hasSummary), hasOtherSummary_(hasOtherSummary) {}
+  TInspectedLog(TBuildLogVerdict verdict, bool hasSummary, bool hasOtherSummary, TFindingList findings)
+      : verdict_(std::move(verdict)), hasSummary_(hasSummary), hasOtherSummary_(hasOtherSummary),
+        moreFindings_(findings.More()), findings_(findings.Take()) {
+    SetFingerprints(findings_, FindSourceRoot(platform::CurrentDirectory()));
+  }
 
   void WriteMembers(TJsonWriter& json) const override {
     json.Member("errors", verdict_.Errors);
@@ -55,6 +65,11 @@ public:
     });
     json.Member("hasSummary", hasSummary_);
     json.Member("hasOtherSummary", hasOtherSummary_);
+    json.ArrayMember("findings", [&] {
+      for (const auto& finding : findings_)
+        json.Object([&] { WriteFinding(finding, json); });
+    });
+    json.Member("moreFindings", moreFindings_);
   }
 
   void Describe(TOutput& output) const override {
@@ -64,6 +79,8 @@ public:
     if (verdict_.Failed) output.Write("The tool's own summary names a failed project.\n");
     output.Write("Lines     " + number(statuses[0]) + " plain, " + number(statuses[1]) + " success, " +
                  number(statuses[2]) + " warning, " + number(statuses[3]) + " error\n" + ReasonOfCounts());
+    const std::string lines = FindingLines(findings_, moreFindings_, "(--json gives all)", TPalette(false));
+    if (!lines.empty()) output.Write("\n" + lines);
   }
 
 private:
@@ -81,16 +98,20 @@ private:
   TBuildLogVerdict verdict_;
   bool hasSummary_;
   bool hasOtherSummary_;
+  std::int64_t moreFindings_;
+  std::vector<TFinding> findings_;
 };
 
 } // namespace
 
 TInspected InspectBuildLog(const std::u16string& file, const TInspectOptions& options) {
   TSummaries summaries;
-  TBuildLogVerdict verdict = Analyse(file, options, {}, &summaries);
+  TFindingList list;
+  TToolFindings findings(list);
+  TBuildLogVerdict verdict = Analyse(file, options, {}, &summaries, &findings);
   const bool isMSBuild = options.MSBuild.value_or(false);
   return std::make_shared<TInspectedLog>(std::move(verdict), isMSBuild ? summaries.MSBuild : summaries.DevEnv,
-                                         isMSBuild ? summaries.DevEnv : summaries.MSBuild);
+                                         isMSBuild ? summaries.DevEnv : summaries.MSBuild, std::move(list));
 }
 
 void PrintBuildLogLines(const std::u16string& file, const TInspectOptions& options, TOutput& output) {

@@ -7,6 +7,7 @@
 #include "program/cli/CommonOptions.h"
 #include "program/cli/ConsoleSink.h"
 #include "program/cli/FileKinds.h"
+#include "program/cli/FindingLines.h"
 #include "program/cli/HostSession.h"
 #include "program/cli/Output.h"
 #include "program/cli/Usage.h"
@@ -147,6 +148,18 @@ private:
   std::vector<TWanted> reports_;
 };
 
+// What went wrong once more, where nothing stands between.
+std::string ClosingList(const TRunReport& report, const TCommonOptions& options, const TPalette& palette) {
+  if (options.Verbosity == TVerbosity::Quiet) return {};
+  std::string rest = "(--report FILE.html or --sarif FILE.sarif shows all)";
+  for (const TReportFormat& format : ReportFormats()) {
+    const auto wanted = options.Reports.find(format.Option);
+    if (wanted != options.Reports.end() && format.HasFindings) rest = "in " + wanted->second;
+  }
+  const std::string lines = FindingLines(report.Findings, report.MoreFindings, rest, palette);
+  return lines.empty() ? lines : "\n" + lines;
+}
+
 // The same for the log.
 bool EndLog(TJsonLinesSink* log, const TCommonOptions& options, std::string& lines) {
   if (log == nullptr) return true;
@@ -176,7 +189,7 @@ int RunProject(TProjectRunner& runner, THostSession& session, const TCommonOptio
     runner.AddSink(console);
     report = runner.Run();
   }
-  std::string end = EndTable(report, palette);
+  std::string end = ClosingList(report, options, palette) + EndTable(report, palette);
   std::string lines;
   const bool reported = reports.Write(report, lines);
   const bool logged = EndLog(log.get(), options, lines);

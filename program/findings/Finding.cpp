@@ -16,6 +16,16 @@ const char* WordOf(TFindingSeverity severity) {
   }
 }
 
+std::u16string OneLine(std::u16string_view text) {
+  std::u16string line;
+  for (const auto part : text::SplitLines(text)) {
+    const std::u16string_view trimmed = text::Trim(part);
+    if (!line.empty() && !trimmed.empty()) line += u' ';
+    line += trimmed;
+  }
+  return line;
+}
+
 std::u16string TextOf(const TFinding& finding) {
   const TFindingPlace& place = finding.Place;
   std::u16string text = place.File;

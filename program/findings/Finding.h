@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace kx {
@@ -40,6 +41,8 @@ struct TFinding {
   std::u16string Advice = {};        // what to do about it; empty when the message says all
   std::vector<TFindingStep> Steps = {};
 };
+
+std::u16string OneLine(std::u16string_view text); // its lines, trimmed, with a blank between them
 
 // "file(line,column): error CS0103: message", as compilers write it; places and codes that are not known are
 // left out.

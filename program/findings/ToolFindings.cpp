@@ -29,15 +29,15 @@ bool ReadHeading(std::u16string_view line, std::u16string& project, std::u16stri
 
 } // namespace
 
-bool TToolFindings::Read(std::u16string_view line, const TFinding& context) {
-  if (line.find(Dashes) != line.npos) {
+std::optional<TFindingSeverity> TToolFindings::Read(std::u16string_view line, const TFinding& context) {
+  if (line.ends_with(Dashes.back())) {
     THeading heading;
     if (ReadHeading(line, heading.Project, heading.Configuration))
       headings_[BuildNumberOf(line)] = std::move(heading);
-    return false;
+    return std::nullopt;
   }
   auto finding = ReadDiagnostic(line);
-  if (!finding) return false;
+  if (!finding) return std::nullopt;
   const auto heading = headings_.find(BuildNumberOf(line));
   if (heading != headings_.end()) {
     if (finding->Project.empty()) finding->Project = heading->second.Project;
@@ -45,8 +45,9 @@ bool TToolFindings::Read(std::u16string_view line, const TFinding& context) {
   }
   if (!context.Configuration.empty()) finding->Configuration = context.Configuration;
   finding->Action = context.Action;
+  const TFindingSeverity severity = finding->Severity;
   list_->Add(*std::move(finding));
-  return true;
+  return severity;
 }
 
 } // namespace kx

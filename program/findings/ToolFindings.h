@@ -4,6 +4,7 @@
 #include "program/findings/FindingList.h"
 
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -16,8 +17,8 @@ public:
   void BeginTool() { headings_.clear(); } // another output begins
   // `context` says the configuration and action that the line belongs to, where they are known. devenv names
   // project and configuration in a heading, "2>------ ...: Project: App, Configuration: Release|Win32
-  // ------". True for a line that is a finding.
-  bool Read(std::u16string_view line, const TFinding& context = {});
+  // ------". How severe the finding is that the line is; nothing for any other line.
+  std::optional<TFindingSeverity> Read(std::u16string_view line, const TFinding& context = {});
 
 private:
   struct THeading {

@@ -3,6 +3,7 @@
 #include "contract/UnitTests.h"
 #include "foundation/platform/Files.h"
 #include "foundation/text/Encoding.h"
+#include "program/findings/FindingJson.h"
 #include "program/report/ResultJson.h"
 
 #include <cerrno>
@@ -80,6 +81,19 @@ std::string ToJsonLine(const TRunEvent& event, const TMoreMembers& more) {
   });
 }
 
+namespace {
+
+std::string FindingLine(const TFinding& finding, std::chrono::system_clock::time_point time) {
+  return JsonObjectText([&](TJsonWriter& json) {
+    json.Member("time", TimeText(time));
+    json.Member("depth", 0);
+    json.Member("event", "finding");
+    WriteFinding(finding, json);
+  });
+}
+
+} // namespace
+
 struct TJsonLinesSink::TState {
   std::ofstream File;
   std::u16string Reason; // of the first failure
@@ -106,6 +120,9 @@ platform::Result<std::unique_ptr<TJsonLinesSink>> TJsonLinesSink::Create(std::u1
 
 void TJsonLinesSink::On(const TRunEvent& event) {
   if (!state_->File) return;
+  if (const auto* ended = std::get_if<TRunEnded>(&event.What))
+    for (const auto& finding : ended->Report.Findings)
+      state_->File << FindingLine(finding, event.Time) + '\n';
   state_->File << ToJsonLine(event) + '\n' << std::flush;
   state_->NoteFailure();
 }

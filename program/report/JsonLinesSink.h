@@ -4,7 +4,8 @@
 //
 // Events: "action" (name, type, description, pass, nesting), "actionEnd" (WriteResult), "message" (status,
 // text; dryRun where it says what would have been done), "group" (status, title), "groupEnd" (status or null,
-// title, elapsedMs), "metric" (category, name, configuration, value), at the end "runEnd" (WriteRun).
+// title, elapsedMs), "metric" (category, name, configuration, value), at the end a
+// "finding" (WriteFinding) for each thing that was wrong, and "runEnd" (WriteRun).
 #pragma once
 
 #include "foundation/formats/JsonWriter.h"

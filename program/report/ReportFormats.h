@@ -24,6 +24,7 @@ struct TReportFormat {
   const char* File;   // what it takes, for the help
   const char* Help;
   const char* Name; // of the report, where it is said to be written
+  bool HasFindings; // all that was wrong
   // Whatever may be large waits in `folder`. `title` names the run.
   std::unique_ptr<IRunReport> (*Begin)(std::u16string_view title, const std::u16string& folder);
 };

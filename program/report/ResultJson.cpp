@@ -58,6 +58,7 @@ void WriteRun(const TRunReport& report, TJsonWriter& json) {
   json.Member("totals", TotalsText(report));
   WriteFigures(report, json);
   WriteTests(report.Tests, json);
+  if (report.MoreFindings > 0) json.Member("moreFindings", report.MoreFindings);
 }
 
 } // namespace kx

@@ -12,7 +12,8 @@ namespace kx {
 void WriteResult(const TActionResult& result, TJsonWriter& json);
 
 // Likewise: succeeded, result, totals (a line for people), errors, warnings, elapsedMs, tests (passed,
-// failed, notRun).
+// failed, notRun), moreFindings (how many were too many to be kept; left out for
+// none).
 void WriteRun(const TRunReport& report, TJsonWriter& json);
 
 } // namespace kx

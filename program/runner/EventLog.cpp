@@ -1,5 +1,7 @@
 #include "program/runner/EventLog.h"
 
+#include "program/findings/FindingList.h"
+
 namespace kx {
 
 std::chrono::milliseconds ElapsedSince(TRunClock::time_point start) {
@@ -22,6 +24,16 @@ void TEventLog::Mask(TActionResult& result) const {
     Mask(configuration.Configuration);
 }
 
+void TEventLog::Mask(TFinding& finding) const {
+  for (auto* text : {&finding.Message, &finding.Place.File, &finding.Project, &finding.Configuration,
+                     &finding.Action, &finding.Advice})
+    Mask(*text);
+  for (auto& step : finding.Steps) {
+    Mask(step.Message);
+    Mask(step.Place.File);
+  }
+}
+
 void TEventLog::StartAction(TActionStarted started) {
   Mask(started.Name);
   Mask(started.Description);
@@ -42,6 +54,9 @@ void TEventLog::EndAction(TActionResult result) {
 TRunReport TEventLog::EndRun(TRunReport report) {
   for (auto& action : report.Actions)
     Mask(action);
+  for (auto& finding : report.Findings)
+    Mask(finding);
+  SetFingerprints(report.Findings, report.Root);
   Emit(TRunEnded{report});
   return report;
 }

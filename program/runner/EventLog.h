@@ -30,7 +30,7 @@ public:
 
   void StartAction(TActionStarted started);
   void EndAction(TActionResult result); // closes what the action left open
-  TRunReport EndRun(TRunReport report); // as it was shown
+  TRunReport EndRun(TRunReport report); // as it was shown; sets the fingerprints of its findings
   void Send(TMessageSent message);
   void Send(TMetricSent sent);
   void StartGroup(std::u16string_view title, TStatusTag status);
@@ -47,6 +47,7 @@ private:
   void Emit(TWhat what);
   void Mask(std::u16string& text) const { secrets_->Mask(text); }
   void Mask(TActionResult& result) const;
+  void Mask(TFinding& finding) const;
 
   std::vector<IRunEventSink*> sinks_;
   std::vector<TOpen> open_;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "contract/Actions.h"
+#include "program/findings/Finding.h"
 
 #include <chrono>
 #include <cstdint>
@@ -82,6 +83,10 @@ struct TRunReport {
   TTestCounts Tests = {};
   std::chrono::milliseconds Elapsed{0};
   std::vector<TActionResult> Actions = {}; // in the order in which they began
+  std::vector<TFinding> Findings = {};     // all that was wrong, each thing once, in the order of its coming
+  std::int64_t MoreFindings = 0;           // that were too many to be kept
+  std::u16string Root = {};                // the folder that their files are seen from; empty without any
+  std::u16string File = {};                // the build project; empty for a run without one
 };
 
 } // namespace kx

@@ -1,7 +1,10 @@
 #include "program/runner/RunEngine.h"
 
 #include "contract/Services.h"
+#include "foundation/platform/Files.h"
 #include "foundation/platform/Process.h"
+#include "foundation/text/WindowsPath.h"
+#include "program/findings/SourceFiles.h"
 #include "program/runner/DryRun.h"
 #include "program/runner/ProjectFile.h"
 #include "program/runner/TestSuites.h"
@@ -84,6 +87,7 @@ TRunReport TRunEngine::Run() {
   StopSignal.Clear();
   Variables.ForgetRun();
   report_ = {};
+  findings_ = {};
   hasExecuted_ = false;
   hasFailures_ = false;
   UpdateCounts();
@@ -103,6 +107,12 @@ TRunReport TRunEngine::Run() {
   // What has not begun has not finished.
   if (report_.NothingExecuted && !IsSuccess(report_.Result)) report_.Result = FailureKind();
   report_.Elapsed = ElapsedSince(start);
+  report_.File = Project.FileName;
+  report_.MoreFindings = findings_.More();
+  report_.Findings = findings_.Take();
+  if (!report_.Findings.empty())
+    report_.Root = FindSourceRoot(Project.FileName.empty() ? platform::CurrentDirectory()
+                                                           : text::ExtractFileDir(Project.FileName));
   return Log.EndRun(std::move(report_));
 }
 
@@ -144,6 +154,7 @@ void TRunEngine::Begin(const TActionNode& node) {
     started.Position = {loop->GetPassUnit(), loop->GetCurrentIteration(), loop->GetIterationCount()};
   Log.StartAction(std::move(started));
   frames_.push_back({std::move(execution), report_.Actions.size()});
+  findings_.BeginAction();
   watcher_->Enter(node.Action());
 }
 
@@ -183,6 +194,7 @@ TResultKind TRunEngine::Finish(bool returned) {
   if (!returned && execution.Counts().Errors == 0 && !StopSignal.IsRaised())
     Say({u"The action failed without a message.", TStatusTag::stError});
   const TResultKind kind = KindOf(execution, returned);
+  findings_.EndAction();
   const std::size_t place = frames_.back().Place;
   TActionResult result = execution.Finish(kind);
   frames_.pop_back();
@@ -225,7 +237,12 @@ bool TRunEngine::Report(std::u16string_view rule, std::u16string_view message) {
   if (severity == TRuleSeverity::Off) return false;
   const std::u16string text = std::u16string(message) + u" (rule " + std::u16string(rule) + u")";
   const bool isError = severity == TRuleSeverity::Error;
-  Say({isError ? text : u"Warning : " + text, isError ? TStatusTag::stError : TStatusTag::stWarning});
+  TFinding finding = FindingHere();
+  finding.Rule = rule;
+  finding.Severity = isError ? TFindingSeverity::Error : TFindingSeverity::Warning;
+  finding.Message = OneLine(message);
+  findings_.Add(std::move(finding));
+  Show({isError ? text : u"Warning : " + text, isError ? TStatusTag::stError : TStatusTag::stWarning});
   return isError;
 }
 
@@ -277,6 +294,14 @@ void TRunEngine::Say(TMessageSent message) {
     held_->push_back(std::move(message));
     return;
   }
+  if (toolsRunning_ > 0)
+    findings_.TakeToolLine(message.Text, FindingHere());
+  else
+    findings_.TakeOwn(message.Text, message.Status, FindingHere());
+  Show(std::move(message));
+}
+
+void TRunEngine::Show(TMessageSent message) {
   if (frames_.empty()) {
     TProblemTally tally;
     tally.Take(message.Status, false);
@@ -303,13 +328,27 @@ void TRunEngine::NameFailedTests(const std::u16string& xml) {
   if (!suite) return;
   frames_.back().Execution.Take(suite->Counts());
   for (const auto& test : suite->Tests)
-    if (test.Failed)
-      Say({u"Test failed : " + test.Name + (test.Message.empty() ? u"" : u" : " + test.Message),
-           TStatusTag::stError});
+    if (test.Failed) {
+      findings_.TakeFailedTest(test, FindingHere());
+      Show({u"Test failed : " + test.Name + (test.Message.empty() ? u"" : u" : " + test.Message),
+            TStatusTag::stError});
+    }
+}
+
+TFinding TRunEngine::FindingHere() const {
+  TFinding finding;
+  if (frames_.empty()) return finding;
+  const TExecution& execution = frames_.back().Execution;
+  finding.Action = NameWithPass(execution.Result().Name, execution.Result().Pass);
+  if (const auto* open = execution.OpenConfiguration()) finding.Configuration = open->Configuration;
+  return finding;
 }
 
 void TRunEngine::StartConfiguration(const TCustomKxAction& action, std::u16string_view name) {
-  if (TExecution* execution = Current(action)) execution->StartConfiguration(name);
+  TExecution* execution = Current(action);
+  if (execution == nullptr) return;
+  execution->StartConfiguration(name);
+  findings_.BeginTool();
 }
 
 void TRunEngine::EndConfiguration(const TCustomKxAction& action, TKxOutcome outcome) {

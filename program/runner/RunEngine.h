@@ -6,6 +6,7 @@
 #include "program/runner/Expressions.h"
 #include "program/runner/Project.h"
 #include "program/runner/Run.h"
+#include "program/runner/RunFindings.h"
 #include "program/runner/StopWatcher.h"
 #include "program/runner/Variables.h"
 
@@ -57,6 +58,8 @@ private:
 
   const TKxBaseIterator* InnermostLoop() const;
   std::u16string PassOf(const TKxBaseIterator& loop) const;
+  void Show(TMessageSent message); // in the log, counted
+  TFinding FindingHere() const;    // one of what is under way
   bool RunNodes(const std::vector<std::unique_ptr<TActionNode>>& nodes);
   TResultKind RunNode(const TActionNode& node);
   void Begin(const TActionNode& node);
@@ -86,6 +89,7 @@ private:
   const bool isDryRun_;
   std::vector<TFrame> frames_; // the innermost last
   TRunReport report_;
+  TRunFindings findings_;
   int toolsRunning_ = 0;
   bool hasExecuted_ = false;                      // an action that is no loop
   bool hasFailures_ = false;                      // of actions behind which the run went on

@@ -1,0 +1,73 @@
+#include "program/cli/FindingLines.h"
+
+#include "foundation/platform/Files.h"
+#include "foundation/text/Encoding.h"
+#include "foundation/text/Text.h"
+#include "program/cli/Output.h"
+#include "program/findings/SourceFiles.h"
+#include "program/report/ResultRows.h"
+
+#include <algorithm>
+#include <map>
+#include <vector>
+
+namespace kx::cli {
+
+namespace {
+
+TStatusTag StatusOf(TFindingSeverity severity) {
+  switch (severity) {
+  case TFindingSeverity::Error:
+    return TStatusTag::stError;
+  case TFindingSeverity::Warning:
+    return TStatusTag::stWarning;
+  default:
+    return TStatusTag::stNormal;
+  }
+}
+
+// The most severe ones, file by file in the order in which the files come up.
+std::vector<const TFinding*> Chosen(std::span<const TFinding> findings) {
+  std::vector<const TFinding*> chosen;
+  for (const auto& finding : findings)
+    if (finding.Severity != TFindingSeverity::Note) chosen.push_back(&finding);
+  std::ranges::stable_sort(chosen, std::ranges::greater(), &TFinding::Severity);
+  if (chosen.size() > MostFindingLines) chosen.resize(MostFindingLines);
+  std::map<std::u16string, std::size_t> files;
+  for (const auto* finding : chosen)
+    files.emplace(finding->Place.File, files.size());
+  std::ranges::stable_sort(chosen, {}, [&files](const TFinding* finding) {
+    return std::pair(files.at(finding->Place.File), finding->Place.Line);
+  });
+  return chosen;
+}
+
+} // namespace
+
+std::string FindingLine(const TFinding& finding, const TPalette& palette) {
+  const TFindingPlace& place = finding.Place;
+  std::u16string where = SeenFrom(platform::CurrentDirectory(), place.File);
+  if (place.Line > 0) where += u":" + text::FromInteger(place.Line);
+  if (place.Line > 0 && place.Column > 0) where += u":" + text::FromInteger(place.Column);
+  std::string line = NameForTerminal(where) + (where.empty() ? "" : ": ") +
+                     palette.Paint(WordOf(finding.Severity), StatusOf(finding.Severity)) +
+                     (finding.Code.empty() ? "" : " " + NameForTerminal(finding.Code)) + ": " +
+                     NameForTerminal(finding.Message);
+  if (finding.Occurrences > 1) line += palette.Dim(" (" + CountText(finding.Occurrences, "time") + ")");
+  return line + "\n";
+}
+
+std::string FindingLines(std::span<const TFinding> findings, std::int64_t more, std::string_view rest,
+                         const TPalette& palette) {
+  const auto chosen = Chosen(findings);
+  std::string lines;
+  for (const auto* finding : chosen)
+    lines += FindingLine(*finding, palette);
+  more += std::ranges::count_if(
+      findings, [](const TFinding& finding) { return finding.Severity != TFindingSeverity::Note; });
+  more -= static_cast<std::int64_t>(chosen.size());
+  if (more > 0) lines += palette.Dim("and " + std::to_string(more) + " more " + std::string(rest)) + "\n";
+  return lines;
+}
+
+} // namespace kx::cli

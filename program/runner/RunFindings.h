@@ -1,0 +1,49 @@
+// The findings of a run while it is under way.
+#pragma once
+
+#include "contract/Actions.h"
+#include "program/findings/FindingList.h"
+#include "program/findings/ToolFindings.h"
+#include "program/runner/TestSuites.h"
+
+#include <memory>
+#include <string_view>
+#include <vector>
+
+namespace kx {
+
+// `here` is a finding that knows the action and the configuration that are under way.
+class TRunFindings {
+public:
+  void BeginAction();
+  void EndAction();
+  void BeginTool() { tool_.BeginTool(); } // another output begins
+
+  void TakeToolLine(std::u16string_view line, const TFinding& here);
+  // What the action or the host says itself: warnings, and errors where neither a tool nor a test of the
+  // action has one, since they speak of the same failure then ("returned Error code : 1").
+  void TakeOwn(std::u16string_view text, TStatusTag status, TFinding here);
+  void TakeFailedTest(const TReportedTest& test, TFinding here);
+  void Add(TFinding finding);
+
+  std::vector<TFinding> Take() { return list_->Take(); }
+  std::int64_t More() const { return list_->More(); }
+
+private:
+  struct TLevel { // an action that is under way
+    std::vector<TFinding> OwnErrors = {};
+    bool HasErrors = false; // here or deeper
+  };
+
+  std::unique_ptr<TFindingList> list_ = std::make_unique<TFindingList>();
+  TToolFindings tool_{*list_};
+  std::vector<TLevel> open_; // the innermost last
+};
+
+// "   at App.Test() in C:\\App\\Test.cs:line 12": the first place that a stack trace names.
+TFindingPlace PlaceOfTrace(std::u16string_view stackTrace);
+
+// What the rules of findings mean that a run makes itself; empty for the codes of tools.
+std::u16string_view ExplainRunRule(std::u16string_view rule);
+
+} // namespace kx
