@@ -1,5 +1,6 @@
 #include "foundation/formats/RegEx.h"
 
+#include "foundation/platform/Spares.h"
 #include "foundation/text/Text.h"
 
 #define PCRE2_CODE_UNIT_WIDTH 16
@@ -35,11 +36,14 @@ using TOwned = std::unique_ptr<T, TFree>;
 
 // Compiled expressions backtrack on a stack of their own; the 32 KiB they have by default are used up by a
 // long line.
-pcre2_jit_stack_16* JitStack() {
-  static thread_local const TOwned<pcre2_jit_stack_16> stack(
-      pcre2_jit_stack_create_16(32 * 1024, 16 * 1024 * 1024, nullptr));
-  return stack.get();
+struct TJitStack {
+  TOwned<pcre2_jit_stack_16> Stack{pcre2_jit_stack_create_16(32 * 1024, 16 * 1024 * 1024, nullptr)};
+};
+platform::Spares<TJitStack>& JitStacks() {
+  static platform::Spares<TJitStack> stacks;
+  return stacks;
 }
+thread_local pcre2_jit_stack_16* jitStack = nullptr; // of the match that this thread is at
 
 std::uint32_t CompileOptions(TRegExOptions options) {
   // Lone surrogates in the text of a tool or a file are characters like any other.
@@ -78,22 +82,21 @@ bool TRegExMatch::HasItem(std::size_t index) const {
 class TRegularExpression : public IRegularExpression {
 public:
   TRegularExpression(std::u16string_view pattern, TRegExOptions options)
-      : code_(Compile(pattern, options)),
-        data_(pcre2_match_data_create_from_pattern_16(code_.get(), nullptr)),
-        context_(pcre2_match_context_create_16(nullptr)) {
+      : code_(Compile(pattern, options)), context_(pcre2_match_context_create_16(nullptr)) {
     pcre2_set_match_limit_16(context_.get(), MatchLimit);
     pcre2_set_heap_limit_16(context_.get(), HeapLimitKib);
     pcre2_jit_stack_assign_16(
-        context_.get(), [](void*) { return JitStack(); }, nullptr);
+        context_.get(), [](void*) { return jitStack; }, nullptr);
   }
 
   TRegExMatch Match(std::u16string_view input, std::size_t from) const override {
     TRegExMatch match;
-    const int count = Run(input, from);
+    const auto data = LendData();
+    const int count = Run(data->Data.get(), input, from);
     if (count == 0) return match;
-    const PCRE2_SIZE* offsets = pcre2_get_ovector_pointer_16(data_.get());
+    const PCRE2_SIZE* offsets = pcre2_get_ovector_pointer_16(data->Data.get());
     match.position_ = offsets[0];
-    match.groups_.resize(pcre2_get_ovector_count_16(data_.get()));
+    match.groups_.resize(pcre2_get_ovector_count_16(data->Data.get()));
     for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
       const PCRE2_SIZE begin = offsets[2 * i];
       const PCRE2_SIZE end = offsets[2 * i + 1];
@@ -102,29 +105,42 @@ public:
     return match;
   }
 
-  bool IsMatch(std::u16string_view input) const override { return Run(input, 0) > 0; }
+  bool IsMatch(std::u16string_view input) const override { return Run(LendData()->Data.get(), input, 0) > 0; }
 
 private:
+  // What one match writes: an expression may be used on several threads.
+  struct TData {
+    TOwned<pcre2_match_data_16> Data;
+  };
+  platform::Spares<TData>::Loan LendData() const {
+    auto data = data_.Lend();
+    if (!data->Data) data->Data.reset(pcre2_match_data_create_from_pattern_16(code_.get(), nullptr));
+    return data;
+  }
+
   // The number of groups set; 0 when nothing matched.
-  int Run(std::u16string_view input, std::size_t from) const {
+  int Run(pcre2_match_data_16* data, std::u16string_view input, std::size_t from) const {
     if (from > input.size()) return 0;
-    int result = Try(input, from, 0);
+    int result = Try(data, input, from, 0);
     // The interpreter is slower, but keeps what it may still try on the heap.
-    if (result == PCRE2_ERROR_JIT_STACKLIMIT) result = Try(input, from, PCRE2_NO_JIT);
+    if (result == PCRE2_ERROR_JIT_STACKLIMIT) result = Try(data, input, from, PCRE2_NO_JIT);
     if (result == PCRE2_ERROR_NOMATCH) return 0;
     if (result < 0) throw ERegExError(ErrorText(result));
     return result;
   }
 
-  int Try(std::u16string_view input, std::size_t from, std::uint32_t options) const {
+  int Try(pcre2_match_data_16* data, std::u16string_view input, std::size_t from,
+          std::uint32_t options) const {
+    const auto stack = JitStacks().Lend();
+    jitStack = stack->Stack.get();
     static constexpr char16_t empty = 0;
     const char16_t* begin = input.data() != nullptr ? input.data() : &empty;
     return pcre2_match_16(code_.get(), reinterpret_cast<PCRE2_SPTR16>(begin), input.size(), from, options,
-                          data_.get(), context_.get());
+                          data, context_.get());
   }
 
   TOwned<pcre2_code_16> code_;
-  TOwned<pcre2_match_data_16> data_;
+  mutable platform::Spares<TData> data_;
   TOwned<pcre2_match_context_16> context_;
 };
 

@@ -5,6 +5,8 @@
 #include "foundation/platform/TextFiles.h"
 #include "foundation/text/Encoding.h"
 
+#include <libxml/SAX2.h>
+
 #include <algorithm>
 #include <exception>
 #include <functional>
@@ -26,8 +28,10 @@ std::string_view ToView(const xmlChar* text) {
 // The tag as the parser hands it over: five pointers an attribute.
 class TStartTag : public IXmlStartTag {
 public:
-  TStartTag(const xmlChar* name, const xmlChar* uri, std::span<const xmlChar* const> attributes)
-      : name_(name), uri_(uri), attributes_(attributes) {}
+  TStartTag(const xmlChar* name, const xmlChar* uri, std::span<const xmlChar* const> attributes, int line)
+      : name_(name), uri_(uri), attributes_(attributes), line_(line) {}
+
+  int Line() const override { return line_; }
 
   std::string_view Name() const override { return ToView(name_); }
   std::string_view NamespaceUri() const override { return ToView(uri_); }
@@ -46,6 +50,7 @@ private:
   const xmlChar* name_;
   const xmlChar* uri_;
   std::span<const xmlChar* const> attributes_;
+  int line_;
 };
 
 // Everything that the parser calls back. No exception may pass through it, since it is written in C: the
@@ -112,7 +117,8 @@ void TReading::OnStart(void* parser, const xmlChar* name, const xmlChar* /*prefi
                        int /*defaultedCount*/, const xmlChar** attributes) {
   const std::span<const xmlChar* const> fields(attributes, static_cast<std::size_t>(attributeCount) *
                                                                TStartTag::FieldsOfAttribute);
-  Guard(parser, [&](IXmlEvents& events) { events.StartElement(TStartTag(name, uri, fields)); });
+  const int line = xmlSAX2GetLineNumber(parser);
+  Guard(parser, [&](IXmlEvents& events) { events.StartElement(TStartTag(name, uri, fields, line)); });
 }
 
 void TReading::OnEnd(void* parser, const xmlChar* /*name*/, const xmlChar* /*prefix*/,

@@ -15,6 +15,7 @@ public:
   virtual std::string_view Name() const = 0; // without a prefix
   virtual std::string_view NamespaceUri() const = 0;
   virtual std::optional<std::u16string> GetAttribute(std::string_view name) const = 0; // without a namespace
+  virtual int Line() const = 0; // where the tag ends, from 1
 };
 
 // Receives the document in its order. What it raises ends the reading and passes through TXmlStream::Load.

@@ -75,18 +75,19 @@ bool IsUtf8File(const std::u16string& fileName) {
 } // namespace
 
 TSolutionLines::TSolutionLines(std::u16string_view fileName, const TKxEvent* stop)
-    : fileName_(fileName), stop_(stop), file_(Open(fileName)), buffer_(std::exchange(SpareBuffer(), {})) {
+    : fileName_(fileName), stop_(stop), file_(Open(fileName)), lent_(SpareBuffers().Lend()),
+      buffer_(std::exchange(*lent_, {})) {
   MakeRoom(BufferSize);
 }
 
 TSolutionLines::~TSolutionLines() {
-  if (buffer_.Capacity <= LargestSpare) SpareBuffer() = std::move(buffer_);
+  if (buffer_.Capacity <= LargestSpare) *lent_ = std::move(buffer_);
 }
 
 // Thousands of small solutions are read with one buffer.
-TSolutionLines::TBuffer& TSolutionLines::SpareBuffer() {
-  static thread_local TBuffer spare;
-  return spare;
+platform::Spares<TSolutionLines::TBuffer>& TSolutionLines::SpareBuffers() {
+  static platform::Spares<TBuffer> spares;
+  return spares;
 }
 
 int TSolutionLines::LineNumber() const {

@@ -3,6 +3,7 @@
 
 #include "contract/Process.h"
 #include "foundation/platform/Files.h"
+#include "foundation/platform/Spares.h"
 #include "foundation/text/Encoding.h"
 
 #include <cstdint>
@@ -44,7 +45,7 @@ private:
     std::unique_ptr<char[]> Bytes;
     std::size_t Capacity = 0;
   };
-  static TBuffer& SpareBuffer();
+  static platform::Spares<TBuffer>& SpareBuffers();
 
   bool Step();
   void PassLinesInBuffer(char first);
@@ -66,6 +67,7 @@ private:
   text::ByteOrderMark mark_ = text::ByteOrderMark::None;
   std::string utf16_; // read and not yet converted
 
+  platform::Spares<TBuffer>::Loan lent_; // keeps its room while nothing is read
   TBuffer buffer_;
   std::size_t first_ = 0;    // of the file in the buffer, behind the byte-order mark
   std::size_t begin_ = 0;    // of the next line

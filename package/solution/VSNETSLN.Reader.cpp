@@ -1,5 +1,6 @@
 #include "contract/Process.h"
 #include "foundation/platform/Files.h"
+#include "foundation/platform/Spares.h"
 #include "foundation/text/Encoding.h"
 #include "foundation/text/Exceptions.h"
 #include "foundation/text/Text.h"
@@ -20,9 +21,9 @@ namespace {
 using slnsyntax::Trim;
 
 // Solutions of one run mostly lie in the same folders.
-platform::FileLookup& ThreadsLookup() {
-  static thread_local platform::FileLookup lookup;
-  return lookup;
+platform::Spares<platform::FileLookup>& Lookups() {
+  static platform::Spares<platform::FileLookup> lookups;
+  return lookups;
 }
 
 std::u16string FullPath(std::u16string_view fileName) {
@@ -38,9 +39,9 @@ public:
 
   TSolutionReader(std::u16string_view fileName, bool includeProjectsNotFound, const TKxEvent* stop)
       : fileName_(fileName), paths_(text::ExtractFileDir(FullPath(fileName))),
-        includeNotFound_(includeProjectsNotFound), stop_(stop), files_(ThreadsLookup()),
+        includeNotFound_(includeProjectsNotFound), stop_(stop), files_(Lookups().Lend()),
         lines_(fileName, stop), projects_(std::make_shared<TVSDotNetProjects>(stop)) {
-    files_.Refresh();
+    files_->Refresh();
   }
 
   std::shared_ptr<IVSDotNetSolution> Run(TCircles circles) {
@@ -120,11 +121,11 @@ private:
     if (!declared || items_.Split(Trim(declared->Value)) < 3) Fail(u"Error parsing project string");
     current_ = nullptr;
     const std::u16string_view path = paths_.Expand(items_[1]);
-    const bool onDisk = IsWebProject() || files_.FileExists(path);
+    const bool onDisk = IsWebProject() || files_->FileExists(path);
     RaiseIfStopped(stop_); // a project may be anywhere, on a slow network too
     auto project = std::make_shared<TVSDotNetProject>(
         text::FromUtf8(items_[0]), text::FromUtf8(items_[1]), text::FromUtf8(items_[2]),
-        std::u16string(cut_.Identifier()), onDisk ? ScanForResources(path, files_) : TProjectResources());
+        std::u16string(cut_.Identifier()), onDisk ? ScanForResources(path, *files_) : TProjectResources());
     if (!onDisk) notFound_.push_back(project);
     if (!onDisk && !includeNotFound_) return;
     current_ = std::move(project);
@@ -229,7 +230,7 @@ private:
   TProjectPaths paths_;
   bool includeNotFound_;
   const TKxEvent* stop_;
-  platform::FileLookup& files_;
+  platform::Spares<platform::FileLookup>::Loan files_;
   TSolutionLines lines_;
 
   std::shared_ptr<TVSDotNetProjects> projects_;

@@ -3,6 +3,7 @@
 #include "foundation/platform/Files.h"
 #include "foundation/text/Exceptions.h"
 #include "foundation/text/WindowsPath.h"
+#include "program/check/ProjectRules.h"
 #include "program/check/SolutionRules.h"
 
 #include <algorithm>
@@ -11,13 +12,16 @@ namespace kx::check {
 
 namespace {
 
-constexpr std::array<std::u16string_view, 1> CheckedExtensions{u".sln"};
+// In the order of checking: projects that no solution has named come last.
+constexpr std::array<std::u16string_view, 7> CheckedExtensions{
+    u".sln", u".csproj", u".vbproj", u".vjsproj", u".fsproj", u".vcproj", u".vcxproj"};
 
-bool IsChecked(std::u16string_view name) {
+std::size_t PlaceOfKind(std::u16string_view name) {
   const std::u16string extension = text::ExtractFileExt(name);
-  return std::ranges::any_of(CheckedExtensions, [&extension](std::u16string_view checked) {
+  const auto* found = std::ranges::find_if(CheckedExtensions, [&extension](std::u16string_view checked) {
     return text::EqualsIgnoreCase(checked, extension);
   });
+  return static_cast<std::size_t>(found - CheckedExtensions.begin());
 }
 
 // Links may lead in circles, so there is an end to the depth.
@@ -28,7 +32,7 @@ void CollectFiles(const std::u16string& folder, int depth, std::vector<std::u16s
   for (const auto& entry : *entries) {
     const std::u16string path = text::JoinPath(folder, entry.Name);
     if (entry.IsDirectory && !entry.Name.starts_with(u'.')) CollectFiles(path, depth + 1, files);
-    if (!entry.IsDirectory && IsChecked(entry.Name)) files.push_back(path);
+    if (!entry.IsDirectory && PlaceOfKind(entry.Name) < CheckedExtensions.size()) files.push_back(path);
   }
 }
 
@@ -53,15 +57,37 @@ std::vector<std::u16string> FilesToCheck(const std::u16string& path) {
   if (!platform::DirectoryExists(full)) throw EKxException(u"There is no file or folder " + path + u".");
   std::vector<std::u16string> files;
   CollectFiles(full, 0, files);
+  std::ranges::stable_sort(files, {}, PlaceOfKind);
   return files;
 }
 
 void TChecker::CheckSolution(const std::u16string& file) {
+  ++solutions_;
   const TSolutionFacts facts = ReadSolutionFacts(file);
-  TCheckedSolution solution{.Facts = facts, .Files = {}};
-  for (const TSolutionProject& project : facts.Projects)
-    solution.Files.push_back(project.IsFile() ? &disk_.Find(facts.Folder, project.Path) : nullptr);
+  TCheckedSolution solution{.Facts = facts, .Files = {}, .Projects = {}};
+  for (const TSolutionProject& project : facts.Projects) {
+    const TNamedFile* named = project.IsFile() ? &disk_.Find(facts.Folder, project.Path) : nullptr;
+    const bool isThere = named != nullptr && named->Exists && !named->IsFolder;
+    solution.Files.push_back(named);
+    solution.Projects.push_back(isThere ? KnowProject(text::ExpandPath(project.Path, facts.Folder))
+                                        : nullptr);
+  }
   ApplyRules(levels_, file, solution, findings_);
+}
+
+void TChecker::CheckProject(const std::u16string& file) {
+  static_cast<void>(KnowProject(file));
+}
+
+std::shared_ptr<const TKnownProject> TChecker::KnowProject(const std::u16string& file) {
+  const auto [known, isNew] = projects_.try_emplace(file);
+  if (!isNew) return known->second;
+  auto project = std::make_shared<TKnownProject>();
+  project->Facts = ReadProjectFacts(file);
+  project->Versions = ReadVersionFacts(project->Facts, disk_);
+  known->second = project;
+  ApplyRules(levels_, file, TCheckedProject{project->Facts, project->Versions, disk_}, findings_);
+  return project;
 }
 
 std::vector<TFinding> TChecker::TakeFindings() {

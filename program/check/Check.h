@@ -4,26 +4,34 @@
 #include "program/check/CheckRule.h"
 #include "program/check/DiskNames.h"
 
-#include <set>
+#include <memory>
 
 namespace kx::check {
 
-// The files below a folder that check takes by themselves (solutions), with full paths, in
-// the order of their names. Hidden folders are passed over. A file is itself. Raises EKxException when there
-// is nothing of that name.
+// The files below a folder that check takes by themselves, with full paths: solutions, then projects. Hidden
+// folders are passed over. A file is itself. Raises EKxException when there is nothing of that name.
 std::vector<std::u16string> FilesToCheck(const std::u16string& path);
+
+struct TKnownProject;
 
 class TChecker {
 public:
   explicit TChecker(TCheckLevels levels) : levels_(std::move(levels)) {}
 
-  void CheckSolution(const std::u16string& file); // a full path
+  // Full paths. With a solution its projects are checked, each project once however many name it.
+  void CheckSolution(const std::u16string& file);
+  void CheckProject(const std::u16string& file);
+  std::size_t FileCount() const { return solutions_ + projects_.size(); } // that were looked at
   // By file in the order of checking, in each by line.
   std::vector<TFinding> TakeFindings();
 
 private:
+  std::shared_ptr<const TKnownProject> KnowProject(const std::u16string& file);
+
   TCheckLevels levels_;
   TDiskNames disk_;
+  std::size_t solutions_ = 0;
+  std::map<std::u16string, std::shared_ptr<const TKnownProject>, text::IgnoreCaseLess> projects_;
   std::vector<TFinding> findings_;
 };
 

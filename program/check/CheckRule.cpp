@@ -18,6 +18,7 @@ TCheckLevel ParseLevel(std::u16string_view rule, std::u16string_view text) {
       Levels, [text](TCheckLevel level) { return text::EqualsIgnoreCase(LevelName(level), text); });
   if (found != Levels.end()) return *found;
   std::vector<std::u16string> words;
+  words.reserve(Levels.size());
   for (const TCheckLevel level : Levels)
     words.emplace_back(LevelName(level));
   throw EKxException(u"The rule " + Quoted(rule) + u" takes error, warning, note or off, not " +
@@ -40,6 +41,7 @@ std::u16string_view LevelName(TCheckLevel level) {
 
 const TCheckRule& RequireCheckRule(std::u16string_view name) {
   std::vector<std::u16string> names;
+  names.reserve(CheckRules().size());
   for (const TCheckRule& rule : CheckRules()) {
     if (text::EqualsIgnoreCase(rule.Name, name)) return rule;
     names.emplace_back(rule.Name);
@@ -62,17 +64,19 @@ TCheckLevel TCheckLevels::Of(const TCheckRule& rule) const {
 }
 
 void TRuleReport::Say(int line, std::u16string message, TFindingDetails details) {
-  findings_.push_back({.Rule = std::u16string(rule_.Name),
-                       .Severity = severity_,
-                       .Message = std::move(message),
-                       .Place = {.File = file_, .Line = line},
-                       .Project = std::move(details.Project),
-                       .Advice = std::u16string(rule_.Advice),
-                       .Steps = std::move(details.Steps)});
+  findings_.push_back(
+      {.Rule = std::u16string(rule_.Name),
+       .Severity = severity_,
+       .Message = std::move(message),
+       .Place = {.File = details.File.empty() ? file_ : std::move(details.File), .Line = line},
+       .Project = std::move(details.Project),
+       .Advice = std::u16string(rule_.Advice),
+       .Steps = std::move(details.Steps)});
 }
 
-TFindingStep TRuleReport::Step(int line, std::u16string message) const {
-  return {.Place = {.File = file_, .Line = line}, .Message = std::move(message)};
+TFindingStep TRuleReport::Step(int line, std::u16string message, std::u16string file) const {
+  return {.Place = {.File = file.empty() ? file_ : std::move(file), .Line = line},
+          .Message = std::move(message)};
 }
 
 } // namespace kx::check

@@ -16,11 +16,13 @@
 namespace kx::check {
 
 struct TCheckedSolution;
+struct TCheckedProject;
 class TRuleReport;
 
 // What a rule looks at says which files it is for.
 using TSolutionLook = void (*)(const TCheckedSolution& solution, TRuleReport& report);
-using TCheckLook = std::variant<TSolutionLook>;
+using TProjectLook = void (*)(const TCheckedProject& project, TRuleReport& report);
+using TCheckLook = std::variant<TSolutionLook, TProjectLook>;
 
 // Nothing: the rule is off.
 using TCheckLevel = std::optional<TFindingSeverity>;
@@ -54,6 +56,7 @@ private:
 struct TFindingDetails {
   std::u16string Project = {};
   std::vector<TFindingStep> Steps = {};
+  std::u16string File = {}; // where it is another than the one that is looked at
 };
 
 // What one rule finds in one file.
@@ -64,7 +67,8 @@ public:
       : rule_(rule), severity_(severity), file_(std::move(file)), findings_(findings) {}
 
   void Say(int line, std::u16string message, TFindingDetails details = {});
-  TFindingStep Step(int line, std::u16string message) const; // of the same file
+  // Of the same file unless it says otherwise.
+  TFindingStep Step(int line, std::u16string message, std::u16string file = {}) const;
 
 private:
   const TCheckRule& rule_;

@@ -1,5 +1,6 @@
 // The table: a new rule is a row here and the function that looks.
 #include "program/check/CheckRule.h"
+#include "program/check/ProjectRules.h"
 #include "program/check/SolutionRules.h"
 
 #include <array>
@@ -11,8 +12,9 @@ namespace {
 constexpr TCheckLevel Error = TFindingSeverity::Error;
 constexpr TCheckLevel Warning = TFindingSeverity::Warning;
 constexpr TCheckLevel Note = TFindingSeverity::Note;
+constexpr TCheckLevel Off = std::nullopt;
 
-constexpr std::array SolutionRules{
+constexpr std::array Rules{
     TCheckRule{u"solution-unreadable", Error, u"A file that is no solution, or one that no tool can read",
                u"Nothing of it can be built.",
                u"Restore the file from version control, or let Visual Studio save it anew.",
@@ -127,12 +129,92 @@ constexpr std::array SolutionRules{
                u"meant so.",
                u"\t\t{A}.Debug|Win32.ActiveCfg = Debug|Win32\n\t\t(no line {A}.Debug|Win32.Build.0)",
                FindNeverBuilt},
+    TCheckRule{u"configuration-unknown", Warning, u"Configurations that the project does not have",
+               u"Visual Studio leaves the project out; MSBuild builds it with settings that nobody has made, "
+               u"or fails for want of an output path.",
+               u"Open the configuration manager of Visual Studio and choose one that the project has.",
+               u"\t\t{A}.Debug|Win32.ActiveCfg = Debug|Win32\n\t\t(the project knows Debug|x64 alone)",
+               FindUnknownMappings},
+    TCheckRule{u"reference-outside", Note, u"References to projects that are not in the solution",
+               u"MSBuild builds them as well, in a configuration that the solution does not choose; Visual "
+               u"Studio takes the output that happens to be there.",
+               u"Add the project to the solution, or reference its assembly.",
+               u"<ProjectReference Include=\"..\\Lib\\Lib.csproj\">", FindReferencesOutside},
+    TCheckRule{
+        u"reference-order", Off, u"References to projects that are built later",
+        u"Only dependencies that the solution states order its projects here. MSBuild and Visual Studio "
+        u"follow references by themselves; what builds or stamps one project after the other does not.",
+        u"State the dependency in the solution (Project Dependencies in Visual Studio).",
+        u"<ProjectReference Include=\"..\\Lib\\Lib.csproj\">", FindReferencesNotOrdered},
+    TCheckRule{u"framework-new", Warning,
+               u"Projects for a newer .NET than the solution's Visual Studio knows",
+               u"The MSBuild that belongs to the solution's format refuses the framework, or builds for "
+               u"another one.",
+               u"Convert the solution, or let the project target an older framework.",
+               u"<TargetFrameworkVersion>v4.0</TargetFrameworkVersion>", FindNewFrameworks},
+    TCheckRule{
+        u"versions-differ", Note, u"Native and managed versions of one solution that have nothing in common",
+        u"What is delivered together bears different versions: resource scripts and AssemblyInfo files "
+        u"are stamped by different steps, and one was forgotten.",
+        u"Stamp both in the build, from one property set or variable.",
+        u" FILEVERSION 1,2,0,0\n[assembly: AssemblyVersion(\"1.1.0.0\")]", FindDifferentVersions},
+    TCheckRule{u"project-unreadable", Error, u"Project files that are no well-formed XML",
+               u"No tool can build the project.", u"Mend the file in the line that is named.",
+               u"<Project><ItemGroup></Project>", FindUnreadableProject},
+    TCheckRule{u"source-missing", Error, u"Sources that the project lists and that are not there",
+               u"The compiler stops at them.",
+               u"Add the file to version control, or take it out of the project.",
+               u"<Compile Include=\"Gone.cs\" />", FindMissingSources},
+    TCheckRule{u"source-case", Warning, u"Sources that differ in letter case from the disk",
+               u"Windows finds the file all the same; tools on other systems do not.",
+               u"Write the path as the disk has it.", u"<Compile Include=\"PROGRAM.CS\" />",
+               FindSourcesSpelledOtherwise},
+    TCheckRule{u"source-twice", Warning, u"Sources that the project lists twice",
+               u"The compiler warns, or takes the second one for another file of the same name.",
+               u"Take one of them out.", u"<Compile Include=\"A.cs\" />\n<Compile Include=\".\\A.cs\" />",
+               FindSourcesListedTwice},
+    TCheckRule{u"hint-missing", Note, u"Referenced assemblies that are not where the project says",
+               u"The compiler looks for an assembly of that name elsewhere, and takes what it finds.",
+               u"Add the assembly to version control, restore the packages first, or mend the path.",
+               u"<HintPath>..\\lib\\Parser.dll</HintPath>", FindMissingHints},
+    TCheckRule{u"assembly-info-missing", Note, u"Managed projects without an AssemblyInfo file",
+               u"Their assemblies have the version 0.0.0.0, and stamping passes them over.",
+               u"Add Properties\\AssemblyInfo.cs to the project.", u"(no item AssemblyInfo.cs)",
+               FindNoAssemblyInfo},
+    TCheckRule{
+        u"assembly-info-several", Note, u"Projects that compile several AssemblyInfo files",
+        u"Stamping takes the first one; what the others state stays as it is.",
+        u"Keep one, and share the rest under another name.",
+        u"<Compile Include=\"AssemblyInfo.cs\" />\n<Compile Include=\"Properties\\AssemblyInfo.cs\" />",
+        FindSeveralAssemblyInfos},
+    TCheckRule{u"attribute-twice", Error, u"Attributes of an assembly that are stated twice",
+               u"The compiler refuses the second one.", u"Take one of them out.",
+               u"[assembly: AssemblyVersion(\"1.0.0.0\")]\n[assembly: AssemblyVersion(\"1.1.0.0\")]",
+               FindAttributesTwice},
+    TCheckRule{u"version-impossible", Error, u"Versions beyond what their form can hold",
+               u"A part has 16 bits: the compiler refuses a larger one, or cuts it off.",
+               u"Choose smaller numbers.", u"[assembly: AssemblyVersion(\"1.0.70000.0\")]",
+               FindImpossibleVersions},
+    TCheckRule{u"script-refused", Warning, u"Resource scripts whose version block cannot be read",
+               u"They cannot be stamped: the build ends with an error when it tries.",
+               u"Write the block as resource editors do, one statement a line, BEGIN and END on lines of "
+               u"their own.",
+               u"VALUE \"FileVersion\",\n      \"1.0\"", FindRefusedScripts},
+    TCheckRule{u"script-unseen", Warning, u"Version resources that Windows does not see",
+               u"Where no header defines VS_VERSION_INFO, the resource gets that word for a name instead of "
+               u"the number 1, under which Windows looks for versions.",
+               u"Include winver.h before the block.", u"(no #include)\nVS_VERSION_INFO VERSIONINFO",
+               FindUnseenScripts},
+    TCheckRule{u"script-loss", Note, u"What stamping would change in a resource script without being asked",
+               u"Stamping writes the version block anew, and not all that may stand in one can be kept.",
+               u"Let it be where it does not matter; else set the version by other means.",
+               u"#ifdef _DEBUG\n FILEFLAGS VS_FF_DEBUG\n#endif", FindLossesOfScripts},
 };
 
 } // namespace
 
 std::span<const TCheckRule> CheckRules() {
-  return SolutionRules;
+  return Rules;
 }
 
 } // namespace kx::check

@@ -3,9 +3,8 @@
 #include "foundation/text/Text.h"
 #include "foundation/text/WindowsPath.h"
 #include "package/solution/VSDotNetVersions.h"
-#include "package/solution/VSNETSLN.Model.h"
 #include "package/solution/VSNETSLN.Order.h"
-#include "program/runner/Messages.h"
+#include "program/check/SolutionModel.h"
 
 #include <algorithm>
 #include <set>
@@ -18,16 +17,6 @@ using TNames = std::set<std::u16string, text::IgnoreCaseLess>;
 
 std::u16string LineWord(int line) {
   return u"line " + text::FromInteger(line);
-}
-
-// "a, b and 3 more"
-std::u16string Shortlist(const std::vector<std::u16string>& names) {
-  constexpr std::size_t most = 5;
-  const std::size_t shown = names.size() <= most + 1 ? names.size() : most;
-  std::u16string list = text::Join(std::span(names).first(shown), u", ");
-  if (shown < names.size())
-    list += u" and " + text::FromInteger(static_cast<std::int64_t>(names.size() - shown)) + u" more";
-  return list;
 }
 
 // The first project of each key, and a finding for each later one.
@@ -45,22 +34,6 @@ void FindShared(const TSolutionFacts& facts, TRuleReport& report, const std::u16
                      LineWord(known->second->Line) + u")",
                  {.Project = project.Name, .Steps = {report.Step(known->second->Line, u"the first one")}});
   }
-}
-
-// The projects as the package orders them, without their files.
-std::vector<std::shared_ptr<IVSDotNetProject>> ModelOf(const TSolutionFacts& facts, bool withOldNeeds) {
-  std::vector<std::shared_ptr<IVSDotNetProject>> projects;
-  for (const TSolutionProject& project : facts.Projects) {
-    auto model = std::make_shared<TVSDotNetProject>(project.Name, project.Path, project.Id, project.TypeId,
-                                                    TProjectResources());
-    for (const TLineText& need : project.Needs)
-      model->GetDependancies()->Add(need.Text, need.Line);
-    for (const TOldNeed& need : facts.OldNeeds)
-      if (withOldNeeds && text::EqualsIgnoreCase(need.Owner, project.Id))
-        model->GetDependancies()->Add(need.Needed, need.Line);
-    projects.push_back(std::move(model));
-  }
-  return projects;
 }
 
 int LineOfNeed(const IVSDotNetProject& project, const IVSDotNetProject& needed) {

@@ -3,13 +3,23 @@
 
 #include "program/check/CheckRule.h"
 #include "program/check/DiskNames.h"
+#include "program/check/ProjectFacts.h"
 #include "program/check/SolutionFacts.h"
+#include "program/check/VersionFacts.h"
+
+#include <memory>
 
 namespace kx::check {
+
+struct TKnownProject {
+  TProjectFacts Facts;
+  TVersionFacts Versions;
+};
 
 struct TCheckedSolution {
   const TSolutionFacts& Facts;
   std::vector<const TNamedFile*> Files; // of its projects, in their order; null for what has no file
+  std::vector<std::shared_ptr<const TKnownProject>> Projects; // the same; null where there is nothing to read
 };
 
 void FindUnreadableSolution(const TCheckedSolution& solution, TRuleReport& report);
@@ -36,5 +46,12 @@ void FindStrangeProjects(const TCheckedSolution& solution, TRuleReport& report);
 void FindUnmapped(const TCheckedSolution& solution, TRuleReport& report);
 void FindHalfMapped(const TCheckedSolution& solution, TRuleReport& report);
 void FindNeverBuilt(const TCheckedSolution& solution, TRuleReport& report);
+void FindUnknownMappings(const TCheckedSolution& solution, TRuleReport& report);
+
+// Between its projects.
+void FindReferencesOutside(const TCheckedSolution& solution, TRuleReport& report);
+void FindReferencesNotOrdered(const TCheckedSolution& solution, TRuleReport& report);
+void FindNewFrameworks(const TCheckedSolution& solution, TRuleReport& report);
+void FindDifferentVersions(const TCheckedSolution& solution, TRuleReport& report);
 
 } // namespace kx::check

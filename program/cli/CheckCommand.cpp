@@ -49,9 +49,10 @@ std::vector<std::u16string> FilesOf(const TCheckArguments& arguments) {
 }
 
 void CheckFile(const std::u16string& file, check::TChecker& checker) {
-  if (ExtensionOfKind(file) != u".sln")
-    throw EUsage(u"check takes solutions and folders with them. " + DescribeFileKind(file));
-  checker.CheckSolution(file);
+  const std::u16string_view kind = ExtensionOfKind(file);
+  if (kind == u".sln") return checker.CheckSolution(file);
+  if (kind == u"proj") return checker.CheckProject(file);
+  throw EUsage(u"check takes solutions, projects and folders with them. " + DescribeFileKind(file));
 }
 
 int Check(const TCheckArguments& arguments, const TCommonOptions& common) {
@@ -62,9 +63,9 @@ int Check(const TCheckArguments& arguments, const TCommonOptions& common) {
     CheckFile(file, checker);
   const auto findings = checker.TakeFindings();
   if (arguments.Json) {
-    WriteFindingsJson(findings, files.size());
+    WriteFindingsJson(findings, checker.FileCount());
   } else {
-    ShowFindings(findings, files.size(), common);
+    ShowFindings(findings, checker.FileCount(), common);
   }
   return std::ranges::find(findings, TFindingSeverity::Error, &TFinding::Severity) == findings.end()
              ? ExitSuccess
@@ -75,7 +76,7 @@ int Check(const TCheckArguments& arguments, const TCommonOptions& common) {
 
 void DefineCheck(CLI::App& command, const TCommonOptions& common, int& exitCode) {
   const auto arguments = std::make_shared<TCheckArguments>();
-  command.add_option("PATH", arguments->Paths, "Solutions, and folders with them")->required();
+  command.add_option("PATH", arguments->Paths, "Solutions, projects, and folders with them")->required();
   command.add_flag("--json", arguments->Json, "Write one object of JSON");
   command
       .add_option("--rule", arguments->Rules,

@@ -69,7 +69,7 @@ inline constexpr std::array<TCommand, 10> Commands{{
      "graph App.sln | dot -Tpng -o App.png\n"
      "graph App.sln --format mermaid --around Lib\n",
      CodesOfLooks},
-    {"check", "Look for what is wrong in solutions", DefineCheck,
+    {"check", "Look for what is wrong in solutions and projects", DefineCheck,
      "check App.sln\n"
      "check . --json\n"
      "check App.sln --rule path-case=error --rule solution-format=off\n",

@@ -125,6 +125,102 @@ TEST(Check, FindsWhatIsWrongWithASolutionInItsLine) {
   }
 }
 
+TEST(Check, FindsWhatIsWrongWithAProjectInItsLine) {
+  const std::string debug =
+      "<PropertyGroup Condition=\" '$(Configuration)|$(Platform)' == 'Debug|AnyCPU' \"/>\n";
+  const std::string info = "<Compile Include=\"AssemblyInfo.cs\"/>\n";
+  const std::string native =
+      "<VisualStudioProject ProjectType=\"Visual C++\"><Configurations>\n<Configuration "
+      "Name=\"Debug|Win32\"/></Configurations><Files>\n";
+  const auto managed = [&](const std::string& items) {
+    return "<Project>" + debug + "<ItemGroup>\n" + info + items + "</ItemGroup></Project>";
+  };
+  struct TProjectCase {
+    std::string_view Name, File;
+    std::string Text;
+    std::vector<std::string> Found;
+  };
+  const TProjectCase rows[]{
+      {"a healthy one", "A.csproj", managed("<Compile Include=\"b.cs;*.gen.cs;$(X).cs\"/>"), {}},
+      {"broken XML", "A.csproj", "<Project>\n<a></Project>", {"2 project-unreadable"}},
+      {"a setup project is none", "A.vdproj", "\"DeployProject\"", {}},
+      {"missing and twice, unless a condition chooses",
+       "A.csproj",
+       managed("<Compile Include=\"Gone.cs\"/>\n<Compile Include=\".\\b.cs\"/>\n<Compile Include=\"b.cs\"/>\n"
+               "<Compile Include=\"b.cs\" Condition=\"'$(X)' == '1'\"/>\n<Compile Include=\"B.cs\"/>"),
+       {"4 source-missing", "6 source-twice 5", "8 source-case", "8 source-twice 5"}},
+      {"most are missing",
+       "A.csproj",
+       managed("<Compile Include=\"x.cs\"/>\n<Compile Include=\"y.cs\"/>\n<EmbeddedResource "
+               "Include=\"z.resx\"/>"),
+       {"4 source-missing 4 5 6"}},
+      {"a hint",
+       "A.csproj",
+       managed("<Reference Include=\"L\">\n<HintPath>..\\L.dll</HintPath></Reference>"),
+       {"5 hint-missing"}},
+      {"no AssemblyInfo, of the oldest form",
+       "A.csproj",
+       "<VisualStudioProject><CSHARP><Files><Include>\n<File RelPath=\"b.cs\" "
+       "BuildAction=\"Compile\"/></Include>"
+       "</Files></CSHARP></VisualStudioProject>",
+       {"0 assembly-info-missing"}},
+      {"two with the same attribute, and one that no compiler takes",
+       "A.csproj",
+       managed("<Compile Include=\"more\\AssemblyInfo.cs\"/>"),
+       {"0 assembly-info-several 0 0", "2 attribute-twice 1", "3 version-impossible"}},
+      {"sources left out of a C++ project, headers",
+       "A.vcproj",
+       native + "<File RelativePath=\"x.cpp\"><FileConfiguration ExcludedFromBuild=\"true\"/></File><File "
+                "RelativePath=\"x.h\"/>\n<File RelativePath=\"y.cpp\"/></Files></VisualStudioProject>",
+       {"4 source-missing"}},
+      {"scripts",
+       "A.vcproj",
+       native + "<File RelativePath=\"a.rc\"/><File RelativePath=\"b.rc\"/><File RelativePath=\"c.rc\"/>"
+                "</Files></VisualStudioProject>",
+       {"2 version-impossible", "6 script-refused", "1 script-unseen"}},
+  };
+  tests::TTemporaryFolder folder;
+  folder.Write("b.cs");
+  folder.Write("AssemblyInfo.cs", "[assembly: AssemblyVersion(\"1.0.*\")]\n");
+  folder.Write("more/AssemblyInfo.cs",
+               "using System.Reflection;\n[assembly: AssemblyVersionAttribute(\"1.2\")]\n"
+               "[assembly: AssemblyFileVersion(\"1.70000\")]\n");
+  const auto script = [](const std::string& version, const std::string& end) {
+    return "VS_VERSION_INFO VERSIONINFO\n FILEVERSION " + version + "\n FILEOS 0x40004L\nBEGIN\n" + end;
+  };
+  folder.Write("a.rc", script("1,0,0,0", "END\n"));
+  folder.Write("b.rc", "#include <winver.h>\n" + script("1,0,70000,0", "END\n"));
+  folder.Write("c.rc", "#include \"gone.h\"\n" + script("1,0,0,0", "BEGIN\n"));
+  for (const TProjectCase& row : rows) {
+    SCOPED_TRACE(row.Name);
+    TCheckLevels levels;
+    levels.Set(u"script-loss=off");
+    TChecker checker(levels);
+    checker.CheckProject(folder.Write(row.File, row.Text));
+    EXPECT_EQ(Found(checker), row.Found);
+  }
+}
+
+TEST(Check, FindsWhatDoesNotFitBetweenASolutionAndItsProjects) {
+  tests::TTemporaryFolder folder;
+  const auto project = [](const std::string& items) {
+    return "<Project>\n<PropertyGroup><TargetFrameworkVersion>v4.0</TargetFrameworkVersion></PropertyGroup>\n"
+           "<PropertyGroup Condition=\"'$(Configuration)|$(Platform)'=='Debug|AnyCPU'\"/><ItemGroup>\n" +
+           items + "</ItemGroup></Project>";
+  };
+  folder.Write("A.csproj", project("<ProjectReference Include=\"B.csproj\"/>\n<ProjectReference "
+                                   "Include=\"..\\X.csproj\"><Project>{x}</Project></ProjectReference>"));
+  folder.Write("B.csproj", "<Project><Import Project=\"own.targets\"/></Project>");
+  TCheckLevels levels;
+  levels.Set(u"reference-order=note");
+  TChecker checker(levels);
+  checker.CheckSolution(
+      folder.Write("App.sln", "Microsoft Visual Studio Solution File, Format Version 10.00\n" +
+                                  Projects({"A", "B"}) + Global({"D"}, {"A.D!", "B.D!"})));
+  EXPECT_EQ(Found(checker), (std::vector<std::string>{"2 reference-order 4", "11 configuration-unknown",
+                                                      "2 framework-new", "5 reference-outside"}));
+}
+
 TEST(Check, SaysWhatTheUserHasMadeOfItsRules) {
   tests::TTemporaryFolder folder;
   const auto file = folder.Write("App.sln", "x");

@@ -181,12 +181,12 @@ Circle, passed over by the order: A needs B, B needs C, C needs A
         said = self.host("check", ".", code=1)
         self.assertIn(f"{place}:4: error: Projects need each other: A needs B (line 4), B needs A (line 9) [solution-cycle]\n"
                       f"    {place}:4: A needs B\n    {place}:9: B needs A\n", said)
-        self.assertTrue(said.endswith("\n2 errors, 0 warnings, 0 notes in 1 file.\n"), said)
+        self.assertTrue(said.endswith("\n2 errors, 0 warnings, 0 notes in 2 files.\n"), said)
         levels = "--rule", "project-missing=off", "--rule"
         found = json.loads(self.host("check", "a b", "--json", *levels, "solution-cycle=note"))
         self.assertEqual([(each["rule"], each["severity"], each["line"], len(each["steps"])) for each in found["findings"]],
                          [("solution-cycle", "note", 4, 2)])
-        self.assertEqual(self.host("check", "a b", *levels, "solution-cycle=off"), "No problems found in 1 file.\n")
+        self.assertEqual(self.host("check", "a b", *levels, "solution-cycle=off"), "No problems found in 2 files.\n")
         marked = self.host("check", ".", "--ci", "github", code=1)
         self.assertRegex(marked, r"\n::error file=.*App.sln,line=4,title=solution-cycle::Projects need")
         self.check_table([("check . --rule path-cas=off", 'There is no rule "path-cas". Did you mean "path-case"?'),

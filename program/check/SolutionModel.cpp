@@ -1,0 +1,32 @@
+#include "program/check/SolutionModel.h"
+
+#include "foundation/text/Text.h"
+#include "package/solution/VSNETSLN.Model.h"
+
+namespace kx::check {
+
+std::vector<std::shared_ptr<IVSDotNetProject>> ModelOf(const TSolutionFacts& facts, bool withOldNeeds) {
+  std::vector<std::shared_ptr<IVSDotNetProject>> projects;
+  for (const TSolutionProject& project : facts.Projects) {
+    auto model = std::make_shared<TVSDotNetProject>(project.Name, project.Path, project.Id, project.TypeId,
+                                                    TProjectResources());
+    for (const TLineText& need : project.Needs)
+      model->GetDependancies()->Add(need.Text, need.Line);
+    for (const TOldNeed& need : facts.OldNeeds)
+      if (withOldNeeds && text::EqualsIgnoreCase(need.Owner, project.Id))
+        model->GetDependancies()->Add(need.Needed, need.Line);
+    projects.push_back(std::move(model));
+  }
+  return projects;
+}
+
+std::u16string Shortlist(const std::vector<std::u16string>& names) {
+  constexpr std::size_t most = 5;
+  const std::size_t shown = names.size() <= most + 1 ? names.size() : most;
+  std::u16string list = text::Join(std::span(names).first(shown), u", ");
+  if (shown < names.size())
+    list += u" and " + text::FromInteger(static_cast<std::int64_t>(names.size() - shown)) + u" more";
+  return list;
+}
+
+} // namespace kx::check
