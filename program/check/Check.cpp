@@ -3,6 +3,8 @@
 #include "foundation/platform/Files.h"
 #include "foundation/text/Exceptions.h"
 #include "foundation/text/WindowsPath.h"
+#include "program/check/BuildProjectFacts.h"
+#include "program/check/Configurations.h"
 #include "program/check/ProjectRules.h"
 #include "program/check/SolutionRules.h"
 
@@ -13,8 +15,8 @@ namespace kx::check {
 namespace {
 
 // In the order of checking: projects that no solution has named come last.
-constexpr std::array<std::u16string_view, 7> CheckedExtensions{
-    u".sln", u".csproj", u".vbproj", u".vjsproj", u".fsproj", u".vcproj", u".vcxproj"};
+constexpr std::array<std::u16string_view, 8> CheckedExtensions{
+    u".sln", u".csproj", u".vbproj", u".vjsproj", u".fsproj", u".vcproj", u".vcxproj", u".kxproj"};
 
 std::size_t PlaceOfKind(std::u16string_view name) {
   const std::u16string extension = text::ExtractFileExt(name);
@@ -62,7 +64,7 @@ std::vector<std::u16string> FilesToCheck(const std::u16string& path) {
 }
 
 void TChecker::CheckSolution(const std::u16string& file) {
-  ++solutions_;
+  ++files_;
   const TSolutionFacts facts = ReadSolutionFacts(file);
   TCheckedSolution solution{.Facts = facts, .Files = {}, .Projects = {}};
   for (const TSolutionProject& project : facts.Projects) {
@@ -77,6 +79,18 @@ void TChecker::CheckSolution(const std::u16string& file) {
 
 void TChecker::CheckProject(const std::u16string& file) {
   static_cast<void>(KnowProject(file));
+}
+
+void TChecker::CheckBuildProject(const TBuildProjectFacts& project) {
+  ++files_;
+  ApplyRules(levels_, project.File, project, findings_);
+}
+
+std::vector<std::u16string> TChecker::CheckConfiguration(const std::u16string& file,
+                                                         const std::u16string& wanted) {
+  TConfigurationMatch match = MatchConfigurations(file, wanted);
+  ApplyRules(levels_, file, match, findings_);
+  return std::move(match.Names);
 }
 
 std::shared_ptr<const TKnownProject> TChecker::KnowProject(const std::u16string& file) {

@@ -8,8 +8,9 @@
 
 namespace kx::check {
 
-// The files below a folder that check takes by themselves, with full paths: solutions, then projects. Hidden
-// folders are passed over. A file is itself. Raises EKxException when there is nothing of that name.
+// The files below a folder that check takes by themselves, with full paths: solutions, projects, build
+// projects. Hidden folders are passed over. A file is itself. Raises EKxException when there is nothing of
+// that name.
 std::vector<std::u16string> FilesToCheck(const std::u16string& path);
 
 struct TKnownProject;
@@ -21,7 +22,10 @@ public:
   // Full paths. With a solution its projects are checked, each project once however many name it.
   void CheckSolution(const std::u16string& file);
   void CheckProject(const std::u16string& file);
-  std::size_t FileCount() const { return solutions_ + projects_.size(); } // that were looked at
+  void CheckBuildProject(const TBuildProjectFacts& project);
+  // Which configurations of a solution a name or an expression means; where there are none, that is found.
+  std::vector<std::u16string> CheckConfiguration(const std::u16string& file, const std::u16string& wanted);
+  std::size_t FileCount() const { return files_ + projects_.size(); } // that were looked at
   // By file in the order of checking, in each by line.
   std::vector<TFinding> TakeFindings();
 
@@ -30,7 +34,7 @@ private:
 
   TCheckLevels levels_;
   TDiskNames disk_;
-  std::size_t solutions_ = 0;
+  std::size_t files_ = 0; // projects of solutions apart
   std::map<std::u16string, std::shared_ptr<const TKnownProject>, text::IgnoreCaseLess> projects_;
   std::vector<TFinding> findings_;
 };

@@ -17,12 +17,16 @@ namespace kx::check {
 
 struct TCheckedSolution;
 struct TCheckedProject;
+struct TBuildProjectFacts;
+struct TConfigurationMatch;
 class TRuleReport;
 
 // What a rule looks at says which files it is for.
 using TSolutionLook = void (*)(const TCheckedSolution& solution, TRuleReport& report);
 using TProjectLook = void (*)(const TCheckedProject& project, TRuleReport& report);
-using TCheckLook = std::variant<TSolutionLook, TProjectLook>;
+using TBuildProjectLook = void (*)(const TBuildProjectFacts& project, TRuleReport& report);
+using TConfigurationLook = void (*)(const TConfigurationMatch& match, TRuleReport& report);
+using TCheckLook = std::variant<TSolutionLook, TProjectLook, TBuildProjectLook, TConfigurationLook>;
 
 // Nothing: the rule is off.
 using TCheckLevel = std::optional<TFindingSeverity>;

@@ -1,5 +1,7 @@
 // The table: a new rule is a row here and the function that looks.
+#include "program/check/BuildProjectRules.h"
 #include "program/check/CheckRule.h"
+#include "program/check/Configurations.h"
 #include "program/check/ProjectRules.h"
 #include "program/check/SolutionRules.h"
 
@@ -209,6 +211,38 @@ constexpr std::array Rules{
                u"Stamping writes the version block anew, and not all that may stand in one can be kept.",
                u"Let it be where it does not matter; else set the version by other means.",
                u"#ifdef _DEBUG\n FILEFLAGS VS_FF_DEBUG\n#endif", FindLossesOfScripts},
+    TCheckRule{u"configuration-none", Error,
+               u"A solution without the configuration that --configuration asks for",
+               u"An action that builds it fails, or builds nothing.",
+               u"Choose one that the solution has; a name counts before an expression.",
+               u"kxhost check App.sln --configuration \"Relaese|Any CPU\"", FindNoConfiguration},
+    TCheckRule{u"build-project", Error, u"Build projects that cannot be loaded",
+               u"\"kxhost run\" refuses them.", u"Mend the file in the line that is named.",
+               u"<Action Type=\"DEVENF\">", FindRefusedBuildProject},
+    TCheckRule{u"settings-invalid", Error, u"Settings of actions that a run would stumble over",
+               u"The run ends at that action: a file or a project that is not there, a name that means "
+               u"nothing, a choice that is missing.",
+               u"Mend the setting; \"kxhost edit\" shows it on its page.",
+               u"<Solution>%Rooot%\\App.sln</Solution>", FindInvalidSettings},
+    TCheckRule{u"file-unchangeable", Note, u"Files that a run would change and cannot",
+               u"Stamping fails: the file is read-only, or belongs to somebody else.",
+               u"Check it out, or give the user of the build the right to write it.",
+               u"(AssemblyInfo.cs, read-only)", FindUnchangeableFiles},
+    TCheckRule{u"setting-ineffective", Note, u"Settings that others switch off",
+               u"Whoever reads the project believes in them; the build does not use them.",
+               u"Take them out, or choose what they belong to.",
+               u"<BuildType>btAllProjects</BuildType>\n<SelectedProjects><Line>App</Line></SelectedProjects>",
+               FindIneffectiveSettings},
+    TCheckRule{u"variable-unused", Note, u"Variables that nothing refers to",
+               u"A change of their value changes nothing.", u"Take them out, or use them.",
+               u"<Variable Name=\"Old\">1</Variable>", FindUnusedVariables},
+    TCheckRule{u"property-set-unused", Note, u"Property sets that no action takes",
+               u"What they say is stamped nowhere.", u"Take them out, or name them in an action.",
+               u"<PropertySet Name=\"Old\" Kind=\"Win32\">", FindUnusedPropertySets},
+    TCheckRule{u"secret-clear", Warning, u"Passwords and the like in clear text",
+               u"Everybody who can read the file, and everybody with its history, knows them.",
+               u"Change the password; give it by --secret or --set-secret, or from the CI system's store.",
+               u"<Variable Name=\"DeployPassword\">abc123</Variable>", FindClearSecrets},
 };
 
 } // namespace

@@ -6,13 +6,17 @@
 #include "program/cli/Output.h"
 #include "program/cli/Usage.h"
 
+#include "foundation/platform/Files.h"
 #include "foundation/text/Encoding.h"
-#include "foundation/text/WindowsPath.h"
+#include "program/check/BuildProjectFacts.h"
 #include "program/check/Check.h"
+#include "program/cli/RunArguments.h"
+#include "program/editor/EditorDesign.h"
+#include "program/findings/FindingList.h"
+#include "program/report/Sarif.h"
 
 #include <CLI/CLI.hpp>
 
-#include <algorithm>
 #include <memory>
 #include <set>
 
@@ -23,6 +27,9 @@ namespace {
 struct TCheckArguments {
   std::vector<std::string> Paths;
   std::vector<std::string> Rules;
+  std::vector<std::string> Variables;
+  std::string Configuration;
+  std::string Sarif;
   bool Json = false;
 };
 
@@ -48,42 +55,100 @@ std::vector<std::u16string> FilesOf(const TCheckArguments& arguments) {
   return files;
 }
 
-void CheckFile(const std::u16string& file, check::TChecker& checker) {
-  const std::u16string_view kind = ExtensionOfKind(file);
-  if (kind == u".sln") return checker.CheckSolution(file);
-  if (kind == u"proj") return checker.CheckProject(file);
-  throw EUsage(u"check takes solutions, projects and folders with them. " + DescribeFileKind(file));
-}
+class TCheckRun {
+public:
+  TCheckRun(const TCheckArguments& arguments, const TCommonOptions& common)
+      : arguments_(arguments), common_(common), checker_(LevelsOf(arguments)) {}
 
-int Check(const TCheckArguments& arguments, const TCommonOptions& common) {
-  MapDrives(common.Drives);
-  check::TChecker checker(LevelsOf(arguments));
-  const auto files = FilesOf(arguments);
-  for (const auto& file : files)
-    CheckFile(file, checker);
-  const auto findings = checker.TakeFindings();
-  if (arguments.Json) {
-    WriteFindingsJson(findings, checker.FileCount());
-  } else {
-    ShowFindings(findings, checker.FileCount(), common);
+  int Run() {
+    MapDrives(common_.Drives);
+    for (const auto& file : FilesOf(arguments_))
+      CheckFile(file);
+    checked_.Files = checker_.FileCount();
+    checked_.Findings = checker_.TakeFindings();
+    const std::u16string here = platform::CurrentDirectory();
+    SetFingerprints(checked_.Findings, here);
+    if (!arguments_.Sarif.empty()) SaveSarif(here);
+    if (arguments_.Json) {
+      WriteCheckedJson(checked_);
+    } else {
+      ShowChecked(checked_, common_);
+    }
+    return CountOf(checked_.Findings).Errors == 0 ? ExitSuccess : ExitFailed;
   }
-  return std::ranges::find(findings, TFindingSeverity::Error, &TFinding::Severity) == findings.end()
-             ? ExitSuccess
-             : ExitFailed;
-}
+
+private:
+  void CheckFile(const std::u16string& file) {
+    const std::u16string_view kind = ExtensionOfKind(file);
+    if (kind == u".sln") return CheckSolution(file);
+    if (kind == u"proj") return checker_.CheckProject(file);
+    if (kind == u".kxproj") return CheckBuildProject(file);
+    throw EUsage(u"check takes solutions, projects, build projects and folders with them. " +
+                 DescribeFileKind(file));
+  }
+
+  void CheckSolution(const std::u16string& file) {
+    checker_.CheckSolution(file);
+    if (arguments_.Configuration.empty()) return;
+    auto names = checker_.CheckConfiguration(file, text::FromUtf8(arguments_.Configuration));
+    if (!names.empty()) checked_.Configurations.push_back({file, std::move(names)});
+  }
+
+  // The actions say what is wrong with their settings, so their host is opened for the first of them.
+  void CheckBuildProject(const std::u16string& file) {
+    if (!session_) session_ = std::make_unique<THostSession>(common_, TDesignServices{&design_, &design_});
+    const TRunSettings settings =
+        RunSettingsOf({.Variables = arguments_.Variables, .Rules = {}}, *session_, true);
+    checker_.CheckBuildProject(
+        check::ReadBuildProjectFacts(file, session_->Services(), session_->Stop(), settings));
+  }
+
+  void SaveSarif(const std::u16string& root) const {
+    const TSarifSettings settings{.Root = root,
+                                  .Explain =
+                                      [](std::u16string_view name) {
+                                        const check::TCheckRule& rule = check::RequireCheckRule(name);
+                                        return std::u16string(rule.Summary) + u". " +
+                                               std::u16string(rule.Why) + u" " + std::u16string(rule.Advice);
+                                      },
+                                  .FallbackFile = {}};
+    std::string bytes;
+    const auto put = [&bytes](std::string_view piece) -> platform::Status {
+      bytes += piece;
+      return platform::Done{};
+    };
+    auto saved = WriteSarif(checked_.Findings, settings, put);
+    if (saved) saved = platform::SaveFile(text::FromUtf8(arguments_.Sarif), bytes);
+    if (!saved) throw EKxException(u"--sarif: " + saved.Message());
+  }
+
+  const TCheckArguments& arguments_;
+  const TCommonOptions& common_;
+  check::TChecker checker_;
+  editor::TEditorDesign design_; // with it the plug-ins register the pages, which know what has an effect
+  std::unique_ptr<THostSession> session_;
+  TChecked checked_;
+};
 
 } // namespace
 
 void DefineCheck(CLI::App& command, const TCommonOptions& common, int& exitCode) {
   const auto arguments = std::make_shared<TCheckArguments>();
-  command.add_option("PATH", arguments->Paths, "Solutions, projects, and folders with them")->required();
+  command.add_option("PATH", arguments->Paths, "Solutions, projects, build projects, and folders with them")
+      ->required();
+  DefineVariables(command, arguments->Variables);
   command.add_flag("--json", arguments->Json, "Write one object of JSON");
   command
       .add_option("--rule", arguments->Rules,
                   "How severe a rule is: NAME=error, warning, note or off; \"kxhost explain\" lists them")
       ->type_name("NAME=SEVERITY")
       ->allow_extra_args(false);
-  command.callback([arguments, &common, &exitCode] { exitCode = Check(*arguments, common); });
+  command
+      .add_option("--configuration", arguments->Configuration,
+                  "Say which configurations of each solution this name or expression means")
+      ->type_name("NAME");
+  command.add_option("--sarif", arguments->Sarif, "Write the findings as SARIF 2.1.0 too")->type_name("FILE");
+  command.callback([arguments, &common, &exitCode] { exitCode = TCheckRun(*arguments, common).Run(); });
 }
 
 } // namespace kx::cli

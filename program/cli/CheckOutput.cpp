@@ -8,32 +8,26 @@
 #include "foundation/text/WindowsPath.h"
 #include "program/cli/Output.h"
 #include "program/cli/Palette.h"
+#include "program/findings/FindingJson.h"
+#include "program/findings/FindingList.h"
 #include "program/report/CiDialect.h"
-
-#include <algorithm>
-#include <array>
 
 namespace kx::cli {
 
 namespace {
 
-constexpr std::array Severities{TFindingSeverity::Error, TFindingSeverity::Warning, TFindingSeverity::Note};
-
-std::size_t CountOf(std::span<const TFinding> findings, TFindingSeverity severity) {
-  return static_cast<std::size_t>(std::ranges::count(findings, severity, &TFinding::Severity));
-}
-
-std::string Counted(std::size_t count, std::string_view what) {
+std::string Counted(std::int64_t count, std::string_view what) {
   return std::to_string(count) + " " + std::string(what) + (count == 1 ? "" : "s");
 }
 
-// "2 errors, 1 warning and 0 notes in 3 files"
-std::string CountsOf(std::span<const TFinding> findings, std::size_t files) {
-  if (findings.empty()) return "No problems found in " + Counted(files, "file") + ".\n";
-  std::string text;
-  for (const TFindingSeverity severity : Severities)
-    text += (text.empty() ? "" : ", ") + Counted(CountOf(findings, severity), WordOf(severity));
-  return text + " in " + Counted(files, "file") + ".\n";
+// "2 errors, 1 warning, 0 notes in 3 files"
+std::string CountsOf(const TChecked& checked) {
+  const std::string files = " in " + Counted(static_cast<std::int64_t>(checked.Files), "file") + ".\n";
+  const TFindingCounts counts = CountOf(checked.Findings);
+  return checked.Findings.empty()
+             ? "No problems found" + files
+             : Counted(counts.Errors, "error") + ", " + Counted(counts.Warnings, "warning") + ", " +
+                   Counted(counts.Notes, "note") + files;
 }
 
 class TFindingPrinter {
@@ -52,6 +46,12 @@ public:
                   palette_.Dim("[" + text::ToUtf8(finding.Rule) + "]") + "\n");
     for (const TFindingStep& step : finding.Steps)
       output_.Write("    " + PlaceOf(step.Place) + ": " + NameForTerminal(step.Message) + "\n");
+  }
+
+  void PrintMatch(const TChecked::TMatch& match) {
+    file_ = match.File;
+    output_.Write(PlaceOf({.File = match.File}) + ": " +
+                  NameForTerminal(text::Join(match.Configurations, u", ")) + "\n");
   }
 
   void PrintCounts(const std::string& counts) {
@@ -97,49 +97,38 @@ void MarkProblem(const TCiDialect& dialect, const TFinding& finding) {
   PrintCommand(dialect.Problem(named, root.value_or(u"")));
 }
 
-void WritePlace(const TFindingPlace& place, TJsonWriter& json) {
-  json.Member("file", place.File);
-  json.Member("line", place.Line > 0 ? std::optional(place.Line) : std::nullopt);
-  json.Member("column", place.Column > 0 ? std::optional(place.Column) : std::nullopt);
-}
-
-void WriteFinding(const TFinding& finding, TJsonWriter& json) {
-  json.Member("rule", finding.Rule);
-  json.Member("severity", std::string_view(WordOf(finding.Severity)));
-  json.Member("message", finding.Message);
-  WritePlace(finding.Place, json);
-  json.Member("project", finding.Project);
-  json.Member("advice", finding.Advice);
-  json.ArrayMember("steps", [&] {
-    for (const TFindingStep& step : finding.Steps)
-      json.Object([&] {
-        WritePlace(step.Place, json);
-        json.Member("message", step.Message);
-      });
-  });
-}
-
 } // namespace
 
-void ShowFindings(std::span<const TFinding> findings, std::size_t files, const TCommonOptions& common) {
+void ShowChecked(const TChecked& checked, const TCommonOptions& common) {
   TFindingPrinter printer(common);
-  for (const TFinding& finding : findings)
+  for (const TChecked::TMatch& match : checked.Configurations)
+    printer.PrintMatch(match);
+  for (const TFinding& finding : checked.Findings)
     printer.Print(finding);
-  printer.PrintCounts(CountsOf(findings, files));
+  printer.PrintCounts(CountsOf(checked));
   if (const TCiDialect* dialect = DialectOf(common))
-    for (const TFinding& finding : findings)
+    for (const TFinding& finding : checked.Findings)
       if (finding.Severity != TFindingSeverity::Note) MarkProblem(*dialect, finding);
 }
 
-void WriteFindingsJson(std::span<const TFinding> findings, std::size_t files) {
+void WriteCheckedJson(const TChecked& checked) {
+  const TFindingCounts counts = CountOf(checked.Findings);
   TOutput output;
   TJsonWriter json([&output](std::string_view utf8) { output.Write(utf8); });
   json.Object([&] {
-    json.Member("files", files);
-    for (const TFindingSeverity severity : Severities)
-      json.Member(std::string(WordOf(severity)) + "s", CountOf(findings, severity));
+    json.Member("files", checked.Files);
+    json.Member("errors", counts.Errors);
+    json.Member("warnings", counts.Warnings);
+    json.Member("notes", counts.Notes);
+    json.ArrayMember("configurations", [&] {
+      for (const TChecked::TMatch& match : checked.Configurations)
+        json.Object([&] {
+          json.Member("file", match.File);
+          json.ValuesMember("names", match.Configurations);
+        });
+    });
     json.ArrayMember("findings", [&] {
-      for (const TFinding& finding : findings)
+      for (const TFinding& finding : checked.Findings)
         json.Object([&] { WriteFinding(finding, json); });
     });
   });

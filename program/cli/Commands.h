@@ -69,9 +69,11 @@ inline constexpr std::array<TCommand, 10> Commands{{
      "graph App.sln | dot -Tpng -o App.png\n"
      "graph App.sln --format mermaid --around Lib\n",
      CodesOfLooks},
-    {"check", "Look for what is wrong in solutions and projects", DefineCheck,
+    {"check", "Look for what is wrong in solutions, projects and build projects", DefineCheck,
      "check App.sln\n"
      "check . --json\n"
+     "check nightly.kxproj --set Root=/src --sarif findings.sarif\n"
+     "check App.sln --configuration Rel.*\n"
      "check App.sln --rule path-case=error --rule solution-format=off\n",
      "0 no errors, 1 errors, or not found, 2 wrong usage"},
     {"explain", "Say what a rule of check is about, or list them all", DefineExplain,

@@ -81,7 +81,7 @@ struct TCommonOption {
 
 constexpr std::string_view All;
 constexpr std::string_view Hosts =
-    "run do validate edit actions options"; // they open the store and the plug-ins
+    "run do validate edit actions options check"; // they open the store and the plug-ins
 constexpr std::string_view Runs = "run do";
 constexpr std::string_view Readers = "run do validate inspect graph check"; // they show what files hold
 

@@ -53,7 +53,7 @@ class CommandsTest(e2e.EndToEndTest):
             ("run p.kxproj --log -", '--log takes the name of a file, not "-".'),
             ("run p.kxproj --options=--dry-run", '--options takes the name of a file, not "--dry-run".'),
             ("run p.kxproj --log a --log b", "--log is given more than once."),
-            ("--set A=1 run p.kxproj", "--set is an option of run, edit, do and validate; it stands behind that word."),
+            ("--set A=1 run p.kxproj", "--set is an option of run, edit, do, validate and check; it stands behind that word."),
             ("options ste A.B 1", 'Unexpected argument "ste". Did you mean "set"?'),
             ("run p.kxproj x", 'Unexpected argument "x".'),
             ("validate p.kxproj --report x.html", "--report is an option of run and do; validate does not use it."),
@@ -197,6 +197,31 @@ Circle, passed over by the order: A needs B, B needs C, C needs A
         page = (e2e.ROOT / "docs/rules.md").read_text(encoding="utf-8")
         self.assertEqual(self.host("explain", "--markdown"), page)
         self.assertEqual(page.count("\n## "), len(self.host("explain").splitlines()))
+
+    def test_a_build_project_is_checked_line_by_line(self):
+        self.write("App.sln", HEADER + project("A") + "Global\n\tGlobalSection(SolutionConfiguration) = preSolution\n"
+                   "\t\tDebug = Debug\n\t\tRelease = Release\n\tEndGlobalSection\nEndGlobal\n")
+        self.write("A.csproj", "<Project/>")
+        self.write("all.kxproj", "<BuildProject>\n<Variables><Variable Name='Used'>App</Variable>\n"
+                   "<Variable Name='Old'>1</Variable>\n"
+                   "<Variable Name='DbPassword'>x</Variable></Variables><Actions>\n"
+                   "<Action Type='DEVENV'><Solution>%Used%.sln</Solution><VStudioVersion>vs2003</VStudioVersion>\n"
+                   "<SolutionConfiguration>Debug</SolutionConfiguration>\n"
+                   "<SelectedProjects><Line>A</Line></SelectedProjects></Action>\n"
+                   "<Action Type='DEVENV'><Solution>%Gone%.sln</Solution></Action></Actions></BuildProject>\n")
+        self.write("broken.kxproj", "<BuildProject>\n<Acts/></BuildProject>")
+        found = json.loads(self.host("check", "all.kxproj", "broken.kxproj", "--json", "--sarif", "found.sarif", code=1))
+        rules = [(each["line"], each["rule"]) for each in found["findings"]]
+        for expected in ((3, "variable-unused"), (4, "variable-unused"), (4, "secret-clear"), (7, "setting-ineffective"),
+                         (8, "settings-invalid"), (2, "build-project")):
+            self.assertIn(expected, rules)
+        self.assertNotIn((2, "variable-unused"), rules)
+        results = json.loads(self.read("found.sarif"))["runs"][0]["results"]
+        self.assertEqual([each["ruleId"] for each in results], [rule for _, rule in rules])
+        levels = "--rule", "project-unmapped=off"
+        self.assertIn("App.sln: Debug, Release\n", self.host("check", "App.sln", "--configuration", "e", *levels))
+        self.assertIn('Did you mean "Release"?',
+                      self.host("check", "App.sln", "--configuration", "Relaese", *levels, code=1))
 
     def test_what_is_inspected_is_shown_to_people_and_programs(self):
         folder, own = self.folder / "Nat", "{11111111-1111-1111-1111-000000000000}"
