@@ -29,7 +29,8 @@ bool ReadHeading(std::u16string_view line, std::u16string& project, std::u16stri
 
 } // namespace
 
-std::optional<TFindingSeverity> TToolFindings::Read(std::u16string_view line, const TFinding& context) {
+std::optional<TFindingSeverity> TToolFindings::Read(std::u16string_view line,
+                                                    const std::function<void(TFinding&)>& complete) {
   if (line.ends_with(Dashes.back())) {
     THeading heading;
     if (ReadHeading(line, heading.Project, heading.Configuration))
@@ -43,8 +44,7 @@ std::optional<TFindingSeverity> TToolFindings::Read(std::u16string_view line, co
     if (finding->Project.empty()) finding->Project = heading->second.Project;
     finding->Configuration = heading->second.Configuration;
   }
-  if (!context.Configuration.empty()) finding->Configuration = context.Configuration;
-  finding->Action = context.Action;
+  if (complete) complete(*finding);
   const TFindingSeverity severity = finding->Severity;
   list_->Add(*std::move(finding));
   return severity;

@@ -3,6 +3,7 @@
 
 #include "program/findings/FindingList.h"
 
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -15,10 +16,11 @@ public:
   explicit TToolFindings(TFindingList& list) : list_(&list) {}
 
   void BeginTool() { headings_.clear(); } // another output begins
-  // `context` says the configuration and action that the line belongs to, where they are known. devenv names
-  // project and configuration in a heading, "2>------ ...: Project: App, Configuration: Release|Win32
-  // ------". How severe the finding is that the line is; nothing for any other line.
-  std::optional<TFindingSeverity> Read(std::u16string_view line, const TFinding& context = {});
+  // devenv names project and configuration in a heading, "2>------ ...: Project: App, Configuration:
+  // Release|Win32 ------"; `complete` sets what else is known of the finding that a line is. How severe that
+  // is; nothing for any other line.
+  std::optional<TFindingSeverity> Read(std::u16string_view line,
+                                       const std::function<void(TFinding&)>& complete = {});
 
 private:
   struct THeading {

@@ -295,7 +295,7 @@ void TRunEngine::Say(TMessageSent message) {
     return;
   }
   if (toolsRunning_ > 0)
-    findings_.TakeToolLine(message.Text, FindingHere());
+    findings_.TakeToolLine(message.Text, [this](TFinding& finding) { SayWhere(finding); });
   else
     findings_.TakeOwn(message.Text, message.Status, FindingHere());
   Show(std::move(message));
@@ -335,12 +335,16 @@ void TRunEngine::NameFailedTests(const std::u16string& xml) {
     }
 }
 
-TFinding TRunEngine::FindingHere() const {
-  TFinding finding;
-  if (frames_.empty()) return finding;
+void TRunEngine::SayWhere(TFinding& finding) const {
+  if (frames_.empty()) return;
   const TExecution& execution = frames_.back().Execution;
   finding.Action = NameWithPass(execution.Result().Name, execution.Result().Pass);
   if (const auto* open = execution.OpenConfiguration()) finding.Configuration = open->Configuration;
+}
+
+TFinding TRunEngine::FindingHere() const {
+  TFinding finding;
+  SayWhere(finding);
   return finding;
 }
 

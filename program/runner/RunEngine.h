@@ -58,8 +58,9 @@ private:
 
   const TKxBaseIterator* InnermostLoop() const;
   std::u16string PassOf(const TKxBaseIterator& loop) const;
-  void Show(TMessageSent message); // in the log, counted
-  TFinding FindingHere() const;    // one of what is under way
+  void Show(TMessageSent message);        // in the log, counted
+  void SayWhere(TFinding& finding) const; // the action and the configuration that are under way
+  TFinding FindingHere() const;           // one of them
   bool RunNodes(const std::vector<std::unique_ptr<TActionNode>>& nodes);
   TResultKind RunNode(const TActionNode& node);
   void Begin(const TActionNode& node);

@@ -68,8 +68,8 @@ void TRunFindings::Add(TFinding finding) {
   list_->Add(std::move(finding));
 }
 
-void TRunFindings::TakeToolLine(std::u16string_view line, const TFinding& here) {
-  if (tool_.Read(line, here) == TFindingSeverity::Error && !open_.empty()) open_.back().HasErrors = true;
+void TRunFindings::TakeToolLine(std::u16string_view line, const std::function<void(TFinding&)>& complete) {
+  if (tool_.Read(line, complete) == TFindingSeverity::Error && !open_.empty()) open_.back().HasErrors = true;
 }
 
 void TRunFindings::TakeOwn(std::u16string_view text, TStatusTag status, TFinding here) {

@@ -6,6 +6,7 @@
 #include "program/findings/ToolFindings.h"
 #include "program/runner/TestSuites.h"
 
+#include <functional>
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -19,7 +20,8 @@ public:
   void EndAction();
   void BeginTool() { tool_.BeginTool(); } // another output begins
 
-  void TakeToolLine(std::u16string_view line, const TFinding& here);
+  // `complete` sets action and configuration in the finding that a line is: nearly all are none.
+  void TakeToolLine(std::u16string_view line, const std::function<void(TFinding&)>& complete);
   // What the action or the host says itself: warnings, and errors where neither a tool nor a test of the
   // action has one, since they speak of the same failure then ("returned Error code : 1").
   void TakeOwn(std::u16string_view text, TStatusTag status, TFinding here);
