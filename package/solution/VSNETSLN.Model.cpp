@@ -45,7 +45,8 @@ TVSDotNetProjectConfig TProjectConfigList::operator[](std::size_t index) const {
 
 std::optional<std::size_t> TProjectConfigList::IndexOf(std::u16string_view name) const {
   if (index_) return index_->Find(name, [this](std::size_t line) { return NameOf(line); });
-  for (std::size_t i = lines_.size(); i-- > 0;) { // mostly asked for the latest: ".ActiveCfg", then ".Build.0"
+  for (std::size_t i = lines_.size();
+       i-- > 0;) { // mostly asked for the latest: ".ActiveCfg", then ".Build.0"
     if (text::EqualsIgnoreCase(NameOf(i), name)) return i;
   }
   return std::nullopt;
