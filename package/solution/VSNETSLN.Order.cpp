@@ -72,10 +72,67 @@ struct TGraph {
     return std::ranges::binary_search(DependsOn[project], IdOf[on]);
   }
 
-  std::vector<TNumber> IdOf; // by project
+  std::vector<TNumber> IdOf; // by project: its identifier
   TLists ProjectsOf{0, {}};  // by identifier
   TLists DependsOn{0, {}};   // by project: identifiers
   TLists Dependents{0, {}};  // by identifier: projects
+};
+
+// Finds the groups of projects that can stand in one order only: nothing outside needs them or is needed by
+// them, and each needs the one before it directly. No exchange moves a project out of the places of its
+// group, and in the end none is left to be made; so the exchanges lead to that order, in a time that grows
+// with the square of the group.
+class TOnlyOrders {
+public:
+  explicit TOnlyOrders(const TGraph& graph) : graph_(graph), seen_(graph.IdOf.size()), needs_(seen_.size()) {}
+
+  // Calls visit(the projects of a group in their order) for each group of several.
+  void ForEach(const auto& visit) {
+    for (TNumber p = 0; p < seen_.size(); ++p) {
+      if (seen_[p]) continue;
+      const auto group = GroupOf(p);
+      if (group.size() < 2) continue;
+      const auto order = OrderOf(group);
+      if (order.size() == group.size()) visit(order);
+    }
+  }
+
+private:
+  std::vector<TNumber> GroupOf(TNumber first) {
+    std::vector<TNumber> group{first};
+    seen_[first] = true;
+    const auto add = [&](TNumber project) {
+      if (!seen_[project]) group.push_back(project);
+      seen_[project] = true;
+    };
+    for (std::size_t i = 0; i < group.size(); ++i) {
+      std::ranges::for_each(graph_.Dependents[graph_.IdOf[group[i]]], add);
+      for (const TNumber id : graph_.DependsOn[group[i]])
+        std::ranges::for_each(graph_.ProjectsOf[id], add);
+    }
+    return group;
+  }
+
+  // Shorter than the group when there is none, or several, or when projects share an identifier.
+  std::vector<TNumber> OrderOf(std::span<const TNumber> group) {
+    std::vector<TNumber> order;
+    for (const TNumber project : group) {
+      if (graph_.ProjectsOf[graph_.IdOf[project]].size() > 1) return {};
+      needs_[project] = graph_.DependsOn[project].size() - (graph_.Depends(project, project) ? 1 : 0);
+      if (needs_[project] == 0) order.push_back(project);
+    }
+    if (order.size() != 1) return {};
+    for (std::size_t i = 0; i < order.size(); ++i) {
+      for (const TNumber dependent : graph_.Dependents[graph_.IdOf[order[i]]])
+        if (dependent != order[i] && --needs_[dependent] == 0) order.push_back(dependent);
+      if (order.size() > i + 2) return {}; // any of them could be the next
+    }
+    return order;
+  }
+
+  const TGraph& graph_;
+  std::vector<bool> seen_;
+  std::vector<std::size_t> needs_; // by project: how many it needs that are not in the order yet
 };
 
 class TOrdering {
@@ -89,12 +146,32 @@ public:
 
   std::vector<std::size_t> Run() {
     for (TNumber i = 1; i < at_.size(); ++i) {
-      if (const auto earlier = FirstDependent(i)) Settle(i, *earlier);
+      auto earlier = FirstDependent(i);
+      if (earlier && !onlyOrdersAreSettled_) { // most solutions need no exchange
+        SettleOnlyOrders();
+        earlier = FirstDependent(i);
+      }
+      if (earlier) Settle(i, *earlier);
     }
     return {at_.begin(), at_.end()};
   }
 
 private:
+  void SettleOnlyOrders() {
+    onlyOrdersAreSettled_ = true;
+    TOnlyOrders(graph_).ForEach([this](std::span<const TNumber> order) {
+      std::vector<TNumber> places;
+      places.reserve(order.size());
+      for (const TNumber project : order)
+        places.push_back(positionOf_[project]);
+      std::ranges::sort(places);
+      for (std::size_t i = 0; i < order.size(); ++i) {
+        at_[places[i]] = order[i];
+        positionOf_[order[i]] = places[i];
+      }
+    });
+  }
+
   // Positions Low and before have nobody before them who depends on them; in those between Low and High only
   // Suspect, which stands before them, can; about High nothing is known.
   struct TRange {
@@ -166,6 +243,7 @@ private:
   std::vector<TNumber> at_;         // the project at a position
   std::vector<TNumber> positionOf_; // the position of a project
   unsigned steps_ = 0;
+  bool onlyOrdersAreSettled_ = false;
 };
 
 // Takes away projects that need nobody who is left, and then those that needed only them. What stays needs
