@@ -100,8 +100,10 @@ public:
   // Never replaces anything: EEXIST. File systems of a network have links only.
   int PlaceAsNew(const std::string& target) {
     if (path_.empty()) {
-      const int error = LinkAs(target);
-      return error == 0 ? file_.Close() : error;
+      if (const int error = LinkAs(target); error != 0) return error;
+      const int error = file_.Close();
+      if (error != 0) unlink(target.c_str());
+      return error;
     }
     if (const int error = file_.Close(); error != 0) return error;
     if (renameat2(AT_FDCWD, path_.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) == 0) {

@@ -5,12 +5,12 @@
 #include "foundation/text/Exceptions.h"
 
 #include <boost/asio/error.hpp>
+#include <boost/asio/executor_work_guard.hpp>
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/post.hpp>
 #include <boost/asio/read.hpp>
 #include <boost/asio/steady_timer.hpp>
-#include <boost/asio/thread_pool.hpp>
 #include <boost/asio/write.hpp>
 
 #include <algorithm>
@@ -19,6 +19,7 @@
 #include <list>
 #include <mutex>
 #include <thread>
+#include <vector>
 
 namespace kx::editor {
 
@@ -31,6 +32,34 @@ using TError = boost::system::error_code;
 constexpr std::string_view EndOfHead = "\r\n\r\n";
 constexpr auto AfterRefusedAccept = std::chrono::milliseconds(100);
 
+// What a step raises that no connection takes, for want of memory, ends that step.
+void RunToTheEnd(asio::io_context& io) {
+  for (;;) {
+    try {
+      io.run();
+      return;
+    } catch (const std::exception&) {
+    }
+  }
+}
+
+// Threads for what is posted to Io; their end does all of it first. asio's own pool waits for ever when the
+// system gives it some of its threads but not all.
+class TWorkers {
+public:
+  explicit TWorkers(std::size_t count) {
+    threads_.reserve(count);
+    for (std::size_t i = 0; i < count; ++i)
+      threads_.emplace_back([this] { RunToTheEnd(Io); });
+  }
+
+  asio::io_context Io;
+
+private:
+  std::vector<std::jthread> threads_;
+  asio::executor_work_guard<asio::io_context::executor_type> more_{Io.get_executor()}; // ends before them
+};
+
 } // namespace
 
 // Everything but the answers happens on one thread, which never waits.
@@ -39,11 +68,9 @@ struct THttpServer::TState {
       : Service(service), Limits(limits), Acceptor(Io), Pause(Io), Workers(limits.Guests) {}
 
   void Listen();
-  void Serve();
   void Accept();
   void Welcome(tcp::socket socket);
   void CloseAll();
-  void NoteWorker(bool begins);
   bool IsFull();
 
   IHttpService& Service;
@@ -53,11 +80,31 @@ struct THttpServer::TState {
   asio::steady_timer Pause;
   std::list<std::shared_ptr<TConnection>> Strangers; // the oldest first
   std::list<std::shared_ptr<TConnection>> Guests;
-  asio::thread_pool Workers;
   std::mutex Mutex; // guards what follows
   std::condition_variable Changed;
   std::size_t Busy = 0; // workers
+  TWorkers Workers;
   std::thread Thread;
+};
+
+// One worker is busy while there is one of these.
+class THttpServer::TBusy {
+public:
+  explicit TBusy(TState& server) : server_(server) { Add(1); }
+  TBusy(const TBusy&) = delete;
+  TBusy& operator=(const TBusy&) = delete;
+  ~TBusy() { Add(-1); }
+
+private:
+  void Add(int change) {
+    {
+      const std::lock_guard lock(server_.Mutex);
+      server_.Busy += static_cast<std::size_t>(change);
+    }
+    server_.Changed.notify_all();
+  }
+
+  TState& server_;
 };
 
 // Reads a head, asks the service, reads the body, has it answered, writes the answer; meanwhile and
@@ -76,6 +123,19 @@ struct THttpServer::TConnection : std::enable_shared_from_this<TConnection> {
   void SetTime(std::chrono::milliseconds time);
   void Close();
 
+  // What follows a step: the connection lives until then. What it raises, for want of memory, ends the
+  // connection.
+  template <typename TNext>
+  auto Then(TNext next) {
+    return [self = shared_from_this(), next = std::move(next)](const auto&... results) {
+      try {
+        next(results...);
+      } catch (const std::exception&) {
+        self->Close();
+      }
+    };
+  }
+
   TState& Server;
   tcp::socket Socket;
   asio::steady_timer Deadline;
@@ -85,7 +145,6 @@ struct THttpServer::TConnection : std::enable_shared_from_this<TConnection> {
   std::string Answer;
   std::size_t Ignored = 0; // bytes that came too late
   bool IsGuest = false;
-  bool IsAnswered = false;
   std::unique_ptr<TKxEvent> Gone; // of a guest
   std::list<std::shared_ptr<TConnection>>::iterator Place;
 };
@@ -97,21 +156,22 @@ void THttpServer::TConnection::Begin() {
   ReadHead();
 }
 
+// Steps that ended before the connection was closed are told of afterwards.
 void THttpServer::TConnection::SetTime(std::chrono::milliseconds time) {
+  if (!Socket.is_open()) return;
   Deadline.expires_after(time);
-  Deadline.async_wait([self = shared_from_this()](const TError& error) {
-    if (!error) self->Close();
-  });
+  Deadline.async_wait(Then([this](const TError& error) {
+    if (!error) Close();
+  }));
 }
 
 void THttpServer::TConnection::ReadHead() {
-  Socket.async_read_some(asio::buffer(Block),
-                         [self = shared_from_this()](const TError& error, std::size_t size) {
-                           if (error) return self->Close();
-                           const std::size_t before = self->Received.size();
-                           self->Received.append(self->Block.data(), size);
-                           self->OnHead(before);
-                         });
+  Socket.async_read_some(asio::buffer(Block), Then([this](const TError& error, std::size_t size) {
+                           if (error) return Close();
+                           const std::size_t before = Received.size();
+                           Received.append(Block.data(), size);
+                           OnHead(before);
+                         }));
 }
 
 // Looks for the end of the head, which may have begun before what came last.
@@ -141,26 +201,26 @@ void THttpServer::TConnection::ReadBody() {
   if (there == Request.BodySize) return Work();
   Request.Body.resize(Request.BodySize);
   asio::async_read(Socket, asio::buffer(Request.Body.data() + there, Request.BodySize - there),
-                   [self = shared_from_this()](const TError& error, std::size_t /*size*/) {
-                     if (error) return self->Close();
-                     self->Work();
-                   });
+                   Then([this](const TError& error, std::size_t /*size*/) {
+                     if (error) return Close();
+                     Work();
+                   }));
 }
 
 void THttpServer::TConnection::Work() {
   Deadline.cancel();
   Gone = std::make_unique<TKxEvent>();
   Watch();
-  Server.NoteWorker(true);
-  asio::post(Server.Workers, [self = shared_from_this()] {
+  asio::post(Server.Workers.Io, [self = shared_from_this(), busy = std::make_shared<TBusy>(Server)] {
     THttpAnswer answer;
     try {
       answer = self->Server.Service.Answer(self->Request, *self->Gone);
     } catch (const std::exception& error) {
-      answer = Refusal(500, error.what());
+      answer = Refusal(500, text::ToUtf8(MessageOf(error)));
     }
-    asio::post(self->Server.Io, [self, answer = std::move(answer)] { self->Send(answer); });
-    self->Server.NoteWorker(false);
+    asio::post(self->Server.Io, self->Then([connection = self.get(), answer = std::move(answer)] {
+      connection->Send(answer);
+    }));
   });
 }
 
@@ -170,26 +230,23 @@ void THttpServer::TConnection::Send(const THttpAnswer& answer) {
   Answer = ToBytes(answer, Request.Method != "HEAD");
   SetTime(Server.Limits.AnswerTime);
   if (Gone == nullptr) Watch();
-  asio::async_write(Socket, asio::buffer(Answer),
-                    [self = shared_from_this()](TError error, std::size_t /*size*/) {
-                      if (error) return self->Close();
-                      self->IsAnswered = true;
-                      self->Answer = {};
+  asio::async_write(Socket, asio::buffer(Answer), Then([this](const TError& error, std::size_t /*size*/) {
+                      if (error) return Close();
+                      Answer = {};
                       // Whoever is still sending would lose the answer if the connection were closed at once.
-                      self->SetTime(self->Server.Limits.FarewellTime);
-                      self->Socket.shutdown(tcp::socket::shutdown_send, error);
-                    });
+                      SetTime(Server.Limits.FarewellTime);
+                      TError ignored;
+                      Socket.shutdown(tcp::socket::shutdown_send, ignored);
+                    }));
 }
 
 // What comes now is nothing that was asked for: the end, or the rest of a refused request.
 void THttpServer::TConnection::Watch() {
-  Socket.async_read_some(asio::buffer(Block),
-                         [self = shared_from_this()](const TError& error, std::size_t size) {
-                           self->Ignored += size;
-                           if (error || self->Ignored > 2 * self->Server.Limits.BodyBytes)
-                             return self->Close();
-                           self->Watch();
-                         });
+  Socket.async_read_some(asio::buffer(Block), Then([this](const TError& error, std::size_t size) {
+                           Ignored += size;
+                           if (error || Ignored > 2 * Server.Limits.BodyBytes) return Close();
+                           Watch();
+                         }));
 }
 
 void THttpServer::TConnection::Close() {
@@ -212,17 +269,6 @@ void THttpServer::TState::Listen() {
   if (!error) Acceptor.listen(asio::socket_base::max_listen_connections, error);
   if (error)
     throw EKxException(u"No port of the loopback address is free: " + text::FromUtf8(error.message()));
-}
-
-// What a step raises, for want of memory, ends that step: its connection is closed when its time is over.
-void THttpServer::TState::Serve() {
-  for (;;) {
-    try {
-      Io.run();
-      return;
-    } catch (const std::exception&) {
-    }
-  }
 }
 
 void THttpServer::TState::Accept() {
@@ -262,14 +308,6 @@ void THttpServer::TState::CloseAll() {
       list->front()->Close();
 }
 
-void THttpServer::TState::NoteWorker(bool begins) {
-  {
-    const std::lock_guard lock(Mutex);
-    Busy = begins ? Busy + 1 : Busy - 1;
-  }
-  Changed.notify_all();
-}
-
 // Who has gone may still be worked for.
 bool THttpServer::TState::IsFull() {
   const std::lock_guard lock(Mutex);
@@ -287,7 +325,7 @@ int THttpServer::Port() const {
 
 void THttpServer::Start() {
   state_->Accept();
-  state_->Thread = std::thread([this] { state_->Serve(); });
+  state_->Thread = std::thread([this] { RunToTheEnd(state_->Io); });
 }
 
 bool THttpServer::Close(std::chrono::milliseconds wait) {
@@ -299,7 +337,6 @@ bool THttpServer::Close(std::chrono::milliseconds wait) {
 
 THttpServer::~THttpServer() {
   Close({});
-  state_->Workers.join();
 }
 
 } // namespace kx::editor

@@ -3,6 +3,7 @@ import http.client
 import json
 import os
 import pathlib
+import re
 import shutil
 import signal
 import socketserver
@@ -156,6 +157,46 @@ def start_server(files=(), answers=(), slow=(), context=None):
     server.port = server.server_address[1]
     threading.Thread(target=server.serve_forever, daemon=True).start()
     return server
+
+
+class Editor:
+    """The page of `kxhost edit`, whose output is read up to the address."""
+
+    def __init__(self, process):
+        self.said, self.base, self.cookie = "", None, ""
+        for line in process.stdout:
+            self.said += line
+            if found := re.search(r"http://(127\.0\.0\.1:\d+)(/\w+/)(\?token=\w+)", line):
+                self.host, self.base, self.token = found.groups()
+                break
+
+    def enter(self):
+        reply, _ = self.ask("GET", self.token)
+        self.cookie = reply.headers["Set-Cookie"].partition(";")[0]
+
+    def ask(self, method, path, body=None):
+        connection = http.client.HTTPConnection(self.host, timeout=60)
+        connection.request(method, self.base + path, body, {"Cookie": self.cookie, "Origin": f"http://{self.host}"})
+        reply = connection.getresponse()
+        answer = reply.read().decode()
+        connection.close()
+        if reply.status != 200:
+            raise Refused(answer)
+        return reply, answer
+
+    def call(self, operation, **values):
+        return json.loads(self.ask("POST", f"api/{operation}", json.dumps(values))[1])
+
+    def events(self):
+        """Those of the first run, in parts, to its end."""
+        part = {"next": 0, "running": True}
+        while part["running"]:
+            part = json.loads(self.ask("GET", f"api/events?run=1&from={part['next']}")[1])
+            yield part["events"]
+
+
+class Refused(Exception):
+    """By the editor, which says why."""
 
 
 def is_running(pid):

@@ -1,6 +1,4 @@
 """The editor's door: what anybody on the machine can do to it without its token, and what a long run takes up."""
-import http.client
-import json
 import re
 import selectors
 import signal
@@ -62,44 +60,29 @@ class StrangersTest(e2e.EndToEndTest):
             "edit", "p.kxproj", "--no-browser", "--option", f"VisualStudioDotNet.MSDevPath2010={tool.parent}", stderr=None,
             environment={"ASAN_OPTIONS": "quarantine_size_mb=1"})
         self.addCleanup(self.editor.send_signal, signal.SIGINT)
-        found = next(filter(None, (re.search(r"127\.0\.0\.1:(\d+)(/\w+/)(\?token=\w+)", line) for line in self.editor.stdout)))
-        self.port, self.base, self.cookie = int(found[1]), found[2], ""
-        reply, _ = self.ask("GET", self.base + found[3])
-        self.cookie = reply.headers["Set-Cookie"].partition(";")[0]
-        self.call("state")
+        self.page = e2e.Editor(self.editor)
+        self.page.enter()
+        self.page.call("state")
         self.before = self.megabytes()
-
-    def ask(self, method, path, body=None):
-        connection = http.client.HTTPConnection("127.0.0.1", self.port, timeout=60)
-        connection.request(method, path, body, {"Cookie": self.cookie, "Origin": f"http://127.0.0.1:{self.port}"})
-        reply = connection.getresponse()
-        answer = reply.read()
-        connection.close()
-        self.assertEqual(reply.status, 200, answer)
-        return reply, answer
-
-    def call(self, operation, **values):
-        return json.loads(self.ask("POST", f"{self.base}api/{operation}", json.dumps(values))[1])
 
     def megabytes(self):
         return int(re.search(r"VmRSS:\s+(\d+)", self.read(f"/proc/{self.editor.pid}/status"))[1]) / 1024
 
     def test_strangers_cost_nothing(self):
-        strangers = Strangers(self.port)
+        strangers = Strangers(int(self.page.host.partition(":")[2]))
         self.addCleanup(strangers.leave)
         for _ in range(OWN_REQUESTS):
             strangers.act()
-            self.call("ping")
+            self.page.call("ping")
         more = self.megabytes() - self.before
         print(f"{strangers.connections} connections of {STRANGERS} strangers: {more:.1f} MB more")
         self.assertLess(more, MOST_MEGABYTES)
 
     def test_a_long_run_stays_light(self):
-        self.call("run", dryRun=False)
-        lines, most, events = 0, 0, {"next": 0, "running": True}
-        while events["running"]:
-            events = json.loads(self.ask("GET", f"{self.base}api/events?run=1&from={events['next']}")[1])
-            lines += sum(1 for event in events["events"] if event.get("text", "").startswith("Compiling number"))
+        self.page.call("run", dryRun=False)
+        lines, most = 0, 0
+        for events in self.page.events():
+            lines += sum(1 for event in events if event.get("text", "").startswith("Compiling number"))
             most = max(most, self.megabytes() - self.before)
         print(f"a run of {lines} lines: {most:.1f} MB more")
         self.assertEqual(lines, LINES)
