@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <map>
+#include <unordered_map>
 
 namespace kx {
 
@@ -47,28 +48,42 @@ std::vector<std::u16string> ChosenConfigurations(const IVSDotNetSolution& soluti
   }
 }
 
-// The project that an entry of a selection means, as a run would find it.
-std::shared_ptr<IVSDotNetProject> ProjectOf(const IVSDotNetSolution& solution,
-                                            TKxCustomVSDotNetAction& action, const std::u16string& entry) {
-  if (auto project = FindProject(solution, entry)) return project;
-  const auto expanded = action.ForeseeExpression(entry);
-  return expanded ? FindProject(solution, *expanded) : nullptr;
-}
+// What looking for many projects of one solution needs.
+class TKnownProjects {
+public:
+  explicit TKnownProjects(const IVSDotNetSolution& solution) : finder_(solution) {
+    const auto projects = solution.GetProjects();
+    for (int i = 0; i < projects->GetCount(); ++i)
+      ++bearers_[projects->GetItem(i)->GetName()];
+  }
 
-// A name that begins like an id would be taken for one; one with references, blanks around it or a namesake
-// may mean another project.
-bool NamesOnly(const IVSDotNetSolution& solution, const IVSDotNetProject& project) {
-  const std::u16string& name = project.GetName();
-  if (name.empty() || name.starts_with(u'{') || text::Trim(name) != name) return false;
-  if (name.find_first_of(u"%$") != std::u16string::npos) return false;
-  const auto found = FindProject(solution, name);
-  if (!found || found->GetProjectID() != project.GetProjectID()) return false;
-  int namesakes = 0;
-  const auto projects = solution.GetProjects();
-  for (int i = 0; i < projects->GetCount(); ++i)
-    if (text::EqualsIgnoreCase(projects->GetItem(i)->GetName(), name)) ++namesakes;
-  return namesakes == 1;
-}
+  // The project that an entry of a selection means, as a run would find it.
+  std::shared_ptr<IVSDotNetProject> ProjectOf(TKxCustomVSDotNetAction& action,
+                                              const std::u16string& entry) const {
+    if (auto project = Find(entry)) return project;
+    const auto expanded = action.ForeseeExpression(entry);
+    return expanded ? Find(*expanded) : nullptr;
+  }
+
+  // A name that begins like an id would be taken for one; one with references, blanks around it or a namesake
+  // may mean another project.
+  bool NamesOnly(const IVSDotNetProject& project) const {
+    const std::u16string& name = project.GetName();
+    if (name.empty() || name.starts_with(u'{') || text::Trim(name) != name) return false;
+    if (name.find_first_of(u"%$") != std::u16string::npos) return false;
+    const auto found = Find(name);
+    return found && found->GetProjectID() == project.GetProjectID() && bearers_.at(name) == 1;
+  }
+
+private:
+  std::shared_ptr<IVSDotNetProject> Find(std::u16string_view text) const {
+    const auto found = finder_.Find(text);
+    return found.empty() ? nullptr : found.front();
+  }
+
+  TProjectFinder finder_;
+  std::unordered_map<std::u16string, int, text::IgnoreCaseHash, text::IgnoreCaseEqual> bearers_; // of a name
+};
 
 } // namespace
 
@@ -87,17 +102,17 @@ TKxFieldOffers OfferConfigurations(const IVSDotNetSolution& solution, TKxCustomV
 
 TKxFieldOffers OfferProjects(const IVSDotNetSolution& solution, TKxCustomVSDotNetAction& action,
                              const text::TStringList& selected) {
+  const TKnownProjects known(solution);
   std::map<std::u16string, std::vector<std::u16string>> lines; // by the id of the project that they mean
   for (const auto& entry : selected)
-    if (const auto project = ProjectOf(solution, action, entry))
-      lines[project->GetProjectID()].push_back(entry);
+    if (const auto project = known.ProjectOf(action, entry)) lines[project->GetProjectID()].push_back(entry);
   TKxFieldOffers offers;
   const auto projects = solution.GetProjects();
   for (int i = 0; i < projects->GetCount(); ++i) {
     const auto project = projects->GetItem(i);
     const std::u16string& id = project->GetProjectID();
     const auto found = lines.find(id);
-    TKxFieldOffer offer{NamesOnly(solution, *project) ? project->GetName() : id,
+    TKxFieldOffer offer{known.NamesOnly(*project) ? project->GetName() : id,
                         project->GetName() + u" (" + project->GetFileName() + u")", found != lines.end()};
     if (offer.Chosen) offer.Lines = found->second;
     offers.Items.push_back(std::move(offer));
