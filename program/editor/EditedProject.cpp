@@ -17,6 +17,7 @@ constexpr std::string_view EmptyProject =
     "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<BuildProject>\n  <Actions>\n"
     "  </Actions>\n</BuildProject>\n";
 constexpr std::size_t MostSteps = 500;
+constexpr std::size_t MostBytesOfSteps = std::size_t{4} << 20; // but for the last step, which is always kept
 
 std::map<const TKxPublishedProperty*, std::u16string> StoredTexts(const TActionNode& node) {
   std::map<const TKxPublishedProperty*, std::u16string> texts;
@@ -143,12 +144,31 @@ void TEditedProject::ReadAgain(TActionNode& node) {
     page->ReadActionData();
 }
 
-void TEditedProject::Remember(std::string before, std::u16string_view what) {
+// Each step leads on from the one behind it: without this one the earlier ones lead nowhere.
+void TEditedProject::Remember(const std::string& before, std::u16string_view what) {
   redo_.clear();
-  if (!what.empty() && what == lastEdit_) return;
-  lastEdit_ = what;
-  undo_.push_back(std::move(before));
-  if (undo_.size() > MostSteps) undo_.erase(undo_.begin());
+  try {
+    const bool goesOn = !what.empty() && what == lastEdit_;
+    auto step = TTextChange::Between(text_, goesOn ? undo_.back().AppliedTo(before) : before);
+    if (goesOn) undo_.pop_back();
+    undo_.push_back(std::move(step));
+    lastEdit_ = what;
+  } catch (...) {
+    undo_.clear();
+    lastEdit_.clear();
+    throw;
+  }
+  ForgetOldSteps();
+}
+
+void TEditedProject::ForgetOldSteps() {
+  std::size_t bytes = 0;
+  std::size_t kept = 0;
+  for (auto step = undo_.rbegin(); step != undo_.rend() && kept < MostSteps; ++step, ++kept) {
+    bytes += step->Text.size();
+    if (kept > 0 && bytes > MostBytesOfSteps) break;
+  }
+  undo_.erase(undo_.begin(), undo_.end() - static_cast<std::ptrdiff_t>(kept));
 }
 
 void TEditedProject::EditPage(TActionNode& node, std::size_t page, std::u16string_view field,
@@ -197,7 +217,7 @@ void TEditedProject::EditText(const std::function<void(TProjectText&)>& edit) {
 void TEditedProject::Replace(std::string text) {
   std::string before = text_;
   Show(std::move(text));
-  Remember(std::move(before), {});
+  Remember(before, {});
   lastEdit_.clear();
 }
 
@@ -239,20 +259,24 @@ void TEditedProject::Undo() {
     pending_.reset();
     return;
   }
-  if (undo_.empty()) return;
-  std::string before = text_;
-  Show(undo_.back());
-  undo_.pop_back();
-  redo_.push_back(std::move(before));
-  lastEdit_.clear();
+  Step(undo_, redo_);
 }
 
 void TEditedProject::Redo() {
-  if (redo_.empty()) return;
-  std::string before = text_;
-  Show(redo_.back());
-  redo_.pop_back();
-  undo_.push_back(std::move(before));
+  Step(redo_, undo_);
+}
+
+void TEditedProject::Step(std::deque<TTextChange>& from, std::deque<TTextChange>& to) {
+  if (from.empty()) return;
+  std::string text = from.back().AppliedTo(text_);
+  to.push_back(from.back().ReversedFor(text_));
+  try {
+    Show(std::move(text));
+  } catch (...) {
+    to.pop_back();
+    throw;
+  }
+  from.pop_back();
   lastEdit_.clear();
 }
 
@@ -301,7 +325,7 @@ void TEditedProject::Reload(std::string present) {
   Show(present);
   disk_ = std::move(present);
   saved_ = *disk_;
-  Remember(std::move(before), {});
+  Remember(before, {});
   lastEdit_.clear();
 }
 

@@ -3,10 +3,12 @@
 #pragma once
 
 #include "contract/Pages.h"
+#include "program/editor/TextChange.h"
 #include "program/runner/ProjectFile.h"
 #include "program/runner/ProjectText.h"
 #include "program/runner/Run.h"
 
+#include <deque>
 #include <functional>
 #include <map>
 #include <memory>
@@ -97,7 +99,9 @@ private:
   };
   std::unique_ptr<TLoaded> Load(std::string text) const;
   void Show(std::string text); // as the project's present state
-  void Remember(std::string before, std::u16string_view what);
+  void Remember(const std::string& before, std::u16string_view what);
+  void ForgetOldSteps();
+  void Step(std::deque<TTextChange>& from, std::deque<TTextChange>& to);
   void Write(TActionNode& node, std::size_t page, std::u16string_view what);
 
   const TServiceRegistry& services_;
@@ -110,8 +114,8 @@ private:
   std::string text_;
   std::unique_ptr<TLoaded> loaded_;
   std::map<const TActionNode*, TPages> pages_; // which go before the actions that they edit
-  std::vector<std::string> undo_;
-  std::vector<std::string> redo_;
+  std::deque<TTextChange> undo_;               // the last one leads from the present text to the one before
+  std::deque<TTextChange> redo_;
   std::u16string lastEdit_; // several edits of one field are undone together
   struct TPending {
     TActionNode* Node;

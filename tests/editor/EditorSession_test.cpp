@@ -40,6 +40,17 @@ TEST_F(EditorSession, AFieldIsWrittenAtOnceAndUndoneAsOneStep) {
     EXPECT_THAT(saved, HasSubstr(kept));
 }
 
+TEST_F(EditorSession, RemembersWhatFitsIntoItsMemory) {
+  Open("");
+  const auto value = [](char letter) { return std::string(3 << 20, letter); };
+  for (const char letter : {'a', 'b', 'c'})
+    Do("variable", {{"name", "V"}, {"value", value(letter)}});
+  const TJson oldest = Do("undo");
+  EXPECT_EQ(oldest["canUndo"], false);
+  EXPECT_EQ(oldest["variables"][0]["value"], value('b'));
+  EXPECT_EQ(Do("redo")["variables"][0]["value"], value('c'));
+}
+
 TEST_F(EditorSession, AnEntryThatWasTypedAndNotAcceptedIsNotLost) {
   Open(Tests);
   TJson typed = Set("0", 0, "txtAssemblyFilename", "b.dll");
