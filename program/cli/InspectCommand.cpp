@@ -6,6 +6,7 @@
 #include "program/cli/CommonOptions.h"
 #include "program/cli/HostSession.h"
 #include "program/cli/Inspect.h"
+#include "program/cli/LogReader.h"
 #include "program/cli/Usage.h"
 
 #include <CLI/CLI.hpp>
@@ -55,6 +56,7 @@ int Inspect(TArguments& arguments, const TCommonOptions& common) {
     options.VSVersion =
         static_cast<std::int32_t>(RequireChoice(u"--vs", text::FromUtf8(arguments.Version), KnownVersions));
   options.Encoding = text::FromUtf8(arguments.Encoding);
+  if (!options.Encoding.empty()) RequireEncoding(options.Encoding);
   return RunInspect(options);
 }
 

@@ -66,7 +66,7 @@ TInspected InspectTestResults(const std::u16string& file, const TInspectOptions&
   std::u16string reason;
   TKxUnitTestRun run(InterpretMSTestOutput(file, reason));
   // A run goes on with such a file, as with one without results; whoever looks into it wants to know.
-  if (!reason.empty()) WriteError(u"Warning : No results were read: " + reason);
+  if (!reason.empty()) throw EKxException(u"No results were read: " + reason);
   return std::make_shared<TInspectedResults>(std::move(run));
 }
 

@@ -4,6 +4,7 @@
 #include "foundation/text/Encoding.h"
 #include "foundation/text/Exceptions.h"
 #include "foundation/text/Text.h"
+#include "program/cli/Usage.h"
 
 #include <algorithm>
 #include <array>
@@ -117,8 +118,8 @@ TEncoding NamedEncoding(std::u16string_view name) {
     const auto number = text::ToInteger(name.substr(prefix.size()));
     if (number && *number > 0) return CodePage(static_cast<unsigned>(*number));
   }
-  throw EKxException(u"Unknown encoding " + std::u16string(name) +
-                     u": say utf-8, utf-16le, utf-16be, or a code page such as windows-1252 or cp850.");
+  throw EUsage(u"Unknown encoding " + std::u16string(name) +
+               u": say utf-8, utf-16le, utf-16be, or a code page such as windows-1252 or cp850.");
 }
 
 TEncoding FoundEncoding(const std::u16string& file) {
@@ -167,6 +168,10 @@ void SplitBlock(std::u16string_view block, const std::function<void(std::u16stri
 }
 
 } // namespace
+
+void RequireEncoding(std::u16string_view name) {
+  static_cast<void>(NamedEncoding(name));
+}
 
 void ForEachLogLine(const std::u16string& file, std::u16string_view encoding,
                     const std::function<void(std::u16string_view line)>& handle) {

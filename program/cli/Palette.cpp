@@ -26,8 +26,9 @@ std::string TPalette::Paint(std::string_view text, TStatusTag status) const {
 }
 
 bool CanSteerTerminal() {
+  const auto terminal = platform::EnvironmentVariable(u"TERM"); // Windows has none
   const bool refused = !platform::EnvironmentVariable(u"NO_COLOR").value_or(u"").empty() ||
-                       platform::EnvironmentVariable(u"TERM").value_or(u"") == u"dumb";
+                       (terminal && (terminal->empty() || *terminal == u"dumb"));
   return !refused && platform::IsTerminal(platform::ConsoleStream::Output);
 }
 

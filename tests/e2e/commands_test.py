@@ -58,6 +58,7 @@ class CommandsTest(e2e.EndToEndTest):
             ("run p.kxproj x", 'Unexpected argument "x".'),
             ("validate p.kxproj --report x.html", "--report is an option of run and do; validate does not use it."),
             ("inspect App.sln --lines", "--lines is for build logs"),
+            ("inspect App.sln --tool msbuild --encoding klingon", "Unknown encoding klingon: say utf-8"),
             ("inspect App.sln --tool msbuild --all-projects", "--all-projects is for solutions"),
             ("graph App.sln --format dott", 'takes dot, mermaid, svg or json, not "dott". Did you mean "dot"?'),
             ("rum p.kxproj", 'Unknown subcommand "rum". Did you mean "run"?\nRun "kxhost --help" for'),
@@ -73,6 +74,7 @@ class CommandsTest(e2e.EndToEndTest):
         for name in ("App.rc2", "App.vcxproj", "App.slnx", "App.res"):
             self.write(name, "x")
         self.write("p.kxproj", "<BuildProject/>")
+        self.write("torn.trx", "<TestRun>")
         self.write("p.xml", "<BuildProject><Actions/></BuildProject>")
         self.write("notes.txt", "to do\n")
         self.check_table([
@@ -92,6 +94,7 @@ class CommandsTest(e2e.EndToEndTest):
         self.check_table([("inspect p.kxproj", "p.kxproj is a build project."),
                           ("inspect App.csproj", "There is no file App.csproj."),
                           ("inspect nowhere", "There is no file nowhere."),
+                          ("inspect torn.trx", "No results were read: "),
                           ("inspect .", ". is a folder")], code=1)
         self.write("App.rc2", "1 VERSIONINFO\nFILEVERSION 3,1,4,0\nBEGIN\nEND\n")
         self.check_table([("inspect App.rc2", "majorVersion    3\n"), ("inspect renamed.txt", "Format          vs2003"),
