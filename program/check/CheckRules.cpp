@@ -207,10 +207,13 @@ constexpr std::array Rules{
                u"the number 1, under which Windows looks for versions.",
                u"Include winver.h before the block.", u"(no #include)\nVS_VERSION_INFO VERSIONINFO",
                FindUnseenScripts},
-    TCheckRule{u"script-loss", Note, u"What stamping would change in a resource script without being asked",
-               u"Stamping writes the version block anew, and not all that may stand in one can be kept.",
-               u"Let it be where it does not matter; else set the version by other means.",
-               u"#ifdef _DEBUG\n FILEFLAGS VS_FF_DEBUG\n#endif", FindLossesOfScripts},
+    TCheckRule{
+        u"script-loss", Note, u"What stamping would change in a resource script without being asked",
+        u"Stamping writes the version block anew, and not all that may stand in one can be kept. Numbers, "
+        u"flags and the file's type come from the action: what is named of them is what a step changes "
+        u"that does not state them.",
+        u"Let it be where it does not matter; else set the version by other means.",
+        u"#ifdef _DEBUG\n FILEFLAGS VS_FF_DEBUG\n#endif", FindLossesOfScripts},
     TCheckRule{u"configuration-none", Error,
                u"A solution without the configuration that --configuration asks for",
                u"An action that builds it fails, or builds nothing.",

@@ -34,6 +34,11 @@ std::u16string ConfigurationOf(std::u16string_view condition) {
   return std::u16string(text::Trim(rest.substr(open + 1, close - open - 1)));
 }
 
+// Some generators write identifiers without them.
+std::u16string WithBraces(std::u16string id) {
+  return id.empty() || id.starts_with(u'{') ? std::move(id) : u"{" + id + u"}";
+}
+
 bool NamesConfigurations(std::u16string_view condition) {
   return condition.find(u"$(Configuration)") != std::u16string_view::npos ||
          condition.find(u"$(Platform)") != std::u16string_view::npos;
@@ -147,7 +152,7 @@ private:
       if (auto path = text(); !IsComputed(path))
         facts_.Hints.push_back({std::move(path), u"Reference", line_, conditions_ == 0});
     } else if (name == "Project" && parent == "ProjectReference" && !facts_.References.empty()) {
-      facts_.References.back().Id = text();
+      facts_.References.back().Id = WithBraces(text());
     } else if (isInItem_ && name == "ExcludedFromBuild" && !facts_.Sources.empty()) {
       facts_.Sources.back().IsUsed = false;
     }

@@ -5,12 +5,13 @@
 
 #include <algorithm>
 #include <map>
+#include <unordered_map>
 
 namespace kx::check {
 
 namespace {
 
-using TFirstLines = std::map<std::u16string, int, text::IgnoreCaseLess>;
+using TFirstLines = std::unordered_map<std::u16string, int, text::IgnoreCaseHash, text::IgnoreCaseEqual>;
 
 std::u16string Number(std::size_t count) {
   return text::FromInteger(static_cast<std::int64_t>(count));
@@ -76,7 +77,11 @@ void FindSourcesListedTwice(const TCheckedProject& project, TRuleReport& report)
 }
 
 void FindNoAssemblyInfo(const TCheckedProject& project, TRuleReport& report) {
-  if (project.Facts.IsManaged() && !project.Facts.IsSdkStyle && project.Versions.AssemblyInfos.empty() &&
+  const bool hasOne = std::ranges::any_of(project.Facts.Sources, [](const TListedFile& source) {
+    return source.Kind == u"Compile" && // GlobalAssemblyInfo.cs is one, too
+           text::FindIgnoreCase(source.Path, u"AssemblyInfo") != std::u16string::npos;
+  });
+  if (project.Facts.IsManaged() && !project.Facts.IsSdkStyle && !hasOne &&
       project.Versions.Attributes.empty())
     report.Say(0, u"The project compiles no AssemblyInfo file, so its assembly has no version of its own");
 }

@@ -62,13 +62,15 @@ public:
 
   int Run() {
     MapDrives(common_.Drives);
+    RequireNotWrittenByHand(u"--sarif", text::FromUtf8(arguments_.Sarif));
     for (const auto& file : FilesOf(arguments_))
       CheckFile(file);
     checked_.Files = checker_.FileCount();
     checked_.Findings = checker_.TakeFindings();
     const std::u16string here = platform::CurrentDirectory();
-    SetFingerprints(checked_.Findings, here);
-    if (!arguments_.Sarif.empty()) SaveSarif(here);
+    const bool wantsSarif = !arguments_.Sarif.empty();
+    if (wantsSarif || arguments_.Json) SetFingerprints(checked_.Findings, here); // reads the sources anew
+    if (wantsSarif) SaveSarif(here);
     if (arguments_.Json) {
       WriteCheckedJson(checked_);
     } else {

@@ -208,8 +208,11 @@ TEST(Check, FindsWhatDoesNotFitBetweenASolutionAndItsProjects) {
            "<PropertyGroup Condition=\"'$(Configuration)|$(Platform)'=='Debug|AnyCPU'\"/><ItemGroup>\n" +
            items + "</ItemGroup></Project>";
   };
-  folder.Write("A.csproj", project("<ProjectReference Include=\"B.csproj\"/>\n<ProjectReference "
-                                   "Include=\"..\\X.csproj\"><Project>{x}</Project></ProjectReference>"));
+  folder.Write("A.csproj",
+               project("<ProjectReference Include=\"B.csproj\"/>\n<ProjectReference "
+                       "Include=\"..\\X.csproj\"><Project>{x}</Project></ProjectReference>\n"
+                       "<ProjectReference Include=\"C:\\b\\B.csproj\"><Project>BBBBBBBB-0000-0000-"
+                       "0000-000000000000</Project></ProjectReference>"));
   folder.Write("B.csproj", "<Project><Import Project=\"own.targets\"/></Project>");
   TCheckLevels levels;
   levels.Set(u"reference-order=note");
@@ -217,8 +220,9 @@ TEST(Check, FindsWhatDoesNotFitBetweenASolutionAndItsProjects) {
   checker.CheckSolution(
       folder.Write("App.sln", "Microsoft Visual Studio Solution File, Format Version 10.00\n" +
                                   Projects({"A", "B"}) + Global({"D"}, {"A.D!", "B.D!"})));
-  EXPECT_EQ(Found(checker), (std::vector<std::string>{"2 reference-order 4", "11 configuration-unknown",
-                                                      "2 framework-new", "5 reference-outside"}));
+  EXPECT_EQ(Found(checker),
+            (std::vector<std::string>{"2 reference-order 4", "2 reference-order 6",
+                                      "11 configuration-unknown", "2 framework-new", "5 reference-outside"}));
 }
 
 TEST(Check, SaysWhatTheUserHasMadeOfItsRules) {
