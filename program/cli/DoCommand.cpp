@@ -98,7 +98,7 @@ int Do(const TDoArguments& arguments, const TCommonOptions& common) {
   AddPropertySets(runner.Project(), arguments.SetValues);
   Configure(runner.Project(), arguments);
   GiveSecrets(secrets, runner.Project(), nullptr);
-  const int exitCode = RunProject(runner, session, common);
+  const int exitCode = RunProject(runner, session, common, arguments.Run.Gates);
   if (!common.DryRun) session.SaveOptions();
   return exitCode;
 }
@@ -113,6 +113,7 @@ void DefineDo(CLI::App& command, const TCommonOptions& common, int& exitCode) {
       .add_option("PROPERTIES", arguments->Properties, "Property=Value; repeat a list property for each line")
       ->type_name("Property=Value");
   DefineRunArguments(command, arguments->Run);
+  DefineGates(command, arguments->Run.Gates);
   DefineSecrets(command, arguments->Run.Secrets);
   command
       .add_option("--property-set", arguments->SetValues,

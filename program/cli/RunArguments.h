@@ -1,6 +1,7 @@
 // What run, do and edit take for their runs.
 #pragma once
 
+#include "program/cli/GateArguments.h"
 #include "program/cli/HostSession.h"
 #include "program/runner/Project.h"
 #include "program/runner/Run.h"
@@ -24,6 +25,7 @@ struct TRunArguments {
   std::vector<TSecretArgument> Secrets = {};
   std::vector<std::string> Variables;
   std::vector<std::string> Rules;
+  TGateArguments Gates = {}; // of those that give an exit code
 };
 void DefineRunArguments(CLI::App& command, TRunArguments& arguments);
 void DefineVariables(CLI::App& command, std::vector<std::string>& assignments);

@@ -61,7 +61,7 @@ int RunFile(const TProjectArguments& arguments, const TCommonOptions& common) {
   THostSession session(common);
   TOpenProject project(arguments, session, common.DryRun);
   if (!arguments.NoSave) project.Runner().StoreIn(project.File());
-  const int exitCode = RunProject(project.Runner(), session, common);
+  const int exitCode = RunProject(project.Runner(), session, common, arguments.Run.Gates);
   if (common.DryRun) return exitCode;
   const platform::SaveScope save; // of both, or of neither
   session.SaveOptions();
@@ -101,6 +101,7 @@ std::shared_ptr<TProjectArguments> DefineProject(CLI::App& command) {
 void DefineRun(CLI::App& command, const TCommonOptions& common, int& exitCode) {
   const auto arguments = DefineProject(command);
   DefineRunArguments(command, arguments->Run);
+  DefineGates(command, arguments->Run.Gates);
   DefineSecrets(command, arguments->Run.Secrets);
   command.add_flag("--no-save", arguments->NoSave,
                    "Do not write incremented version numbers back into the project file");

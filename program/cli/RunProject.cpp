@@ -36,11 +36,12 @@ struct TOutputFile {
 };
 
 // Those that are wanted.
-std::vector<TOutputFile> OutputFiles(const TCommonOptions& options) {
+std::vector<TOutputFile> OutputFiles(const TCommonOptions& options, const TGates& gates) {
   std::vector<TOutputFile> files;
   if (!options.LogFile.empty()) files.push_back({u"--log", text::FromUtf8(options.LogFile), true});
   for (const auto& [option, file] : options.Reports)
     files.push_back({text::FromUtf8(option), text::FromUtf8(file)});
+  if (gates.Writes()) files.push_back({u"--baseline", gates.BaselineFile()});
   return files;
 }
 
@@ -66,9 +67,10 @@ void RequireWritable(const TOutputFile& output) {
 
 // Before anything is opened: what a run leaves never takes the place of what it reads, nor of something else
 // that it leaves.
-void RequireHarmlessOutput(const TCommonOptions& options, TProjectRunner& runner, THostSession& session) {
+void RequireHarmlessOutput(const TCommonOptions& options, const TGates& gates, TProjectRunner& runner,
+                           THostSession& session) {
   std::vector<std::u16string> taken{runner.Project().FileName, session.Store().FileName(), session.KeyFile()};
-  for (const TOutputFile& output : OutputFiles(options)) {
+  for (const TOutputFile& output : OutputFiles(options, gates)) {
     RequireNotWrittenByHand(output.Option, output.File);
     const bool isTaken = std::ranges::any_of(
         taken, [&output](const auto& own) { return !own.empty() && IsSameFile(output.File, own); });
@@ -175,9 +177,11 @@ bool EndLog(TJsonLinesSink* log, const TCommonOptions& options, std::string& lin
 
 } // namespace
 
-int RunProject(TProjectRunner& runner, THostSession& session, const TCommonOptions& options) {
+int RunProject(TProjectRunner& runner, THostSession& session, const TCommonOptions& options,
+               const TGateArguments& gateArguments) {
+  const TGates gates(gateArguments, runner.Project().Gates);
   const TPalette palette = ChoosePalette(options.Color);
-  RequireHarmlessOutput(options, runner, session);
+  RequireHarmlessOutput(options, gates, runner, session);
   const auto log = OpenLog(options);
   if (log) runner.AddSink(*log);
   TReports reports(options, runner);
@@ -194,8 +198,12 @@ int RunProject(TProjectRunner& runner, THostSession& session, const TCommonOptio
   const bool reported = reports.Write(report, lines);
   const bool logged = EndLog(log.get(), options, lines);
   if (options.Verbosity != TVerbosity::Quiet) end += lines;
+  int exitCode = ExitCodeOf(report);
+  if (!options.DryRun) {
+    const TFound found{report.Findings, report.MoreFindings, report.Root, IsSuccess(report.Result)};
+    exitCode = gates.Apply(found, palette, exitCode, end);
+  }
   Print(end);
-  const int exitCode = ExitCodeOf(report);
   // Whoever asked for them goes by them.
   return exitCode == ExitSuccess && !(reported && logged) ? ExitFailed : exitCode;
 }

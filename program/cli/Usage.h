@@ -14,6 +14,7 @@ inline constexpr int ExitSuccess = 0;
 inline constexpr int ExitFailed = 1;
 inline constexpr int ExitUsage = 2;
 inline constexpr int ExitInvalid = 3; // project file or validation
+inline constexpr int ExitGate = 4;    // all well, but for what findings are allowed
 inline constexpr int ExitStopped = 130;
 
 // The command line is wrong: exit code ExitUsage.

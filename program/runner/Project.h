@@ -3,6 +3,7 @@
 
 #include "contract/Iterator.h"
 #include "foundation/text/Text.h"
+#include "program/findings/Gates.h"
 #include "program/runner/ServiceRegistry.h"
 #include "program/runner/VerdictRules.h"
 
@@ -153,6 +154,7 @@ public:
   TProjectVariables Variables;
   TProjectPropertySets PropertySets;
   TRuleSettings Rules;
+  TGateSettings Gates; // a file in it as a full path
 
   std::u16string Directory() const; // of the file; the current folder without one
   const TServiceRegistry& Services() const { return services_; }

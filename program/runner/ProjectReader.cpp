@@ -2,6 +2,7 @@
 
 #include "foundation/text/Exceptions.h"
 #include "foundation/text/Text.h"
+#include "foundation/text/WindowsPath.h"
 #include "program/runner/Messages.h"
 
 #include <algorithm>
@@ -33,13 +34,14 @@ public:
     if (root.Name != u"BuildProject")
       Refuse(root, u"Not a build project: expected <BuildProject>, not <" + root.Name + u">.");
     CheckAttributes(root, std::array<std::u16string_view, 1>{u"Name"});
-    CheckChildren(root,
-                  std::array<std::u16string_view, 4>{u"Variables", u"PropertySets", u"Rules", ActionsName});
+    CheckChildren(root, std::array<std::u16string_view, 5>{u"Variables", u"PropertySets", u"Rules", u"Gates",
+                                                           ActionsName});
     CheckOnce(root);
     project_.Name = root.Attribute(u"Name").value_or(u"");
     if (const auto* variables = root.Child(u"Variables")) ReadVariables(*variables);
     if (const auto* sets = root.Child(u"PropertySets")) ReadPropertySets(*sets);
     if (const auto* rules = root.Child(u"Rules")) ReadRules(*rules);
+    if (const auto* gates = root.Child(u"Gates")) ReadGates(*gates);
     if (const auto* actions = root.Child(ActionsName)) ReadActions(*actions, nullptr);
   }
 
@@ -119,6 +121,20 @@ private:
       } catch (const EKxException& error) {
         Refuse(element, error.Message());
       }
+    }
+  }
+
+  void ReadGates(const TProjectElement& element) {
+    CheckAttributes(element, std::array<std::u16string_view, 3>{u"Baseline", u"FailOn", u"MaxWarnings"});
+    CheckChildren(element, {});
+    TGateSettings& gates = project_.Gates;
+    if (const auto file = element.Attribute(u"Baseline"); file && !file->empty())
+      gates.Baseline = text::ExpandPath(*file, text::ExtractFileDir(fileName_));
+    try {
+      if (const auto word = element.Attribute(u"FailOn")) gates.FailOn = ReadFailOn(*word);
+      if (const auto number = element.Attribute(u"MaxWarnings")) gates.MaxWarnings = ReadMaxWarnings(*number);
+    } catch (const EKxException& error) {
+      Refuse(element, error.Message());
     }
   }
 

@@ -1,0 +1,53 @@
+"""What tools, tests and rules find wrong: one list, the files that are made of it, and the gates over it."""
+import json
+import unittest
+
+import e2e
+
+
+class FindingsTest(e2e.EndToEndTest):
+    def setUp(self):
+        super().setUp()
+        self.write_tool('cat "$(dirname "$0")/output"; exit 0')
+        self.write("Own.sln", e2e.solution("a.csproj", configuration="Debug|Any CPU"))
+        self.write("p.kxproj", e2e.project(e2e.build("Own.sln", 'Name="Build"')))
+
+    def run_with(self, *lines, code=0, arguments=()):
+        self.write("tools/output", "\n".join(lines) + "\n")
+        return self.host("run", "p.kxproj", "--log", "log.jsonl", *arguments, *self.tools, code=code)
+
+    def test_only_what_is_new_stops_a_run(self):
+        baseline = ("--baseline", "known.txt")
+        old = "a.c({},5): warning C4101: unused 'x'"
+        self.write("a.c", "int f() {\n  int x;\n}\n")
+        shown = self.run_with(old.format(2), arguments=baseline)
+        self.assertIn("nothing is held up; --write-baseline writes it", shown)
+        self.run_with(old.format(2), arguments=(*baseline, "--write-baseline"))
+        self.assertRegex(self.read("known.txt"), r"(?m)^[0-9a-f]{16} a\.c: warning C4101: unused 'x'$")
+        self.write("a.c", "\n\nint f() {\n  int x;\n}\n")
+        self.assertIn("0 new, 1 known, 0 fixed\n", self.run_with(old.format(4), arguments=baseline))
+        shown = self.run_with(old.format(4), "a.c(5): warning C4717: f", arguments=baseline, code=4)
+        self.assertIn("1 new, 1 known, 0 fixed\na.c:5: warning C4717: f\nStopped by a gate: 1 new warning", shown)
+        self.run_with(old.format(4), arguments=("--max-warnings", "0"), code=4)
+        self.write("p.kxproj", self.read("p.kxproj").replace("<Actions>", '<Gates FailOn="warning"/><Actions>', 1))
+        self.run_with(old.format(4), code=4)
+        self.run_with(old.format(4), arguments=("--fail-on", "never"))
+        self.host("run", "p.kxproj", "--write-baseline", *self.tools, code=2)
+
+    def test_files_for_other_programs_hold_each_thing_once(self):
+        self.run_with("2>b c.c(3): warning C1: {t}", "3>b c.c(3): warning C1: {t}", "LINK : fatal error LNK1104: no",
+                      "b.h(1) : see declaration of 'z'",
+                      arguments=("--sarif", "f.sarif", "--code-quality", "q.json", "--rule", "errors-counted=off"))
+        found = self.events("finding")
+        self.assertEqual([(one["rule"], one["line"], one["occurrences"], one["action"]) for one in found],
+                         [("C1", 3, 2, "Build"), ("LNK1104", None, 1, "Build")])
+        sarif = json.loads(self.read("f.sarif"))["runs"][0]
+        places = [one["locations"][0]["physicalLocation"]["artifactLocation"] for one in sarif["results"]]
+        self.assertEqual([place["uri"] for place in places], ["p.kxproj", "b%20c.c"])
+        self.assertEqual([one["message"]["text"] for one in sarif["results"]], ["no", "{{t}}"])
+        self.assertEqual({one["fingerprint"] for one in json.loads(self.read("q.json"))},
+                         {one["fingerprint"] for one in found})
+
+
+if __name__ == "__main__":
+    unittest.main()
