@@ -57,6 +57,7 @@ void TConsoleSink::On(const TRunEvent& event) {
   if (verbosity_ == TVerbosity::Diagnostic) stamp_ = TimeStamp(event.Time);
   seconds_ = std::chrono::floor<std::chrono::seconds>(event.Time).time_since_epoch().count();
   status_.SetCounts(event.SoFar);
+  suiteNames_.On(event);
   std::visit([this, &event](const auto& what) { Show(event.Depth, what); }, event.What);
 }
 
@@ -83,13 +84,19 @@ void TConsoleSink::EndTitle() {
 
 bool TConsoleSink::Annotate(std::u16string_view text, TStatusTag status) {
   if (ci_ == nullptr || (status != TStatusTag::stError && status != TStatusTag::stWarning)) return false;
-  const auto severity = status == TStatusTag::stError ? TFindingSeverity::Error : TFindingSeverity::Warning;
   const std::u16string visible = text::VisibleControls(text);
   auto finding = ReadDiagnostic(visible);
   if (!finding) finding = TFinding{.Message = visible};
-  finding->Severity = severity;
-  const TCiCommand command = ci_->Problem(*finding, ciRoot_);
-  if (command.IsEmpty()) return false;
+  finding->Severity = status == TStatusTag::stError ? TFindingSeverity::Error : TFindingSeverity::Warning;
+  return Annotate(*finding);
+}
+
+bool TConsoleSink::Annotate(const TFinding& finding) {
+  const TCiCommand command = ci_->Problem(finding, ciRoot_);
+  int& marked = ciProblems_[finding.Severity];
+  if (command.IsEmpty() || marked >= ci_->MostProblems || !ciMarked_.insert(TextOf(finding)).second)
+    return false;
+  ++marked;
   PrintCommand(command);
   return true;
 }
@@ -157,7 +164,30 @@ void TConsoleSink::Show(int depth, const TGroupEnded& event) {
   EndTitle();
 }
 
+void TConsoleSink::ShowTests(const TMetricSent& event) {
+  const std::u16string* xml = TestSuiteXml(event.Metric);
+  const auto suite = xml != nullptr ? ReadTestSuite(suiteNames_.Rename(*xml)) : std::nullopt;
+  if (!suite) return;
+  for (const auto& command : ci_->Tests(*suite))
+    PrintCommand(command);
+}
+
+void TConsoleSink::Show(int /*depth*/, const TRunEnded& event) {
+  if (ci_ == nullptr) return;
+  if (ci_->Findings == nullptr) {
+    // What no message of the log has shown as a problem: lines of tools that the log shows as they are.
+    for (const auto& finding : event.Report.Findings)
+      if (finding.Severity != TFindingSeverity::Note &&
+          (!finding.Code.empty() || !finding.Place.File.empty()))
+        Annotate(finding);
+    return;
+  }
+  for (const auto& command : ci_->Findings(event.Report.Findings, event.Report.Root))
+    PrintCommand(command);
+}
+
 void TConsoleSink::Show(int depth, const TMetricSent& event) {
+  if (ci_ != nullptr && ci_->Tests != nullptr) ShowTests(event);
   if (verbosity_ < TVerbosity::Detailed) return;
   const TKxMetric& metric = event.Metric;
   Line(depth, palette_.Dim("metric " + NameForTerminal(metric.Category + u"." + metric.Name) + " = " +

@@ -11,7 +11,9 @@
 #include "program/report/ResultRows.h"
 #include "program/runner/Events.h"
 
+#include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,11 +32,14 @@ private:
   void Show(int depth, const TGroupStarted& event);
   void Show(int depth, const TGroupEnded& event);
   void Show(int depth, const TMetricSent& event);
-  void Show(int /*depth*/, const TRunEnded& /*event*/) {}
+  void Show(int depth, const TRunEnded& event);
+  void ShowTests(const TMetricSent& event);
   void Line(int depth, std::string_view text);
   void Title(int depth, std::u16string_view title, const std::string& painted);
   void EndTitle();
+  // False for what an ordinary line says.
   bool Annotate(std::u16string_view text, TStatusTag status);
+  bool Annotate(const TFinding& finding);
   bool Shows(TStatusTag status) const;
   bool Shows(const TMessageSent& message) const;
 
@@ -46,6 +51,9 @@ private:
   std::u16string ciRoot_;
   std::vector<std::pair<int, std::u16string>> ciGroups_; // open ones by id and title; 0: not shown as one
   int ciGroupCount_ = 0;
+  std::map<TFindingSeverity, int> ciProblems_; // that were marked
+  std::set<std::u16string> ciMarked_;          // a summary of a tool says them again
+  TSuiteNames suiteNames_;
   std::int64_t seconds_ = 0; // of the current event, since 1970
 };
 

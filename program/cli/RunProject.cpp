@@ -2,6 +2,7 @@
 
 #include "foundation/platform/Console.h"
 #include "foundation/platform/Files.h"
+#include "foundation/platform/System.h"
 #include "foundation/text/Encoding.h"
 #include "foundation/text/WindowsPath.h"
 #include "program/cli/CommonOptions.h"
@@ -16,6 +17,8 @@
 #include "program/runner/Project.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
 #include <memory>
 #include <vector>
 
@@ -162,6 +165,21 @@ std::string ClosingList(const TRunReport& report, const TCommonOptions& options,
   return lines.empty() ? lines : "\n" + lines;
 }
 
+// The page that a CI system shows beside the log. It is a courtesy: what cannot be written is left out.
+void GiveCiSummary(const TCiDialect* ci, const TRunReport& report) {
+  if (ci == nullptr || ci->SummaryVariable.empty()) return;
+  const std::u16string given = platform::EnvironmentVariable(ci->SummaryVariable).value_or(u"");
+  if (given.empty()) return;
+  const std::string page = CiSummary(report);
+  if (ci->Summary == nullptr) {
+    std::ofstream(std::filesystem::path(platform::ResolveForWriting(given)), std::ios::binary | std::ios::app)
+        << page;
+    return;
+  }
+  const std::u16string file = text::JoinPath(given, u"kxhost-summary.md");
+  if (platform::SaveFile(file, page)) PrintCommand(ci->Summary(file));
+}
+
 // The same for the log.
 bool EndLog(TJsonLinesSink* log, const TCommonOptions& options, std::string& lines) {
   if (log == nullptr) return true;
@@ -198,6 +216,7 @@ int RunProject(TProjectRunner& runner, THostSession& session, const TCommonOptio
   const bool reported = reports.Write(report, lines);
   const bool logged = EndLog(log.get(), options, lines);
   if (options.Verbosity != TVerbosity::Quiet) end += lines;
+  if (!options.DryRun) GiveCiSummary(ChooseCi(options.Ci), report);
   int exitCode = ExitCodeOf(report);
   if (!options.DryRun) {
     const TFound found{report.Findings, report.MoreFindings, report.Root, IsSuccess(report.Result)};

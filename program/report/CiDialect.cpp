@@ -4,10 +4,14 @@
 #include "foundation/text/Encoding.h"
 #include "foundation/text/Text.h"
 #include "foundation/text/WindowsPath.h"
+#include "program/findings/SourceFiles.h"
 #include "program/report/CiGuard.h"
+#include "program/report/ResultRows.h"
 
 #include <algorithm>
 #include <array>
+#include <initializer_list>
+#include <set>
 #include <span>
 #include <utility>
 
@@ -40,19 +44,12 @@ std::string Escaped(std::u16string_view text, std::span<const TEscape> escapes) 
   return text::ToUtf8(out);
 }
 
-// The path as seen from `root`, with the separators that these systems use.
-std::u16string SeenFrom(std::u16string_view root, std::u16string_view file) {
-  std::u16string path = text::ReplaceAll(file, u"\\", u"/");
-  const std::u16string folder = text::ReplaceAll(root, u"\\", u"/") + u"/";
-  return folder.size() > 1 && text::StartsWithIgnoreCase(path, folder) ? path.substr(folder.size()) : path;
-}
-
 std::string Number(int number) {
   return std::to_string(number);
 }
 
 // Of a title that is shown as it stands.
-constexpr std::array<TEscape, 1> OneLine{{{u'\n', u" "}}};
+constexpr std::array<TEscape, 1> NoLineEnds{{{u'\n', u" "}}};
 
 // --- GitHub Actions ---
 
@@ -86,7 +83,7 @@ constexpr std::array<TEscape, 5> AzureProperty{
 
 // Such a line is shown as it stands, nothing in it is decoded.
 TCiCommand AzureStart(std::u16string_view title, int /*id*/, std::int64_t /*time*/) {
-  return Command("##[group]" + Escaped(title, OneLine));
+  return Command("##[group]" + Escaped(title, NoLineEnds));
 }
 TCiCommand AzureEnd(std::u16string_view /*title*/, int /*id*/, std::int64_t /*time*/) {
   return Command("##[endgroup]");
@@ -102,6 +99,10 @@ TCiCommand AzureProblem(const TFinding& finding, std::u16string_view root) {
   constexpr std::array<TEscape, 3> message{{{u'%', u"%AZP25"}, {u'\r', u"%0D"}, {u'\n', u"%0A"}}};
   return Command(command + "]" + Escaped(finding.Message, message));
 }
+TCiCommand AzureSummary(std::u16string_view file) {
+  return Command("##vso[task.uploadsummary]" + Escaped(file, AzureProperty));
+}
+
 // --- TeamCity ---
 
 constexpr std::array<TEscape, 7> TeamCityValue{{{u'|', u"||"},
@@ -144,6 +145,81 @@ TCiCommand TeamCityProblem(const TFinding& finding, std::u16string_view root) {
                  (finding.Severity == TFindingSeverity::Error ? "ERROR" : "WARNING") + "']");
 }
 
+using TTeamCityValue = std::pair<const char*, std::u16string>;
+
+TCiCommand TeamCityMessage(const char* name, std::initializer_list<TTeamCityValue> values) {
+  std::string line = std::string("##teamcity[") + name;
+  for (const auto& [key, value] : values)
+    line += std::string(" ") + key + "='" + TeamCityText(value) + "'";
+  return Command(line + "]");
+}
+
+constexpr std::size_t LongestName = 255;         // that TeamCity takes
+constexpr std::size_t LongestDescription = 3900; // with room for what escaping adds
+
+// "1.250" as "1250".
+std::u16string Milliseconds(std::u16string_view seconds) {
+  const std::size_t dot = std::min(seconds.find(u'.'), seconds.size());
+  const std::u16string_view fraction = dot < seconds.size() ? seconds.substr(dot + 1, 3) : u"";
+  return text::FromInteger(std::int64_t{text::ToIntegerOr(seconds.substr(0, dot), 0)} * 1000 +
+                           text::ToIntegerOr(fraction, 0));
+}
+
+std::vector<TCiCommand> TeamCityTests(const TReportedSuite& suite) {
+  std::vector<TCiCommand> commands{TeamCityMessage("testSuiteStarted", {{"name", suite.Name}})};
+  for (const auto& test : suite.Tests) {
+    if (test.Skipped) {
+      commands.push_back(TeamCityMessage("testIgnored", {{"name", test.Name}}));
+      continue;
+    }
+    commands.push_back(TeamCityMessage("testStarted", {{"name", test.Name}}));
+    if (test.Failed)
+      commands.push_back(TeamCityMessage(
+          "testFailed", {{"name", test.Name}, {"message", test.Message}, {"details", test.StackTrace}}));
+    commands.push_back(
+        TeamCityMessage("testFinished", {{"name", test.Name}, {"duration", Milliseconds(test.Seconds)}}));
+  }
+  commands.push_back(TeamCityMessage("testSuiteFinished", {{"name", suite.Name}}));
+  return commands;
+}
+
+std::u16string TeamCitySeverity(TFindingSeverity severity) {
+  switch (severity) {
+  case TFindingSeverity::Note:
+    return u"INFO";
+  case TFindingSeverity::Warning:
+    return u"WARNING";
+  default:
+    return u"ERROR";
+  }
+}
+
+// What has a file is an inspection; an error without one a build problem.
+std::vector<TCiCommand> TeamCityFindings(std::span<const TFinding> findings, std::u16string_view root) {
+  std::vector<TCiCommand> commands;
+  std::set<std::u16string> rules;
+  for (const auto& finding : findings) {
+    const std::u16string rule = finding.Rule.substr(0, LongestName);
+    const std::u16string message = finding.Message.substr(0, LongestDescription);
+    if (finding.Place.File.empty()) {
+      if (finding.Severity == TFindingSeverity::Error)
+        commands.push_back(TeamCityMessage(
+            "buildProblem", {{"description", rule + u": " + message},
+                             {"identity", u"kx_" + text::ReplaceAll(finding.Fingerprint, u"-", u"_")}}));
+      continue;
+    }
+    if (rules.insert(rule).second)
+      commands.push_back(TeamCityMessage(
+          "inspectionType", {{"id", rule}, {"name", rule}, {"category", u"kxhost"}, {"description", rule}}));
+    commands.push_back(TeamCityMessage("inspection", {{"typeId", rule},
+                                                      {"file", SeenFrom(root, finding.Place.File)},
+                                                      {"line", text::FromInteger(finding.Place.Line)},
+                                                      {"message", message},
+                                                      {"SEVERITY", TeamCitySeverity(finding.Severity)}}));
+  }
+  return commands;
+}
+
 // --- GitLab ---
 
 std::string GitLabSection(const char* kind, int id, std::int64_t time) {
@@ -151,7 +227,7 @@ std::string GitLabSection(const char* kind, int id, std::int64_t time) {
          "\r\x1b[0K";
 }
 TCiCommand GitLabStart(std::u16string_view title, int id, std::int64_t time) {
-  return Command(GitLabSection("start", id, time) + Escaped(title, OneLine));
+  return Command(GitLabSection("start", id, time) + Escaped(title, NoLineEnds));
 }
 TCiCommand GitLabEnd(std::u16string_view /*title*/, int id, std::int64_t time) {
   return Command(GitLabSection("end", id, time));
@@ -161,12 +237,49 @@ TCiCommand GitLabProblem(const TFinding& /*finding*/, std::u16string_view /*root
 }
 
 constexpr std::array<TCiDialect, 4> Dialects{
-    {{"github", u"GITHUB_ACTIONS", false, GitHubStart, GitHubEnd, GitHubProblem, u"GITHUB_WORKSPACE"},
-     {"azure", u"TF_BUILD", false, AzureStart, AzureEnd, AzureProblem, u"BUILD_SOURCESDIRECTORY"},
-     {"teamcity", u"TEAMCITY_VERSION", true, TeamCityStart, TeamCityEnd, TeamCityProblem, u""},
+    {{"github", u"GITHUB_ACTIONS", false, GitHubStart, GitHubEnd, GitHubProblem, u"GITHUB_WORKSPACE", 10,
+      nullptr, nullptr, u"GITHUB_STEP_SUMMARY"},
+     {"azure", u"TF_BUILD", false, AzureStart, AzureEnd, AzureProblem, u"BUILD_SOURCESDIRECTORY", 10, nullptr,
+      nullptr, u"AGENT_TEMPDIRECTORY", AzureSummary},
+     {"teamcity", u"TEAMCITY_VERSION", true, TeamCityStart, TeamCityEnd, TeamCityProblem, u"",
+      std::numeric_limits<int>::max(), TeamCityTests, TeamCityFindings},
      {"gitlab", u"GITLAB_CI", true, GitLabStart, GitLabEnd, GitLabProblem, u""}}};
 
 } // namespace
+
+std::string CiSummary(const TRunReport& report) {
+  constexpr std::size_t mostRows = 500; // GitHub takes a mebibyte of a step
+  constexpr std::size_t longestCell = 500;
+  std::vector<const TFinding*> rows;
+  for (const auto& finding : report.Findings)
+    if (finding.Severity != TFindingSeverity::Note) rows.push_back(&finding);
+  std::ranges::stable_sort(rows, std::ranges::greater(), &TFinding::Severity);
+  const std::size_t all = rows.size() + static_cast<std::size_t>(report.MoreFindings);
+  if (rows.size() > mostRows) rows.resize(mostRows);
+  const auto cell = [](std::u16string_view text) {
+    constexpr std::array<TEscape, 8> escapes{{{u'|', u"\\|"},
+                                              {u'<', u"&lt;"},
+                                              {u'>', u"&gt;"},
+                                              {u'&', u"&amp;"},
+                                              {u'`', u"\\`"},
+                                              {u'[', u"\\["},
+                                              {u'*', u"\\*"},
+                                              {u'_', u"\\_"}}};
+    return Escaped(OneLine(text).substr(0, longestCell), escapes);
+  };
+  std::string page =
+      std::string("### kxhost: ") + WordOf(report.Result) + "\n\n" + TotalsText(report) + "\n\n";
+  if (rows.empty()) return page;
+  page += "| | Place | |\n|---|---|---|\n";
+  for (const auto* finding : rows) {
+    std::u16string place = SeenFrom(report.Root, finding->Place.File);
+    if (finding->Place.Line > 0) place += u":" + text::FromInteger(finding->Place.Line);
+    page += "| " + std::string(WordOf(finding->Severity)) + " " + cell(finding->Rule) + " | " + cell(place) +
+            " | " + cell(finding->Message) + " |\n";
+  }
+  if (all > rows.size()) page += "\nand " + std::to_string(all - rows.size()) + " more\n";
+  return page;
+}
 
 const TCiDialect* FindCiDialect(std::string_view name) {
   const auto* const found = std::ranges::find(Dialects, name, &TCiDialect::Name);

@@ -6,11 +6,16 @@
 #pragma once
 
 #include "program/findings/Finding.h"
+#include "program/runner/Results.h"
+#include "program/runner/TestSuites.h"
 
 #include <cstdint>
+#include <limits>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace kx {
 
@@ -41,7 +46,21 @@ struct TCiDialect {
   // A warning or an error; `root` is the folder that the system's own paths are seen from, or empty.
   TCiCommand (*Problem)(const TFinding& finding, std::u16string_view root);
   std::u16string_view RootVariable; // names the folder for Problem; may be empty
+  // Of one severity; the system shows no more of a step.
+  int MostProblems = std::numeric_limits<int>::max();
+  // A run of unit tests, and all that was wrong at the end of a run, as results of their own; null: the
+  // system takes them from files, or not at all.
+  std::vector<TCiCommand> (*Tests)(const TReportedSuite& suite) = nullptr;
+  std::vector<TCiCommand> (*Findings)(std::span<const TFinding> findings, std::u16string_view root) = nullptr;
+  // Names the file that a page beside the log (CiSummary) is appended to, or, where Summary is set, the
+  // folder for a file of it, which Summary then hands over; empty: there is none.
+  std::u16string_view SummaryVariable = {};
+  TCiCommand (*Summary)(std::u16string_view file) = nullptr;
 };
+
+// Markdown: how the run ended, and its warnings and errors, the most severe first; so many that the systems
+// take them.
+std::string CiSummary(const TRunReport& report);
 
 // "github", "azure", "teamcity", "gitlab"; null for another name.
 const TCiDialect* FindCiDialect(std::string_view name);

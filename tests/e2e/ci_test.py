@@ -12,8 +12,8 @@ LINE_ENDS = re.compile("[\n\r\x0b\x0c\x1c-\x1e\x85\u2028\u2029]")
 SYSTEMS = {
     "github": (f"^[\\s{INVISIBLE}]*:[{INVISIBLE}]*:(?P<a>[^:, ]*)|##\\[(?P<b>[^\\] ]*)",
                {"group", "endgroup", "error", "warning"}),
-    "azure": ("##vso\\[(?P<a>[^\\] ]*)|##\\[(?P<b>[^\\] ]*)", {"group", "endgroup", "task.logissue"}),
-    "teamcity": ("(?i)##teamcity\\[(?P<a>[^\\] ]*)(?P<b>)", {"blockOpened", "blockClosed", "message"}),
+    "azure": ("##vso\\[(?P<a>[^\\] ]*)|##\\[(?P<b>[^\\] ]*)", {"group", "endgroup", "task.logissue", "task.uploadsummary"}),
+    "teamcity": ("(?i)##teamcity\\[(?P<a>[^\\] ]*)(?P<b>)", {"blockOpened", "blockClosed", "message", "inspectionType", "inspection", "buildProblem"}),
     "gitlab": ("\x1b\\[0K(?P<a>section_(?:start|end):\\d+:kxhost_|section_start:1:a)?(?P<b>)", None),
 }
 COMMANDS = {

@@ -12,9 +12,9 @@ class FindingsTest(e2e.EndToEndTest):
         self.write("Own.sln", e2e.solution("a.csproj", configuration="Debug|Any CPU"))
         self.write("p.kxproj", e2e.project(e2e.build("Own.sln", 'Name="Build"')))
 
-    def run_with(self, *lines, code=0, arguments=()):
+    def run_with(self, *lines, code=0, arguments=(), **environment):
         self.write("tools/output", "\n".join(lines) + "\n")
-        return self.host("run", "p.kxproj", "--log", "log.jsonl", *arguments, *self.tools, code=code)
+        return self.host("run", "p.kxproj", "--log", "log.jsonl", *arguments, *self.tools, code=code, **environment)
 
     def test_only_what_is_new_stops_a_run(self):
         baseline = ("--baseline", "known.txt")
@@ -47,6 +47,19 @@ class FindingsTest(e2e.EndToEndTest):
         self.assertEqual([one["message"]["text"] for one in sarif["results"]], ["no", "{{t}}"])
         self.assertEqual({one["fingerprint"] for one in json.loads(self.read("q.json"))},
                          {one["fingerprint"] for one in found})
+
+    def test_ci_systems_get_what_they_show(self):
+        lines = [f"{self.folder}/d|e.c({i}): warning C{i}: <t>" for i in range(1, 13)] + ["LINK : fatal error LNK1104: no"]
+        off = ("--rule", "errors-counted=off", "--ci")
+        for i in range(2):  # appended, not replaced
+            github = self.run_with(*lines, *lines, arguments=(*off, "github"), GITHUB_STEP_SUMMARY=f"{self.folder}/step.md")
+        self.assertEqual(github.count("::warning "), 10)
+        self.assertEqual(self.read("step.md").count(r"| warning C12 | d\|e.c:12 | &lt;t&gt; |"), 2)
+        azure = self.run_with(*lines, arguments=(*off, "azure"), AGENT_TEMPDIRECTORY=str(self.folder))
+        self.assertIn(f"##vso[task.uploadsummary]{self.folder}/kxhost-summary.md\n", azure)
+        teamcity = self.run_with(*lines, arguments=(*off, "teamcity"))
+        self.assertIn("##teamcity[inspection typeId='C12' file='d||e.c' line='12' message='<t>' SEVERITY='WARNING'", teamcity)
+        self.assertRegex(teamcity, r"##teamcity\[buildProblem description='LNK1104: no' identity='kx_[0-9a-f]{16}'\]")
 
 
 if __name__ == "__main__":
