@@ -30,8 +30,8 @@ void DefineActions(CLI::App& command, const TCommonOptions& common, int& exitCod
 void DefineOptions(CLI::App& command, const TCommonOptions& common, int& exitCode);
 void DefineEdit(CLI::App& command, const TCommonOptions& common, int& exitCode);
 
-inline constexpr const char* CodesOfRuns =
-    "0 success, 1 the run failed, 2 wrong usage, 3 invalid project file or settings, 4 stopped by a gate, 130 stopped with Ctrl-C";
+inline constexpr const char* CodesOfRuns = "0 success, 1 the run failed, 2 wrong usage, 3 invalid project "
+                                           "file or settings, 4 stopped by a gate, 130 stopped with Ctrl-C";
 inline constexpr const char* CodesOfLooks = "0 success, 1 not found or not readable, 2 wrong usage";
 
 inline constexpr std::array<TCommand, 10> Commands{{
