@@ -2,6 +2,7 @@
 #include "program/cli/CheckOutput.h"
 #include "program/cli/Commands.h"
 #include "program/cli/FileKinds.h"
+#include "program/cli/GateArguments.h"
 #include "program/cli/HostSession.h"
 #include "program/cli/Output.h"
 #include "program/cli/Usage.h"
@@ -30,6 +31,7 @@ struct TCheckArguments {
   std::vector<std::string> Variables;
   std::string Configuration;
   std::string Sarif;
+  TGateArguments Gates;
   bool Json = false;
 };
 
@@ -58,7 +60,7 @@ std::vector<std::u16string> FilesOf(const TCheckArguments& arguments) {
 class TCheckRun {
 public:
   TCheckRun(const TCheckArguments& arguments, const TCommonOptions& common)
-      : arguments_(arguments), common_(common), checker_(LevelsOf(arguments)) {}
+      : arguments_(arguments), common_(common), gates_(arguments.Gates, {}), checker_(LevelsOf(arguments)) {}
 
   int Run() {
     MapDrives(common_.Drives);
@@ -69,14 +71,15 @@ public:
     checked_.Findings = checker_.TakeFindings();
     const std::u16string here = platform::CurrentDirectory();
     const bool wantsSarif = !arguments_.Sarif.empty();
-    if (wantsSarif || arguments_.Json) SetFingerprints(checked_.Findings, here); // reads the sources anew
+    if (wantsSarif || arguments_.Json || HasGate()) // it reads the sources anew
+      SetFingerprints(checked_.Findings, here);
     if (wantsSarif) SaveSarif(here);
     if (arguments_.Json) {
       WriteCheckedJson(checked_);
     } else {
       ShowChecked(checked_, common_);
     }
-    return CountOf(checked_.Findings).Errors == 0 ? ExitSuccess : ExitFailed;
+    return ApplyGates(here);
   }
 
 private:
@@ -105,6 +108,24 @@ private:
         check::ReadBuildProjectFacts(file, session_->Services(), session_->Stop(), settings));
   }
 
+  bool HasGate() const {
+    return !gates_.BaselineFile().empty() || !arguments_.Gates.FailOn.empty() ||
+           !arguments_.Gates.MaxWarnings.empty();
+  }
+
+  // Errors fail the command unless the user has said what does.
+  int ApplyGates(const std::u16string& root) const {
+    const bool isGoverned = !gates_.BaselineFile().empty() || !arguments_.Gates.FailOn.empty();
+    const bool fails = !isGoverned && CountOf(checked_.Findings).Errors > 0;
+    const int own = fails ? ExitFailed : ExitSuccess;
+    if (!HasGate()) return own;
+    std::string lines;
+    const int exitCode =
+        gates_.Apply({.Findings = checked_.Findings, .Root = root}, ChoosePalette(common_.Color), own, lines);
+    arguments_.Json ? PrintError(lines) : Print(lines); // an object stays one
+    return exitCode;
+  }
+
   void SaveSarif(const std::u16string& root) const {
     const TSarifSettings settings{.Root = root,
                                   .Explain =
@@ -126,6 +147,7 @@ private:
 
   const TCheckArguments& arguments_;
   const TCommonOptions& common_;
+  TGates gates_;
   check::TChecker checker_;
   editor::TEditorDesign design_; // with it the plug-ins register the pages, which know what has an effect
   std::unique_ptr<THostSession> session_;
@@ -139,6 +161,7 @@ void DefineCheck(CLI::App& command, const TCommonOptions& common, int& exitCode)
   command.add_option("PATH", arguments->Paths, "Solutions, projects, build projects, and folders with them")
       ->required();
   DefineVariables(command, arguments->Variables);
+  DefineGates(command, arguments->Gates);
   command.add_flag("--json", arguments->Json, "Write one object of JSON");
   command
       .add_option("--rule", arguments->Rules,

@@ -74,8 +74,9 @@ inline constexpr std::array<TCommand, 10> Commands{{
      "check . --json\n"
      "check nightly.kxproj --set Root=/src --sarif findings.sarif\n"
      "check App.sln --configuration Rel.*\n"
+     "check . --baseline known.txt --write-baseline\n"
      "check App.sln --rule path-case=error --rule solution-format=off\n",
-     "0 no errors, 1 errors, or not found, 2 wrong usage"},
+     "0 no errors, 1 errors, or not found, 2 wrong usage, 4 a gate is not met"},
     {"explain", "Say what a rule of check is about, or list them all", DefineExplain,
      "explain\n"
      "explain solution-cycle\n",

@@ -221,6 +221,13 @@ Circle, passed over by the order: A needs B, B needs C, C needs A
         self.assertNotIn((2, "variable-unused"), rules)
         results = json.loads(self.read("found.sarif"))["runs"][0]["results"]
         self.assertEqual([each["ruleId"] for each in results], [rule for _, rule in rules])
+        baseline = "check", "all.kxproj", "broken.kxproj", "--baseline", "known.txt"
+        self.assertIn("--write-baseline writes it", self.host(*baseline))
+        self.host(*baseline, "--write-baseline")
+        self.assertIn(" 0 new, ", self.host(*baseline))
+        self.write("broken.kxproj", "<BuildProject>\n<New/></BuildProject>")
+        self.assertIn(" 1 new, ", self.host(*baseline, code=4))
+        self.host(*baseline[:3], "--fail-on", "never")
         levels = "--rule", "project-unmapped=off"
         self.assertIn("App.sln: Debug, Release\n", self.host("check", "App.sln", "--configuration", "e", *levels))
         self.assertIn('Did you mean "Release"?',
