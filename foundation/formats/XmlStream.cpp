@@ -20,6 +20,9 @@ namespace {
 using TRead = std::function<platform::Result<std::size_t>(char* buffer, std::size_t size)>;
 
 constexpr std::size_t PieceSize = 64 * 1024;
+// Of one element. The parser compares each with all before it.
+constexpr int MostAttributes = 1000;
+constexpr int FieldsOfAttribute = 5; // name, prefix, namespace, value, its end
 
 std::string_view ToView(const xmlChar* text) {
   return text == nullptr ? std::string_view() : std::string_view(reinterpret_cast<const char*>(text));
@@ -36,15 +39,13 @@ public:
   std::string_view Name() const override { return ToView(name_); }
   std::string_view NamespaceUri() const override { return ToView(uri_); }
   std::optional<std::u16string> GetAttribute(std::string_view name) const override {
-    for (auto rest = attributes_; !rest.empty(); rest = rest.subspan(FieldsOfAttribute)) {
+    for (auto rest = attributes_; !rest.empty(); rest = rest.subspan(std::size_t{FieldsOfAttribute})) {
       if (rest[1] != nullptr || ToView(rest[0]) != name) continue;
       const auto* value = reinterpret_cast<const char*>(rest[3]);
       return text::FromUtf8({value, static_cast<std::size_t>(rest[4] - rest[3])});
     }
     return std::nullopt;
   }
-
-  static constexpr std::size_t FieldsOfAttribute = 5; // name, prefix, namespace, value, its end
 
 private:
   const xmlChar* name_;
@@ -85,13 +86,17 @@ private:
   static void OnText(void* parser, const xmlChar* text, int length);
   static int OnRead(void* reading, char* buffer, int size);
 
+  static constexpr std::u16string_view TooManyAttributes = u"An element has more than 1000 attributes.";
+
   IXmlEvents& events_;
   TRead read_;
+  xmlParserCtxtPtr parser_ = nullptr;
   std::exception_ptr raised_;
 };
 
 bool TReading::Run(bool isUtf8) {
   const auto parser = libxml::NewParser(*this);
+  parser_ = parser.get();
   xmlSAXHandler& handler = *parser->sax;
   handler.startElementNs = OnStart;
   handler.endElementNs = OnEnd;
@@ -115,8 +120,13 @@ bool TReading::Run(bool isUtf8) {
 void TReading::OnStart(void* parser, const xmlChar* name, const xmlChar* /*prefix*/, const xmlChar* uri,
                        int /*namespaceCount*/, const xmlChar** /*namespaces*/, int attributeCount,
                        int /*defaultedCount*/, const xmlChar** attributes) {
-  const std::span<const xmlChar* const> fields(attributes, static_cast<std::size_t>(attributeCount) *
-                                                               TStartTag::FieldsOfAttribute);
+  if (attributeCount > MostAttributes) {
+    Of(parser).Note(std::u16string(TooManyAttributes));
+    xmlStopParser(static_cast<xmlParserCtxtPtr>(parser));
+    return;
+  }
+  const std::span<const xmlChar* const> fields(attributes,
+                                               static_cast<std::size_t>(attributeCount * FieldsOfAttribute));
   const int line = xmlSAX2GetLineNumber(parser);
   Guard(parser, [&](IXmlEvents& events) { events.StartElement(TStartTag(name, uri, fields, line)); });
 }
@@ -134,6 +144,11 @@ void TReading::OnText(void* parser, const xmlChar* text, int length) {
 
 int TReading::OnRead(void* reading, char* buffer, int size) {
   auto& self = *static_cast<TReading*>(reading);
+  // In the middle of a tag: when its room is full the parser makes twice as much.
+  if (self.parser_->maxatts > 2 * MostAttributes * FieldsOfAttribute) {
+    self.Note(std::u16string(TooManyAttributes));
+    return -1;
+  }
   try {
     const auto count = self.read_(buffer, static_cast<std::size_t>(size));
     if (count) return static_cast<int>(*count);

@@ -221,9 +221,10 @@ int MakeNew(const std::string& target, std::string_view bytes, const std::string
   return error;
 }
 
-int MakeFolders(const std::string& native) {
+int MakeFolders(const std::string& native, mode_t lastMode = 0777) {
   for (std::size_t end = native.find('/', 1);; end = native.find('/', end + 1)) {
-    if (mkdir(native.substr(0, end).c_str(), 0777) != 0 && errno != EEXIST) {
+    const mode_t mode = end == std::string::npos ? lastMode : 0777;
+    if (mkdir(native.substr(0, end).c_str(), mode) != 0 && errno != EEXIST) {
       const int error = errno;
       // A folder above may refuse writing, or be read-only as a whole, and yet hold the next one.
       struct stat info {};
@@ -357,7 +358,7 @@ Result<bool> SaveNew(std::u16string_view path, std::string_view bytes, std::u16s
 Status CreateDirectories(std::u16string_view path) {
   const Result<std::string> native = NativeForWriting(path);
   if (!native) return FileFailure(u"create folder", path, native.Message());
-  const int error = MakeFolders(*native);
+  const int error = MakeFolders(*native, 0700);
   if (error != 0) return FileFailure(u"create folder", path, Reason(error));
   return Done{};
 }

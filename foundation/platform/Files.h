@@ -95,6 +95,7 @@ struct FolderEntry {
 };
 Result<std::vector<FolderEntry>> ListDirectory(std::u16string_view path);
 
+// Those that are not there yet. Nobody else gets into the last one (on Windows: whom the one above lets in).
 Status CreateDirectories(std::u16string_view path);
 Status RemoveFile(std::u16string_view path);
 // Makes an empty file of a name not yet taken: prefix, random letters, extension. The caller removes it.

@@ -1,4 +1,5 @@
 """What the end-to-end tests share: a scratch folder a test, the built programs, what they are given, servers, processes."""
+import contextlib
 import http.client
 import json
 import os
@@ -175,11 +176,10 @@ class Editor:
         self.cookie = reply.headers["Set-Cookie"].partition(";")[0]
 
     def ask(self, method, path, body=None):
-        connection = http.client.HTTPConnection(self.host, timeout=60)
-        connection.request(method, self.base + path, body, {"Cookie": self.cookie, "Origin": f"http://{self.host}"})
-        reply = connection.getresponse()
-        answer = reply.read().decode()
-        connection.close()
+        with contextlib.closing(http.client.HTTPConnection(self.host, timeout=60)) as connection:
+            connection.request(method, self.base + path, body, {"Cookie": self.cookie, "Origin": f"http://{self.host}"})
+            reply = connection.getresponse()
+            answer = reply.read().decode()
         if reply.status != 200:
             raise Refused(answer)
         return reply, answer

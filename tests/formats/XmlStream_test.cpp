@@ -75,6 +75,13 @@ TEST(XmlStream, SaysAsTheTreeWhyADocumentIsRefused) {
   EXPECT_NE(stream.ParseError().find(u"/no/such/file.xml"), std::u16string::npos);
   EXPECT_TRUE(stream.LoadBytes("<a/>"));
   EXPECT_EQ(stream.ParseError(), u"") << "a later document is judged by itself";
+  for (const int count : {1000, 1001, 100'000}) {
+    std::string xml = "<a";
+    for (int i = 0; i < count; ++i)
+      xml += " a" + std::to_string(i) + "='x'";
+    EXPECT_EQ(stream.LoadBytes(xml + "/>"), count == 1000);
+    EXPECT_EQ(stream.ParseError(), count == 1000 ? u"" : u"An element has more than 1000 attributes.");
+  }
 }
 
 TEST(XmlStream, DoesNotGoDeeperThanATree) {

@@ -52,6 +52,7 @@ TEST_F(FileLockTest, SaysWhoHoldsItAndWhyItCannotBeHad) {
   Write("b.lock"); // what a killed process has left
   EXPECT_TRUE(FileLock::Acquire(Path("a"), 0s));
   EXPECT_TRUE(FileLock::Acquire(Path("b"), 0s));
+  EXPECT_FALSE(FileExists(Path("b.lock")));
   EXPECT_FALSE(FileLock::Acquire(Path("none/c"), 0s));
 }
 
