@@ -86,7 +86,7 @@ platform::Result<TBaseline> TBaseline::Load(std::u16string_view fileName) {
 platform::Status TBaseline::Save(std::u16string_view fileName) const {
   std::string content(Head);
   for (const auto& [fingerprint, remark] : remarks_)
-    content += text::ToUtf8(fingerprint + u" " + remark) + "\n";
+    content.append(text::ToUtf8(fingerprint)).append(" ").append(text::ToUtf8(remark)).append("\n");
   return platform::SaveFile(fileName, content);
 }
 

@@ -204,7 +204,7 @@ std::vector<TCiCommand> TeamCityFindings(std::span<const TFinding> findings, std
     if (finding.Place.File.empty()) {
       if (finding.Severity == TFindingSeverity::Error)
         commands.push_back(TeamCityMessage(
-            "buildProblem", {{"description", rule + u": " + message},
+            "buildProblem", {{"description", std::u16string(rule).append(u": ").append(message)},
                              {"identity", u"kx_" + text::ReplaceAll(finding.Fingerprint, u"-", u"_")}}));
       continue;
     }
