@@ -13,7 +13,8 @@ SYSTEMS = {
     "github": (f"^[\\s{INVISIBLE}]*:[{INVISIBLE}]*:(?P<a>[^:, ]*)|##\\[(?P<b>[^\\] ]*)",
                {"group", "endgroup", "error", "warning"}),
     "azure": ("##vso\\[(?P<a>[^\\] ]*)|##\\[(?P<b>[^\\] ]*)", {"group", "endgroup", "task.logissue", "task.uploadsummary"}),
-    "teamcity": ("(?i)##teamcity\\[(?P<a>[^\\] ]*)(?P<b>)", {"blockOpened", "blockClosed", "message", "inspectionType", "inspection", "buildProblem"}),
+    "teamcity": ("(?i)##teamcity\\[(?P<a>[^\\] ]*)(?P<b>)",
+                 {"blockOpened", "blockClosed", "message", "inspectionType", "inspection", "buildProblem"}),
     "gitlab": ("\x1b\\[0K(?P<a>section_(?:start|end):\\d+:kxhost_|section_start:1:a)?(?P<b>)", None),
 }
 COMMANDS = {
