@@ -110,8 +110,12 @@ TJsonLinesSink::~TJsonLinesSink() = default;
 
 platform::Result<std::unique_ptr<TJsonLinesSink>> TJsonLinesSink::Create(std::u16string_view fileName) {
   auto state = std::make_unique<TState>();
-  state->File.open(std::filesystem::path(platform::ResolveForWriting(fileName)),
-                   std::ios::binary | std::ios::trunc);
+  const std::filesystem::path path(platform::ResolveForWriting(fileName));
+  do { // a signal may interrupt it
+    errno = 0;
+    state->File.clear();
+    state->File.open(path, std::ios::binary | std::ios::trunc);
+  } while (!state->File && errno == EINTR);
   state->NoteFailure();
   if (!state->File)
     return platform::Failure{u"Cannot write log file " + std::u16string(fileName) + u". " + state->Reason};
