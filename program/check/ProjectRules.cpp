@@ -34,6 +34,7 @@ void SayMissing(const TCheckedProject& project, const std::vector<TListedFile>& 
     return;
   }
   std::vector<TFindingStep> steps;
+  steps.reserve(missing.size());
   for (const TListedFile* file : missing)
     steps.push_back(report.Step(file->Line, file->Path));
   const int line = missing.front()->Line;
@@ -90,6 +91,7 @@ void FindSeveralAssemblyInfos(const TCheckedProject& project, TRuleReport& repor
   const auto& files = project.Versions.AssemblyInfos;
   if (files.size() < 2) return;
   std::vector<TFindingStep> steps;
+  steps.reserve(files.size());
   for (const std::u16string& file : files)
     steps.push_back(report.Step(0, u"one of them", file));
   report.Say(0, u"The project compiles " + Number(files.size()) + u" AssemblyInfo files",

@@ -7,6 +7,7 @@ namespace kx::check {
 
 std::vector<std::shared_ptr<IVSDotNetProject>> ModelOf(const TSolutionFacts& facts, bool withOldNeeds) {
   std::vector<std::shared_ptr<IVSDotNetProject>> projects;
+  projects.reserve(facts.Projects.size());
   for (const TSolutionProject& project : facts.Projects) {
     auto model = std::make_shared<TVSDotNetProject>(project.Name, project.Path, project.Id, project.TypeId,
                                                     TProjectResources());

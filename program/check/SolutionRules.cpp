@@ -46,6 +46,7 @@ int LineOfNeed(const IVSDotNetProject& project, const IVSDotNetProject& needed) 
 std::vector<TFindingStep> StepsOf(const std::vector<std::shared_ptr<IVSDotNetProject>>& projects,
                                   const std::vector<std::size_t>& circle, const TRuleReport& report) {
   std::vector<TFindingStep> steps;
+  steps.reserve(circle.size());
   for (std::size_t i = 0; i < circle.size(); ++i) {
     const IVSDotNetProject& project = *projects[circle[i]];
     const IVSDotNetProject& needed = *projects[circle[(i + 1) % circle.size()]];
@@ -92,6 +93,7 @@ void SayOfGroup(const TProjectGroup& group, const std::u16string& what, TRuleRep
   const TSolutionProject& first = *group.front();
   if (group.size() == 1) return report.Say(first.Line, first.Name + u" has" + what, {.Project = first.Name});
   std::vector<TFindingStep> steps;
+  steps.reserve(group.size());
   for (const TSolutionProject* project : group)
     steps.push_back(report.Step(project->Line, project->Name));
   report.Say(first.Line,
@@ -275,6 +277,7 @@ void FindNoProjects(const TCheckedSolution& solution, TRuleReport& report) {
   const TPresence presence = PresenceOf(solution);
   if (presence.Count == 0 || presence.Missing.size() < presence.Count) return;
   std::vector<std::u16string> paths;
+  paths.reserve(presence.Missing.size());
   for (const std::size_t i : presence.Missing)
     paths.push_back(solution.Facts.Projects[i].Path);
   report.Say(solution.Facts.Projects[presence.Missing.front()].Line,
