@@ -105,9 +105,10 @@ private:
       if (!seen_[project]) group.push_back(project);
       seen_[project] = true;
     };
-    for (std::size_t i = 0; i < group.size(); ++i) {
-      std::ranges::for_each(graph_.Dependents[graph_.IdOf[group[i]]], add);
-      for (const TNumber id : graph_.DependsOn[group[i]])
+    for (std::size_t next = 0; next < group.size();) { // it grows
+      const TNumber project = group[next++];
+      std::ranges::for_each(graph_.Dependents[graph_.IdOf[project]], add);
+      for (const TNumber id : graph_.DependsOn[project])
         std::ranges::for_each(graph_.ProjectsOf[id], add);
     }
     return group;

@@ -66,7 +66,7 @@ TEST(SolutionOrder, IsThatOfThePlainExchangesForRandomGraphs) {
       if (graph % 2 == 0 || from > to) projects[from]->GetDependancies()->Add(text::ToLower(Name(to)), 0);
     }
     for (std::size_t p = 1; p < count && graph % 6 == 1; ++p) // one order only
-      projects[p]->GetDependancies()->Add(Name(p - 1));
+      projects[p]->GetDependancies()->Add(Name(p - 1), 0);
     std::ranges::shuffle(projects, random);
     const auto expected = OrderedByPlainExchanges(projects);
     const bool circular = !expected || expected->starts_with("Solution");
