@@ -53,6 +53,13 @@ void NoteError(void* parser, xmlErrorPtr error) {
   FailureOf(parser).Note(text + u" (line " + text::FromInteger(error->line) + u")");
 }
 
+// What the library keeps for all of its users it makes when it is first used, and not safely on two threads:
+// here, before there are any.
+[[maybe_unused]] const bool isReady = [] {
+  xmlInitParser();
+  return true;
+}();
+
 } // namespace
 
 TOwned<xmlParserCtxt> NewParser(TFailure& failure) {
