@@ -74,9 +74,8 @@ void TRuleReport::Say(int line, std::u16string message, TFindingDetails details)
        .Steps = std::move(details.Steps)});
 }
 
-TFindingStep TRuleReport::Step(int line, std::u16string message, std::u16string file) const {
-  return {.Place = {.File = file.empty() ? file_ : std::move(file), .Line = line},
-          .Message = std::move(message)};
+TFindingStep TRuleReport::Step(int line, std::u16string message, const std::u16string& file) const {
+  return {.Place = {.File = file.empty() ? file_ : file, .Line = line}, .Message = std::move(message)};
 }
 
 } // namespace kx::check

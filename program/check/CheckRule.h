@@ -72,7 +72,7 @@ public:
 
   void Say(int line, std::u16string message, TFindingDetails details = {});
   // Of the same file unless it says otherwise.
-  TFindingStep Step(int line, std::u16string message, std::u16string file = {}) const;
+  TFindingStep Step(int line, std::u16string message, const std::u16string& file = {}) const;
 
 private:
   const TCheckRule& rule_;
