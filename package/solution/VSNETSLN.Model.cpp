@@ -3,6 +3,7 @@
 #include "foundation/text/Text.h"
 #include "foundation/text/WindowsPath.h"
 #include "package/solution/VSNETSLN.Order.h"
+#include "package/solution/VSNETSLN.Syntax.h"
 
 #include <algorithm>
 
@@ -124,7 +125,7 @@ void TVSDotNetProjects::SortByDependancies() {
 }
 
 bool IsSolutionFolder(const IVSDotNetProject& project) {
-  return text::EqualsIgnoreCase(project.GetProjectTypeID(), u"{2150E333-8FDC-42A3-9474-1A3956D46DE8}");
+  return slnsyntax::IsFolderType(project.GetProjectTypeID());
 }
 
 std::vector<TVSDotNetCircle> FindCircles(const IVSDotNetProjects& projects) {

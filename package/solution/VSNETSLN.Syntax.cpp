@@ -132,4 +132,8 @@ std::optional<TProjectConfigLine> ReadProjectConfig(std::string_view text) {
   return std::nullopt;
 }
 
+bool IsFolderType(std::u16string_view typeId) {
+  return text::EqualsIgnoreCase(typeId, u"{2150E333-8FDC-42A3-9474-1A3956D46DE8}");
+}
+
 } // namespace kx::slnsyntax

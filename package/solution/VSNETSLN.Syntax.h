@@ -16,6 +16,8 @@ constexpr bool IsBlank(char c) {
 }
 std::string_view Trim(std::string_view text);
 
+bool IsFolderType(std::u16string_view typeId); // what has it groups projects, and has no file
+
 // The version that the header names, wherever it stands in the line; nothing when it is no header.
 std::optional<TVSDotNetVersion> ReadHeader(std::string_view line);
 

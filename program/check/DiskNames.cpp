@@ -34,9 +34,9 @@ TNamedFile TDiskNames::Walk(std::u16string_view folder, std::u16string_view path
       spelling += step;
       continue;
     }
-    const TEntry* entry = FindEntry(at, step);
+    const platform::FolderEntry* entry = FindEntry(at, step);
     if (entry == nullptr) return {};
-    found.IsFolder = entry->IsFolder;
+    found.IsFolder = entry->IsDirectory;
     if (entry->Name != step) found.Spelling = entry->Name; // replaced below by the whole path
     spelling += entry->Name;
     at = text::JoinPath(at, entry->Name);
@@ -46,9 +46,10 @@ TNamedFile TDiskNames::Walk(std::u16string_view folder, std::u16string_view path
 }
 
 // The name itself, else one that differs in letter case only.
-const TDiskNames::TEntry* TDiskNames::FindEntry(const std::u16string& folder, std::u16string_view name) {
+const platform::FolderEntry* TDiskNames::FindEntry(const std::u16string& folder, std::u16string_view name) {
   const TEntries& entries = EntriesOf(folder);
-  const auto first = std::ranges::lower_bound(entries, name, text::IgnoreCaseLess(), &TEntry::Name);
+  const auto first =
+      std::ranges::lower_bound(entries, name, text::IgnoreCaseLess(), &platform::FolderEntry::Name);
   const auto isAlike = [&](auto entry) {
     return entry != entries.end() && text::EqualsIgnoreCase(entry->Name, name);
   };
@@ -60,11 +61,7 @@ const TDiskNames::TEntry* TDiskNames::FindEntry(const std::u16string& folder, st
 const TDiskNames::TEntries& TDiskNames::EntriesOf(const std::u16string& folder) {
   const auto [known, isNew] = listed_.try_emplace(folder);
   if (!isNew) return known->second;
-  auto listing = platform::ListDirectory(folder);
-  if (!listing) return known->second;
-  for (auto& entry : *listing)
-    known->second.push_back({std::move(entry.Name), entry.IsDirectory});
-  std::ranges::sort(known->second, text::IgnoreCaseLess(), &TEntry::Name);
+  if (auto listing = platform::ListDirectory(folder)) known->second = *std::move(listing);
   return known->second;
 }
 

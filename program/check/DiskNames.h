@@ -1,6 +1,8 @@
 // What files are called on the disk, letter by letter.
 #pragma once
 
+#include "foundation/platform/Files.h"
+
 #include <optional>
 #include <string>
 #include <string_view>
@@ -24,14 +26,10 @@ public:
   const TNamedFile& Find(std::u16string_view folder, std::u16string_view path);
 
 private:
-  struct TEntry {
-    std::u16string Name;
-    bool IsFolder;
-  };
-  using TEntries = std::vector<TEntry>; // sorted without regard to letter case
+  using TEntries = std::vector<platform::FolderEntry>; // in their order without regard to letter case
 
   TNamedFile Walk(std::u16string_view folder, std::u16string_view path);
-  const TEntry* FindEntry(const std::u16string& folder, std::u16string_view name);
+  const platform::FolderEntry* FindEntry(const std::u16string& folder, std::u16string_view name);
   const TEntries& EntriesOf(const std::u16string& folder);
 
   std::unordered_map<std::u16string, TEntries> listed_;

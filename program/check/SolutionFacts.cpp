@@ -16,7 +16,6 @@ namespace {
 using slnsyntax::SplitNameValue;
 using slnsyntax::Trim;
 
-constexpr std::u16string_view FolderType = u"{2150E333-8FDC-42A3-9474-1A3956D46DE8}";
 constexpr std::u16string_view WebSiteType = u"{E24C65DC-7377-472B-9ABA-BC803B73C61A}";
 
 std::string ToUtf8Text(std::string_view bytes, TSolutionFacts& facts) {
@@ -236,7 +235,7 @@ private:
 } // namespace
 
 bool TSolutionProject::IsFolder() const {
-  return text::EqualsIgnoreCase(TypeId, FolderType);
+  return slnsyntax::IsFolderType(TypeId);
 }
 
 bool TSolutionProject::IsWebSite() const {
