@@ -296,7 +296,7 @@ void TRunEngine::Say(TMessageSent message) {
   }
   if (toolsRunning_ > 0)
     findings_.TakeToolLine(message.Text, [this](TFinding& finding) { SayWhere(finding); });
-  else
+  else if (message.Status == TStatusTag::stWarning || message.Status == TStatusTag::stError)
     findings_.TakeOwn(message.Text, message.Status, FindingHere());
   Show(std::move(message));
 }
