@@ -2,32 +2,29 @@
 
 #include "foundation/formats/JsonWriter.h"
 #include "foundation/platform/Files.h"
-#include "foundation/platform/System.h"
 #include "foundation/text/Encoding.h"
 #include "foundation/text/Text.h"
 #include "foundation/text/WindowsPath.h"
+#include "program/cli/FindingLines.h"
 #include "program/cli/Output.h"
 #include "program/cli/Palette.h"
 #include "program/findings/FindingJson.h"
 #include "program/findings/FindingList.h"
 #include "program/report/CiDialect.h"
+#include "program/report/ResultRows.h"
 
 namespace kx::cli {
 
 namespace {
 
-std::string Counted(std::int64_t count, std::string_view what) {
-  return std::to_string(count) + " " + std::string(what) + (count == 1 ? "" : "s");
-}
-
 // "2 errors, 1 warning, 0 notes in 3 files"
 std::string CountsOf(const TChecked& checked) {
-  const std::string files = " in " + Counted(static_cast<std::int64_t>(checked.Files), "file") + ".\n";
+  const std::string files = " in " + CountText(static_cast<std::int64_t>(checked.Files), "file") + ".\n";
   const TFindingCounts counts = CountOf(checked.Findings);
   return checked.Findings.empty()
              ? "No problems found" + files
-             : Counted(counts.Errors, "error") + ", " + Counted(counts.Warnings, "warning") + ", " +
-                   Counted(counts.Notes, "note") + files;
+             : CountText(counts.Errors, "error") + ", " + CountText(counts.Warnings, "warning") + ", " +
+                   CountText(counts.Notes, "note") + files;
 }
 
 class TFindingPrinter {
@@ -41,7 +38,8 @@ public:
       if (!file_.empty()) output_.Write("\n");
       file_ = finding.Place.File;
     }
-    output_.Write(PlaceOf(finding.Place) + ": " + Severity(finding.Severity) + ": " +
+    output_.Write(PlaceOf(finding.Place) + ": " +
+                  palette_.Paint(WordOf(finding.Severity), StatusOf(finding.Severity)) + ": " +
                   NameForTerminal(finding.Message) + " " +
                   palette_.Dim("[" + text::ToUtf8(finding.Rule) + "]") + "\n");
     for (const TFindingStep& step : finding.Steps)
@@ -70,31 +68,20 @@ private:
     return text;
   }
 
-  std::string Severity(TFindingSeverity severity) const {
-    const TStatusTag status = severity == TFindingSeverity::Error     ? TStatusTag::stError
-                              : severity == TFindingSeverity::Warning ? TStatusTag::stWarning
-                                                                      : TStatusTag::stNormal;
-    return palette_.Paint(WordOf(severity), status);
-  }
-
   TPalette palette_;
   std::u16string here_;
   std::u16string file_; // of the latest finding
   TOutput output_;
 };
 
-// The system that reads the log; null when it is none that is known, or not asked for.
-const TCiDialect* DialectOf(const TCommonOptions& common) {
-  if (common.Ci.empty()) return nullptr;
-  return common.Ci == "auto" ? DetectCiDialect() : FindCiDialect(common.Ci);
-}
-
-void MarkProblem(const TCiDialect& dialect, const TFinding& finding) {
-  const auto root =
-      dialect.RootVariable.empty() ? std::nullopt : platform::EnvironmentVariable(dialect.RootVariable);
-  TFinding named = finding;
-  named.Code = finding.Rule;
-  PrintCommand(dialect.Problem(named, root.value_or(u"")));
+void MarkProblems(const TCiDialect& dialect, const std::vector<TFinding>& findings) {
+  const std::u16string root = CiRootOf(dialect);
+  for (const TFinding& finding : findings) {
+    if (finding.Severity == TFindingSeverity::Note) continue;
+    TFinding named = finding;
+    named.Code = finding.Rule;
+    PrintCommand(dialect.Problem(named, root));
+  }
 }
 
 } // namespace
@@ -106,9 +93,7 @@ void ShowChecked(const TChecked& checked, const TCommonOptions& common) {
   for (const TFinding& finding : checked.Findings)
     printer.Print(finding);
   printer.PrintCounts(CountsOf(checked));
-  if (const TCiDialect* dialect = DialectOf(common))
-    for (const TFinding& finding : checked.Findings)
-      if (finding.Severity != TFindingSeverity::Note) MarkProblem(*dialect, finding);
+  if (const TCiDialect* dialect = ChooseCiDialect(common.Ci)) MarkProblems(*dialect, checked.Findings);
 }
 
 void WriteCheckedJson(const TChecked& checked) {

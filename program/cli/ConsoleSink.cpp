@@ -49,8 +49,7 @@ std::string ProgressText(const std::optional<TLoopPosition>& position) {
 TConsoleSink::TConsoleSink(TVerbosity verbosity, TPalette palette, const TCiDialect* ci)
     : verbosity_(verbosity), palette_(palette),
       status_(verbosity != TVerbosity::Quiet && ci == nullptr && CanSteerTerminal(), palette), ci_(ci) {
-  if (ci_ != nullptr && !ci_->RootVariable.empty())
-    ciRoot_ = platform::EnvironmentVariable(ci_->RootVariable).value_or(u"");
+  if (ci_ != nullptr) ciRoot_ = CiRootOf(*ci_);
 }
 
 void TConsoleSink::On(const TRunEvent& event) {

@@ -4,6 +4,7 @@
 #include "foundation/text/Encoding.h"
 #include "foundation/text/Text.h"
 #include "program/cli/Output.h"
+#include "program/findings/FindingList.h"
 #include "program/findings/SourceFiles.h"
 #include "program/report/ResultRows.h"
 
@@ -15,24 +16,9 @@ namespace kx::cli {
 
 namespace {
 
-TStatusTag StatusOf(TFindingSeverity severity) {
-  switch (severity) {
-  case TFindingSeverity::Error:
-    return TStatusTag::stError;
-  case TFindingSeverity::Warning:
-    return TStatusTag::stWarning;
-  default:
-    return TStatusTag::stNormal;
-  }
-}
-
 // The most severe ones, file by file in the order in which the files come up.
 std::vector<const TFinding*> Chosen(std::span<const TFinding> findings) {
-  std::vector<const TFinding*> chosen;
-  for (const auto& finding : findings)
-    if (finding.Severity != TFindingSeverity::Note) chosen.push_back(&finding);
-  std::ranges::stable_sort(chosen, std::ranges::greater(), &TFinding::Severity);
-  if (chosen.size() > MostFindingLines) chosen.resize(MostFindingLines);
+  std::vector<const TFinding*> chosen = MostSevere(findings, MostFindingLines);
   std::map<std::u16string, std::size_t> files;
   for (const auto* finding : chosen)
     files.emplace(finding->Place.File, files.size());
@@ -43,6 +29,17 @@ std::vector<const TFinding*> Chosen(std::span<const TFinding> findings) {
 }
 
 } // namespace
+
+TStatusTag StatusOf(TFindingSeverity severity) {
+  switch (severity) {
+  case TFindingSeverity::Error:
+    return TStatusTag::stError;
+  case TFindingSeverity::Warning:
+    return TStatusTag::stWarning;
+  default:
+    return TStatusTag::stNormal;
+  }
+}
 
 std::string FindingLine(const TFinding& finding, const TPalette& palette) {
   const TFindingPlace& place = finding.Place;
@@ -63,9 +60,8 @@ std::string FindingLines(std::span<const TFinding> findings, std::int64_t more, 
   std::string lines;
   for (const auto* finding : chosen)
     lines += FindingLine(*finding, palette);
-  more += std::ranges::count_if(
-      findings, [](const TFinding& finding) { return finding.Severity != TFindingSeverity::Note; });
-  more -= static_cast<std::int64_t>(chosen.size());
+  const TFindingCounts counts = CountOf(findings);
+  more += counts.Errors + counts.Warnings - static_cast<std::int64_t>(chosen.size());
   if (more > 0) lines += palette.Dim("and " + std::to_string(more) + " more " + std::string(rest)) + "\n";
   return lines;
 }

@@ -11,6 +11,8 @@
 
 namespace kx::cli {
 
+TStatusTag StatusOf(TFindingSeverity severity); // as whose colour it is shown
+
 inline constexpr std::size_t MostFindingLines = 20;
 
 // Warnings and errors, the most severe first where not all of them are shown, those of a file together:

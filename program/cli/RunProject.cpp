@@ -95,11 +95,6 @@ std::u16string FullPath(const std::string& file) {
   return text::ExpandPath(text::FromUtf8(file), platform::CurrentDirectory());
 }
 
-const TCiDialect* ChooseCi(const std::string& name) {
-  if (name.empty()) return nullptr;
-  return name == "auto" ? DetectCiDialect() : FindCiDialect(name);
-}
-
 std::u16string TitleOf(TProjectRunner& runner) {
   const TProject& project = runner.Project();
   if (!project.Name.empty()) return project.Name;
@@ -207,7 +202,7 @@ int RunProject(TProjectRunner& runner, THostSession& session, const TCommonOptio
   const platform::InterruptHandler interrupts(session.Stop()); // what the run leaves is written in any case
   TRunReport report;
   {
-    TConsoleSink console(options.Verbosity, palette, ChooseCi(options.Ci));
+    TConsoleSink console(options.Verbosity, palette, ChooseCiDialect(options.Ci));
     runner.AddSink(console);
     report = runner.Run();
   }
@@ -216,7 +211,7 @@ int RunProject(TProjectRunner& runner, THostSession& session, const TCommonOptio
   const bool reported = reports.Write(report, lines);
   const bool logged = EndLog(log.get(), options, lines);
   if (options.Verbosity != TVerbosity::Quiet) end += lines;
-  if (!options.DryRun) GiveCiSummary(ChooseCi(options.Ci), report);
+  if (!options.DryRun) GiveCiSummary(ChooseCiDialect(options.Ci), report);
   int exitCode = ExitCodeOf(report);
   if (!options.DryRun) {
     const TFound found{report.Findings, report.MoreFindings, report.Root, IsSuccess(report.Result)};

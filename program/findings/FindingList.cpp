@@ -6,6 +6,7 @@
 #include "program/findings/SourceFiles.h"
 
 #include <algorithm>
+#include <functional>
 #include <numeric>
 
 namespace kx {
@@ -77,6 +78,15 @@ TFindingCounts CountOf(std::span<const TFinding> findings) {
     ++(isError ? counts.Errors : isWarning ? counts.Warnings : counts.Notes);
   }
   return counts;
+}
+
+std::vector<const TFinding*> MostSevere(std::span<const TFinding> findings, std::size_t most) {
+  std::vector<const TFinding*> chosen;
+  for (const auto& finding : findings)
+    if (finding.Severity != TFindingSeverity::Note) chosen.push_back(&finding);
+  std::ranges::stable_sort(chosen, std::ranges::greater(), &TFinding::Severity);
+  if (chosen.size() > most) chosen.resize(most);
+  return chosen;
 }
 
 void TFindingList::Add(TFinding finding) {

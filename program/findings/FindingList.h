@@ -20,6 +20,9 @@ struct TFindingCounts {
 };
 TFindingCounts CountOf(std::span<const TFinding> findings);
 
+// Errors and then warnings, each in their order, so many at most.
+std::vector<const TFinding*> MostSevere(std::span<const TFinding> findings, std::size_t most);
+
 class TFindingList {
 public:
   // So many are kept; of what comes behind them only how often something came is known.

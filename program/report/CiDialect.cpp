@@ -4,6 +4,7 @@
 #include "foundation/text/Encoding.h"
 #include "foundation/text/Text.h"
 #include "foundation/text/WindowsPath.h"
+#include "program/findings/FindingList.h"
 #include "program/findings/SourceFiles.h"
 #include "program/report/CiGuard.h"
 #include "program/report/ResultRows.h"
@@ -250,12 +251,9 @@ constexpr std::array<TCiDialect, 4> Dialects{
 std::string CiSummary(const TRunReport& report) {
   constexpr std::size_t mostRows = 500; // GitHub takes a mebibyte of a step
   constexpr std::size_t longestCell = 500;
-  std::vector<const TFinding*> rows;
-  for (const auto& finding : report.Findings)
-    if (finding.Severity != TFindingSeverity::Note) rows.push_back(&finding);
-  std::ranges::stable_sort(rows, std::ranges::greater(), &TFinding::Severity);
-  const std::size_t all = rows.size() + static_cast<std::size_t>(report.MoreFindings);
-  if (rows.size() > mostRows) rows.resize(mostRows);
+  const auto rows = MostSevere(report.Findings, mostRows);
+  const TFindingCounts counts = CountOf(report.Findings);
+  const auto all = static_cast<std::size_t>(counts.Errors + counts.Warnings + report.MoreFindings);
   const auto cell = [](std::u16string_view text) {
     constexpr std::array<TEscape, 8> escapes{{{u'|', u"\\|"},
                                               {u'<', u"&lt;"},
@@ -291,6 +289,15 @@ const TCiDialect* DetectCiDialect() {
     return !platform::EnvironmentVariable(dialect.Variable).value_or(u"").empty();
   });
   return found == Dialects.end() ? nullptr : found;
+}
+
+const TCiDialect* ChooseCiDialect(std::string_view name) {
+  return name == "auto" ? DetectCiDialect() : FindCiDialect(name);
+}
+
+std::u16string CiRootOf(const TCiDialect& dialect) {
+  return dialect.RootVariable.empty() ? std::u16string()
+                                      : platform::EnvironmentVariable(dialect.RootVariable).value_or(u"");
 }
 
 } // namespace kx

@@ -66,5 +66,9 @@ std::string CiSummary(const TRunReport& report);
 const TCiDialect* FindCiDialect(std::string_view name);
 // The system whose job this process is; null when it is none that is known.
 const TCiDialect* DetectCiDialect();
+// By name, or "auto" for the one of this job; null for none.
+const TCiDialect* ChooseCiDialect(std::string_view name);
+// The folder that the system's paths are seen from; empty when it names none.
+std::u16string CiRootOf(const TCiDialect& dialect);
 
 } // namespace kx
