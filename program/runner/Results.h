@@ -6,10 +6,13 @@
 
 #include <chrono>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace kx {
+
+struct TPast;
 
 enum class TResultKind {
   Succeeded,
@@ -47,13 +50,25 @@ struct TTestCounts {
   TTestCounts& operator+=(const TTestCounts& other);
 };
 
+// What became of one project of a solution, as the tool that built it told it.
+struct TProjectResult {
+  std::u16string Project = {};       // its name in the solution
+  std::u16string Configuration = {}; // its own one, "Release|AnyCPU"; empty when the tool did not say it
+  TResultKind Result = TResultKind::Failed;
+  TProblemCounts Counts = {};
+  std::chrono::milliseconds Began{0}; // after the run began
+  std::chrono::milliseconds Elapsed{0};
+};
+
 // What became of one configuration that an action built.
 struct TConfigurationResult {
   std::u16string Configuration = {}; // "Release|Any CPU"
   TResultKind Result = TResultKind::Failed;
   std::u16string Reason = {}; // the rule that it broke; else empty
   TProblemCounts Counts = {};
+  std::chrono::milliseconds Began{0}; // after the run began
   std::chrono::milliseconds Elapsed{0};
+  std::vector<TProjectResult> Projects = {}; // in the order built; empty when the tool did not tell them
 };
 
 // One execution of one action; an action inside a loop has one a pass. The counts are of everything in it:
@@ -68,12 +83,23 @@ struct TActionResult {
   std::u16string Reason = {}; // the rule that it broke, or InvalidSettings; else empty
   TProblemCounts Counts = {};
   TTestCounts Tests = {};
+  std::chrono::milliseconds Began{0}; // after the run began
   std::chrono::milliseconds Elapsed{0};
   std::vector<TConfigurationResult> Configurations = {}; // in the order built; empty for other actions
 };
 
 // The reason of an action whose settings were refused, so that it was not executed.
 inline constexpr std::u16string_view InvalidSettings = u"settings";
+
+// What a run ran on and with. What could not be found out is empty.
+struct TRunSurroundings {
+  std::u16string Machine = {};            // its name
+  std::u16string System = {};             // "Debian GNU/Linux 12", "Windows 10.0"
+  std::u16string Commit = {};             // of the working copy that the project lies in
+  std::u16string Branch = {};             // of it
+  std::u16string CommandLine = {};        // of this program, secrets masked
+  std::vector<std::u16string> Tools = {}; // "xbuild 14.0", in the order of their first use
+};
 
 struct TRunReport {
   TResultKind Result = TResultKind::Failed;
@@ -87,6 +113,9 @@ struct TRunReport {
   std::int64_t MoreFindings = 0;           // that were too many to be kept
   std::u16string Root = {};                // the folder that their files are seen from; empty without any
   std::u16string File = {};                // the build project; empty for a run without one
+  std::chrono::system_clock::time_point Began = {};
+  TRunSurroundings Surroundings = {};
+  std::shared_ptr<const TPast> Past = {}; // null without a history
 };
 
 } // namespace kx
