@@ -33,6 +33,7 @@ void WriteConfiguration(const TConfigurationResult& result, TJsonWriter& json) {
   WriteVerdict(result, json);
   json.Member("reason", result.Reason);
   WriteFigures(result, json);
+  json.Member("beganMs", result.Began.count());
 }
 
 } // namespace
@@ -46,6 +47,7 @@ void WriteResult(const TActionResult& result, TJsonWriter& json) {
   WriteVerdict(result, json);
   json.Member("reason", result.Reason);
   WriteFigures(result, json);
+  json.Member("beganMs", result.Began.count());
   WriteTests(result.Tests, json);
   json.ArrayMember("configurations", [&] {
     for (const auto& configuration : result.Configurations)

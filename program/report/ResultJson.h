@@ -7,13 +7,13 @@
 namespace kx {
 
 // The members of the object that is open: name, type, pass, nesting, isLoop, succeeded, result, reason,
-// errors, warnings, elapsedMs, tests, configurations (configuration, succeeded, result, reason, errors,
-// warnings, elapsedMs). "result" is a word of WordOf; "reason" the rule that was broken, or empty.
+// errors, warnings, elapsedMs, beganMs, tests, configurations (configuration, succeeded, result, reason,
+// errors, warnings, elapsedMs, beganMs). "beganMs" counts from the beginning of the run, "result" is a word
+// of WordOf; "reason" the rule that was broken, or empty.
 void WriteResult(const TActionResult& result, TJsonWriter& json);
 
 // Likewise: succeeded, result, totals (a line for people), errors, warnings, elapsedMs, tests (passed,
-// failed, notRun), moreFindings (how many were too many to be kept; left out for
-// none).
+// failed, notRun), moreFindings (how many were too many to be kept; left out for none).
 void WriteRun(const TRunReport& report, TJsonWriter& json);
 
 } // namespace kx

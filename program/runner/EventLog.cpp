@@ -4,8 +4,12 @@
 
 namespace kx {
 
+std::chrono::milliseconds TimeBetween(TRunClock::time_point start, TRunClock::time_point end) {
+  return std::chrono::duration_cast<std::chrono::milliseconds>(end - start);
+}
+
 std::chrono::milliseconds ElapsedSince(TRunClock::time_point start) {
-  return std::chrono::duration_cast<std::chrono::milliseconds>(TRunClock::now() - start);
+  return TimeBetween(start, TRunClock::now());
 }
 
 template <typename TWhat>

@@ -16,6 +16,7 @@ namespace kx {
 
 using TRunClock = std::chrono::steady_clock;
 
+std::chrono::milliseconds TimeBetween(TRunClock::time_point start, TRunClock::time_point end);
 std::chrono::milliseconds ElapsedSince(TRunClock::time_point start);
 
 class TEventLog {

@@ -4,17 +4,21 @@
 
 namespace kx {
 
-TExecution::TExecution(const TActionNode& node, std::u16string pass, int nesting) : node_(&node) {
+TExecution::TExecution(const TActionNode& node, std::u16string pass, int nesting,
+                       TRunClock::time_point runStart)
+    : node_(&node), runStart_(runStart) {
   result_.Name = node.DisplayName();
   result_.Type = node.Type().Identifier;
   result_.Pass = std::move(pass);
   result_.Nesting = nesting;
   result_.IsLoop = node.Iterator() != nullptr;
+  result_.Began = TimeBetween(runStart_, start_);
 }
 
 void TExecution::StartConfiguration(std::u16string_view name) {
   EndConfiguration(TResultKind::Failed);
   open_.emplace(TOpenConfiguration{{.Configuration = std::u16string(name)}});
+  open_->Result.Began = TimeBetween(runStart_, open_->Start);
 }
 
 void TExecution::EndConfiguration(TResultKind kind) {

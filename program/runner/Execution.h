@@ -15,7 +15,7 @@ namespace kx {
 // result of it at the end. Decides nothing about the run around it.
 class TExecution {
 public:
-  TExecution(const TActionNode& node, std::u16string pass, int nesting);
+  TExecution(const TActionNode& node, std::u16string pass, int nesting, TRunClock::time_point runStart);
 
   const TActionNode& Node() const { return *node_; }
   const TActionResult& Result() const { return result_; } // as far as it has come
@@ -64,6 +64,7 @@ private:
   bool hasOwnReason_ = false;
   bool hasFailedChild_ = false;
   bool hasBusyChild_ = false;
+  TRunClock::time_point runStart_;
   TRunClock::time_point start_ = TRunClock::now();
 };
 

@@ -83,10 +83,11 @@ TRunEngine::TRunEngine(const TServiceRegistry& services, TKxEvent& stop, TRunSet
 TRunReport TRunEngine::Run() {
   TDryRunFiles dryRunFiles(DryRunMessages());
   const TFileUpdatesScope files(isDryRun_ ? &dryRunFiles : nullptr);
-  const auto start = TRunClock::now();
+  start_ = TRunClock::now();
   StopSignal.Clear();
   Variables.ForgetRun();
   report_ = {};
+  report_.Began = std::chrono::system_clock::now();
   findings_ = {};
   hasExecuted_ = false;
   hasFailures_ = false;
@@ -106,7 +107,7 @@ TRunReport TRunEngine::Run() {
   report_.NothingExecuted = !hasExecuted_ && std::ranges::any_of(report_.Actions, wasRefused);
   // What has not begun has not finished.
   if (report_.NothingExecuted && !IsSuccess(report_.Result)) report_.Result = FailureKind();
-  report_.Elapsed = ElapsedSince(start);
+  report_.Elapsed = ElapsedSince(start_);
   report_.File = Project.FileName;
   report_.MoreFindings = findings_.More();
   report_.Findings = findings_.Take();
@@ -146,7 +147,7 @@ TResultKind TRunEngine::RunNode(const TActionNode& node) {
 void TRunEngine::Begin(const TActionNode& node) {
   const TKxBaseIterator* loop = InnermostLoop();
   TExecution execution(node, loop != nullptr ? PassOf(*loop) : std::u16string(),
-                       static_cast<int>(frames_.size()));
+                       static_cast<int>(frames_.size()), start_);
   const TActionResult& result = execution.Result();
   TActionStarted started{result.Name, result.Type, node.Action().GetFormattedDescription(), result.Pass,
                          result.Nesting};

@@ -88,6 +88,7 @@ private:
 
   const TRuleSettings rules_; // of the command line
   const bool isDryRun_;
+  TRunClock::time_point start_;
   std::vector<TFrame> frames_; // the innermost last
   TRunReport report_;
   TRunFindings findings_;

@@ -47,7 +47,7 @@ COPY_ITEM = '<Compile Include="Properties\\AssemblyInfo.cs" />'
 RESOURCE_ITEM = '<Project><ItemGroup><ResourceCompile Include="version.rc" /></ItemGroup></Project>'
 ASSEMBLY_INFO = '[assembly: AssemblyVersion("1.0.0.0")]\n'
 # What no two runs have in common.
-CHANGING = re.compile(rb'"time":"[^"]*"|"elapsedMs":\d+|started [\d :-]+ UTC|\d+\.\d+ s\b|time="[^"]*"|timestamp="[^"]*"'
+CHANGING = re.compile(rb'"time":"[^"]*"|"(?:elapsed|began)Ms":\d+|started [\d :-]+ UTC|\d+\.\d+ s\b|time="[^"]*"|timestamp="[^"]*"'
                       rb'|kx-\w{12}|MSTRE\w+')
 LOST = "The editor does not answer."
 TEMPORARY = re.compile(r"kx-\w{12}|MSTRE\w+|\.kx-\w{12}\.tmp")
