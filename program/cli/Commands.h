@@ -41,7 +41,7 @@ inline constexpr std::array<TCommand, 10> Commands{{
      "run nightly.kxproj --set Root=/src --verbosity minimal --log nightly.jsonl\n"
      "run nightly.kxproj --ci auto --report nightly.html --junit tests.xml\n",
      CodesOfRuns},
-    {"edit", "Edit and run a build project in the browser", DefineEdit,
+    {"edit", "Edit and run a build project in the browser; a new one is made when it is saved", DefineEdit,
      "edit nightly.kxproj\n"
      "edit nightly.kxproj --no-browser\n",
      "0 ended, 1 the editor failed, 2 wrong usage, 3 invalid project file"},

@@ -8,9 +8,9 @@
 #include "foundation/text/WindowsPath.h"
 #include "program/cli/Commands.h"
 #include "program/cli/CommonOptions.h"
-#include "program/cli/FileKinds.h"
 #include "program/cli/HostSession.h"
 #include "program/cli/Output.h"
+#include "program/cli/ProjectArgument.h"
 #include "program/cli/RunArguments.h"
 #include "program/cli/Usage.h"
 #include "program/editor/EditorDesign.h"
@@ -27,7 +27,7 @@ namespace kx::cli {
 namespace {
 
 struct TEditArguments {
-  std::string File;
+  std::optional<std::string> File;
   TRunArguments Run;
   bool NoBrowser = false;
 };
@@ -93,14 +93,13 @@ void KeepBeforehand(editor::TEditorSession& session) {
 }
 
 int Edit(const TEditArguments& arguments, const TCommonOptions& common) {
-  RequireBuildProject(text::FromUtf8(arguments.File));
+  const std::u16string file = RequireProject(arguments.File);
   editor::TEditorDesign design;
   THostSession host(common, {&design, &design});
   host.Store().Patience.Longest = std::chrono::milliseconds(900); // the page waits meanwhile
   editor::TEditorSession session(
       host.Services(), design,
-      {text::ExpandPath(text::FromUtf8(arguments.File), platform::CurrentDirectory()),
-       RunSettingsOf(arguments.Run, host, false)});
+      {text::ExpandPath(file, platform::CurrentDirectory()), RunSettingsOf(arguments.Run, host, false)});
   editor::TEditorServer server(session);
   const platform::InterruptHandler interrupts(host.Stop());
   {
@@ -124,8 +123,7 @@ int Edit(const TEditArguments& arguments, const TCommonOptions& common) {
 
 void DefineEdit(CLI::App& command, const TCommonOptions& common, int& exitCode) {
   auto arguments = std::make_shared<TEditArguments>();
-  command.add_option("PROJECT", arguments->File, "The build project (*.kxproj); made when it is saved")
-      ->required();
+  DefineProject(command, arguments->File);
   DefineRunArguments(command, arguments->Run);
   command.add_flag("--no-browser", arguments->NoBrowser, "Print the address instead of opening the browser");
   command.callback([arguments, &common, &exitCode] { exitCode = Edit(*arguments, common); });

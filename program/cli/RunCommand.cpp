@@ -6,9 +6,9 @@
 #include "foundation/text/WindowsPath.h"
 #include "program/cli/Commands.h"
 #include "program/cli/CommonOptions.h"
-#include "program/cli/FileKinds.h"
 #include "program/cli/HostSession.h"
 #include "program/cli/Output.h"
+#include "program/cli/ProjectArgument.h"
 #include "program/cli/RunArguments.h"
 #include "program/cli/RunProject.h"
 #include "program/cli/SecretArguments.h"
@@ -19,13 +19,14 @@
 #include <CLI/CLI.hpp>
 
 #include <memory>
+#include <optional>
 
 namespace kx::cli {
 
 namespace {
 
 struct TProjectArguments {
-  std::string File;
+  std::optional<std::string> File;
   TRunArguments Run;
   bool NoSave = false;
 };
@@ -37,8 +38,7 @@ public:
       : secrets_(TakeSecrets(arguments.Run.Secrets, session)),
         runner_(session.Services(), session.Stop(), Settings(arguments, session, dryRun)),
         file_(runner_.Project()) {
-    RequireBuildProject(text::FromUtf8(arguments.File));
-    file_.Load(text::ExpandPath(text::FromUtf8(arguments.File), platform::CurrentDirectory()));
+    file_.Load(text::ExpandPath(RequireProject(arguments.File), platform::CurrentDirectory()));
     GiveSecrets(secrets_, runner_.Project(), &file_);
   }
   TProjectRunner& Runner() { return runner_; }
@@ -90,16 +90,11 @@ int ValidateFile(const TProjectArguments& arguments, const TCommonOptions& commo
   return entries.empty() ? ExitSuccess : ExitInvalid;
 }
 
-std::shared_ptr<TProjectArguments> DefineProject(CLI::App& command) {
-  auto arguments = std::make_shared<TProjectArguments>();
-  command.add_option("PROJECT", arguments->File, "The build project (*.kxproj)")->required();
-  return arguments;
-}
-
 } // namespace
 
 void DefineRun(CLI::App& command, const TCommonOptions& common, int& exitCode) {
-  const auto arguments = DefineProject(command);
+  const auto arguments = std::make_shared<TProjectArguments>();
+  DefineProject(command, arguments->File);
   DefineRunArguments(command, arguments->Run);
   DefineGates(command, arguments->Run.Gates);
   DefineSecrets(command, arguments->Run.Secrets);
@@ -109,7 +104,8 @@ void DefineRun(CLI::App& command, const TCommonOptions& common, int& exitCode) {
 }
 
 void DefineValidate(CLI::App& command, const TCommonOptions& common, int& exitCode) {
-  const auto arguments = DefineProject(command);
+  const auto arguments = std::make_shared<TProjectArguments>();
+  DefineProject(command, arguments->File);
   DefineVariables(command, arguments->Run.Variables);
   DefineSecrets(command, arguments->Run.Secrets);
   command.callback([arguments, &common, &exitCode] { exitCode = ValidateFile(*arguments, common); });
