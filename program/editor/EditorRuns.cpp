@@ -5,6 +5,7 @@
 #include "foundation/text/WindowsPath.h"
 #include "program/editor/EventSpool.h"
 #include "program/findings/Diagnostics.h"
+#include "program/findings/FindingJson.h"
 #include "program/report/JsonLinesSink.h"
 #include "program/report/ResultJson.h"
 #include "program/report/ResultRows.h"
@@ -74,6 +75,29 @@ struct TEditorRuns::TRun {
   std::mutex Mutex; // guards what follows; a disk may hold it
   TEventSpool Events;
   TProblemCounts SoFar = {};
+  struct TFound {
+    std::string Text = {};
+    std::size_t Event = 0; // with which it came or changed last
+  };
+  std::vector<TFound> Findings = {};
+
+  void Keep(std::size_t place, TFinding finding) {
+    std::u16string& file = finding.Place.File;
+    if (!file.empty()) file = text::ExpandPath(file, text::ExtractFileDir(FileName));
+    std::string text = JsonObjectText([&](TJsonWriter& json) {
+      WriteFinding(finding, json);
+      json.Member("place", static_cast<std::int64_t>(place));
+    });
+    const std::lock_guard lock(Mutex);
+    if (place >= Findings.size()) Findings.resize(place + 1);
+    Findings[place] = {std::move(text), Events.Count()};
+  }
+  std::string FindingsOf(std::size_t from, std::size_t next) const {
+    std::string findings;
+    for (const auto& found : Findings)
+      if (found.Event >= from && found.Event < next) findings += (findings.empty() ? "" : ",") + found.Text;
+    return findings;
+  }
 };
 
 // Called on the thread of the run.
@@ -204,6 +228,7 @@ void TEditorRuns::Execute(TRun& run) {
     runner.StoreIn(file);
     TSink sink(*this, run);
     runner.AddSink(sink);
+    runner.WhenFound([&run](std::size_t place, TFinding finding) { run.Keep(place, std::move(finding)); });
     report = runner.Run();
     text = file.Text();
   } catch (const std::exception& failure) {
@@ -262,7 +287,7 @@ std::string TEditorRuns::Events(int run, std::size_t from, std::chrono::millisec
   WaitForNews(run, from, wait, stop);
   const auto newest = Newest();
   if (newest == nullptr)
-    return R"({"run":0,"running":false,"errors":0,"warnings":0,"from":0,"next":0,"events":[]})";
+    return R"({"run":0,"running":false,"errors":0,"warnings":0,"from":0,"next":0,"events":[],"findings":[]})";
   if (newest->Number != run) from = 0;
   const bool isRunning = newest->Running; // before the events are read: none comes later, if it does not
   const std::lock_guard lock(newest->Mutex);
@@ -274,7 +299,8 @@ std::string TEditorRuns::Events(int run, std::size_t from, std::chrono::millisec
   return "{\"run\":" + std::to_string(newest->Number) + ",\"running\":" + (goesOn ? "true" : "false") +
          ",\"errors\":" + std::to_string(newest->SoFar.Errors) +
          ",\"warnings\":" + std::to_string(newest->SoFar.Warnings) + ",\"from\":" + std::to_string(from) +
-         ",\"next\":" + std::to_string(next) + ",\"events\":[" + events + "]}";
+         ",\"next\":" + std::to_string(next) + ",\"events\":[" + events + "],\"findings\":[" +
+         newest->FindingsOf(from, next) + "]}";
 }
 
 nlohmann::json TEditorRuns::Summaries() const {
@@ -284,17 +310,29 @@ nlohmann::json TEditorRuns::Summaries() const {
 
 // No event has a file of its own but those that were given one here.
 std::optional<TEditorRuns::TLocation> TEditorRuns::LocationOf(std::size_t event) const {
+  return ReadLocation([event](const TRun& run) { return run.Events.Line(event); });
+}
+
+std::optional<TEditorRuns::TLocation> TEditorRuns::LocationOfFinding(std::size_t place) const {
+  return ReadLocation([place](const TRun& run) {
+    return place < run.Findings.size() ? std::optional(run.Findings[place].Text) : std::nullopt;
+  });
+}
+
+// Of the object that `read` finds in the newest run.
+std::optional<TEditorRuns::TLocation>
+TEditorRuns::ReadLocation(const std::function<std::optional<std::string>(const TRun&)>& read) const {
   const auto newest = Newest();
   if (newest == nullptr) return std::nullopt;
-  const auto line = [&] {
+  const auto object = [&] {
     const std::lock_guard lock(newest->Mutex);
-    return newest->Events.Line(event);
+    return read(*newest);
   }();
-  if (!line) return std::nullopt;
-  const auto fields = nlohmann::json::parse(*line);
-  const auto file = fields.find("file");
-  if (file == fields.end()) return std::nullopt;
-  return TLocation{text::FromUtf8(file->get<std::string>()), fields.at("line").get<int>()};
+  if (!object) return std::nullopt;
+  const auto fields = nlohmann::json::parse(*object);
+  const auto line = fields.find("line");
+  if (line == fields.end() || line->is_null()) return std::nullopt;
+  return TLocation{text::FromUtf8(fields.at("file").get<std::string>()), line->get<int>()};
 }
 
 } // namespace kx::editor

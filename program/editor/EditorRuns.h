@@ -41,21 +41,24 @@ public:
   // The events of the newest run from position `from` on, at most some megabytes; while it goes on waits for
   // the next one, but not longer than `wait` or until `stop` is raised. Another `run` than the newest counts
   // from the beginning. Where the disk took no more events, the last one says so.
-  //   {"run":2,"running":true,"errors":1,"warnings":0,"from":10,"next":12,"events":[...]}
+  //   {"run":2,"running":true,"errors":1,"warnings":0,"from":10,"next":12,"events":[...],"findings":[...]}
   // The events are those of program/report/JsonLinesSink.h, with the places of problems ("file", "line",
-  // "column") and what a loop counts ("unit").
+  // "column") and what a loop counts ("unit"). The findings are those that came or changed with these events,
+  // each as WriteFinding has it, with its "place" among all of the run, from 0; their files are full paths.
   std::string Events(int run, std::size_t from, std::chrono::milliseconds wait, const TKxEvent& stop);
 
   // All runs of the session, without their logs: what became of them (WriteRun), the rows of their end tables
   // and their metrics.
   nlohmann::json Summaries() const;
 
-  // Where the problem is that the newest run has reported at this position; the page cannot ask for others.
+  // Where the problem is that the newest run has reported at this position, or the finding in this place; the
+  // page cannot ask for others.
   struct TLocation {
     std::u16string File; // full
     int Line = 0;
   };
   std::optional<TLocation> LocationOf(std::size_t event) const;
+  std::optional<TLocation> LocationOfFinding(std::size_t place) const;
 
 private:
   class TSink;
@@ -64,6 +67,8 @@ private:
   void Execute(TRun& run);
   void Append(TRun& run, std::string_view line, const TProblemCounts& soFar);
   std::shared_ptr<TRun> Newest() const;
+  std::optional<TLocation>
+  ReadLocation(const std::function<std::optional<std::string>(const TRun&)>& read) const;
   void WaitForNews(int run, std::size_t from, std::chrono::milliseconds wait, const TKxEvent& stop);
 
   const TServiceRegistry& services_;

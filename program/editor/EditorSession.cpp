@@ -72,7 +72,7 @@ TEditorSession::TOperation TEditorSession::FindOperation(std::string_view name) 
       {"run", &T::Run},   // {dryRun}
       {"stop", &T::Stop},
       {"runs", &T::Runs},
-      {"source", &T::Source},   // {event}
+      {"source", &T::Source},   // {event} or {finding}
       {"unsaved", &T::Unsaved}, // {file, take}: takes over what was kept, else removes it
       {"quit", &T::Quit},       // {discard}
   }};
@@ -227,10 +227,11 @@ TJson TEditorSession::Runs(const TJson& /*arguments*/) {
   return {{"runs", runs_.Summaries()}};
 }
 
-// Some lines around a problem of the log. The page names an event, never a file.
+// Some lines around a problem. The page names an event or the place of a finding, never a file.
 TJson TEditorSession::Source(const TJson& arguments) {
-  aside_ = [this, event = IndexOf(arguments, "event"), stop = stop_] {
-    const auto location = runs_.LocationOf(event);
+  const bool isFinding = arguments.contains("finding");
+  aside_ = [this, isFinding, index = IndexOf(arguments, isFinding ? "finding" : "event"), stop = stop_] {
+    const auto location = isFinding ? runs_.LocationOfFinding(index) : runs_.LocationOf(index);
     if (!location) throw EKxException(u"The message names no place.");
     return SourceJson(ReadSourceLines(location->File, location->Line, *stop));
   };

@@ -92,8 +92,9 @@ std::vector<const TFinding*> MostSevere(std::span<const TFinding> findings, std:
 void TFindingList::Add(TFinding finding) {
   if (IsPartOfFindingBefore(finding) && !kept_.empty()) {
     auto& steps = kept_.back().Steps;
-    if (isLastNew_ && steps.size() < MostSteps)
-      steps.push_back({std::move(finding.Place), std::move(finding.Message)});
+    if (!isLastNew_ || steps.size() >= MostSteps) return;
+    steps.push_back({std::move(finding.Place), std::move(finding.Message)});
+    Tell(kept_.size() - 1);
     return;
   }
   if (finding.Message.size() > LongestMessage) finding.Message.resize(LongestMessage);
@@ -102,9 +103,11 @@ void TFindingList::Add(TFinding finding) {
   isLastNew_ = known == places_.end() && kept_.size() < most_;
   if (known != places_.end()) {
     kept_[known->second].Occurrences += finding.Occurrences;
+    Tell(known->second);
   } else if (isLastNew_) {
     places_.emplace(std::move(key), kept_.size());
     kept_.push_back(std::move(finding));
+    Tell(kept_.size() - 1);
   } else {
     ++more_;
   }

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -32,13 +33,21 @@ public:
   // What has the same rule, place and text as one before is another occurrence of that. A note that says no
   // more than where to look becomes a step of the finding before it.
   void Add(TFinding finding);
+  // From now on called with each finding that came, came again or got a step, and its place in Kept().
+  using TOnChange = std::function<void(std::size_t place, const TFinding& finding)>;
+  void WhenChanged(TOnChange onChange) { onChange_ = std::move(onChange); }
 
   const std::vector<TFinding>& Kept() const { return kept_; }
   std::vector<TFinding> Take() { return std::move(kept_); } // the list is done with then
   std::int64_t More() const { return more_; }               // that were not kept
 
 private:
+  void Tell(std::size_t place) const {
+    if (onChange_) onChange_(place, kept_[place]);
+  }
+
   std::size_t most_;
+  TOnChange onChange_ = {};
   std::vector<TFinding> kept_;
   std::unordered_map<std::u16string, std::size_t> places_; // in kept_, by what makes two the same
   std::int64_t more_ = 0;

@@ -34,6 +34,7 @@ public:
   TRunReport EndRun(TRunReport report); // as it was shown; sets the fingerprints of its findings
   void Send(TMessageSent message);
   void Send(TMetricSent sent);
+  void Mask(TFinding& finding) const;
   void StartGroup(std::u16string_view title, TStatusTag status);
   // The innermost group of the running action; none open: nothing happens.
   void EndGroup(std::optional<TStatusTag> status);
@@ -48,7 +49,6 @@ private:
   void Emit(TWhat what);
   void Mask(std::u16string& text) const { secrets_->Mask(text); }
   void Mask(TActionResult& result) const;
-  void Mask(TFinding& finding) const;
 
   std::vector<IRunEventSink*> sinks_;
   std::vector<TOpen> open_;

@@ -18,6 +18,10 @@ void TProjectRunner::AddSink(IRunEventSink& sink) {
   engine_->Log.AddSink(sink);
 }
 
+void TProjectRunner::WhenFound(std::function<void(std::size_t place, TFinding finding)> onFinding) {
+  engine_->OnFinding = std::move(onFinding);
+}
+
 void TProjectRunner::StoreIn(TProjectFile& file) {
   engine_->File = &file;
 }

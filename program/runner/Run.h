@@ -8,6 +8,7 @@
 #include "program/runner/Validation.h"
 #include "program/runner/Variables.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -36,6 +37,9 @@ public:
 
   TProject& Project();
   void AddSink(IRunEventSink& sink); // outlives the runner
+  // Called during a run, on its thread, with each thing that is wrong and its place among all of the report,
+  // when it comes, comes again or gets a step, before the event that it is of. It has no fingerprint yet.
+  void WhenFound(std::function<void(std::size_t place, TFinding finding)> onFinding);
   // What actions count up is stored there before they use it (not in a dry run); without it in memory only.
   void StoreIn(TProjectFile& file); // outlives the runner
 

@@ -11,7 +11,6 @@
 #include "program/runner/Validation.h"
 
 #include <algorithm>
-#include <functional>
 
 namespace kx {
 
@@ -89,6 +88,11 @@ TRunReport TRunEngine::Run() {
   report_ = {};
   report_.Began = std::chrono::system_clock::now();
   findings_ = {};
+  if (OnFinding)
+    findings_.WhenChanged([this](std::size_t place, TFinding finding) {
+      Log.Mask(finding);
+      OnFinding(place, std::move(finding));
+    });
   hasExecuted_ = false;
   hasFailures_ = false;
   UpdateCounts();

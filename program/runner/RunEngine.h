@@ -10,6 +10,7 @@
 #include "program/runner/StopWatcher.h"
 #include "program/runner/Variables.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -48,6 +49,7 @@ public:
   TVariables Variables;
   TExpressionEngine Expressions;
   TEventLog Log;
+  std::function<void(std::size_t place, TFinding finding)> OnFinding; // as TProjectRunner::WhenFound
   TProjectFile* File = nullptr; // stores what actions change; null: nothing does
 
 private:

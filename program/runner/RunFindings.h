@@ -16,6 +16,7 @@ namespace kx {
 // `here` is a finding that knows the action and the configuration that are under way.
 class TRunFindings {
 public:
+  void WhenChanged(TFindingList::TOnChange onChange) { list_->WhenChanged(std::move(onChange)); }
   void BeginAction();
   void EndAction();
   void BeginTool() { tool_.BeginTool(); } // another output begins

@@ -440,23 +440,29 @@ TEST_F(EditorSession, ALongLogIsGivenInPieces) {
     for (int i = 0; i < count; ++i)
       action.SendMessage(u"line " + text::FromInteger(i));
     action.SendMessage(u"late.cs(70001,1): error CS0103: no", TStatusTag::stError);
+    for (int i = 0; i < 2; ++i)
+      action.SendMessage(u"Warning : It is late.", TStatusTag::stWarning);
     return true;
   };
   Do("run");
   std::size_t next = 0;
   int lines = 0;
   int answers = 0;
+  TJson found = TJson::object();
   for (bool goesOn = true; goesOn; ++answers) {
     const TJson piece = TJson::parse(session_->Runs().Events(1, next, std::chrono::seconds(10), stop_));
     EXPECT_EQ(piece["from"], next);
     for (const auto& event : piece["events"])
       if (event["event"] == "message" && event["text"] == "line " + std::to_string(lines)) ++lines;
+    for (const auto& finding : piece["findings"])
+      found[finding["message"]] = finding["occurrences"];
     next = piece["next"];
     goesOn = piece["running"];
   }
+  EXPECT_EQ(found.dump(), R"({"It is late.":2,"late.cs(70001,1): error CS0103: no":1})");
   EXPECT_EQ(lines, count);
   EXPECT_GT(answers, 1);
-  EXPECT_EQ(next, std::size_t{count} + 4);
+  EXPECT_EQ(next, std::size_t{count} + 6);
   const TJson source = Do("source", {{"event", count + 1}});
   EXPECT_EQ(source["first"], 69993);
   EXPECT_EQ(source["lines"][8], "here");
