@@ -1,6 +1,7 @@
 // One thing that is wrong, whoever found it: a tool, a test, a rule of the verdict, a check of a file.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -40,6 +41,7 @@ struct TFinding {
   std::u16string Fingerprint = {};   // the same for the same finding in other runs, folders and machines
   std::u16string Advice = {};        // what to do about it; empty when the message says all
   std::vector<TFindingStep> Steps = {};
+  std::int64_t Said = 0; // the message of the run that told it first, counted from 1; 0 for none
 };
 
 std::u16string OneLine(std::u16string_view text); // its lines, trimmed, with a blank between them

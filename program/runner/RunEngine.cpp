@@ -95,6 +95,7 @@ TRunReport TRunEngine::Run() {
     });
   hasExecuted_ = false;
   hasFailures_ = false;
+  shown_ = 0;
   UpdateCounts();
   bool succeeded = true;
   if (Project.Actions().empty()) {
@@ -315,6 +316,7 @@ void TRunEngine::Show(TMessageSent message) {
     frames_.back().Execution.Take(message.Status, toolsRunning_ > 0);
   }
   UpdateCounts();
+  ++shown_;
   Log.Send(std::move(message));
 }
 
@@ -341,6 +343,7 @@ void TRunEngine::NameFailedTests(const std::u16string& xml) {
 }
 
 void TRunEngine::SayWhere(TFinding& finding) const {
+  finding.Said = shown_ + 1; // what tells it is shown next
   if (frames_.empty()) return;
   const TExecution& execution = frames_.back().Execution;
   finding.Action = NameWithPass(execution.Result().Name, execution.Result().Pass);

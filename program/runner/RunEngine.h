@@ -97,6 +97,7 @@ private:
   int toolsRunning_ = 0;
   bool hasExecuted_ = false;                      // an action that is no loop
   bool hasFailures_ = false;                      // of actions behind which the run went on
+  std::int64_t shown_ = 0;                        // messages of this run
   std::optional<std::vector<TMessageSent>> held_; // while an action is asked for its settings
   TStopWatcher* watcher_ = nullptr;               // while a run is under way
 };
