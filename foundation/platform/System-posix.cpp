@@ -7,6 +7,7 @@
 #include <array>
 #include <cstdlib>
 #include <spawn.h>
+#include <sys/utsname.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -16,6 +17,30 @@ std::u16string MachineName() {
   std::array<char, 256> name{};
   if (gethostname(name.data(), name.size() - 1) != 0) return {};
   return text::FromUtf8(name.data());
+}
+
+std::u16string SystemName() {
+  if (const auto release = ReadFile(u"/etc/os-release")) {
+    constexpr std::string_view key = "PRETTY_NAME=";
+    const std::string lines = "\n" + *release;
+    const std::size_t at = lines.find("\n" + std::string(key));
+    if (at != std::string::npos) {
+      const std::size_t begin = at + 1 + key.size();
+      std::u16string name = text::FromUtf8(lines.substr(begin, lines.find('\n', begin) - begin));
+      std::erase_if(name, [](char16_t c) { return c == u'"' || c == u'\''; });
+      return name;
+    }
+  }
+  utsname system{};
+  return uname(&system) != 0 ? std::u16string()
+                             : text::FromUtf8(std::string(system.sysname) + " " + system.release);
+}
+
+std::u16string StateDirectory() {
+  const std::u16string named = EnvironmentVariable(u"XDG_STATE_HOME").value_or(u"");
+  if (named.starts_with(u'/')) return named; // a relative one is to be ignored
+  const std::u16string home = EnvironmentVariable(u"HOME").value_or(u"");
+  return home.empty() ? home : home + u"/.local/state";
 }
 
 std::optional<std::u16string> EnvironmentVariable(std::u16string_view name) {

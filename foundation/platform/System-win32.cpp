@@ -2,6 +2,7 @@
 
 #include "foundation/platform/Win32.h"
 #include "foundation/text/Encoding.h"
+#include "foundation/text/Text.h"
 
 #include <array>
 #include <cstdint>
@@ -16,6 +17,24 @@ std::u16string MachineName() {
   std::array<wchar_t, MAX_COMPUTERNAME_LENGTH + 1> name{};
   auto size = static_cast<DWORD>(name.size());
   return GetComputerNameW(name.data(), &size) == FALSE ? std::u16string() : FromWide({name.data(), size});
+}
+
+// The function that programs are offered for this says an old version to those that do not name the new one.
+std::u16string SystemName() {
+  using TGetVersion = LONG(WINAPI*)(OSVERSIONINFOW*);
+  const HMODULE library = GetModuleHandleW(L"ntdll.dll");
+  if (library == nullptr) return {};
+  const auto getVersion =
+      reinterpret_cast<TGetVersion>(reinterpret_cast<void*>(GetProcAddress(library, "RtlGetVersion")));
+  OSVERSIONINFOW version{};
+  version.dwOSVersionInfoSize = sizeof version;
+  if (getVersion == nullptr || getVersion(&version) != 0) return {};
+  return u"Windows " + text::FromInteger(version.dwMajorVersion) + u"." +
+         text::FromInteger(version.dwMinorVersion) + u" (" + text::FromInteger(version.dwBuildNumber) + u")";
+}
+
+std::u16string StateDirectory() {
+  return EnvironmentVariable(u"LOCALAPPDATA").value_or(u"");
 }
 
 std::optional<std::u16string> EnvironmentVariable(std::u16string_view name) {

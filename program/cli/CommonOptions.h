@@ -17,6 +17,7 @@ enum class TColorChoice { Auto, Always, Never };
 
 // Texts are UTF-8 as the command-line library delivers them.
 struct TCommonOptions {
+  std::u16string CommandLine; // the whole one
   std::string OptionsFile;
   std::vector<std::string> Overrides;
   std::vector<std::string> Plugins;

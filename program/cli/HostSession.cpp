@@ -34,7 +34,8 @@ void MapDrives(const std::vector<std::string>& drives) {
   }
 }
 
-THostSession::THostSession(const TCommonOptions& options, const TDesignServices& design) {
+THostSession::THostSession(const TCommonOptions& options, const TDesignServices& design)
+    : commandLine_(options.CommandLine) {
   MaskOutput(secrets_);
   platform::PrivateFolder::RemoveAbandoned();
   MapDrives(options.Drives);

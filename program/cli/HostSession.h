@@ -37,6 +37,7 @@ public:
   TOptionsStore& Store() { return store_; }
   TServiceRegistry& Services() { return registry_; }
   platform::StopSignal& Stop() { return stop_; }
+  const std::u16string& CommandLine() const { return commandLine_; }
   std::u16string KeyFile() const; // beside the options store
   // What is shown nowhere, by the console and by the runs of this host.
   const std::shared_ptr<TSecretMask>& Secrets() const { return secrets_; }
@@ -46,6 +47,7 @@ public:
 private:
   void CheckOverrides(const std::vector<std::string>& assignments);
 
+  const std::u16string commandLine_;
   TOptionsStore store_;
   TServiceRegistry registry_{store_};
   TDotNetInfo dotNet_{store_};

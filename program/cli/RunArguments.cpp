@@ -54,6 +54,7 @@ std::vector<TProjectVariable> ParseVariables(const std::vector<std::string>& ass
 
 TRunSettings RunSettingsOf(const TRunArguments& arguments, const THostSession& session, bool dryRun) {
   TRunSettings settings{ParseVariables(arguments.Variables), session.KeyFile(), dryRun};
+  settings.CommandLine = session.CommandLine();
   settings.Secrets = session.Secrets();
   for (const auto& assignment : arguments.Rules) {
     try {

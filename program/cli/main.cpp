@@ -1,5 +1,6 @@
 // kxhost: runs build projects with the actions of its plug-ins.
 #include "foundation/platform/Console.h"
+#include "foundation/text/CommandLine.h"
 #include "foundation/text/Encoding.h"
 #include "foundation/text/Exceptions.h"
 #include "foundation/text/Text.h"
@@ -34,8 +35,16 @@ std::string FooterOf(const TCommand& command, const CLI::App& app) {
   return footer + "\nExit codes: " + command.ExitCodes + ".";
 }
 
+// As it would be typed.
+std::u16string CommandLineOf(const std::vector<std::u16string>& arguments) {
+  std::u16string line = u"kxhost";
+  for (const auto& argument : arguments)
+    line += u" " + text::QuoteArgumentIfNeeded(argument);
+  return line;
+}
+
 // "options set": the commands that were named.
-std::u16string CommandLineOf(const CLI::App& app) {
+std::u16string CommandsOf(const CLI::App& app) {
   std::u16string names;
   for (auto named = app.get_subcommands(); !named.empty(); named = named.front()->get_subcommands())
     names += u" " + text::FromUtf8(named.front()->get_name());
@@ -108,7 +117,7 @@ std::u16string UsageMessage(const CLI::App& app, const CLI::ParseError& error) {
 
 int Refuse(const CLI::App& app, std::u16string_view message) {
   WriteError(u"kxhost: " + std::u16string(message));
-  WriteError(u"Run \"kxhost" + CommandLineOf(app) + u" --help\" for the usage.");
+  WriteError(u"Run \"kxhost" + CommandsOf(app) + u" --help\" for the usage.");
   return ExitUsage;
 }
 
@@ -153,6 +162,7 @@ int Main(const std::vector<std::u16string>& arguments) {
   if (IsForCi(arguments)) GuardForCi();
   CLI::App app("Runs build projects with the actions of its plug-ins.", "kxhost");
   TCommonOptions common;
+  common.CommandLine = CommandLineOf(arguments);
   int exitCode = ExitSuccess;
   Define(app, common, exitCode);
   try {

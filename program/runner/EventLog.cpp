@@ -60,6 +60,7 @@ TRunReport TEventLog::EndRun(TRunReport report) {
     Mask(action);
   for (auto& finding : report.Findings)
     Mask(finding);
+  Mask(report.Surroundings.CommandLine);
   SetFingerprints(report.Findings, report.Root);
   Emit(TRunEnded{report});
   return report;

@@ -24,6 +24,7 @@ struct TRunSettings {
   std::u16string KeyFile;                  // holds the key of stored secrets where the system has none
   bool DryRun = false;      // processes are not started, and changes of files are shown instead of made
   TRuleSettings Rules = {}; // of the command line, before those of the project
+  std::u16string CommandLine = {};           // of the program, for the report
   std::shared_ptr<TSecretMask> Secrets = {}; // what is masked beside the secrets of the actions; may be null
 };
 

@@ -7,6 +7,7 @@
 #include "program/findings/SourceFiles.h"
 #include "program/runner/DryRun.h"
 #include "program/runner/ProjectFile.h"
+#include "program/runner/Surroundings.h"
 #include "program/runner/TestSuites.h"
 #include "program/runner/Validation.h"
 
@@ -77,7 +78,8 @@ TRunEngine::TRunEngine(const TServiceRegistry& services, TKxEvent& stop, TRunSet
     : Services(services), StopSignal(stop), KeyFile(std::move(settings.KeyFile)), Project(services, host),
       Variables(Project, std::move(settings.Variables)), Expressions(Project, Variables),
       Log(settings.Secrets ? std::move(settings.Secrets) : std::make_shared<TSecretMask>()),
-      rules_(std::move(settings.Rules)), isDryRun_(settings.DryRun) {}
+      commandLine_(std::move(settings.CommandLine)), rules_(std::move(settings.Rules)),
+      isDryRun_(settings.DryRun) {}
 
 TRunReport TRunEngine::Run() {
   TDryRunFiles dryRunFiles(DryRunMessages());
@@ -87,6 +89,9 @@ TRunReport TRunEngine::Run() {
   Variables.ForgetRun();
   report_ = {};
   report_.Began = std::chrono::system_clock::now();
+  report_.File = Project.FileName;
+  report_.Surroundings = SurroundingsOf(OwnFolder());
+  report_.Surroundings.CommandLine = commandLine_;
   findings_ = {};
   if (OnFinding)
     findings_.WhenChanged([this](std::size_t place, TFinding finding) {
@@ -113,13 +118,14 @@ TRunReport TRunEngine::Run() {
   // What has not begun has not finished.
   if (report_.NothingExecuted && !IsSuccess(report_.Result)) report_.Result = FailureKind();
   report_.Elapsed = ElapsedSince(start_);
-  report_.File = Project.FileName;
   report_.MoreFindings = findings_.More();
   report_.Findings = findings_.Take();
-  if (!report_.Findings.empty())
-    report_.Root = FindSourceRoot(Project.FileName.empty() ? platform::CurrentDirectory()
-                                                           : text::ExtractFileDir(Project.FileName));
+  if (!report_.Findings.empty()) report_.Root = FindSourceRoot(OwnFolder());
   return Log.EndRun(std::move(report_));
+}
+
+std::u16string TRunEngine::OwnFolder() const {
+  return Project.FileName.empty() ? platform::CurrentDirectory() : text::ExtractFileDir(Project.FileName);
 }
 
 bool TRunEngine::RunNodes(const std::vector<std::unique_ptr<TActionNode>>& nodes) {

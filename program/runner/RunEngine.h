@@ -58,6 +58,7 @@ private:
     std::size_t Place; // in the report
   };
 
+  std::u16string OwnFolder() const; // of the project
   const TKxBaseIterator* InnermostLoop() const;
   std::u16string PassOf(const TKxBaseIterator& loop) const;
   void Show(TMessageSent message);        // in the log, counted
@@ -88,6 +89,7 @@ private:
     return [this](std::u16string_view text) { Say({std::u16string(text), TStatusTag::stNormal, true}); };
   }
 
+  const std::u16string commandLine_;
   const TRuleSettings rules_; // of the command line
   const bool isDryRun_;
   TRunClock::time_point start_;
