@@ -3,6 +3,7 @@
 find_package(Threads REQUIRED)
 find_package(LibXml2 REQUIRED)
 find_package(CURL REQUIRED)
+find_package(SQLite3 REQUIRED)
 if(MSVC)
   find_package(pcre2 CONFIG REQUIRED)
   set(KX_PCRE2 PCRE2::16BIT)

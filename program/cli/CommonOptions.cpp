@@ -83,6 +83,7 @@ constexpr std::string_view All;
 constexpr std::string_view Hosts =
     "run do validate edit actions options check"; // they open the store and the plug-ins
 constexpr std::string_view Runs = "run do";
+constexpr std::string_view Remembered = "run edit history";
 constexpr std::string_view Readers = "run do validate inspect graph check"; // they show what files hold
 
 using T = TCommonOptions;
@@ -101,6 +102,11 @@ const std::vector<TCommonOption>& Options() {
          AddFlag<&T::DryRun>},
         {"--log", "FILE.jsonl", "Write every event of the run as a line of JSON", Runs,
          AddOneFile<&T::LogFile>},
+        {"--history", "FILE",
+         "The file that remembers the runs (default: one a project in the user's state folder)", Remembered,
+         AddOneFile<&T::HistoryFile>},
+        {"--no-history", "", "Neither remember a run nor ask for earlier ones", "run edit",
+         AddFlag<&T::NoHistory>},
         {"--ci", "SYSTEM",
          "For the log of github, azure, teamcity, gitlab, or auto, the one it runs in: nothing that is shown "
          "is a command to it; a run folds groups and marks problems",
@@ -145,6 +151,10 @@ std::size_t RequireChoice(std::u16string_view option, std::u16string_view text,
   const std::vector<std::u16string> all(names.begin(), names.end());
   throw EUsage(std::u16string(option) + u" takes " + ListOf(all, u"or") + u", not " + Quoted(text) + u"." +
                DidYouMean(text, all));
+}
+
+history::TPlace HistoryOf(const TCommonOptions& options) {
+  return {.Off = options.NoHistory || options.DryRun, .File = text::FromUtf8(options.HistoryFile)};
 }
 
 void DefineCommonOptions(CLI::App& app, TCommonOptions& options) {

@@ -1,6 +1,8 @@
 // The options that several commands share, and which command uses which.
 #pragma once
 
+#include "program/history/Place.h"
+
 #include <map>
 #include <string>
 #include <string_view>
@@ -26,10 +28,15 @@ struct TCommonOptions {
   std::map<std::string, std::string>
       Reports; // the files of those that are wanted, by the options of their formats
   bool DryRun = false;
+  std::string HistoryFile;
+  bool NoHistory = false;
   std::string Ci; // a name of program/report/CiDialect.h, or "auto"
   TVerbosity Verbosity = TVerbosity::Normal;
   TColorChoice Color = TColorChoice::Auto;
 };
+
+// Nothing is remembered of a dry run.
+history::TPlace HistoryOf(const TCommonOptions& options);
 
 // Takes all of them, in front of the command and behind it.
 void DefineCommonOptions(CLI::App& app, TCommonOptions& options);

@@ -97,9 +97,9 @@ int Edit(const TEditArguments& arguments, const TCommonOptions& common) {
   editor::TEditorDesign design;
   THostSession host(common, {&design, &design});
   host.Store().Patience.Longest = std::chrono::milliseconds(900); // the page waits meanwhile
-  editor::TEditorSession session(
-      host.Services(), design,
-      {text::ExpandPath(file, platform::CurrentDirectory()), RunSettingsOf(arguments.Run, host, false)});
+  editor::TEditorSession session(host.Services(), design,
+                                 {text::ExpandPath(file, platform::CurrentDirectory()),
+                                  RunSettingsOf(arguments.Run, host, false), HistoryOf(common)});
   editor::TEditorServer server(session);
   const platform::InterruptHandler interrupts(host.Stop());
   {

@@ -12,6 +12,7 @@
 #include "program/cli/HostSession.h"
 #include "program/cli/Output.h"
 #include "program/cli/Usage.h"
+#include "program/history/RunRecorder.h"
 #include "program/report/JsonLinesSink.h"
 #include "program/report/ReportFormats.h"
 #include "program/runner/Project.h"
@@ -36,6 +37,7 @@ struct TOutputFile {
   std::u16string Option;
   std::u16string File;
   bool IsStream = false; // written as the run goes on: into a pipe or a device, too
+  bool MayFail = false;  // the run goes on without it
 };
 
 // Those that are wanted.
@@ -44,6 +46,8 @@ std::vector<TOutputFile> OutputFiles(const TCommonOptions& options, const TGates
   if (!options.LogFile.empty()) files.push_back({u"--log", text::FromUtf8(options.LogFile), true});
   for (const auto& [option, file] : options.Reports)
     files.push_back({text::FromUtf8(option), text::FromUtf8(file)});
+  if (!options.HistoryFile.empty())
+    files.push_back({u"--history", text::FromUtf8(options.HistoryFile), false, true});
   if (gates.Writes()) files.push_back({u"--baseline", gates.BaselineFile()});
   return files;
 }
@@ -79,7 +83,7 @@ void RequireHarmlessOutput(const TCommonOptions& options, const TGates& gates, T
         taken, [&output](const auto& own) { return !own.empty() && IsSameFile(output.File, own); });
     if (isTaken || IsChangedByRun(runner, output.File))
       throw EUsage(output.Option + u": " + output.File + u" is a file of this run and would be replaced.");
-    RequireWritable(output);
+    if (!output.MayFail) RequireWritable(output);
     taken.push_back(output.File);
   }
 }
@@ -198,6 +202,8 @@ int RunProject(TProjectRunner& runner, THostSession& session, const TCommonOptio
   const auto log = OpenLog(options);
   if (log) runner.AddSink(*log);
   TReports reports(options, runner);
+  history::TRunRecorder history(HistoryOf(options), runner.Project().FileName);
+  runner.AddSink(history);
   if (options.DryRun) Print("Dry run: no tool is started and no file is changed.\n\n");
   const platform::InterruptHandler interrupts(session.Stop()); // what the run leaves is written in any case
   TRunReport report;
@@ -206,6 +212,7 @@ int RunProject(TProjectRunner& runner, THostSession& session, const TCommonOptio
     runner.AddSink(console);
     report = runner.Run();
   }
+  if (const std::u16string trouble = history.Finish(report); !trouble.empty()) WriteError(trouble);
   std::string end = ClosingList(report, options, palette) + EndTable(report, palette);
   std::string lines;
   const bool reported = reports.Write(report, lines);

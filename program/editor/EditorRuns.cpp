@@ -6,6 +6,7 @@
 #include "program/editor/EventSpool.h"
 #include "program/findings/Diagnostics.h"
 #include "program/findings/FindingJson.h"
+#include "program/history/RunRecorder.h"
 #include "program/report/JsonLinesSink.h"
 #include "program/report/ResultJson.h"
 #include "program/report/ResultRows.h"
@@ -72,6 +73,7 @@ struct TEditorRuns::TRun {
   std::atomic<bool> Running = true;
   std::atomic<bool> StopAsked = false;
   std::vector<TNumber> Metrics = {};
+  std::u16string HistoryTrouble = {};
   std::mutex Mutex; // guards what follows; a disk may hold it
   TEventSpool Events;
   TProblemCounts SoFar = {};
@@ -147,8 +149,8 @@ private:
   std::vector<std::u16string> actions_; // running ones, the innermost last
 };
 
-TEditorRuns::TEditorRuns(const TServiceRegistry& services, TRunSettings settings)
-    : services_(services), settings_(std::move(settings)) {
+TEditorRuns::TEditorRuns(const TServiceRegistry& services, TRunSettings settings, history::TPlace history)
+    : services_(services), settings_(std::move(settings)), history_(std::move(history)) {
   // The registry collects the names of constants when it is first asked: not on two threads at once.
   static_cast<void>(services_.ConstantNames());
 }
@@ -204,6 +206,7 @@ std::string TEditorRuns::SummaryOf(const TRun& run, const TRunReport& report, co
     json.Member("dryRun", run.DryRun);
     json.Member("stopped", report.Result == TResultKind::Stopped);
     json.Member("error", error);
+    json.Member("historyTrouble", run.HistoryTrouble);
     json.ArrayMember("rows", [&] {
       for (const auto& row : ResultRows(report.Actions))
         json.Object([&] { WriteRow(row, json); });
@@ -229,7 +232,11 @@ void TEditorRuns::Execute(TRun& run) {
     TSink sink(*this, run);
     runner.AddSink(sink);
     runner.WhenFound([&run](std::size_t place, TFinding finding) { run.Keep(place, std::move(finding)); });
+    const history::TPlace place = run.DryRun ? history::TPlace{.Off = true} : history_;
+    history::TRunRecorder history(place, run.FileName);
+    runner.AddSink(history);
     report = runner.Run();
+    run.HistoryTrouble = history.Finish(report);
     text = file.Text();
   } catch (const std::exception& failure) {
     error = MessageOf(failure);

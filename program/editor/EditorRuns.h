@@ -2,6 +2,7 @@
 // read.
 #pragma once
 
+#include "program/history/Place.h"
 #include "program/runner/Run.h"
 
 #include <nlohmann/json.hpp>
@@ -21,7 +22,8 @@ namespace kx::editor {
 
 class TEditorRuns {
 public:
-  TEditorRuns(const TServiceRegistry& services, TRunSettings settings);
+  TEditorRuns(const TServiceRegistry& services, TRunSettings settings,
+              history::TPlace history = {.Off = true});
   ~TEditorRuns(); // stops a run that is going on and waits for its end
   TEditorRuns(const TEditorRuns&) = delete;
   TEditorRuns& operator=(const TEditorRuns&) = delete;
@@ -47,8 +49,8 @@ public:
   // each as WriteFinding has it, with its "place" among all of the run, from 0; their files are full paths.
   std::string Events(int run, std::size_t from, std::chrono::milliseconds wait, const TKxEvent& stop);
 
-  // All runs of the session, without their logs: what became of them (WriteRun), the rows of their end tables
-  // and their metrics.
+  // All runs of the session, without their logs: what became of them (WriteRun), the rows of their end
+  // tables, their metrics, and what is to be said of their history ("historyTrouble", empty for nothing).
   nlohmann::json Summaries() const;
 
   // Where the problem is that the newest run has reported at this position, or the finding in this place; the
@@ -73,6 +75,7 @@ private:
 
   const TServiceRegistry& services_;
   TRunSettings settings_;
+  const history::TPlace history_;
   TKxEvent stop_;
   mutable std::mutex mutex_;
   std::condition_variable changed_;

@@ -37,7 +37,7 @@ text::TStringList VariableNames(const TProject& project) {
 TEditorSession::TEditorSession(TServiceRegistry& services, TEditorDesign& design,
                                const TSessionSettings& settings)
     : services_(services), design_(design), project_(services, settings.Run, settings.FileName),
-      runs_(services, settings.Run) {
+      runs_(services, settings.Run, settings.History) {
   design_.VariableNames = [this] { return VariableNames(project_.Project()); };
   LookForCopies();
 }

@@ -22,6 +22,7 @@ namespace kx::editor {
 struct TSessionSettings {
   std::u16string FileName; // full path of the project
   TRunSettings Run;        // of every run
+  history::TPlace History = {.Off = true};
 };
 
 class TEditorSession {

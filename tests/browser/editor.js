@@ -33,6 +33,7 @@ class Editor {
       ...process.env,
       HOME: editor.folder,
       XDG_CONFIG_HOME: path.join(editor.folder, "config"),
+      XDG_STATE_HOME: path.join(editor.folder, "state"),
       LINES: "3",
       ...environment,
     };

@@ -31,7 +31,7 @@ class EndToEndTest(unittest.TestCase):
         self.temporary.mkdir()
         # Nothing of the user's own settings reaches a test, nor the other way round.
         self.environment = dict(os.environ, HOME=str(self.folder), XDG_CONFIG_HOME=str(self.folder / "config"),
-                                TMPDIR=str(self.temporary), no_proxy="*")
+                                XDG_STATE_HOME=str(self.folder / "state"), TMPDIR=str(self.temporary), no_proxy="*")
         for variable in ("KX_MSBUILD", "MONO_IOMAP"):
             self.environment.pop(variable, None)
         self.tools = ("--option", f"DotNetFramework.v4.0={self.folder / 'tools'}")
