@@ -122,21 +122,30 @@ TActionPath TEditedProject::PathOf(const TActionNode& node) const {
   return path;
 }
 
-TPages& TEditedProject::PagesOf(TActionNode& node) {
-  const auto found = pages_.find(&node);
-  if (found != pages_.end()) return found->second;
+TPages TEditedProject::MakePages(const TKxActionClass& actionClass, TCustomKxAction& action) const {
   TPages pages;
   for (const auto& registered : services_.Pages())
-    if (registered.Class == node.Type().Class)
+    if (registered.Class == &actionClass)
       for (const auto* page : registered.Pages)
         pages.push_back(page->Create());
   pages.push_back(std::make_unique<TKxTablePage>(u"All Properties"));
   for (const auto& page : pages) {
     page->InitFrame();
-    page->InitPage(node.Action());
+    page->InitPage(action);
     page->ReadActionData();
   }
-  return pages_.emplace(&node, std::move(pages)).first->second;
+  return pages;
+}
+
+TPages& TEditedProject::PagesOf(TActionNode& node) {
+  const auto found = pages_.find(&node);
+  if (found != pages_.end()) return found->second;
+  return pages_.emplace(&node, MakePages(*node.Type().Class, node.Action())).first->second;
+}
+
+TPages TEditedProject::PagesOfNew(const TKxActionClass& actionClass) const {
+  const auto action = actionClass.Create();
+  return MakePages(actionClass, *action);
 }
 
 void TEditedProject::ReadAgain(TActionNode& node) {

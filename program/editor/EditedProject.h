@@ -49,6 +49,8 @@ public:
   TActionPath PathOf(const TActionNode& node) const;  // which is of the project
   // The registered pages of the action and, behind them, a form of all its properties. Read when first asked.
   TPages& PagesOf(TActionNode& node);
+  // What these pages show of an action of the class that nobody has set anything of: they can be read, no more.
+  TPages PagesOfNew(const TKxActionClass& actionClass) const;
 
   // The user gave the field of a page a value, or clicked (then `change` does it). What follows for the
   // action is written at once; only a text that awaits its accept button stays in its page until Accept. A
@@ -98,6 +100,7 @@ private:
     TProjectFile File;
   };
   std::unique_ptr<TLoaded> Load(std::string text) const;
+  TPages MakePages(const TKxActionClass& actionClass, TCustomKxAction& action) const;
   void Show(std::string text); // as the project's present state
   void Remember(const std::string& before, std::u16string_view what);
   void ForgetOldSteps();

@@ -130,6 +130,12 @@ TJson PageJson(const TKxPropertyPage& page) {
   return {{"name", text::ToUtf8(page.PageName())}, {"fields", fields}};
 }
 
+void AddDefaults(TJson& pages, const TPages& defaults) {
+  for (std::size_t page = 0; page < defaults.size(); ++page)
+    for (std::size_t i = 0; i < defaults[page]->Fields().size(); ++i)
+      pages.at(page).at("fields").at(i)["default"] = text::ToUtf8(defaults[page]->Fields()[i].Value);
+}
+
 void TellApart(TJson& pages) {
   std::map<std::string, int> named;
   for (const auto& page : pages)
