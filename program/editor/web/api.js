@@ -69,12 +69,12 @@ export function callUnlessRunning(operation, values = {}) {
 }
 
 // What looks for something, after all that was asked before, and beside what is asked from now on. Undefined when nobody waits
-// any more, or while a run makes it impossible.
+// any more, while a run makes it impossible, or when it is about an action and the actions have been made anew.
 export function look(operation, values = {}, { signal, unlessRunning = false } = {}) {
   expectMore(1);
-  return last
-    .then(() => (signal?.aborted || (unlessRunning && isRunning) ? undefined : send(operation, values, signal)))
-    .finally(() => expectMore(-1));
+  const asked = generation;
+  const isInVain = () => signal?.aborted || (unlessRunning && isRunning) || (values.id !== undefined && generation !== asked);
+  return last.then(() => (isInVain() ? undefined : send(operation, values, signal))).finally(() => expectMore(-1));
 }
 
 // After a request that was asked about a project as it no longer is.

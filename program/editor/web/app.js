@@ -1,41 +1,35 @@
-// The page as a whole: what is chosen, what the buttons do.
-import { answers, call, callUnlessRunning, forgetGeneration, look, onAnswer } from "./api.js";
-import { ask, askTexts } from "./dialogs.js";
-import { announce, announceError, button, byId, clearMessage, counted, debounce, el } from "./dom.js";
+// The page as a whole: its commands, its keys, and what every answer of kxhost says.
+import { answers, call, callUnlessRunning, look, onAnswer } from "./api.js";
+import { ask } from "./dialogs.js";
+import { announce, announceError, byId, clearMessage, counted, debounce, el } from "./dom.js";
 import { Form } from "./form.js";
-import { showProject } from "./project.js";
+import { Help } from "./help.js";
+import { openPalette } from "./palette.js";
+import { ProjectView } from "./project.js";
 import { RunView } from "./run.js";
-import { Tree } from "./tree.js";
+import { attempt, inTurn } from "./turns.js";
+import { currentView, onView, showView, startViews, views } from "./views.js";
 
-let state = {};
 let brief = {};
 let problems = [];
 let hasEnded = false;
-let turn = Promise.resolve(); // the newest command, see inTurn
-let change = turn; // the newest change, until what came of it is shown
-let shown = turn; // the pages of the action selected last
-const views = ["actions", "project", "options", "run"];
 
-const form = new Form(byId("pages"), { changed: () => checkSoon() });
+const project = new ProjectView({
+  changed: () => checkSoon(),
+  shown: (state) => {
+    byId("project-name").textContent = state.name || fileName();
+    byId("file").textContent = state.file;
+  },
+});
+const optionsHelp = new Help(byId("options-help"));
 const optionsForm = new Form(byId("options-pages"), {
+  help: (field) => optionsHelp.show(field),
   changed: (answer) => {
     checkSoon();
     if (answer.pages.every((page) => page.fields.every((field) => !field.error))) announce("The options are saved.");
   },
 });
 const run = new RunView({ started: () => showView("run"), ended: () => refresh() });
-const tree = new Tree(byId("tree"), {
-  inTurn,
-  select: (id) => {
-    shown = showAction(id);
-  },
-  open: async () => {
-    await shown;
-    byId("pages").querySelector("input:enabled, select:enabled, textarea:enabled, button")?.focus();
-  },
-  move: (direction) => moveAction(direction),
-  remove: () => removeAction(),
-});
 
 onAnswer((answer) => {
   brief = answer;
@@ -47,115 +41,24 @@ onAnswer((answer) => {
   byId("save").disabled = locked || (answer.hasFile && !answer.dirty);
   byId("undo").disabled = locked || !answer.canUndo;
   byId("redo").disabled = locked || !answer.canRedo;
-  for (const id of ["start", "dry-run", "check", "add", "copy", "remove", "move-up", "move-down", "move-in", "move-out"])
+  for (const id of ["dry-run", "add", "copy", "remove", "move-up", "move-down", "move-in", "move-out"])
     byId(id).disabled = locked;
-  byId("stop").disabled = !locked;
+  byId("start").hidden = locked;
+  byId("stop").hidden = !locked;
   for (const id of ["action-form", "project-form", "options-form"]) byId(id).disabled = locked;
   for (const message of answer.messages) announce(message);
 });
 
 function fileName() {
-  return (state.file ?? "").split(/[\\/]/).at(-1);
-}
-
-// Does it, and says why it could not be done.
-async function attempt(work) {
-  try {
-    return await work();
-  } catch (error) {
-    announceError(error);
-    return undefined;
-  }
-}
-
-// The same for a change: what could not be done may have been asked about a project that is different now.
-async function attemptChange(work) {
-  try {
-    return await work();
-  } catch (error) {
-    forgetGeneration();
-    await attempt(refresh);
-    announceError(error);
-    return undefined;
-  }
-}
-
-// One command after the other: one that is given while another is under way means the project as that will leave it.
-function inTurn(command) {
-  turn = turn
-    .then(() => change)
-    .then(() => command())
-    .catch(announceError);
-  return turn;
+  return (project.state.file ?? "").split(/[\\/]/).at(-1);
 }
 
 function flush() {
-  form.flush();
+  project.flush();
   optionsForm.flush();
-  const active = document.activeElement;
-  if (!active?.matches("#project input, .head input")) return;
-  active.blur(); // which says that it has changed
-  active.focus();
 }
 
-function showState(answer, selected = answer.id ?? tree.selected) {
-  state = answer;
-  byId("project-name").textContent = state.name || fileName();
-  byId("file").textContent = state.file;
-  tree.images = new Set(state.types.filter((type) => type.image).map((type) => type.type));
-  tree.show(state.tree, selected);
-  byId("no-actions").hidden = state.tree.length > 0;
-  showProject(byId("project"), state, editProject);
-  showUnsaved();
-  return tree.selected;
-}
-
-async function refresh() {
-  const selected = showState(await call("state"));
-  if (!brief.running) await showAction(selected);
-}
-
-function edit(operation, values, isNewForm = true) {
-  flush();
-  change = attemptChange(async () => {
-    const answer = await call(operation, values);
-    if (operation === "move") form.follow(values.id, answer.id);
-    form.mustRedraw = isNewForm;
-    const selected = showState(answer);
-    await showAction(selected);
-    checkSoon();
-    return answer;
-  });
-  return change;
-}
-
-const editProject = (operation, values) => edit(operation, values);
-
-async function showAction(id) {
-  form.flush();
-  byId("action-form").hidden = id === undefined;
-  if (id === undefined) {
-    form.clear();
-    return;
-  }
-  await attempt(async () => {
-    const action = await callUnlessRunning("action", { id });
-    if (!action || tree.selected !== id) return;
-    byId("action-title").textContent = action.name || action.typeName;
-    setUnlessTyping(byId("action-name"), action.name);
-    byId("on-failure").value = action.continueOnError;
-    byId("loop-variable-row").hidden = action.loopVariable === undefined;
-    setUnlessTyping(byId("loop-variable"), action.loopVariable ?? "");
-    form.problems = problems.filter((problem) => problem.id === id);
-    form.show(action, form.id === id ? form.page : 0);
-    showProblems();
-  });
-}
-
-function setUnlessTyping(input, value) {
-  if (input !== document.activeElement || input.value === input.dataset.shown) input.value = value;
-  if (input.value === value) input.dataset.shown = value;
-}
+const refresh = () => project.refresh(() => brief.running);
 
 const checkSoon = debounce(() => !brief.running && check(), 900);
 let checking = new AbortController(); // the newest check: one that is begun anew ends the one before
@@ -173,8 +76,7 @@ async function check() {
       return undefined;
     }
     problems = answer.entries;
-    tree.mark(new Set(problems.map((problem) => problem.id)));
-    showProblems();
+    project.showProblems(problems);
     return problems;
   });
 }
@@ -188,116 +90,6 @@ async function checkNow() {
   const places = [...new Set(found.map((problem) => problem.action))].join(", ");
   if (found.length) announce(`${counted(found.length, "problem")} found: ${places}.`, { isError: true });
   else announce("No problems found.");
-}
-
-// What is wrong with the project itself stands above the views, with the selected action above its pages; each
-// leads to its field.
-function showProblems() {
-  const own = problems.filter((problem) => problem.id === tree.selected);
-  form.showProblems(own);
-  byId("action-problems").replaceChildren(...own.map(problemItem));
-  byId("project-problems").replaceChildren(...problems.filter((problem) => problem.id === "").map(problemItem));
-}
-
-function problemItem(problem) {
-  const text = problem.place ? `${problem.place}: ${problem.message}` : problem.message;
-  const item = el(
-    "li",
-    {},
-    problem.page === undefined ? text : button(text, () => form.goTo(problem.page, problem.field), { class: "link" }),
-  );
-  if (problem.options)
-    item.append(
-      " ",
-      button("Open the options", () => showView("options")),
-    );
-  return item;
-}
-
-// What an earlier editor kept when it ended without saving.
-function showUnsaved() {
-  byId("unsaved").replaceChildren(
-    ...state.unsaved.map((file) =>
-      el(
-        "p",
-        { class: "bar" },
-        el("span", {}, `Changes that were not saved when the editor ended are kept in ${file}.`),
-        button("Take them over", async () => {
-          if (await edit("unsaved", { file, take: true }))
-            announce("The changes are taken over. Undo brings back what was here before.");
-        }),
-        button("Remove them", async () => {
-          const choice = await ask("Remove the changes that were not saved?", `${file} is deleted. That cannot be undone.`, [
-            { text: "Remove", value: "remove", main: true },
-          ]);
-          if (choice) await edit("unsaved", { file });
-        }),
-      ),
-    ),
-  );
-}
-
-function showView(name) {
-  for (const view of views) {
-    byId(`view-${view}`).hidden = view !== name;
-    byId(`show-${view}`).setAttribute("aria-pressed", view === name ? "true" : "false");
-  }
-  if (name === "options")
-    attempt(async () => {
-      const pages = await callUnlessRunning("action", { id: "options" });
-      if (pages) optionsForm.show(pages);
-    });
-  if (name === "run") run.log.draw();
-}
-
-async function addAction() {
-  const items = state.types.map((type) => ({ value: type.type, text: `${type.name} (${type.category})` }));
-  const selected = tree.rowOf(tree.selected);
-  const places = [{ value: "after", text: selected ? "behind the selected action" : "as the first" }];
-  if (selected?.node.isLoop) places.push({ value: "inside", text: "inside the selected loop" });
-  const chosen = await askTexts(
-    "Add an action",
-    [
-      { name: "type", label: "Action", items },
-      { name: "place", label: "Place", items: places },
-    ],
-    "Add",
-  );
-  if (!chosen) return;
-  showView("actions");
-  tree.focusSelected(); // keys that follow are meant for the new action
-  await inTurn(() => edit("add", { type: chosen.type, to: placeOf(chosen.place) }));
-}
-
-function placeOf(place) {
-  const selected = tree.rowOf(tree.selected);
-  if (!selected) return "0";
-  return place === "inside" ? `${selected.node.id}/${selected.node.children.length}` : behind(selected.node.id);
-}
-
-function behind(id) {
-  const path = id.split("/").map(Number);
-  path[path.length - 1] += 1;
-  return path.join("/");
-}
-
-async function moveAction(direction) {
-  const to = tree.targetOf(direction);
-  if (to === undefined) {
-    announce("The action cannot go further that way.");
-    return;
-  }
-  await edit("move", { id: tree.selected, to }, false);
-  tree.focusSelected();
-}
-
-async function removeAction() {
-  if (tree.selected === undefined) return;
-  const index = tree.rows.findIndex((row) => row.node.id === tree.selected);
-  await edit("remove", { id: tree.selected });
-  const next = tree.rows[Math.min(index, tree.rows.length - 1)];
-  if (next) tree.select(next.node.id);
-  announce("The action is removed. Undo brings it back.");
 }
 
 async function save(overwrite = false) {
@@ -317,18 +109,12 @@ async function save(overwrite = false) {
       ],
     );
     if (choice === "overwrite") await save(true);
-    if (choice === "reload") await edit("reload", {});
+    if (choice === "reload") await project.edit("reload", {});
   });
 }
 
-const undo = () => edit("undo", {});
-const redo = () => edit("redo", {});
-
-function copyAction() {
-  return tree.selected === undefined ? undefined : edit("copy", { id: tree.selected, to: behind(tree.selected) });
-}
-
 async function start(dryRun) {
+  if (brief.running) return;
   flush();
   checking.abort();
   showView("run");
@@ -352,19 +138,114 @@ async function quit() {
     }
     if (!ended) return;
     hasEnded = true;
+    document.body.className = "ended";
     document.body.replaceChildren(el("main", {}, el("h1", {}, "The editor has ended"), el("p", {}, "This page can be closed.")));
   });
 }
 
+// Shows or hides the help, here and in the options.
+function toggleHelp() {
+  document.body.classList.toggle("no-help");
+}
+
+// Goes to the search of the view.
+function searchHere() {
+  const box = document.querySelector(".view:not([hidden]) input[type=search]");
+  box?.focus();
+  box?.select();
+  return box;
+}
+
+const whileEditing = () => !brief.running;
+// Every command: its name in the palette, its keys, the button that gives it (id), when it can be given (unless always).
+// One that is `typed` leaves its keys to a text that has the focus.
+const commands = [
+  { name: "Save", keys: "Ctrl S", button: "save", run: () => save(), may: whileEditing },
+  { name: "Undo", keys: "Ctrl Z", button: "undo", run: () => project.edit("undo", {}), may: () => brief.canUndo, typed: true },
+  { name: "Redo", keys: "Ctrl Y", button: "redo", run: () => project.edit("redo", {}), may: () => brief.canRedo, typed: true },
+  { name: "Run", keys: "F5", button: "start", run: () => start(false), may: whileEditing },
+  { name: "Dry run", keys: "Ctrl Shift F5", button: "dry-run", run: () => start(true), may: whileEditing },
+  { name: "Stop the run", keys: "Shift F5", run: () => attempt(() => run.stop()), may: () => brief.running, atOnce: true },
+  { name: "Check the project", run: checkNow, may: whileEditing },
+  { name: "Show or hide the help", keys: "F1", run: toggleHelp, atOnce: true },
+  { name: "Search this view", keys: "Ctrl F", run: searchHere, atOnce: true },
+  { name: "Copy the action", button: "copy", run: () => project.copy(), may: whileEditing },
+  { name: "Remove the action", button: "remove", run: () => project.remove(), may: whileEditing },
+  { name: "Move the action up", button: "move-up", run: () => project.move("up"), may: whileEditing },
+  { name: "Move the action down", button: "move-down", run: () => project.move("down"), may: whileEditing },
+  { name: "Move the action out of its loop", button: "move-out", run: () => project.move("out"), may: whileEditing },
+  { name: "Move the action into the loop above", button: "move-in", run: () => project.move("in"), may: whileEditing },
+  { name: "Edit variables and property sets", run: () => openVariables(), may: whileEditing, atOnce: true },
+  { name: "End the editor", button: "quit", run: quit, may: whileEditing },
+  ...views.map((view, index) => ({
+    name: `Go to ${byId(`show-${view}`).firstChild.nextSibling.textContent}`,
+    keys: `Alt ${index + 1}`,
+    run: () => showView(view),
+    atOnce: true,
+  })),
+];
+
+function openVariables() {
+  showView("project");
+  project.showVariables();
+}
+
+const give = (command) => (command.atOnce ? command.run() : inTurn(command.run));
+
+function paletteGroups() {
+  const commandItems = commands
+    .filter((command) => command.may?.() ?? true)
+    .map((command) => ({ text: command.name, keys: command.keys, run: () => give(command) }));
+  const adding = (project.state.types ?? []).map((type) => ({
+    text: `Add ${type.name}`,
+    more: type.category,
+    run: () => project.add(type.type),
+  }));
+  const { form, tree } = project;
+  const properties = (form.id === undefined ? [] : form.pages).flatMap((page, index) =>
+    page.fields
+      .filter((field) => field.name && field.label)
+      .map((field) => ({ text: field.label, more: page.name, run: () => project.goTo(tree.selected, index, field.name) })),
+  );
+  const actions = tree.rows.map(({ node }) => ({
+    text: node.name || node.typeName,
+    more: node.name ? node.typeName : "",
+    run: () => project.goTo(node.id),
+  }));
+  const wrong = problems.map((problem) => ({
+    text: problem.message,
+    more: [problem.action, problem.place].filter(Boolean).join(", "),
+    run: () => (problem.id ? project.goTo(problem.id, problem.page, problem.field) : showView("project")),
+  }));
+  return [
+    { title: "Actions", sign: "project", items: actions },
+    { title: "Properties", sign: "options", items: properties },
+    { title: "Problems", sign: "problems", items: wrong },
+    { title: "Commands", sign: "run", items: [...commandItems, ...(brief.running ? [] : adding)] },
+  ];
+}
+
+// "Ctrl Shift F5", as the table of commands writes it.
+function keysOf(event) {
+  const key = event.key.length === 1 ? event.key.toUpperCase() : event.key;
+  const held = [(event.ctrlKey || event.metaKey) && "Ctrl", event.altKey && "Alt", event.shiftKey && "Shift"];
+  return [...held, key].filter(Boolean).join(" ");
+}
+
 function onKey(event) {
   if (event.key === "Escape") checking.abort();
-  if (!(event.ctrlKey || event.metaKey) || event.altKey || document.querySelector("dialog[open]")) return;
-  const isText = event.target.matches("input[type=text], input[type=password], textarea");
-  const keys = { s: save, z: isText ? undefined : event.shiftKey ? redo : undo, y: isText ? undefined : redo };
-  const work = keys[event.key.toLowerCase()];
-  if (!work) return;
+  if (document.querySelector("dialog[open]")) return;
+  const keys = keysOf(event) === "Ctrl Shift Z" ? "Ctrl Y" : keysOf(event);
+  if (keys === "Ctrl K") {
+    event.preventDefault();
+    openPalette(paletteGroups());
+    return;
+  }
+  const isText = event.target.matches?.("input[type=text], input[type=password], input[type=search], textarea");
+  const command = commands.find((one) => one.keys === keys);
+  if (!command || (command.typed && isText)) return;
   event.preventDefault();
-  inTurn(work);
+  if (command.may?.() ?? true) give(command);
 }
 
 // Tells kxhost that a page is still there, and learns what another window has done.
@@ -381,29 +262,10 @@ async function stayInTouch() {
 }
 
 function listen() {
-  const commands = {
-    save,
-    undo,
-    redo,
-    check: checkNow,
-    quit,
-    start: () => start(false),
-    "dry-run": () => start(true),
-    remove: removeAction,
-    copy: copyAction,
-    "move-up": () => moveAction("up"),
-    "move-down": () => moveAction("down"),
-    "move-in": () => moveAction("in"),
-    "move-out": () => moveAction("out"),
-  };
-  for (const [id, command] of Object.entries(commands)) byId(id).addEventListener("click", () => inTurn(command));
+  for (const command of commands) if (command.button) byId(command.button).addEventListener("click", () => inTurn(command.run));
   byId("stop").addEventListener("click", () => attempt(() => run.stop()));
-  byId("add").addEventListener("click", addAction);
-  for (const view of views) byId(`show-${view}`).addEventListener("click", () => showView(view));
-  const attribute = (name, value) => edit("attribute", { id: tree.selected, name, value }, false);
-  byId("action-name").addEventListener("change", (event) => attribute("Name", event.target.value));
-  byId("on-failure").addEventListener("change", (event) => attribute("ContinueOnError", event.target.value));
-  byId("loop-variable").addEventListener("change", (event) => attribute("LoopVariable", event.target.value));
+  byId("palette").addEventListener("click", () => openPalette(paletteGroups()));
+  byId("add").addEventListener("click", () => project.add());
   document.addEventListener("keydown", onKey);
   // A message is about what the user did last.
   for (const type of ["click", "input", "change"]) document.addEventListener(type, () => clearMessage(), true);
@@ -420,7 +282,15 @@ function listen() {
 }
 
 listen();
-showView("actions");
+onView("run", () => run.log.draw());
+onView("options", () =>
+  attempt(async () => {
+    const pages = await callUnlessRunning("action", { id: "options" });
+    if (pages) optionsForm.show(pages);
+  }),
+);
+startViews();
 await attempt(refresh);
 if (!brief.running) check();
 await attempt(() => run.catchUp(brief.running));
+if (currentView() === "run") run.log.draw();

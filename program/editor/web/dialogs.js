@@ -1,6 +1,6 @@
 // Questions, and the chooser for files and folders.
 import { look } from "./api.js";
-import { button, counted, el, newId } from "./dom.js";
+import { button, counted, el, icon, newId } from "./dom.js";
 
 // What a button's function gives to keep the dialog open.
 const stay = Symbol("stay");
@@ -110,8 +110,9 @@ export async function choosePath({ title, start, filter, folders }) {
     problem.textContent = folder.error;
     path.value = folder.path;
     const rows = [];
-    if (folder.parent) rows.push(button("↑ up", () => go(folder.parent)));
-    for (const name of folder.folders) rows.push(button(`▸ ${name}`, () => go(join(name)), { "aria-label": `Folder ${name}` }));
+    if (folder.parent) rows.push(button([icon("up"), "up"], () => go(folder.parent)));
+    for (const name of folder.folders)
+      rows.push(button([icon("fold"), name], () => go(join(name)), { "aria-label": `Folder ${name}` }));
     if (!folders)
       for (const name of folder.files)
         rows.push(
@@ -167,16 +168,11 @@ export async function choosePath({ title, start, filter, folders }) {
 export async function showSource(event, message) {
   const source = await look("source", { event });
   const rows = source.lines.map((line, index) =>
-    el("li", { value: source.first + index, class: source.first + index === source.line ? "error" : false }, line),
+    el("li", { class: source.first + index === source.line ? "hit" : false }, el("b", {}, String(source.first + index)), line),
   );
   await show(
     `${source.file} (${source.line})`,
-    el(
-      "div",
-      {},
-      el("p", {}, message),
-      el("ol", { class: "source", tabindex: "0", "aria-label": "Lines of the file", start: source.first }, ...rows),
-    ),
+    el("div", {}, el("p", {}, message), el("ol", { class: "source", tabindex: "0", "aria-label": "Lines of the file" }, ...rows)),
     [{ text: "Close", value: undefined, main: true }],
   );
 }

@@ -12,9 +12,26 @@ export function el(tag, attributes = {}, ...children) {
   return element;
 }
 
-export function button(text, onclick, attributes = {}) {
-  return el("button", { type: "button", onclick, ...attributes }, text);
+// `content`: a text, an element, or several of them.
+export function button(content, onclick, attributes = {}) {
+  return el("button", { type: "button", onclick, ...attributes }, ...[content].flat());
 }
+
+const svg = "http://www.w3.org/2000/svg";
+
+// One of the page's signs, which stand in index.html. It is decoration unless it has a name.
+export function icon(sign, kind = "", name = "") {
+  const element = document.createElementNS(svg, "svg");
+  element.setAttribute("class", `icon ${kind}`);
+  element.setAttribute(name ? "aria-label" : "aria-hidden", name || "true");
+  if (name) element.setAttribute("role", "img");
+  const use = document.createElementNS(svg, "use");
+  use.setAttribute("href", `#i-${sign}`);
+  element.append(use);
+  return element;
+}
+
+export const linesOf = (value) => value.replaceAll("\r\n", "\n").replace(/\n$/, "");
 
 let count = 0;
 export function newId() {
@@ -62,7 +79,8 @@ export function clearMessage(cause = "") {
 }
 
 export function counted(count, word) {
-  return `${count} ${word}${count === 1 ? "" : "s"}`;
+  const many = word.endsWith("y") ? `${word.slice(0, -1)}ies` : `${word}s`;
+  return `${count.toLocaleString("en")} ${count === 1 ? word : many}`;
 }
 
 export function formatProblems({ errors, warnings }) {

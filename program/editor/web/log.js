@@ -1,7 +1,7 @@
 // The log of a run: groups that fold, and only the rows on the screen drawn, however long it grows.
 import { el, formatTime } from "./dom.js";
 
-const rowHeight = 24;
+const rowHeight = 20;
 const statusNames = ["", "success", "warning", "error"];
 
 // All that a browser breaks a line at; an end of line behind the last one begins no further line.
@@ -171,9 +171,9 @@ export class Log {
         onclick: () => this.goTo(index, true),
       },
       el("span", { class: "twist", "aria-hidden": "true" }, line.isGroup ? (line.collapsed ? "▸" : "▾") : ""),
-      status > 1 ? el("span", { class: "sr" }, `${statusNames[status]}: `) : null,
+      status > 1 ? el("span", { class: "unseen" }, `${statusNames[status]}: `) : null,
       el("span", { class: "text" }, line.text),
-      line.isGroup && line.collapsed ? el("span", { class: "sr" }, " (folded)") : null,
+      line.isGroup && line.collapsed ? el("span", { class: "unseen" }, " (folded)") : null,
       line.elapsed === undefined ? null : el("span", { class: "time" }, formatTime(line.elapsed)),
     );
     row.style.paddingInlineStart = `${line.depth * 1.1}rem`;

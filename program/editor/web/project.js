@@ -1,135 +1,280 @@
-// The variables and property sets of the project.
-import { askTexts } from "./dialogs.js";
-import { button, el, newId } from "./dom.js";
+// The view of the project: its tree of actions, the pages of the selected one, its variables.
+import { call, callUnlessRunning } from "./api.js";
+import { ask, askTexts } from "./dialogs.js";
+import { announce, button, byId, el, icon } from "./dom.js";
+import { Form } from "./form.js";
+import { Help } from "./help.js";
+import { Tree } from "./tree.js";
+import { attempt, attemptChange, inTurn } from "./turns.js";
+import { showVariables } from "./variables.js";
+import { showView } from "./views.js";
 
-// `edit(operation, values)` sends one change and shows the project anew. What somebody is typing stays: the project is shown
-// when it is sent.
-export function showProject(element, state, edit) {
-  const active = document.activeElement;
-  const shown = active?.dataset?.key;
-  if (shown && active.value !== active.defaultValue) return;
-  element.replaceChildren(
-    variables(state, edit),
-    ...state.propertySets.map((set) => propertySet(set, edit)),
-    button("Add a property set…", () => addSet(edit)),
-  );
-  if (shown) element.querySelector(`[data-key="${CSS.escape(shown)}"]`)?.focus();
-}
+export class ProjectView {
+  // `handlers`: changed() after each edit, shown(state) when the project is there anew.
+  constructor(handlers) {
+    this.handlers = handlers;
+    this.state = {};
+    this.problems = [];
+    this.isAtVariables = false;
+    this.shown = Promise.resolve(); // the pages of the action selected last
+    this.help = new Help(byId("help"));
+    this.form = new Form(byId("pages"), { changed: () => handlers.changed(), help: (field) => this.help.show(field) });
+    this.tree = new Tree(byId("tree"), {
+      inTurn,
+      select: (id) => this.select(id),
+      open: () => this.open(),
+      move: (direction) => this.move(direction),
+      drop: (id, to) => this.moveTo(id, to),
+      remove: () => this.remove(),
+    });
+    this.listen();
+  }
 
-function valueRow(key, name, value, change, remove) {
-  const id = newId();
-  const input = el("input", {
-    id,
-    type: "text",
-    autocomplete: "off",
-    spellcheck: "false",
-    "data-key": key,
-    value,
-    onchange: () => {
-      input.defaultValue = input.value; // no longer being typed
-      change(input.value);
-    },
-  });
-  return el(
-    "tr",
-    {},
-    el("th", { scope: "row" }, el("label", { for: id }, name)),
-    el("td", {}, input),
-    el("td", {}, button("Remove", remove, { "aria-label": `Remove ${name}` })),
-  );
-}
+  listen() {
+    const attribute = (name, value) => this.edit("attribute", { id: this.tree.selected, name, value }, false);
+    for (const [id, name] of [
+      ["action-name", "Name"],
+      ["on-failure", "ContinueOnError"],
+      ["loop-variable", "LoopVariable"],
+    ])
+      byId(id).addEventListener("change", (event) => attribute(name, event.target.value));
+    byId("show-variables").addEventListener("click", () => this.showVariables());
+    byId("tree-button").addEventListener("click", () => this.openSheet(byId("tree-button").ariaExpanded !== "true"));
+    byId("tree").addEventListener("click", (event) => event.target.closest(".twist") ?? this.openSheet(false));
+    byId("tree-pane").addEventListener("keydown", (event) => event.key === "Escape" && this.openSheet(false));
+  }
 
-function table(caption, rows) {
-  return el(
-    "table",
-    { class: "values" },
-    el("caption", { class: "sr" }, caption),
-    el(
-      "thead",
-      {},
-      el("tr", {}, ...["Name", "Value", ""].map((text) => (text ? el("th", { scope: "col" }, text) : el("td", {})))),
-    ),
-    el("tbody", {}, ...rows),
-  );
-}
+  // On a narrow screen the tree lies over the page.
+  openSheet(isOpen) {
+    byId("tree-button").ariaExpanded = isOpen ? "true" : "false";
+    byId("tree-pane").classList.toggle("open", isOpen);
+    if (isOpen) this.tree.focusSelected();
+  }
 
-function variables(state, edit) {
-  const rows = state.variables.map(({ name, value }) =>
-    valueRow(
-      `variable ${name}`,
-      name,
-      value,
-      (text) => edit("variable", { name, value: text }),
-      () => edit("variable", { name, value: null }),
-    ),
-  );
-  return el(
-    "section",
-    {},
-    el("h2", {}, "Variables"),
-    rows.length ? table("Variables", rows) : el("p", { class: "note" }, "The project has no variables."),
-    button("Add a variable…", async () => {
-      const texts = await askTexts(
-        "Add a variable",
-        [
-          { name: "name", label: "Name" },
-          { name: "value", label: "Value" },
-        ],
-        "Add",
+  show(answer, selected = answer.id ?? this.tree.selected) {
+    this.state = answer;
+    this.tree.images = new Set(answer.types.filter((type) => type.image).map((type) => type.type));
+    this.tree.show(answer.tree, selected);
+    byId("no-actions").hidden = answer.tree.length > 0;
+    showVariables(byId("project"), answer, (operation, values) => this.edit(operation, values));
+    this.listVariables();
+    this.showUnsaved();
+    this.handlers.shown(answer);
+    return this.tree.selected;
+  }
+
+  async refresh(isRunning) {
+    const selected = this.show(await call("state"));
+    if (!isRunning()) await this.showAction(selected);
+  }
+
+  flush() {
+    this.form.flush();
+    const active = document.activeElement;
+    if (!active?.matches("#project input, .action-head input")) return;
+    active.blur(); // which says that it has changed
+    active.focus();
+  }
+
+  edit(operation, values, isNewForm = true) {
+    this.flush();
+    return attemptChange(
+      async () => {
+        const answer = await call(operation, values);
+        if (operation === "move") this.form.follow(values.id, answer.id);
+        this.form.mustRedraw = isNewForm;
+        await this.showAction(this.show(answer));
+        this.handlers.changed();
+        return answer;
+      },
+      () => this.refresh(() => false),
+    );
+  }
+
+  select(id) {
+    this.isAtVariables = false;
+    this.shown = this.showAction(id);
+  }
+
+  async open() {
+    await this.shown;
+    this.openSheet(false);
+    return this.form.focusFirst();
+  }
+
+  async showAction(id) {
+    this.form.flush();
+    this.showPage(id);
+    if (id === undefined) {
+      this.form.clear();
+      return;
+    }
+    await attempt(async () => {
+      const action = await callUnlessRunning("action", { id });
+      if (!action || this.tree.selected !== id) return;
+      this.showHead(action);
+      this.form.problems = this.problems.filter((problem) => problem.id === id);
+      this.form.show(action, this.form.id === id ? this.form.page : 0);
+      this.showProblems(this.problems);
+    });
+  }
+
+  showHead(action) {
+    byId("action-title").textContent = action.name || action.typeName;
+    byId("action-name").placeholder = action.typeName;
+    setUnlessTyping(byId("action-name"), action.name);
+    byId("action-type").textContent = action.name ? action.typeName : "";
+    byId("on-failure").value = action.continueOnError;
+    byId("loop-variable-row").hidden = action.loopVariable === undefined;
+    setUnlessTyping(byId("loop-variable"), action.loopVariable ?? "");
+    const rows = this.tree.rows;
+    const at = rows.findIndex((row) => row.node.id === this.tree.selected);
+    const title = el("b", {}, action.name || action.typeName);
+    byId("tree-button").firstElementChild.replaceChildren(title, el("span", { class: "type" }, ` ${at + 1} of ${rows.length}`));
+  }
+
+  showPage(id) {
+    byId("action-form").hidden = this.isAtVariables || id === undefined;
+    byId("project-form").hidden = !this.isAtVariables;
+    byId("show-variables").setAttribute("aria-pressed", this.isAtVariables ? "true" : "false");
+  }
+
+  showVariables(name) {
+    this.isAtVariables = true;
+    this.openSheet(false);
+    this.showPage(this.tree.selected);
+    this.help.show(undefined);
+    const key = name === undefined ? "" : `[data-key="${CSS.escape(`variable ${name}`)}"]`;
+    (byId("project").querySelector(key || "input") ?? byId("project").querySelector("button")).focus();
+  }
+
+  listVariables() {
+    const { variables, propertySets } = this.state;
+    const line = (sign, name, value, key) =>
+      el(
+        "li",
+        {},
+        button([icon(sign), el("span", {}, name), el("span", { class: "type" }, value)], () => this.showVariables(key)),
       );
-      if (texts) edit("variable", texts);
-    }),
-  );
-}
+    byId("variables").replaceChildren(
+      ...variables.map(({ name, value }) => line("variable", name, value, name)),
+      ...propertySets.map(({ name, kind }) => line("save", name, kind)),
+    );
+  }
 
-function propertySet(set, edit) {
-  const rows = set.values.map(({ name, value }) =>
-    valueRow(
-      `set ${set.name} ${name}`,
-      name,
-      value,
-      (text) => edit("propertySetValue", { set: set.name, name, value: text }),
-      () => edit("propertySetValue", { set: set.name, name, value: null }),
-    ),
-  );
-  return el(
-    "section",
-    {},
-    el("h2", {}, `Property set ${set.name} (${set.kind})`),
-    rows.length ? table(`Values of ${set.name}`, rows) : el("p", { class: "note" }, "It holds no values."),
-    el(
-      "div",
-      { class: "buttons" },
-      button("Add a value…", async () => {
-        const texts = await askTexts(
-          `Add a value to ${set.name}`,
+  // What is wrong with the project itself stands above the pages, with the selected action among them; each leads to its field.
+  showProblems(problems) {
+    this.problems = problems;
+    this.tree.mark(new Set(problems.map((problem) => problem.id)));
+    const own = problems.filter((problem) => problem.id === this.tree.selected);
+    this.form.showProblems(own);
+    byId("action-problems").replaceChildren(...own.map((problem) => this.problemItem(problem)));
+    byId("project-problems").replaceChildren(
+      ...problems.filter((problem) => problem.id === "").map((problem) => this.problemItem(problem)),
+    );
+  }
+
+  problemItem(problem) {
+    const text = problem.place ? `${problem.place}: ${problem.message}` : problem.message;
+    const lead = () => this.form.goTo(problem.page, problem.field);
+    const item = el("li", {}, icon("warning"), problem.page === undefined ? text : button(text, lead, { class: "link" }));
+    if (problem.options) item.append(button("Open the options", () => showView("options"), { class: "compact" }));
+    return item;
+  }
+
+  // To a field of an action.
+  async goTo(id, page, field) {
+    showView("project");
+    if (this.tree.selected !== id || this.isAtVariables) this.tree.select(id);
+    await this.shown;
+    if (page !== undefined) this.form.goTo(page, field);
+  }
+
+  // What an earlier editor kept when it ended without saving.
+  showUnsaved() {
+    byId("unsaved").replaceChildren(
+      ...this.state.unsaved.map((file) =>
+        el(
+          "p",
+          { class: "bar" },
+          el("span", {}, `Changes that were not saved when the editor ended are kept in ${file}.`),
+          button("Take them over", async () => {
+            if (await this.edit("unsaved", { file, take: true }))
+              announce("The changes are taken over. Undo brings back what was here before.");
+          }),
+          button("Remove them", async () => {
+            const choice = await ask("Remove the changes that were not saved?", `${file} is deleted. That cannot be undone.`, [
+              { text: "Remove", value: "remove", main: true },
+            ]);
+            if (choice) await this.edit("unsaved", { file });
+          }),
+        ),
+      ),
+    );
+  }
+
+  async add(type) {
+    const items = this.state.types.map((one) => ({ value: one.type, text: `${one.name} (${one.category})` }));
+    const selected = this.tree.rowOf(this.tree.selected);
+    const places = [{ value: "after", text: selected ? "behind the selected action" : "as the first" }];
+    if (selected?.node.isLoop) places.push({ value: "inside", text: "inside the selected loop" });
+    const chosen = type
+      ? { type, place: "after" }
+      : await askTexts(
+          "Add an action",
           [
-            { name: "name", label: "Name" },
-            { name: "value", label: "Value" },
+            { name: "type", label: "Action", items },
+            { name: "place", label: "Place", items: places },
           ],
           "Add",
         );
-        if (texts) edit("propertySetValue", { set: set.name, ...texts });
-      }),
-      button("Remove the set", () => edit("propertySet", { name: set.name, kind: null }), {
-        "aria-label": `Remove the property set ${set.name}`,
-      }),
-    ),
-  );
+    if (!chosen) return;
+    showView("project");
+    this.isAtVariables = false;
+    this.tree.focusSelected(); // keys that follow are meant for the new action
+    await inTurn(() => this.edit("add", { type: chosen.type, to: this.placeOf(chosen.place) }));
+  }
+
+  placeOf(place) {
+    const selected = this.tree.rowOf(this.tree.selected);
+    if (!selected) return "0";
+    return place === "inside" ? `${selected.node.id}/${selected.node.children.length}` : behind(selected.node.id);
+  }
+
+  async move(direction) {
+    const to = this.tree.targetOf(direction);
+    if (to === undefined) announce("The action cannot go further that way.");
+    else await this.moveTo(this.tree.selected, to);
+  }
+
+  async moveTo(id, to) {
+    await this.edit("move", { id, to }, false);
+    // Unless the user has gone on to a field meanwhile.
+    if (!byId("page-pane").contains(document.activeElement)) this.tree.focusSelected();
+  }
+
+  async remove() {
+    if (this.tree.selected === undefined) return;
+    const index = this.tree.rows.findIndex((row) => row.node.id === this.tree.selected);
+    await this.edit("remove", { id: this.tree.selected });
+    const next = this.tree.rows[Math.min(index, this.tree.rows.length - 1)];
+    if (next) this.tree.select(next.node.id);
+    announce("The action is removed. Undo brings it back.");
+  }
+
+  copy() {
+    const id = this.tree.selected;
+    return id === undefined ? undefined : this.edit("copy", { id, to: behind(id) });
+  }
 }
 
-async function addSet(edit) {
-  const kinds = [
-    { value: "Win32", text: "Win32 version information" },
-    { value: "DotNet", text: ".NET assembly information" },
-  ];
-  const texts = await askTexts(
-    "Add a property set",
-    [
-      { name: "name", label: "Name" },
-      { name: "kind", label: "Kind", items: kinds },
-    ],
-    "Add",
-  );
-  if (texts) edit("propertySet", texts);
+function behind(id) {
+  const path = id.split("/").map(Number);
+  path[path.length - 1] += 1;
+  return path.join("/");
+}
+
+function setUnlessTyping(input, value) {
+  if (input !== document.activeElement || input.value === input.dataset.shown) input.value = value;
+  if (input.value === value) input.dataset.shown = value;
 }

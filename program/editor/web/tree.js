@@ -1,9 +1,9 @@
 // The tree of actions: arrow keys move in it, Alt and arrow keys move the action itself.
-import { el } from "./dom.js";
+import { el, icon } from "./dom.js";
 
 export class Tree {
-  // `handlers`: select(id), open(), move(direction), remove(); inTurn(work) calls back when nothing is under way that changes
-  // the tree, so that a key pressed meanwhile means the tree as it will be.
+  // `handlers`: select(id), open() for the input that has the focus then, move(direction), drop(id, to), remove(); inTurn(work)
+  // calls back when nothing is under way that changes the tree, so that a key pressed meanwhile means the tree as it will be.
   constructor(element, handlers) {
     this.element = element;
     this.handlers = handlers;
@@ -12,6 +12,7 @@ export class Tree {
     this.rows = [];
     this.nodes = [];
     this.selected = undefined;
+    this.typed = undefined; // for the field that Enter leads to, while it is not there yet
     element.addEventListener("keydown", (event) => this.onKey(event));
   }
 
@@ -43,16 +44,11 @@ export class Tree {
     const { node, level, siblings, position } = row;
     const isSelected = node.id === this.selected;
     const title = node.name || node.typeName;
-    const parts = [
-      el("span", { class: "twist", "aria-hidden": "true" }, node.children ? (this.collapsed.has(node.id) ? "▸" : "▾") : ""),
-    ];
+    const parts = [el("span", { class: "twist" }, node.children ? icon(this.collapsed.has(node.id) ? "fold" : "unfold") : null)];
     if (this.images?.has(node.type)) parts.push(el("img", { src: `image/${node.type}`, alt: "", width: 16, height: 16 }));
     parts.push(el("span", { class: "name" }, title));
-    if (node.name) parts.push(el("span", { class: "type" }, node.typeName));
-    if (this.problems.has(node.id))
-      parts.push(
-        el("span", { class: "mark", title: "Something is wrong here" }, "⚠", el("span", { class: "sr" }, " has problems")),
-      );
+    if (node.name) parts.push(el("span", { class: "unseen" }, `, ${node.typeName}`));
+    if (this.problems.has(node.id)) parts.push(icon("warning", "warning"), el("span", { class: "unseen" }, ", has problems"));
     const item = el(
       "li",
       {
@@ -63,17 +59,61 @@ export class Tree {
         "aria-posinset": position + 1,
         "aria-selected": isSelected ? "true" : "false",
         tabindex: isSelected ? 0 : -1,
+        title: node.name ? `${title} (${node.typeName})` : title,
+        draggable: "true",
         "aria-expanded": node.children ? (this.collapsed.has(node.id) ? "false" : "true") : false,
         onclick: (event) => {
-          if (event.target.classList.contains("twist") && node.children) this.toggle(node.id);
+          if (event.target.closest(".twist") && node.children) this.toggle(node.id);
           else this.select(node.id);
         },
       },
       ...parts,
     );
-    item.style.paddingInlineStart = `${level * 1.1 - 0.6}rem`;
+    item.style.paddingInlineStart = `${level - 0.75}rem`;
     row.item = item;
+    this.letDrag(row);
     return item;
+  }
+
+  // An action goes where the mouse leaves it: before or behind another, or, over the middle of a loop, into it.
+  letDrag(row) {
+    const { item, node } = row;
+    const mark = (place) => {
+      for (const name of ["before", "inside", "behind"]) item.classList.toggle(`drop-${name}`, name === place);
+    };
+    const placeOf = (event) => {
+      const part = event.offsetY / item.offsetHeight;
+      if (node.isLoop && part > 0.25 && part < 0.75) return "inside";
+      return part < 0.5 ? "before" : "behind";
+    };
+    const mayDrop = () => this.dragged !== undefined && node.id !== this.dragged && !node.id.startsWith(`${this.dragged}/`);
+    item.addEventListener("dragstart", (event) => {
+      this.dragged = node.id;
+      event.dataTransfer.effectAllowed = "move";
+      event.dataTransfer.setData("text/plain", node.id);
+    });
+    item.addEventListener("dragend", () => {
+      this.dragged = undefined;
+    });
+    item.addEventListener("dragover", (event) => {
+      if (!mayDrop()) return;
+      event.preventDefault();
+      mark(placeOf(event));
+    });
+    item.addEventListener("dragleave", () => mark());
+    item.addEventListener("drop", (event) => {
+      mark();
+      if (!mayDrop()) return;
+      event.preventDefault();
+      const id = this.dragged;
+      const to = this.targetAt(row, placeOf(event));
+      this.handlers.inTurn(() => this.handlers.drop(id, to));
+    });
+  }
+
+  targetAt({ node, position }, place) {
+    if (place === "inside") return `${node.id}/${node.children.length}`;
+    return [...node.id.split("/").slice(0, -1), position + (place === "behind" ? 1 : 0)].join("/");
   }
 
   select(id) {
@@ -132,10 +172,31 @@ export class Tree {
     else if (row.parent) this.select(row.parent.id);
   }
 
+  // What is typed behind Enter is meant for the field that it leads to.
+  async open() {
+    try {
+      const input = await this.handlers.open();
+      if (!this.typed || !input?.matches("input[type=text], textarea")) return;
+      input.value = this.typed;
+      input.dispatchEvent(new Event("input"));
+    } finally {
+      this.typed = undefined;
+    }
+  }
+
+  collectTyped(event) {
+    if (this.typed === undefined || event.ctrlKey || event.altKey || event.metaKey || event.key.length !== 1) return false;
+    event.preventDefault();
+    this.typed += event.key;
+    return true;
+  }
+
   onKey(event) {
+    if (this.collectTyped(event)) return;
     const work = (event.altKey ? moves : keys)[event.key];
     if (!work || event.ctrlKey || event.metaKey) return;
     event.preventDefault();
+    if (event.key === "Enter") this.typed = "";
     this.handlers.inTurn(() => {
       const index = this.rows.findIndex((row) => row.node.id === this.selected);
       return index < 0 ? undefined : work(this, this.rows[index], index);
@@ -157,6 +218,6 @@ const keys = {
   End: (tree) => tree.goTo(tree.rows.length - 1),
   ArrowRight: (tree, row, index) => tree.unfoldOrEnter(row, index),
   ArrowLeft: (tree, row) => tree.foldOrLeave(row),
-  Enter: (tree) => tree.handlers.open(),
+  Enter: (tree) => tree.open(),
   Delete: (tree) => tree.handlers.remove(),
 };

@@ -1,0 +1,79 @@
+// What could stand in a field: names beside each other for one value, boxes below each other for a list.
+import { look } from "./api.js";
+import { button, debounce, el, icon, linesOf, newId } from "./dom.js";
+
+// Looked for when it is shown, and anew when the field is edited. Gives what stands below the field; control.updateOffers follows
+// whether the field is enabled.
+export function makeOffers(form, control) {
+  const isList = control.field.kind === "list";
+  const list = el("ul", { class: isList ? "offers" : "chips" });
+  const details = el("details", { class: "offered" }, el("summary", {}, icon("fold"), control.field.offers), list);
+  const load = loader(form, control, list);
+  details.addEventListener("toggle", () => {
+    if (details.open) load();
+    else load.end();
+  });
+  const reload = debounce(() => details.open && load(), 700);
+  control.input.addEventListener("input", reload);
+  control.input.addEventListener("change", reload);
+  let wasEnabled = false;
+  control.updateOffers = (field) => {
+    for (const input of list.querySelectorAll("input, button")) input.disabled = !field.enabled;
+    if (field.enabled && !wasEnabled) details.open = true;
+    details.hidden = !field.enabled && !details.open;
+    wasEnabled = field.enabled;
+  };
+  return details;
+}
+
+function loader(form, control, list) {
+  let looking = new AbortController();
+  const load = async () => {
+    looking.abort();
+    looking = new AbortController();
+    const { signal } = looking;
+    if (!list.children.length) list.replaceChildren(el("li", { class: "note" }, "Looking…"));
+    const { page, field } = control.entry;
+    try {
+      const offers = await look("offers", { id: form.id, page, field: field.name }, { signal, unlessRunning: true });
+      if (!offers || signal.aborted) return;
+      const draw = control.field.kind === "list" ? drawBox : drawChip;
+      list.replaceChildren(...offers.items.map((item) => draw(form, control, item, load)));
+      control.updateOffers(control.field);
+      if (offers.error) list.prepend(el("li", { class: "note" }, offers.error));
+    } catch (error) {
+      list.replaceChildren(el("li", { class: "problem" }, error.message));
+    }
+  };
+  load.end = () => looking.abort();
+  return load;
+}
+
+function drawChip(form, control, item, reload) {
+  const choose = async () => {
+    await form.send(control, "set", { value: item.value });
+    reload();
+  };
+  const mark = item.chosen ? [icon("done"), el("span", { class: "unseen" }, "matches: ")] : [];
+  return el("li", {}, button([...mark, item.label || item.value], choose, { class: item.chosen ? "chip chosen" : "chip" }));
+}
+
+function drawBox(form, control, item) {
+  const id = newId();
+  const box = el("input", {
+    type: "checkbox",
+    id,
+    checked: item.chosen,
+    onchange: async () => {
+      // Whatever else stands in the list stays as it is written; several boxes may be ticked in quick succession.
+      const old = new Set(item.lines);
+      control.lines = (control.lines ?? linesOf(control.field.value).split("\n")).filter((line) => line && !old.has(line));
+      item.lines = box.checked ? [item.value] : [];
+      control.lines.push(...item.lines);
+      await form.send(control, "set", { value: control.lines.join("\r\n") });
+      if (form.underWay === 0) control.lines = undefined;
+    },
+  });
+  const [, name, file] = /^(.*) \(([^()]*)\)$/.exec(item.label) ?? [undefined, item.label || item.value, ""];
+  return el("li", {}, box, el("label", { for: id }, `${name} `, file ? el("span", { class: "type" }, file) : null));
+}
