@@ -18,8 +18,8 @@ TActionPath ParsePath(std::string_view text);
 
 // Secrets have no value here; nobody gets one out of the program.
 TJson PageJson(const TKxPropertyPage& page);
-// The fields of the pages of one action get the values ("default") that they have in `defaults`, its pages when
-// nothing of it is set.
+// The fields of the pages of one action get the values ("default") that they have in `defaults`, its pages
+// when nothing of it is set.
 void AddDefaults(TJson& pages, const TPages& defaults);
 // Pages of one name get their first heading behind it.
 void TellApart(TJson& pages);
