@@ -13,7 +13,7 @@ set(KX_ABOVE_package foundation contract)
 set(KX_ABOVE_tools foundation)
 set(KX_ABOVE_program foundation contract)
 # The program meets the package as any plug-in, through the contract; only what shows files reads them with the package's readers.
-set(KX_PACKAGE_READERS "/program/(cli/(Inspect|Graph)|check/)[A-Za-z]*\\.(cpp|h)$")
+set(KX_PACKAGE_READERS "/program/(cli/(Inspect|Graph|Init)|check/)[A-Za-z]*\\.(cpp|h)$")
 
 # The folder of the room that is built here, from the top: foundation/text, contract.
 function(kx_folder target result)

@@ -26,6 +26,9 @@ void DefineInspect(CLI::App& command, const TCommonOptions& common, int& exitCod
 void DefineGraph(CLI::App& command, const TCommonOptions& common, int& exitCode);
 void DefineCheck(CLI::App& command, const TCommonOptions& common, int& exitCode);
 void DefineExplain(CLI::App& command, const TCommonOptions& common, int& exitCode);
+void DefineInit(CLI::App& command, const TCommonOptions& common, int& exitCode);
+void DefineSchema(CLI::App& command, const TCommonOptions& common, int& exitCode);
+void DefineCompletion(CLI::App& command, const TCommonOptions& common, int& exitCode);
 void DefineActions(CLI::App& command, const TCommonOptions& common, int& exitCode);
 void DefineOptions(CLI::App& command, const TCommonOptions& common, int& exitCode);
 void DefineEdit(CLI::App& command, const TCommonOptions& common, int& exitCode);
@@ -34,7 +37,7 @@ inline constexpr const char* CodesOfRuns = "0 success, 1 the run failed, 2 wrong
                                            "file or settings, 4 stopped by a gate, 130 stopped with Ctrl-C";
 inline constexpr const char* CodesOfLooks = "0 success, 1 not found or not readable, 2 wrong usage";
 
-inline constexpr std::array<TCommand, 10> Commands{{
+inline constexpr std::array<TCommand, 13> Commands{{
     {"run", "Run a build project", DefineRun,
      "run nightly.kxproj\n"
      "run nightly.kxproj --dry-run\n"
@@ -52,6 +55,10 @@ inline constexpr std::array<TCommand, 10> Commands{{
      "do VERSIONINFO ResourceFile=App.rc PropertySetName=Now PropertiesToUpdate=MajorVersion=True "
      "--property-set Now.MajorVersion=3\n",
      CodesOfRuns},
+    {"init", "Write a build project for a solution", DefineInit,
+     "init App.sln\n"
+     "init App.sln nightly.kxproj\n",
+     "0 written, 1 not read or not written, 2 wrong usage"},
     {"validate", "Validate every action of a build project, run nothing", DefineValidate,
      "validate nightly.kxproj\n"
      "validate nightly.kxproj --set Root=/src\n",
@@ -85,6 +92,12 @@ inline constexpr std::array<TCommand, 10> Commands{{
      "actions\n"
      "actions DEVENV\n"
      "actions MSTEST --json\n",
+     "0 success, 2 wrong usage"},
+    {"schema", "Print the form of build projects as an XML Schema, for editors", DefineSchema,
+     "schema > kxproj.xsd\n", "0 success, 2 wrong usage"},
+    {"completion", "Print what makes a shell complete command lines of kxhost", DefineCompletion,
+     "completion bash > ~/.local/share/bash-completion/completions/kxhost\n"
+     "completion powershell | Out-String | Invoke-Expression\n",
      "0 success, 2 wrong usage"},
     {"options", "Read and write the options store", DefineOptions,
      "options\n"

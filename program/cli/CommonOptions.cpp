@@ -60,7 +60,7 @@ constexpr std::array<std::u16string_view, 5> CiSystems{u"github", u"azure", u"te
 
 template <auto Member, const auto& Names>
 CLI::Option* AddChoice(CLI::App& app, const std::string& name, TCommonOptions& options) {
-  return app.add_option_function<std::string>(name, [&options, name](const std::string& text) {
+  auto* option = app.add_option_function<std::string>(name, [&options, name](const std::string& text) {
     using T = std::remove_reference_t<decltype(options.*Member)>;
     const std::size_t chosen = RequireChoice(text::FromUtf8(name), text::FromUtf8(text), Names);
     if constexpr (std::is_enum_v<T>) {
@@ -69,6 +69,8 @@ CLI::Option* AddChoice(CLI::App& app, const std::string& name, TCommonOptions& o
       options.*Member = text::ToUtf8(Names[chosen]);
     }
   });
+  OfferChoices(option, Names);
+  return option;
 }
 
 struct TCommonOption {
@@ -81,7 +83,7 @@ struct TCommonOption {
 
 constexpr std::string_view All;
 constexpr std::string_view Hosts =
-    "run do validate edit actions options check"; // they open the store and the plug-ins
+    "run do validate edit actions schema options check"; // they open the store and the plug-ins
 constexpr std::string_view Runs = "run do";
 constexpr std::string_view Remembered = "run edit history";
 constexpr std::string_view Readers = "run do validate inspect graph check"; // they show what files hold
@@ -157,6 +159,28 @@ history::TPlace HistoryOf(const TCommonOptions& options) {
   return {.Off = options.NoHistory || options.DryRun, .File = text::FromUtf8(options.HistoryFile)};
 }
 
+// A validator that lets everything pass keeps them in its name: the library shows that nowhere.
+constexpr std::string_view ChoicesName = "choices:";
+
+void OfferChoices(CLI::Option* option, std::span<const std::u16string_view> names) {
+  std::string list(ChoicesName);
+  for (const auto name : names)
+    list += text::ToUtf8(name) + "\n";
+  option->check(CLI::Validator([](std::string&) { return std::string(); }, "", list));
+}
+
+std::vector<std::u16string> ChoicesOf(CLI::Option& option) {
+  std::vector<std::u16string> names;
+  try {
+    const std::u16string list = text::FromUtf8(option.get_validator(0)->get_name());
+    if (list.starts_with(text::FromAscii(ChoicesName)))
+      for (const auto name : text::SplitLines(std::u16string_view(list).substr(ChoicesName.size())))
+        if (!name.empty()) names.emplace_back(name);
+  } catch (const CLI::OptionNotFound&) { // it has none
+  }
+  return names;
+}
+
 void DefineCommonOptions(CLI::App& app, TCommonOptions& options) {
   app.fallthrough();
   app.allow_windows_style_options(false); // "/srv/a.sln" is a file on Windows, too
@@ -172,6 +196,11 @@ std::string CommonOptionsHelp(const CLI::App& app, std::string_view command) {
   for (const TCommonOption& row : Options())
     if (IsUsedBy(row, command)) help += CLI::Formatter().make_option(app.get_option(row.Name), false);
   return help;
+}
+
+bool IsCommonOptionOf(std::string_view option, std::string_view command) {
+  const auto row = std::ranges::find(Options(), option, &TCommonOption::Name);
+  return row == Options().end() || IsUsedBy(*row, command);
 }
 
 void CheckCommonOptions(const CLI::App& app, std::string_view command) {

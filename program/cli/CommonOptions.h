@@ -42,6 +42,7 @@ history::TPlace HistoryOf(const TCommonOptions& options);
 void DefineCommonOptions(CLI::App& app, TCommonOptions& options);
 // What the help of a command says of those that it uses.
 std::string CommonOptionsHelp(const CLI::App& app, std::string_view command);
+bool IsCommonOptionOf(std::string_view option, std::string_view command); // both by their names
 // Raises EUsage for one that was given and that the command does not use.
 void CheckCommonOptions(const CLI::App& app, std::string_view command);
 

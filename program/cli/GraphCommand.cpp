@@ -46,10 +46,12 @@ int DrawGraph(const TGraphArguments& arguments, const TCommonOptions& common) {
 void DefineGraph(CLI::App& command, const TCommonOptions& common, int& exitCode) {
   const auto arguments = std::make_shared<TGraphArguments>();
   command.add_option("SOLUTION", arguments->Solution, "The solution (.sln)")->required();
-  command
-      .add_option("--format", arguments->Format,
-                  "dot (for Graphviz, the default), mermaid (for Markdown), svg (a picture) or json")
-      ->type_name("FORMAT");
+  OfferChoices(
+      command
+          .add_option("--format", arguments->Format,
+                      "dot (for Graphviz, the default), mermaid (for Markdown), svg (a picture) or json")
+          ->type_name("FORMAT"),
+      GraphFormats);
   command
       .add_option("--around", arguments->Around,
                   "Only this project (name, id or path), what it needs and what needs it")

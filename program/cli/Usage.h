@@ -6,6 +6,11 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
+
+namespace CLI {
+class Option;
+}
 
 namespace kx::cli {
 
@@ -28,5 +33,8 @@ std::u16string ListOf(std::span<const std::u16string> names, std::u16string_view
 // The position of the name that an option was given, letter case ignored. Raises EUsage that says them all.
 std::size_t RequireChoice(std::u16string_view option, std::u16string_view text,
                           std::span<const std::u16string_view> names);
+// What an option takes, for those who complete what is typed; the option takes other values as before.
+void OfferChoices(CLI::Option* option, std::span<const std::u16string_view> names);
+std::vector<std::u16string> ChoicesOf(CLI::Option& option); // empty where nothing was offered
 
 } // namespace kx::cli

@@ -67,6 +67,28 @@ class CommandsTest(e2e.EndToEndTest):
             ("actions DEVEN", "Unknown action type"),
         ])
 
+    def test_a_project_is_begun_for_a_solution_and_never_replaced(self):
+        section = "\tGlobalSection(SolutionConfigurationPlatforms) = preSolution\n{}\tEndGlobalSection\n"
+        names = "".join(f"\t\t{name} = {name}\n" for name in ("Debug|Any CPU", "Release|Any CPU"))
+        self.write("A--B.sln",
+                   f'{HEADER.replace("8.00", "11.00")}{project("A")}Global\n{section.format(names)}EndGlobal\n')
+        self.assertIn("kxhost validate A--B.kxproj", self.host("init", "A--B.sln"))
+        for line in ('>Release|Any CPU</Variable>', '<Solution>A--B.sln</Solution>', 'Name="vs2010">4<'):
+            self.assertIn(line, self.read("A--B.kxproj"))
+        self.host("validate")
+        self.assertIn("is there already", self.host("init", "A--B.sln", code=1))
+        for shell, line, words in [
+                ("bash", 'do DEVENV Solution=A--B.sln SolutionConfiguration="Rel', ['Release|Any CPU" ']),
+                ("bash", "do DEVENV Solution=A--B.sln SolutionConfiguration=deb", ["Debug\\|Any\\ CPU "]),
+                ("zsh", "do DEVENV Solution=A--B.sln SelectedProjects=", ["SelectedProjects=A"]),
+                ("powershell", "check A--B.sln --configuration Rel", ["'Release|Any CPU'"]),
+                ("fish", "run --verbosity=d", ["--verbosity=detailed", "--verbosity=diagnostic"]),
+                ("fish", "graph --log", []),
+                ("fish", "run --log ", [":files"])]:
+            with self.subTest(line):
+                answer = self.host("completion", shell, "--", "kxhost " + line)
+                self.assertEqual([found.split("\t")[0] for found in answer.splitlines()], words)
+
     def test_a_file_of_another_kind_is_named_with_the_command_that_takes_it(self):
         self.write("App.sln", HEADER + END)
         self.write("renamed.txt", "\n" + HEADER + END)
