@@ -1,166 +1,145 @@
 #include "program/report/HtmlReport.h"
 
 #include "contract/UnitTests.h"
-#include "foundation/text/Encoding.h"
-#include "foundation/text/Text.h"
 #include "program/report/Assets.h"
 #include "program/report/ResultRows.h"
 
 #include <algorithm>
+#include <array>
 
 namespace kx {
 
 namespace {
 
-// Browsers lay out an element as a whole: blocks of this size are left alone until they are scrolled to.
-constexpr std::size_t LinesPerElement = 200;
+struct TSection {
+  const char* Id;
+  const char* Title;
+  bool (*IsThere)(const THtmlPage& page);
+  std::int64_t (*Count)(const THtmlPage& page); // beside its name in the contents; 0 shows none
+  void (*Write)(const THtmlPage& page, THtmlWriter& out);
+};
 
-bool IsProblem(TStatusTag status) {
-  return status == TStatusTag::stWarning || status == TStatusTag::stError;
+bool Always(const THtmlPage& /*page*/) {
+  return true;
+}
+std::int64_t None(const THtmlPage& /*page*/) {
+  return 0;
 }
 
-std::string UniversalTime(std::chrono::system_clock::time_point time) {
-  std::string text =
-      text::ToUtf8(DateTimeText(std::chrono::floor<std::chrono::milliseconds>(time))).substr(0, 19);
-  std::ranges::replace(text, 'T', ' ');
-  return text + " UTC";
+constexpr std::array<TSection, 8> Sections{{
+    {"problems", "Problems", Always, ProblemCount, WriteProblems},
+    {"tests", "Tests", [](const THtmlPage& page) { return !page.Suites.IsEmpty(); },
+     [](const THtmlPage& page) { return page.Report.Tests.Failed; }, WriteTests},
+    {"timeline", "Timeline", HasTimeline, None, WriteTimeline},
+    {"results", "Results", Always, [](const THtmlPage& page) { return ProjectCount(page.Report); },
+     WriteResults},
+    {"trends", "Trends", [](const THtmlPage& page) { return page.Past != nullptr; }, None, WriteTrends},
+    {"versions", "Versions", [](const THtmlPage& page) { return !page.Stamps.empty(); },
+     [](const THtmlPage& page) { return static_cast<std::int64_t>(page.Stamps.size()); }, WriteStamps},
+    {"log", "Log", Always, [](const THtmlPage& page) { return page.LogLines; }, nullptr},
+    {"facts", "Facts", Always, None, WriteFacts},
+}};
+
+void WriteHead(const THtmlPage& page, THtmlWriter& out) {
+  out << "<!DOCTYPE html>\n<html lang=en><head><meta charset=utf-8>"
+         "<meta name=viewport content=\"width=device-width, initial-scale=1\">"
+         // Nothing in a log can make the page load or run anything of its own.
+         "<meta http-equiv=Content-Security-Policy content=\"default-src 'none'; img-src data:; "
+         "style-src 'unsafe-inline'; script-src 'unsafe-inline'\"><title>"
+      << page.Title << ": " << WordOf(page.Report.Result) << "</title><style>" << assets::Theme
+      << assets::ReportStyle << "</style></head>\n<body>\n<header class=top><p><b>" << page.Title
+      << "</b> <span>";
+  if (page.Report.Began != std::chrono::system_clock::time_point()) out << DayTime(page.Report.Began);
+  out << "</span></p></header>\n";
 }
+
+void WriteContents(const THtmlPage& page, THtmlWriter& out) {
+  out << "<nav class=contents aria-label=Contents tabindex=-1>";
+  for (const auto& section : Sections) {
+    if (!section.IsThere(page)) continue;
+    out << "<a href=#" << section.Id << ">" << section.Title;
+    if (const auto count = section.Count(page); count > 0) out << " <span>" << count << "</span>";
+    out << "</a>";
+  }
+  out << "</nav>\n";
+}
+
+constexpr const char* LogTools =
+    "<div class=tools hidden><input type=search id=log-find placeholder=\"Search the log\" "
+    "aria-label=\"Search "
+    "the log\"><output id=log-found></output><div class=choice role=group aria-label=Match><button "
+    "id=log-previous>Previous</button><button id=log-next>Next</button></div><div class=choice role=group "
+    "aria-label=Lines><button id=log-all aria-pressed=true>All lines</button><button id=log-problems "
+    "aria-pressed=false>Problems</button></div><div class=choice role=group aria-label=Groups><button "
+    "id=log-fold>Fold all</button><button id=log-unfold>Unfold all</button></div></div>\n";
 
 } // namespace
 
 void THtmlReport::On(const TRunEvent& event) {
-  if (!started_) started_ = event.Time;
   now_ = event.Time;
   suiteNames_.On(event);
   std::visit([this](const auto& what) { On(what); }, event.What);
 }
 
-void THtmlReport::OpenGroup(std::u16string_view title) {
-  EndLines(open_.back());
-  open_.push_back({.Header = headers_.size(), .Title = std::u16string(title)});
-  headers_.push_back({log_.Size()});
-}
-
-void THtmlReport::EndLines(TOpen& group) {
-  if (group.LineCount > 0) log_.Append("</pre>");
-  group.LineCount = 0;
-}
-
-// What went well is folded away; what did not stands open.
-void THtmlReport::CloseGroup(TStatusTag status, const std::string& outcome,
-                             std::chrono::milliseconds elapsed) {
-  if (open_.size() < 2) return;
-  TOpen group = std::move(open_.back());
-  open_.pop_back();
-  EndLines(group);
-  const bool bad = group.HasProblems || IsProblem(status);
-  TOpen& outer = open_.back();
-  outer.HasProblems = outer.HasProblems || bad;
-  headers_[group.Header].Html =
-      std::string("<details class=\"") + StatusClass(status) + (bad ? " bad\" open>" : "\">") +
-      "<summary><span class=\"title\">" + HtmlText(group.Title) + "</span> <span class=\"outcome\">" +
-      outcome + "</span> <span class=\"time\">" + FormatElapsed(elapsed) + "</span></summary>";
-  log_.Append("</details>\n");
-}
-
 void THtmlReport::On(const TActionStarted& action) {
-  OpenGroup(NameWithPass(action.Description, action.Pass));
+  log_.OpenGroup(NameWithPass(action.Description, action.Pass));
   actions_.push_back(NameWithPass(action.Name, action.Pass));
 }
 
 void THtmlReport::On(const TActionEnded& ended) {
-  CloseGroup(StatusOf(ended.Result.Result), WordOf(ended.Result.Result), ended.Result.Elapsed);
+  log_.CloseGroup(StatusOf(ended.Result.Result), WordOf(ended.Result.Result), ended.Result.Elapsed);
   if (!actions_.empty()) actions_.pop_back();
 }
 
 void THtmlReport::On(const TGroupStarted& group) {
-  OpenGroup(group.Title);
+  log_.OpenGroup(group.Title);
 }
 
 void THtmlReport::On(const TGroupEnded& group) {
   const TStatusTag status = group.Status.value_or(TStatusTag::stNormal);
-  CloseGroup(status, GroupWord(status), group.Elapsed);
+  log_.CloseGroup(status, GroupWord(status), group.Elapsed);
 }
 
 void THtmlReport::On(const TMessageSent& message) {
-  TOpen& group = open_.back();
-  if (group.LineCount == LinesPerElement || (group.LineCount > 0 && group.Lines != message.Status))
-    EndLines(group);
-  if (group.LineCount == 0) log_.Append(std::string("<pre class=\"") + StatusClass(message.Status) + "\">");
-  group.Lines = message.Status;
-  ++group.LineCount;
-  group.HasProblems = group.HasProblems || IsProblem(message.Status);
-  log_.Append(HtmlText(message.Text) + "\n");
+  log_.Add(message, now_);
+  TakeStamp(message.Text, stamps_);
 }
 
+// Unit tests have a section of their own, and what compilers counted stands in the results.
 void THtmlReport::On(const TMetricSent& sent) {
-  if (sent.Metric.Category == UnitTestCategory) { // has a section of its own
-    if (const std::u16string* xml = TestSuiteXml(sent.Metric))
-      tests_.Append(TestsHtml(suiteNames_.Rename(*xml)));
-    return;
-  }
-  const auto* value = std::get_if<std::int64_t>(&sent.Metric.Value);
-  if (value == nullptr) return;
-  const std::u16string title = sent.Metric.Category + u": " + sent.Metric.Name;
-  auto chart = std::ranges::find(charts_, title, &TChart::Title);
-  if (chart == charts_.end()) chart = charts_.insert(charts_.end(), {.Title = title});
-  std::u16string label = actions_.empty() ? std::u16string() : actions_.back();
-  if (!sent.Configuration.empty()) label += u", " + sent.Configuration;
-  chart->Bars.push_back({std::move(label), *value});
-}
-
-std::string THtmlReport::HeadHtml(const TRunReport& report) const {
-  const std::string title = HtmlText(title_);
-  const std::string outcome = WordOf(report.Result);
-  std::string page = "<!DOCTYPE html>\n<html lang=\"en\"><head><meta charset=\"utf-8\">"
-                     "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">"
-                     // Nothing in a log can make the page load or run anything of its own.
-                     "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; "
-                     "style-src 'unsafe-inline'; script-src 'unsafe-inline'\">"
-                     "<title>" +
-                     title + ": " + outcome + "</title><style>";
-  page += assets::Theme;
-  page += assets::ReportStyle;
-  page += "</style></head>\n<body>\n<header><h1>" + title + "</h1><p><strong class=\"" +
-          StatusClass(StatusOf(report.Result)) + "\">" + outcome + "</strong>";
-  if (started_) {
-    const auto elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(now_ - *started_);
-    page += " after " + FormatElapsed(elapsed) + ", started " + UniversalTime(*started_);
-  }
-  return page + "</p></header>\n<main>\n" + ResultTableHtml(report);
-}
-
-platform::Status THtmlReport::WriteLog(const platform::PutBytes& put) const {
-  if (!log_.State()) return log_.State(); // a log of which a part is missing says nothing
-  std::uint64_t at = 0;
-  for (const auto& header : headers_) {
-    if (auto done = log_.CopyTo(put, std::exchange(at, header.At), header.At); !done) return done;
-    if (auto done = put(header.Html); !done) return done;
-  }
-  return log_.CopyTo(put, at, log_.Size());
-}
-
-platform::Status THtmlReport::WriteTests(const platform::PutBytes& put) const {
-  if (tests_.Size() == 0) return platform::Done{};
-  auto done = put("<section id=\"tests\"><h2>Unit tests</h2>\n");
-  if (done) done = tests_.CopyTo(put);
-  return done ? put("</section>\n") : done;
+  const TKxMetric& metric = sent.Metric;
+  if (const std::u16string* xml = TestSuiteXml(metric)) suites_.Append(suiteNames_.Rename(*xml));
+  const auto* value = std::get_if<std::int64_t>(&metric.Value);
+  if (value == nullptr || metric.Category == UnitTestCategory || metric.Category == u"Compiler") return;
+  figures_.push_back({metric.Category + u": " + metric.Name,
+                      actions_.empty() ? std::u16string() : actions_.back(), sent.Configuration, *value});
 }
 
 platform::Status THtmlReport::Write(const TRunReport& report, const platform::PutBytes& put) {
-  EndLines(open_.back());
-  auto done = put(HeadHtml(report));
-  if (done) done = WriteTests(put);
-  if (done)
-    done = put(ChartsHtml(charts_) +
-               "<section id=\"log\"><h2>Log</h2>\n<p class=\"tools\" hidden><button id=\"problems\" "
-               "aria-pressed=\"false\">"
-               "Only warnings and errors</button> <button id=\"expand\">Open all</button> "
-               "<button id=\"collapse\">Close all</button></p>\n");
-  if (done) done = WriteLog(put);
-  if (done) done = put("</section>\n</main>\n<script>");
-  if (done) done = put(assets::ReportScript);
-  return done ? put("</script>\n</body></html>\n") : done;
+  log_.End();
+  const TPast* past = report.Past != nullptr && !report.Past->Runs.empty() ? report.Past.get() : nullptr;
+  const THtmlPage page{title_, report, past, suites_, figures_, stamps_, log_.Lines()};
+  THtmlWriter out(put);
+  WriteHead(page, out);
+  out << "<div class=page>\n";
+  WriteContents(page, out);
+  out << "<main>\n";
+  WriteHeadline(page, out);
+  for (const auto& section : Sections) {
+    if (!section.IsThere(page)) continue;
+    out << "<section id=" << section.Id << "><h2>" << section.Title << "</h2>\n";
+    if (section.Write != nullptr) {
+      section.Write(page, out);
+    } else {
+      out << "<p>What failed is open. Times are those of UTC.</p>\n" << LogTools << "<div class=log>\n";
+      log_.Write(out);
+      out << "</div>";
+    }
+    out << "</section>\n";
+  }
+  out << "<footer>Written by kxhost. This page loads nothing from anywhere.</footer>\n</main></div>\n<script>"
+      << assets::ReportScript << "</script>\n</body></html>\n";
+  return out.Finish();
 }
 
 } // namespace kx

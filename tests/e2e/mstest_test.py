@@ -52,7 +52,7 @@ class MSTestTest(e2e.EndToEndTest):
         self.assertEqual((failure.get("message"), failure.text), (message, f"{message}\nat B"))
         suites = xml.etree.ElementTree.parse(self.folder / "junit.xml").getroot()
         self.assertEqual((suites.tag, suites.get("tests"), suites.get("failures")), ("testsuites", "2", "1"))
-        self.assertIn("<pre class=\"error\">Expected: 1\n", self.read("report.html"))
+        self.assertIn("<pre class=error>Expected: 1\n", self.read("report.html"))
         self.assertEqual(os.listdir(self.temporary), [])
 
     def test_hostile_names_stay_one_argument_each(self):

@@ -4,6 +4,7 @@
 #include "foundation/text/Encoding.h"
 #include "foundation/text/Text.h"
 #include "program/report/JUnitSink.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 
@@ -54,30 +55,34 @@ protected:
   TJUnitSink JUnit;
 };
 
+using std::chrono::milliseconds;
+
 TEST_F(Reports, FoldWhatWentWellAndLeaveOpenWhatDidNot) {
   Send(TActionStarted{.Name = u"Build", .Description = u"Build it"});
   Send(TGroupStarted{u"Solution <A>"});
   Send(TMessageSent{u"fine"});
+  Send(TMessageSent{u"careful", TStatusTag::stWarning});
   Send(TGroupEnded{u"", TStatusTag::stSuccess});
   Send(TGroupStarted{u"Solution B"});
   Send(TMessageSent{u"<script>\x1b[2J", TStatusTag::stError});
   Send(TGroupEnded{u"", std::nullopt});
   Send(TActionEnded{{.Result = TResultKind::Succeeded}});
-  using std::chrono::milliseconds;
   const TActionResult whole{
       .Name = u"All", .Result = TResultKind::Succeeded, .Counts = {7, 3}, .Elapsed = milliseconds(1500)};
   TActionResult build = whole;
-  build.Configurations = {{u"Debug", TResultKind::Succeeded, u"", {7, 3}, milliseconds(500)}};
+  build.Configurations = {{u"Debug", TResultKind::Succeeded, u"", {7, 3}, {}, milliseconds(500)}};
   const std::string page = Page({.Result = TResultKind::Succeeded, .Actions = {whole, build}});
   for (const char* part :
        {"<title>Night&lt;ly&gt;: succeeded</title>",
-        "<details class=\"success\"><summary><span class=\"title\">Solution &lt;A&gt;</span>",
-        "<details class=\"plain bad\" open><summary><span class=\"title\">Solution B</span>",
-        "<details class=\"success bad\" open><summary><span class=\"title\">Build it</span>",
-        "<pre class=\"error\">&lt;script&gt;\u241b[2J\n</pre>",
-        "All</td><td></td><td class=\"warning\">succeeded</td><td class=\"number\">7</td><td "
-        "class=\"number\">3<",
-        "<td class=\"number\">1.50 s<"})
+        "<details class=bad><summary><i class=\"i done\" role=img "
+        "aria-label=\"succeeded\"></i><span>Solution &lt;A&gt;<",
+        "<details class=bad open><summary><i class=\"i plain\" role=img "
+        "aria-label=\"done\"></i><span>Solution B<",
+        "<details class=bad open><summary><i class=\"i done\" role=img "
+        "aria-label=\"succeeded\"></i><span>Build it<",
+        "<pre class=error data-n=3 data-t=00:00:00>\n<b id=L3>&lt;script&gt;\u241b[2J</b>\n</pre>",
+        "All<td><td><i class=\"i done\"></i>succeeded<td class=number><i class=\"i error\"></i>7<",
+        "1.50 s\n"})
     EXPECT_THAT(page, HasSubstr(part));
   EXPECT_THAT(page, Not(HasSubstr("(the rest)")));
 }
@@ -115,9 +120,9 @@ TEST_F(Reports, KeepLinesAndGroupsInTheirOrderHoweverManyTheyAre) {
     if (line.ends_with("of many lines")) lines.push_back(line.substr(line.rfind('>') + 1));
   EXPECT_EQ(lines, wanted);
   const auto at = [&page](std::string_view text) { return page.find(text); };
-  EXPECT_GT(at("<details class=\"plain bad\" open><summary><span class=\"title\">G1"), at("0/29999 of"));
-  EXPECT_LT(at("<span class=\"title\">G1"), at("1/0 of"));
-  EXPECT_GT(at("<details class=\"plain\"><summary><span class=\"title\">G2"), at("1/29999 of"));
+  EXPECT_GT(at("<details class=bad open><summary>"), at("0/29999 of"));
+  EXPECT_LT(at("<span>G1"), at("1/0 of"));
+  EXPECT_GT(at("<span>G2"), at("1/29999 of"));
 }
 
 // Where nothing can be put aside the report fails, and not the run.
@@ -131,32 +136,142 @@ TEST_F(Reports, SayAtTheEndWhatTheyCouldNotPutAside) {
   EXPECT_THAT(text::ToUtf8(written.Message()), HasSubstr("no"));
 }
 
-TEST_F(Reports, DrawEachFigureOfAMetricBesideItsAction) {
-  for (const std::int64_t value : {5, 0}) {
-    Send(TActionStarted{.Name = u"Build", .Pass = value == 5 ? u"Lib" : u"App"});
-    Send(TMetricSent{{u"Compiler", u"Errors", value}, u"Debug"});
-    Send(TActionEnded{});
-  }
-  const std::string page = Page({});
-  EXPECT_THAT(page, HasSubstr("<figcaption>Compiler: Errors</figcaption>"));
-  EXPECT_THAT(page,
-              HasSubstr("Build (Lib), Debug</th><td><span class=\"bar\" style=\"width:100%\"></span></td>"
-                        "<td class=\"number\">5</td>"));
-  EXPECT_THAT(page, HasSubstr("Build (App), Debug</th><td><span class=\"bar\" style=\"width:0%\">"));
+// One row: what the run came to, and the sentence that says it.
+TEST_F(Reports, SayInTheirHeadlineWhatBecameOfTheRunAndWhy) {
+  const auto finding = [](const char16_t* project, const char16_t* file, const char16_t* rule = u"C1") {
+    return TFinding{.Rule = rule,
+                    .Severity = TFindingSeverity::Error,
+                    .Message = u"No <x>",
+                    .Place = {file},
+                    .Project = project};
+  };
+  const auto built = [](TResultKind result, TResultKind one, TResultKind other) {
+    return TActionResult{.Name = u"Build",
+                         .Result = result,
+                         .Configurations = {{.Configuration = u"Debug",
+                                             .Result = result,
+                                             .Projects = {{.Project = u"A", .Result = one},
+                                                          {.Project = u"B", .Result = other}}}}};
+  };
+  using enum TResultKind;
+  const std::vector<std::pair<TRunReport, const char*>> rows{
+      {{.Result = Succeeded,
+        .Tests = {3},
+        .Elapsed = milliseconds(320000),
+        .Actions = {built(Succeeded, Succeeded, Succeeded)}},
+       "<h1>Built 2 projects and passed 3 tests in 5 min 20 s</h1><p class=lead>No warnings."},
+      {{.Result = Failed,
+        .Actions = {built(Failed, Succeeded, Failed)},
+        .Findings = {finding(u"B", u"src/F<o>.cs"), finding(u"B", u"G.cs")}},
+       "<h1>Failed: 2 errors in B, first in F&lt;o&gt;.cs</h1><p class=lead>1 of 2 projects was built."},
+      {{.Result = Failed, .Findings = {finding(u"A", u"F.cs"), finding(u"B", u"")}},
+       ">Failed: 2 errors in 2 projects, first in F.cs<"},
+      {{.Result = Failed, .Findings = {finding(u"", u"")}}, ">Failed: No &lt;x&gt;<"},
+      {{.Result = Failed, .Actions = {{.Name = u"Tell", .Result = Failed, .Reason = u"no-tests"}}},
+       ">Failed: Tell (no-tests)<"},
+      {{.Result = FinishedWithFailures,
+        .Tests = {410, 2},
+        .Actions = {built(Succeeded, Succeeded, Succeeded)},
+        .Findings = {finding(u"", u"", u"test-failed")}},
+       ">Built, but 2 of 412 tests failed<"},
+      {{.Result = Stopped, .Elapsed = milliseconds(62000)}, ">Stopped by you after 1 min 02 s<"},
+      {{.Result = WouldRun}, ">Dry run: nothing was changed<"}};
+  for (const auto& [report, said] : rows)
+    EXPECT_THAT(Page(report), HasSubstr(said));
 }
 
-TEST_F(Reports, ShowUnitTestsFailedOnesFirstUnderANameOfTheirOwn) {
+// What is new, where the log tells it, the source around it; tests stand among themselves.
+TEST_F(Reports, ShowProblemsByFileThoseWithErrorsFirst) {
+  const tests::TTemporaryFolder folder;
+  const std::u16string file = folder.Write("src/b.cs", "one\ntwo <T>\nthree\n");
+  TRunReport report{
+      .Result = TResultKind::Failed,
+      .Findings = {{.Rule = u"W1", .Message = u"Old", .Place = {u"a.cs", 7}, .Fingerprint = u"1"},
+                   {.Rule = u"test-failed", .Severity = TFindingSeverity::Error, .Message = u"T"},
+                   {.Rule = u"E1",
+                    .Severity = TFindingSeverity::Error,
+                    .Message = u"Bad \"x\"",
+                    .Place = {file, 2},
+                    .Fingerprint = u"2",
+                    .Said = 12}},
+      .MoreFindings = 3,
+      .Root = folder.Path()};
+  EXPECT_THAT(Page(report),
+              AllOf(HasSubstr("No earlier run"), Not(HasSubstr(">new<")), Not(HasSubstr("id=trends"))));
+  report.Past = std::make_shared<TPast>(TPast{.Runs = std::vector<TPastRun>(2),
+                                              .KnownSince = {{u"1", 0}},
+                                              .Fixed = {{.Rule = u"W2", .Message = u"Gone"}}});
+  const std::string page = Page(report);
+  for (const char* part : {"<details class=\"f error new\" id=first open><summary><a href=#L12>line "
+                           "2</a><code>E1</code><span>Bad &quot;x&quot;</span><b>new</b>",
+                           "<u>1</u>one\n<mark><u>2</u>two &lt;T&gt;</mark>\n<u>3</u>three\n",
+                           "<details class=\"f warning known\">", "since 1 Jan 1970, 2 runs ago",
+                           "Fixed since the run before", "3 more were not kept", "<h2>Trends</h2>"})
+    EXPECT_THAT(page, HasSubstr(part));
+  EXPECT_LT(page.find("data-f=\"src/b.cs\""), page.find("data-f=\"a.cs\""));
+  EXPECT_THAT(page, Not(HasSubstr("<code>test-failed")));
+}
+
+TEST_F(Reports, ShowFailedTestsOpenAndThoseThatComeAndGo) {
   SendTests();
   Send(TActionStarted{.Name = u"Tests", .Pass = u"A<1>"});
   SendTests();
-  const std::string page = Page({});
-  for (const char* part :
-       {"<h3>All &amp; more</h3>\n<p>1 passed, 1 failed, 1 not run, 0.000 s</p>",
-        "<pre class=\"error\">1 &lt; 2\n</pre><pre>at &lt;x&gt;</pre>",
-        "<li class=\"success\"><span class=\"title\">Good<",
-        "<li class=\"warning\"><span class=\"title\">Later<", "<h3>All &amp; more (A&lt;1&gt;)</h3>"})
+  using enum TPastTest;
+  const TPast past{.Runs = std::vector<TPastRun>(3),
+                   .Tests = {{u"All & more/Good", {Passed, Failed, Absent}},
+                             {u"All & more/Bad", {Passed, NotRun, Passed}}}};
+  const std::string page = Page({.Past = std::make_shared<TPast>(past)});
+  for (const char* part : {"<h3>Bad <b class=new>new</b> <span>All &amp; more</span></h3><svg class=strip "
+                           "viewBox=\"0 0 24 16\" role=img "
+                           "aria-label=\"Failed in 1 of the last 4 runs\"><path class=passed d=\"M2 11v5M14 "
+                           "11v5\"/><path class=failed d=\"M20 0v16\"/>",
+                           "<pre class=error>1 &lt; 2\n</pre><pre class=stack tabindex=0 role=region "
+                           "aria-label=\"Stack trace of Bad\">at &lt;x&gt;</pre>",
+                           "<h3>Good <b class=flaky>flaky: failed in 1 of 3 runs</b>",
+                           "<li class=skipped>Later<", "<td>All &amp; more (A&lt;1&gt;)<td class=number>1<"})
     EXPECT_THAT(page, HasSubstr(part));
-  EXPECT_LT(page.find(">Bad<"), page.find(">Good<"));
+}
+
+// Two projects at once, then one that waited for the longer of them, in percent of the run.
+TEST_F(Reports, DrawWhatRanWhenAndUnderlineTheLongestChain) {
+  const auto project = [](const char16_t* name, int began, int elapsed,
+                          TResultKind result = TResultKind::Succeeded) {
+    return TProjectResult{
+        .Project = name, .Result = result, .Began = milliseconds(began), .Elapsed = milliseconds(elapsed)};
+  };
+  const TConfigurationResult debug{.Configuration = u"Debug",
+                                   .Elapsed = milliseconds(10000),
+                                   .Projects = {project(u"A", 0, 4000), project(u"B", 0, 3000),
+                                                project(u"C", 4000, 6000, TResultKind::Failed)}};
+  const std::string page =
+      Page({.Elapsed = milliseconds(10000),
+            .Actions = {{.Name = u"Build", .Elapsed = milliseconds(10000), .Configurations = {debug}}}});
+  for (const char* part :
+       {"<title>A, Debug: 4.00 s from 0.00 s, succeeded, on the longest chain<",
+        "<title>B, Debug: 3.00 s from 0.00 s, succeeded<", "<rect class=\"bar failed\" x=40.00% width=60.00%",
+        "<line class=chain x1=40.00%", "<tr><th scope=row>C<td><i class=\"i error\""})
+    EXPECT_THAT(page, HasSubstr(part));
+  EXPECT_THAT(Page({.Elapsed = milliseconds(10), .Actions = {{.Name = u"One", .Elapsed = milliseconds(10)}}}),
+              Not(HasSubstr("<svg")));
+}
+
+TEST_F(Reports, ListWhatWasStampedAndFiguresOfOtherActions) {
+  for (const char16_t* line : {u"AssemblyTitle : too early", u"Processing Assembly info in File : /x/a<b>.cs",
+                               u"AssemblyVersion : 1.2.3.4", u"AssemblyCompany : C & Co",
+                               u"Assembly of parts : no", u"Updating Version info in file : /x/v.rc"})
+    Send(TMessageSent{line});
+  for (const char16_t* category : {u"Compiler", u"Coverage"})
+    Send(TMetricSent{{category, u"Lines", std::int64_t{1234}}, u"Debug"});
+  const std::string page = Page({.Surroundings = {.Machine = u"M<1>", .Tools = {u"xbuild 14.0", u"mono 6"}}});
+  for (const char* part :
+       {"<h2>Versions</h2>",
+        "<tr><td>/x/a&lt;b&gt;.cs<td>AssemblyVersion<td><code>1.2.3.4</code>\n<tr><td>/x/"
+        "a&lt;b&gt;.cs<td>AssemblyCompany<td><code>C &amp; Co",
+        "<tr><td>/x/v.rc<td>version resource", "<td>Coverage: Lines<td><td>Debug<td class=number>1,234",
+        "<dt>Machine<dd>M&lt;1&gt;", "<dd>xbuild 14.0, mono 6"})
+    EXPECT_THAT(page, HasSubstr(part));
+  for (const char* part : {"<td>Compiler: Lines", "<code>too early", "<td>Assembly of", "<dt>Branch"})
+    EXPECT_THAT(page, Not(HasSubstr(part)));
 }
 
 TEST_F(Reports, CollectAllRunsOfTestsForJUnit) {
