@@ -319,6 +319,8 @@ test("a dry run shows each line of a difference in a row, and a page that is loa
       const ended = page.locator("#progress", { hasText: /^Dry run 1: / });
       await ended.waitFor();
       const head = await ended.textContent();
+      await page.locator("#changes .added b", { hasText: "Neu" }).first().waitFor();
+      await page.click("#tab-log");
       await page.locator("#log").focus();
       await page.keyboard.press("Home");
       const added = page.locator("#log [role=option]", { hasText: '+[assembly: AssemblyTitle("Neu")]' }).first();
@@ -405,8 +407,14 @@ test("a long log stays light, problems lead to their places, runs are compared",
       const log = page.locator("#log");
       assert.ok((await log.evaluate((element) => element.scrollHeight)) > 200000 * 20);
       assert.ok((await page.locator("#log [role=option]").count()) < 100);
-      await log.focus();
-      await page.keyboard.press("End");
+      await page.getByLabel("Search the log").fill("compiling 日本語 199999");
+      await page.locator("#log-found", { hasText: "1 line" }).waitFor();
+      await page.keyboard.press("Enter");
+      await page.locator("#log [aria-selected=true] mark").waitFor();
+      await page.keyboard.press("F8");
+      await page.locator("#view-problems .source .hit").waitFor();
+      await page.getByRole("button", { name: "Show in the log" }).click();
+      await page.locator("#log [aria-selected=true]", { hasText: "CS0" }).waitFor();
       await page.selectOption("#filter", "3");
       await page.locator("#log .error", { hasText: "CS0103" }).click();
       await page.locator("#detail button").click();
@@ -414,6 +422,7 @@ test("a long log stays light, problems lead to their places, runs are compared",
       await page.keyboard.press("Escape");
       await page.click("#dry-run");
       await page.locator("#progress", { hasText: /^Dry run 2/ }).waitFor();
+      await page.click("#tab-results");
       await page.getByLabel("Compare with").selectOption("1");
       await page.locator("#results", { hasText: "failed before" }).waitFor();
     },
@@ -463,7 +472,7 @@ test("300 actions, narrow and wide, light and dark: nothing that axe calls serio
       await page.locator("#tree [aria-selected=true]").focus();
       await page.keyboard.press("End");
       await page.locator("#action-title", { hasText: "Aktion 299" }).waitFor();
-      for (const view of ["project", "options", "run"]) {
+      for (const view of ["project", "options", "run", "problems", "tests"]) {
         await page.click(`#show-${view}`);
         await settled(page);
         // As a debugger does, which the page's own rules for scripts do not bind.

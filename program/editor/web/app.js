@@ -5,8 +5,10 @@ import { announce, announceError, byId, clearMessage, counted, debounce, el } fr
 import { Form } from "./form.js";
 import { Help } from "./help.js";
 import { openPalette } from "./palette.js";
+import { ProblemsView } from "./problems.js";
 import { ProjectView } from "./project.js";
 import { RunView } from "./run.js";
+import { TestsView } from "./tests.js";
 import { attempt, inTurn } from "./turns.js";
 import { currentView, onView, showView, startViews, views } from "./views.js";
 
@@ -29,7 +31,33 @@ const optionsForm = new Form(byId("options-pages"), {
     if (answer.pages.every((page) => page.fields.every((field) => !field.error))) announce("The options are saved.");
   },
 });
-const run = new RunView({ started: () => showView("run"), ended: () => refresh() });
+const goToProblem = (problem) => {
+  if (problem.options) showView("options");
+  else if (problem.id) project.goTo(problem.id, problem.page, problem.field);
+  else showView("project");
+};
+const wrong = new ProblemsView({
+  goTo: goToProblem,
+  showInLog: (finding) => {
+    showView("run");
+    if (!run.showInLog(finding)) announce("The log does not have this line.");
+  },
+});
+const tests = new TestsView();
+const run = new RunView({
+  started: () => showView("run"),
+  ended: () => refresh(),
+  found: () => {
+    wrong.setFindings(run.findings);
+    tests.setSuites(run.suites);
+  },
+  showFinding: (place) => {
+    showView("problems");
+    wrong.choose(place);
+  },
+  actions: () => (project.state.tree ?? []).map((node) => node.name || node.typeName),
+  fileName,
+});
 
 onAnswer((answer) => {
   brief = answer;
@@ -43,6 +71,7 @@ onAnswer((answer) => {
   byId("redo").disabled = locked || !answer.canRedo;
   for (const id of ["dry-run", "add", "copy", "remove", "move-up", "move-down", "move-in", "move-out"])
     byId(id).disabled = locked;
+  byId("check").disabled = locked;
   byId("start").hidden = locked;
   byId("stop").hidden = !locked;
   for (const id of ["action-form", "project-form", "options-form"]) byId(id).disabled = locked;
@@ -77,6 +106,7 @@ async function check() {
     }
     problems = answer.entries;
     project.showProblems(problems);
+    wrong.setSettings(problems);
     return problems;
   });
 }
@@ -148,6 +178,12 @@ function toggleHelp() {
   document.body.classList.toggle("no-help");
 }
 
+// To the next problem, wherever one is.
+function stepProblem(direction) {
+  showView("problems");
+  wrong.split.step(direction);
+}
+
 // Goes to the search of the view.
 function searchHere() {
   const box = document.querySelector(".view:not([hidden]) input[type=search]");
@@ -166,7 +202,9 @@ const commands = [
   { name: "Run", keys: "F5", button: "start", run: () => start(false), may: whileEditing },
   { name: "Dry run", keys: "Ctrl Shift F5", button: "dry-run", run: () => start(true), may: whileEditing },
   { name: "Stop the run", keys: "Shift F5", run: () => attempt(() => run.stop()), may: () => brief.running, atOnce: true },
-  { name: "Check the project", run: checkNow, may: whileEditing },
+  { name: "Next problem", keys: "F8", run: () => stepProblem(1), atOnce: true },
+  { name: "Previous problem", keys: "Shift F8", run: () => stepProblem(-1), atOnce: true },
+  { name: "Check the settings", button: "check", run: checkNow, may: whileEditing },
   { name: "Show or hide the help", keys: "F1", run: toggleHelp, atOnce: true },
   { name: "Search this view", keys: "Ctrl F", run: searchHere, atOnce: true },
   { name: "Copy the action", button: "copy", run: () => project.copy(), may: whileEditing },
@@ -212,15 +250,19 @@ function paletteGroups() {
     more: node.name ? node.typeName : "",
     run: () => project.goTo(node.id),
   }));
-  const wrong = problems.map((problem) => ({
-    text: problem.message,
-    more: [problem.action, problem.place].filter(Boolean).join(", "),
-    run: () => (problem.id ? project.goTo(problem.id, problem.page, problem.field) : showView("project")),
+  const items = wrong.all().map((one) => ({
+    text: one.message,
+    more: [one.code || one.action, one.place].filter((part) => typeof part === "string" && part).join(", "),
+    run: () => {
+      if (one.isSetting) return goToProblem(one);
+      showView("problems");
+      return wrong.choose(one.place);
+    },
   }));
   return [
     { title: "Actions", sign: "project", items: actions },
     { title: "Properties", sign: "options", items: properties },
-    { title: "Problems", sign: "problems", items: wrong },
+    { title: "Problems", sign: "problems", items },
     { title: "Commands", sign: "run", items: [...commandItems, ...(brief.running ? [] : adding)] },
   ];
 }
@@ -283,6 +325,7 @@ function listen() {
 
 listen();
 onView("run", () => run.log.draw());
+onView("problems", () => wrong.show());
 onView("options", () =>
   attempt(async () => {
     const pages = await callUnlessRunning("action", { id: "options" });

@@ -164,9 +164,9 @@ export async function choosePath({ title, start, filter, folders }) {
   return result;
 }
 
-// Lines of a file around a problem.
-export async function showSource(event, message) {
-  const source = await look("source", { event });
+// Lines of a file around a problem: `place` is {event} or {finding}.
+export async function showSource(place, message) {
+  const source = await look("source", place);
   const rows = source.lines.map((line, index) =>
     el("li", { class: source.first + index === source.line ? "hit" : false }, el("b", {}, String(source.first + index)), line),
   );

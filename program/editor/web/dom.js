@@ -63,10 +63,11 @@ export function debounce(work, milliseconds) {
 // Says it to those who cannot see it, and shows it for those who can, until the user does something else. What
 // only time can mend (`until`) stays until then.
 let lasting = "";
-export function announce(text, { isError = false, until = "" } = {}) {
+// What the page shows anyway (not `isShown`) is only said.
+export function announce(text, { isError = false, until = "", isShown = true } = {}) {
   const place = byId("message");
   place.textContent = text;
-  place.className = isError ? "error" : "";
+  place.className = isShown ? (isError ? "error" : "") : "unseen";
   lasting = until;
 }
 

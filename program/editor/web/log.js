@@ -1,8 +1,9 @@
 // The log of a run: groups that fold, and only the rows on the screen drawn, however long it grows.
-import { el, formatTime } from "./dom.js";
+import { coloured, hasColours, withoutColours } from "./ansi.js";
+import { el, formatTime, icon } from "./dom.js";
 
-const rowHeight = 20;
 const statusNames = ["", "success", "warning", "error"];
+const wide = /[\u1100-\u115f\u2e80-\ua4cf\uac00-\ud7a3\uf900-\ufaff\ufe30-\ufe6f\uff00-\uff60\uffe0-\uffe6]/g;
 
 // All that a browser breaks a line at; an end of line behind the last one begins no further line.
 function linesOf(text) {
@@ -12,38 +13,46 @@ function linesOf(text) {
 }
 
 export class Log {
-  // `open(event, text)`: the user wants to see the place that a message names.
-  constructor(element, { open, select }) {
+  // `open(event, text)`: the user wants to see the place that a message names; select(line); followed(isFollowing).
+  constructor(element, { open, select, followed }) {
     this.element = element;
     this.open = open;
     this.select = select;
+    this.followed = followed;
     this.spacer = el("div", { class: "spacer" });
     this.rows = el("div", { class: "rows" });
-    element.append(this.spacer, this.rows);
-    element.addEventListener("scroll", () => this.draw());
+    this.ruler = el("span", { class: "ruler", "aria-hidden": "true" }, "0".repeat(100));
+    this.wraps = false;
+    this.search = undefined; // an expression: what it matches is marked
+    element.append(this.spacer, this.rows, this.ruler);
+    element.addEventListener("scroll", () => this.onScroll());
     element.addEventListener("keydown", (event) => this.onKey(event));
-    new ResizeObserver(() => this.draw()).observe(element);
+    new ResizeObserver(() => this.resize()).observe(element);
     this.clear();
   }
 
   clear() {
-    // One a row: {isGroup, depth, text, whole, status, position, parent, worst, collapsed, file, line, elapsed}
+    // One a row: {isGroup, depth, text, ansi, whole, status, position, parent, worst, collapsed, file, line, elapsed}
     this.lines = [];
     this.visible = []; // indices of lines
+    this.tops = [0]; // of the visible ones, in rows, when lines wrap; behind the last one the height of all
     this.openGroups = [];
     this.least = 0;
     this.current = -1; // a line
-    this.follow = true;
+    this.lastTop = 0;
+    this.setFollow(true);
     this.draw();
+  }
+
+  setFollow(follow) {
+    this.follow = follow;
+    this.followed?.(follow);
   }
 
   // `event` is its position in the run's events.
   add(event, position) {
-    if (event.event === "metric" || event.event === "runEnd") return;
-    if (event.event === "actionEnd" || event.event === "groupEnd") {
-      this.endGroup(event);
-      return;
-    }
+    if (event.event === "metric" || event.event === "runEnd") return -1;
+    if (event.event === "actionEnd" || event.event === "groupEnd") return this.endGroup(event);
     const isGroup = event.event === "action" || event.event === "group";
     const parent = this.openGroups.at(-1) ?? -1;
     const whole = this.textOf(event);
@@ -61,7 +70,7 @@ export class Log {
       file: event.file,
       line: event.line,
       elapsed: undefined,
-      time: event.time.slice(11, 19),
+      time: event.time,
     };
     const index = this.addRow(line);
     if (line.status >= 2) this.spread(index, line.status);
@@ -69,12 +78,22 @@ export class Log {
     // Rows are as high as one line: each further line of a text has its own, inside a group whose title it is.
     const rest = isGroup ? { isGroup: false, depth: line.depth + 1, parent: index } : {};
     for (const text of others) this.addRow({ ...line, ...rest, text });
+    return index;
   }
 
   addRow(line) {
+    if (hasColours(line.text)) {
+      line.ansi = line.text;
+      line.text = withoutColours(line.text);
+    }
     const index = this.lines.push(line) - 1;
-    if (this.isShown(line)) this.visible.push(index);
+    if (this.isShown(line)) this.show(index);
     return index;
+  }
+
+  show(index) {
+    this.visible.push(index);
+    if (this.wraps) this.tops.push(this.tops.at(-1) + this.rowsOf(this.lines[index]));
   }
 
   textOf(event) {
@@ -85,11 +104,12 @@ export class Log {
   endGroup(event) {
     const index = this.openGroups.pop();
     const line = this.lines[index];
-    if (!line) return;
+    if (!line) return -1;
     line.elapsed = event.elapsedMs;
     line.status = event.event === "actionEnd" ? (event.succeeded ? 1 : 3) : (event.status ?? 0);
     if (line.status > line.worst) line.worst = line.status;
     if (line.status >= 2) this.spread(index, line.status);
+    return index;
   }
 
   // A group in which something is wrong shows it, and stays where a filter looks for problems.
@@ -111,20 +131,20 @@ export class Log {
 
   collect() {
     this.visible = [];
+    this.tops = [0];
     let hiddenBelow = Infinity;
     this.lines.forEach((line, index) => {
       if (line.depth > hiddenBelow) return;
       hiddenBelow = line.isGroup && line.collapsed ? line.depth : Infinity;
-      if (line.worst >= this.least) this.visible.push(index);
+      if (line.worst >= this.least) this.show(index);
     });
-    if (this.collected) this.collected();
   }
 
   // 0 everything, 2 warnings and errors, 3 errors.
   filter(least) {
     this.least = least;
     this.collect();
-    this.follow = false;
+    this.setFollow(false);
     this.element.scrollTop = 0;
     this.draw();
   }
@@ -135,6 +155,67 @@ export class Log {
     this.draw();
   }
 
+  wrap(wraps) {
+    this.wraps = wraps;
+    this.element.classList.toggle("wraps", wraps);
+    this.measure();
+    this.collect();
+    this.draw();
+  }
+
+  // How many characters stand beside each other, and how high they are.
+  measure() {
+    const { width, height } = this.ruler.getBoundingClientRect();
+    this.rowHeight = height || 20;
+    const beside = this.element.classList.contains("timed") ? 150 : 72; // what stands left of the text
+    const scale = this.rowHeight / 20;
+    this.columns = Math.max(20, Math.floor((this.element.clientWidth - (beside + 40) * scale) / (width / 100 || 8)));
+  }
+
+  rowsOf(line) {
+    const length = line.text.length + (line.text.match(wide)?.length ?? 0) + line.depth * 2;
+    return Math.max(1, Math.ceil(length / this.columns));
+  }
+
+  resize() {
+    const before = this.columns;
+    this.measure();
+    if (this.wraps && before !== this.columns) this.collect();
+    this.refresh();
+  }
+
+  topOf(at) {
+    return this.wraps ? this.tops[at] : at;
+  }
+
+  // The visible line in this row.
+  atRow(row) {
+    if (!this.wraps) return Math.floor(row);
+    let low = 0;
+    let high = this.visible.length;
+    while (low < high) {
+      const middle = (low + high) >> 1;
+      if (this.tops[middle + 1] <= row) low = middle + 1;
+      else high = middle;
+    }
+    return low;
+  }
+
+  // Who scrolls away from the end wants to read; at the end one follows again.
+  onScroll() {
+    const { scrollTop, scrollHeight, clientHeight } = this.element;
+    const isAtEnd = scrollTop + clientHeight >= scrollHeight - this.rowHeight;
+    if (!this.follow && isAtEnd) this.setFollow(true);
+    else if (this.follow && !isAtEnd && scrollTop < this.lastTop) this.setFollow(false);
+    this.lastTop = scrollTop;
+    this.draw();
+  }
+
+  toEnd() {
+    this.setFollow(true);
+    this.refresh();
+  }
+
   // After some lines were added.
   refresh() {
     this.draw();
@@ -142,11 +223,13 @@ export class Log {
   }
 
   draw() {
+    if (!this.rowHeight) this.measure();
     const height = this.element.clientHeight || 400;
-    this.spacer.style.height = `${this.visible.length * rowHeight}px`;
-    const first = Math.max(0, Math.floor(this.element.scrollTop / rowHeight) - 5);
-    const last = Math.min(this.visible.length, first + Math.ceil(height / rowHeight) + 10);
-    this.rows.style.transform = `translateY(${first * rowHeight}px)`;
+    const { rowHeight } = this;
+    this.spacer.style.height = `${this.topOf(this.visible.length) * rowHeight}px`;
+    const first = Math.max(0, this.atRow(this.element.scrollTop / rowHeight) - 5);
+    const last = Math.min(this.visible.length, this.atRow((this.element.scrollTop + height) / rowHeight) + 6);
+    this.rows.style.transform = `translateY(${this.topOf(first) * rowHeight}px)`;
     const rows = [];
     for (let at = first; at < last; at += 1) rows.push(this.drawRow(this.visible[at], at));
     this.rows.replaceChildren(...rows);
@@ -158,6 +241,7 @@ export class Log {
   drawRow(index, at) {
     const line = this.lines[index];
     const status = line.isGroup ? Math.max(line.worst > 1 ? line.worst : 0, line.status) : line.status;
+    const sign = line.isGroup ? ["", "done", "warning", "error"][status] : ["", "", "warning", "error"][status];
     const row = el(
       "div",
       {
@@ -167,29 +251,58 @@ export class Log {
         "aria-posinset": at + 1,
         "aria-setsize": this.visible.length,
         class: `${statusNames[status]}${line.isGroup ? " group" : ""}`,
-        title: line.time,
         onclick: () => this.goTo(index, true),
       },
-      el("span", { class: "twist", "aria-hidden": "true" }, line.isGroup ? (line.collapsed ? "▸" : "▾") : ""),
+      el("span", { class: "number", "aria-hidden": "true" }, String(index + 1)),
+      el("time", { "aria-hidden": "true" }, line.time ? new Date(line.time).toTimeString().slice(0, 8) : ""),
+      line.isGroup ? icon(line.collapsed ? "fold" : "unfold", "twist") : null,
+      sign ? icon(sign, statusNames[status]) : null,
       status > 1 ? el("span", { class: "unseen" }, `${statusNames[status]}: `) : null,
-      el("span", { class: "text" }, line.text),
+      el("span", { class: "text" }, ...this.textParts(line)),
       line.isGroup && line.collapsed ? el("span", { class: "unseen" }, " (folded)") : null,
-      line.elapsed === undefined ? null : el("span", { class: "time" }, formatTime(line.elapsed)),
+      line.elapsed === undefined ? null : el("span", { class: "elapsed" }, formatTime(line.elapsed)),
     );
-    row.style.paddingInlineStart = `${line.depth * 1.1}rem`;
+    row.style.setProperty("--depth", line.depth);
+    if (this.wraps) row.style.height = `${this.rowsOf(line) * this.rowHeight}px`;
     return row;
+  }
+
+  textParts(line) {
+    if (!this.search) return line.ansi ? coloured(line.ansi) : [line.text];
+    const parts = [];
+    let begin = 0;
+    for (const found of line.text.matchAll(this.search)) {
+      if (!found[0]) break;
+      parts.push(line.text.slice(begin, found.index), el("mark", {}, found[0]));
+      begin = found.index + found[0].length;
+    }
+    return [...parts, line.text.slice(begin)];
+  }
+
+  // Groups that hide it are unfolded, and a filter that does is taken back.
+  reveal(index) {
+    const line = this.lines[index];
+    if (!line) return;
+    if (!this.isShown(line)) {
+      for (let at = line.parent; at >= 0; at = this.lines[at].parent) this.lines[at].collapsed = false;
+      if (line.worst < this.least) this.least = 0;
+      this.collect();
+    }
+    this.goTo(index, false);
   }
 
   goTo(index, isClick) {
     const line = this.lines[index];
-    if (isClick && line.isGroup && this.current === index) this.toggle(index);
+    if (isClick && line.isGroup) this.toggle(index);
     this.current = index;
-    this.follow = false;
+    this.setFollow(false);
     const at = this.visible.indexOf(index);
-    const top = at * rowHeight;
-    if (top < this.element.scrollTop) this.element.scrollTop = top;
-    else if (top + rowHeight > this.element.scrollTop + this.element.clientHeight)
-      this.element.scrollTop = top + rowHeight - this.element.clientHeight;
+    const top = this.topOf(at) * this.rowHeight;
+    const bottom = this.topOf(at + 1) * this.rowHeight;
+    const { scrollTop, clientHeight } = this.element;
+    this.spacer.style.height = `${this.topOf(this.visible.length) * this.rowHeight}px`;
+    if (top < scrollTop || bottom > scrollTop + clientHeight + clientHeight) this.element.scrollTop = top - clientHeight / 3;
+    else if (bottom > scrollTop + clientHeight) this.element.scrollTop = bottom - clientHeight;
     this.draw();
     this.select(line);
   }
@@ -201,9 +314,15 @@ export class Log {
     this.draw();
   }
 
+  // What is shown, as text.
+  text() {
+    return this.visible.map((index) => `${"  ".repeat(this.lines[index].depth)}${this.lines[index].text}\n`).join("");
+  }
+
   onKey(event) {
+    if (event.altKey || event.ctrlKey || event.metaKey) return;
     const at = this.visible.indexOf(this.current);
-    const page = Math.floor(this.element.clientHeight / rowHeight);
+    const page = Math.floor(this.element.clientHeight / this.rowHeight);
     const line = this.lines[this.current];
     const targets = {
       ArrowDown: at + 1,
@@ -217,10 +336,13 @@ export class Log {
       event.preventDefault();
       const target = this.visible[Math.min(Math.max(targets[event.key], 0), this.visible.length - 1)];
       if (target !== undefined) this.goTo(target, false);
-      this.follow = event.key === "End";
+      if (event.key === "End") this.toEnd();
     } else if (line?.isGroup && ["ArrowLeft", "ArrowRight", "Enter", " "].includes(event.key)) {
       event.preventDefault();
       if (event.key === "Enter" || event.key === " " || line.collapsed !== (event.key === "ArrowLeft")) this.toggle(this.current);
+    } else if (event.key === "ArrowLeft" && line?.parent >= 0) {
+      event.preventDefault();
+      this.goTo(line.parent, false);
     } else if (line?.file && event.key === "Enter") {
       event.preventDefault();
       this.open(line.position, line.whole);

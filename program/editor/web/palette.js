@@ -1,7 +1,8 @@
 // Everything by its name: commands, properties, actions, problems.
 import { el, icon, newId } from "./dom.js";
 
-const most = 60; // that are drawn at once
+const most = 60; // of one kind that are drawn at once,
+const mostBeside = 7; // and of several kinds
 
 // `groups`: {title, sign, items: [{text, more, keys, run}]}. ">" keeps the commands, "@" the properties.
 function matching(groups, text) {
@@ -87,7 +88,7 @@ export function openPalette(groups, text = "") {
     const { found, words } = matching(groups, input.value);
     items = [];
     current = 0;
-    const share = Math.ceil(most / Math.max(found.length, 1));
+    const share = found.length > 1 ? mostBeside : most;
     list.replaceChildren(
       ...found.map((group) => {
         const shown = group.items.slice(0, share);

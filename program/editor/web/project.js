@@ -123,6 +123,7 @@ export class ProjectView {
     byId("action-title").textContent = action.name || action.typeName;
     byId("action-name").placeholder = action.typeName;
     setUnlessTyping(byId("action-name"), action.name);
+    byId("action-name").size = Math.min(Math.max((action.name || action.typeName).length, 8), 30);
     byId("action-type").textContent = action.name ? action.typeName : "";
     byId("on-failure").value = action.continueOnError;
     byId("loop-variable-row").hidden = action.loopVariable === undefined;
