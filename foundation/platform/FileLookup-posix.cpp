@@ -7,7 +7,6 @@
 
 #include <cerrno>
 #include <ctime>
-#include <dirent.h>
 #include <sys/stat.h>
 #include <sys/vfs.h>
 #include <unordered_map>
@@ -100,18 +99,11 @@ public:
     timespec now{};
     clock_gettime(CLOCK_REALTIME, &now);
     listedAt_ = Nanoseconds(now);
-    const std::unique_ptr<DIR, int (*)(DIR*)> listing(opendir(native_.c_str()), closedir);
-    readable_ = listing != nullptr && !MountsOnDemand(native_);
-    while (readable_) {
-      errno = 0;
-      const dirent* entry = readdir(listing.get());
-      if (entry == nullptr) {
-        readable_ = errno == 0; // else names are missing
-        break;
-      }
-      const std::string_view name = entry->d_name;
-      if (text::IsValidUtf8(name)) entries_.insert({text::FromUtf8(name), KindOf(*entry)});
-    }
+    posix::FolderWalk walk(native_);
+    while (const dirent* entry = walk.Next())
+      if (const std::string_view name = entry->d_name; text::IsValidUtf8(name))
+        entries_.insert({text::FromUtf8(name), KindOf(*entry)});
+    readable_ = walk.Error() == 0 && !MountsOnDemand(native_); // else names are missing
   }
 
   const std::u16string& Folder() const { return folder_; } // in its own spelling

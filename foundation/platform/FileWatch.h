@@ -29,10 +29,12 @@ private:
     std::uintmax_t Size = 0;
     bool operator==(const State&) const = default;
   };
-  static std::optional<State> Look(std::u16string_view path); // nothing where no file is
-  void SetStamp(std::filesystem::file_time_type stamp) const;
+  std::optional<State> Look() const; // nothing where no file is
+  static std::optional<State> StateOf(const std::filesystem::path& native) noexcept;
+  void SetStamp(std::filesystem::file_time_type stamp) const noexcept;
 
   std::u16string path_;
+  std::filesystem::path native_; // where it was found; the stamp is given back without memory
   std::optional<State> found_;
   std::optional<State> marked_;
 };

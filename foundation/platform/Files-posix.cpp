@@ -11,7 +11,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <dirent.h>
 #include <fcntl.h>
 #include <filesystem>
 #include <memory>
@@ -52,9 +51,9 @@ void RemoveIfAbandoned(int folder, const char* name) {
 
 void RemoveAbandonedFiles(const std::string& folder) {
   if (!IsFirstVisit(folder)) return;
-  const std::unique_ptr<DIR, int (*)(DIR*)> list(opendir(folder.c_str()), closedir);
-  while (const dirent* entry = list ? readdir(list.get()) : nullptr)
-    if (kTemporaryFiles.Has(entry->d_name)) RemoveIfAbandoned(dirfd(list.get()), entry->d_name);
+  FolderWalk walk(folder);
+  while (const dirent* entry = walk.Next())
+    if (kTemporaryFiles.Has(entry->d_name)) RemoveIfAbandoned(walk.Handle(), entry->d_name);
 }
 
 // A new file beside the one it is for; it vanishes again unless it was put in place. It has no name until
@@ -237,12 +236,51 @@ int MakeFolders(const std::string& native, mode_t lastMode = 0777) {
   return S_ISDIR(info.st_mode) ? 0 : ENOTDIR;
 }
 
+// A link that leads nowhere is no folder.
+bool IsFolder(int above, const dirent& entry) {
+  if (entry.d_type != DT_LNK && entry.d_type != DT_UNKNOWN) return entry.d_type == DT_DIR;
+  struct stat info {};
+  return fstatat(above, entry.d_name, &info, 0) == 0 && S_ISDIR(info.st_mode);
+}
+
+// Whether it is gone.
+bool RemoveEntry(int above, const char* name) noexcept {
+  if (unlinkat(above, name, 0) == 0 || errno == ENOENT) return true;
+  FolderWalk walk(above, name, O_NOFOLLOW);
+  while (const dirent* entry = walk.Next())
+    RemoveEntry(walk.Handle(), entry->d_name);
+  return unlinkat(above, name, AT_REMOVEDIR) == 0;
+}
+
 std::u16string FromEnvironment(const char* name) {
   const char* value = getenv(name);
   return value == nullptr ? std::u16string() : text::FromUtf8(value);
 }
 
 } // namespace
+
+FolderWalk::FolderWalk(int above, const char* name, int flags) noexcept {
+  const int file =
+      Uninterrupted([&] { return openat(above, name, O_RDONLY | O_DIRECTORY | O_CLOEXEC | flags); });
+  if (file >= 0) list_.reset(fdopendir(file));
+  if (list_ != nullptr) return;
+  error_ = errno;
+  if (file >= 0) close(file);
+}
+
+const dirent* FolderWalk::Next() noexcept {
+  while (list_ != nullptr) {
+    errno = 0;
+    const dirent* entry = readdir(list_.get());
+    if (entry == nullptr) {
+      error_ = errno;
+      break;
+    }
+    const std::string_view name = entry->d_name;
+    if (name != "." && name != "..") return entry;
+  }
+  return nullptr;
+}
 
 int WriteAll(int fd, std::string_view bytes) {
   while (!bytes.empty()) {
@@ -353,6 +391,22 @@ Result<bool> SaveNew(std::u16string_view path, std::string_view bytes, std::u16s
   const int error = MakeNew(*native, bytes, FindNative(like).value_or(""), withTimes);
   if (error != 0 && error != EEXIST) return FileFailure(u"create file", path, Reason(error));
   return error == 0;
+}
+
+Result<std::vector<FolderEntry>> ListUnsorted(std::u16string_view path) {
+  const auto folder = FindNative(path);
+  if (!folder) return FileFailure(u"list folder", path, u"It does not exist.");
+  std::vector<FolderEntry> entries;
+  FolderWalk walk(*folder);
+  while (const dirent* entry = walk.Next())
+    entries.push_back({text::FromUtf8(entry->d_name), IsFolder(walk.Handle(), *entry)});
+  if (walk.Error() != 0) return FileFailure(u"list folder", path, Reason(walk.Error()));
+  return entries;
+}
+
+// A call may lack a handle that is free a moment later, or another process may make a file meanwhile.
+void RemoveTree(const std::filesystem::path& folder) noexcept {
+  if (!RemoveEntry(AT_FDCWD, folder.c_str())) RemoveEntry(AT_FDCWD, folder.c_str());
 }
 
 Status CreateDirectories(std::u16string_view path) {

@@ -99,15 +99,11 @@ std::u16string AnyTemporaryFile() {
 
 void RemoveAbandonedFiles(const std::u16string& folder) {
   if (!IsFirstVisit(text::ToUtf8(folder))) return;
-  WIN32_FIND_DATAW found{};
-  const HANDLE list =
-      FindFirstFileW(WithLongPrefix(text::JoinPath(folder, AnyTemporaryFile())).c_str(), &found);
-  if (list == INVALID_HANDLE_VALUE) return;
-  do {
+  const auto visit = [&folder](const WIN32_FIND_DATAW& found) {
     const std::u16string name = FromWide(found.cFileName);
     if (kTemporaryFiles.Has(text::ToUtf8(name))) RemoveIfAbandoned(found, text::JoinPath(folder, name));
-  } while (FindNextFileW(list, &found) != FALSE);
-  FindClose(list);
+  };
+  ForEachEntry(WithLongPrefix(text::JoinPath(folder, AnyTemporaryFile())), visit);
 }
 
 // A new file beside the one it is for; it vanishes again unless it was put in place. No interrupt ends the
@@ -361,6 +357,30 @@ Result<bool> SaveNew(std::u16string_view path, std::string_view bytes, std::u16s
   auto made = MakeNew(*native, bytes, likeNative ? *likeNative : std::wstring(), withTime);
   if (!made) return FileFailure(u"create file", path, made.Message());
   return made;
+}
+
+Result<std::vector<FolderEntry>> ListUnsorted(std::u16string_view path) {
+  const Result<std::u16string> full = FullPath(path);
+  if (!full || !DirectoryExists(path)) return FileFailure(u"list folder", path, u"It does not exist.");
+  std::vector<FolderEntry> entries;
+  const auto visit = [&entries](const WIN32_FIND_DATAW& found) {
+    const std::u16string name = FromWide(found.cFileName);
+    // A name that is no well-formed text has another one here.
+    if (name != u"." && name != u"..")
+      entries.push_back(
+          {text::FromUtf8(text::ToUtf8(name)), (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0});
+  };
+  const DWORD error = ForEachEntry(WithLongPrefix(text::JoinPath(*full, u"*")), visit);
+  if (error != 0) return FileFailure(u"list folder", path, Reason(error));
+  return entries;
+}
+
+// A scanner may have a file open for a moment.
+void RemoveTree(const std::filesystem::path& folder) noexcept try {
+  std::error_code error;
+  std::filesystem::remove_all(folder, error);
+  if (error) std::filesystem::remove_all(folder, error);
+} catch (const std::bad_alloc&) { // it stays, as what cannot be removed does
 }
 
 Status CreateDirectories(std::u16string_view path) {

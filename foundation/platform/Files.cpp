@@ -1,12 +1,10 @@
 #include "foundation/platform/Files.h"
 #include "foundation/platform/Shared.h"
 #include "foundation/platform/Spool.h"
-#include "foundation/text/Encoding.h"
 #include "foundation/text/Text.h"
 
 #include <algorithm>
 #include <array>
-#include <filesystem>
 #include <mutex>
 #include <random>
 #include <set>
@@ -83,19 +81,8 @@ Result<bool> CopyToNewFile(std::u16string_view from, std::u16string_view path) {
 }
 
 Result<std::vector<FolderEntry>> ListDirectory(std::u16string_view path) {
-  const auto folder = ResolveExisting(path);
-  if (!folder) return FileFailure(u"list folder", path, u"It does not exist.");
-  std::error_code error;
-  std::vector<FolderEntry> entries;
-  std::filesystem::directory_iterator entry(std::filesystem::path(*folder), error);
-  for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
-    std::error_code gone; // a link that leads nowhere is no folder
-    // The characters as they are: a name that is no well-formed text has another one here.
-    entries.push_back(
-        {text::FromUtf8(text::ToUtf8(entry->path().filename().u16string())), entry->is_directory(gone)});
-  }
-  if (error) return FileFailure(u"list folder", path, text::FromUtf8(error.message()));
-  std::ranges::sort(entries, text::LessIgnoreCase, &FolderEntry::Name);
+  auto entries = ListUnsorted(path);
+  if (entries) std::ranges::sort(*entries, text::LessIgnoreCase, &FolderEntry::Name);
   return entries;
 }
 

@@ -9,7 +9,6 @@
 #include <array>
 #include <cerrno>
 #include <cstdlib>
-#include <dirent.h>
 #include <mutex>
 #include <sys/stat.h>
 #include <system_error>
@@ -99,11 +98,10 @@ std::vector<std::string_view> StepsOf(std::string_view native) {
 // makes of it; of several the smallest, so that the answer does not depend on the order in which the file
 // system lists them.
 std::optional<std::string> MatchIgnoringCase(const std::string& folder, std::string_view wanted) {
-  const std::unique_ptr<DIR, int (*)(DIR*)> listing(opendir(folder.empty() ? "." : folder.c_str()), closedir);
-  if (!listing) return std::nullopt;
+  FolderWalk walk(folder.empty() ? "." : folder);
   const std::u16string name = text::FromUtf8(wanted);
   std::optional<std::u16string> best;
-  while (const dirent* entry = readdir(listing.get())) {
+  while (const dirent* entry = walk.Next()) {
     const std::string_view bytes = entry->d_name;
     if (!text::IsValidUtf8(bytes)) continue;
     std::u16string candidate = text::FromUtf8(bytes);

@@ -5,6 +5,9 @@
 #include "foundation/platform/Shared.h"
 
 #include <cerrno>
+#include <dirent.h>
+#include <fcntl.h>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -44,6 +47,27 @@ auto Uninterrupted(TCall call) {
     if (result >= 0 || errno != EINTR) return result;
   }
 }
+
+// What a folder holds, one entry after the other, also where there is no memory left: the iterators of
+// std::filesystem end the program then.
+class FolderWalk {
+public:
+  explicit FolderWalk(const std::string& native) : FolderWalk(AT_FDCWD, native.c_str(), 0) {}
+  // The name as it is seen from another open folder, with more flags to open it.
+  FolderWalk(int above, const char* name, int flags) noexcept;
+
+  int Error() const { return error_; } // why there is nothing, or nothing more, to see; else 0
+  int Handle() const { return dirfd(list_.get()); }
+  // Without "." and ".."; nothing behind the last one.
+  const dirent* Next() noexcept;
+
+private:
+  struct Closed {
+    void operator()(DIR* list) const { closedir(list); }
+  };
+  std::unique_ptr<DIR, Closed> list_;
+  int error_ = 0;
+};
 
 // All of it, in as many calls as it takes. The error number, or 0.
 int WriteAll(int fd, std::string_view bytes);

@@ -1,12 +1,9 @@
 #include "foundation/platform/PrivateFolder.h"
 
-#include "foundation/platform/AbandonedFolders.h"
-#include "foundation/platform/Files.h"
 #include "foundation/platform/Posix.h"
 #include "foundation/text/Encoding.h"
 
 #include <cerrno>
-#include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 
@@ -40,12 +37,24 @@ Result<PrivateFolder> PrivateFolder::Create() {
   }
 }
 
-bool IsAbandonedFolder(const std::filesystem::path& path) {
-  const Descriptor folder = OpenFolder(path.string());
+// A folder of this user's, and nobody else's to enter, whose owner lives no more.
+static bool IsAbandoned(const std::string& path) {
+  const Descriptor folder = OpenFolder(path);
   struct stat info {};
   if (!folder.IsOpen() || fstat(folder.Get(), &info) != 0) return false;
   const bool isPrivate = info.st_uid == geteuid() && (info.st_mode & 077) == 0;
-  return isPrivate && flock(folder.Get(), LOCK_EX | LOCK_NB) == 0;
+  return isPrivate && flock(folder.Get(), LOCK_EX | LOCK_NB) == 0 &&
+         faccessat(folder.Get(), kKept, F_OK, AT_SYMLINK_NOFOLLOW) != 0;
+}
+
+void PrivateFolder::RemoveAbandoned() {
+  const auto folder = FindNative(TemporaryDirectory());
+  if (!folder) return;
+  FolderWalk walk(*folder);
+  while (const dirent* entry = walk.Next())
+    if (const std::string path = *folder + "/" + entry->d_name;
+        kPrivateFolders.Has(entry->d_name) && IsAbandoned(path))
+      RemoveTree(path);
 }
 
 } // namespace kx::platform

@@ -1,8 +1,6 @@
 #include "foundation/platform/PrivateFolder.h"
 
-#include "foundation/platform/AbandonedFolders.h"
 #include "foundation/platform/Files.h"
-#include "foundation/platform/Shared.h"
 #include "foundation/platform/Win32.h"
 #include "foundation/text/Encoding.h"
 #include "foundation/text/WindowsPath.h"
@@ -32,11 +30,23 @@ Result<PrivateFolder> PrivateFolder::Create() {
   }
 }
 
-bool IsAbandonedFolder(const std::filesystem::path& path) {
-  WIN32_FILE_ATTRIBUTE_DATA info{};
-  if (GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &info) == FALSE) return false;
-  if ((info.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0 || !IsOld(info.ftLastWriteTime)) return false;
-  return OpenFolder(path.wstring(), DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE).IsOpen();
+// A folder whose owner lives no more.
+static bool IsAbandoned(const WIN32_FIND_DATAW& found, const std::wstring& path) {
+  if ((found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0 || !IsOld(found.ftLastWriteTime)) return false;
+  return OpenFolder(path, DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE).IsOpen() &&
+         GetFileAttributesW((path + L"\\" + ToWide(text::FromAscii(kKept))).c_str()) ==
+             INVALID_FILE_ATTRIBUTES;
+}
+
+void PrivateFolder::RemoveAbandoned() {
+  const std::u16string folder = TemporaryDirectory();
+  const Result<std::wstring> pattern = ToNative(text::JoinPath(folder, u"kx-*"));
+  if (!pattern) return;
+  ForEachEntry(*pattern, [&folder](const WIN32_FIND_DATAW& found) {
+    const std::u16string name = FromWide(found.cFileName);
+    const Result<std::wstring> path = ToNative(text::JoinPath(folder, name));
+    if (path && kPrivateFolders.Has(text::ToUtf8(name)) && IsAbandoned(found, *path)) RemoveTree(*path);
+  });
 }
 
 } // namespace kx::platform

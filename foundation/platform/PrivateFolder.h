@@ -3,6 +3,7 @@
 
 #include "foundation/platform/Result.h"
 
+#include <filesystem>
 #include <memory>
 #include <string>
 
@@ -29,10 +30,11 @@ public:
 
 private:
   PrivateFolder(std::u16string path, std::shared_ptr<void> life)
-      : path_(std::move(path)), life_(std::move(life)) {}
+      : path_(std::move(path)), native_(path_), life_(std::move(life)) {}
 
-  std::u16string path_;        // empty once it was moved away or kept
-  std::shared_ptr<void> life_; // by it others see that its owner lives
+  std::u16string path_;          // empty once it was moved away or kept
+  std::filesystem::path native_; // the same, for its removal, which may find no memory
+  std::shared_ptr<void> life_;   // by it others see that its owner lives
 };
 
 } // namespace kx::platform

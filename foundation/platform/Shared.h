@@ -1,11 +1,13 @@
 // What the sources of every system in this room share.
 #pragma once
 
-#include "foundation/platform/Result.h"
+#include "foundation/platform/Files.h"
 
 #include <cstdint>
+#include <filesystem>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kx::platform {
 
@@ -20,6 +22,12 @@ std::u16string SeveralNames(std::uint64_t count);
 Result<bool> SaveNew(std::u16string_view path, std::string_view bytes, std::u16string_view like,
                      bool withTimes);
 
+// What ListDirectory gives, as the system orders it.
+Result<std::vector<FolderEntry>> ListUnsorted(std::u16string_view path);
+
+// A folder and all that is in it; links are removed, not followed. What cannot be removed stays.
+void RemoveTree(const std::filesystem::path& folder) noexcept;
+
 // Letters and digits for names that must not be guessed or taken.
 std::string RandomLetters(std::size_t count);
 
@@ -33,6 +41,8 @@ struct PassingNames {
 };
 inline constexpr PassingNames kTemporaryFiles{".kx-", ".tmp"};
 inline constexpr PassingNames kPrivateFolders{"kx-", ""};
+inline constexpr const char* kKept =
+    ".kept"; // a file in a private folder that is not ours to remove any more
 
 // True for the first call with this folder: what killed programs have left in one is looked for once, since
 // it may hold much else.

@@ -4,6 +4,7 @@
 #include "foundation/platform/Result.h"
 #include "foundation/platform/Shared.h"
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -63,6 +64,20 @@ std::optional<std::wstring> TextOf(const Fill& fill) {
     text.resize(size);
     if (fits) return text;
   }
+}
+
+// Calls with each entry that the path names, in which "*" stands for anything. The error number, or 0.
+template <typename TVisit>
+DWORD ForEachEntry(const std::wstring& pattern, const TVisit& visit) {
+  WIN32_FIND_DATAW found{};
+  const HANDLE list = FindFirstFileW(pattern.c_str(), &found);
+  if (list == INVALID_HANDLE_VALUE) return GetLastError();
+  const std::unique_ptr<void, decltype(&FindClose)> closed(list, FindClose);
+  do
+    visit(found);
+  while (FindNextFileW(list, &found) != FALSE);
+  const DWORD error = GetLastError();
+  return error == ERROR_NO_MORE_FILES ? 0 : error;
 }
 
 // Longer ago than any program needs between two steps.

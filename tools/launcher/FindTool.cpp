@@ -1,5 +1,8 @@
 #include "tools/launcher/FindTool.h"
 
+#include "foundation/platform/Files.h"
+#include "foundation/text/WindowsPath.h"
+
 #include <algorithm>
 #include <array>
 #include <filesystem>
@@ -22,10 +25,11 @@ bool HasSdk(const std::string& dotnet) {
   std::error_code error;
   const auto program = fs::canonical(dotnet, error);
   if (error) return false;
-  const fs::directory_iterator sdks(program.parent_path() / "sdk", error);
-  return !error && std::any_of(begin(sdks), end(sdks), [&error](const fs::directory_entry& sdk) {
-    return fs::exists(sdk.path() / "MSBuild.dll", error);
-  });
+  const std::u16string folder = (program.parent_path() / "sdk").u16string();
+  const auto sdks = platform::ListDirectory(folder);
+  return sdks && std::ranges::any_of(*sdks, [&folder](const platform::FolderEntry& sdk) {
+           return platform::FileExists(text::JoinPath(folder, text::JoinPath(sdk.Name, u"MSBuild.dll")));
+         });
 }
 
 ToolKind KindOf(const std::string& path) {
