@@ -156,10 +156,7 @@ void TKxPropertyPage::Browse(TKxPageField& field) {
   if (field.Kind == TKxFieldKind::FolderPath) {
     if (!KxBrowseForDirectory(field.Title, path)) return;
   } else {
-    if (!KxBrowseForFile(field.Title, path, field.Filter)) return;
-    if (platform::DirectoryExists(path))
-      throw EKxException(DoubleQuoteString(path) + u" is a folder. Choose a file.");
-    if (text::ExtractFileExt(path).empty() && !platform::FileExists(path)) path += field.DefaultExtension;
+    if (!KxBrowseForFile(field.Title, path, field.Filter, field.DefaultExtension)) return;
   }
   Assign(field, path);
 }
@@ -178,8 +175,16 @@ bool KxBrowseForDirectory(std::u16string_view title, std::u16string& path) {
   return Take(DesignService().BrowseForDirectory(title, path), path);
 }
 
-bool KxBrowseForFile(std::u16string_view title, std::u16string& path, std::u16string_view filter) {
-  return Take(DesignService().BrowseForFile(title, path, filter), path);
+bool KxBrowseForFile(std::u16string_view title, std::u16string& path, std::u16string_view filter,
+                     std::u16string_view extension) {
+  return Take(DesignService().BrowseForFile(title, path, filter, extension), path);
+}
+
+std::u16string KxChosenFile(std::u16string path, std::u16string_view extension) {
+  if (platform::DirectoryExists(path))
+    throw EKxException(DoubleQuoteString(path) + u" is a folder. Choose a file.");
+  if (text::ExtractFileExt(path).empty() && !platform::FileExists(path)) path += extension;
+  return path;
 }
 
 void ShowMessage(std::u16string_view text) {

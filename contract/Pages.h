@@ -89,7 +89,11 @@ struct TShowActionPropertiesEditor {
 
 // Choosers of the design service. True when the user chose; `path` is where to start, then the choice.
 bool KxBrowseForDirectory(std::u16string_view title, std::u16string& path);
-bool KxBrowseForFile(std::u16string_view title, std::u16string& path, std::u16string_view filter);
+bool KxBrowseForFile(std::u16string_view title, std::u16string& path, std::u16string_view filter,
+                     std::u16string_view extension = {});
+// For who implements them: the file that was chosen, with the extension when it has none and is not there
+// without. Raises EKxException for a folder. Looks at the disk.
+std::u16string KxChosenFile(std::u16string path, std::u16string_view extension);
 void ShowMessage(std::u16string_view text);
 
 } // namespace kx

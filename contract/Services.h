@@ -67,11 +67,13 @@ class IKxDesignService {
 public:
   virtual ~IKxDesignService() = default;
   virtual text::TStringList GetVariableNames() = 0; // of the current project
-  // The chosen folder or file, seen from the one given; nothing when the user gave up.
+  // The chosen folder or file, seen from the one given; nothing when the user gave up. A file is what
+  // KxChosenFile makes of it: a page never looks at the disk, which may be slow, while the user waits.
   virtual std::optional<std::u16string> BrowseForDirectory(std::u16string_view title,
                                                            std::u16string_view start) = 0;
   virtual std::optional<std::u16string> BrowseForFile(std::u16string_view title, std::u16string_view start,
-                                                      std::u16string_view filter) = 0;
+                                                      std::u16string_view filter,
+                                                      std::u16string_view extension) = 0;
   virtual void ShowMessage(std::u16string_view text) = 0;
 };
 

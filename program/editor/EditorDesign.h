@@ -25,7 +25,8 @@ public:
     return Choice;
   }
   std::optional<std::u16string> BrowseForFile(std::u16string_view /*title*/, std::u16string_view /*start*/,
-                                              std::u16string_view /*filter*/) override {
+                                              std::u16string_view /*filter*/,
+                                              std::u16string_view /*extension*/) override {
     return Choice;
   }
   void ShowMessage(std::u16string_view text) override { Messages.emplace_back(text); }

@@ -148,13 +148,29 @@ std::u16string TEditorSession::FullChoice(std::u16string_view choice) const {
   return text::ExpandPath(choice, project_.Project().Directory());
 }
 
+// The chooser has been shown already. What it gave is looked at before, away from the lock.
 TJson TEditorSession::Click(const TJson& arguments) {
+  const auto choice = OptionalText(arguments, "choice");
+  if (!choice) return ClickWith(arguments, std::nullopt);
+  const TKxPageField& field = PageOf(arguments).Field(TextOf(arguments, "field"));
+  auto path = std::make_shared<std::u16string>(FullChoice(*choice));
+  const bool asksForFile = field.Kind == TKxFieldKind::FilePath &&
+                           ParseButton(text::ToUtf8(TextOf(arguments, "button"))) == TKxButtonKind::Browse;
+  if (!asksForFile) return ClickWith(arguments, *path);
+  aside_ = [path, extension = field.DefaultExtension] {
+    *path = KxChosenFile(*path, extension);
+    return TJson::object();
+  };
+  then_ = [this, arguments, path] { return ClickWith(arguments, *path); };
+  return TJson::object();
+}
+
+TJson TEditorSession::ClickWith(const TJson& arguments, const std::optional<std::u16string>& choice) {
   const TKxButtonKind button = ParseButton(text::ToUtf8(TextOf(arguments, "button")));
   const std::u16string name = TextOf(arguments, "field");
-  const auto choice = OptionalText(arguments, "choice");
   const bool isProjects = TextOf(arguments, "id") != text::FromAscii(OptionsId);
   EditPage(arguments, [&](TKxPropertyPage& page) {
-    design_.Choice = choice ? std::optional(FullChoice(*choice)) : std::nullopt;
+    design_.Choice = choice;
     page.Click(name, button);
     const TKxPageField& field = page.Field(name);
     if (choice && isProjects && text::IsAbsolutePath(field.Value))

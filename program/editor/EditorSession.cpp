@@ -88,12 +88,17 @@ TJson TEditorSession::Handle(std::string_view operation, const TJson& arguments,
   TakeRunResult(lock);
   RequireEditable(operation, arguments);
   stop_ = &stop;
-  aside_ = nullptr;
+  aside_ = then_ = nullptr;
   TJson answer = (this->*function)(arguments);
-  if (const auto work = std::exchange(aside_, nullptr)) {
+  while (const auto work = std::exchange(aside_, nullptr)) {
+    const auto then = std::exchange(then_, nullptr);
     lock.unlock();
     answer.update(DoAside(work, stop));
     lock.lock();
+    if (!then) break;
+    if (stop.IsRaised()) throw EKxException(u"This was stopped. Nothing was changed.");
+    RequireEditable(operation, arguments); // it may be another project meanwhile
+    answer.update(then());
   }
   answer.update(Brief());
   return answer;

@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <set>
 #include <shared_mutex>
 #include <string>
@@ -60,6 +61,7 @@ private:
   TJson Action(const TJson& arguments);
   TJson Set(const TJson& arguments);
   TJson Click(const TJson& arguments);
+  TJson ClickWith(const TJson& arguments, const std::optional<std::u16string>& choice);
   TJson Offers(const TJson& arguments);
   TJson Attribute(const TJson& arguments);
   TJson Add(const TJson& arguments);
@@ -118,7 +120,8 @@ private:
   bool isSaving_ = false;
   std::condition_variable saved_;
   std::uint64_t answers_ = 0;
-  TWork aside_;              // what the operation leaves to be done without the lock
+  TWork aside_;              // what the operation leaves to be done without the lock, and
+  TWork then_;               // with it, once that has been done
   TKxEvent* stop_ = nullptr; // of the request that is being handled
 
   // Shared by those who read options away from the lock above, alone for who changes or saves them.

@@ -44,13 +44,14 @@ public:
   text::TStringList GetVariableNames() override { return {u"Root", u"Project"}; }
   std::optional<std::u16string> BrowseForDirectory(std::u16string_view title,
                                                    std::u16string_view start) override {
-    return BrowseForFile(title, start, u"folder");
+    return BrowseForFile(title, start, u"folder", {});
   }
   std::optional<std::u16string> BrowseForFile(std::u16string_view title, std::u16string_view start,
-                                              std::u16string_view filter) override {
+                                              std::u16string_view filter,
+                                              std::u16string_view extension) override {
     Asked = text::ToUtf8(std::u16string(title) + u" from " + std::u16string(start) + u": " +
                          std::u16string(filter));
-    return Chosen.empty() ? std::nullopt : std::optional(Chosen);
+    return Chosen.empty() ? std::nullopt : std::optional(KxChosenFile(Chosen, extension));
   }
   void ShowMessage(std::u16string_view /*text*/) override {}
 };
