@@ -31,13 +31,14 @@ void DefineSchema(CLI::App& command, const TCommonOptions& common, int& exitCode
 void DefineCompletion(CLI::App& command, const TCommonOptions& common, int& exitCode);
 void DefineActions(CLI::App& command, const TCommonOptions& common, int& exitCode);
 void DefineOptions(CLI::App& command, const TCommonOptions& common, int& exitCode);
+void DefineHistory(CLI::App& command, const TCommonOptions& common, int& exitCode);
 void DefineEdit(CLI::App& command, const TCommonOptions& common, int& exitCode);
 
 inline constexpr const char* CodesOfRuns = "0 success, 1 the run failed, 2 wrong usage, 3 invalid project "
                                            "file or settings, 4 stopped by a gate, 130 stopped with Ctrl-C";
 inline constexpr const char* CodesOfLooks = "0 success, 1 not found or not readable, 2 wrong usage";
 
-inline constexpr std::array<TCommand, 13> Commands{{
+inline constexpr std::array<TCommand, 14> Commands{{
     {"run", "Run a build project", DefineRun,
      "run nightly.kxproj\n"
      "run nightly.kxproj --dry-run\n"
@@ -99,6 +100,15 @@ inline constexpr std::array<TCommand, 13> Commands{{
      "completion bash > ~/.local/share/bash-completion/completions/kxhost\n"
      "completion powershell | Out-String | Invoke-Expression\n",
      "0 success, 2 wrong usage"},
+    {"history", "Show what earlier runs of a build project left: results, flaky tests, findings, times",
+     DefineHistory,
+     "history\n"
+     "history nightly.kxproj --last 50\n"
+     "history show nightly.kxproj --run 12\n"
+     "history tests nightly.kxproj\n"
+     "history findings nightly.kxproj --json\n"
+     "history times nightly.kxproj\n",
+     CodesOfLooks},
     {"options", "Read and write the options store", DefineOptions,
      "options\n"
      "options set VisualStudioDotNet.MSDevPath2008 \"C:\\VS9\\Common7\\IDE\"\n"

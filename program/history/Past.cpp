@@ -8,10 +8,6 @@ namespace kx::history {
 
 namespace {
 
-std::chrono::system_clock::time_point TimeOf(std::int64_t milliseconds) {
-  return std::chrono::system_clock::time_point(std::chrono::milliseconds(milliseconds));
-}
-
 // The numbers of the runs, oldest first; the past gets what became of them.
 std::vector<TNumber> ReadRuns(TDatabase& database, TPast& past) {
   std::vector<TNumber> numbers;
@@ -74,6 +70,10 @@ void ReadTests(TDatabase& database, const std::map<std::u16string, TTestOutcome>
 }
 
 } // namespace
+
+std::chrono::system_clock::time_point TimeOf(std::int64_t milliseconds) {
+  return std::chrono::system_clock::time_point(std::chrono::milliseconds(milliseconds));
+}
 
 bool IsComplete(const TRunReport& report) {
   return report.Result != TResultKind::Stopped && !report.NothingExecuted && report.MoreFindings == 0;

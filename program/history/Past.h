@@ -12,6 +12,8 @@ namespace kx::history {
 
 inline constexpr int RunsOfPast = 30;
 
+std::chrono::system_clock::time_point TimeOf(std::int64_t milliseconds); // since 1970
+
 // Whether what the run did not find is gone: not for one that did not get to its end, or that found too much.
 bool IsComplete(const TRunReport& report);
 
@@ -22,7 +24,6 @@ TPast ReadPast(TDatabase& database, const TRunReport& report,
 // The columns that MakeFinding reads, from the given one on.
 inline constexpr const char* FindingColumns = "fingerprint, rule, severity, message, file, line, \"column\", "
                                               "code, project, configuration, action, advice";
-inline constexpr int FindingColumnCount = 12;
 TFinding MakeFinding(const TStatement& row, int first = 0);
 
 } // namespace kx::history
