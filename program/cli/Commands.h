@@ -104,7 +104,7 @@ inline constexpr std::array<TCommand, 14> Commands{{
      DefineHistory,
      "history\n"
      "history nightly.kxproj --last 50\n"
-     "history show nightly.kxproj --run 12\n"
+     "history show 12 nightly.kxproj\n"
      "history tests nightly.kxproj\n"
      "history findings nightly.kxproj --json\n"
      "history times nightly.kxproj\n",

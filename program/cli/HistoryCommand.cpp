@@ -1,5 +1,6 @@
 // kxhost history: what earlier runs of a build project left.
 #include "foundation/platform/Files.h"
+#include "foundation/text/Encoding.h"
 #include "foundation/text/Text.h"
 #include "program/cli/Commands.h"
 #include "program/cli/HistoryOutput.h"
@@ -21,7 +22,7 @@ namespace {
 
 struct THistoryArguments {
   std::optional<std::string> Project;
-  std::int64_t Run = 0;  // 0: the last one
+  std::string Run;
   std::int64_t Last = 0; // 0: as many as the question usually looks at
   bool Json = false;
 };
@@ -57,8 +58,16 @@ void ShowRuns(history::THistory& asked, const THistoryArguments& arguments, cons
   Show(asked.Runs(LastOr(arguments, 20)), arguments, common, "runs", history::WriteRun, RunLines);
 }
 
+history::TNumber RunOf(const std::string& text, history::THistory& asked) {
+  if (text == "last") return asked.LastRun();
+  const auto number = text::ToInteger(text::FromUtf8(text));
+  if (!number || *number < 1)
+    throw EUsage(u"RUN is a number or \"last\", not " + text::FromUtf8(text) + u".");
+  return *number;
+}
+
 void ShowRun(history::THistory& asked, const THistoryArguments& arguments, const TCommonOptions& common) {
-  const history::TNumber run = arguments.Run > 0 ? arguments.Run : asked.LastRun();
+  const history::TNumber run = RunOf(arguments.Run, asked);
   const auto details = asked.Details(run);
   if (!details) throw EKxException(u"There is no run " + text::FromInteger(run) + u" in the history.");
   if (!arguments.Json) return Print(DetailLines(*details, ChoosePalette(common.Color)));
@@ -92,7 +101,7 @@ constexpr std::array<TQuestion, 5> Questions{{
     {"findings", "What is wrong, and since which run without a break", ShowFindings, false},
     {"times",
      "How long runs, actions, configurations and projects take that succeed, of the last 100 runs: the "
-     "median, what one in ten stays below and above, and how much slower or faster the newer half is",
+     "median, between what times eight in ten lie, and how much slower the newer half is",
      ShowTimes, true},
 }};
 
@@ -111,7 +120,7 @@ int Answer(const TQuestion& question, const THistoryArguments& arguments, const 
   } catch (const EUsage&) {
     throw;
   } catch (const EKxException& error) {
-    WriteError(u"The history " + file + u" cannot be read. " + error.Message());
+    WriteError(u"kxhost: the history " + file + u": " + error.Message());
     return ExitFailed;
   }
 }
@@ -132,9 +141,7 @@ void DefineHistory(CLI::App& command, const TCommonOptions& common, int& exitCod
   for (const TQuestion& question : Questions) {
     CLI::App* asked = command.add_subcommand(question.Name, question.Help);
     if (question.Answer == ShowRun)
-      asked->add_option("--run", arguments->Run, "Its number (default: the last one)")
-          ->type_name("NUMBER")
-          ->check(CLI::PositiveNumber);
+      asked->add_option("RUN", arguments->Run, "Its number, or \"last\"")->required();
     define(*asked, question);
   }
   define(command, Questions.front());

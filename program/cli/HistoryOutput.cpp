@@ -135,6 +135,7 @@ std::string DetailLines(const history::TRememberedDetails& details, const TPalet
 }
 
 std::string TestLines(std::span<const TTestHistory> tests, const TPalette& palette) {
+  if (tests.empty()) return "No tests ran.\n";
   TTable flaky = TestTable();
   for (const TTestHistory& test : tests.first(std::min(MostTests, tests.size())))
     if (test.IsFlaky) AddTest(flaky, test);
@@ -151,6 +152,7 @@ std::string TestLines(std::span<const TTestHistory> tests, const TPalette& palet
 }
 
 std::string KnownFindingLines(std::span<const history::TKnownFinding> findings, const TPalette& palette) {
+  if (findings.empty()) return "Nothing was wrong in the last run.\n";
   TTable table({{"Since", true}, {"Began"}, {"Finding", false, true}});
   for (const auto& known : findings)
     table.Add({"run " + std::to_string(known.SinceRun), LocalTime(known.Since),
@@ -160,17 +162,13 @@ std::string KnownFindingLines(std::span<const history::TKnownFinding> findings, 
 }
 
 std::string TimeLines(std::span<const history::TUsualTime> times, const TPalette& palette) {
-  TTable table({{"Part"},
-                {"Runs", true},
-                {"Median", true},
-                {"10 % below", true},
-                {"10 % above", true},
-                {"Last", true},
-                {"Trend", true}});
+  if (times.empty()) return "Nothing succeeded in these runs.\n";
+  TTable table(
+      {{"Part"}, {"Runs", true}, {"Median", true}, {"Spread", true}, {"Last", true}, {"Trend", true}});
   for (const auto& time : times) {
     const std::string sign = time.Trend > 0 ? "+" : "";
     table.Add({PartText(time.Part), std::to_string(time.Runs), FormatElapsed(time.Median),
-               FormatElapsed(time.Low), FormatElapsed(time.High), FormatElapsed(time.Last),
+               FormatElapsed(time.Low) + " to " + FormatElapsed(time.High), FormatElapsed(time.Last),
                time.Trend == 0 ? std::string("-") : sign + std::to_string(time.Trend) + " %"});
   }
   return table.Text(palette);

@@ -22,6 +22,7 @@ std::string TTable::LineOf(const TRow& row, const std::vector<std::size_t>& widt
     if (!columns_[i].IsRight && i + 1 < columns_.size()) cell += blanks;
     line += (i == 0 ? "" : "  ") + (columns_[i].IsPainted ? palette.Paint(cell, row.Status) : cell);
   }
+  line.resize(line.find_last_not_of(' ') + 1); // an empty cell at the end
   return line + "\n";
 }
 
