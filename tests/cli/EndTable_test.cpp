@@ -24,8 +24,14 @@ std::string Table(std::vector<TActionResult> actions, TTestCounts tests = {}, bo
 
 TEST(EndTable, HasARowForEachConfigurationThatWasBuiltAndAddsUp) {
   TActionResult build = Result(u"Build", TResultKind::Failed, {1, 2});
-  build.Configurations = {{u"Debug|Any CPU", TResultKind::Succeeded, u"", {0, 2}, milliseconds(400)},
-                          {u"Release|Any CPU", TResultKind::Failed, u"", {1, 0}, milliseconds(65'000)}};
+  build.Configurations = {{.Configuration = u"Debug|Any CPU",
+                           .Result = TResultKind::Succeeded,
+                           .Counts = {0, 2},
+                           .Elapsed = milliseconds(400)},
+                          {.Configuration = u"Release|Any CPU",
+                           .Result = TResultKind::Failed,
+                           .Counts = {1, 0},
+                           .Elapsed = milliseconds(65'000)}};
   TActionResult loop = Result(u"All", TResultKind::Failed, {1, 0});
   loop.IsLoop = true;
   TActionResult nested = Result(u"Étiqueter", TResultKind::Failed, {1, 0});
@@ -54,7 +60,8 @@ TEST(EndTable, ShowsWhatAnActionSaysBesideItsConfigurations) {
   };
   for (const auto& [result, rule, errors, warnings, rest, totals] : cases) {
     TActionResult build = Result(u"Build", result, {errors, warnings});
-    build.Configurations = {{u"Debug", Succeeded, u"", {0, 1}, milliseconds(234)}};
+    build.Configurations = {
+        {.Configuration = u"Debug", .Result = Succeeded, .Counts = {0, 1}, .Elapsed = milliseconds(234)}};
     build.Reason = rule;
     EXPECT_THAT(std::regex_replace(Table({build}), std::regex(" +"), " "),
                 HasSubstr("\nBuild Debug succeeded 0 1 0.23 s\n" +
