@@ -2,6 +2,8 @@
 
 #include "contract/UnitTests.h"
 #include "foundation/text/Encoding.h"
+#include "foundation/text/Text.h"
+#include "foundation/text/WindowsPath.h"
 
 #include <array>
 
@@ -10,6 +12,12 @@ namespace kx {
 TNovelty NoveltyOf(const TFinding& finding, const TPast* past) {
   if (past == nullptr) return TNovelty::Unknown;
   return past->KnownSince.contains(finding.Fingerprint) ? TNovelty::Known : TNovelty::New;
+}
+
+std::u16string ProjectName(std::u16string_view project) {
+  const std::u16string name = text::ExtractFileName(project);
+  const std::size_t dot = name.rfind(u'.');
+  return dot != name.npos && text::EndsWithIgnoreCase(name, u"proj") ? name.substr(0, dot) : name;
 }
 
 bool IsOfTest(const TFinding& finding) {

@@ -43,6 +43,9 @@ inline constexpr std::size_t MostRunsShown = 30;
 enum class TNovelty { Unknown, New, Known };
 TNovelty NoveltyOf(const TFinding& finding, const TPast* past);
 
+// "Core" of "src/Core/Core.csproj": tools name a project by its file, people do not.
+std::u16string ProjectName(std::u16string_view project);
+
 // A failed test is a finding too, and has its place among the tests.
 bool IsOfTest(const TFinding& finding);
 

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <optional>
 #include <set>
+#include <utility>
 
 namespace kx {
 
@@ -59,7 +60,7 @@ TBuilt BuiltBy(const TRunReport& report) {
 std::u16string CauseByErrors(const std::vector<const TFinding*>& errors) {
   std::set<std::u16string> projects;
   for (const auto* error : errors)
-    if (!error->Project.empty()) projects.insert(error->Project);
+    if (!error->Project.empty()) projects.insert(ProjectName(error->Project));
   const TFinding& first = *errors.front();
   if (projects.empty() && first.Place.File.empty()) return Cut(first.Message);
   std::u16string cause = CountOf(static_cast<std::int64_t>(errors.size()), u"error");
@@ -140,8 +141,8 @@ void WriteFirstFailure(const THtmlPage& page, THtmlWriter& out) {
   std::vector<std::u16string> where;
   if (!first->Place.File.empty()) where.push_back(SeenFrom(page.Report.Root, first->Place.File));
   if (first->Place.Line > 0) where.push_back(u"line " + text::FromInteger(first->Place.Line));
-  for (const auto* part : {&first->Project, &first->Configuration, &first->Action})
-    if (!part->empty()) where.push_back(*part);
+  for (const auto& part : {ProjectName(first->Project), first->Configuration, first->Action})
+    if (!part.empty()) where.push_back(part);
   out << text::Join(where, u", ") << "</p><p class=links>";
   out << (IsOfTest(*first) ? "<a href=#tests>Test</a>" : "<a href=#first>Problem</a>");
   if (first->Said > 0)
@@ -149,17 +150,24 @@ void WriteFirstFailure(const THtmlPage& page, THtmlWriter& out) {
   out << "</p></div>\n";
 }
 
+// "<b>2 new</b>, 1 known": what there is none of is left out.
+void WriteNovelty(const THtmlPage& page, TFindingSeverity severity, std::int64_t count, THtmlWriter& out) {
+  const std::int64_t fresh = NewOnes(page, severity);
+  const char* separator = "<dd>";
+  const auto part = [&](const char* before, std::int64_t number, const char* after) {
+    if (number > 0) out << std::exchange(separator, ", ") << before << number << after;
+  };
+  part("<b class=new>", fresh, " new</b>");
+  part("", count - fresh, " known");
+  part("", FixedOnes(*page.Past, severity), " fixed");
+}
+
 void WriteProblemFigure(const THtmlPage& page, TFindingSeverity severity, const char* title,
                         THtmlWriter& out) {
   const std::int64_t count = Ones(page.Report, severity);
-  out << "<div><dt>" << Icon(severity == TFindingSeverity::Error ? "error" : "warning", "") << title
-      << "</dt><dd class=value>" << count << "</dd>";
-  if (page.Past != nullptr) {
-    const std::int64_t fresh = NewOnes(page, severity);
-    out << "<dd>";
-    if (fresh > 0) out << "<b class=new>" << fresh << " new</b>, ";
-    out << count - fresh << " known, " << FixedOnes(*page.Past, severity) << " fixed</dd>";
-  }
+  out << "<div><dt>" << Icon(count == 0 ? "done" : WordOf(severity), "") << title << "</dt><dd class=value>"
+      << count << "</dd>";
+  if (page.Past != nullptr) WriteNovelty(page, severity, count, out);
   out << "</div>";
 }
 
@@ -197,7 +205,9 @@ void WriteFigures(const THtmlPage& page, THtmlWriter& out) {
   }
   out << "<div><dt>" << Icon("clock", "") << "Time</dt><dd class=value>" << FormatElapsed(report.Elapsed)
       << "</dd>";
-  if (const auto usual = UsualTime(page.Past))
+  if (const auto usual = UsualTime(page.Past); usual && !IsSuccess(report.Result))
+    out << "<dd>usually " << FormatElapsed(*usual) << "</dd>";
+  else if (usual)
     out << "<dd>" << FormatElapsed(std::chrono::abs(report.Elapsed - *usual))
         << (report.Elapsed < *usual ? " below" : " above") << " the usual " << FormatElapsed(*usual)
         << "</dd>";
@@ -231,7 +241,7 @@ std::u16string LeadOf(const THtmlPage& page) {
   std::vector<std::u16string> sentences;
   const TBuilt built = BuiltBy(report);
   const bool isWhole = IsSuccess(report.Result);
-  if (!isWhole && built.Total() > 0) {
+  if (!isWhole && built.Succeeded < built.Total()) {
     std::u16string sentence = text::FromUtf8(Grouped(built.Succeeded)) + u" of " +
                               CountOf(built.Total(), built.What) +
                               (built.Succeeded == 1 ? u" was built" : u" were built");

@@ -13,7 +13,7 @@ namespace kx {
 namespace {
 
 // What the details of problems may take of a page that is to be sent around; errors come first.
-constexpr std::uint64_t DetailBudget = 256U * 1024;
+constexpr std::uint64_t DetailBudget = 96U * 1024;
 constexpr std::size_t LongestSourceLine = 160;
 constexpr int LinesAroundError = 3;
 constexpr int LinesAroundOther = 1;
@@ -61,14 +61,15 @@ const char* IconName(TFindingSeverity severity) {
 class TProblemWriter {
 public:
   TProblemWriter(const THtmlPage& page, THtmlWriter& out)
-      : page_(page), out_(out), sources_(page.Report.Root), start_(out.Size()) {}
+      : page_(page), out_(out), sources_(page.Report.Root) {}
 
   void Write(const TFileGroup& group) {
     const bool hasErrors = group.Of(TFindingSeverity::Error) > 0;
+    project_ = group.Findings.front()->Project;
+    const std::u16string project = ProjectName(project_);
     out_ << (hasErrors ? "<details class=group open" : "<details class=group") << " data-f=\"" << group.File
-         << "\"><summary><h3>";
+         << "\" data-p=\"" << project << "\"><summary><h3>";
     WriteFileName(group.File);
-    const std::u16string& project = group.Findings.front()->Project;
     if (!project.empty()) out_ << " <span>" << u"\u00b7 " << project << "</span>";
     out_ << "</h3><span class=counts>";
     if (group.New > 0) out_ << "<span class=new>" << group.New << " new</span>";
@@ -94,42 +95,37 @@ private:
       out_ << " <span>" << std::u16string_view(file).substr(0, file.size() - name.size() - 1) << "</span>";
   }
 
+  // The link stands beside what folds: one control has no other inside.
   void Write(const TFinding& finding, const std::u16string& file) {
-    const bool isFirst = finding.Severity == TFindingSeverity::Error && !std::exchange(hasError_, true);
-    const bool hasDetails = isFirst || out_.Size() - start_ - rows_ < DetailBudget;
     const TNovelty novelty = NoveltyOf(finding, page_.Past);
-    const std::uint64_t before = out_.Size();
-    out_ << (hasDetails ? "<details class=\"f " : "<div class=\"f ") << IconName(finding.Severity);
+    out_ << "<div class=\"f " << IconName(finding.Severity);
     if (novelty != TNovelty::Unknown) out_ << (novelty == TNovelty::New ? " new" : " known");
     out_ << "\"";
-    if (!finding.Project.empty()) out_ << " data-p=\"" << finding.Project << "\"";
-    if (isFirst) out_ << " id=first open";
-    out_ << (hasDetails ? "><summary>" : ">");
-    WriteRow(finding, novelty);
-    rows_ += out_.Size() - before;
-    if (hasDetails) {
-      out_ << "</summary>";
+    if (finding.Project != project_) out_ << " data-p=\"" << ProjectName(finding.Project) << "\"";
+    const bool isFirst = finding.Severity == TFindingSeverity::Error && !std::exchange(hasError_, true);
+    out_ << (isFirst ? " id=first>" : ">");
+    WritePlace(finding);
+    out_ << "<code>" << finding.Rule << "</code>";
+    if (isFirst || details_ < DetailBudget) {
+      const std::uint64_t before = out_.Size();
+      out_ << (isFirst ? "<details open><summary>" : "<details><summary>") << finding.Message << "</summary>";
       WriteDetails(finding, file);
-      out_ << "</details>\n";
+      out_ << "</details>";
+      details_ += out_.Size() - before;
     } else {
-      out_ << "</div>\n";
+      out_ << "<span>" << finding.Message << "</span>";
     }
+    out_ << (novelty == TNovelty::New ? "<b>new</b></div>\n" : "</div>\n");
   }
 
-  void WriteRow(const TFinding& finding, TNovelty novelty) {
+  void WritePlace(const TFinding& finding) {
     const int line = finding.Place.Line;
-    const std::string_view place = line > 0 ? "line " : "log";
-    if (finding.Said > 0) {
-      out_ << "<a href=#L" << std::to_string(finding.Said) << ">" << place;
-      if (line > 0) out_ << std::to_string(line);
-      out_ << "</a>";
-    } else {
-      out_ << "<span>";
-      if (line > 0) out_ << "line " << std::to_string(line);
-      out_ << "</span>";
-    }
-    out_ << "<code>" << finding.Rule << "</code><span>" << finding.Message << "</span>";
-    if (novelty == TNovelty::New) out_ << "<b>new</b>";
+    const std::string place = line > 0 ? "line " + std::to_string(line) : std::string();
+    if (finding.Said > 0)
+      out_ << "<a href=#L" << std::to_string(finding.Said) << ">" << (place.empty() ? "log" : place)
+           << "</a>";
+    else
+      out_ << "<span>" << place << "</span>";
   }
 
   void WriteDetails(const TFinding& finding, const std::u16string& file) {
@@ -149,7 +145,7 @@ private:
 
   void WriteOrigin(const TFinding& finding) {
     std::vector<std::u16string> parts;
-    for (const auto* part : {&finding.Project, &finding.Configuration, &finding.Action})
+    for (const auto* part : {&finding.Configuration, &finding.Action})
       if (!part->empty()) parts.push_back(*part);
     if (finding.Occurrences > 1) parts.push_back(CountOf(finding.Occurrences, u"time"));
     out_ << "<p class=origin>" << text::Join(parts, u", ");
@@ -166,8 +162,7 @@ private:
     const int around = finding.Severity == TFindingSeverity::Error ? LinesAroundError : LinesAroundOther;
     const int from = std::max(1, finding.Place.Line - around);
     const int to = std::min(static_cast<int>(source->Lines.size()), finding.Place.Line + around);
-    out_ << "<pre class=src tabindex=0 role=region aria-label=\"Source, lines " << std::to_string(from)
-         << " to " << std::to_string(to) << "\">";
+    out_ << "<pre class=src>";
     for (int line = from; line <= to; ++line) {
       const auto text = std::u16string_view(source->Lines[static_cast<std::size_t>(line) - 1]);
       const bool isHit = line == finding.Place.Line;
@@ -180,9 +175,9 @@ private:
   const THtmlPage& page_;
   THtmlWriter& out_;
   TSourceFiles sources_;
-  std::uint64_t start_;
-  std::uint64_t rows_ = 0; // what the rows took, details apart
+  std::uint64_t details_ = 0; // what they took
   bool hasError_ = false;
+  std::u16string project_; // of most findings of the group
 };
 
 void WriteFixed(const TPast& past, const std::u16string& root, THtmlWriter& out) {

@@ -12,6 +12,7 @@ namespace kx {
 namespace {
 
 constexpr std::size_t MostSlow = 10;
+constexpr double SlowFrom = 0.1; // seconds
 constexpr std::size_t MostFlaky = 30;
 constexpr int MostOpen = 50; // failures
 constexpr int FlakyFrom = 2; // changes between passed and failed
@@ -175,7 +176,7 @@ private:
 
   void KeepIfSlow(const TReportedSuite& suite, const TReportedTest& test) {
     const double seconds = SecondsOf(test.Seconds);
-    if (seconds <= 0 || (slowest_.size() == MostSlow && seconds <= slowest_.back().Seconds)) return;
+    if (seconds < SlowFrom || (slowest_.size() == MostSlow && seconds <= slowest_.back().Seconds)) return;
     const auto place =
         std::ranges::find_if(slowest_, [&](const auto& other) { return other.Seconds < seconds; });
     slowest_.insert(place, {suite.Name, test.Name, seconds});

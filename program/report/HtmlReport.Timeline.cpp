@@ -135,8 +135,10 @@ public:
     WriteChain();
     for (const auto& bar : timeline_.Bars())
       Write(bar);
-    out_ << "</svg></div>\n<p class=key><span><i></i>ended well</span><span><i class=error></i>failed "
-            "\u00d7</span>"
+    const bool hasFailed =
+        std::ranges::any_of(timeline_.Bars(), [](const TBar& bar) { return !IsSuccess(bar.Result); });
+    out_ << "</svg></div>\n<p class=key><span><i></i>ended well</span>"
+         << (hasFailed ? "<span><i class=error></i>failed \u00d7</span>" : "")
          << (timeline_.Longest().empty() ? "" : "<span><i class=longest></i>longest chain</span>")
          << "</p>\n";
   }

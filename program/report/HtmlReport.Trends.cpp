@@ -14,19 +14,22 @@ struct TTrend {
   const char* Title;
   const char* Class;
   bool IsLine;
+  bool IsOfTests;
   double (*Value)(const TPastRun& run);
   std::string (*Text)(const TPastRun& run);
 };
 
 constexpr std::array<TTrend, 4> Trends{{
-    {"Errors", "error", false, [](const TPastRun& run) { return static_cast<double>(run.Counts.Errors); },
+    {"Errors", "error", false, false,
+     [](const TPastRun& run) { return static_cast<double>(run.Counts.Errors); },
      [](const TPastRun& run) { return Grouped(run.Counts.Errors); }},
-    {"Warnings", "plain", false, [](const TPastRun& run) { return static_cast<double>(run.Counts.Warnings); },
+    {"Warnings", "plain", false, false,
+     [](const TPastRun& run) { return static_cast<double>(run.Counts.Warnings); },
      [](const TPastRun& run) { return Grouped(run.Counts.Warnings); }},
-    {"Failed tests", "error", false,
+    {"Failed tests", "error", false, true,
      [](const TPastRun& run) { return static_cast<double>(run.Tests.Failed); },
      [](const TPastRun& run) { return Grouped(run.Tests.Failed) + " of " + Grouped(run.Tests.Total()); }},
-    {"Time", "plain", true,
+    {"Time", "plain", true, false,
      [](const TPastRun& run) { return static_cast<double>(run.Elapsed.count()) / 1000; },
      [](const TPastRun& run) { return FormatElapsed(run.Elapsed); }},
 }};
@@ -42,7 +45,10 @@ std::vector<TPastRun> RunsOf(const THtmlPage& page) {
   return runs;
 }
 
-// 1, 2 or 5 with zeros, at or above the value: a scale that can be halved.
+// So few runs would be bars as wide as the chart.
+constexpr std::size_t FewestSlots = 12;
+
+// One even digit with zeros, or 10, at or above the value: a scale that can be halved.
 double TopOfScale(double largest) {
   if (largest <= 2) return 2;
   const double power = std::pow(10, std::floor(std::log10(largest)));
@@ -58,7 +64,8 @@ std::string ScaleText(const TTrend& trend, double value) {
 
 class TChartWriter {
 public:
-  TChartWriter(const std::vector<TPastRun>& runs, THtmlWriter& out) : runs_(runs), out_(out) {}
+  TChartWriter(const std::vector<TPastRun>& runs, THtmlWriter& out)
+      : runs_(runs), out_(out), slots_(std::max(runs.size(), FewestSlots)) {}
 
   void Write(const TTrend& trend, std::size_t number) {
     double largest = 0;
@@ -73,9 +80,9 @@ public:
          << "</output></figcaption><p class=y>";
     for (const double part : {1.0, 0.5, 0.0})
       out_ << "<span style=bottom:" << Fixed(part * 100) << "%>" << ScaleText(trend, part * top) << "</span>";
-    out_ << "</p><div><svg viewBox=\"0 0 " << std::to_string(runs_.size())
+    out_ << "</p><div><svg viewBox=\"0 0 " << std::to_string(slots_)
          << " 100\" preserveAspectRatio=none aria-hidden=true><path class=grid d=\"M0 0h"
-         << std::to_string(runs_.size()) << "M0 50h" << std::to_string(runs_.size()) << "\"/>";
+         << std::to_string(runs_.size()) << "M0 50h" << std::to_string(slots_) << "\"/>";
     if (trend.IsLine)
       WriteLine(trend, top);
     else
@@ -86,12 +93,14 @@ public:
   }
 
 private:
+  double Left(std::size_t run) const { return static_cast<double>(run + slots_ - runs_.size()); }
+
   void WriteBars(const TTrend& trend, double top) {
     for (std::size_t i = 0; i < runs_.size(); ++i) {
       const double height = 100 * trend.Value(runs_[i]) / top;
       if (height <= 0) continue;
       out_ << "<path class=\"" << trend.Class << (i + 1 == runs_.size() ? " this" : "") << "\" d=\"M"
-           << Fixed(static_cast<double>(i) + 0.15) << " 100h.7V" << Fixed(100 - height) << "h-.7z\"/>";
+           << Fixed(Left(i) + 0.15) << " 100h.7V" << Fixed(100 - height) << "h-.7z\"/>";
     }
   }
 
@@ -101,8 +110,7 @@ private:
     std::string good;
     std::string bad;
     for (std::size_t i = 0; i < runs_.size(); ++i) {
-      const std::string at =
-          Fixed(static_cast<double>(i) + 0.5) + " " + Fixed(100 - 100 * trend.Value(runs_[i]) / top);
+      const std::string at = Fixed(Left(i) + 0.5) + " " + Fixed(100 - 100 * trend.Value(runs_[i]) / top);
       line += (i == 0 ? "M" : "L") + at;
       (IsSuccess(runs_[i].Result) ? good : bad) += "M" + at + "h0";
     }
@@ -111,13 +119,16 @@ private:
   }
 
   void WriteDays() {
-    out_ << "<p class=x><span>" << Day(runs_.front().Began) << "</span>";
-    if (runs_.size() > 2) out_ << "<span>" << Day(runs_[runs_.size() / 2].Began) << "</span>";
+    out_ << "<p class=x><span>";
+    if (runs_.size() == slots_) out_ << Day(runs_.front().Began);
+    out_ << "</span>";
+    if (runs_.size() == slots_) out_ << "<span>" << Day(runs_[runs_.size() / 2].Began) << "</span>";
     out_ << "<span>this run</span></p>";
   }
 
   const std::vector<TPastRun>& runs_;
   THtmlWriter& out_;
+  std::size_t slots_; // the runs stand in the last ones
 };
 
 void WriteTable(const std::vector<TPastRun>& runs, THtmlWriter& out) {
@@ -143,8 +154,9 @@ void WriteTrends(const THtmlPage& page, THtmlWriter& out) {
   out << "<p>The last " << CountOf(std::ssize(runs), u"run")
       << ", this one at the end.</p>\n<div class=charts>\n";
   TChartWriter writer(runs, out);
+  const bool hasTests = std::ranges::any_of(runs, [](const TPastRun& run) { return run.Tests.Total() > 0; });
   for (std::size_t i = 0; i < Trends.size(); ++i)
-    writer.Write(Trends[i], i);
+    if (hasTests || !Trends[i].IsOfTests) writer.Write(Trends[i], i);
   out << "</div>\n";
   WriteTable(runs, out);
 }

@@ -30,15 +30,15 @@ const facts = new Map();
 
 function learn(row) {
   const group = row.closest(".group");
-  const cells = row.tagName === "DETAILS" ? row.firstElementChild.children : row.children;
+  const cells = row.children;
   facts.set(row, {
     group,
     place: cells[0].textContent,
     cell: cells[0],
     file: group.dataset.f ?? "",
     rule: cells[1].textContent,
-    project: row.dataset.p ?? "",
-    text: `${group.dataset.f ?? ""} ${row.textContent} ${row.dataset.p ?? ""}`.toLowerCase(),
+    project: row.dataset.p ?? group.dataset.p ?? "",
+    text: `${group.dataset.f ?? ""} ${row.textContent} ${row.dataset.p ?? group.dataset.p ?? ""}`.toLowerCase(),
   });
 }
 
@@ -180,6 +180,7 @@ if (testFind) {
 // --- Charts ---
 
 const runs = all("#runs tbody tr");
+const slots = Math.max(runs.length, 12); // as the page draws them
 for (const chart of all(".chart")) {
   const output = chart.querySelector("output");
   const line = chart.querySelector(".here");
@@ -189,7 +190,7 @@ for (const chart of all(".chart")) {
   const show = (index) => {
     at = Math.max(0, Math.min(runs.length - 1, index));
     const cells = runs[at].children;
-    line.setAttribute("d", `M${at + 0.5} 0V100`);
+    line.setAttribute("d", `M${at + slots - runs.length + 0.5} 0V100`);
     output.textContent = `${cells[0].textContent}: ${cells[chart.dataset.column].textContent}`;
   };
   const leave = () => {
@@ -199,7 +200,7 @@ for (const chart of all(".chart")) {
   };
   plot.addEventListener("pointermove", (event) => {
     const box = plot.getBoundingClientRect();
-    show(Math.floor(((event.clientX - box.left) / box.width) * runs.length));
+    show(Math.floor(((event.clientX - box.left) / box.width) * slots) - slots + runs.length);
   });
   plot.addEventListener("pointerleave", leave);
   chart.addEventListener("blur", leave);
@@ -219,7 +220,6 @@ const blocks = all("pre", log);
 // Line by line with numbers, once it comes into view: a log of hundreds of thousands of lines has far fewer blocks.
 function spread(block) {
   if (block.classList.contains("lines")) return;
-  block.classList.add("lines");
   const first = Number(block.dataset.n);
   const texts = block.textContent.replace(/\n$/, "").split("\n");
   const marked = [...block.children];
@@ -234,7 +234,9 @@ function spread(block) {
     const line = lines[Number(mark.id.slice(1)) - first];
     if (line) line.id = mark.id;
   }
-  if (texts.length === Number(block.style.getPropertyValue("--n") || 1)) block.replaceChildren(...lines);
+  if (texts.length !== Number(block.style.getPropertyValue("--n") || 1)) return; // a message of several lines
+  block.classList.add("lines");
+  block.replaceChildren(...lines);
 }
 
 const seen = new IntersectionObserver(

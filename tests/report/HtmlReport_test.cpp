@@ -202,11 +202,12 @@ TEST_F(Reports, ShowProblemsByFileThoseWithErrorsFirst) {
                                               .KnownSince = {{u"1", 0}},
                                               .Fixed = {{.Rule = u"W2", .Message = u"Gone"}}});
   const std::string page = Page(report);
-  for (const char* part : {"<details class=\"f error new\" id=first open><summary><a href=#L12>line "
-                           "2</a><code>E1</code><span>Bad &quot;x&quot;</span><b>new</b>",
-                           "<u>1</u>one\n<mark><u>2</u>two &lt;T&gt;</mark>\n<u>3</u>three\n",
-                           "<details class=\"f warning known\">", "since 1 Jan 1970, 2 runs ago",
-                           "Fixed since the run before", "3 more were not kept", "<h2>Trends</h2>"})
+  for (const char* part :
+       {"<div class=\"f error new\" id=first><a href=#L12>line 2</a><code>E1</code><details "
+        "open><summary>Bad &quot;x&quot;<",
+        "<u>1</u>one\n<mark><u>2</u>two &lt;T&gt;</mark>\n<u>3</u>three\n", "</details><b>new</b></div>\n",
+        "<div class=\"f warning known\"><span>line 7</span>", "since 1 Jan 1970, 2 runs ago",
+        "Fixed since the run before", "3 more were not kept", "<h2>Trends</h2>"})
     EXPECT_THAT(page, HasSubstr(part));
   EXPECT_LT(page.find("data-f=\"src/b.cs\""), page.find("data-f=\"a.cs\""));
   EXPECT_THAT(page, Not(HasSubstr("<code>test-failed")));
