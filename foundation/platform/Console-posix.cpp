@@ -81,10 +81,11 @@ bool IsTerminal(ConsoleStream stream) {
   return isatty(DescriptorOf(stream)) == 1;
 }
 
-int TerminalWidth(ConsoleStream stream) {
+TerminalSize SizeOfTerminal(ConsoleStream stream) {
   winsize size{};
-  const bool known = ioctl(DescriptorOf(stream), TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
-  return known ? size.ws_col : 80;
+  const bool known =
+      ioctl(DescriptorOf(stream), TIOCGWINSZ, &size) == 0 && size.ws_col > 0 && size.ws_row > 0;
+  return known ? TerminalSize{size.ws_col, size.ws_row} : TerminalSize{};
 }
 
 void WriteConsole(ConsoleStream stream, std::string_view utf8) {

@@ -72,11 +72,12 @@ bool IsTerminal(ConsoleStream stream) {
   return EnableEscapeSequences(HandleOf(stream));
 }
 
-int TerminalWidth(ConsoleStream stream) {
+TerminalSize SizeOfTerminal(ConsoleStream stream) {
   CONSOLE_SCREEN_BUFFER_INFO info{};
-  const bool known = GetConsoleScreenBufferInfo(HandleOf(stream), &info) != FALSE;
-  const int width = info.srWindow.Right - info.srWindow.Left + 1;
-  return known && width > 1 ? width : 80;
+  if (GetConsoleScreenBufferInfo(HandleOf(stream), &info) == FALSE) return {};
+  const TerminalSize size{info.srWindow.Right - info.srWindow.Left + 1,
+                          info.srWindow.Bottom - info.srWindow.Top + 1};
+  return size.Columns > 1 ? size : TerminalSize{};
 }
 
 void WriteConsole(ConsoleStream stream, std::string_view utf8) {

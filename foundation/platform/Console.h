@@ -14,7 +14,11 @@ enum class ConsoleStream { Output, Error };
 
 // One that obeys escape sequences, as consoles before Windows 10 do not.
 bool IsTerminal(ConsoleStream stream);
-int TerminalWidth(ConsoleStream stream); // columns; 80 when unknown
+struct TerminalSize {
+  int Columns = 80; // when it is unknown
+  int Rows = 24;
+};
+TerminalSize SizeOfTerminal(ConsoleStream stream);
 // Writes everything or gives up; silently when nobody reads any more, else WriteFailure tells. A console of
 // Windows gets UTF-16, so that its code page does not matter; pipes and files get the bytes.
 void WriteConsole(ConsoleStream stream, std::string_view utf8);

@@ -46,9 +46,11 @@ std::string ProgressText(const std::optional<TLoopPosition>& position) {
 
 } // namespace
 
-TConsoleSink::TConsoleSink(TVerbosity verbosity, TPalette palette, const TCiDialect* ci)
-    : verbosity_(verbosity), palette_(palette),
-      status_(verbosity != TVerbosity::Quiet && ci == nullptr && CanSteerTerminal(), palette), ci_(ci) {
+TConsoleSink::TConsoleSink(TVerbosity verbosity, TPalette palette, const TCiDialect* ci,
+                           history::TUsualTimes usual)
+    : verbosity_(verbosity), palette_(palette), usual_(std::move(usual)),
+      status_(verbosity != TVerbosity::Quiet && ci == nullptr && CanSteerTerminal(), palette, usual_.Run),
+      ci_(ci) {
   if (ci_ != nullptr) ciRoot_ = CiRootOf(*ci_);
 }
 
@@ -124,7 +126,10 @@ void TConsoleSink::Line(int depth, std::string_view text) {
 }
 
 void TConsoleSink::Show(int depth, const TActionStarted& event) {
-  status_.Push(NameForTerminal(event.Name), ProgressText(event.Position));
+  const std::u16string name = NameWithPass(event.Name, event.Pass);
+  const auto usual = usual_.Actions.find(name);
+  status_.Push({NameForTerminal(name), ProgressText(event.Position), true,
+                usual == usual_.Actions.end() ? std::nullopt : std::optional(usual->second)});
   if (!Shows(TStatusTag::stNormal)) return;
   const std::u16string title = event.Description + (event.Pass.empty() ? u"" : u"  (" + event.Pass + u")");
   Title(depth, title, palette_.Bold(NameForTerminal(title)));
@@ -149,7 +154,7 @@ void TConsoleSink::Show(int depth, const TMessageSent& event) {
 }
 
 void TConsoleSink::Show(int depth, const TGroupStarted& event) {
-  status_.Push(NameForTerminal(event.Title));
+  status_.Push({NameForTerminal(event.Title)});
   if (Shows(TStatusTag::stNormal))
     Title(depth, event.Title, palette_.Bold(palette_.Paint(NameForTerminal(event.Title), event.Status)));
 }

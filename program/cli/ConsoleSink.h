@@ -1,5 +1,5 @@
 // The log of a run for people: groups indented, statuses in colour, elapsed times, an end table, on a
-// terminal a live status line while a tool runs, and in the job of a CI system that system's groups and
+// terminal live lines at the bottom while a tool runs, and in the job of a CI system that system's groups and
 // annotations.
 #pragma once
 
@@ -7,6 +7,7 @@
 #include "program/cli/CommonOptions.h"
 #include "program/cli/Palette.h"
 #include "program/cli/StatusLine.h"
+#include "program/history/Questions.h"
 #include "program/report/CiDialect.h"
 #include "program/report/ResultRows.h"
 #include "program/runner/Events.h"
@@ -22,7 +23,9 @@ namespace kx::cli {
 
 class TConsoleSink : public IRunEventSink {
 public:
-  TConsoleSink(TVerbosity verbosity, TPalette palette, const TCiDialect* ci = nullptr);
+  // `usual` says how long the run and its actions take, as far as that is known.
+  TConsoleSink(TVerbosity verbosity, TPalette palette, const TCiDialect* ci = nullptr,
+               history::TUsualTimes usual = {});
   void On(const TRunEvent& event) override;
 
 private:
@@ -45,6 +48,7 @@ private:
 
   TVerbosity verbosity_;
   TPalette palette_;
+  const history::TUsualTimes usual_;
   TStatusLine status_;
   std::string stamp_; // before each line of a diagnostic log
   const TCiDialect* ci_;

@@ -192,6 +192,12 @@ bool EndLog(TJsonLinesSink* log, const TCommonOptions& options, std::string& lin
   return static_cast<bool>(written);
 }
 
+// Only a terminal shows them.
+history::TUsualTimes UsualTimes(TProjectRunner& runner, const TCommonOptions& options) {
+  if (!CanSteerTerminal()) return {};
+  return history::ReadUsualTimes(HistoryOf(options).FileFor(runner.Project().FileName));
+}
+
 } // namespace
 
 int RunProject(TProjectRunner& runner, THostSession& session, const TCommonOptions& options,
@@ -208,7 +214,8 @@ int RunProject(TProjectRunner& runner, THostSession& session, const TCommonOptio
   const platform::InterruptHandler interrupts(session.Stop()); // what the run leaves is written in any case
   TRunReport report;
   {
-    TConsoleSink console(options.Verbosity, palette, ChooseCiDialect(options.Ci));
+    TConsoleSink console(options.Verbosity, palette, ChooseCiDialect(options.Ci),
+                         UsualTimes(runner, options));
     runner.AddSink(console);
     report = runner.Run();
   }

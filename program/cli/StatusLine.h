@@ -1,5 +1,5 @@
-// The last line of a terminal while a tool runs: what is being done, for how long, and what it has found so
-// far.
+// The last lines of a terminal while a tool runs: what is being done, for how long, how long it usually
+// takes, and what it has found so far. On a narrow terminal it is one line.
 #pragma once
 
 #include "program/cli/Output.h"
@@ -9,6 +9,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -16,40 +17,60 @@
 
 namespace kx::cli {
 
-// Draws itself every quarter of a second from a thread of its own; without a terminal it does nothing at all.
-// Everything else that goes to the terminal goes through Print, so that the line never mixes with it.
+// What is under way: an action, or a group of messages within it.
+struct TUnderWay {
+  std::string Title;
+  std::string Progress = {}; // how far the loop around it has come
+  bool IsAction = false;
+  std::optional<std::chrono::milliseconds> Usual = {}; // from earlier runs
+};
+
+// Draws itself several times a second from a thread of its own; without a terminal it does nothing at all.
+// Everything else that goes to the terminal goes through Print, so that the lines never mix with it.
 class TStatusLine {
 public:
-  TStatusLine(bool enabled, const TPalette& palette);
+  // `usual` is how long such a run takes, where that is known.
+  TStatusLine(bool enabled, const TPalette& palette, std::optional<std::chrono::milliseconds> usual = {});
   ~TStatusLine();
   TStatusLine(const TStatusLine&) = delete;
   TStatusLine& operator=(const TStatusLine&) = delete;
 
   void Print(std::string_view text);
-  // What is being done now, and how far the loop around it has come; without `progress` that of what is
-  // around it holds on.
-  void Push(std::string_view title, std::string_view progress = {});
+  void Push(TUnderWay what);
   void Pop();
   void SetCounts(const TProblemCounts& counts);
 
 private:
+  using TClock = std::chrono::steady_clock;
   struct TEntry {
-    std::string Title;
-    std::string Progress;
+    TUnderWay What;
+    TClock::time_point Since;
   };
-  void Draw();
-  void Erase();
+  // As it stands on the terminal; what is painted takes no columns.
+  struct TLine {
+    std::string Text;
+    std::size_t Columns = 0;
+  };
+
+  std::string Erasure();
+  std::string Drawing();
   void Work();
-  std::string Text() const;
+  std::vector<TLine> Lines(std::size_t columns, std::size_t rows) const;
+  TLine ShortLine(std::size_t columns) const;
+  TLine EntryLine(const TEntry& entry, std::size_t indent, std::size_t columns) const;
+  TLine SumLine(std::size_t columns) const;
+  std::string Counts(const TPalette& palette) const;
 
   const bool enabled_;
   const TPalette palette_;
+  const std::optional<std::chrono::milliseconds> usual_;
+  const TClock::time_point start_ = TClock::now();
   std::mutex mutex_;
   std::condition_variable changed_;
   bool ending_ = false;
-  bool drawn_ = false;
+  std::vector<std::size_t> drawn_; // the columns of the lines that stand there
+  TClock::time_point drawnAt_;
   std::vector<TEntry> entries_; // the innermost last
-  std::chrono::steady_clock::time_point since_;
   TProblemCounts counts_;
   std::thread thread_;
 };

@@ -1,5 +1,6 @@
 #include "program/history/Questions.h"
 
+#include "foundation/platform/Files.h"
 #include "foundation/text/Text.h"
 #include "program/history/HistoryFile.h"
 #include "program/history/Past.h"
@@ -97,6 +98,22 @@ constexpr const char* RunColumns = "run, began, result, elapsed, errors, warning
 constexpr int RunColumnCount = 13;
 
 } // namespace
+
+TUsualTimes ReadUsualTimes(const std::u16string& file) {
+  constexpr std::int64_t runs = 20; // the newest, since a project changes
+  TUsualTimes usual;
+  if (!platform::FileExists(file)) return usual;
+  try {
+    for (const auto& time : THistory(file).Times(runs)) {
+      if (time.Part.Action.empty())
+        usual.Run = time.Median;
+      else if (time.Part.Configuration.empty())
+        usual.Actions[time.Part.Action] = time.Median;
+    }
+  } catch (const EKxException&) { // it is a courtesy, and the end of the run says what is wrong
+  }
+  return usual;
+}
 
 THistory::THistory(const std::u16string& file) : database_(OpenToAsk(file)) {}
 

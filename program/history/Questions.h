@@ -8,6 +8,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -74,6 +75,13 @@ struct TUsualTime {
   std::chrono::milliseconds Last{0};
   int Trend = 0; // per cent by which the newer half's median is above the older half's; 0 for few
 };
+
+// What is known of it, for somebody who waits; empty without a history.
+struct TUsualTimes {
+  std::optional<std::chrono::milliseconds> Run = {};
+  std::map<std::u16string, std::chrono::milliseconds> Actions = {}; // by name with pass
+};
+TUsualTimes ReadUsualTimes(const std::u16string& file); // raises nothing
 
 class THistory {
 public:
