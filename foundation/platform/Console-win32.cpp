@@ -125,7 +125,7 @@ Result<std::string> ReadStandardInput(std::size_t most) {
   std::array<char, 4096> buffer{};
   for (;;) {
     DWORD count = 0;
-    if (ReadFile(input, buffer.data(), static_cast<DWORD>(buffer.size()), &count, nullptr) == FALSE) {
+    if (::ReadFile(input, buffer.data(), static_cast<DWORD>(buffer.size()), &count, nullptr) == FALSE) {
       const DWORD error = GetLastError();
       if (error == ERROR_BROKEN_PIPE) return bytes; // its end
       return Failure{u"Standard input cannot be read. " + win32::Reason(error)};

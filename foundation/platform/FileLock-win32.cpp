@@ -38,7 +38,7 @@ std::u16string HolderOf(const std::wstring& path) {
   std::array<char, 512> bytes{};
   DWORD count = 0;
   if (!lock.IsOpen() ||
-      ReadFile(lock.Get(), bytes.data(), static_cast<DWORD>(bytes.size()), &count, nullptr) == FALSE)
+      ::ReadFile(lock.Get(), bytes.data(), static_cast<DWORD>(bytes.size()), &count, nullptr) == FALSE)
     count = 0;
   return count == 0 ? u"another program" : text::FromUtf8({bytes.data(), count});
 }

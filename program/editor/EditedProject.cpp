@@ -143,9 +143,10 @@ TPages& TEditedProject::PagesOf(TActionNode& node) {
   return pages_.emplace(&node, MakePages(*node.Type().Class, node.Action())).first->second;
 }
 
-TPages TEditedProject::PagesOfNew(const TKxActionClass& actionClass) const {
-  const auto action = actionClass.Create();
-  return MakePages(actionClass, *action);
+TPages TEditedProject::PagesOfNew(const TActionNode& node) const {
+  const auto action = node.Type().Class->Create();
+  action->Attach(loaded_->Runner); // what a page shows may be computed with its help
+  return MakePages(*node.Type().Class, *action);
 }
 
 void TEditedProject::ReadAgain(TActionNode& node) {

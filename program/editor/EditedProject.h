@@ -49,9 +49,9 @@ public:
   TActionPath PathOf(const TActionNode& node) const;  // which is of the project
   // The registered pages of the action and, behind them, a form of all its properties. Read when first asked.
   TPages& PagesOf(TActionNode& node);
-  // What these pages show of an action of the class that nobody has set anything of: they can be read, no
-  // more.
-  TPages PagesOfNew(const TKxActionClass& actionClass) const;
+  // What these pages show of an action of the same class that nobody has set anything of: they can be read,
+  // no more.
+  TPages PagesOfNew(const TActionNode& node) const;
 
   // The user gave the field of a page a value, or clicked (then `change` does it). What follows for the
   // action is written at once; only a text that awaits its accept button stays in its page until Accept. A

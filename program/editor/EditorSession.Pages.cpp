@@ -90,7 +90,7 @@ TJson TEditorSession::PagesJson(const TJson& arguments) {
   TActionNode& node = project_.NodeAt(PathOf(arguments));
   for (const auto& page : project_.PagesOf(node))
     pages.push_back(PageJson(*page));
-  AddDefaults(pages, project_.PagesOfNew(*node.Type().Class));
+  AddDefaults(pages, project_.PagesOfNew(node));
   TellApart(pages);
   TJson answer = {{"id", PathText(project_.PathOf(node))},
                   {"name", text::ToUtf8(node.Name())},

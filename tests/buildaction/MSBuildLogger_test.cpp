@@ -68,7 +68,7 @@ TEST_F(MSBuildLogger, PassesOnWhatNoLoggerWrote) {
       {u"plain text with error in it", true, "0 plain text with error in it"},
       {u"TandemorLogger|message|importance", true, "0 TandemorLogger|message|importance"},
       {u" TandemorLogger|error|text=x", true, "0  TandemorLogger|error|text=x"},
-      {u"TandemorLogger|message|text=50% %zz %4", true, "0 50% %zz %4"},
+      {u"TandemorLogger|message|text=50% %z4 %4z %4", true, "0 50% %z4 %4z %4"},
       {u"TandemorLogger|targetStarted|project=p|target=Build", true, "0 Target Build:"},
       {u"TandemorLogger|error|text=x", false, "0 TandemorLogger|error|text=x"},
   };

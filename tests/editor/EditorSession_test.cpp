@@ -123,7 +123,8 @@ TEST_F(EditorSession, KnowsWhatItsPageAsksFor) {
     if (asset.Name.ends_with(".js")) scripts += asset.Bytes;
   Open(Tests);
   std::set<std::string> operations;
-  for (const std::string asks : {"call(\"", "callUnlessRunning(\"", "look(\"", "edit(\"", "send(\""})
+  for (const std::string asks :
+       {"call(\"", "callUnlessRunning(\"", "look(\"", "edit(\"", "send(\"", "send(control, \""})
     for (std::size_t at = scripts.find(asks); at != std::string::npos; at = scripts.find(asks, at)) {
       at += asks.size();
       operations.insert(scripts.substr(at, scripts.find('"', at) - at));

@@ -31,6 +31,7 @@ TEST(Utf8, DecodesAndPutsOneMarkForEachIllFormedPiece) {
 TEST(Encodings, ComeThroughAtEveryLengthAroundTheBlocks) {
   // One accented letter near the end of texts as long as a block or the buffer, and around that.
   for (const std::size_t size : {1U, 8U, 31U, 32U, 33U, 64U, 2047U, 2048U, 2049U, 5000U}) {
+    ASSERT_EQ(FromUtf8(std::string(size, 'x')), std::u16string(size, u'x')) << size;
     for (std::size_t at = size - std::min<std::size_t>(size, 33); at != size; ++at) {
       std::u16string text(size, u'x');
       text[at] = u'\u00E9';
