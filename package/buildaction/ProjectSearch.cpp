@@ -22,6 +22,10 @@ std::u16string FullPath(std::u16string_view folder, std::u16string_view name) {
 
 TProjectFinder::TProjectFinder(const IVSDotNetSolution& solution) : folder_(SolutionDirectory(solution)) {
   const auto projects = solution.GetProjects();
+  const auto count = static_cast<std::size_t>(projects->GetCount());
+  byFile_.reserve(count);
+  for (auto& index : indexes_)
+    index.reserve(count);
   for (int i = 0; i < projects->GetCount(); ++i) {
     const auto project = projects->GetItem(i);
     const std::u16string& file = project->GetFileName();

@@ -18,8 +18,12 @@
 
 #include <CLI/CLI.hpp>
 
+#include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace kx::cli {
 
@@ -72,17 +76,42 @@ int RunFile(const TProjectArguments& arguments, const TCommonOptions& common) {
   return exitCode == ExitSuccess ? ExitFailed : exitCode;
 }
 
-std::string LineOf(const TValidationEntry& entry) {
-  return ForTerminal(entry.Action + u": " + entry.Page + u": " + entry.Message) + "\n";
+// Actions that share a name, as those without one do, are told apart by their number from the top.
+class TActionNames {
+public:
+  explicit TActionNames(const TProject& project) { Collect(project.Actions()); }
+
+  std::u16string Of(const TValidationEntry& entry) const {
+    const auto number = numbers_.find(entry.Node);
+    if (number == numbers_.end() || counts_.at(entry.Action) == 1) return entry.Action;
+    return entry.Action + u" (action " + text::FromInteger(number->second) + u")";
+  }
+
+private:
+  void Collect(const std::vector<std::unique_ptr<TActionNode>>& nodes) {
+    for (const auto& node : nodes) {
+      ++counts_[node->DisplayName()];
+      numbers_.emplace(node.get(), static_cast<std::int64_t>(numbers_.size() + 1));
+      Collect(node->Children());
+    }
+  }
+
+  std::map<const TActionNode*, std::int64_t> numbers_;
+  std::map<std::u16string, int> counts_;
+};
+
+std::string LineOf(const TValidationEntry& entry, const TActionNames& names) {
+  return ForTerminal(names.Of(entry) + u": " + entry.Page + u": " + entry.Message) + "\n";
 }
 
 int ValidateFile(const TProjectArguments& arguments, const TCommonOptions& common) {
   THostSession session(common);
   TOpenProject project(arguments, session);
   const auto entries = project.Runner().Validate();
+  const TActionNames names(project.Runner().Project());
   std::string out;
   for (const auto& entry : entries)
-    out += LineOf(entry);
+    out += LineOf(entry, names);
   for (const auto& note : project.Runner().CheckFilesToChange())
     out += ForTerminal(u"Note: " + note.Action + u": " + note.Message) + "\n";
   if (out.empty()) out = "No problems found.\n";

@@ -121,7 +121,8 @@ class CommandsTest(e2e.EndToEndTest):
         self.write("App.rc2", "1 VERSIONINFO\nFILEVERSION 3,1,4,0\nBEGIN\nEND\n")
         self.check_table([("inspect App.rc2", "majorVersion    3\n"), ("inspect renamed.txt", "Format          vs2003"),
                           ("inspect run.xml", "Passed   0")], code=0)
-        self.check_table([("validate p.xml", "The project holds no actions.")], code=3)
+        self.write("two.xml", '<BuildProject><Actions><Action Type="MSTEST"/><Action Type="MSTEST"/></Actions></BuildProject>')
+        self.check_table([("validate p.xml", "The project holds no actions."), ("validate two.xml", "(action 2): ")], code=3)
 
     def test_options_are_listed_checked_and_unset(self):
         folder = self.folder / "framework"
