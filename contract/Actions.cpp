@@ -65,6 +65,14 @@ void TCustomKxAction::EndConfiguration(TKxOutcome outcome) {
   Host().EndConfiguration(*this, outcome);
 }
 
+void TCustomKxAction::StartProject(std::u16string_view file) {
+  Host().StartProject(*this, file);
+}
+
+void TCustomKxAction::EndProject(std::u16string_view file, bool succeeded) {
+  Host().EndProject(*this, file, succeeded);
+}
+
 void TCustomKxAction::ReportBreach(std::u16string_view rule, std::u16string_view message) {
   Host().ReportBreach(*this, rule, message);
 }

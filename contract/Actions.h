@@ -74,6 +74,11 @@ public:
   // `name` ("Release|Any CPU"). One at a time; one that is still open when the execution ends has failed.
   virtual void StartConfiguration(TCustomKxAction& action, std::u16string_view name) = 0;
   virtual void EndConfiguration(TCustomKxAction& action, TKxOutcome outcome) = 0;
+  // Inside a configuration: what the tool says of projects, named by their files in the form that its
+  // messages have ("Lib/Lib.csproj"). Side by side or within each other; one that several others need comes
+  // several times.
+  virtual void StartProject(TCustomKxAction& action, std::u16string_view file) = 0;
+  virtual void EndProject(TCustomKxAction& action, std::u16string_view file, bool succeeded) = 0;
   // Something that speaks against calling this execution a success although Execute returns True. `rule` is a
   // name of KxVerdictRules; what follows from it is for the host to decide, and for the user to set.
   virtual void ReportBreach(TCustomKxAction& action, std::u16string_view rule,
@@ -170,6 +175,8 @@ public:
                         bool flag = false);
   void StartConfiguration(std::u16string_view name);
   void EndConfiguration(TKxOutcome outcome);
+  void StartProject(std::u16string_view file);
+  void EndProject(std::u16string_view file, bool succeeded);
   void ReportBreach(std::u16string_view rule, std::u16string_view message);
   std::u16string ExpandExpression(std::u16string_view text); // raises EExpressionError
   // Nothing for a text whose value only a run has (a loop variable), and for one that cannot be expanded,

@@ -5,6 +5,8 @@ namespace kx {
 TBuildLogVerdict TBuildLog::Verdict() const {
   TBuildLogVerdict verdict = verdict_;
   verdict.Failed = analysis_.HasFailed();
+  verdict.HasDevEnvSummary = analysis_.HasDevEnvSummary();
+  verdict.HasMSBuildSummary = analysis_.HasMSBuildSummary();
   return verdict;
 }
 

@@ -14,6 +14,8 @@ namespace kx {
 struct TBuildLogVerdict {
   std::int64_t Errors = 0;
   std::int64_t Warnings = 0;
+  bool HasDevEnvSummary = false;
+  bool HasMSBuildSummary = false;
   bool Failed = false;                                       // as TBuildOutputAnalysis::HasFailed
   std::array<std::int64_t, 4> Statuses{};                    // messages by TStatusTag
   std::vector<std::pair<TBuildCount, std::int32_t>> Metrics; // in the order sent

@@ -1,5 +1,6 @@
 #include "package/buildaction/BuildOutputAnalysis.h"
 
+#include "foundation/text/BlockSearch.h"
 #include "package/buildaction/SummaryLines.h"
 #include "package/buildaction/ToolOutputWords.h"
 
@@ -15,24 +16,6 @@ TStatusTag StatusOf(unsigned findings) {
   return TStatusTag::stNormal;
 }
 
-// The first CR or LF, else the size. Whole blocks are looked at without a branch a character: chunks are
-// mostly one line, and this would cost more than all that is found out about it.
-std::size_t FindLineEnd(std::u16string_view text) {
-  constexpr std::size_t block = 32;
-  const auto isEnd = [](char16_t c) { return (c == u'\r') | (c == u'\n'); };
-  const char16_t* data = text.data();
-  std::size_t at = 0;
-  for (; at + block <= text.size(); at += block) {
-    char16_t found = 0; // as wide as the characters, so that the compiler compares many at once
-    for (std::size_t i = 0; i < block; ++i)
-      found |= isEnd(data[at + i]) ? char16_t{1} : char16_t{0};
-    if (found != 0) break;
-  }
-  while (at < text.size() && !isEnd(text[at]))
-    ++at;
-  return at;
-}
-
 } // namespace
 
 void TBuildOutputAnalysis::BeginRun(bool usingMSBuild) {
@@ -43,7 +26,7 @@ void TBuildOutputAnalysis::BeginRun(bool usingMSBuild) {
 
 void TBuildOutputAnalysis::Feed(std::u16string_view chunk) {
   do {
-    const std::size_t end = FindLineEnd(chunk);
+    const std::size_t end = text::FindEither(chunk, u'\r', u'\n');
     ReadLine(chunk.substr(0, end));
     if (end == chunk.size()) return;
     const bool isPair = chunk[end] == u'\r' && chunk.substr(end + 1).starts_with(u'\n');
@@ -57,6 +40,7 @@ void TBuildOutputAnalysis::ReadLine(std::u16string_view line) {
     return;
   }
   const unsigned findings = FindOutputWords(line);
+  NoteSummary(line, findings);
   const bool exitCodeHidesFailures = options_.Version <= TVSDotNetVersion::vs2003;
   if (exitCodeHidesFailures && (findings & HasSucceeded) != 0 && IsFailureSummary(line)) failed_ = true;
   if (options_.UsingMSBuild) {
@@ -67,6 +51,12 @@ void TBuildOutputAnalysis::ReadLine(std::u16string_view line) {
     ReadDevEnvCounts(line, findings);
   }
   sink_.Line(line, StatusOf(findings));
+}
+
+void TBuildOutputAnalysis::NoteSummary(std::u16string_view line, unsigned findings) {
+  if ((findings & MayHoldCounts) != 0) hasDevEnvSummary_ |= ReadCountSummary(line).has_value();
+  if ((findings & (MayHoldErrorCount | MayHoldWarningCount)) != 0)
+    hasMSBuildSummary_ |= ReadErrorCount(line) || ReadWarningCount(line);
 }
 
 void TBuildOutputAnalysis::NoteBuilt(std::optional<bool> some) {

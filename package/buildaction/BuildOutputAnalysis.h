@@ -47,16 +47,22 @@ public:
   bool HasFailed() const { return failed_; }
   // As the run's own words say; lines that were left to the structured-output helper are not among them.
   TBuiltProjects BuiltProjects() const { return built_; }
+  // Which tool's summary the output holds, whichever tool is expected.
+  bool HasDevEnvSummary() const { return hasDevEnvSummary_; }
+  bool HasMSBuildSummary() const { return hasMSBuildSummary_; }
 
 private:
   void ReadLine(std::u16string_view line);
   void ReadDevEnvCounts(std::u16string_view line, unsigned findings);
   bool ReadMSBuildCounts(std::u16string_view line, unsigned findings);
+  void NoteSummary(std::u16string_view line, unsigned findings);
   void NoteBuilt(std::optional<bool> some);
 
   TBuildOutputOptions options_;
   IBuildOutputSink& sink_;
   bool failed_ = false;
+  bool hasDevEnvSummary_ = false;
+  bool hasMSBuildSummary_ = false;
   TBuiltProjects built_ = TBuiltProjects::Unsaid;
 };
 

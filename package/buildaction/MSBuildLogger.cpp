@@ -124,17 +124,20 @@ bool TKxMSBuildStructuredOutputHelper::Read(std::u16string_view line, TEvent& ev
 }
 
 void TKxMSBuildStructuredOutputHelper::Handle(const TEvent& event) {
+  const bool isOwnProject = IsProjectOfItsOwn(event[u"project"]);
   if (event.Kind == u"error") {
     ++errors_;
     SendDiagnostic(event, TStatusTag::stError);
   } else if (event.Kind == u"warning") {
     ++warnings_;
     SendDiagnostic(event, TStatusTag::stWarning);
-  } else if (event.Kind == u"projectStarted") {
-    OpenProject(event);
+  } else if (event.Kind == u"projectStarted" || event.Kind == u"projectBegun") {
+    if (event.Kind == u"projectStarted") OpenProject(event);
+    if (isOwnProject) action_.StartProject(ShortName(event[u"project"]));
   } else if (event.Kind == u"projectFinished") {
     CloseProject(event);
-    built_ = built_.value_or(0) + (IsProjectOfItsOwn(event[u"project"]) ? 1 : 0);
+    if (isOwnProject) action_.EndProject(ShortName(event[u"project"]), event[u"succeeded"] == u"true");
+    built_ = built_.value_or(0) + (isOwnProject ? 1 : 0);
   } else if (event.Kind == u"targetStarted") {
     action_.SendMessage(u"Target " + std::u16string(event[u"target"]) + u":");
   } else if (event.Kind == u"message") {

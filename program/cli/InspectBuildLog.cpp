@@ -4,50 +4,41 @@
 #include "foundation/platform/Files.h"
 #include "foundation/text/Encoding.h"
 #include "package/buildaction/BuildLog.h"
-#include "package/buildaction/SummaryLines.h"
-#include "package/buildaction/ToolOutputWords.h"
 #include "program/cli/FindingLines.h"
 #include "program/cli/LogReader.h"
 #include "program/cli/Output.h"
 #include "program/findings/FindingJson.h"
 #include "program/findings/SourceFiles.h"
 #include "program/findings/ToolFindings.h"
+#include "program/report/ResultJson.h"
+#include "program/report/ResultRows.h"
+#include "program/runner/ToolProjects.h"
 
 namespace kx::cli {
 
 namespace {
 
-// Which tool's summary a line belongs to.
-struct TSummaries {
-  bool DevEnv = false;
-  bool MSBuild = false;
-
-  void Look(std::u16string_view line) {
-    const unsigned findings = FindOutputWords(line);
-    if ((findings & MayHoldCounts) != 0) DevEnv = DevEnv || ReadCountSummary(line);
-    if ((findings & (MayHoldErrorCount | MayHoldWarningCount)) != 0)
-      MSBuild = MSBuild || ReadErrorCount(line) || ReadWarningCount(line);
-  }
-};
+using TOnLine = std::function<void(std::u16string_view line)>;
 
 TBuildLogVerdict Analyse(const std::u16string& file, const TInspectOptions& options,
-                         TBuildLog::TOnLine onLine, TSummaries* summaries = nullptr,
-                         TToolFindings* findings = nullptr) {
+                         TBuildLog::TOnLine onMessage, const TOnLine& onLine = {}) {
   TBuildLog log(options.MSBuild.value_or(false), static_cast<TVSDotNetVersion>(options.VSVersion),
-                std::move(onLine));
+                std::move(onMessage));
   ForEachLogLine(file, options.Encoding, [&](std::u16string_view line) {
     log.Feed(line);
-    if (summaries != nullptr) summaries->Look(line);
-    if (findings != nullptr) findings->Read(line);
+    if (onLine) onLine(line);
   });
   return log.Verdict();
 }
 
 class TInspectedLog : public IInspected {
 public:
-  TInspectedLog(TBuildLogVerdict verdict, bool hasSummary, bool hasOtherSummary, TFindingList findings)
-      : verdict_(std::move(verdict)), hasSummary_(hasSummary), hasOtherSummary_(hasOtherSummary),
-        moreFindings_(findings.More()), findings_(findings.Take()) {
+  TInspectedLog(TBuildLogVerdict verdict, bool isMSBuild, std::vector<TProjectResult> projects,
+                TFindingList findings)
+      : verdict_(std::move(verdict)),
+        hasSummary_(isMSBuild ? verdict_.HasMSBuildSummary : verdict_.HasDevEnvSummary),
+        hasOtherSummary_(isMSBuild ? verdict_.HasDevEnvSummary : verdict_.HasMSBuildSummary),
+        projects_(std::move(projects)), moreFindings_(findings.More()), findings_(findings.Take()) {
     SetFingerprints(findings_, FindSourceRoot(platform::CurrentDirectory()));
   }
 
@@ -65,6 +56,10 @@ public:
     });
     json.Member("hasSummary", hasSummary_);
     json.Member("hasOtherSummary", hasOtherSummary_);
+    json.ArrayMember("projects", [&] {
+      for (const auto& project : projects_)
+        json.Object([&] { WriteProject(project, json); });
+    });
     json.ArrayMember("findings", [&] {
       for (const auto& finding : findings_)
         json.Object([&] { WriteFinding(finding, json); });
@@ -79,6 +74,10 @@ public:
     if (verdict_.Failed) output.Write("The tool's own summary names a failed project.\n");
     output.Write("Lines     " + number(statuses[0]) + " plain, " + number(statuses[1]) + " success, " +
                  number(statuses[2]) + " warning, " + number(statuses[3]) + " error\n" + ReasonOfCounts());
+    for (const auto& project : projects_)
+      output.Write("Project   " + ForTerminal(project.Project + u" " + project.Configuration) + ": " +
+                   WordOf(project.Result) + ", " + CountText(project.Counts.Errors, "error") + ", " +
+                   CountText(project.Counts.Warnings, "warning") + "\n");
     const std::string lines = FindingLines(findings_, moreFindings_, "(--json gives all)", TPalette(false));
     if (!lines.empty()) output.Write("\n" + lines);
   }
@@ -98,6 +97,7 @@ private:
   TBuildLogVerdict verdict_;
   bool hasSummary_;
   bool hasOtherSummary_;
+  std::vector<TProjectResult> projects_;
   std::int64_t moreFindings_;
   std::vector<TFinding> findings_;
 };
@@ -105,13 +105,15 @@ private:
 } // namespace
 
 TInspected InspectBuildLog(const std::u16string& file, const TInspectOptions& options) {
-  TSummaries summaries;
   TFindingList list;
   TToolFindings findings(list);
-  TBuildLogVerdict verdict = Analyse(file, options, {}, &summaries, &findings);
-  const bool isMSBuild = options.MSBuild.value_or(false);
-  return std::make_shared<TInspectedLog>(std::move(verdict), isMSBuild ? summaries.MSBuild : summaries.DevEnv,
-                                         isMSBuild ? summaries.DevEnv : summaries.MSBuild, std::move(list));
+  TToolProjects projects;
+  TBuildLogVerdict verdict = Analyse(file, options, {}, [&](std::u16string_view line) {
+    projects.Read(line, {});
+    findings.Read(line, [&](const TFinding& finding) { projects.Count(line, finding); });
+  });
+  return std::make_shared<TInspectedLog>(std::move(verdict), options.MSBuild.value_or(false),
+                                         projects.Take({}, TResultKind::Failed), std::move(list));
 }
 
 void PrintBuildLogLines(const std::u16string& file, const TInspectOptions& options, TOutput& output) {

@@ -1,6 +1,7 @@
 #include "program/cli/LogReader.h"
 
 #include "foundation/platform/TextFiles.h"
+#include "foundation/text/BlockSearch.h"
 #include "foundation/text/Encoding.h"
 #include "foundation/text/Exceptions.h"
 #include "foundation/text/Text.h"
@@ -107,6 +108,13 @@ TEncoding Utf16(bool bigEndian) {
   return {bigEndian ? text::FromUtf16BE : text::FromUtf16LE, 2, bigEndian};
 }
 
+// Until `handle` gives False.
+void ForEachBlock(const std::u16string& file, const std::function<bool(std::string_view block)>& handle) {
+  TBlocks blocks(file, 1, false);
+  for (std::string_view block = blocks.Next(); !block.empty(); block = blocks.Next())
+    if (!handle(block)) return;
+}
+
 // Names as users write them; a bare number is a code page too.
 TEncoding NamedEncoding(std::u16string_view name) {
   if (text::EqualsIgnoreCase(name, u"utf-8") || text::EqualsIgnoreCase(name, u"utf8")) return Utf8();
@@ -122,15 +130,17 @@ TEncoding NamedEncoding(std::u16string_view name) {
                u": say utf-8, utf-16le, utf-16be, or a code page such as windows-1252 or cp850.");
 }
 
+// Reads the file a second time only for the guess, since nearly all logs are well-formed.
 TEncoding FoundEncoding(const std::u16string& file) {
   bool wellFormed = true;
+  ForEachBlock(file, [&](std::string_view block) { return wellFormed = text::IsValidUtf8(block); });
+  if (wellFormed) return Utf8();
   text::SingleByteGuess guess;
-  TBlocks blocks(file, 1, false);
-  for (std::string_view block = blocks.Next(); !block.empty(); block = blocks.Next()) {
-    wellFormed = wellFormed && text::IsValidUtf8(block);
+  ForEachBlock(file, [&](std::string_view block) {
     guess.Feed(block);
-  }
-  return wellFormed ? Utf8() : SingleByte(guess.Result());
+    return true;
+  });
+  return SingleByte(guess.Result());
 }
 
 text::ByteOrderMark MarkOf(const std::u16string& file) {
@@ -159,11 +169,11 @@ TEncoding EncodingOf(const std::u16string& file, std::u16string_view name, text:
 
 void SplitBlock(std::u16string_view block, const std::function<void(std::u16string_view)>& handle) {
   while (!block.empty()) {
-    const std::size_t end = block.find(u'\n');
+    const std::size_t end = text::FindEither(block, u'\n', u'\n');
     std::u16string_view line = block.substr(0, end);
     if (!line.empty() && line.back() == u'\r') line.remove_suffix(1);
     handle(line);
-    block.remove_prefix(end == std::u16string_view::npos ? block.size() : end + 1);
+    block.remove_prefix(std::min(end + 1, block.size()));
   }
 }
 

@@ -1,5 +1,6 @@
 #include "program/findings/Diagnostics.h"
 
+#include "foundation/text/BlockSearch.h"
 #include "foundation/text/Encoding.h"
 #include "foundation/text/Text.h"
 #include "foundation/text/WindowsPath.h"
@@ -7,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <span>
 
 namespace kx {
 
@@ -38,29 +40,52 @@ constexpr auto Error = TFindingSeverity::Error;
 constexpr auto Warning = TFindingSeverity::Warning;
 constexpr auto Note = TFindingSeverity::Note;
 // Tools of Microsoft keep the English words in most languages; gcc translates them.
-constexpr std::array<TCategory, 44> Categories{{
-    {u"error", Error},       {u"warning", Warning},
-    {u"note", Note},         {u"info", Note},
-    {u"message", Note},      {u"fatal", Error},
-    {u"information", Note},  {u"remark", Note},
-    {u"hint", Note},         {u"suggestion", Note},
-    {u"erreur", Error},      {u"avertissement", Warning},
-    {u"attention", Warning}, {u"remarque", Note},
-    {u"fehler", Error},      {u"warnung", Warning},
-    {u"hinweis", Note},      {u"errore", Error},
-    {u"avviso", Warning},    {u"attenzione", Warning},
-    {u"nota", Note},         {u"advertencia", Warning},
-    {u"aviso", Warning},     {u"erro", Error},
-    {u"fout", Error},        {u"waarschuwing", Warning},
-    {u"fel", Error},         {u"varning", Warning},
-    {u"fejl", Error},        {u"advarsel", Warning},
-    {u"chyba", Error},       {u"varování", Warning},
-    {u"błąd", Error},        {u"ostrzeżenie", Warning},
-    {u"hata", Error},        {u"uyarı", Warning},
-    {u"ошибка", Error},      {u"предупреждение", Warning},
-    {u"エラー", Error},      {u"警告", Warning},
-    {u"错误", Error},        {u"錯誤", Error},
-    {u"오류", Error},        {u"경고", Warning},
+constexpr std::array<TCategory, 45> Categories{{
+    {u"error", Error},
+    {u"warning", Warning},
+    {u"note", Note},
+    {u"info", Note},
+    {u"message", Note},
+    {u"fatal", Error},
+    {u"information", Note},
+    {u"remark", Note},
+    {u"hint", Note},
+    {u"suggestion", Note},
+    {u"hidden", Note},
+    {u"erreur", Error},
+    {u"avertissement", Warning},
+    {u"attention", Warning},
+    {u"remarque", Note},
+    {u"fehler", Error},
+    {u"warnung", Warning},
+    {u"hinweis", Note},
+    {u"errore", Error},
+    {u"avviso", Warning},
+    {u"attenzione", Warning},
+    {u"nota", Note},
+    {u"advertencia", Warning},
+    {u"aviso", Warning},
+    {u"erro", Error},
+    {u"fout", Error},
+    {u"waarschuwing", Warning},
+    {u"fel", Error},
+    {u"varning", Warning},
+    {u"fejl", Error},
+    {u"advarsel", Warning},
+    {u"chyba", Error},
+    {u"varování", Warning},
+    {u"błąd", Error},
+    {u"ostrzeżenie", Warning},
+    {u"hata", Error},
+    {u"uyarı", Warning},
+    {u"ошибка", Error},
+    {u"предупреждение", Warning},
+    {u"エラー", Error},
+    {u"警告", Warning},
+    {u"错误", Error},
+    {u"錯誤", Error},
+    {u"오류", Error},
+    {u"경고", Warning},
 }};
 
 // Which letters the words of each length begin with, as bits; all that are not of ASCII share one. It spares
@@ -96,6 +121,12 @@ bool IsCode(std::u16string_view word) {
          std::ranges::all_of(word, isPart);
 }
 
+// "ASPPARSE", "ASPCONFIG": codes of web sites.
+bool IsCapitals(std::u16string_view word) {
+  return word.size() > 3 && word.size() <= LongestWord &&
+         std::ranges::all_of(word, [](char16_t c) { return c >= u'A' && c <= u'Z'; });
+}
+
 // The word that ends at `end`, which is behind a character that is no blank.
 std::u16string_view WordBefore(std::u16string_view line, std::size_t end) {
   std::size_t begin = end;
@@ -113,22 +144,46 @@ std::size_t EndOfWordBefore(std::u16string_view line, std::size_t at) {
 
 // --- What stands before a line ---
 
-// A time of day or a date with one, at the start: "10:20:30.123", "2010-04-01T10:20:30Z"; its length.
+// Whether the text begins in this form: "9" stands for a digit, "a" for a letter, "T" for what is between
+// date and time, "+" for a sign.
+bool BeginsAs(std::u16string_view text, std::u16string_view form) {
+  return text.size() >= form.size() &&
+         std::ranges::equal(text.substr(0, form.size()), form, [](char16_t c, char16_t f) {
+           switch (f) {
+           case u'9':
+             return IsDigit(c);
+           case u'a':
+             return IsLetter(c);
+           case u'T':
+             return c == u'T' || c == u' ';
+           case u'+':
+             return c == u'+' || c == u'-';
+           default:
+             return c == f;
+           }
+         });
+}
+
+// The length of the first of the forms in which the text begins, or 0.
+std::size_t LengthOfForm(std::u16string_view text, std::span<const std::u16string_view> forms) {
+  const auto found = std::ranges::find_if(forms, [text](auto form) { return BeginsAs(text, form); });
+  return found == forms.end() ? 0 : found->size();
+}
+
+// A time of day or a date with one, at the start: "10:20:30.123", "2010-04-01T10:20:30Z",
+// "4/1/2010 10:20:30 AM"; its length.
 std::size_t TimeStampLength(std::u16string_view line) {
-  // "9" stands for a digit, "T" for what is between date and time.
-  const auto matches = [](std::u16string_view text, std::u16string_view form) {
-    return text.size() >= form.size() &&
-           std::ranges::equal(text.substr(0, form.size()), form, [](char16_t c, char16_t f) {
-             return f == u'9' ? IsDigit(c) : f == u'T' ? c == u'T' || c == u' ' : c == f;
-           });
-  };
-  constexpr std::u16string_view date = u"9999-99-99T";
-  constexpr std::u16string_view clock = u"99:99:99";
-  std::size_t end = matches(line, date) ? date.size() : 0;
-  if (!matches(line.substr(end), clock)) return 0;
-  end += clock.size();
-  const std::size_t rest = line.find_first_not_of(u"0123456789.,Z+:", end);
-  return rest == line.npos ? line.size() : rest;
+  constexpr std::array<std::u16string_view, 9> dates{u"9999-99-99T", u"9999/99/99T", u"99/99/9999T",
+                                                     u"9/99/9999T",  u"99/9/9999T",  u"9/9/9999T",
+                                                     u"99.99.9999T", u"99-99-9999T", u"99-aaa-9999T"};
+  constexpr std::array<std::u16string_view, 2> clocks{u"99:99:99", u"9:99:99"};
+  constexpr std::array<std::u16string_view, 3> zones{u" +9999", u" AM", u" PM"};
+  if (line.empty() || !IsDigit(line.front())) return 0;
+  const std::size_t date = LengthOfForm(line, dates);
+  const std::size_t clock = LengthOfForm(line.substr(date), clocks);
+  if (clock == 0) return 0;
+  const std::size_t rest = line.find_first_not_of(u"0123456789.,Z+:", date + clock);
+  return rest == line.npos ? line.size() : rest + LengthOfForm(line.substr(rest), zones);
 }
 
 // "12>", "1:7>" of a build of several projects; its length.
@@ -147,8 +202,11 @@ std::size_t BracketLength(std::u16string_view line) {
   return behind.size() > 2 && IsLetter(behind[0]) && behind[1] == u':' && IsBlank(behind[2]) ? close + 3 : 0;
 }
 
-// "##[error]", "##[debug]"; GitLab's number of a stream behind its time, "01E ".
+// "##[error]", "##[debug]"; GitLab's number of a stream behind its time, "01E "; Bamboo's "build" and a tab
+// before a date.
 std::size_t CiPrefixLength(std::u16string_view line) {
+  const std::size_t tab = line.substr(0, 8).find(u'\t');
+  if (tab != line.npos && TimeStampLength(line.substr(tab + 1)) > 0) return tab + 1;
   if (line.starts_with(u"##[")) {
     const std::size_t close = line.substr(0, LongestWord).find(u']');
     return close == line.npos ? 0 : close + 1;
@@ -190,14 +248,14 @@ std::u16string WithoutColours(std::u16string_view line) {
 
 constexpr std::u16string_view PositionCharacters = u"0123456789,-";
 
-// "12", "12,5", "12-14", "12,5,12,9", "12,5-13,1": the first line and column.
+// "12", "12,5", "12-14", "12,5,12,9", "12,5-13,1", "12.5-9": the first line and column.
 bool ReadPosition(std::u16string_view text, TFindingPlace& place) {
   if (text.empty() || !IsDigit(text[0])) return false;
-  const std::size_t end = std::min(text.find_first_of(u",-"), text.size());
+  const std::size_t end = std::min(text.find_first_of(u",.-"), text.size());
   place.Line = text::ToIntegerOr(text.substr(0, end), 0);
-  if (end < text.size() && text[end] == u',') {
+  if (end < text.size() && text[end] != u'-') {
     const std::u16string_view column = text.substr(end + 1);
-    place.Column = text::ToIntegerOr(column.substr(0, column.find_first_of(u",-")), 0);
+    place.Column = text::ToIntegerOr(column.substr(0, column.find_first_of(u",.-")), 0);
   }
   return place.Line > 0;
 }
@@ -221,8 +279,15 @@ int TakeNumber(std::u16string_view& origin) {
   return number;
 }
 
-// "file:12:5", "file:12".
+// "file:12:5", "file:12", "file:12.5-9".
 bool ReadColonPlace(std::u16string_view origin, TFindingPlace& place) {
+  const std::size_t colon = origin.rfind(u':');
+  if (colon != origin.npos && colon > 0 && origin.find(u'.', colon) != origin.npos &&
+      origin.find_first_not_of(u"0123456789.-", colon + 1) == origin.npos &&
+      ReadPosition(origin.substr(colon + 1), place)) {
+    place.File = text::Trim(origin.substr(0, colon));
+    return true;
+  }
   const int last = TakeNumber(origin);
   if (last == 0) return false;
   const int before = TakeNumber(origin);
@@ -273,7 +338,8 @@ std::size_t ReadCategory(std::u16string_view line, std::size_t colon, TParts& pa
     parts.Severity = category->Severity;
     return end - last.size();
   }
-  if (!IsCode(last)) return NoPlace;
+  const bool isCode = IsCode(last);
+  if (!isCode && !IsCapitals(last)) return NoPlace;
   const std::size_t between = EndOfWordBefore(line, end - last.size());
   if (between == end - last.size()) return NoPlace;
   const std::u16string_view word = WordBefore(line, between);
@@ -284,7 +350,8 @@ std::size_t ReadCategory(std::u16string_view line, std::size_t colon, TParts& pa
   const std::size_t before = EndOfWordBefore(line, begin);
   const std::size_t place = before > 0 && IsColon(line[before - 1]) ? EndOfWordBefore(line, before - 1) : 0;
   const bool isPlaced = place > 0 && line[place - 1] == u')';
-  if (category == nullptr && !isPlaced) return NoPlace;
+  if (category == nullptr && !(isPlaced && isCode)) return NoPlace;
+  if (!isCode && !isPlaced) return NoPlace;
   parts.Severity = category == nullptr ? Error : category->Severity;
   parts.Code = last;
   return begin;
@@ -293,6 +360,11 @@ std::size_t ReadCategory(std::u16string_view line, std::size_t colon, TParts& pa
 // `head` is what stands before the category.
 void ReadHead(std::u16string_view head, TParts& parts) {
   head = text::TrimRight(head);
+  if (head.ends_with(u" -")) { // "app.ts:3:4 - error TS2304: ..."
+    parts.Origin = text::TrimRight(head.substr(0, head.size() - 1));
+    parts.HasPlace = ReadColonPlace(parts.Origin, parts.Place);
+    return;
+  }
   const std::size_t from = head.size() - std::min(head.size(), LongestWord + 1);
   const std::size_t colon = head.substr(from).find_last_of(u":\uFF1A");
   if (colon != head.npos) {
@@ -328,27 +400,47 @@ std::optional<TParts> ReadParts(std::u16string_view line) {
     if (begin == NoPlace) continue;
     ReadHead(line.substr(0, begin), parts);
     parts.Text = text::Trim(line.substr(colon + 1));
-    if (IsDiagnostic(parts)) return parts;
+    if (!IsDiagnostic(parts)) continue;
+    if (!parts.Origin.empty() || !parts.Code.empty()) return parts;
+    const auto inner = ReadParts(parts.Text); // "ERROR: a.cs(1,2): error CS0103: ..." of what ran the tool
+    return inner && inner->HasPlace ? inner : parts;
   }
   return std::nullopt;
 }
 
-// "b.h(3) : see declaration of 'x'", as compilers say it that know no category for it.
-constexpr std::array<std::u16string_view, 5> References{u"see declaration of", u"see reference to",
-                                                        u"see previous definition of",
-                                                        u"voir la déclaration de", u"siehe Deklaration von"};
+constexpr std::u16string_view MissingLibrary = u"cannot find -l"; // behind the linker's own name
 
-std::optional<TParts> ReadReference(std::u16string_view line) {
-  for (const auto reference : References) {
-    const std::size_t found = line.find(reference);
+// "b.h(3) : see declaration of 'x'": what tools say without a category, behind the colon.
+constexpr std::array<TCategory, 10> Sayings{{{u"see declaration of", Note},
+                                             {u"see reference to", Note},
+                                             {u"see previous definition of", Note},
+                                             {u"voir la déclaration de", Note},
+                                             {u"siehe Deklaration von", Note},
+                                             {u"first defined here", Note},
+                                             {u"undefined reference to", Error}, // GNU's linker
+                                             {u"multiple definition of", Error},
+                                             {MissingLibrary, Error},
+                                             {u"ld returned ", Error}}};
+
+// "a.o:a.c:(.text+0x7)", "/usr/bin/ld: a.o": the file, at the end, without the section.
+std::u16string_view FileOfLinker(std::u16string_view origin) {
+  if (origin.ends_with(u')')) origin = text::TrimRight(origin.substr(0, origin.rfind(u":(")));
+  const std::size_t colon = origin.rfind(u':');
+  return text::Trim(colon == origin.npos || colon < 2 ? origin : origin.substr(colon + 1));
+}
+
+std::optional<TParts> ReadSaying(std::u16string_view line) {
+  for (const auto& saying : Sayings) {
+    const std::size_t found = line.find(saying.Word);
     if (found == line.npos) continue;
     const std::u16string_view head = text::TrimRight(line.substr(0, found));
     TParts parts;
     if (head.empty() || !IsColon(head.back())) continue;
     parts.Origin = text::TrimRight(head.substr(0, head.size() - 1));
-    parts.HasPlace = ReadBracketPlace(parts.Origin, parts.Place);
-    if (!parts.HasPlace) continue;
-    parts.Severity = Note;
+    parts.HasPlace = ReadBracketPlace(parts.Origin, parts.Place) || ReadColonPlace(parts.Origin, parts.Place);
+    if (!parts.HasPlace && saying.Severity == Note) continue;
+    if (!parts.HasPlace) parts.Origin = saying.Word == MissingLibrary ? u"" : FileOfLinker(parts.Origin);
+    parts.Severity = saying.Severity;
     parts.Text = line.substr(found);
     return parts;
   }
@@ -357,10 +449,21 @@ std::optional<TParts> ReadReference(std::u16string_view line) {
 
 // --- The text ---
 
+// The blank before the bracket that the last one, at the end of the text, closes; others may be between.
+std::size_t FindLastBracket(std::u16string_view message) {
+  if (!message.ends_with(u']')) return NoPlace;
+  int depth = 0;
+  for (std::size_t at = message.size(); at-- > 1;) {
+    depth += message[at] == u']' ? 1 : message[at] == u'[' ? -1 : 0;
+    if (depth == 0) return message[at - 1] == u' ' ? at - 1 : NoPlace;
+  }
+  return NoPlace;
+}
+
 // "text [C:\App\App.csproj]", "text [App.csproj::TargetFramework=net48]": the project, which is taken off.
 std::u16string_view TakeProject(std::u16string_view& message) {
-  const std::size_t open = message.rfind(u" [");
-  if (open == message.npos || !message.ends_with(u']')) return {};
+  const std::size_t open = FindLastBracket(message);
+  if (open == message.npos) return {};
   std::u16string_view project = message.substr(open + 2, message.size() - open - 3);
   project = project.substr(0, project.find(u"::"));
   if (!text::EndsWithIgnoreCase(project, u"proj") && !text::EndsWithIgnoreCase(project, u".sln") &&
@@ -414,22 +517,11 @@ TFinding FindingOf(const TParts& parts) {
 
 // --- The quick look ---
 
-// The next colon, or NoPlace. Whole blocks are looked at without a branch a character: most lines have none,
-// and builds have a few hundred megabytes of them.
-std::size_t FindColon(std::u16string_view line, std::size_t at) {
-  constexpr std::size_t block = 16;
-  const char16_t* data = line.data();
-  for (; at + block <= line.size(); at += block) {
-    char16_t found = 0; // as wide as the characters, so that the compiler compares many at once
-    for (std::size_t i = 0; i < block; ++i) {
-      const char16_t c = data[at + i];
-      found |= static_cast<char16_t>((c == u':') | (c == WideColon));
-    }
-    if (found != 0) break;
-  }
-  while (at < line.size() && !IsColon(data[at]))
-    ++at;
-  return at < line.size() ? at : NoPlace;
+bool IsSaying(std::u16string_view behind) {
+  if (behind.empty() || !(IsBlank(behind.front()) || IsLetter(behind.front()))) return false;
+  behind = text::TrimLeft(behind);
+  return std::ranges::any_of(Sayings,
+                             [behind](const TCategory& saying) { return behind.starts_with(saying.Word); });
 }
 
 // Whether a category or a code ends before the colon, or colours hide what does.
@@ -437,10 +529,7 @@ bool IsWorthReading(std::u16string_view line, std::size_t colon) {
   const std::size_t end = EndOfWordBefore(line, colon);
   if (end == 0) return false;
   const char16_t last = line[end - 1];
-  if (last == u')') // of a place
-    return std::ranges::any_of(References, [behind = text::TrimLeft(line.substr(colon + 1))](auto reference) {
-      return behind.starts_with(reference);
-    });
+  if (IsSaying(line.substr(colon + 1))) return true;
   if (!IsLetter(last) && !IsDigit(last)) return false;
   constexpr std::size_t longestColour = 8;
   const bool isColour =
@@ -448,21 +537,22 @@ bool IsWorthReading(std::u16string_view line, std::size_t colon) {
   const std::u16string_view word = WordBefore(line, end);
   if (isColour || FindCategory(word) != nullptr) return true;
   TParts parts;
-  return IsCode(word) && ReadCategory(line, colon, parts) != NoPlace;
+  return (IsCode(word) || IsCapitals(word)) && ReadCategory(line, colon, parts) != NoPlace;
 }
 
 } // namespace
 
 std::optional<TFinding> ReadDiagnostic(std::u16string_view line) {
   bool isWorthReading = false;
-  for (std::size_t at = FindColon(line, 0); at != NoPlace && !isWorthReading; at = FindColon(line, at + 1))
+  const auto nextColon = [line](std::size_t from) { return text::FindEither(line, u':', WideColon, from); };
+  for (std::size_t at = nextColon(0); at < line.size() && !isWorthReading; at = nextColon(at + 1))
     isWorthReading = IsWorthReading(line, at);
   if (!isWorthReading) return std::nullopt;
   std::u16string plain;
   if (line.find(Escape) != line.npos) line = plain = WithoutColours(line);
   line = WithoutPrefixes(line);
   auto parts = ReadParts(line);
-  if (!parts) parts = ReadReference(line);
+  if (!parts) parts = ReadSaying(line);
   if (!parts) return std::nullopt;
   return FindingOf(*parts);
 }

@@ -14,10 +14,16 @@ void WriteVerdict(const TResult& result, TJsonWriter& json) {
 }
 
 template <typename TResult>
-void WriteFigures(const TResult& result, TJsonWriter& json) {
+void WriteCounts(const TResult& result, TJsonWriter& json) {
   json.Member("errors", result.Counts.Errors);
   json.Member("warnings", result.Counts.Warnings);
+}
+
+// Of the parts of a run.
+template <typename TResult>
+void WriteTimes(const TResult& result, TJsonWriter& json) {
   json.Member("elapsedMs", result.Elapsed.count());
+  json.Member("beganMs", result.Began.count());
 }
 
 void WriteTests(const TTestCounts& tests, TJsonWriter& json) {
@@ -32,11 +38,25 @@ void WriteConfiguration(const TConfigurationResult& result, TJsonWriter& json) {
   json.Member("configuration", result.Configuration);
   WriteVerdict(result, json);
   json.Member("reason", result.Reason);
-  WriteFigures(result, json);
-  json.Member("beganMs", result.Began.count());
+  WriteCounts(result, json);
+  WriteTimes(result, json);
+  json.ArrayMember("projects", [&] {
+    for (const auto& project : result.Projects)
+      json.Object([&] {
+        WriteProject(project, json);
+        WriteTimes(project, json);
+      });
+  });
 }
 
 } // namespace
+
+void WriteProject(const TProjectResult& result, TJsonWriter& json) {
+  json.Member("project", result.Project);
+  json.Member("configuration", result.Configuration);
+  WriteVerdict(result, json);
+  WriteCounts(result, json);
+}
 
 void WriteResult(const TActionResult& result, TJsonWriter& json) {
   json.Member("name", result.Name);
@@ -46,8 +66,8 @@ void WriteResult(const TActionResult& result, TJsonWriter& json) {
   json.Member("isLoop", result.IsLoop);
   WriteVerdict(result, json);
   json.Member("reason", result.Reason);
-  WriteFigures(result, json);
-  json.Member("beganMs", result.Began.count());
+  WriteCounts(result, json);
+  WriteTimes(result, json);
   WriteTests(result.Tests, json);
   json.ArrayMember("configurations", [&] {
     for (const auto& configuration : result.Configurations)
@@ -58,7 +78,8 @@ void WriteResult(const TActionResult& result, TJsonWriter& json) {
 void WriteRun(const TRunReport& report, TJsonWriter& json) {
   WriteVerdict(report, json);
   json.Member("totals", TotalsText(report));
-  WriteFigures(report, json);
+  WriteCounts(report, json);
+  json.Member("elapsedMs", report.Elapsed.count());
   WriteTests(report.Tests, json);
   if (report.MoreFindings > 0) json.Member("moreFindings", report.MoreFindings);
 }

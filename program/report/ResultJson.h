@@ -8,9 +8,14 @@ namespace kx {
 
 // The members of the object that is open: name, type, pass, nesting, isLoop, succeeded, result, reason,
 // errors, warnings, elapsedMs, beganMs, tests, configurations (configuration, succeeded, result, reason,
-// errors, warnings, elapsedMs, beganMs). "beganMs" counts from the beginning of the run, "result" is a word
-// of WordOf; "reason" the rule that was broken, or empty.
+// errors, warnings, elapsedMs, beganMs, projects, each as WriteProject has it with elapsedMs and beganMs).
+// "beganMs" counts from the beginning of the run, "result" is a word of WordOf; "reason" the rule that was
+// broken, or empty.
 void WriteResult(const TActionResult& result, TJsonWriter& json);
+
+// Likewise: project, configuration (empty when the tool did not say it), succeeded, result,
+// errors, warnings.
+void WriteProject(const TProjectResult& result, TJsonWriter& json);
 
 // Likewise: succeeded, result, totals (a line for people), errors, warnings, elapsedMs, tests (passed,
 // failed, notRun), moreFindings (how many were too many to be kept; left out for none).

@@ -24,8 +24,12 @@ void TEventLog::Emit(TWhat what) {
 void TEventLog::Mask(TActionResult& result) const {
   Mask(result.Name);
   Mask(result.Pass);
-  for (auto& configuration : result.Configurations)
+  for (auto& configuration : result.Configurations) {
     Mask(configuration.Configuration);
+    for (auto& project : configuration.Projects)
+      for (auto* text : {&project.Project, &project.Configuration})
+        Mask(*text);
+  }
 }
 
 void TEventLog::Mask(TFinding& finding) const {

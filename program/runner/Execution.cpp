@@ -28,6 +28,7 @@ void TExecution::EndConfiguration(TResultKind kind) {
   result.Result = kind;
   result.Counts = open_->Tally.Counts();
   result.Elapsed = ElapsedSince(open_->Start);
+  result.Projects = open_->Projects.Take(runStart_, kind);
   inside_ += result.Counts;
   result_.Configurations.push_back(std::move(result));
   open_.reset();

@@ -4,6 +4,7 @@
 #include "program/runner/EventLog.h"
 #include "program/runner/ProblemTally.h"
 #include "program/runner/Project.h"
+#include "program/runner/ToolProjects.h"
 
 #include <optional>
 #include <string>
@@ -24,6 +25,7 @@ public:
   void StartConfiguration(std::u16string_view name);
   void EndConfiguration(TResultKind kind);
   const TConfigurationResult* OpenConfiguration() const { return open_ ? &open_->Result : nullptr; }
+  TToolProjects* OpenProjects() { return open_ ? &open_->Projects : nullptr; }
 
   void Take(TStatusTag status, bool fromTool) { Tally().Take(status, fromTool); }
   void Take(const TKxMetric& metric) { Tally().Take(metric); }
@@ -52,6 +54,7 @@ private:
   struct TOpenConfiguration {
     TConfigurationResult Result;
     TProblemTally Tally = {};
+    TToolProjects Projects = {};
     TRunClock::time_point Start = TRunClock::now();
   };
   TProblemTally& Tally() { return open_ ? open_->Tally : own_; }

@@ -52,7 +52,7 @@ struct TTestCounts {
 
 // What became of one project of a solution, as the tool that built it told it.
 struct TProjectResult {
-  std::u16string Project = {};       // its name in the solution
+  std::u16string Project = {};       // its name in the solution, else that of its file
   std::u16string Configuration = {}; // its own one, "Release|AnyCPU"; empty when the tool did not say it
   TResultKind Result = TResultKind::Failed;
   TProblemCounts Counts = {};

@@ -79,6 +79,14 @@ void TProjectRunner::EndConfiguration(TCustomKxAction& action, TKxOutcome outcom
   engine_->EndConfiguration(action, outcome);
 }
 
+void TProjectRunner::StartProject(TCustomKxAction& action, std::u16string_view file) {
+  if (auto* projects = engine_->OpenProjects(action)) projects->Start(file, TRunClock::now());
+}
+
+void TProjectRunner::EndProject(TCustomKxAction& action, std::u16string_view file, bool succeeded) {
+  if (auto* projects = engine_->OpenProjects(action)) projects->End(file, succeeded, TRunClock::now());
+}
+
 void TProjectRunner::ReportBreach(TCustomKxAction& /*action*/, std::u16string_view rule,
                                   std::u16string_view message) {
   if (engine_->IsRunning()) engine_->ReportBreach(rule, message);

@@ -64,6 +64,8 @@ public:
   void SendMetric(TCustomKxAction& action, const TKxMetric& metric) override;
   void StartConfiguration(TCustomKxAction& action, std::u16string_view name) override;
   void EndConfiguration(TCustomKxAction& action, TKxOutcome outcome) override;
+  void StartProject(TCustomKxAction& action, std::u16string_view file) override;
+  void EndProject(TCustomKxAction& action, std::u16string_view file, bool succeeded) override;
   void ReportBreach(TCustomKxAction& action, std::u16string_view rule, std::u16string_view message) override;
   std::u16string Expand(TCustomKxAction& action, std::u16string_view text) override;
   std::optional<std::u16string> GetVariable(std::u16string_view name) override;

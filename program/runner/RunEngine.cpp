@@ -307,10 +307,19 @@ void TRunEngine::Say(TMessageSent message) {
     return;
   }
   if (toolsRunning_ > 0)
-    findings_.TakeToolLine(message.Text, [this](TFinding& finding) { SayWhere(finding); });
+    TakeToolLine(message.Text);
   else if (message.Status == TStatusTag::stWarning || message.Status == TStatusTag::stError)
     findings_.TakeOwn(message.Text, message.Status, FindingHere());
   Show(std::move(message));
+}
+
+void TRunEngine::TakeToolLine(std::u16string_view line) {
+  TToolProjects* projects = frames_.back().Execution.OpenProjects();
+  if (projects != nullptr) projects->Read(line, TRunClock::now());
+  findings_.TakeToolLine(line, [&](TFinding& finding) {
+    SayWhere(finding);
+    if (projects != nullptr) projects->Count(line, finding);
+  });
 }
 
 void TRunEngine::Show(TMessageSent message) {
@@ -378,6 +387,11 @@ void TRunEngine::EndConfiguration(const TCustomKxAction& action, TKxOutcome outc
     kind = FailureKind();
   execution->EndConfiguration(kind);
   UpdateCounts();
+}
+
+TToolProjects* TRunEngine::OpenProjects(const TCustomKxAction& action) {
+  TExecution* execution = Current(action);
+  return execution == nullptr ? nullptr : execution->OpenProjects();
 }
 
 void TRunEngine::ChangeStored(const TCustomKxAction& action, std::span<const std::u16string_view> properties,

@@ -35,6 +35,7 @@ public:
   void Take(const TCustomKxAction& action, const TKxMetric& metric);
   void StartConfiguration(const TCustomKxAction& action, std::u16string_view name);
   void EndConfiguration(const TCustomKxAction& action, TKxOutcome outcome);
+  TToolProjects* OpenProjects(const TCustomKxAction& action); // of the open configuration; else null
   void ReportBreach(std::u16string_view rule, std::u16string_view message); // of the innermost
 
   void ChangeStored(const TCustomKxAction& action, std::span<const std::u16string_view> properties,
@@ -61,6 +62,7 @@ private:
   std::u16string OwnFolder() const; // of the project
   const TKxBaseIterator* InnermostLoop() const;
   std::u16string PassOf(const TKxBaseIterator& loop) const;
+  void TakeToolLine(std::u16string_view line);
   void Show(TMessageSent message);        // in the log, counted
   void SayWhere(TFinding& finding) const; // the action and the configuration that are under way
   TFinding FindingHere() const;           // one of them

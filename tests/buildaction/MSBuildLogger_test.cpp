@@ -89,6 +89,9 @@ TEST_F(MSBuildLogger, NestsTheGroupsOfProjectsThatOverlap) {
         u"TandemorLogger|projectStarted|project=/src/D.csproj|targets="});
   EXPECT_THAT(host_.Log(), ElementsAre("> Project A.csproj (Build)", "> Project B.csproj", "< 3", "< 1",
                                        "> Project D.csproj", "< 3"));
+  EXPECT_THAT(host_.Projects,
+              ElementsAre("> A.csproj", "> B.csproj", "< A.csproj", "! B.csproj", "< C.csproj", "> D.csproj"))
+      << "at once, whatever the groups wait for";
 }
 
 TEST(QuoteMSBuildArg, ArrivesAsOneValueWhoeverReadsTheLine) {

@@ -1,4 +1,5 @@
 """The main job: kxhost builds a real solution with the real MSBuild of this machine."""
+import json
 import re
 import unittest
 
@@ -49,9 +50,14 @@ class BuildTest(e2e.EndToEndTest):
         file = self.examples / "Greeter/Greeter.Text/Greeting.cs"
         before, _, after = file.read_text(encoding="utf-8").partition("return")
         file.write_text(f"{before}return{after.replace('name', 'nobody', 1)}", encoding="utf-8")
-        shown = self.run_project("greeter.kxproj", code=1)
+        shown = self.run_project("greeter.kxproj", "--log", "run.jsonl", code=1)
         self.assertRegex(shown, rf"Greeter\.Text/Greeting\.cs\({before.count(chr(10)) + 1},\d+\): error CS0103: .*nobody")
         self.assertEqual(self.table_rows(shown), [(f"{name}|Any CPU", "failed", "1", "0") for name in ("Debug", "Release")])
+        ends = [event for event in map(json.loads, (self.folder / "run.jsonl").read_text("utf-8").splitlines()) if event["event"] == "actionEnd"]
+        for configuration in ends[0]["configurations"]:
+            self.assertEqual([(built["project"], built["result"], built["errors"], built["elapsedMs"] > 0)
+                              for built in configuration["projects"]],
+                             [("Greeter.Core", "succeeded", 0, True), ("Greeter.Text", "failed", 1, True)])
 
     def test_a_dry_run_shows_what_stamping_changes_and_changes_nothing(self):
         folder = self.examples / "Greeter"

@@ -21,8 +21,8 @@ def events(output):
 
 
 def without_ends(lines):
-    """The events but for the ends of projects, which are always told."""
-    return [line for line in lines if line[0] != "projectFinished"]
+    """The events but for what is always told of projects."""
+    return [line for line in lines if line[0] not in ("projectBegun", "projectFinished")]
 
 
 def unescape(value):
@@ -41,9 +41,9 @@ class LoggerTest(e2e.EndToEndTest):
     def test_each_verbosity_adds_its_events(self):
         project = PROJECT.format("", """<Message Text="h" Importance="high" /><Message Text="n" Importance="normal" />
             <Message Text="l" Importance="low" /><Warning Text="w" />""")
-        quiet = {"warning", "projectFinished", "buildFinished"}
+        quiet = {"warning", "projectBegun", "projectFinished", "buildFinished"}
         minimal = quiet | {"high"}
-        normal = minimal | {"normal", "projectStarted"}
+        normal = minimal - {"projectBegun"} | {"normal", "projectStarted"}
         detailed = normal | {"low", "targetStarted", "targetFinished"}
         rows = [("/v:quiet", quiet), ("/verbosity:m", minimal), ("/nologo", normal), ("/v:normal", normal),
                 ("/v:d", detailed), ("/v:diag", detailed)]

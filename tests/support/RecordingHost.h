@@ -89,8 +89,9 @@ public:
   }
   // Raised by the user: the running process and all later ones end with ExitCodeTerminated.
   TKxEvent StopRequest;
-  std::vector<std::string> Stored; // the properties that an action had stored, one after the other
-  std::u16string StoringFails;     // when not empty: ChangeStored raises EKxException with it
+  std::vector<std::string> Projects; // begun, ended well, failed
+  std::vector<std::string> Stored;   // the properties that an action had stored, one after the other
+  std::u16string StoringFails;       // when not empty: ChangeStored raises EKxException with it
   TTexts Variables;
   TFakePropertySetService Sets;
   std::function<bool(TKxBaseIterator&)> Children; // one pass of a loop; none: True
@@ -109,6 +110,12 @@ public:
   void StartConfiguration(TCustomKxAction& /*action*/, std::u16string_view name) override { Note('[', name); }
   void EndConfiguration(TCustomKxAction& /*action*/, TKxOutcome outcome) override {
     log_.push_back("] " + std::to_string(static_cast<int>(outcome)));
+  }
+  void StartProject(TCustomKxAction& /*action*/, std::u16string_view file) override {
+    Projects.push_back("> " + text::ToUtf8(file));
+  }
+  void EndProject(TCustomKxAction& /*action*/, std::u16string_view file, bool succeeded) override {
+    Projects.push_back((succeeded ? "< " : "! ") + text::ToUtf8(file));
   }
   void ReportBreach(TCustomKxAction& /*action*/, std::u16string_view rule,
                     std::u16string_view message) override {

@@ -8,6 +8,7 @@
 //   error, warning                file, line, column, code, project, text
 //   message                       importance (high, normal, low), text
 //   projectStarted                project, targets
+//   projectBegun                  project; the same below Normal, for whoever wants to know but does not show it
 //   projectFinished               project, succeeded (true, false)
 //   targetStarted, targetFinished project, target
 //   buildFinished                 succeeded
@@ -36,9 +37,9 @@ public class NullLogger : ILogger
     public void Shutdown() { }
 }
 
-// Filters by verbosity itself, since some tools send every event to every logger: errors, warnings and the ends of
-// projects and of the build always (who reads them wants to know whether anything was built); from Minimal messages of
-// high importance; from Normal also normal ones and the beginnings of projects; from Detailed also low ones and
+// Filters by verbosity itself, since some tools send every event to every logger: errors, warnings, projects and the
+// end of the build always (who reads them wants to know what was built); from Minimal messages of high importance; from
+// Normal also normal ones, and the beginnings of projects to be shown; from Detailed also low ones and
 // targets; from Diagnostic also tasks and custom events, as messages of low importance.
 public class TandemorLogger : ILogger
 {
@@ -119,6 +120,8 @@ public class TandemorLogger : ILogger
         projects_.Started(e, project);
         if (verbosity_ >= LoggerVerbosity.Normal)
             writer_.Write("projectStarted", "project", project, "targets", e.TargetNames);
+        else
+            writer_.Write("projectBegun", "project", project);
     }
 
     private void OnProjectFinished(object sender, ProjectFinishedEventArgs e)
