@@ -135,13 +135,10 @@ private:
                                                std::u16string(rule.Why) + u" " + std::u16string(rule.Advice);
                                       },
                                   .FallbackFile = {}};
-    std::string bytes;
-    const auto put = [&bytes](std::string_view piece) -> platform::Status {
-      bytes += piece;
-      return platform::Done{};
-    };
-    auto saved = WriteSarif(checked_.Findings, settings, put);
-    if (saved) saved = platform::SaveFile(text::FromUtf8(arguments_.Sarif), bytes);
+    const auto saved =
+        platform::SaveFileInPieces(text::FromUtf8(arguments_.Sarif), [&](const platform::PutBytes& put) {
+          return WriteSarif(checked_.Findings, settings, put);
+        });
     if (!saved) throw EKxException(u"--sarif: " + saved.Message());
   }
 

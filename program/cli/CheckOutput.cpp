@@ -4,7 +4,6 @@
 #include "foundation/platform/Files.h"
 #include "foundation/text/Encoding.h"
 #include "foundation/text/Text.h"
-#include "foundation/text/WindowsPath.h"
 #include "program/cli/FindingLines.h"
 #include "program/cli/Output.h"
 #include "program/cli/Palette.h"
@@ -30,25 +29,24 @@ std::string CountsOf(const TChecked& checked) {
 class TFindingPrinter {
 public:
   explicit TFindingPrinter(const TCommonOptions& common)
-      : palette_(ChoosePalette(common.Color)),
-        here_(text::IncludeTrailingPathDelimiter(platform::CurrentDirectory())) {}
+      : palette_(ChoosePalette(common.Color)), here_(platform::CurrentDirectory()) {}
 
   void Print(const TFinding& finding) {
     if (finding.Place.File != file_) {
       if (!file_.empty()) output_.Write("\n");
       file_ = finding.Place.File;
     }
-    output_.Write(PlaceOf(finding.Place) + ": " +
+    output_.Write(PlaceText(finding.Place, here_) + ": " +
                   palette_.Paint(WordOf(finding.Severity), StatusOf(finding.Severity)) + ": " +
                   NameForTerminal(finding.Message) + " " +
                   palette_.Dim("[" + text::ToUtf8(finding.Rule) + "]") + "\n");
     for (const TFindingStep& step : finding.Steps)
-      output_.Write("    " + PlaceOf(step.Place) + ": " + NameForTerminal(step.Message) + "\n");
+      output_.Write("    " + PlaceText(step.Place, here_) + ": " + NameForTerminal(step.Message) + "\n");
   }
 
   void PrintMatch(const TChecked::TMatch& match) {
     file_ = match.File;
-    output_.Write(PlaceOf({.File = match.File}) + ": " +
+    output_.Write(PlaceText({.File = match.File}, here_) + ": " +
                   NameForTerminal(text::Join(match.Configurations, u", ")) + "\n");
   }
 
@@ -58,16 +56,6 @@ public:
   }
 
 private:
-  // "src/App.sln:12:5", seen from the current folder.
-  std::string PlaceOf(const TFindingPlace& place) const {
-    std::u16string_view file = place.File;
-    if (file.starts_with(here_)) file.remove_prefix(here_.size());
-    std::string text = NameForTerminal(file);
-    if (place.Line > 0) text += ":" + std::to_string(place.Line);
-    if (place.Column > 0) text += ":" + std::to_string(place.Column);
-    return text;
-  }
-
   TPalette palette_;
   std::u16string here_;
   std::u16string file_; // of the latest finding

@@ -41,12 +41,16 @@ TStatusTag StatusOf(TFindingSeverity severity) {
   }
 }
 
+std::string PlaceText(const TFindingPlace& place, std::u16string_view here) {
+  std::u16string text = SeenFrom(here, place.File);
+  if (place.Line > 0) text += u":" + text::FromInteger(place.Line);
+  if (place.Line > 0 && place.Column > 0) text += u":" + text::FromInteger(place.Column);
+  return NameForTerminal(text);
+}
+
 std::string FindingLine(const TFinding& finding, const TPalette& palette) {
-  const TFindingPlace& place = finding.Place;
-  std::u16string where = SeenFrom(platform::CurrentDirectory(), place.File);
-  if (place.Line > 0) where += u":" + text::FromInteger(place.Line);
-  if (place.Line > 0 && place.Column > 0) where += u":" + text::FromInteger(place.Column);
-  std::string line = NameForTerminal(where) + (where.empty() ? "" : ": ") +
+  const std::string place = PlaceText(finding.Place, platform::CurrentDirectory());
+  std::string line = place + (place.empty() ? "" : ": ") +
                      palette.Paint(WordOf(finding.Severity), StatusOf(finding.Severity)) +
                      (finding.Code.empty() ? "" : " " + NameForTerminal(finding.Code)) + ": " +
                      NameForTerminal(finding.Message);

@@ -137,9 +137,12 @@ void TToolProjects::EndAllNumbered() {
 void TToolProjects::ReadMSBuildLine(std::u16string_view line, TTime now) {
   constexpr std::array<std::u16string_view, 2> begins{u"Project \"", u"Projet \""};
   constexpr std::array<std::u16string_view, 2> ends{u"Done ", u"Génération "};
-  const std::size_t start = line.find_first_not_of(u"0123456789:> \t");
-  if (start == line.npos) return;
-  line.remove_prefix(start);
+  const auto isPrefix = [](char16_t c) {
+    return text::IsBlank(c) || text::IsDigit(c) || c == u':' || c == u'>';
+  };
+  while (!line.empty() && isPrefix(line.front()))
+    line.remove_prefix(1);
+  if (line.empty()) return;
   if (line.front() != u'P' && line.front() != u'D' && line.front() != u'G') return;
   const bool isEnd = StartsWithAny(line, ends);
   if (!isEnd && !StartsWithAny(line, begins)) return;
