@@ -51,9 +51,10 @@ void THtmlLog::CloseGroup(TStatusTag status, const char* outcome, std::chrono::m
 
 void THtmlLog::Add(const TMessageSent& message, TTime time) {
   const auto second = std::chrono::floor<std::chrono::seconds>(time);
-  if (block_.Count == LinesPerElement || block_.Status != message.Status || block_.Time != second) EndLines();
+  if (block_.Count == LinesPerElement || block_.Status != message.Status) EndLines();
   ++lines_;
-  if (block_.Count == 0) block_ = {message.Status, lines_, 0, second};
+  if (block_.Count == 0) block_ = {message.Status, lines_, 0, second, second};
+  TakeSecond(second);
   ++block_.Count;
   const bool isProblem = IsProblem(message.Status);
   open_.back().HasProblems |= isProblem;
@@ -67,12 +68,20 @@ void THtmlLog::Add(const TMessageSent& message, TTime time) {
   block_.Html += isMarked ? "</b>\n" : "\n";
 }
 
+void THtmlLog::TakeSecond(std::chrono::sys_seconds second) {
+  if (second == block_.Last) return;
+  block_.Last = second;
+  if (!block_.Seconds.empty()) block_.Seconds += ' ';
+  block_.Seconds += std::to_string(block_.Count) + ":" + std::to_string((second - block_.Began).count());
+}
+
 // The parser of a page drops a line end that follows the tag.
 void THtmlLog::EndLines() {
   if (block_.Count == 0) return;
   std::string tag = "<pre";
   if (block_.Status != TStatusTag::stNormal) tag += std::string(" class=") + StatusClass(block_.Status);
-  tag += " data-n=" + std::to_string(block_.First) + " data-t=" + ClockText(block_.Time);
+  tag += " data-n=" + std::to_string(block_.First) + " data-t=" + ClockText(block_.Began);
+  if (!block_.Seconds.empty()) tag += " data-s=\"" + block_.Seconds + "\"";
   if (block_.Count > 1) tag += " style=--n:" + std::to_string(block_.Count);
   markup_.Append(tag + ">\n" + block_.Html + "</pre>\n");
   block_ = {};

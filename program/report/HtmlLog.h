@@ -37,16 +37,20 @@ private:
     std::uint64_t At; // in the markup
     std::string Html = {};
   };
-  // Consecutive lines of one kind and of one second share an element, so that a page with hundreds of
-  // thousands of lines stays light.
+  // Consecutive lines of one kind share an element, so that a page with hundreds of thousands of lines stays
+  // light.
   struct TLines {
     TStatusTag Status = TStatusTag::stNormal;
     std::int64_t First = 0;
     std::int64_t Count = 0; // 0: none is open
-    std::chrono::sys_seconds Time = {};
+    std::chrono::sys_seconds Began = {};
+    std::chrono::sys_seconds Last = {};
+    std::string Seconds =
+        {}; // "3:1 9:4": the line behind 3 came a second after the first, that behind 9 four
     std::string Html = {};
   };
 
+  void TakeSecond(std::chrono::sys_seconds second);
   void EndLines();
 
   platform::Spool markup_;

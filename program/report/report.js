@@ -142,10 +142,11 @@ if (groups) {
     text.focus();
   });
   const wanted = choiceInAddress();
-  Object.assign(chosen, wanted);
-  text.value = chosen.text;
-  group.value = chosen.group;
-  if (wanted.group) groupProblems();
+  const isOffered = (name, value) => !!document.querySelector(`[data-${name}="${CSS.escape(value ?? "")}"]`);
+  for (const name of ["severity", "novelty"]) if (isOffered(name, wanted[name])) chosen[name] = wanted[name] ?? "";
+  text.value = chosen.text = wanted.text ?? "";
+  if ([...group.options].some((option) => option.value === wanted.group)) group.value = chosen.group = wanted.group;
+  if (chosen.group !== "file") groupProblems();
   showProblems();
   if (Object.keys(wanted).length > 0) find("problems").scrollIntoView();
 }
@@ -227,9 +228,16 @@ function spread(block) {
     const line = document.createElement("span");
     line.textContent = `${text}\n`;
     line.dataset.n = first + i;
-    if (i === 0) line.dataset.t = block.dataset.t;
     return line;
   });
+  lines[0].dataset.t = block.dataset.t;
+  const [hours, minutes, seconds] = block.dataset.t.split(":").map(Number);
+  for (const change of block.dataset.s?.split(" ") ?? []) {
+    const [at, later] = change.split(":").map(Number);
+    const time = (hours * 3600 + minutes * 60 + seconds + later) % 86400;
+    const parts = [time / 3600, (time / 60) % 60, time % 60];
+    if (lines[at]) lines[at].dataset.t = parts.map((part) => String(Math.floor(part)).padStart(2, "0")).join(":");
+  }
   for (const mark of marked) {
     const line = lines[Number(mark.id.slice(1)) - first];
     if (line) line.id = mark.id;
@@ -329,13 +337,17 @@ function paint(block) {
   if (marks) for (const range of rangesIn(block)) marks.found.add(range);
 }
 
-function showHit() {
+function sayHit() {
   const count = search.hits.length;
   find("log-found").textContent = !search.text
     ? ""
     : count === 0
       ? "not found"
       : `${(search.at + 1).toLocaleString("en")} of ${count.toLocaleString("en")}`;
+}
+
+function showHit() {
+  sayHit();
   if (search.at < 0) return;
   const [block, number] = search.hits[search.at];
   spread(block);
@@ -374,13 +386,14 @@ function searchLog() {
       for (let at = text.indexOf(search.text); at >= 0; at = text.indexOf(search.text, at + search.text.length))
         search.hits.push([blocks[next], number++]);
     }
-    if (next < blocks.length) {
-      setTimeout(slice);
-      return;
+    const isFirst = search.at < 0 && search.hits.length > 0;
+    if (isFirst) {
+      search.at = 0;
+      for (const block of all(".lines", log)) paint(block);
     }
-    for (const block of blocks) paint(block);
-    if (search.hits.length > 0) search.at = 0;
-    showHit();
+    if (isFirst) showHit();
+    else if (search.at >= 0 || next === blocks.length) sayHit();
+    if (next < blocks.length) setTimeout(slice);
   };
   slice();
 }
