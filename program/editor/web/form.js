@@ -341,6 +341,7 @@ export class Form {
       this.showProblemsOf(control);
     }
     for (const row of this.rows) this.markRow(row);
+    if (this.panel.contains(document.activeElement)) this.tellOf(document.activeElement);
     this.markTabs();
     this.markTools();
   }
