@@ -37,7 +37,7 @@ text::TStringList VariableNames(const TProject& project) {
 TEditorSession::TEditorSession(TServiceRegistry& services, TEditorDesign& design,
                                const TSessionSettings& settings)
     : services_(services), design_(design), project_(services, settings.Run, settings.FileName),
-      runs_(services, settings.Run, settings.History) {
+      history_(settings.History), runs_(services, settings.Run, settings.History) {
   design_.VariableNames = [this] { return VariableNames(project_.Project()); };
   LookForCopies();
 }
@@ -48,7 +48,7 @@ TEditorSession::~TEditorSession() {
 
 TEditorSession::TOperation TEditorSession::FindOperation(std::string_view name) {
   using T = TEditorSession;
-  static constexpr std::array<std::pair<std::string_view, TOperation>, 26> operations{{
+  static constexpr std::array<std::pair<std::string_view, TOperation>, 27> operations{{
       {"state", &T::State},
       {"ping", &T::Ping},
       {"action", &T::Action},                     // {id}: its pages, as they are now
@@ -72,6 +72,7 @@ TEditorSession::TOperation TEditorSession::FindOperation(std::string_view name) 
       {"run", &T::Run},   // {dryRun}
       {"stop", &T::Stop},
       {"runs", &T::Runs},
+      {"history", &T::History}, // {run}: all of that one; without, what there is
       {"source", &T::Source},   // {event} or {finding}
       {"unsaved", &T::Unsaved}, // {file, take}: takes over what was kept, else removes it
       {"quit", &T::Quit},       // {discard}
@@ -129,8 +130,8 @@ std::unique_lock<std::mutex> TEditorSession::LockForEditing() {
 // A running project has its own copy of the actions, but shares the services with those in here. And paths of
 // a page that has not seen the last move mean others now.
 void TEditorSession::RequireEditable(std::string_view operation, const TJson& arguments) {
-  static constexpr std::array<std::string_view, 8> reading{"state", "ping", "list",   "stop",
-                                                           "runs",  "run",  "source", "quit"};
+  static constexpr std::array<std::string_view, 9> reading{"state", "ping",   "list",    "stop", "runs",
+                                                           "run",   "source", "history", "quit"};
   if (std::ranges::find(reading, operation) != reading.end()) return;
   if (runs_.IsRunning())
     throw EKxException(u"The project is running. It can be edited when the run has ended.");

@@ -80,6 +80,7 @@ private:
   TJson Run(const TJson& arguments);
   TJson Stop(const TJson& arguments);
   TJson Runs(const TJson& arguments);
+  TJson History(const TJson& arguments);
   TJson Source(const TJson& arguments);
   TJson Unsaved(const TJson& arguments);
   TJson Quit(const TJson& arguments);
@@ -109,6 +110,7 @@ private:
   std::mutex mutex_; // guards what follows; never held while something may take its time
   TEditedProject project_;
   TPages optionsPages_;
+  history::TPlace history_; // never changes
   TEditorRuns runs_;
   bool wasCleanAtStart_ = false; // when the run began
   std::atomic<bool> ended_ = false;

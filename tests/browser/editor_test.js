@@ -260,6 +260,13 @@ test("what is typed while the page is drawn anew stays", async () => {
       for (let i = 0; i < 5; i += 1) assert.ok(await box.isChecked(), "it stays ticked");
       await settled(page);
       assert.ok(await box.isChecked());
+      await page.keyboard.press("Control+Delete"); // back to the default
+      await page.locator("[data-field=OverrideCompiler]:not(:checked)").waitFor();
+
+      // What is typed before the field is there that Enter leads to.
+      await page.locator("#tree [aria-selected=true]").focus();
+      for (const key of ["ArrowUp", "Enter", ..."neu.sln"]) await page.keyboard.press(key);
+      await hasValue(page, "Solution", "neu.sln");
     },
     { text: project(devenv() + devenv("", "Zweite"), variables) },
   );
@@ -363,6 +370,9 @@ test("what was not saved is offered again, a new file is not called saved, and m
     editor.file = `${editor.folder}/new.kxproj`;
     const fresh = await startAgain(again, editor);
     await fresh.waitForSelector("#dirty:text-is('not saved yet')");
+    await fresh.getByLabel("Solution file", { exact: true }).fill("Greeter/Greeter.sln");
+    await fresh.keyboard.press("Enter");
+    await hasValue(fresh, "Solution", "Greeter/Greeter.sln");
     await fresh.click("#add");
     await fresh.getByLabel("Action", { exact: true }).selectOption("SOLUTIONITERATOR");
     await fresh.getByRole("button", { name: "Add", exact: true }).click();
@@ -425,6 +435,8 @@ test("a long log stays light, problems lead to their places, runs are compared",
       await page.click("#tab-results");
       await page.getByLabel("Compare with").selectOption("1");
       await page.locator("#results", { hasText: "failed before" }).waitFor();
+      await page.click("#show-history");
+      await page.locator("#history-runs [data-run='1']:last-child", { hasText: "today" }).waitFor();
     },
     { environment: { LINES: "200000" } },
   );
@@ -472,7 +484,7 @@ test("300 actions, narrow and wide, light and dark: nothing that axe calls serio
       await page.locator("#tree [aria-selected=true]").focus();
       await page.keyboard.press("End");
       await page.locator("#action-title", { hasText: "Aktion 299" }).waitFor();
-      for (const view of ["project", "options", "run", "problems", "tests"]) {
+      for (const view of ["project", "options", "run", "problems", "tests", "history"]) {
         await page.click(`#show-${view}`);
         await settled(page);
         // As a debugger does, which the page's own rules for scripts do not bind.

@@ -4,6 +4,7 @@ import { ask } from "./dialogs.js";
 import { announce, announceError, byId, clearMessage, counted, debounce, el } from "./dom.js";
 import { Form } from "./form.js";
 import { Help } from "./help.js";
+import { HistoryView } from "./history.js";
 import { openPalette } from "./palette.js";
 import { ProblemsView } from "./problems.js";
 import { ProjectView } from "./project.js";
@@ -44,9 +45,17 @@ const wrong = new ProblemsView({
   },
 });
 const tests = new TestsView();
+const past = new HistoryView((answer) => {
+  wrong.setKnown(answer.known ?? []);
+  tests.setHistory(answer.tests ?? []);
+  run.past = answer.remembered;
+});
 const run = new RunView({
   started: () => showView("run"),
-  ended: () => refresh(),
+  ended: () => {
+    past.refresh();
+    return refresh();
+  },
   found: () => {
     wrong.setFindings(run.findings);
     tests.setSuites(run.suites);
@@ -326,6 +335,7 @@ function listen() {
 listen();
 onView("run", () => run.log.draw());
 onView("problems", () => wrong.show());
+onView("history", () => past.refresh());
 onView("options", () =>
   attempt(async () => {
     const pages = await callUnlessRunning("action", { id: "options" });
@@ -335,5 +345,6 @@ onView("options", () =>
 startViews();
 await attempt(refresh);
 if (!brief.running) check();
+past.refresh();
 await attempt(() => run.catchUp(brief.running));
 if (currentView() === "run") run.log.draw();

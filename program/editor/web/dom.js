@@ -89,6 +89,7 @@ export function formatProblems({ errors, warnings }) {
 }
 
 export function formatTime(milliseconds) {
+  if (milliseconds < 1000) return `${Math.round(milliseconds)} ms`;
   const seconds = milliseconds / 1000;
   if (seconds < 60) return `${seconds.toFixed(1)} s`;
   return `${Math.floor(seconds / 60)} min ${Math.floor(seconds % 60)} s`;

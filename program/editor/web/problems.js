@@ -13,6 +13,7 @@ export class ProblemsView {
     this.handlers = handlers;
     this.settings = []; // of the check
     this.findings = []; // of the run
+    this.known = new Map();
     this.least = "all";
     this.split = new Split(byId("view-problems"), (item) => this.drawDetail(item));
     this.search = byId("problem-search");
@@ -31,6 +32,13 @@ export class ProblemsView {
   setSettings(problems) {
     this.settings = problems.map((problem) => ({ ...problem, isSetting: true, severity: "warning" }));
     this.show();
+  }
+
+  // Since which run each finding is there, by its fingerprint; what a run found that the last one did not have is new.
+  setKnown(known) {
+    this.known = new Map(known.map((one) => [one.fingerprint, one.sinceRun]));
+    this.lastRun = Math.max(0, ...this.known.values());
+    this.showSoon();
   }
 
   setFindings(findings) {
@@ -148,6 +156,7 @@ export class ProblemsView {
         ["Configuration", finding.configuration],
         ["Action", finding.action],
         ["Told", finding.occurrences > 1 ? counted(finding.occurrences, "time") : ""],
+        ["Since", this.known.has(finding.fingerprint) ? `run ${this.known.get(finding.fingerprint)}` : ""],
         ["Advice", finding.advice],
       ]),
       ...this.others(finding),

@@ -1,6 +1,6 @@
 // The view of the project: its tree of actions, the pages of the selected one, its variables.
 import { call, callUnlessRunning } from "./api.js";
-import { ask, askTexts } from "./dialogs.js";
+import { ask, askTexts, choosePath } from "./dialogs.js";
 import { announce, button, byId, el, icon } from "./dom.js";
 import { Form } from "./form.js";
 import { Help } from "./help.js";
@@ -8,6 +8,10 @@ import { Tree } from "./tree.js";
 import { attempt, attemptChange, inTurn } from "./turns.js";
 import { showVariables } from "./variables.js";
 import { showView } from "./views.js";
+
+const buildType = "DEVENV"; // builds solutions
+const solutions = "Solution Files (*.sln)|*.sln";
+const isSolution = (field) => field.kind === "file" && field.filter.includes(".sln");
 
 export class ProjectView {
   // `handlers`: changed() after each edit, shown(state) when the project is there anew.
@@ -39,6 +43,8 @@ export class ProjectView {
     ])
       byId(id).addEventListener("change", (event) => attribute(name, event.target.value));
     byId("show-variables").addEventListener("click", () => this.showVariables());
+    byId("begin").addEventListener("submit", (event) => this.begin(event));
+    byId("begin-browse").addEventListener("click", () => this.browseToBegin());
     byId("tree-button").addEventListener("click", () => this.openSheet(byId("tree-button").ariaExpanded !== "true"));
     byId("tree").addEventListener("click", (event) => event.target.closest(".twist") ?? this.openSheet(false));
     byId("tree-pane").addEventListener("keydown", (event) => event.key === "Escape" && this.openSheet(false));
@@ -55,7 +61,7 @@ export class ProjectView {
     this.state = answer;
     this.tree.images = new Set(answer.types.filter((type) => type.image).map((type) => type.type));
     this.tree.show(answer.tree, selected);
-    byId("no-actions").hidden = answer.tree.length > 0;
+    if (!answer.tree.length) this.offerTypes();
     showVariables(byId("project"), answer, (operation, values) => this.edit(operation, values));
     this.listVariables();
     this.showUnsaved();
@@ -137,6 +143,7 @@ export class ProjectView {
   showPage(id) {
     byId("action-form").hidden = this.isAtVariables || id === undefined;
     byId("project-form").hidden = !this.isAtVariables;
+    byId("begin").hidden = this.isAtVariables || id !== undefined;
     byId("show-variables").setAttribute("aria-pressed", this.isAtVariables ? "true" : "false");
   }
 
@@ -234,6 +241,40 @@ export class ProjectView {
     this.isAtVariables = false;
     this.tree.focusSelected(); // keys that follow are meant for the new action
     await inTurn(() => this.edit("add", { type: chosen.type, to: this.placeOf(chosen.place) }));
+  }
+
+  // A project without actions asks what it shall build.
+  offerTypes() {
+    const others = this.state.types.filter((type) => type.type !== buildType);
+    byId("begin-others").replaceChildren(
+      ...others.map((type) => {
+        const image = type.image ? el("img", { src: `image/${type.type}`, alt: "", width: 16, height: 16 }) : "";
+        return el(
+          "li",
+          {},
+          button([image, type.name], () => this.add(type.type), { class: "quiet" }),
+        );
+      }),
+    );
+  }
+
+  async browseToBegin() {
+    const choice = await choosePath({ title: "Select the solution", start: "", filter: solutions, folders: false });
+    if (choice) byId("begin-solution").value = choice;
+    byId("begin-solution").focus();
+  }
+
+  // The new action gets the solution as if it had been chosen in its page.
+  async begin(event) {
+    event.preventDefault();
+    const choice = byId("begin-solution").value.trim();
+    if (!choice) return;
+    if (!(await this.edit("add", { type: buildType, to: "0" }))) return;
+    const page = this.form.pages.findIndex(({ fields }) => fields.some(isSolution));
+    const field = this.form.pages[page]?.fields.find(isSolution);
+    if (field) await this.form.send({ entry: { page, field } }, "click", { button: "browse", choice });
+    byId("begin-solution").value = "";
+    this.form.focusFirst();
   }
 
   placeOf(place) {

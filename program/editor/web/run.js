@@ -19,7 +19,8 @@ export class RunView {
     this.handlers = handlers;
     this.number = 0;
     this.isWatching = false;
-    this.runs = [];
+    this.runs = []; // of this session
+    this.past = []; // remembered ones, of earlier sessions too
     this.findings = [];
     this.suites = [];
     this.log = new Log(byId("log"), {
@@ -107,7 +108,8 @@ export class RunView {
     const line = this.log.add(event, position);
     if (event.event === "action") {
       const name = this.log.lines[line].text;
-      const step = { name: event.pass ? `${event.name} (${event.pass})` : event.name, depth: event.nesting, line, title: name };
+      const { pass } = event;
+      const step = { name: pass ? `${event.name} (${pass})` : event.name, pass, depth: event.nesting, line, title: name };
       this.actions.push(step);
       this.steps.push(step);
       if (event.iterations) this.position = `${event.unit || "pass"} ${event.iteration} of ${event.iterations}`;
@@ -116,7 +118,8 @@ export class RunView {
       if (step) Object.assign(step, { status: event.succeeded ? "done" : "error", elapsed: event.elapsedMs });
       if (!this.actions.length) this.position = "";
     } else if (event.event === "metric" && event.name === "Test_Results") {
-      this.suites.push({ action: this.actions.at(-1)?.name ?? "", xml: event.value });
+      const passes = this.actions.map((step) => step.pass).filter(Boolean);
+      this.suites.push({ passes: passes.join(", "), xml: event.value });
     } else if (event.dryRun) {
       this.messages.push(event.text);
     }
@@ -145,8 +148,8 @@ export class RunView {
   }
 
   usualTime() {
-    const times = this.runs
-      .filter((run) => run.succeeded && !run.dryRun)
+    const times = this.past
+      .filter((run) => run.result === "succeeded")
       .map((run) => run.elapsedMs)
       .sort((a, b) => a - b);
     return times[times.length >> 1];
