@@ -72,11 +72,13 @@ struct TKxFieldOffer {
   std::u16string Label;
   bool Chosen = false;                    // the field's present value means it
   std::vector<std::u16string> Lines = {}; // those of a list that mean it
+  std::vector<std::u16string> Cells = {}; // what it has for each of the columns; may be empty
 };
 
 struct TKxFieldOffers {
   std::vector<TKxFieldOffer> Items;
-  std::u16string Error; // why there are none, or why none is chosen
+  std::u16string Error;                    // why there are none, or why none is chosen
+  std::vector<TKxFieldOffer> Columns = {}; // of a table of the items; chosen ones are what will be taken
 };
 
 } // namespace kx

@@ -219,7 +219,11 @@ TKxFieldOffers TVSDotNetActionPage::OfferOf(const TKxPageField& field, const TKx
     return OfferConfigurations(*solution, action, field.Value, IsChecked(u"UseRegExOnConfigName"));
   text::TStringList selected;
   selected.SetText(field.Value);
-  return OfferProjects(*solution, action, selected);
+  const auto& settings = action.Solution();
+  const std::u16string& configuration =
+      here ? Value(u"SolutionConfiguration") : settings.SolutionConfiguration;
+  const bool asExpression = here ? IsChecked(u"UseRegExOnConfigName") : settings.UseRegExOnConfigName;
+  return OfferProjects(*solution, action, selected, configuration, asExpression);
 }
 
 TKxFieldOffers TVSDotNetActionPage::Offers(std::u16string_view name, const TKxEvent* stop) {

@@ -85,6 +85,16 @@ private:
   std::unordered_map<std::u16string, int, text::IgnoreCaseHash, text::IgnoreCaseEqual> bearers_; // of a name
 };
 
+// What a run would build of the project in each configuration of the solution.
+std::vector<std::u16string> ConfigurationsOf(const IVSDotNetProject& project,
+                                             const std::vector<TKxFieldOffer>& configurations) {
+  std::vector<std::u16string> cells;
+  for (const auto& configuration : configurations)
+    cells.emplace_back(project.IsActiveConfig(configuration.Value) ? project.GetConfig(configuration.Value)
+                                                                   : std::u16string_view());
+  return cells;
+}
+
 } // namespace
 
 TKxFieldOffers OfferConfigurations(const IVSDotNetSolution& solution, TKxCustomVSDotNetAction& action,
@@ -101,12 +111,14 @@ TKxFieldOffers OfferConfigurations(const IVSDotNetSolution& solution, TKxCustomV
 }
 
 TKxFieldOffers OfferProjects(const IVSDotNetSolution& solution, TKxCustomVSDotNetAction& action,
-                             const text::TStringList& selected) {
+                             const text::TStringList& selected, std::u16string_view configuration,
+                             bool asExpression) {
   const TKnownProjects known(solution);
   std::map<std::u16string, std::vector<std::u16string>> lines; // by the id of the project that they mean
   for (const auto& entry : selected)
     if (const auto project = known.ProjectOf(action, entry)) lines[project->GetProjectID()].push_back(entry);
   TKxFieldOffers offers;
+  offers.Columns = OfferConfigurations(solution, action, configuration, asExpression).Items;
   const auto projects = solution.GetProjects();
   for (int i = 0; i < projects->GetCount(); ++i) {
     const auto project = projects->GetItem(i);
@@ -115,6 +127,7 @@ TKxFieldOffers OfferProjects(const IVSDotNetSolution& solution, TKxCustomVSDotNe
     TKxFieldOffer offer{known.NamesOnly(*project) ? project->GetName() : id,
                         project->GetName() + u" (" + project->GetFileName() + u")", found != lines.end()};
     if (offer.Chosen) offer.Lines = found->second;
+    offer.Cells = ConfigurationsOf(*project, offers.Columns);
     offers.Items.push_back(std::move(offer));
   }
   if (offers.Items.empty()) offers.Error = u"The solution has no projects whose files are found.";

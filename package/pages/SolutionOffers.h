@@ -22,9 +22,12 @@ TKxFieldOffers OfferConfigurations(const IVSDotNetSolution& solution, TKxCustomV
                                    std::u16string_view wanted, bool asExpression);
 
 // The solution's projects in build order, by their names, or by their ids where a name would not mean just
-// this one; chosen are those that an entry of `selected` means.
+// this one; chosen are those that an entry of `selected` means. The columns are the solution's configurations
+// as OfferConfigurations gives them; the cells say what is built of a project in them, empty: it is not
+// built.
 TKxFieldOffers OfferProjects(const IVSDotNetSolution& solution, TKxCustomVSDotNetAction& action,
-                             const text::TStringList& selected);
+                             const text::TStringList& selected, std::u16string_view configuration,
+                             bool asExpression);
 
 // Property sets of the project by their names; chosen is the one that `value` names.
 TKxFieldOffers OfferPropertySets(const text::TStringList& names, std::u16string_view value);

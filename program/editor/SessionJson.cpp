@@ -151,17 +151,19 @@ void TellApart(TJson& pages) {
 }
 
 TJson OffersJson(const TKxFieldOffers& offers) {
-  TJson items = TJson::array();
-  for (const auto& item : offers.Items) {
-    TJson lines = TJson::array();
-    for (const auto& line : item.Lines)
-      lines.push_back(text::ToUtf8(line));
-    items.push_back({{"value", text::ToUtf8(item.Value)},
-                     {"label", text::ToUtf8(item.Label)},
-                     {"chosen", item.Chosen},
-                     {"lines", lines}});
-  }
-  return {{"items", items}, {"error", text::ToUtf8(offers.Error)}};
+  const auto rows = [](const std::vector<TKxFieldOffer>& offered) {
+    TJson list = TJson::array();
+    for (const auto& item : offered)
+      list.push_back({{"value", text::ToUtf8(item.Value)},
+                      {"label", text::ToUtf8(item.Label)},
+                      {"chosen", item.Chosen},
+                      {"lines", TextsJson(item.Lines)},
+                      {"cells", TextsJson(item.Cells)}});
+    return list;
+  };
+  return {{"items", rows(offers.Items)},
+          {"columns", rows(offers.Columns)},
+          {"error", text::ToUtf8(offers.Error)}};
 }
 
 TKxButtonKind ParseButton(std::string_view name) {

@@ -276,6 +276,7 @@ test("the solution's projects are offered, files are chosen, and a change by som
   await withEditor(devenv(`\n      <BuildType Name="btSelectedProjects">1</BuildType>`), async (page, editor) => {
     await turnTo(page, "Solution");
     const offered = page.locator("details:has-text('Choose from the solution')").first();
+    await offered.locator("tr", { hasText: /Greeter.Text\s*Release.Any CPU/ }).waitFor();
     await offered.getByLabel("Greeter.Text").check();
     await settled(page);
     await page.locator("button[aria-label^='Browse']").first().click();

@@ -25,7 +25,7 @@ async function picture(page, editor, name, scrollTo) {
   const page = await openPage(browser, editor.address, { viewport: { width: 1200, height: 1060 } });
   await page.locator("[role=treeitem]", { hasText: "Build" }).last().click();
   await settled(page);
-  await page.locator(".offers li").nth(1).waitFor();
+  await page.locator(".offers tbody tr").nth(1).waitFor();
   await picture(page, editor, "editor-pages.png", 0);
   await page.click("#start");
   await page.locator("#progress", { hasText: /^Run 1: / }).waitFor({ timeout: 120000 });

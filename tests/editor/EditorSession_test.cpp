@@ -373,6 +373,7 @@ TEST_F(EditorSession, WhatIsAskedIsAnswered) {
       {"offers", R"({"id":"options","page":0,"field":"x"})", R"({"items":[]})"},
       {"list", R"({"path":"missing/x"})", R"({"isThere":false,"more":0,"error":"","files":["p.kxproj"]})"},
       {"runs", "{}", R"({"runs":[]})"},
+      {"history", "{}", R"({"remembered":[]})"},
       {"stop", "{}", R"({"running":false})"},
       {"quit", "{}", R"({"ended":false,"dirty":true})"},
       {"save", "{}", R"({"saved":true,"dirty":false})"},

@@ -5,8 +5,7 @@ import { button, debounce, el, icon, linesOf, newId } from "./dom.js";
 // Looked for when it is shown, and anew when the field is edited. Gives what stands below the field; control.updateOffers follows
 // whether the field is enabled.
 export function makeOffers(form, control) {
-  const isList = control.field.kind === "list";
-  const list = el("ul", { class: isList ? "offers" : "chips" });
+  const list = el("div", { class: "offers" });
   const details = el("details", { class: "offered" }, el("summary", {}, icon("fold"), control.field.offers), list);
   const load = loader(form, control, list);
   details.addEventListener("toggle", () => {
@@ -32,21 +31,55 @@ function loader(form, control, list) {
     looking.abort();
     looking = new AbortController();
     const { signal } = looking;
-    if (!list.children.length) list.replaceChildren(el("li", { class: "note" }, "Looking…"));
+    if (!list.children.length) list.replaceChildren(note("Looking…"));
     const { page, field } = control.entry;
     try {
       const offers = await look("offers", { id: form.id, page, field: field.name }, { signal, unlessRunning: true });
       if (!offers || signal.aborted) return;
-      const draw = control.field.kind === "list" ? drawBox : drawChip;
-      list.replaceChildren(...offers.items.map((item) => draw(form, control, item, load)));
+      list.replaceChildren(offers.error ? note(offers.error) : "", drawItems(form, control, offers, load));
       control.updateOffers(control.field);
-      if (offers.error) list.prepend(el("li", { class: "note" }, offers.error));
     } catch (error) {
-      list.replaceChildren(el("li", { class: "problem" }, error.message));
+      list.replaceChildren(el("p", { class: "problem" }, error.message));
     }
   };
   load.end = () => looking.abort();
   return load;
+}
+
+const note = (text) => el("p", { class: "note" }, text);
+
+function drawItems(form, control, offers, reload) {
+  const { items, columns } = offers;
+  if (control.field.kind !== "list")
+    return el("ul", { class: "chips" }, ...items.map((item) => drawChip(form, control, item, reload)));
+  const boxes = items.map((item) => drawBox(form, control, item));
+  if (columns.length) return drawTable(items, boxes, columns);
+  return el("ul", { class: "boxes" }, ...boxes.map((box) => el("li", {}, ...box)));
+}
+
+// Which configuration of a project each configuration of the solution takes; those that a run would build come first.
+function drawTable(items, boxes, columns) {
+  const order = columns.map((_, index) => index).sort((a, b) => columns[b].chosen - columns[a].chosen || a - b);
+  const heads = order.map((index) => {
+    const [name, ...platform] = columns[index].label.split("|");
+    const mark = columns[index].chosen ? [icon("done"), el("span", { class: "unseen" }, "is built: ")] : [];
+    const title = el("span", { class: columns[index].chosen ? "chosen" : false }, ...mark, name);
+    return el("th", { scope: "col" }, title, el("span", { class: "type" }, platform.join("|")));
+  });
+  const cell = (item, index) => {
+    const text = item.cells[index];
+    return el("td", { class: text && columns[index].chosen ? false : "none" }, text || "not built");
+  };
+  const rows = items.map((item, row) =>
+    el(
+      "tr",
+      {},
+      el("th", { scope: "row" }, el("span", { class: "project" }, ...boxes[row])),
+      ...order.map((index) => cell(item, index)),
+    ),
+  );
+  const head = el("tr", {}, el("th", { scope: "col" }, "Project"), ...heads);
+  return el("table", {}, el("thead", {}, head), el("tbody", {}, ...rows));
 }
 
 function drawChip(form, control, item, reload) {
@@ -75,5 +108,5 @@ function drawBox(form, control, item) {
     },
   });
   const [, name, file] = /^(.*) \(([^()]*)\)$/.exec(item.label) ?? [undefined, item.label || item.value, ""];
-  return el("li", {}, box, el("label", { for: id }, `${name} `, file ? el("span", { class: "type" }, file) : null));
+  return [box, el("label", { for: id, title: file }, name)];
 }
