@@ -46,7 +46,7 @@ const wrong = new ProblemsView({
 });
 const tests = new TestsView();
 const past = new HistoryView((answer) => {
-  wrong.setKnown(answer.known ?? []);
+  wrong.setKnown(answer.known ?? [], answer.remembered ?? []);
   tests.setHistory(answer.tests ?? []);
   run.past = answer.remembered;
 });

@@ -1,4 +1,4 @@
-// What a field is edited with. A control has {entry, field, input, body, update(field)}; `form.send(control, operation, values)`
+// What a field is edited with. A control has {entry, field, input, body, update(field)}; `form.send(operation, control, values)`
 // tells kxhost, and `form.flushers` are called before anything else is done.
 import { askTexts, choosePath } from "./dialogs.js";
 import { button, debounce, el, expectMore, icon, linesOf, newId } from "./dom.js";
@@ -35,7 +35,7 @@ function makeBox(form, control, attributes) {
     ...attributes,
     type: isChoice ? "radio" : "checkbox",
     name: isChoice ? `${entry.page} ${field.group}` : false,
-    onchange: () => form.send(control, "set", { value: control.input.checked ? "True" : "False" }),
+    onchange: () => form.send("set", control, { value: control.input.checked ? "True" : "False" }),
   });
   control.update = (now) => {
     control.input.checked = now.value === "True";
@@ -47,7 +47,7 @@ function makeBox(form, control, attributes) {
 function makeDropDown(form, control, attributes) {
   control.input = el("select", {
     ...attributes,
-    onchange: () => form.send(control, "set", { value: control.input.value }),
+    onchange: () => form.send("set", control, { value: control.input.value }),
   });
   control.update = (field) => {
     const items = field.value ? field.items : ["", ...field.items];
@@ -64,7 +64,7 @@ function makeDropDown(form, control, attributes) {
 async function makeItem(form, control) {
   const texts = await askTexts("A new variable", [{ name: "name", label: "Name" }], "Use it");
   control.input.focus();
-  if (texts?.name.trim()) await form.send(control, "set", { value: texts.name.trim() });
+  if (texts?.name.trim()) await form.send("set", control, { value: texts.name.trim() });
 }
 
 // What is typed is sent when nothing more comes for a moment, or when the control is left; half a password is none.
@@ -77,7 +77,7 @@ function sendTyped(form, control) {
     later.cancel();
     if (input.value === control.sent) return undefined;
     control.sent = input.value;
-    return form.send(control, "set", { value: isList ? input.value.replaceAll("\n", "\r\n") : input.value });
+    return form.send("set", control, { value: isList ? input.value.replaceAll("\n", "\r\n") : input.value });
   };
   const later = debounce(commit, 400);
   input.addEventListener("input", () => {
@@ -130,7 +130,7 @@ function onTextKey(event, form, control, commit) {
   if (event.key === "Enter" && field.buttons.some((row) => row.kind === "accept")) {
     event.preventDefault();
     commit();
-    form.send(control, "click", { button: "accept" });
+    form.send("click", control, { button: "accept" });
   }
   const step = { ArrowUp: 1, ArrowDown: -1 }[event.key];
   if (field.kind === "integer" && step && /^\s*-?\d+\s*$/.test(input.value)) {
@@ -152,7 +152,7 @@ function makeButton(form, control, row, commit) {
   const text = row.hint || "Add to the list";
   const click = () => {
     commit();
-    form.send(control, "click", { button: row.kind });
+    form.send("click", control, { button: row.kind });
   };
   return button(icon(row.kind === "accept" ? "add" : "refresh"), click, { class: "square", title: text, "aria-label": text });
 }
@@ -166,5 +166,5 @@ async function browse(form, control) {
     folders: field.kind === "folder",
   });
   control.input.focus();
-  if (choice) form.send(control, "click", { button: "browse", choice });
+  if (choice) form.send("click", control, { button: "browse", choice });
 }

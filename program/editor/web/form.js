@@ -369,8 +369,8 @@ export class Form {
     for (const control of [...row.controls].reverse()) {
       const { field, entry } = control;
       if (!isChanged(field)) continue;
-      if (field.kind === "choice") await this.send(this.defaultChoice(control), "set", { value: "True" });
-      else await this.send({ entry }, "set", { value: field.default });
+      if (field.kind === "choice") await this.send("set", this.defaultChoice(control), { value: "True" });
+      else await this.send("set", { entry }, { value: field.default });
     }
   }
 
@@ -385,7 +385,7 @@ export class Form {
     if (this.pages && this.id !== undefined) this.update();
   }
 
-  async send({ entry }, operation, values) {
+  async send(operation, { entry }, values) {
     const id = this.id;
     this.underWay += 1;
     try {

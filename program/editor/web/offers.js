@@ -84,7 +84,7 @@ function drawTable(items, boxes, columns) {
 
 function drawChip(form, control, item, reload) {
   const choose = async () => {
-    await form.send(control, "set", { value: item.value });
+    await form.send("set", control, { value: item.value });
     reload();
   };
   const mark = item.chosen ? [icon("done"), el("span", { class: "unseen" }, "matches: ")] : [];
@@ -103,7 +103,7 @@ function drawBox(form, control, item) {
       control.lines = (control.lines ?? linesOf(control.field.value).split("\n")).filter((line) => line && !old.has(line));
       item.lines = box.checked ? [item.value] : [];
       control.lines.push(...item.lines);
-      await form.send(control, "set", { value: control.lines.join("\r\n") });
+      await form.send("set", control, { value: control.lines.join("\r\n") });
       if (form.underWay === 0) control.lines = undefined;
     },
   });

@@ -34,11 +34,16 @@ export class ProblemsView {
     this.show();
   }
 
-  // Since which run each finding is there, by its fingerprint; what a run found that the last one did not have is new.
-  setKnown(known) {
+  // Since which run each finding is there, by its fingerprint; with the newest one that is remembered, which has others before it,
+  // it is new.
+  setKnown(known, remembered) {
     this.known = new Map(known.map((one) => [one.fingerprint, one.sinceRun]));
-    this.lastRun = Math.max(0, ...this.known.values());
+    this.newestRun = remembered.length > 1 ? remembered[0].run : undefined;
     this.showSoon();
+  }
+
+  isNew(item) {
+    return this.newestRun !== undefined && this.known.get(item.fingerprint) === this.newestRun;
   }
 
   setFindings(findings) {
@@ -55,7 +60,10 @@ export class ProblemsView {
     const errors = this.findings.filter((finding) => finding.severity === "error").length;
     const warnings = this.all().length - errors;
     countInView("problems", errors || this.settings.length, errors ? "errors" : "problems of settings");
-    const [every, bad, doubtful] = byId("problem-kinds").children;
+    const [every, bad, doubtful, fresh] = byId("problem-kinds").children;
+    const news = this.findings.filter((finding) => this.isNew(finding)).length;
+    fresh.textContent = `New ${news.toLocaleString("en")}`;
+    fresh.hidden = this.newestRun === undefined;
     every.textContent = `All ${this.all().length.toLocaleString("en")}`;
     bad.replaceChildren(icon("error", "error", "Errors"), errors.toLocaleString("en"));
     doubtful.replaceChildren(icon("warning", "warning", "Warnings"), warnings.toLocaleString("en"));
@@ -64,7 +72,7 @@ export class ProblemsView {
   }
 
   matches(item) {
-    if (this.least !== "all" && item.severity !== this.least) return false;
+    if (this.least === "new" ? !this.isNew(item) : this.least !== "all" && item.severity !== this.least) return false;
     const text = this.search.value.trim().toLowerCase();
     return [item.message, item.file, item.code, item.action, item.project, item.place].some((one) =>
       String(one ?? "")
@@ -88,7 +96,7 @@ export class ProblemsView {
     for (const group of list) group.items.sort(bySeverity);
     list.sort((a, b) => bySeverity(a.items[0], b.items[0]));
     const isSame = (a, b) => (a.isSetting ? b.isSetting && a.message === b.message && a.id === b.id : a.place === b.place);
-    this.split.show(list, drawRow, isSame);
+    this.split.show(list, (item) => drawRow(item, this.isNew(item)), isSame);
     if (!shown.length) this.split.list.replaceChildren(this.nothing());
   }
 
@@ -200,11 +208,12 @@ export function facts(rows) {
   return el("dl", { class: "facts" }, ...shown.map(([name, text]) => el("div", {}, el("dt", {}, name), el("dd", {}, text))));
 }
 
-function drawRow(item) {
+function drawRow(item, isNew) {
   const code = item.isSetting ? item.action : item.code;
   const place = item.isSetting ? item.place : item.line ? `line ${item.line}` : "";
   return [
     icon(item.severity, item.severity, item.severity),
     el("span", { class: "what" }, item.message, el("span", { class: "where" }, el("code", {}, code ?? ""), place)),
+    isNew ? el("span", { class: "badge" }, "new") : "",
   ];
 }

@@ -272,7 +272,7 @@ export class ProjectView {
     if (!(await this.edit("add", { type: buildType, to: "0" }))) return;
     const page = this.form.pages.findIndex(({ fields }) => fields.some(isSolution));
     const field = this.form.pages[page]?.fields.find(isSolution);
-    if (field) await this.form.send({ entry: { page, field } }, "click", { button: "browse", choice });
+    if (field) await this.form.send("click", { entry: { page, field } }, { button: "browse", choice });
     byId("begin-solution").value = "";
     this.form.focusFirst();
   }
