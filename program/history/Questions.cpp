@@ -6,6 +6,7 @@
 #include "program/history/Past.h"
 
 #include <algorithm>
+#include <limits>
 #include <tuple>
 #include <unordered_map>
 
@@ -15,8 +16,15 @@ namespace {
 
 constexpr std::int64_t ChangesOfFlaky = 3; // failing, mended, failing again, mended again: nobody does that
 constexpr std::size_t FewestForTrend = 6;
+constexpr std::size_t LongestStrip = 100;
+constexpr std::size_t MostTimes = 1'000; // of the newest runs, for what a test usually takes
 
-using TTimes = std::vector<std::int64_t>; // milliseconds, in the order of the runs
+using TTimes = std::vector<std::int32_t>; // milliseconds, in the order of the runs
+
+std::int32_t Short(std::int64_t milliseconds) {
+  return static_cast<std::int32_t>(
+      std::min<std::int64_t>(milliseconds, std::numeric_limits<std::int32_t>::max()));
+}
 
 // So many tenths are below it; reorders.
 std::chrono::milliseconds Quantile(TTimes& times, std::size_t tenths) {
@@ -54,11 +62,12 @@ struct TTestTally {
   bool ChangedAtOneCommit = false;
 
   void Take(const TTestOutcome& test, std::size_t place, const std::vector<TRememberedRun>& runs) {
-    if (History.Strip.empty()) History.Strip.assign(runs.size(), TPastTest::Absent);
-    History.Strip[place] = test.Outcome;
+    const std::size_t first = runs.size() - std::min(runs.size(), LongestStrip);
+    if (History.Strip.empty()) History.Strip.assign(runs.size() - first, TPastTest::Absent);
+    if (place >= first) History.Strip[place - first] = test.Outcome;
     if (test.Outcome == TPastTest::NotRun) return;
     ++History.Runs;
-    Times.push_back(test.Elapsed.count());
+    if (place + MostTimes >= runs.size()) Times.push_back(Short(test.Elapsed.count()));
     if (test.Outcome == TPastTest::Failed) {
       ++History.Failures;
       History.LastFailure = runs[place].Number;
@@ -195,7 +204,8 @@ std::optional<TRememberedDetails> THistory::Details(TNumber run) {
 std::vector<TTestHistory> THistory::Tests(std::int64_t last) {
   const std::vector<TRememberedRun> runs = Runs(last);
   if (runs.empty()) return {};
-  std::unordered_map<TNumber, TTestTally> tallies;
+  std::vector<TTestTally> tallies(static_cast<std::size_t>(database_.Integer("SELECT max(id) FROM tests")) +
+                                  1);
   TStatement rows = database_.Prepare("SELECT run, tests FROM outcomes WHERE run >= ? ORDER BY run");
   rows.With(runs.front().Number);
   while (rows.Next()) {
@@ -208,8 +218,8 @@ std::vector<TTestHistory> THistory::Tests(std::int64_t last) {
   std::vector<TTestHistory> tests;
   TStatement names = database_.Prepare("SELECT id, name FROM tests");
   while (names.Next())
-    if (const auto tally = tallies.find(names.Integer(0)); tally != tallies.end())
-      tests.push_back(tally->second.Finish(names.Text(1)));
+    if (auto& tally = tallies[static_cast<std::size_t>(names.Integer(0))]; !tally.History.Strip.empty())
+      tests.push_back(tally.Finish(names.Text(1)));
   std::ranges::sort(tests, [](const TTestHistory& one, const TTestHistory& other) {
     const auto rank = [](const TTestHistory& test) {
       return std::tuple(!test.IsFlaky, test.IsFlaky ? -test.Changes : 0, -test.Usual);
@@ -233,7 +243,7 @@ std::vector<TKnownFinding> THistory::Findings() {
 std::vector<TUsualTime> THistory::Times(std::int64_t last) {
   TTimes wholes;
   for (const auto& run : Runs(last))
-    if (run.Run.Result == TResultKind::Succeeded) wholes.push_back(run.Run.Elapsed.count());
+    if (run.Run.Result == TResultKind::Succeeded) wholes.push_back(Short(run.Run.Elapsed.count()));
   std::vector<TUsualTime> times;
   if (!wholes.empty()) times.push_back(UsualTimeOf({}, std::move(wholes)));
 
@@ -249,7 +259,7 @@ std::vector<TUsualTime> THistory::Times(std::int64_t last) {
   rows.With(FirstOf(last), static_cast<std::int64_t>(TResultKind::Succeeded));
   while (rows.Next()) {
     TPart& part = parts[{rows.Integer(0), rows.Integer(1), rows.Integer(2)}];
-    part.Times.push_back(rows.Integer(3));
+    part.Times.push_back(Short(rows.Integer(3)));
     part.Place = {-rows.Integer(4), rows.Integer(5)};
   }
   std::unordered_map<TNumber, std::u16string> names;

@@ -56,7 +56,7 @@ struct TTestHistory {
   bool IsFlaky = false;               // changed without another commit, or again and again
   TNumber LastFailure = 0;            // the run; 0 for none
   std::chrono::milliseconds Usual{0}; // the median
-  std::vector<TPastTest> Strip = {};  // one for each of the runs, oldest first
+  std::vector<TPastTest> Strip = {};  // one for each of the last hundred runs, oldest first
 };
 
 struct TKnownFinding {
