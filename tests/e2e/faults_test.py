@@ -9,6 +9,7 @@ import http.client
 import json
 import os
 import re
+import shutil
 import signal
 import subprocess
 import unittest
@@ -69,7 +70,8 @@ class FaultsTest(e2e.EndToEndTest):
         super().setUp()
         self.work = self.folder / "work"
         self.trace = self.folder / "trace"
-        places = {"HOME": "", "XDG_CONFIG_HOME": "config", "XDG_STATE_HOME": "state", "TMPDIR": "temporary"}
+        self.faulty = self.work  # the history lies beside it
+        places = {"HOME": "", "XDG_CONFIG_HOME": "config", "TMPDIR": "temporary"}
         self.environment.update({name: str(self.work / place) for name, place in places.items()})
         self.environment["ASAN_OPTIONS"] = "verify_asan_link_order=0"
         for name, text in {"temporary/of others": "", "config/kxhost/options.ini": "; mine\n[VisualStudioDotNet]\nMSDevPath=/a\n",
@@ -109,7 +111,7 @@ class FaultsTest(e2e.EndToEndTest):
         environment = {}
         if fault is not None:
             self.trace.unlink(missing_ok=True)
-            environment.update(LD_PRELOAD=str(e2e.BIN / "kx_faults.so"), KX_FAULT_FOLDER=str(self.work), KX_FAULT_MODE=fault.mode,
+            environment.update(LD_PRELOAD=str(e2e.BIN / "kx_faults.so"), KX_FAULT_FOLDER=str(self.faulty), KX_FAULT_MODE=fault.mode,
                                KX_FAULT_AT=str(fault.number), KX_FAULT_TRACE=str(self.trace))
             if fault.mode == "memory":  # the JSON library loses what an object had when there is no memory for the rest
                 environment["ASAN_OPTIONS"] = self.environment["ASAN_OPTIONS"] + ":detect_leaks=0"
@@ -240,6 +242,28 @@ class FaultsTest(e2e.EndToEndTest):
             self.write(f"work/{name}", "of an earlier run\n")
         self.try_faults("run with log and reports", "run", "p.kxproj", *self.options,
                         "--log", "log.jsonl", "--junit", "tests.xml", "--report", "report.html")
+
+    def test_a_history_fails_no_run(self):
+        self.make_solution(e2e.project(e2e.build("App.sln", UseMSBuild=True)))
+        self.faulty = self.folder / "state"
+        command = ["run", "p.kxproj", *self.options]
+        kinds = set()
+
+        def run_anew(fault):
+            shutil.rmtree(self.faulty, ignore_errors=True)
+            return self.run_command(command, fault)
+
+        for mode in MODES[:-1]:
+            run_anew(Fault(mode, 0, "", ""))
+            for fault in self.chosen([fault for fault in self.faults_in_trace(mode) if "/history" in fault.path]):
+                kinds.add(fault.call)
+                outcome = run_anew(fault)
+                with self.subTest(str(fault)):
+                    self.assertEqual(outcome.code, 0, outcome.said)
+                    self.assertLessEqual(outcome.said.count("Warning : the "), 1, outcome.said)
+        self.assertNotIn("Warning : the ", self.run_command(command).said)
+        print("history:", ", ".join(sorted(kinds)))
+        self.assertIn("open", kinds)
 
     def test_results_of_tests(self):
         self.write("work/a.dll")
