@@ -31,6 +31,14 @@ TBuildLogVerdict Analyse(const std::u16string& file, const TInspectOptions& opti
   return log.Verdict();
 }
 
+// "App (Debug|Win32): failed, 1 error, 2 warnings"
+std::string DescribeProject(const TProjectResult& project) {
+  const auto& configuration = project.Configuration;
+  return ForTerminal(project.Project + (configuration.empty() ? u"" : u" (" + configuration + u")")) + ": " +
+         WordOf(project.Result) + ", " + CountText(project.Counts.Errors, "error") + ", " +
+         CountText(project.Counts.Warnings, "warning");
+}
+
 class TInspectedLog : public IInspected {
 public:
   TInspectedLog(TBuildLogVerdict verdict, bool isMSBuild, std::vector<TProjectResult> projects,
@@ -75,9 +83,7 @@ public:
     output.Write("Lines     " + number(statuses[0]) + " plain, " + number(statuses[1]) + " success, " +
                  number(statuses[2]) + " warning, " + number(statuses[3]) + " error\n" + ReasonOfCounts());
     for (const auto& project : projects_)
-      output.Write("Project   " + ForTerminal(project.Project + u" " + project.Configuration) + ": " +
-                   WordOf(project.Result) + ", " + CountText(project.Counts.Errors, "error") + ", " +
-                   CountText(project.Counts.Warnings, "warning") + "\n");
+      output.Write("Project   " + DescribeProject(project) + "\n");
     const std::string lines = FindingLines(findings_, moreFindings_, "(--json gives all)", TPalette(false));
     if (!lines.empty()) output.Write("\n" + lines);
   }

@@ -268,7 +268,8 @@ Circle, passed over by the order: A needs B, B needs C, C needs A
         self.write("App.sln", e2e.solution("Nat\\Nat.vcxproj", configuration="Debug|Win32").replace(
             "EndGlobal\n", "\tGlobalSection(ProjectConfigurationPlatforms) = postSolution\n"
             f"\t\t{own}.Debug|Win32.ActiveCfg = Debug|x64\n\tEndGlobalSection\nEndGlobal\n"))
-        self.write("build.log", "a.cs(3,7): error CS1: x\nb.cs(1): warning CS2: y\n    1 Warning(s)\n    1 Error(s)\n")
+        self.write("build.log", 'Project "/App.csproj" (default target(s)):\na.cs(3,7): error CS1: x\nb.cs(1): warning CS2: y\n'
+                   'Done building project "/App.csproj".-- FAILED\n    1 Warning(s)\n    1 Error(s)\n')
         nat = {"name": "Nat", "fileName": "Nat\\Nat.vcxproj", "id": own, "typeId": e2e.CPP, "isVCProject": True,
                "dependencies": [], "resourceScripts": [f"{folder}/a.rc", f"{folder}/v.rc"], "versionScript": f"{folder}/v.rc",
                "configurations": [{"solution": "Debug|Win32", "project": "Debug|x64", "active": True}]}
@@ -282,11 +283,12 @@ Circle, passed over by the order: A needs B, B needs C, C needs A
              {"majorVersion": 3, "minorVersion": 1, "releaseVersion": 4, "buildVersion": 2, "debug": True, "preRelease": True,
               "special": False, "private": True, "dll": False, "locale": 1036, "codePage": 1250,
               "strings": ["CompanyName=We", "FileVersion=3.1"]}),
-            ("build.log --tool msbuild", "Errors    1\nWarnings  1\nLines     2 plain, 0 success, 1 warning, 1 error\n"
-             "\na.cs:3:7: error CS1: x\nb.cs:1: warning CS2: y\n",
-             {"errors": 1, "warnings": 1, "failed": False, "statuses": [2, 0, 1, 1],
+            ("build.log --tool msbuild", "Errors    1\nWarnings  1\nLines     4 plain, 0 success, 1 warning, 1 error\n"
+             "Project   App: failed, 1 error, 1 warning\n\na.cs:3:7: error CS1: x\nb.cs:1: warning CS2: y\n",
+             {"errors": 1, "warnings": 1, "failed": False, "statuses": [4, 0, 1, 1],
               "metrics": [["Warnings", 1], ["Errors", 1]], "hasSummary": True, "hasOtherSummary": False,
-              "findings": ["CS1", "CS2"], "moreFindings": 0}),
+              "projects": [{"project": "App", "configuration": "", "succeeded": False, "result": "failed", "errors": 1,
+                            "warnings": 1}], "findings": ["CS1", "CS2"], "moreFindings": 0}),
         )
         for arguments, shown, known in rows:
             self.assertEqual(self.host("inspect", *arguments.split()), shown)
@@ -297,7 +299,9 @@ Circle, passed over by the order: A needs B, B needs C, C needs A
         many = self.host("inspect", *["App.sln", "Nat/v.rc"] * 40, "nowhere.sln", "App.sln", "--json", code=1).splitlines()
         self.assertEqual([json.loads(line)["file"] for line in many], ["App.sln", "Nat/v.rc"] * 40 + ["nowhere.sln", "App.sln"])
         self.assertEqual(self.host("inspect", "build.log", "--tool", "msbuild", "--lines"),
-                         "3\ta.cs(3,7): error CS1: x\n2\tb.cs(1): warning CS2: y\n0\t    1 Warning(s)\n0\t    1 Error(s)\n")
+                         '0\tProject "/App.csproj" (default target(s)):\n3\ta.cs(3,7): error CS1: x\n'
+                         '2\tb.cs(1): warning CS2: y\n0\tDone building project "/App.csproj".-- FAILED\n'
+                         "0\t    1 Warning(s)\n0\t    1 Error(s)\n")
 
     def test_the_properties_of_an_action_stand_in_groups(self):
         listed = self.host("actions")
