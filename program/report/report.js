@@ -51,14 +51,22 @@ function matches(row) {
 
 function showProblems() {
   let shown = 0;
-  const filled = new Set();
+  const filled = new Map();
   for (const row of problems) {
     row.hidden = !matches(row);
     if (row.hidden) continue;
     if (!row.classList.contains("fixed") || chosen.novelty === "fixed") ++shown;
-    filled.add(row.closest(".group"));
+    const group = row.closest(".group");
+    filled.set(group, (filled.get(group) ?? 0) + 1);
   }
-  for (const group of all(".group", groups)) group.hidden = !filled.has(group);
+  // Who looks for something wants to see it, unless it is a lot.
+  const isNarrow = shown <= 100 && !!(chosen.text || chosen.severity || chosen.novelty);
+  for (const group of all(".group", groups)) {
+    group.hidden = !filled.has(group);
+    if (isNarrow && !group.hidden) group.open = true;
+    const count = group.querySelector("[data-count]");
+    if (count) count.textContent = plural(filled.get(group) ?? 0, "problem");
+  }
   find("problem-count").textContent = plural(shown, "problem");
   find("no-problem").hidden = filled.size > 0;
   for (const name of ["severity", "novelty"])
@@ -75,7 +83,7 @@ function newGroup(title, rows) {
   heading.textContent = title;
   const count = document.createElement("span");
   count.className = "counts";
-  count.textContent = plural(rows.length, "problem");
+  count.dataset.count = "";
   summary.append(heading, count);
   group.append(summary, ...rows);
   return group;

@@ -1,0 +1,85 @@
+// The report of a run in a real browser.
+
+const assert = require("node:assert/strict");
+const { execFileSync } = require("node:child_process");
+const fs = require("node:fs");
+const path = require("node:path");
+const { test } = require("node:test");
+const { Editor, launch } = require("./editor.js");
+
+const axe = fs.readFileSync(require.resolve("axe-core/axe.min.js"), "utf8");
+const project = `<BuildProject Name="Nightly"><Actions><Action Type="DEVENV" Name="Build"><Solution>Greeter\\Greeter.sln</Solution>
+  <SolutionConfiguration>Release|Any CPU</SolutionConfiguration><VStudioVersion Name="vs2010">4</VStudioVersion>
+  <UseMSBuild>False</UseMSBuild></Action></Actions></BuildProject>`;
+
+// Its address; the tool prints a warning, 3,000 lines and an error.
+function writeReport(editor) {
+  const report = path.join(editor.folder, "report.html");
+  const options = ["--report", report, "--option", `VisualStudioDotNet.MSDevPath2010=${path.join(editor.folder, "tool")}`];
+  assert.throws(() =>
+    execFileSync(path.join(editor.binaries, "kxhost"), ["run", editor.file, ...options], {
+      cwd: editor.folder,
+      env: { ...editor.environment, LINES: "3000" },
+      stdio: "pipe",
+    }),
+  );
+  return `file://${report}`;
+}
+
+async function seriousFaults(page) {
+  const session = await page.context().newCDPSession(page); // the page's own policy lets nothing be added
+  await session.send("Runtime.evaluate", { expression: axe });
+  const expression =
+    "axe.run().then((r) => JSON.stringify(r.violations.map((v) => [v.id, v.impact, v.nodes.map((n) => n.html)])))";
+  const found = await session.send("Runtime.evaluate", { expression, awaitPromise: true });
+  return JSON.parse(found.result.value).filter(([, impact]) => impact === "serious" || impact === "critical");
+}
+
+test("a report filters, groups, leads to its log and is read by anybody", async () => {
+  const browser = await launch();
+  const editor = await Editor.open("p.kxproj", { text: project });
+  try {
+    const address = writeReport(editor);
+    const page = await browser.newPage({ viewport: { width: 1600, height: 900 } });
+    const faults = [];
+    page.on("pageerror", (error) => faults.push(error.message));
+    page.on("console", (message) => message.type() === "error" && faults.push(message.text()));
+    await page.goto(address);
+    assert.match(await page.textContent("h1"), /^Failed: 1 error in Greeter\.Core, in DayTime\.cs$/);
+    await page.click("[data-severity=warning]");
+    await page.fill("#problem-find", "cs0168");
+    await page.waitForURL(/#problems\?severity=warning&group=file&text=cs0168$|#problems\?severity=warning&text=cs0168$/);
+    assert.equal(await page.textContent("#problem-count"), "1 problem");
+    await page.reload();
+    assert.deepEqual(await page.locator(".f:not([hidden]) code").allTextContents(), ["CS0168"]);
+    await page.selectOption("#problem-group", "rule");
+    await page.click("[data-severity='']");
+    await page.fill("#problem-find", "nothing like it");
+    await page.click("#clear");
+    assert.deepEqual(await page.locator(".group > summary h3").allTextContents(), ["CS0103", "CS0168"]);
+    const line = await page.getAttribute(".f.error a", "href");
+    await page.locator(".f.error a").press("Enter");
+    assert.match(await page.textContent(".target"), /error CS0103/);
+    assert.equal(await page.getAttribute(".target", "data-n"), line.slice(2));
+    assert.equal(await page.locator(".target").evaluate((e) => e.getBoundingClientRect().top < innerHeight), true);
+    await page.fill("#log-find", "compiling 日本語 2999");
+    await page.locator("#log-found", { hasText: "1 of 1" }).waitFor();
+    for (const [width, colorScheme] of [
+      [1600, "light"],
+      [400, "dark"],
+    ]) {
+      await page.setViewportSize({ width, height: 900 });
+      await page.emulateMedia({ colorScheme });
+      assert.deepEqual(await seriousFaults(page), [], `at ${width}`);
+      assert.ok(await page.evaluate(() => document.documentElement.scrollWidth <= innerWidth), `fits ${width}`);
+    }
+    assert.deepEqual(faults, []);
+    const plain = await browser.newPage({ javaScriptEnabled: false });
+    await plain.goto(address + line);
+    assert.match(await plain.locator(":target").textContent(), /error CS0103/);
+    assert.equal(await plain.locator(".tools").first().isVisible(), false);
+  } finally {
+    await editor.close();
+    await browser.close();
+  }
+});
