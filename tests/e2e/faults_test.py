@@ -111,8 +111,8 @@ class FaultsTest(e2e.EndToEndTest):
         environment = {}
         if fault is not None:
             self.trace.unlink(missing_ok=True)
-            environment.update(LD_PRELOAD=str(e2e.BIN / "kx_faults.so"), KX_FAULT_FOLDER=str(self.faulty), KX_FAULT_MODE=fault.mode,
-                               KX_FAULT_AT=str(fault.number), KX_FAULT_TRACE=str(self.trace))
+            environment.update(LD_PRELOAD=str(e2e.BIN / "kx_faults.so"), KX_FAULT_FOLDER=str(self.faulty),
+                               KX_FAULT_MODE=fault.mode, KX_FAULT_AT=str(fault.number), KX_FAULT_TRACE=str(self.trace))
             if fault.mode == "memory":  # the JSON library loses what an object had when there is no memory for the rest
                 environment["ASAN_OPTIONS"] = self.environment["ASAN_OPTIONS"] + ":detect_leaks=0"
         with subprocess.Popen([str(part) for part in (e2e.BIN / "kxhost", *arguments)], cwd=self.work, stdin=subprocess.DEVNULL,
