@@ -48,8 +48,8 @@ COPY_ITEM = '<Compile Include="Properties\\AssemblyInfo.cs" />'
 RESOURCE_ITEM = '<Project><ItemGroup><ResourceCompile Include="version.rc" /></ItemGroup></Project>'
 ASSEMBLY_INFO = '[assembly: AssemblyVersion("1.0.0.0")]\n'
 # What no two runs have in common.
-CHANGING = re.compile(rb'"time":"[^"]*"|"(?:elapsed|began)Ms":\d+|started [\d :-]+ UTC|\d+\.\d+ s\b|time="[^"]*"|timestamp="[^"]*"'
-                      rb'|kx-\w{12}|MSTRE\w+')
+CHANGING = re.compile(rb'"time":"[^"]*"|"(?:elapsed|began)Ms":\d+|started [\d :-]+ UTC|\d+\.\d+ s\b|time="[^"]*"'
+                      rb'|timestamp="[^"]*"|kx-\w{12}|MSTRE\w+')
 LOST = "The editor does not answer."
 TEMPORARY = re.compile(r"kx-\w{12}|MSTRE\w+|\.kx-\w{12}\.tmp")
 

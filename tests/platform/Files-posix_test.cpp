@@ -237,6 +237,7 @@ TEST_F(PosixFiles, AreLeftAloneWhenTheyCannotBeReadOrReplaced) {
   ASSERT_EQ(mkfifo(Native("pipe").c_str(), 0600), 0);
   const std::tuple<std::u16string, std::u16string, std::u16string> rows[] = {
       {Path(), u"Is a directory", u"Is a directory"},
+      {Path("none/x"), u"No such file or directory", u"No such file or directory"},
       {pipe, u"It is not a regular file", u"Invalid argument"},
       {readOnly, u"", u"Permission denied"},
       {twin, u"", u"It has 2 names (hard links), and only one of them would lead to the new content"},
