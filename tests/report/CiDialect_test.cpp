@@ -34,6 +34,22 @@ TEST(CiDialect, EscapesWhatItPutsIntoCommands) {
   EXPECT_EQ(FindCiDialect("jenkins"), nullptr);
 }
 
+TEST(CiDialect, TellsTestsOneByOneWhereTheSystemReadsThemFromTheLog) {
+  const TReportedSuite suite{.Name = u"S'",
+                             .Seconds = {},
+                             .Tests = {{u"a", u"1.250"},
+                                       {u"b", u"0.007", true, false, u"no|", u"at B()"},
+                                       {u"c", u"", false, true}}};
+  std::string lines;
+  for (const auto& command : FindCiDialect("teamcity")->Tests(suite))
+    lines.append(command.Line().substr(std::size("##teamcity"))) += '\n';
+  EXPECT_EQ(lines,
+            "testSuiteStarted name='S|'']\ntestStarted name='a']\n"
+            "testFinished name='a' duration='1250']\ntestStarted name='b']\n"
+            "testFailed name='b' message='no||' details='at B()']\n"
+            "testFinished name='b' duration='7']\ntestIgnored name='c']\ntestSuiteFinished name='S|'']\n");
+}
+
 // Titles are names of projects and configurations: whatever they hold, one line comes out.
 TEST(CiDialect, HidesCommandsWithinItsOwn) {
   const std::u16string title = u"é::a\r\n::stop::##vso[b]##[c]\u2028::d";
