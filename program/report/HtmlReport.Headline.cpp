@@ -7,6 +7,7 @@
 #include "program/report/ResultRows.h"
 
 #include <algorithm>
+#include <map>
 #include <optional>
 #include <set>
 #include <utility>
@@ -44,15 +45,19 @@ void Count(TResultKind result, TBuilt& built) {
   ++(notBuilt ? built.NotBuilt : IsSuccess(result) ? built.Succeeded : built.Failed);
 }
 
+// A project counts once in each configuration, as the last action that built it left it.
 TBuilt BuiltBy(const TRunReport& report) {
+  std::map<std::pair<std::u16string, std::u16string>, TResultKind> results;
   TBuilt projects{u"project"};
   TBuilt configurations{u"configuration"};
   for (const auto& action : report.Actions)
     for (const auto& configuration : action.Configurations) {
       Count(configuration.Result, configurations);
       for (const auto& project : configuration.Projects)
-        Count(project.Result, projects);
+        results[{project.Project, configuration.Configuration}] = project.Result;
     }
+  for (const auto& [project, result] : results)
+    Count(result, projects);
   return projects.Total() > 0 ? projects : configurations;
 }
 

@@ -82,7 +82,7 @@ public:
       out_ << "<span style=bottom:" << Fixed(part * 100) << "%>" << ScaleText(trend, part * top) << "</span>";
     out_ << "</p><div><svg viewBox=\"0 0 " << std::to_string(slots_)
          << " 100\" preserveAspectRatio=none aria-hidden=true><path class=grid d=\"M0 0h"
-         << std::to_string(runs_.size()) << "M0 50h" << std::to_string(slots_) << "\"/>";
+         << std::to_string(slots_) << "M0 50h" << std::to_string(slots_) << "\"/>";
     if (trend.IsLine)
       WriteLine(trend, top);
     else
