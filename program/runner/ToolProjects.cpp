@@ -31,7 +31,11 @@ bool StartsWithAny(std::u16string_view text, std::span<const std::u16string_view
 }
 
 // What stands between the last quotes of the line, and behind them.
-std::pair<std::u16string_view, std::u16string_view> LastQuoted(std::u16string_view line) {
+struct TQuoted {
+  std::u16string_view Text = {};
+  std::u16string_view Behind = {};
+};
+TQuoted LastQuoted(std::u16string_view line) {
   const std::size_t close = line.rfind(u'"');
   const std::size_t open = close == line.npos || close == 0 ? line.npos : line.rfind(u'"', close - 1);
   if (open == line.npos) return {};
@@ -146,7 +150,9 @@ void TToolProjects::ReadMSBuildLine(std::u16string_view line, TTime now) {
   if (line.front() != u'P' && line.front() != u'D' && line.front() != u'G') return;
   const bool isEnd = StartsWithAny(line, ends);
   if (!isEnd && !StartsWithAny(line, begins)) return;
-  const auto [file, behind] = LastQuoted(text::TrimRight(line));
+  const TQuoted quoted = LastQuoted(text::TrimRight(line));
+  const std::u16string_view file = quoted.Text;
+  const std::u16string_view behind = quoted.Behind;
   if (file.empty() || IsSolution(file)) return;
   if (!isEnd && (behind.ends_with(u")") || behind.ends_with(u").") || behind.ends_with(u"):")))
     return Start(file, now);
