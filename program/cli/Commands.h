@@ -26,6 +26,7 @@ void DefineInspect(CLI::App& command, const TCommonOptions& common, int& exitCod
 void DefineGraph(CLI::App& command, const TCommonOptions& common, int& exitCode);
 void DefineCheck(CLI::App& command, const TCommonOptions& common, int& exitCode);
 void DefineExplain(CLI::App& command, const TCommonOptions& common, int& exitCode);
+void DefineReport(CLI::App& command, const TCommonOptions& common, int& exitCode);
 void DefineInit(CLI::App& command, const TCommonOptions& common, int& exitCode);
 void DefineSchema(CLI::App& command, const TCommonOptions& common, int& exitCode);
 void DefineCompletion(CLI::App& command, const TCommonOptions& common, int& exitCode);
@@ -38,7 +39,7 @@ inline constexpr const char* CodesOfRuns = "0 success, 1 the run failed, 2 wrong
                                            "file or settings, 4 stopped by a gate, 130 stopped with Ctrl-C";
 inline constexpr const char* CodesOfLooks = "0 success, 1 not found or not readable, 2 wrong usage";
 
-inline constexpr std::array<TCommand, 14> Commands{{
+inline constexpr std::array<TCommand, 15> Commands{{
     {"run", "Run a build project", DefineRun,
      "run nightly.kxproj\n"
      "run nightly.kxproj --dry-run\n"
@@ -109,6 +110,11 @@ inline constexpr std::array<TCommand, 14> Commands{{
      "history findings nightly.kxproj --json\n"
      "history times nightly.kxproj\n",
      CodesOfLooks},
+    {"report", "Make the reports of runs from their logs", DefineReport,
+     "report nightly.jsonl --report nightly.html --junit tests.xml\n"
+     "report part1.jsonl part2.jsonl --sarif all.sarif --ci auto\n",
+     "0 the runs succeeded, 1 one failed, 2 wrong usage, 3 no log of a run, 4 stopped by a gate, 130 "
+     "stopped"},
     {"options", "Read and write the options store", DefineOptions,
      "options\n"
      "options set VisualStudioDotNet.MSDevPath2008 \"C:\\VS9\\Common7\\IDE\"\n"

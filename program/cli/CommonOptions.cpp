@@ -85,8 +85,10 @@ constexpr std::string_view All;
 constexpr std::string_view Hosts =
     "run do validate edit actions schema options check"; // they open the store and the plug-ins
 constexpr std::string_view Runs = "run do";
+constexpr std::string_view Reporters = "run do report";
 constexpr std::string_view Remembered = "run edit history";
-constexpr std::string_view Readers = "run do validate inspect graph check"; // they show what files hold
+constexpr std::string_view Readers =
+    "run do validate inspect graph check report"; // they show what files hold
 
 using T = TCommonOptions;
 const std::vector<TCommonOption>& Options() {
@@ -98,7 +100,7 @@ const std::vector<TCommonOption>& Options() {
         {"--plugin", "FILE", "Load this plug-in too", Hosts, AddList<&T::Plugins>},
         {"--drive", "LETTER=FOLDER", "What a drive letter stands for", All, AddList<&T::Drives>},
         {"--color", "WHEN", "auto, always or never", All, AddChoice<&T::Color, Colors>},
-        {"--verbosity", "LEVEL", "quiet, minimal, normal, detailed or diagnostic", Runs,
+        {"--verbosity", "LEVEL", "quiet, minimal, normal, detailed or diagnostic", Reporters,
          AddChoice<&T::Verbosity, Verbosities>},
         {"--dry-run", "", "Show what would be started and changed, and do neither", Runs,
          AddFlag<&T::DryRun>},
@@ -115,7 +117,7 @@ const std::vector<TCommonOption>& Options() {
          Readers, AddChoice<&T::Ci, CiSystems>},
     };
     for (const TReportFormat& format : ReportFormats())
-      made.push_back({format.Option, format.File, format.Help, Runs, AddReport});
+      made.push_back({format.Option, format.File, format.Help, Reporters, AddReport});
     return made;
   }();
   return rows;
@@ -187,7 +189,7 @@ void DefineCommonOptions(CLI::App& app, TCommonOptions& options) {
   for (const TCommonOption& row : Options()) {
     CLI::Option* option = row.Add(app, row.Name, options)->description(row.Help);
     if (*row.Type != '\0') option->type_name(row.Type);
-    if (row.Commands == Runs) option->group("Options of run and do");
+    if (row.Commands == Runs || row.Commands == Reporters) option->group("Options of run, do and report");
   }
 }
 

@@ -8,84 +8,25 @@
 #include "program/cli/CommonOptions.h"
 #include "program/cli/ConsoleSink.h"
 #include "program/cli/FileKinds.h"
-#include "program/cli/FindingLines.h"
 #include "program/cli/HostSession.h"
 #include "program/cli/Output.h"
+#include "program/cli/RunOutputs.h"
 #include "program/cli/Usage.h"
 #include "program/history/RunRecorder.h"
-#include "program/report/JsonLinesSink.h"
-#include "program/report/ReportFormats.h"
 #include "program/runner/Project.h"
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
 #include <memory>
-#include <vector>
 
 namespace kx::cli {
 
 namespace {
-
-int ExitCodeOf(const TRunReport& report) {
-  if (report.Result == TResultKind::Stopped) return ExitStopped;
-  if (IsSuccess(report.Result)) return ExitSuccess;
-  return report.NothingExecuted ? ExitInvalid : ExitFailed;
-}
-
-struct TOutputFile {
-  std::u16string Option;
-  std::u16string File;
-  bool IsStream = false; // written as the run goes on: into a pipe or a device, too
-  bool MayFail = false;  // the run goes on without it
-};
-
-// Those that are wanted.
-std::vector<TOutputFile> OutputFiles(const TCommonOptions& options, const TGates& gates) {
-  std::vector<TOutputFile> files;
-  if (!options.LogFile.empty()) files.push_back({u"--log", text::FromUtf8(options.LogFile), true});
-  for (const auto& [option, file] : options.Reports)
-    files.push_back({text::FromUtf8(option), text::FromUtf8(file)});
-  if (!options.HistoryFile.empty())
-    files.push_back({u"--history", text::FromUtf8(options.HistoryFile), false, true});
-  if (gates.Writes()) files.push_back({u"--baseline", gates.BaselineFile()});
-  return files;
-}
 
 // What the actions will change, as far as it can be told; asked only about a file that no run has left.
 bool IsChangedByRun(const TProjectRunner& runner, std::u16string_view file) {
   if (!platform::FileExists(file) || IsLeftByRun(file)) return false;
   const text::TStringList changed = runner.FilesToChange();
   return std::ranges::any_of(changed, [file](const auto& other) { return IsSameFile(file, other); });
-}
-
-// Whether it could be written, as long as nothing has been done yet. The messages name the file.
-void RequireWritable(const TOutputFile& output) {
-  const std::u16string path = text::ExpandPath(output.File, platform::CurrentDirectory());
-  const auto refuse = [&](std::u16string_view why) {
-    throw EUsage(output.Option + u": " + std::u16string(why));
-  };
-  if (platform::DirectoryExists(path)) refuse(path + u" is a folder.");
-  const std::u16string folder = text::ExtractFileDir(path);
-  if (!platform::DirectoryExists(folder)) refuse(u"there is no folder " + folder);
-  if (output.IsStream && platform::FileExists(path) && !IsRegularFile(path)) return;
-  if (const auto allowed = platform::CheckSaveFile(path); !allowed) refuse(allowed.Message());
-}
-
-// Before anything is opened: what a run leaves never takes the place of what it reads, nor of something else
-// that it leaves.
-void RequireHarmlessOutput(const TCommonOptions& options, const TGates& gates, TProjectRunner& runner,
-                           THostSession& session) {
-  std::vector<std::u16string> taken{runner.Project().FileName, session.Store().FileName(), session.KeyFile()};
-  for (const TOutputFile& output : OutputFiles(options, gates)) {
-    RequireNotWrittenByHand(output.Option, output.File);
-    const bool isTaken = std::ranges::any_of(
-        taken, [&output](const auto& own) { return !own.empty() && IsSameFile(output.File, own); });
-    if (isTaken || IsChangedByRun(runner, output.File))
-      throw EUsage(output.Option + u": " + output.File + u" is a file of this run and would be replaced.");
-    if (!output.MayFail) RequireWritable(output);
-    taken.push_back(output.File);
-  }
 }
 
 std::unique_ptr<TJsonLinesSink> OpenLog(const TCommonOptions& options) {
@@ -95,101 +36,10 @@ std::unique_ptr<TJsonLinesSink> OpenLog(const TCommonOptions& options) {
   return *std::move(log);
 }
 
-std::u16string FullPath(const std::string& file) {
-  return text::ExpandPath(text::FromUtf8(file), platform::CurrentDirectory());
-}
-
 std::u16string TitleOf(TProjectRunner& runner) {
   const TProject& project = runner.Project();
   if (!project.Name.empty()) return project.Name;
   return project.FileName.empty() ? u"kxhost" : text::ExtractFileName(project.FileName);
-}
-
-std::string WrittenLine(const char* what, const std::u16string& file) {
-  return what + (" written to " + NameForTerminal(file)) + "\n";
-}
-
-// The files that a run leaves beside its log.
-class TReports {
-public:
-  TReports(const TCommonOptions& options, TProjectRunner& runner) {
-    for (const TReportFormat& format : ReportFormats()) {
-      const auto wanted = options.Reports.find(format.Option);
-      if (wanted == options.Reports.end()) continue;
-      const std::u16string file = FullPath(wanted->second);
-      reports_.push_back({&format, file, format.Begin(TitleOf(runner), text::ExtractFileDir(file))});
-      runner.AddSink(*reports_.back().Report);
-    }
-  }
-
-  // False when one could not be written, which was then said; `lines` gets one for each that was.
-  bool Write(const TRunReport& report, std::string& lines) {
-    bool written = true;
-    for (const auto& wanted : reports_)
-      written &= WriteFile(
-          wanted.Format->Name, wanted.File,
-          [&](const platform::PutBytes& put) { return wanted.Report->Write(report, put); }, lines);
-    return written;
-  }
-
-private:
-  static bool WriteFile(const char* what, const std::u16string& file, const platform::WriteContent& content,
-                        std::string& lines) {
-    const auto written = platform::SaveFileInPieces(file, content);
-    if (written) {
-      lines += WrittenLine(what, file);
-    } else {
-      WriteError(u"kxhost: the report could not be written. " + written.Message());
-    }
-    return static_cast<bool>(written);
-  }
-
-  struct TWanted {
-    const TReportFormat* Format;
-    std::u16string File;
-    std::unique_ptr<IRunReport> Report;
-  };
-  std::vector<TWanted> reports_;
-};
-
-// What went wrong once more, where nothing stands between.
-std::string ClosingList(const TRunReport& report, const TCommonOptions& options, const TPalette& palette) {
-  if (options.Verbosity == TVerbosity::Quiet) return {};
-  std::string rest = "(--report FILE.html or --sarif FILE.sarif shows all)";
-  for (const TReportFormat& format : ReportFormats()) {
-    const auto wanted = options.Reports.find(format.Option);
-    if (wanted != options.Reports.end() && format.HasFindings) rest = "in " + wanted->second;
-  }
-  const std::string lines = FindingLines(report.Findings, report.MoreFindings, rest, palette);
-  return lines.empty() ? lines : "\n" + lines;
-}
-
-// The page that a CI system shows beside the log. It is a courtesy: what cannot be written is left out.
-void GiveCiSummary(const TCiDialect* ci, const TRunReport& report) {
-  if (ci == nullptr || ci->SummaryVariable.empty()) return;
-  const std::u16string given = platform::EnvironmentVariable(ci->SummaryVariable).value_or(u"");
-  if (given.empty()) return;
-  const std::string page = CiSummary(report);
-  if (ci->Summary == nullptr) {
-    std::ofstream(std::filesystem::path(platform::ResolveForWriting(given)), std::ios::binary | std::ios::app)
-        << page;
-    return;
-  }
-  const std::u16string file = text::JoinPath(given, u"kxhost-summary.md");
-  if (platform::SaveFile(file, page)) PrintCommand(ci->Summary(file));
-}
-
-// The same for the log.
-bool EndLog(TJsonLinesSink* log, const TCommonOptions& options, std::string& lines) {
-  if (log == nullptr) return true;
-  const std::u16string file = FullPath(options.LogFile);
-  const auto written = log->Close();
-  if (written) {
-    lines += WrittenLine("Log", file);
-  } else {
-    WriteError(u"kxhost: the log " + file + u" could not be written completely. " + written.Message());
-  }
-  return static_cast<bool>(written);
 }
 
 // Only a terminal shows them.
@@ -203,37 +53,26 @@ history::TUsualTimes UsualTimes(TProjectRunner& runner, const TCommonOptions& op
 int RunProject(TProjectRunner& runner, THostSession& session, const TCommonOptions& options,
                const TGateArguments& gateArguments) {
   const TGates gates(gateArguments, runner.Project().Gates);
-  const TPalette palette = ChoosePalette(options.Color);
-  RequireHarmlessOutput(options, gates, runner, session);
+  RequireHarmlessOutput(options, gates,
+                        {runner.Project().FileName, session.Store().FileName(), session.KeyFile()},
+                        [&runner](std::u16string_view file) { return IsChangedByRun(runner, file); });
   const auto log = OpenLog(options);
   if (log) runner.AddSink(*log);
-  TReports reports(options, runner);
+  TReports reports(options, TitleOf(runner));
+  reports.ForEachSink([&runner](IRunEventSink& sink) { runner.AddSink(sink); });
   history::TRunRecorder history(HistoryOf(options), runner.Project().FileName);
   runner.AddSink(history);
   if (options.DryRun) Print("Dry run: no tool is started and no file is changed.\n\n");
   const platform::InterruptHandler interrupts(session.Stop()); // what the run leaves is written in any case
   TRunReport report;
   {
-    TConsoleSink console(options.Verbosity, palette, ChooseCiDialect(options.Ci),
+    TConsoleSink console(options.Verbosity, ChoosePalette(options.Color), ChooseCiDialect(options.Ci),
                          UsualTimes(runner, options));
     runner.AddSink(console);
     report = runner.Run();
   }
   if (const std::u16string trouble = history.Finish(report); !trouble.empty()) WriteError(trouble);
-  std::string end = ClosingList(report, options, palette) + EndTable(report, palette);
-  std::string lines;
-  const bool reported = reports.Write(report, lines);
-  const bool logged = EndLog(log.get(), options, lines);
-  if (options.Verbosity != TVerbosity::Quiet) end += lines;
-  if (!options.DryRun) GiveCiSummary(ChooseCiDialect(options.Ci), report);
-  int exitCode = ExitCodeOf(report);
-  if (!options.DryRun) {
-    const TFound found{report.Findings, report.MoreFindings, report.Root, IsSuccess(report.Result)};
-    exitCode = gates.Apply(found, palette, exitCode, end);
-  }
-  Print(end);
-  // Whoever asked for them goes by them.
-  return exitCode == ExitSuccess && !(reported && logged) ? ExitFailed : exitCode;
+  return EndRun(report, reports, log.get(), gates, options);
 }
 
 } // namespace kx::cli

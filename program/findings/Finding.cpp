@@ -16,6 +16,12 @@ const char* WordOf(TFindingSeverity severity) {
   }
 }
 
+TFindingSeverity ReadFindingSeverity(std::string_view word) {
+  for (const auto severity : {TFindingSeverity::Note, TFindingSeverity::Warning})
+    if (word == WordOf(severity)) return severity;
+  return TFindingSeverity::Error;
+}
+
 std::u16string OneLine(std::u16string_view text) {
   std::u16string line;
   for (const auto part : text::SplitLines(text)) {

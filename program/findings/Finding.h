@@ -10,7 +10,8 @@ namespace kx {
 
 enum class TFindingSeverity { Note, Warning, Error };
 
-const char* WordOf(TFindingSeverity severity); // "note", "warning", "error"
+const char* WordOf(TFindingSeverity severity);               // "note", "warning", "error"
+TFindingSeverity ReadFindingSeverity(std::string_view word); // the reverse; Error for another word
 
 struct TFindingPlace {
   std::u16string File = {}; // as the tool wrote it, or the path that was checked; empty when none is known

@@ -1,5 +1,9 @@
 #include "program/findings/FindingJson.h"
 
+#include "foundation/formats/JsonMembers.h"
+#include "foundation/text/Encoding.h"
+
+#include <algorithm>
 #include <optional>
 
 namespace kx {
@@ -26,6 +30,7 @@ void WriteFinding(const TFinding& finding, TJsonWriter& json) {
   json.Member("occurrences", finding.Occurrences);
   json.Member("fingerprint", finding.Fingerprint);
   json.Member("advice", finding.Advice);
+  if (finding.Said > 0) json.Member("said", finding.Said);
   if (finding.Steps.empty()) return;
   json.ArrayMember("steps", [&] {
     for (const auto& step : finding.Steps)
@@ -34,6 +39,33 @@ void WriteFinding(const TFinding& finding, TJsonWriter& json) {
         json.Member("message", step.Message);
       });
   });
+}
+
+namespace {
+
+TFindingPlace ReadPlace(const nlohmann::json& object) {
+  return {TextMember(object, "file"), NumberMember<int>(object, "line"), NumberMember<int>(object, "column")};
+}
+
+} // namespace
+
+TFinding ReadFinding(const nlohmann::json& object) {
+  TFinding finding;
+  finding.Rule = TextMember(object, "rule");
+  finding.Severity = ReadFindingSeverity(text::ToUtf8(TextMember(object, "severity")));
+  finding.Message = TextMember(object, "message");
+  finding.Place = ReadPlace(object);
+  finding.Code = TextMember(object, "code");
+  finding.Project = TextMember(object, "project");
+  finding.Configuration = TextMember(object, "configuration");
+  finding.Action = TextMember(object, "action");
+  finding.Occurrences = std::max(NumberMember<int>(object, "occurrences"), 1);
+  finding.Fingerprint = TextMember(object, "fingerprint");
+  finding.Advice = TextMember(object, "advice");
+  finding.Said = NumberMember<std::int64_t>(object, "said");
+  for (const auto& step : ArrayMember(object, "steps"))
+    finding.Steps.push_back({ReadPlace(step), TextMember(step, "message")});
+  return finding;
 }
 
 } // namespace kx

@@ -1,6 +1,10 @@
 #include "program/report/ResultJson.h"
 
+#include "foundation/formats/JsonMembers.h"
 #include "program/report/ResultRows.h"
+
+#include <array>
+#include <utility>
 
 namespace kx {
 
@@ -49,6 +53,59 @@ void WriteConfiguration(const TConfigurationResult& result, TJsonWriter& json) {
   });
 }
 
+// What a run was of and ran on; const or not as the report is.
+auto TextsOf(auto& report) {
+  auto& around = report.Surroundings;
+  return std::array{std::pair{"file", &report.File},
+                    std::pair{"root", &report.Root},
+                    std::pair{"machine", &around.Machine},
+                    std::pair{"system", &around.System},
+                    std::pair{"commit", &around.Commit},
+                    std::pair{"branch", &around.Branch},
+                    std::pair{"commandLine", &around.CommandLine}};
+}
+
+using TJson = nlohmann::json;
+
+template <typename TResult>
+void ReadParts(const TJson& object, TResult& result) {
+  result.Result = ReadResultKind(text::ToUtf8(TextMember(object, "result"))).value_or(TResultKind::Failed);
+  result.Counts = {NumberMember<std::int64_t>(object, "errors"),
+                   NumberMember<std::int64_t>(object, "warnings")};
+  result.Elapsed = std::chrono::milliseconds(NumberMember<std::int64_t>(object, "elapsedMs"));
+}
+
+TTestCounts ReadTests(const TJson& object) {
+  const TJson* tests = FindMember(object, "tests");
+  if (tests == nullptr) return {};
+  return {NumberMember<std::int64_t>(*tests, "passed"), NumberMember<std::int64_t>(*tests, "failed"),
+          NumberMember<std::int64_t>(*tests, "notRun")};
+}
+
+template <typename TResult>
+void ReadPlaceInRun(const TJson& object, TResult& result) {
+  ReadParts(object, result);
+  result.Began = std::chrono::milliseconds(NumberMember<std::int64_t>(object, "beganMs"));
+}
+
+TProjectResult ReadProject(const TJson& object) {
+  TProjectResult result;
+  ReadPlaceInRun(object, result);
+  result.Project = TextMember(object, "project");
+  result.Configuration = TextMember(object, "configuration");
+  return result;
+}
+
+TConfigurationResult ReadConfiguration(const TJson& object) {
+  TConfigurationResult result;
+  ReadPlaceInRun(object, result);
+  result.Configuration = TextMember(object, "configuration");
+  result.Reason = TextMember(object, "reason");
+  for (const TJson& project : ArrayMember(object, "projects"))
+    result.Projects.push_back(ReadProject(project));
+  return result;
+}
+
 } // namespace
 
 void WriteProject(const TProjectResult& result, TJsonWriter& json) {
@@ -82,6 +139,33 @@ void WriteRun(const TRunReport& report, TJsonWriter& json) {
   json.Member("elapsedMs", report.Elapsed.count());
   WriteTests(report.Tests, json);
   if (report.MoreFindings > 0) json.Member("moreFindings", report.MoreFindings);
+  for (const auto& [name, text] : TextsOf(report))
+    json.Member(name, *text);
+}
+
+TActionResult ReadResult(const TJson& object) {
+  TActionResult result;
+  ReadPlaceInRun(object, result);
+  result.Name = TextMember(object, "name");
+  result.Type = TextMember(object, "type");
+  result.Pass = TextMember(object, "pass");
+  result.Nesting = NumberMember<int>(object, "nesting");
+  result.IsLoop = FlagMember(object, "isLoop");
+  result.Reason = TextMember(object, "reason");
+  result.Tests = ReadTests(object);
+  for (const TJson& configuration : ArrayMember(object, "configurations"))
+    result.Configurations.push_back(ReadConfiguration(configuration));
+  return result;
+}
+
+TRunReport ReadRun(const TJson& object) {
+  TRunReport report;
+  ReadParts(object, report);
+  report.Tests = ReadTests(object);
+  report.MoreFindings = NumberMember<std::int64_t>(object, "moreFindings");
+  for (const auto& [name, text] : TextsOf(report))
+    *text = TextMember(object, name);
+  return report;
 }
 
 } // namespace kx

@@ -4,6 +4,8 @@
 #include "foundation/formats/JsonWriter.h"
 #include "program/runner/Results.h"
 
+#include <nlohmann/json_fwd.hpp>
+
 namespace kx {
 
 // The members of the object that is open: name, type, pass, nesting, isLoop, succeeded, result, reason,
@@ -18,7 +20,14 @@ void WriteResult(const TActionResult& result, TJsonWriter& json);
 void WriteProject(const TProjectResult& result, TJsonWriter& json);
 
 // Likewise: succeeded, result, totals (a line for people), errors, warnings, elapsedMs, tests (passed,
-// failed, notRun), moreFindings (how many were too many to be kept; left out for none).
+// failed, notRun), moreFindings (how many were too many to be kept; left out for none), file (the build
+// project), root (the folder that the findings' files are seen from), machine, system, commit, branch,
+// commandLine.
 void WriteRun(const TRunReport& report, TJsonWriter& json);
+
+// The reverse; members that are missing are as in a new result. The run's actions and findings are none of
+// its members.
+TActionResult ReadResult(const nlohmann::json& object);
+TRunReport ReadRun(const nlohmann::json& object);
 
 } // namespace kx

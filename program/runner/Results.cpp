@@ -1,5 +1,6 @@
 #include "program/runner/Results.h"
 
+#include <algorithm>
 #include <array>
 
 namespace kx {
@@ -7,7 +8,7 @@ namespace kx {
 namespace {
 
 struct TResultRow {
-  const char* Word;
+  std::string_view Word;
   TStatusTag Status;
   bool IsSuccess;
 };
@@ -30,7 +31,12 @@ const TResultRow& RowOf(TResultKind kind) {
 } // namespace
 
 const char* WordOf(TResultKind kind) {
-  return RowOf(kind).Word;
+  return RowOf(kind).Word.data(); // a literal
+}
+std::optional<TResultKind> ReadResultKind(std::string_view word) {
+  const auto row = std::ranges::find(Rows, word, &TResultRow::Word);
+  if (row == Rows.end()) return std::nullopt;
+  return static_cast<TResultKind>(row - Rows.begin());
 }
 TStatusTag StatusOf(TResultKind kind) {
   return RowOf(kind).Status;

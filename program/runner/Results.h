@@ -7,7 +7,9 @@
 #include <chrono>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace kx {
@@ -25,7 +27,8 @@ enum class TResultKind {
   WouldRun,    // in a dry run: nothing stands in its way
 };
 
-const char* WordOf(TResultKind kind); // "succeeded", "nothing to do"
+const char* WordOf(TResultKind kind);                             // "succeeded", "nothing to do"
+std::optional<TResultKind> ReadResultKind(std::string_view word); // the reverse
 TStatusTag StatusOf(TResultKind kind);
 // Whether it counts as a success: for a run, that it ends with exit code 0.
 bool IsSuccess(TResultKind kind);

@@ -48,6 +48,22 @@ class FindingsTest(e2e.EndToEndTest):
         self.assertEqual({one["fingerprint"] for one in json.loads(self.read("q.json"))},
                          {one["fingerprint"] for one in found})
 
+    def test_reports_from_a_log_are_those_of_its_run(self):
+        files = {"--report": "r.html", "--junit": "j.xml", "--sarif": "f.sarif", "--code-quality": "q.json"}
+        outputs = [word for pair in files.items() for word in pair]
+        shown = self.run_with("c.c(3): warning C1: t", "LINK : warning LNK4: no", arguments=("--no-history", *outputs))
+        live = {name: self.read(name) for name in files.values()}
+        again = self.host("report", "log.jsonl", "--title", "p.kxproj", *outputs)
+        self.assertEqual({name: self.read(name) for name in live}, live)
+        self.assertIn(again.split("Unit tests written")[0], shown)
+        whole = self.read("log.jsonl")
+        self.write("torn.jsonl", whole[:len(whole) // 2])
+        both = self.host("report", "torn.jsonl", "log.jsonl", "--sarif", "f.sarif", code=1)
+        self.assertIn("The log of the run ends before the run did.", both)
+        self.assertEqual(both.count("\nBuild "), 2)
+        self.assertIn("p.kxproj:1: This is no log of a run", self.host("report", "log.jsonl", "p.kxproj", code=3))
+        self.host("report", "log.jsonl", "--junit", "log.jsonl", code=2)
+
     def test_ci_systems_get_what_they_show(self):
         lines = [f"{self.folder}/d|e.c({i}): warning C{i}: <t>" for i in range(1, 13)] + ["LINK : fatal error LNK1104: no"]
         off = ("--rule", "errors-counted=off", "--ci")
