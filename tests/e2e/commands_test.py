@@ -56,7 +56,7 @@ class CommandsTest(e2e.EndToEndTest):
             ("--set A=1 run p.kxproj", "--set is an option of run, edit, do, validate and check; it stands behind that word."),
             ("options ste A.B 1", 'Unexpected argument "ste". Did you mean "set"?'),
             ("run p.kxproj x", 'Unexpected argument "x".'),
-            ("validate p.kxproj --report x.html", "--report is an option of run and do; validate does not use it."),
+            ("validate p.kxproj --report x.html", "--report is an option of run, do and report; validate does not use it."),
             ("inspect App.sln --lines", "--lines is for build logs"),
             ("inspect App.sln --tool msbuild --encoding klingon", "Unknown encoding klingon: say utf-8"),
             ("inspect App.sln --tool msbuild --all-projects", "--all-projects is for solutions"),
