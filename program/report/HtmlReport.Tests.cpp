@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 
 namespace kx {
 
@@ -94,7 +95,7 @@ struct TSuiteFigures {
 };
 
 std::string SecondsText(double seconds) {
-  return FormatElapsed(std::chrono::milliseconds(static_cast<std::int64_t>(seconds * 1000 + 0.5)));
+  return FormatElapsed(std::chrono::milliseconds(std::llround(seconds * 1000)));
 }
 
 class TTestWriter {

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <array>
 #include <map>
-#include <ranges>
 
 namespace kx {
 
@@ -85,7 +84,8 @@ private:
     std::ranges::stable_sort(leaves, {}, [](const TBar* bar) { return bar->End(); });
     const milliseconds overlap = std::min(milliseconds(100), whole_ / 100);
     milliseconds until = milliseconds::max();
-    for (auto* bar : leaves | std::views::reverse) {
+    for (auto at = leaves.rbegin(); at != leaves.rend(); ++at) {
+      TBar* bar = *at;
       if (bar->End() > until) continue;
       bar->IsLongest = true;
       longest_.push_back(bar);
