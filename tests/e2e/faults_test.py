@@ -256,8 +256,10 @@ class FaultsTest(e2e.EndToEndTest):
         for mode in MODES[:-1]:
             run_anew(Fault(mode, 0, "", ""))
             for fault in self.chosen([fault for fault in self.faults_in_trace(mode) if "/history" in fault.path]):
-                kinds.add(fault.call)
                 outcome = run_anew(fault)
+                if not any("/history" in struck.path for struck in self.faults_in_trace(mode)):
+                    continue  # threads take turns, and another call was the one of this number
+                kinds.add(fault.call)
                 with self.subTest(str(fault)):
                     self.assertEqual(outcome.code, 0, outcome.said)
                     self.assertLessEqual(outcome.said.count("Warning : the "), 1, outcome.said)
