@@ -100,7 +100,7 @@ TDatabase OpenToAsk(const std::u16string& file) {
 
 std::u16string SetAside(const std::u16string& file, bool isOwn) {
   if (!isOwn && !IsOurs(file)) return {};
-  const std::u16string aside = file + u".damaged";
+  std::u16string aside = file + u".damaged";
   for (const auto* part : {u"", u"-journal"}) { // the journal of the one must not be played into the next
     std::error_code error;
     std::filesystem::rename(platform::ResolveForWriting(file + part),

@@ -32,7 +32,7 @@ std::u16string CommitIf(std::u16string text) {
 
 // Of a worktree and of a submodule ".git" is a file that names the folder.
 std::u16string GitFolder(const std::u16string& root) {
-  const std::u16string place = text::JoinPath(root, u".git");
+  std::u16string place = text::JoinPath(root, u".git");
   if (platform::DirectoryExists(place)) return place;
   constexpr std::u16string_view key = u"gitdir: ";
   const std::u16string line = LineOf(place);
