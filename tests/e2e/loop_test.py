@@ -3,6 +3,7 @@ import json
 import os
 import pty
 import signal
+import termios
 import unittest
 import xml.etree.ElementTree
 
@@ -53,14 +54,17 @@ class LoopTest(e2e.EndToEndTest):
         for said in "Action Terminated by User.", "\nStopped: ", "1 stopped; 0 errors, 0 warnings; ":
             self.assertIn(said, output)
 
-    def test_the_status_line_counts_projects_and_the_log_does_not(self):
+    def test_the_last_lines_of_a_terminal_count_projects_and_the_log_does_not(self):
         terminal, follower = pty.openpty()
+        termios.tcsetwinsize(terminal, (24, 60))
         host = self.start_host("run", self.project, *self.tools, "--log", "log.jsonl", stdout=follower, stderr=follower,
                                environment={"HOLD": "1", "TERM": "xterm"})
         os.close(follower)
         for number, project in enumerate(IN_ORDER, 1):
-            wanted = f"project {number} of 3  Project {project.removesuffix('.csproj')}".encode()
+            beside = "0:0" if number == 3 else f"Project {project.removesuffix('.csproj')}"
+            wanted = f"project {number} of 3  {beside}".encode()
             self.assertIn(wanted, e2e.shown(terminal, wanted))
+            termios.tcsetwinsize(terminal, (24, 60 if number == 1 else 100))  # a wide one has a line each
             self.let_go(project)
         e2e.shown(terminal)
         os.close(terminal)
