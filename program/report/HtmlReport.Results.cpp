@@ -27,8 +27,15 @@ void WriteRow(const TResultRow& row, THtmlWriter& out) {
 struct TProjectTable {
   std::vector<std::u16string> Columns = {};
   std::vector<std::u16string> Rows = {};
-  std::map<std::pair<std::u16string, std::u16string>, const TProjectResult*> Cells = {};
+  std::map<std::pair<std::u16string, std::u16string>, TProjectResult> Cells = {};
 };
+
+// A loop comes to a project again with each one that needs it.
+void Add(TProjectResult& known, const TProjectResult& again) {
+  if (IsSuccess(known.Result)) known.Result = again.Result;
+  known.Counts += again.Counts;
+  known.Elapsed += again.Elapsed;
+}
 
 TProjectTable ProjectTableOf(const TRunReport& report) {
   TProjectTable table;
@@ -41,22 +48,21 @@ TProjectTable ProjectTableOf(const TRunReport& report) {
       for (const auto& project : configuration.Projects) {
         take(table.Columns, configuration.Configuration);
         if (projects.insert(project.Project).second) table.Rows.push_back(project.Project);
-        table.Cells[{project.Project, configuration.Configuration}] =
-            &project; // the last time that it was built
+        const auto [cell, isFirst] =
+            table.Cells.try_emplace({project.Project, configuration.Configuration}, project);
+        if (!isFirst) Add(cell->second, project);
       }
   return table;
 }
 
-void WriteCell(const TProjectResult* project, THtmlWriter& out) {
-  out << "<td>";
-  if (project == nullptr) return;
-  out << Icon(IconOf(project->Result), WordOf(project->Result));
-  if (project->Elapsed > std::chrono::milliseconds(0))
-    out << FormatElapsed(project->Elapsed);
+void WriteCell(const TProjectResult& project, THtmlWriter& out) {
+  out << Icon(IconOf(project.Result), WordOf(project.Result));
+  if (project.Elapsed > std::chrono::milliseconds(0))
+    out << FormatElapsed(project.Elapsed);
   else
-    out << WordOf(project->Result);
-  if (project->Counts.Errors > 0) out << " " << Icon("error", "errors") << project->Counts.Errors;
-  if (project->Counts.Warnings > 0) out << " " << Icon("warning", "warnings") << project->Counts.Warnings;
+    out << WordOf(project.Result);
+  if (project.Counts.Errors > 0) out << " " << Icon("error", "errors") << project.Counts.Errors;
+  if (project.Counts.Warnings > 0) out << " " << Icon("warning", "warnings") << project.Counts.Warnings;
 }
 
 void WriteProjects(const TRunReport& report, THtmlWriter& out) {
@@ -71,7 +77,8 @@ void WriteProjects(const TRunReport& report, THtmlWriter& out) {
     out << "<tr><th scope=row>" << row;
     for (const auto& column : table.Columns) {
       const auto cell = table.Cells.find({row, column});
-      WriteCell(cell == table.Cells.end() ? nullptr : cell->second, out);
+      out << "<td>";
+      if (cell != table.Cells.end()) WriteCell(cell->second, out);
     }
     out << "\n";
   }

@@ -140,7 +140,7 @@ void WriteRun(const TRunReport& report, TJsonWriter& json) {
   WriteTests(report.Tests, json);
   if (report.MoreFindings > 0) json.Member("moreFindings", report.MoreFindings);
   for (const auto& [name, text] : TextsOf(report))
-    json.Member(name, *text);
+    if (!text->empty()) json.Member(name, *text);
 }
 
 TActionResult ReadResult(const TJson& object) {

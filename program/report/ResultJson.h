@@ -22,7 +22,7 @@ void WriteProject(const TProjectResult& result, TJsonWriter& json);
 // Likewise: succeeded, result, totals (a line for people), errors, warnings, elapsedMs, tests (passed,
 // failed, notRun), moreFindings (how many were too many to be kept; left out for none), file (the build
 // project), root (the folder that the findings' files are seen from), machine, system, commit, branch,
-// commandLine.
+// commandLine. Those from file on are left out where they are not known.
 void WriteRun(const TRunReport& report, TJsonWriter& json);
 
 // The reverse; members that are missing are as in a new result. The run's actions and findings are none of

@@ -33,9 +33,10 @@ TEST(JsonLinesSink, WritesEachEventAsOneLine) {
        R"("tests":{"passed":0,"failed":2,"notRun":0},"configurations":[{"configuration":"Debug|x86",)"
        R"("succeeded":true,"result":"nothing to do","reason":"","errors":3,"warnings":0,"elapsedMs":20,"beganMs":9,"projects":[{"project":"App","configuration":"Debug",)"
        R"("succeeded":false,"result":"failed","errors":3,"warnings":1,"elapsedMs":5,"beganMs":11}]}]})"},
-      {TRunEnded{{.Result = TResultKind::FinishedWithFailures, .Counts = {1, 2}, .Elapsed = 3ms}},
+      {TRunEnded{
+           {.Result = TResultKind::FinishedWithFailures, .Counts = {1, 2}, .Elapsed = 3ms, .File = u"p"}},
        R"("runEnd","succeeded":false,"result":"finished with failures","totals":"1 error, 2 warnings",)"
-       R"("errors":1,"warnings":2,"elapsedMs":3,"tests":{"passed":0,"failed":0,"notRun":0}})"},
+       R"("errors":1,"warnings":2,"elapsedMs":3,"tests":{"passed":0,"failed":0,"notRun":0},"file":"p"})"},
       {TMessageSent{u"\u00E9 \"q\"\r\n\xD800", TStatusTag::stError},
        "\"message\",\"status\":3,\"text\":\"\xC3\xA9 \\\"q\\\"\\r\\n\xEF\xBF\xBD\"}"},
   };
