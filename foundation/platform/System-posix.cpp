@@ -37,7 +37,7 @@ std::u16string SystemName() {
 }
 
 std::u16string StateDirectory() {
-  const std::u16string named = EnvironmentVariable(u"XDG_STATE_HOME").value_or(u"");
+  std::u16string named = EnvironmentVariable(u"XDG_STATE_HOME").value_or(u"");
   if (named.starts_with(u'/')) return named; // a relative one is to be ignored
   const std::u16string home = EnvironmentVariable(u"HOME").value_or(u"");
   return home.empty() ? home : home + u"/.local/state";
