@@ -89,6 +89,7 @@ private:
 std::vector<std::u16string> ConfigurationsOf(const IVSDotNetProject& project,
                                              const std::vector<TKxFieldOffer>& configurations) {
   std::vector<std::u16string> cells;
+  cells.reserve(configurations.size());
   for (const auto& configuration : configurations)
     cells.emplace_back(project.IsActiveConfig(configuration.Value) ? project.GetConfig(configuration.Value)
                                                                    : std::u16string_view());
