@@ -14,7 +14,7 @@ platform::Status TSuiteSpool::ForEach(const std::function<void(const TReportedSu
   std::uint64_t begin = 0;
   for (const std::uint64_t end : ends_) {
     std::string xml;
-    const auto read = xml_.CopyTo(
+    auto read = xml_.CopyTo(
         [&xml](std::string_view bytes) -> platform::Status {
           xml += bytes;
           return platform::Done{};
