@@ -25,6 +25,7 @@ struct TReportArguments {
 
 std::vector<std::u16string> FullPaths(const std::vector<std::string>& files) {
   std::vector<std::u16string> paths;
+  paths.reserve(files.size());
   for (const auto& file : files)
     paths.push_back(text::ExpandPath(text::FromUtf8(file), platform::CurrentDirectory()));
   return paths;
