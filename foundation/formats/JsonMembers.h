@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include <string>
+#include <string_view>
 
 namespace kx {
 
@@ -17,10 +18,15 @@ inline const nlohmann::json* FindMember(const nlohmann::json& object, const char
   return found == object.end() ? nullptr : &*found;
 }
 
-inline std::u16string TextMember(const nlohmann::json& object, const char* name) {
+// Lives as long as the object.
+inline std::string_view Utf8Member(const nlohmann::json& object, const char* name) {
   const auto* member = FindMember(object, name);
   if (member == nullptr || !member->is_string()) return {};
-  return text::FromUtf8(member->get_ref<const std::string&>());
+  return member->get_ref<const std::string&>();
+}
+
+inline std::u16string TextMember(const nlohmann::json& object, const char* name) {
+  return text::FromUtf8(Utf8Member(object, name));
 }
 
 template <typename T>

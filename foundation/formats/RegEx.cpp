@@ -169,10 +169,7 @@ std::vector<std::u16string> Split(std::u16string_view input, std::u16string_view
     const std::size_t end = match.Position() + match.Value().size();
     if (match.Value().empty()) { // an empty match separates nothing at either end of the text
       from = match.Position() + 1;
-      if (match.Position() == begin || match.Position() >= input.size()) {
-        if (from > input.size()) break;
-        continue;
-      }
+      if (match.Position() == begin || match.Position() >= input.size()) continue;
     } else {
       from = end;
     }

@@ -257,6 +257,14 @@ std::u16string FromEnvironment(const char* name) {
   return value == nullptr ? std::u16string() : text::FromUtf8(value);
 }
 
+// The one that the variable names, else the usual one in the user's home.
+std::u16string UserFolder(const char* variable, std::u16string_view usual) {
+  std::u16string named = FromEnvironment(variable);
+  if (named.starts_with(u'/')) return named; // a relative one is to be ignored
+  const std::u16string home = FromEnvironment("HOME");
+  return home.empty() ? home : home + std::u16string(usual);
+}
+
 } // namespace
 
 FolderWalk::FolderWalk(int above, const char* name, int flags) noexcept {
@@ -449,16 +457,17 @@ std::u16string CurrentDirectory() {
   return text::FromUtf8(std::filesystem::current_path(error).string());
 }
 
-std::u16string ProgramDirectory() {
+std::u16string ProgramFile() {
   std::error_code error;
-  return text::FromUtf8(std::filesystem::read_symlink("/proc/self/exe", error).parent_path().string());
+  return text::FromUtf8(std::filesystem::read_symlink("/proc/self/exe", error).string());
 }
 
 std::u16string ConfigDirectory() {
-  std::u16string named = FromEnvironment("XDG_CONFIG_HOME");
-  if (named.starts_with(u'/')) return named; // a relative one is to be ignored
-  const std::u16string home = FromEnvironment("HOME");
-  return home.empty() ? home : home + u"/.config";
+  return UserFolder("XDG_CONFIG_HOME", u"/.config");
+}
+
+std::u16string StateDirectory() {
+  return UserFolder("XDG_STATE_HOME", u"/.local/state");
 }
 
 std::optional<std::u16string> FindProgram(std::u16string_view name) {

@@ -422,17 +422,21 @@ std::u16string CurrentDirectory() {
   return FromWide(folder.value_or(L""));
 }
 
-std::u16string ProgramDirectory() {
+std::u16string ProgramFile() {
   std::wstring path(MAX_PATH, L'\0');
   for (;;) {
     const DWORD size = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
-    if (size < path.size()) return text::ExtractFileDir(FromWide({path.data(), size}));
+    if (size < path.size()) return FromWide({path.data(), size});
     path.resize(path.size() * 2); // it was cut off
   }
 }
 
 std::u16string ConfigDirectory() {
   return EnvironmentVariable(u"APPDATA").value_or(u"");
+}
+
+std::u16string StateDirectory() {
+  return EnvironmentVariable(u"LOCALAPPDATA").value_or(u"");
 }
 
 std::optional<std::u16string> FindProgram(std::u16string_view name) {

@@ -2,6 +2,7 @@
 #include "foundation/platform/Shared.h"
 #include "foundation/platform/Spool.h"
 #include "foundation/text/Text.h"
+#include "foundation/text/WindowsPath.h"
 
 #include <algorithm>
 #include <array>
@@ -84,6 +85,10 @@ Result<std::vector<FolderEntry>> ListDirectory(std::u16string_view path) {
   auto entries = ListUnsorted(path);
   if (entries) std::ranges::sort(*entries, text::LessIgnoreCase, &FolderEntry::Name);
   return entries;
+}
+
+std::u16string ProgramDirectory() {
+  return text::ExtractFileDir(ProgramFile());
 }
 
 } // namespace kx::platform

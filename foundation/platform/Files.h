@@ -104,8 +104,12 @@ Result<std::u16string> CreateTemporaryFile(std::u16string_view folder, std::u16s
 
 std::u16string TemporaryDirectory();
 std::u16string CurrentDirectory();
-std::u16string ProgramDirectory(); // the folder of the running program
-std::u16string ConfigDirectory();  // the user's folder for settings; empty when the system names none
+std::u16string ProgramFile();      // the running program
+std::u16string ProgramDirectory(); // its folder
+// The user's folders for settings, and for what programs remember by themselves; empty when the system names
+// none.
+std::u16string ConfigDirectory();
+std::u16string StateDirectory();
 
 // A program of this name on the search path; its full path. On Windows the extensions of PATHEXT are tried on
 // a name that has none of them.

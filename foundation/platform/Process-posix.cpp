@@ -3,6 +3,7 @@
 #include "foundation/platform/Files.h"
 #include "foundation/platform/LineSplitter.h"
 #include "foundation/platform/Posix.h"
+#include "foundation/platform/ProcessInput-posix.h"
 #include "foundation/platform/ProcessTree-posix.h"
 #include "foundation/platform/ProcessWatcher-posix.h"
 #include "foundation/platform/Spawn-posix.h"
@@ -33,7 +34,6 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::chrono::milliseconds kGrace(1000);   // between the polite request to end and the kill
 constexpr std::chrono::milliseconds kLookAgain(20); // for what the system does not tell
 
 struct Pipe {
@@ -86,6 +86,13 @@ std::vector<char*> Pointers(std::vector<std::string>& texts) {
   return pointers;
 }
 
+// The descriptors that become a program's own.
+struct Streams {
+  int In; // negative: it reads nothing
+  int Out;
+  int Err;
+};
+
 // A started program. It is not left behind: what still runs when this goes away is killed.
 class Child {
 public:
@@ -98,12 +105,15 @@ public:
 
   // The error number, or 0.
   int Start(const std::string& program, std::vector<std::string> arguments,
-            std::vector<std::string> environment, const std::string& folder, const Descriptor& out,
-            const Descriptor& err) {
+            std::vector<std::string> environment, const std::string& folder, const Streams& streams) {
     SpawnActions actions;
-    posix_spawn_file_actions_addopen(actions.Get(), STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    posix_spawn_file_actions_adddup2(actions.Get(), out.Get(), STDOUT_FILENO);
-    posix_spawn_file_actions_adddup2(actions.Get(), err.Get(), STDERR_FILENO);
+    if (streams.In < 0) {
+      posix_spawn_file_actions_addopen(actions.Get(), STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    } else {
+      posix_spawn_file_actions_adddup2(actions.Get(), streams.In, STDIN_FILENO);
+    }
+    posix_spawn_file_actions_adddup2(actions.Get(), streams.Out, STDOUT_FILENO);
+    posix_spawn_file_actions_adddup2(actions.Get(), streams.Err, STDERR_FILENO);
     if (!folder.empty()) posix_spawn_file_actions_addchdir_np(actions.Get(), folder.c_str());
     const SpawnAttributes attributes(POSIX_SPAWN_SETPGROUP);
     if (const int error = watcher_.Start(tree_.Mark); error != 0) return error;
@@ -246,8 +256,7 @@ Failure RunFailure(const ProcessRequest& request, std::u16string_view reason) {
 }
 
 // Starts the program; fails with the reason why it cannot be.
-Status Start(const ProcessRequest& request, const std::string& mark, Child& child, const Descriptor& out,
-             const Descriptor& err) {
+Status Start(const ProcessRequest& request, const std::string& mark, Child& child, const Streams& streams) {
   const auto program = FindNative(request.Executable);
   if (!program) return RunFailure(request, Reason(ENOENT));
   std::string folder;
@@ -262,7 +271,7 @@ Status Start(const ProcessRequest& request, const std::string& mark, Child& chil
     arguments.push_back(text::ToUtf8(argument));
   }
   const int error =
-      child.Start(*program, std::move(arguments), EnvironmentFor(request, mark), folder, out, err);
+      child.Start(*program, std::move(arguments), EnvironmentFor(request, mark), folder, streams);
   if (error != 0) return RunFailure(request, Reason(error));
   return Done{};
 }
@@ -277,9 +286,11 @@ Result<ProcessOutcome> RunProcess(const ProcessRequest& request, const ProcessOu
   if (!outPipe.IsOpen() || !errPipe.IsOpen()) return RunFailure(request, Reason(errno));
   const std::string mark = NewRunMark();
   Child child(mark);
-  if (const Status started = Start(request, mark, child, outPipe.Write, errPipe.Write); !started) {
-    return Failure{started.Message()};
-  }
+  const Streams streams{request.Input ? request.Input->Ends().Read.Get() : -1, outPipe.Write.Get(),
+                        errPipe.Write.Get()};
+  const Status started = Start(request, mark, child, streams);
+  if (request.Input) request.Input->Ends().Read.Close(); // so that writing fails once the program is gone
+  if (!started) return Failure{started.Message()};
   outPipe.Write.Close();
   errPipe.Write.Close();
 
@@ -288,7 +299,7 @@ Result<ProcessOutcome> RunProcess(const ProcessRequest& request, const ProcessOu
   Run run(child, *out, *err, stops);
   if (!run.UntilEndOrStop()) {
     if (!AnyUrgent(stops)) child.AskToEnd();
-    run.UntilEndOr(Clock::now() + kGrace);
+    run.UntilEndOr(Clock::now() + request.Grace);
     child.KillAll();
     out->ReadRest();
     err->ReadRest();

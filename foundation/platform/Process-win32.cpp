@@ -2,6 +2,7 @@
 
 #include "foundation/platform/Files.h"
 #include "foundation/platform/OutputStream-win32.h"
+#include "foundation/platform/ProcessInput-win32.h"
 #include "foundation/platform/Win32.h"
 #include "foundation/text/Encoding.h"
 #include "foundation/text/Text.h"
@@ -22,7 +23,6 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::chrono::milliseconds kGrace(1000);     // between the polite request to end and the kill
 constexpr std::chrono::milliseconds kLookAgain(20);   // for an urgent stop
 constexpr std::chrono::milliseconds kLastWords(5000); // for killed processes to be gone
 constexpr std::size_t kLongestCommandLine = 32766;
@@ -166,13 +166,12 @@ public:
   }
 
   // The error number, or 0. The program runs only once all it may start is bound to the job.
-  DWORD Start(Launch launch, HANDLE out, HANDLE err) {
-    const Handle in = OpenNothing();
-    InheritedHandles handles({in.Get(), out, err});
+  DWORD Start(Launch launch, HANDLE in, HANDLE out, HANDLE err) {
+    InheritedHandles handles({in, out, err});
     STARTUPINFOEXW startup{};
     startup.StartupInfo.cb = sizeof startup;
     startup.StartupInfo.dwFlags = STARTF_USESTDHANDLES;
-    startup.StartupInfo.hStdInput = in.Get();
+    startup.StartupInfo.hStdInput = in;
     startup.StartupInfo.hStdOutput = out;
     startup.StartupInfo.hStdError = err;
     startup.lpAttributeList = handles.Get();
@@ -279,7 +278,10 @@ Result<ProcessOutcome> RunProcess(const ProcessRequest& request, const ProcessOu
   OutputPipe errPipe = MakeOutputPipe();
   if (!outPipe.IsOpen() || !errPipe.IsOpen()) return RunFailure(request, Reason(GetLastError()));
   Child child;
-  const DWORD error = child.Start(*std::move(launch), outPipe.Write.Get(), errPipe.Write.Get());
+  Handle nothing = request.Input ? Handle() : OpenNothing();
+  Handle& in = request.Input ? request.Input->Ends().Read : nothing;
+  const DWORD error = child.Start(*std::move(launch), in.Get(), outPipe.Write.Get(), errPipe.Write.Get());
+  in.Close(); // so that writing fails once the program is gone
   if (error != 0) return RunFailure(request, Reason(error));
   outPipe.Write.Close();
   errPipe.Write.Close();
@@ -288,7 +290,7 @@ Result<ProcessOutcome> RunProcess(const ProcessRequest& request, const ProcessOu
   const auto err = std::make_unique<OutputStream>(std::move(errPipe.Read), output.OnStdErr);
   Run run(child, *out, *err, stops);
   if (!run.UntilEndOrStop()) {
-    if (!AnyUrgent(stops) && child.AskToEnd()) run.UntilEndOr(Clock::now() + kGrace);
+    if (!AnyUrgent(stops) && child.AskToEnd()) run.UntilEndOr(Clock::now() + request.Grace);
     child.KillAll();
     out->ReadRest();
     err->ReadRest();

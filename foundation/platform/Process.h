@@ -1,10 +1,13 @@
 // Runs one program and reads what it writes.
 #pragma once
 
+#include "foundation/platform/ProcessInput.h"
 #include "foundation/platform/Result.h"
 #include "foundation/platform/StopSignal.h"
 
+#include <chrono>
 #include <functional>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
@@ -21,7 +24,9 @@ struct ProcessRequest {
   // Empty: the current folder. Windows takes no long path here; the tool then sees the folder's short one.
   std::u16string WorkingDirectory;
   std::vector<std::pair<std::u16string, std::u16string>>
-      Environment; // added to, or replacing, the caller's own
+      Environment;                       // added to, or replacing, the caller's own
+  std::chrono::milliseconds Grace{1000}; // between a polite request to end and the end by force
+  std::shared_ptr<ProcessInput> Input{}; // what it reads, for this one run; null: nothing
 };
 
 // Whole lines, without their line ends, in the order read; what the tool wrote last without a line end is a
@@ -38,10 +43,10 @@ struct ProcessOutcome {
 };
 
 // Starts the program and returns when it has ended. A stop signal, raised before or during the run, ends the
-// program and everything it started: first politely (SIGTERM; Ctrl-Break where there is a console), after a
-// second, or once the stop is urgent, by force. The end of this program, however it comes, ends them too.
-// Pipes that the tool's own left-behind servers still hold open are not waited for. Standard input is empty.
-// An exception of a callback ends the tool and passes on.
+// program and everything it started: first politely (SIGTERM; Ctrl-Break where there is a console), after the
+// time of grace, or once the stop is urgent, by force. The end of this program, however it comes, ends them
+// too. Pipes that the tool's own left-behind servers still hold open are not waited for. An exception of a
+// callback ends the tool and passes on.
 Result<ProcessOutcome> RunProcess(const ProcessRequest& request, const ProcessOutput& output,
                                   std::span<const StopSignal* const> stops);
 

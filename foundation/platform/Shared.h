@@ -1,10 +1,12 @@
 // What the sources of every system in this room share.
 #pragma once
 
+#include "foundation/platform/FileTree.h"
 #include "foundation/platform/Files.h"
 
 #include <cstdint>
 #include <filesystem>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,6 +26,11 @@ Result<bool> SaveNew(std::u16string_view path, std::string_view bytes, std::u16s
 
 // What ListDirectory gives, as the system orders it.
 Result<std::vector<FolderEntry>> ListUnsorted(std::u16string_view path);
+
+// What ListFileTree gives, as the system orders it; it leaves out folders of these names.
+Result<std::vector<FileStamp>> ListTreeUnsorted(std::u16string_view folder,
+                                                std::span<const std::u16string_view> without);
+bool IsLeftOut(std::u16string_view name, std::span<const std::u16string_view> without);
 
 // A folder and all that is in it; links are removed, not followed. What cannot be removed stays.
 void RemoveTree(const std::filesystem::path& folder) noexcept;

@@ -110,6 +110,19 @@ bool WasIgnored(int number) {
   return wereIgnored[static_cast<std::size_t>(place)].load();
 }
 
+void Handle(int number, void (*handler)(int)) {
+  struct sigaction action {};
+  action.sa_handler = handler;
+  action.sa_flags = SA_RESTART;
+  for (const int interrupt : kInterrupts)
+    sigaddset(&action.sa_mask, interrupt);
+  sigaction(number, &action, nullptr);
+}
+
+void OnDeadline(int /*alarm*/) {
+  EndWhenSaved(lastInterrupt.load());
+}
+
 void Interrupt(int number) {
   StopSignal* const signal = interrupted.load();
   if (signal == nullptr) {
@@ -122,6 +135,7 @@ void Interrupt(int number) {
     signal->Raise();
   } else if (!signal->IsUrgent()) {
     signal->RaiseUrgently();
+    Handle(SIGALRM, OnDeadline); // no sooner: until now the alarm is whoever's it was
     alarm(kSecondsToEnd);
   } else {
     EndWhenSaved(number);
@@ -132,19 +146,6 @@ void OnInterrupt(int number) {
   const int error = errno; // a signal handler must leave it alone
   Interrupt(number);
   errno = error;
-}
-
-void OnDeadline(int /*alarm*/) {
-  EndWhenSaved(lastInterrupt.load());
-}
-
-void Handle(int number, void (*handler)(int)) {
-  struct sigaction action {};
-  action.sa_handler = handler;
-  action.sa_flags = SA_RESTART;
-  for (const int interrupt : kInterrupts)
-    sigaddset(&action.sa_mask, interrupt);
-  sigaction(number, &action, nullptr);
 }
 
 // For the rest of the program's life: without a signal to raise they do what the system would do.
@@ -159,7 +160,6 @@ void TakeInterrupts() {
       const bool lent = kInterrupts[i] == SIGHUP && isIgnored; // started by nohup
       if (!lent) Handle(kInterrupts[i], OnInterrupt);
     }
-    Handle(SIGALRM, OnDeadline);
   });
 }
 

@@ -36,16 +36,13 @@ std::u16string SystemName() {
                              : text::FromUtf8(std::string(system.sysname) + " " + system.release);
 }
 
-std::u16string StateDirectory() {
-  std::u16string named = EnvironmentVariable(u"XDG_STATE_HOME").value_or(u"");
-  if (named.starts_with(u'/')) return named; // a relative one is to be ignored
-  const std::u16string home = EnvironmentVariable(u"HOME").value_or(u"");
-  return home.empty() ? home : home + u"/.local/state";
-}
-
 std::optional<std::u16string> EnvironmentVariable(std::u16string_view name) {
   const char* value = getenv(text::ToUtf8(name).c_str());
   return value == nullptr ? std::nullopt : std::optional(text::FromUtf8(value));
+}
+
+void ForgetEnvironmentVariable(std::u16string_view name) {
+  unsetenv(text::ToUtf8(name).c_str());
 }
 
 std::vector<std::u16string> EnvironmentNames() {

@@ -33,10 +33,6 @@ std::u16string SystemName() {
          text::FromInteger(version.dwMinorVersion) + u" (" + text::FromInteger(version.dwBuildNumber) + u")";
 }
 
-std::u16string StateDirectory() {
-  return EnvironmentVariable(u"LOCALAPPDATA").value_or(u"");
-}
-
 std::optional<std::u16string> EnvironmentVariable(std::u16string_view name) {
   const std::wstring wide = ToWide(name);
   SetLastError(ERROR_SUCCESS);
@@ -44,6 +40,10 @@ std::optional<std::u16string> EnvironmentVariable(std::u16string_view name) {
       [&](wchar_t* buffer, DWORD size) { return GetEnvironmentVariableW(wide.c_str(), buffer, size); });
   if (value) return FromWide(*value);
   return GetLastError() == ERROR_SUCCESS ? std::optional(std::u16string()) : std::nullopt;
+}
+
+void ForgetEnvironmentVariable(std::u16string_view name) {
+  SetEnvironmentVariableW(ToWide(name).c_str(), nullptr);
 }
 
 std::vector<std::u16string> EnvironmentNames() {

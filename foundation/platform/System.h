@@ -13,10 +13,9 @@ namespace kx::platform {
 std::u16string MachineName();
 std::u16string
 SystemName(); // with its version: "Debian GNU/Linux 12 (bookworm)", "Windows 10.0"; empty when unknown
-// The user's folder for what programs remember by themselves; empty when the system names none.
-std::u16string StateDirectory();
 std::optional<std::u16string> EnvironmentVariable(std::u16string_view name);
 std::vector<std::u16string> EnvironmentNames();
+void ForgetEnvironmentVariable(std::u16string_view name); // programs started from now on do not get it
 bool IsWindows();
 
 // Shows the address in the user's browser and does not wait for it.

@@ -1,5 +1,7 @@
 #include "foundation/text/Text.h"
 
+#include "foundation/text/Hash.h"
+
 #include <algorithm>
 #include <array>
 #include <limits>
@@ -108,9 +110,7 @@ std::size_t FindIgnoreCase(std::u16string_view text, std::u16string_view wanted,
 }
 
 std::size_t IgnoreCaseHash::operator()(std::u16string_view text) const {
-  std::uint64_t hash = 14695981039346656037U;
-  for (const char16_t c : text)
-    hash = (hash ^ Fold(c)) * 1099511628211U;
+  const std::uint64_t hash = StableHash(text, Fold);
   return static_cast<std::size_t>(hash ^ (hash >> 32));
 }
 

@@ -59,6 +59,8 @@ TEST(RegEx, Splits) {
       {u"|x|", u"\\|", {u"", u"x", u""}},
       {u"", u"\\|", {u""}},
       {u"abc", u"", {u"a", u"b", u"c"}},
+      {u"", u"", {u""}},
+      {u"1,2;;3", u"[,;]*", {u"1", u"2", u"3"}},
   };
   for (const auto& [input, pattern, pieces] : cases)
     EXPECT_EQ(RegEx::Split(input, pattern), pieces);

@@ -29,6 +29,7 @@ public:
 };
 
 TEST(XmlStream, HandsTheDocumentOverInItsOrder) {
+  using namespace std::string_literals;
   const std::tuple<const char*, std::string, std::string> cases[] = {
       {"elements and text", "<r>a<b>c</b>d<e/></r>", "<r>a<b>c</>d<e></></>"},
       {"namespaces", "<r xmlns='u' xmlns:p='v'><p:a/><b xmlns=''/></r>", "<{u}r><{v}a></><b></></>"},
@@ -38,6 +39,9 @@ TEST(XmlStream, HandsTheDocumentOverInItsOrder) {
       {"line ends", "<r a='1\r\n2\t3&#10;'>1\r\n2\r3&#13;</r>", "<r a=1 2 3\n>1\n2\n3\r</>"},
       {"sections, comments, instructions", "<?p?><!--c--><r>a<![CDATA[<&]]><!--c-->b<?p q?> </r><!--c-->",
        "<r>a<&b </>"},
+      {"UTF-16, where each half of a character may be 0", "\xFF\xFE<\0r\0>\0\0\1<\0/\0r\0>\0"s,
+       "<r>\xC4\x80</>"},
+      {"the same without a mark", "\0<\0?\0p\0?\0>\0<\0r\0>\0a\1\0\0<\0/\0r\0>"s, "<r>a\xC4\x80</>"},
   };
   for (const auto& [what, xml, heard] : cases) {
     TEcho echo;

@@ -1,7 +1,11 @@
 #include "foundation/platform/Console.h"
 
+#include <algorithm>
+#include <cstdlib>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <optional>
+#include <termios.h>
 #include <thread>
 #include <unistd.h>
 
@@ -35,6 +39,53 @@ TEST(WriteConsole, GivesAPipeThatDoesNotWaitEverythingAndAFullDiskUp) {
   EXPECT_TRUE(received == text) << received.size();
   EXPECT_EQ(well, u"");
   EXPECT_EQ(failed, u"No space left on device");
+}
+
+// A person at a terminal of the test's own: what is typed, what comes of it, and all that the terminal shows.
+TEST(AskForSecret, ShowsNothingOfWhatIsTyped) {
+  const std::tuple<const char*, std::string, std::optional<std::string>> rows[] = {
+      {"a line", "secret\r", "secret"},
+      {"a line ended otherwise", "secret\n", "secret"},
+      {"letters taken back",
+       "ab\x7F\bc\xC3\xA9\x7F\x7F\x7F\x7F"
+       "d\r",
+       "d"},
+      {"begun anew", "wrong\x15right\r", "right"},
+      {"given up", "x\x03", std::nullopt},
+      {"given up otherwise", "x\x04", std::nullopt},
+  };
+  for (const auto& [name, typed, expected] : rows) {
+    const int master = posix_openpt(O_RDWR | O_NOCTTY);
+    ASSERT_EQ(grantpt(master) | unlockpt(master), 0);
+    const int terminal = open(ptsname(master), O_RDWR | O_NOCTTY);
+    const int input = dup(STDIN_FILENO), errors = dup(STDERR_FILENO);
+    dup2(terminal, STDIN_FILENO);
+    dup2(terminal, STDERR_FILENO);
+    termios before{}, after{};
+    tcgetattr(terminal, &before);
+    std::string shown;
+    std::thread person([&, &keys = typed] {
+      char block[64];
+      while (shown.find("Key: ") == std::string::npos)
+        shown.append(block,
+                     static_cast<std::size_t>(std::max<ssize_t>(read(master, block, sizeof block), 0)));
+      EXPECT_EQ(write(master, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
+    });
+    EXPECT_TRUE(IsInputTerminal());
+    const auto answer = AskForSecret("Key: ");
+    person.join();
+    tcgetattr(terminal, &after);
+    dup2(input, STDIN_FILENO);
+    dup2(errors, STDERR_FILENO);
+    static_cast<void>(write(terminal, "|", 1));
+    for (char c = 0; c != '|' && read(master, &c, 1) == 1;)
+      shown += c;
+    for (const int opened : {input, errors, terminal, master})
+      close(opened);
+    EXPECT_EQ(answer, expected) << name;
+    EXPECT_EQ(shown, "Key: \r\n|") << name;
+    EXPECT_EQ(after.c_lflag, before.c_lflag) << name << ": the terminal is as it was";
+  }
 }
 
 } // namespace

@@ -21,6 +21,27 @@ TEST_F(Process, FloodsOnBothStreamsArriveWhole) {
   EXPECT_EQ(RunProcess(Tool({u"flood:1000", u"exit:4"}), {}, {})->ExitCode, 4) << "nobody listens";
 }
 
+TEST_F(Process, ReadsWhatItIsToldWhileItRuns) {
+  ProcessRequest request = Tool({u"out:ready\\n", u"input", u"exit:3"});
+  const auto input = *ProcessInput::Open();
+  request.Input = input;
+  const auto outcome = Run(request, [&](std::u16string_view line) {
+    if (line == u"two é") return input->Close();
+    EXPECT_TRUE(input->Write(line == u"ready" ? "one\n" : "two é\n"));
+  });
+  EXPECT_EQ(outcome->ExitCode, 3);
+  EXPECT_THAT(out_, ElementsAre(u"ready", u"one", u"two é"));
+
+  ProcessRequest gone = Tool({u"out:ready\\n"});
+  const auto unread = *ProcessInput::Open();
+  gone.Input = unread;
+  EXPECT_EQ(ExitCode(gone), 0);
+  const auto isRead = [&unread] { return static_cast<bool>(unread->Write("nobody reads this\n")); };
+  for (int looks = 0; looks < 500 && isRead(); ++looks) // a system may take a moment to close its end
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  EXPECT_FALSE(isRead());
+}
+
 TEST_F(Process, GetsArgumentsFolderAndEnvironmentAsAsked) {
   fs::create_directories(Native("Work Folder"));
   ProcessRequest request = Tool({u"folder", u"env:KX_ADDED", u"env:Path", u"input", u"args"});

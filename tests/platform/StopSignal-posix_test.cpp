@@ -16,7 +16,16 @@ void Expect(bool isTrue, int codeElse) {
   if (!isTrue) std::_Exit(codeElse);
 }
 
-TEST(InterruptHandler, RaisesTheSignalThenUrgentlyAndEndsTheProgramAtTheThird) {
+// In a program of their own: here what other tests have left of the signals would do as well.
+class Interrupted : public testing::Test {
+protected:
+  Interrupted() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
+  ~Interrupted() override { GTEST_FLAG_SET(death_test_style, "fast"); }
+};
+using InterruptHandlerTest = Interrupted;
+using SaveScopeTest = Interrupted;
+
+TEST_F(InterruptHandlerTest, RaisesTheSignalThenUrgentlyAndEndsTheProgramAtTheThird) {
   for (const int number : Interrupts) {
     const auto interruptThrice = [&] {
       StopSignal signal;
@@ -35,7 +44,7 @@ TEST(InterruptHandler, RaisesTheSignalThenUrgentlyAndEndsTheProgramAtTheThird) {
   }
 }
 
-TEST(InterruptHandler, EndsAProgramThatDoesNotHeedTheSecondUnlessItIsOnItsWayOut) {
+TEST_F(InterruptHandlerTest, EndsAProgramThatDoesNotHeedTheSecondUnlessItIsOnItsWayOut) {
   const auto interruptTwice = [](bool isOnItsWayOut) {
     StopSignal signal;
     std::optional<InterruptHandler> handler(std::in_place, signal);
@@ -49,7 +58,7 @@ TEST(InterruptHandler, EndsAProgramThatDoesNotHeedTheSecondUnlessItIsOnItsWayOut
   EXPECT_EXIT(interruptTwice(true), testing::ExitedWithCode(7), "");
 }
 
-TEST(SaveScope, HoldsBackTheEndUntilTheLastSaveIsDone) {
+TEST_F(SaveScopeTest, HoldsBackTheEndUntilTheLastSaveIsDone) {
   for (const int number : Interrupts) {
     const auto interruptSave = [&] {
       {
@@ -68,7 +77,7 @@ TEST(SaveScope, HoldsBackTheEndUntilTheLastSaveIsDone) {
   }
 }
 
-TEST(SaveScope, LeavesAloneWhatWasIgnored) {
+TEST_F(SaveScopeTest, LeavesAloneWhatWasIgnored) {
   const auto interruptIgnored = [] {
     for (const int number : Interrupts)
       std::signal(number, SIG_IGN);

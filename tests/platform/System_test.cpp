@@ -3,8 +3,10 @@
 
 #include "foundation/platform/Files.h"
 #include "foundation/text/Encoding.h"
+#include "foundation/text/Text.h"
 #include "foundation/text/WindowsPath.h"
 
+#include <algorithm>
 #include <gmock/gmock.h>
 
 namespace kx::platform {
@@ -27,6 +29,17 @@ TEST(LoadLibraryEntry, GivesAnEntryThatCanBeCalledOrTheReason) {
     EXPECT_THAT(message, testing::StartsWith("Cannot load library " + text::ToUtf8(path) + ". "));
     EXPECT_THAT(message, testing::HasSubstr(reason));
   }
+}
+
+TEST(EnvironmentNames, AreThoseOfAllThatIsSet) {
+  const auto names = EnvironmentNames();
+  EXPECT_GE(names.size(), 2U);
+  for (const auto& name : names)
+    if (!name.starts_with(u'=')) { // a folder of a drive of Windows
+      EXPECT_TRUE(EnvironmentVariable(name)) << text::ToUtf8(name);
+    }
+  EXPECT_TRUE(std::ranges::any_of(names, [](auto& name) { return text::EqualsIgnoreCase(name, u"PATH"); }));
+  EXPECT_EQ(EnvironmentVariable(u"KX_NOBODY_SETS_THIS"), std::nullopt);
 }
 
 } // namespace

@@ -65,9 +65,25 @@ TEST(SingleBytePages, MapAllBytesThereAndBack) {
     all.push_back(static_cast<char>(byte));
   for (const auto page : {Windows1252, Dos850})
     EXPECT_EQ(ToSingleByte(FromSingleByte(all, page), page), all);
-  EXPECT_EQ(FromSingleByte("\x80\x92\x9C\xE9\x81", Windows1252), u"\u20AC\u2019\u0153\u00E9\x81");
-  EXPECT_EQ(FromSingleByte("\x82\x8A\x85\x87\x88\x93\xE1\xC4\xFF", Dos850), u"éèàçêôß\u2500\u00A0");
+  EXPECT_EQ(FromSingleByte(std::string_view(all).substr(0x80, 0x20), Windows1252),
+            u"€\x81‚ƒ„…†‡ˆ‰Š‹Œ\x8D"
+            u"Ž\x8F\x90‘’“”•–—˜™š›œ\x9D"
+            u"žŸ");
+  EXPECT_EQ(FromSingleByte("\xA0\xE9\xFF", Windows1252), u"\u00A0éÿ");
+  EXPECT_EQ(FromSingleByte(std::string_view(all).substr(0x80), Dos850),
+            u"ÇüéâäàåçêëèïîìÄÅÉæÆôöòûùÿÖÜø£Ø×ƒáíóúñÑªº¿®¬½¼¡«»░▒▓│┤ÁÂÀ©╣║╗╝¢¥┐└┴┬├─┼ãÃ╚╔╩╦╠═╬¤ðÐÊËÈıÍÎÏ┘┌█▄¦Ì"
+            u"▀ÓßÔÒõÕµþÞÚÛÙýÝ¯´\u00AD±‗¾¶§÷¸°¨·¹³²■\u00A0");
   EXPECT_EQ(ToSingleByte(u"\u20AC", Dos850), std::nullopt);
+}
+
+TEST(ByteOrderMarks, AreKnownByTheirBytes) {
+  const std::tuple<std::string_view, ByteOrderMark, std::size_t> rows[] = {
+      {"\xEF\xBB\xBFx", ByteOrderMark::Utf8, 3},
+      {"\xFF\xFE", ByteOrderMark::Utf16LE, 2},
+      {"\xFE\xFF", ByteOrderMark::Utf16BE, 2},
+      {"\xEF\xBB", ByteOrderMark::None, 0}};
+  for (const auto& [bytes, mark, length] : rows)
+    EXPECT_EQ(std::pair(DetectByteOrderMark(bytes), LengthOf(mark)), std::pair(mark, length));
 }
 
 // The same words in both pages: the guess must tell them apart by the bytes alone.

@@ -50,6 +50,16 @@ TEST(StringList, FindsNamesAndValuesWithoutRegardToCase) {
   EXPECT_EQ(list.IndexOf(u"NO EQUALS SIGN"), 1U);
 }
 
+TEST(StringList, ChangesTheLinesThatAreThere) {
+  TStringList list{u"a", u"b", u"c"};
+  list.Set(1, u"B");
+  list.Set(3, u"d");
+  list.Delete(0);
+  list.Delete(2);
+  list.Add(u"e");
+  EXPECT_EQ(list, (TStringList{u"B", u"c", u"e"}));
+}
+
 TEST(StringList, ReadsEveryLineEndAndWritesOne) {
   TStringList list;
   list.SetText(u"a\r\nb\nc\r\r\nd");

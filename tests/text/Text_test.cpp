@@ -1,12 +1,24 @@
 #include "foundation/text/Text.h"
 
+#include "foundation/text/Exceptions.h"
+
 #include <gtest/gtest.h>
+
+#include <new>
+#include <stdexcept>
+#include <system_error>
 
 namespace kx::text {
 namespace {
 
 TEST(FoldCase, PairsCapitalAndSmallLettersAndIsStable) {
-  const std::u16string_view capitals = u"AZÉŸŅŠŽŐƯǄȘΆΩЖЂҐӀẤẀỸＡ", smalls = u"azéÿņšžőưǆșάωжђґӏấẁỹａ";
+  // Of each range the first letters and the last.
+  const std::u16string_view capitals = uR"(AZÉŅŠŐẤÀÁÖØÙÞĀĂĮĲĴĶĹĻŇŊŌŶŸŹŻŽƏƑƠƢƤƯǄǇǊǍǏǛǞǠǮǱǴǸǺȞȢȤȲΆΈΉΊ
+ΌΎΏΑΒΡΣΤΫϘϚϮЀЁЏАБЯѠѢҀҊҌҾӀӁӃӍӐӒԮḀḂẔẠẢỾἈἉἏἘἙἝἨἩἯἸἹἿὈὉὍὙὛὟὨ
+ὩὯＡＢＺ)";
+  const std::u16string_view smalls = uR"(azéņšőấàáöøùþāăįĳĵķĺļňŋōŷÿźżžəƒơƣƥưǆǉǌǎǐǜǟǡǯǳǵǹǻȟȣȥȳάέήί
+όύώαβρστϋϙϛϯѐёџабяѡѣҁҋҍҿӏӂӄӎӑӓԯḁḃẕạảỿἀἁἇἐἑἕἠἡἧἰἱἷὀὁὅὑὓὗὠ
+ὡὧａｂｚ)";
   for (std::size_t i = 0; i < capitals.size(); ++i)
     EXPECT_EQ(FoldCase(capitals[i]), smalls[i]) << std::hex << unsigned{smalls[i]};
   for (const char16_t c : std::u16string_view(u"@[`{0 ×÷ßµſİı€‰日"))
@@ -56,6 +68,27 @@ TEST(SplitLines, TakesAllLineEnds) {
     EXPECT_EQ(SplitLines(text), lines) << testing::PrintToString(text);
 }
 
+TEST(Split, KeepsEmptyPartsWhichJoinPutsBack) {
+  EXPECT_EQ(Split(u",a,,b", u','), (std::vector<std::u16string_view>{u"", u"a", u"", u"b"}));
+  EXPECT_EQ(Join(std::vector<std::u16string>{u"", u"a", u"", u"b"}, u", "), u", a, , b");
+}
+
+TEST(VisibleControls, LeavesLinesAndTabs) {
+  EXPECT_EQ(VisibleControls(u"a\t\r\n \x1B\x1F\x7F\x85\u00A0~"), u"a\t\r\n \u241B\u241F\u2421\u2421\u00A0~");
+}
+
+TEST(Errors, SayWhatAndWhere) {
+  const EKxParseError parsing(u"bad", u"a.sln", 3);
+  EXPECT_EQ(PlaceOf(parsing) + PlaceOf(EKxParseError(u"x", u"", 1)) + PlaceOf(EKxParseError(u"x", u"a", 0)),
+            u"a.sln, line 3");
+  EXPECT_EQ(PlaceOf(EKxException(u"x")), u"");
+  EXPECT_EQ(MessageOf(parsing) + MessageOf(std::bad_alloc()) + MessageOf(std::runtime_error("\xC3\xA9")),
+            u"badOut of memoryé");
+  for (const auto& [code, isThread] :
+       {std::pair(std::errc::resource_unavailable_try_again, true), {std::errc::io_error, false}})
+    EXPECT_EQ(MessageOf(std::system_error(std::make_error_code(code))).starts_with(u"A thread"), isThread);
+}
+
 TEST(ToInteger, RefusesWhatIsNoNumberOrDoesNotFit) {
   const std::pair<std::u16string_view, std::optional<std::int32_t>> rows[] = {
       {u"  -042", -42},    {u"+7", 7},     {u"-2147483648", std::numeric_limits<std::int32_t>::min()},
@@ -70,6 +103,9 @@ TEST(NearestName, HelpsOnlyWhenItIsNear) {
   EXPECT_EQ(NearestName(u"Solutoin", names), u"Solution");
   EXPECT_EQ(NearestName(u"SolutionConfig", names), u"SolutionConfiguration");
   EXPECT_EQ(NearestName(u"validate", names), u"");
+  EXPECT_EQ(NearestName(u"ab", std::vector<std::u16string>{u"xy", u"ba", u"ac"}), u"ba")
+      << "the first of equals";
+  EXPECT_EQ(NearestName(u"a", std::vector<std::u16string>{u"b"}), u"") << "nothing is left of it";
 }
 
 } // namespace
