@@ -144,8 +144,7 @@ void TCustomKxAction::RegisterDynamicProperty(std::u16string_view name) {
 }
 
 void TCustomKxAction::UnRegisterDynamicProperty(std::u16string_view name) {
-  if (const auto found = dynamicProperties_.find(name); found != dynamicProperties_.end())
-    dynamicProperties_.erase(found);
+  std::erase_if(dynamicProperties_, [name](const auto& known) { return known == name; });
 }
 
 TKxMessageGroup::TKxMessageGroup(TCustomKxAction& action, std::u16string_view title) : action_(action) {

@@ -144,9 +144,19 @@ public:
   // run has (ForeseeExpression) is passed over.
   virtual void LookAhead(IKxActionValidationError& /*errors*/) {}
   virtual bool Execute() = 0; // any exception fails the action too
+  // Counts up and stores (ChangeStored) the numbers that Execute would; it counts nothing then. For runs in
+  // which several actions count at the same time. Raises EKxException when they cannot be stored.
+  virtual void CountUp() {}
   // The full paths of the user's files that Execute would change, as far as the settings tell; for looking
   // ahead, so nothing is logged. Never raises.
   virtual void GetFilesToChange(text::TStringList& /*files*/) {}
+  // In the same way the full paths of what Execute reads to know what there is to do (solutions, projects,
+  // lists of tests), and of what its tools write where the user says it (results).
+  virtual void GetFilesToRead(text::TStringList& /*files*/) {}
+  virtual void GetFilesToWrite(text::TStringList& /*files*/) {}
+  // What a machine must have for Execute, in words that whoever keeps machines gives them: "vs2008",
+  // "mstest". Never raises.
+  virtual void GetRequirements(text::TStringList& /*words*/) const {}
 
   // Variables of the action's own; the names with a type ("NAME=btString") or a description behind them.
   virtual void CollectLocalVariables(text::TStringList& names, bool withTypes, bool withDescriptions) const;

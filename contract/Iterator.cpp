@@ -29,8 +29,15 @@ bool TKxBaseIterator::Execute() {
   count_ = 0;
   if (!BeforeFirstIteration()) return false;
   if (count_ == 0) ReportBreach(KxVerdictRules::EmptyLoop, GetEmptyMessage());
+  if (onlyPass_ > count_) {
+    SendMessage(u"There is no pass " + text::FromInteger(onlyPass_) + u" any more: the loop has " +
+                    text::FromInteger(count_) + u".",
+                TStatusTag::stError);
+    return false;
+  }
+  const int last = onlyPass_ > 0 ? onlyPass_ : count_;
   bool succeeded = true;
-  for (current_ = 1; succeeded && current_ <= count_; ++current_) {
+  for (current_ = std::max(onlyPass_, 1); succeeded && current_ <= last; ++current_) {
     if (!loopVariable_.empty()) Host().SetVariable(loopVariable_, GetCurrentValue());
     succeeded = !Host().Stop().IsRaised() && Host().RunChildren(*this);
   }

@@ -3,10 +3,20 @@
 
 #include "contract/Actions.h"
 
+#include <optional>
+#include <string>
+#include <vector>
+
 namespace kx {
 
 // Letters, digits, "_" and ".": what expressions can refer to.
 bool IsVariableName(std::u16string_view name);
+
+// One pass of a loop, as it can be told beforehand.
+struct TKxPass {
+  std::u16string Value;           // of the loop variable
+  std::vector<std::size_t> Needs; // the passes, from 0, that it must follow; all before it in the list
+};
 
 // Runs its child actions once a pass; on each pass the loop variable holds the current value. The first pass
 // that fails and a stop request end the loop. A loop without a pass is a breach of the rule EmptyLoop.
@@ -23,6 +33,12 @@ public:
   int GetIterationCount() const { return count_; }
   int GetCurrentIteration() const { return current_; } // from 1 while the loop runs, 0 outside it
 
+  // The passes that Execute would make, in its order; nothing when they cannot be told. Says nothing in the
+  // log; raises nothing.
+  virtual std::optional<std::vector<TKxPass>> Passes() { return std::nullopt; }
+  // Execute makes this pass alone, from 1; 0: all of them. It fails when there is no such pass.
+  void SetOnlyPass(int pass) { onlyPass_ = pass; }
+
 protected:
   virtual bool BeforeFirstIteration() = 0; // sets the count; False ends the loop as failed
   virtual std::u16string GetCurrentValue() = 0;
@@ -36,6 +52,7 @@ private:
   std::u16string loopVariable_;
   int count_ = 0;
   int current_ = 0;
+  int onlyPass_ = 0;
 };
 
 } // namespace kx

@@ -70,9 +70,10 @@ struct TKxPageField {
 struct TKxFieldOffer {
   std::u16string Value; // what to put into the field, or the line to add to a list
   std::u16string Label;
-  bool Chosen = false;                    // the field's present value means it
-  std::vector<std::u16string> Lines = {}; // those of a list that mean it
-  std::vector<std::u16string> Cells = {}; // what it has for each of the columns; may be empty
+  bool Chosen = false;                      // the field's present value means it
+  std::vector<std::u16string> Lines = {};   // those of a list that mean it
+  std::vector<std::u16string> Cells = {};   // what it has for each of the columns; may be empty
+  std::vector<std::u16string> Folders = {}; // in which it is shown, the outermost first
 };
 
 struct TKxFieldOffers {

@@ -1,11 +1,13 @@
 #include "package/buildaction/KxVSDotNetAction.h"
 
+#include "contract/LookAhead.h"
 #include "contract/Utilities.h"
 #include "package/buildaction/ProjectSearch.h"
 #include "package/buildaction/ProjectSelection.h"
 #include "package/buildaction/VersionStamping.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace kx {
 
@@ -30,15 +32,40 @@ std::u16string IdOf(const IVSDotNetSolution& solution, std::u16string_view text)
 
 } // namespace
 
-std::shared_ptr<IVSDotNetSolution> TKxCustomVSDotNetAction::TryOpenSolution() {
+// A solution, and who finds its projects.
+class TKxCustomVSDotNetAction::TLookedAt {
+public:
+  explicit TLookedAt(std::shared_ptr<IVSDotNetSolution> solution) : solution_(std::move(solution)) {}
+  const std::shared_ptr<IVSDotNetSolution>& Solution() const { return solution_; }
+  const TProjectFinder& Projects() {
+    if (!projects_) projects_.emplace(*solution_);
+    return *projects_;
+  }
+
+private:
+  std::shared_ptr<IVSDotNetSolution> solution_;
+  std::optional<TProjectFinder> projects_;
+};
+
+// A plan asks thousands of actions, and passes of one action, about one solution.
+std::shared_ptr<TKxCustomVSDotNetAction::TLookedAt> TKxCustomVSDotNetAction::TryLookAt() {
   if (opening_) return nullptr;
   const TFlagGuard guard(opening_);
   try {
     const std::u16string name = ExpandExpression(solution_.Solution);
-    return name.empty() ? nullptr : LookAtSolution(FullProjectPath(name), false, &Host().Stop());
+    if (name.empty()) return nullptr;
+    const std::u16string file = FullProjectPath(name);
+    return std::static_pointer_cast<TLookedAt>(TKxAskingScope::Read(u"solution " + file, [&] {
+      return std::make_shared<TLookedAt>(LookAtSolution(file, false, &Host().Stop()));
+    }));
   } catch (const std::exception&) {
     return nullptr;
   }
+}
+
+std::shared_ptr<IVSDotNetSolution> TKxCustomVSDotNetAction::TryOpenSolution() {
+  const auto seen = TryLookAt();
+  return seen ? seen->Solution() : nullptr;
 }
 
 std::u16string TKxCustomVSDotNetAction::GetProjectID(std::u16string_view text) {
@@ -73,6 +100,25 @@ void TKxCustomVSDotNetAction::GetFilesToChange(text::TStringList& files) {
   if (const auto solution = TryOpenSolution()) CollectFilesToStamp(*this, *solution, files);
 }
 
+void TKxCustomVSDotNetAction::GetFilesToRead(text::TStringList& files) {
+  const auto solution = TryOpenSolution();
+  if (!solution) return;
+  files.Add(solution->GetFileName());
+  const auto projects = solution->GetProjects();
+  const auto add = [&](const auto& project) { files.Add(ProjectPath(*solution, *project)); };
+  if (solution_.BuildType != TVSDotNetBuildType::btSelectedProjects) {
+    for (int i = 0; i < projects->GetCount(); ++i)
+      add(projects->GetItemInFileOrder(i));
+    return;
+  }
+  for (const auto& id : GetSelectedProjects())
+    if (const auto project = projects->FindByID(id)) add(project);
+}
+
+void TKxCustomVSDotNetAction::GetRequirements(text::TStringList& words) const {
+  if (const auto* version = RowOf(solution_.VStudioVersion)) words.Add(version->Name);
+}
+
 text::TStringList TKxCustomVSDotNetAction::GetSelectedProjects() {
   return WithProjectIDs(solution_.SelectedProjects);
 }
@@ -89,10 +135,10 @@ text::TStringList TKxCustomVSDotNetAction::GetResourceSelectedProjects() {
 text::TStringList TKxCustomVSDotNetAction::WithProjectIDs(const text::TStringList& entries) {
   const auto isId = [](const std::u16string& entry) { return entry.starts_with(u'{'); };
   if (std::all_of(entries.begin(), entries.end(), isId)) return entries;
-  const auto solution = TryOpenSolution();
-  if (!solution) return entries;
+  const auto seen = TryLookAt();
+  if (!seen) return entries;
   text::TStringList ids =
-      ResolveSelection(*solution, entries, [this](auto text) { return ExpandExpression(text); }).Ids;
+      ResolveSelection(seen->Projects(), entries, [this](auto text) { return ExpandExpression(text); }).Ids;
   for (std::size_t i = 0; i < entries.Count(); ++i)
     if (isId(entries[i])) ids.Set(i, entries[i]);
   return ids;

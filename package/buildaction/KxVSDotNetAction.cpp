@@ -3,6 +3,7 @@
 #include "foundation/text/Text.h"
 #include "package/buildaction/KxVSDotNetAction.Run.h"
 #include "package/buildaction/KxVSDotNetOptions.h"
+#include "package/buildaction/VersionStamping.h"
 
 #include <array>
 
@@ -225,6 +226,11 @@ bool TKxCustomVSDotNetAction::Execute() {
   TBuildRun run(*this, Host(), progress_, terminate_);
   const TCurrentRun current(run_, run);
   return run.Execute();
+}
+
+void TKxCustomVSDotNetAction::CountUp() {
+  if (assemblyInfo_.UpdateAssemblyInfo) TAssemblyInfoStamping(*this, nullptr, Host().Stop()).CountUp();
+  if (Win32Stamp().UpdateWin32Resource) TWin32Stamping(*this, nullptr).CountUp();
 }
 
 void TKxCustomVSDotNetAction::OnStdOutData(IKxProcess& /*process*/, std::u16string_view text) {

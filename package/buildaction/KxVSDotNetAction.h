@@ -96,9 +96,12 @@ public:
   using TKxMultiExecAction::NewActionProcess;
 
   bool Execute() override;
+  void CountUp() override;
   bool Validate(IKxActionValidationError& errors) override;
   void LookAhead(IKxActionValidationError& errors) override;
   void GetFilesToChange(text::TStringList& files) override;
+  void GetFilesToRead(text::TStringList& files) override;
+  void GetRequirements(text::TStringList& words) const override;
   void TerminateAction() override { terminate_.Raise(); }
   bool CanTerminate() const override { return true; }
   bool RequiresSync() const override { return false; }
@@ -120,6 +123,8 @@ protected:
 private:
   // Null when it cannot be opened, or is being opened already (an expression in `Solution` that asks for a
   // project).
+  class TLookedAt;
+  std::shared_ptr<TLookedAt> TryLookAt(); // null when there is nothing to look at
   std::shared_ptr<IVSDotNetSolution> TryOpenSolution();
   text::TStringList WithProjectIDs(const text::TStringList& entries);
   void ExplainMissingTool(bool useMSBuild);

@@ -124,7 +124,6 @@ bool TKxMSBuildStructuredOutputHelper::Read(std::u16string_view line, TEvent& ev
 }
 
 void TKxMSBuildStructuredOutputHelper::Handle(const TEvent& event) {
-  const bool isOwnProject = IsProjectOfItsOwn(event[u"project"]);
   if (event.Kind == u"error") {
     ++errors_;
     SendDiagnostic(event, TStatusTag::stError);
@@ -133,11 +132,12 @@ void TKxMSBuildStructuredOutputHelper::Handle(const TEvent& event) {
     SendDiagnostic(event, TStatusTag::stWarning);
   } else if (event.Kind == u"projectStarted" || event.Kind == u"projectBegun") {
     if (event.Kind == u"projectStarted") OpenProject(event);
-    if (isOwnProject) action_.StartProject(ShortName(event[u"project"]));
+    if (IsProjectOfItsOwn(event[u"project"])) action_.StartProject(ShortName(event[u"project"]));
   } else if (event.Kind == u"projectFinished") {
     CloseProject(event);
-    if (isOwnProject) action_.EndProject(ShortName(event[u"project"]), event[u"succeeded"] == u"true");
-    built_ = built_.value_or(0) + (isOwnProject ? 1 : 0);
+    const bool isOwn = IsProjectOfItsOwn(event[u"project"]);
+    if (isOwn) action_.EndProject(ShortName(event[u"project"]), event[u"succeeded"] == u"true");
+    built_ = built_.value_or(0) + (isOwn ? 1 : 0);
   } else if (event.Kind == u"targetStarted") {
     action_.SendMessage(u"Target " + std::u16string(event[u"target"]) + u":");
   } else if (event.Kind == u"message") {

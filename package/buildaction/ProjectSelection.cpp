@@ -18,9 +18,13 @@ std::u16string SolutionName(const IVSDotNetSolution& solution) {
 
 TResolvedSelection ResolveSelection(const IVSDotNetSolution& solution, const text::TStringList& entries,
                                     const TExpandText& expand) {
+  return entries.IsEmpty() ? TResolvedSelection()
+                           : ResolveSelection(TProjectFinder(solution), entries, expand);
+}
+
+TResolvedSelection ResolveSelection(const TProjectFinder& projects, const text::TStringList& entries,
+                                    const TExpandText& expand) {
   TResolvedSelection resolved;
-  if (entries.IsEmpty()) return resolved;
-  const TProjectFinder projects(solution);
   for (const auto& entry : entries) {
     TUnresolvedEntry failed{entry, entry, {}};
     TFoundProjects found = projects.Find(entry);

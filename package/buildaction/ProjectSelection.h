@@ -41,6 +41,9 @@ using TExpandText = std::function<std::u16string(std::u16string_view text)>;
 // expressions were expanded.
 TResolvedSelection ResolveSelection(const IVSDotNetSolution& solution, const text::TStringList& entries,
                                     const TExpandText& expand);
+// The same, with a finder of the solution's projects.
+TResolvedSelection ResolveSelection(const TProjectFinder& projects, const text::TStringList& entries,
+                                    const TExpandText& expand);
 
 // For users: why an entry means no project, with the nearest name; what was taken for it. The solution
 // outlives it. After many entries names are compared no more: somebody has chosen another solution.

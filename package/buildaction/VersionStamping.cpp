@@ -55,11 +55,10 @@ void Increment(TVersionQuadruple& version, std::size_t part) {
   version.SetPart(part, text::FromInteger(std::int64_t{text::ToIntegerOr(version.Part(part), 0)} + 1));
 }
 
-// Has the numbers counted and stored; False with the reason in the log.
-bool StoreCounted(TCustomKxAction& action, std::span<const std::u16string_view> properties,
-                  const std::function<void()>& count) {
+// Counts the numbers and has them stored; False with the reason in the log.
+bool Succeeds(TCustomKxAction& action, const std::function<void()>& count) {
   try {
-    action.ChangeStored(properties, count);
+    count();
     return true;
   } catch (const EKxException& error) {
     action.SendMessage(error.Message(), TStatusTag::stError);
@@ -121,12 +120,17 @@ bool TAssemblyInfoStamping::TakeValues() {
   return set != nullptr;
 }
 
-// Two runs at once must not give out one number, and no file may bear one that a killed run has not stored.
 bool TAssemblyInfoStamping::IncrementNumbers() {
+  return Succeeds(action_, [this] { CountUp(); });
+}
+
+// Two runs at once must not give out one number, and no file may bear one that a killed run has not stored.
+void TAssemblyInfoStamping::CountUp() {
   TAssemblyInfoSettings& kept = action_.AssemblyInfo();
   const bool counts = kept.AutoIncRevisionNo || kept.AutoIncFileRevisionNo || kept.AutoIncBuildNumber ||
                       kept.AutoIncFileBuildNumber;
-  return !counts || StoreCounted(action_, CountedVersions, [&kept] {
+  if (!counts || kept.UsePropertySet) return;
+  action_.ChangeStored(CountedVersions, [&kept] {
     if (kept.AutoIncRevisionNo) Increment(kept.Version, RevisionPart);
     if (kept.AutoIncFileRevisionNo) Increment(kept.FileVersion, RevisionPart);
     if (kept.AutoIncBuildNumber) Increment(kept.Version, BuildPart);
@@ -205,13 +209,32 @@ bool TWin32Stamping::TakeValues() {
     set = FindPropertySet(action_, settings.PropertySetName, u"Win32 PropertySet name is blank");
     if (set == nullptr) return false;
   }
-  const auto take = [&] { values_ = Wanted(set.get()); };
-  if (!Attempt(u"", take)) return false;
-  const bool isCounted = !values_.AutoIncBuild || StoreCounted(action_, CountedBuild, [&] {
-    take();
+  if (!Attempt(u"", [&] { values_ = Wanted(set.get()); })) return false;
+  if (!values_.AutoIncBuild) return ExpandTexts();
+  if (!Succeeds(action_, [&] { CountBuild(set.get()); })) return false;
+  values_.BuildVersion = action_.Win32Values().Values().BuildVersion; // whoever has counted it
+  return ExpandTexts();
+}
+
+void TWin32Stamping::CountBuild(const IPropertySet* set) {
+  action_.ChangeStored(CountedBuild, [&] {
+    values_ = Wanted(set);
     action_.Win32Values().Values().BuildVersion = values_.BuildVersion;
   });
-  return isCounted && ExpandTexts();
+}
+
+// What the stamping would refuse is not counted.
+void TWin32Stamping::CountUp() {
+  const TWin32StampSettings& settings = action_.Win32Stamp();
+  const auto set =
+      settings.UsePropertySet ? action_.GetPropertySetService().Find(settings.PropertySetName) : nullptr;
+  if (settings.UsePropertySet && set == nullptr) return;
+  try {
+    if (!Wanted(set.get()).AutoIncBuild) return;
+  } catch (const EKxException&) {
+    return;
+  }
+  CountBuild(set.get());
 }
 
 TVersionInfoValues TWin32Stamping::Wanted(const IPropertySet* set) const {

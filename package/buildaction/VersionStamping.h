@@ -25,7 +25,8 @@ public:
                         const TKxEvent& stop)
       : action_(action), solution_(std::move(solution)), stop_(stop), values_(action.AssemblyInfo()) {}
 
-  bool Run(); // in a message group of its own; False with the reason in the log
+  bool Run();     // in a message group of its own; False with the reason in the log
+  void CountUp(); // the numbers alone, where Run would; raises EKxException when they cannot be stored
 
 private:
   bool TakeValues();
@@ -53,10 +54,12 @@ public:
   // Whether the numbers fit into a version resource; False with the reason in the log. Changes nothing, so
   // that it can be asked before anything else is stamped.
   bool CheckNumbers();
-  bool Run(); // in a message group of its own; False with the reason in the log
+  bool Run();     // in a message group of its own; False with the reason in the log
+  void CountUp(); // the number alone, where Run would; raises EKxException when it cannot be stored
 
 private:
   bool TakeValues();
+  void CountBuild(const IPropertySet* set);
   TVersionInfoValues Wanted(const IPropertySet* set) const;
   bool ExpandTexts();
   bool DoUpdateWin32VersionInfo();

@@ -6,7 +6,10 @@
 #include "package/solution/VSNETSLN.h"
 
 #include <cstdint>
+#include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 namespace kx {
 
@@ -33,6 +36,9 @@ public:
   std::u16string GetActionKeywords() const override { return u"Visual Studio VisualStudio Project"; }
   std::u16string GetPassUnit() const override { return u"project"; }
   void LookAhead(IKxActionValidationError& errors) override;
+  // A pass follows those of the projects that its project depends on, also by way of projects without a pass.
+  std::optional<std::vector<TKxPass>> Passes() override;
+  void GetFilesToRead(text::TStringList& files) override;
 
 protected:
   std::u16string GetCurrentValue() override;
@@ -41,6 +47,7 @@ protected:
 
 private:
   void ReadProjects(const IVSDotNetSolution& solution);
+  std::vector<std::shared_ptr<IVSDotNetProject>> ProjectsOf(const IVSDotNetSolution& solution) const;
   std::u16string GetValue(const IVSDotNetProject& project);
   std::u16string EmptyMessage(const std::u16string& path) const; // raises what LookAtSolution raises
 

@@ -25,6 +25,27 @@ void TKxMSTestAction::LookAhead(IKxActionValidationError& errors) {
   if (publishMode_ == TMSTestPublishMode::pbSpecify) LookForTeamBuild(errors);
 }
 
+void TKxMSTestAction::AddForeseen(std::u16string_view text, text::TStringList& files) {
+  const auto file = ForeseeExpression(text);
+  if (file && !file->empty()) files.Add(FullProjectPath(*file));
+}
+
+void TKxMSTestAction::GetFilesToWrite(text::TStringList& files) {
+  AddForeseen(run_.OutputFileName, files);
+}
+
+void TKxMSTestAction::GetFilesToRead(text::TStringList& files) {
+  AddForeseen(run_.ConfigFileName, files);
+  if (input_.UseMetadataFile) return AddForeseen(input_.MetadataFile, files);
+  if (const auto containers = ForeseeExpression(input_.AssemblyFileName))
+    for (const auto& container : SplitTestContainers(*containers))
+      if (!container.empty()) files.Add(FullProjectPath(container));
+}
+
+void TKxMSTestAction::GetRequirements(text::TStringList& words) const {
+  words.Add(u"mstest");
+}
+
 void TKxMSTestAction::LookForFile(IKxActionValidationError& errors, std::u16string_view page,
                                   std::u16string_view text) {
   const auto file = ForeseeExpression(text);

@@ -77,6 +77,9 @@ public:
   int GetHelpTopicID() const override { return 3500; }
   bool Validate(IKxActionValidationError& errors) override;
   void LookAhead(IKxActionValidationError& errors) override;
+  void GetFilesToRead(text::TStringList& files) override;
+  void GetFilesToWrite(text::TStringList& files) override;
+  void GetRequirements(text::TStringList& words) const override;
   bool Execute() override;
 
 protected:
@@ -90,6 +93,7 @@ protected:
 
 private:
   std::u16string ToolFolder() const;
+  void AddForeseen(std::u16string_view text, text::TStringList& files);
   void LookForFile(IKxActionValidationError& errors, std::u16string_view page, std::u16string_view text);
   void LookForValue(IKxActionValidationError& errors, std::u16string_view page, std::u16string_view text);
   void LookForFolder(IKxActionValidationError& errors);

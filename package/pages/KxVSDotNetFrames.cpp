@@ -223,7 +223,7 @@ TKxFieldOffers TVSDotNetActionPage::OfferOf(const TKxPageField& field, const TKx
   const std::u16string& configuration =
       here ? Value(u"SolutionConfiguration") : settings.SolutionConfiguration;
   const bool asExpression = here ? IsChecked(u"UseRegExOnConfigName") : settings.UseRegExOnConfigName;
-  return OfferProjects(*solution, action, selected, configuration, asExpression);
+  return OfferProjects(*solution, action, selected, configuration, asExpression, stop);
 }
 
 TKxFieldOffers TVSDotNetActionPage::Offers(std::u16string_view name, const TKxEvent* stop) {

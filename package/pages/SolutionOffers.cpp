@@ -4,6 +4,7 @@
 #include "foundation/platform/Files.h"
 #include "foundation/text/Text.h"
 #include "package/buildaction/ProjectSearch.h"
+#include "package/solution/VSNETSLN.Folders.h"
 
 #include <algorithm>
 #include <map>
@@ -113,8 +114,9 @@ TKxFieldOffers OfferConfigurations(const IVSDotNetSolution& solution, TKxCustomV
 
 TKxFieldOffers OfferProjects(const IVSDotNetSolution& solution, TKxCustomVSDotNetAction& action,
                              const text::TStringList& selected, std::u16string_view configuration,
-                             bool asExpression) {
+                             bool asExpression, const TKxEvent* stop) {
   const TKnownProjects known(solution);
+  auto folders = ReadSolutionFolders(solution.GetFileName(), stop);
   std::map<std::u16string, std::vector<std::u16string>> lines; // by the id of the project that they mean
   for (const auto& entry : selected)
     if (const auto project = known.ProjectOf(action, entry)) lines[project->GetProjectID()].push_back(entry);
@@ -129,6 +131,7 @@ TKxFieldOffers OfferProjects(const IVSDotNetSolution& solution, TKxCustomVSDotNe
                         project->GetName() + u" (" + project->GetFileName() + u")", found != lines.end()};
     if (offer.Chosen) offer.Lines = found->second;
     offer.Cells = ConfigurationsOf(*project, offers.Columns);
+    offer.Folders = std::move(folders[id]);
     offers.Items.push_back(std::move(offer));
   }
   if (offers.Items.empty()) offers.Error = u"The solution has no projects whose files are found.";

@@ -27,7 +27,7 @@ TKxFieldOffers OfferConfigurations(const IVSDotNetSolution& solution, TKxCustomV
 // built.
 TKxFieldOffers OfferProjects(const IVSDotNetSolution& solution, TKxCustomVSDotNetAction& action,
                              const text::TStringList& selected, std::u16string_view configuration,
-                             bool asExpression);
+                             bool asExpression, const TKxEvent* stop);
 
 // Property sets of the project by their names; chosen is the one that `value` names.
 TKxFieldOffers OfferPropertySets(const text::TStringList& names, std::u16string_view value);

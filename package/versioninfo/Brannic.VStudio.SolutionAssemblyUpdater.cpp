@@ -279,7 +279,7 @@ void CollectAssemblyInfoFiles(const IVSDotNetSolution& solution,
       for (const auto& share : ShareAssemblyInfo(file, values, &units, inventories).Files)
         if (!share.Values.empty() && known.insert(share.File).second) files.Add(share.File);
     } catch (const EKxException&) {
-      continue; // the stamping will say it
+      // the stamping will say it
     }
   }
 }

@@ -1,7 +1,9 @@
 #include "package/assemblyinfo/AssemblyInfo.h"
 
 #include "foundation/text/Exceptions.h"
+#include "foundation/text/Text.h"
 #include "package/assemblyinfo/AssemblyInfoRewriter.h"
+#include "package/assemblyinfo/AssemblyInfoSharing.h"
 #include "package/assemblyinfo/AssemblyInfoVersion.h"
 #include "tests/support/Failure.h"
 #include "tests/support/TemporaryFolder.h"
@@ -107,6 +109,8 @@ const TCase Additions[] = {
     {"with its import", CSharp,
      R"(using System;^~~using System.Reflection;^~[assembly: CLSCompliant(true)]^)"
      R"(~~[assembly: AssemblyTitle("N")]^~)"},
+    {"behind several imports", CSharp,
+     R"(extern alias X;^using System;^using A = B;^using System.Reflection;^~~[assembly: AssemblyTitle("N")]^~class C {}^)"},
     {"with its namespace", CSharp, R"(// c^~~[assembly: System.Reflection.AssemblyTitle("N")]^~class C {}^)"},
     {"outside a condition", CSharp,
      R"(using System.Reflection;^[assembly: A]^~~[assembly: AssemblyTitle("N")]^~)"
@@ -118,6 +122,12 @@ const TCase Additions[] = {
      R"(#include "stdafx.h"^~~[assembly:System::Reflection::AssemblyTitleAttribute("N")];^~int i;^)"},
     {"with something to stand before", FSharp,
      R"(module M^~~[<assembly: System.Reflection.AssemblyTitle("N")>]^do ()^~)"},
+    {"behind a package and imports", JSharp,
+     R"(package a;^import System.*;^import System.Reflection.*;^~~/** @assembly AssemblyTitle("N") */^~class C {}^)"},
+    {"behind namespaces", VisualBasic,
+     R"(Imports A = System.IO^Imports System.Reflection, System^~~<Assembly: AssemblyTitle("N")>^~Module M^End Module^)"},
+    {"behind a using of C++", Cpp,
+     R"(#include "a.h"^using namespace System;^using namespace System::Reflection;^~~[assembly:AssemblyTitleAttribute("N")];^~int i;^)"},
     {"behind a documentation comment", JSharp,
      R"(/** @assembly AssemblyCompany("") */^~~/** @assembly AssemblyTitle("N") */^~)"},
     {"not where both branches hold it", CSharp, R"([assembly: AssemblyTitle(^#if X^"o"^#else^"p"^#endif^)])"},
@@ -188,6 +198,25 @@ TEST(AssemblyInfo, NamesTheLineOfEachExpression) {
   }
 }
 
+TEST(AssemblyInfo, SaysWhatItDidNotDoAsAsked) {
+  const std::string longName(61, 'x');
+  const std::tuple<std::string, TAssemblyInfoValues, std::string> cases[] = {
+      {"#if X\n[assembly: AssemblyTitle(\"o\")]\n#endif", Title,
+       "AssemblyTitle in line 2 stands under a condition and is left as it is"},
+      {"", Comment,
+       "AssemblyComment is not an attribute of the .NET framework and the file has none of that name: it is "
+       "not added"},
+      {"\n[assembly: AssemblyTitle(A + B)]", Title,
+       "the expression A + B in line 2 is replaced by the value"},
+      {"[assembly: AssemblyTitle(" + longName + ")]", Title,
+       "the expression " + longName.substr(0, 60) + "... in line 1 is replaced by the value"},
+      {"[assembly: AssemblyTitle(\"N\")]", Title, ""},
+  };
+  for (const auto& [source, values, said] : cases)
+    EXPECT_EQ(text::ToUtf8(text::Join(RewriteAssemblyInfo(source, CSharp, values).Messages, u"\n")), said)
+        << source;
+}
+
 TEST(AssemblyInfo, RefusesWhatItCannotKeepWhole) {
   const std::tuple<std::string, std::u16string, const char*> cases[] = {
       {"// \xE9\n", u"\u4E2D", "the ANSI code page"},
@@ -223,6 +252,109 @@ TEST(AssemblyInfo, WritesVersionsThatCompilersTake) {
     const auto refused = CheckAssemblyVersion(name, version);
     EXPECT_TRUE(text::ToUtf8(refused.value_or(TrimAssemblyVersion(version))).ends_with(expected))
         << text::ToUtf8(version);
+  }
+}
+
+TEST(AssemblyInfo, EndsLinesAsItsLanguageDoes) {
+  const std::pair<TAssemblyInfoLanguage, bool> rows[] = {
+      {CSharp, true}, {VisualBasic, true}, {Cpp, false}, {FSharp, false}, {JSharp, false}};
+  for (const auto& [language, more] : rows)
+    for (const char16_t c : {u'\x85', u'\u2028', u'\u2029', u'\n', u'\r', u'\f'})
+      EXPECT_EQ(IsSourceLineEnd(c, language), c == u'\n' || c == u'\r' || (more && c > 0x80));
+}
+
+TEST(AssemblyInfo, AFileThatIsNoSourceOrNotThereHasNoAttributes) {
+  const tests::TTemporaryFolder folder;
+  const std::string source = "[assembly: AssemblyTitle(\"a\")]\n";
+  TAssemblyInfoInventories inventories;
+  for (const auto& [file, presence] :
+       {std::pair(folder.Write("a.cs", source), TAssemblyInfoPresence::Certain),
+        std::pair(folder.Write("a.txt", source), TAssemblyInfoPresence::Absent),
+        std::pair(folder.Path("b.cs"), TAssemblyInfoPresence::Absent)})
+    EXPECT_EQ(inventories.Of(file).Find(u"AssemblyTitle"), presence) << text::ToUtf8(file);
+}
+
+class TSaid : public IAssemblyInfoCallback {
+public:
+  std::string Log;
+  void OnProcessFile(std::u16string_view /*fileName*/, IAssemblyInfoAttributes& updater) override {
+    updater.SetAttribute(u"AssemblyVersion", u"1.2");
+  }
+  void AssemblyInfoProcessEntry(std::u16string_view /*name*/, std::u16string_view /*value*/) override {}
+  void AssemblyInfoProcessMessage(std::u16string_view text) override { Log += text::ToUtf8(text) + "\n"; }
+};
+
+// A is made of O.cs, its AssemblyInfo file, C.cs and Version.cs, which is not on disk; B of what a row says.
+class TUnits : public IAssemblyInfoUnits {
+public:
+  TAssemblyInfoUnit A{.Name = u"A", .Sources = {}, .Generated = {}},
+      B{.Name = u"B", .Sources = {}, .Generated = {}};
+  bool CIsAssemblyInfo = false;
+
+  const TAssemblyInfoUnit& Current() override { return A; }
+  std::vector<const TAssemblyInfoUnit*> UnitsOf(std::u16string_view source) override {
+    std::vector<const TAssemblyInfoUnit*> units;
+    for (const auto* unit : {&A, &B})
+      if (std::ranges::find(unit->Sources, source) != unit->Sources.end()) units.push_back(unit);
+    return units;
+  }
+  bool IsAssemblyInfoFile(std::u16string_view source) override {
+    return CIsAssemblyInfo && source.ends_with(u"C.cs");
+  }
+};
+
+TEST(AssemblyInfo, IsSharedOutAmongTheSourcesOfAnAssembly) {
+  const std::string old = "[assembly: AssemblyVersion(\"0\")]";
+  const std::string other = "C.cs: is changed for A, whose AssemblyInfo file lacks AssemblyVersion";
+  const std::string ofBoth =
+      other + ". It is also part of B; to stamp A alone, move the attributes into its own file";
+  const std::string absent =
+      "O.cs: AssemblyVersion added, although DIR/Version.cs, which the project compiles too, is "
+      "not on disk: if the build makes it with the same attributes, make it before the stamping";
+  const auto has = [](const std::string& where) {
+    return "O.cs: AssemblyVersion is not added: B, which is made of this file too, has it already" + where +
+           "; give A an AssemblyInfo file of its own";
+  };
+  struct TRow {
+    const char* Name;
+    std::string O, C;     // what they hold before
+    std::string_view ofB; // its sources, and "+" where its build writes the version
+    std::string Changed;  // the file that gets the version, none when empty
+    std::string Said;
+  };
+  const TRow rows[] = {
+      {"its own file", old, old, "C", "O.cs", ""},
+      {"the one that has it", "", old, "", "C.cs", other},
+      {"the same, of two", "", old, "C", "C.cs", ofBoth},
+      {"new", "", "", "", "O.cs", absent},
+      {"another has it from its build", "", "", "O+", "", has("")},
+      {"another has it in a source", "", "", "OD", "", has(" in DIR/D.cs")},
+      {"new in the file that is all another has", "", "", "C!", "C.cs", absent + "\nWarning : DIR/" + ofBoth},
+      {"not there, where that one has it", "", "", "C!+", "O.cs", absent},
+      {"what its build writes", "", "", "-", "",
+       "O.cs: AssemblyVersion is not added: A has it written by its build; set it in the project file, "
+       "or set GenerateAssemblyVersionAttribute to false there"},
+  };
+  for (const auto& row : rows) {
+    const tests::TTemporaryFolder folder;
+    TUnits units;
+    const std::u16string own = folder.Write("O.cs", row.O);
+    units.A.Sources = {own, folder.Write("C.cs", row.C), folder.Path("Version.cs")};
+    folder.Write("D.cs", old);
+    for (const char letter : row.ofB)
+      if (std::isupper(static_cast<unsigned char>(letter)) != 0)
+        units.B.Sources.push_back(folder.Path(std::string(1, letter) + ".cs"));
+    if (row.ofB.ends_with('+')) units.B.Generated = {u"AssemblyVersion"};
+    if (row.ofB == "-") units.A.Generated = {u"AssemblyVersion"};
+    units.CIsAssemblyInfo = row.ofB.find('!') != std::string_view::npos;
+    TSaid said;
+    const auto updater = TBrannicAssemblyInfo::Create();
+    updater->SetCallback(said);
+    updater->SetUnits(&units, nullptr);
+    updater->ProcessFile(own, true);
+    for (const auto* file : {"O.cs", "C.cs"})
+      EXPECT_EQ(folder.Read(file).find("1.2") != std::string::npos, row.Changed == file) << row.Name << file;
+    EXPECT_EQ(folder.Plain(said.Log), row.Said.empty() ? "" : "Warning : DIR/" + row.Said + "\n") << row.Name;
   }
 }
 

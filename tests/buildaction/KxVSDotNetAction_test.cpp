@@ -1,4 +1,6 @@
+#include "contract/LookAhead.h"
 #include "tests/buildaction/BuildActionFixture.h"
+#include "tests/support/Properties.h"
 
 #include <map>
 
@@ -122,6 +124,8 @@ TEST_F(BuildAction, LooksAheadAtWhatARunWouldStumbleOver) {
   const std::u16string win32 =
       u"UpdateWin32Resource=True&UseWin32PropertySet=True&Win32VersionInfoPropertySetName=";
   const std::u16string dotNet = u"UpdateAssemblyInfo=True&UpdateAssemblyVersion=True&AssemblyVersion=";
+  const std::u16string fileVersion =
+      u"UpdateAssemblyInfo=True&UpdateAssemblyFileVersion=True&AssemblyFileVersion=";
   const std::pair<std::u16string, std::string> cases[] = {
       {u"Solution=%Loop%&SolutionConfiguration=%Loop%", ""},
       {selected + u"%Loop%\nLib", ""},
@@ -154,6 +158,21 @@ TEST_F(BuildAction, LooksAheadAtWhatARunWouldStumbleOver) {
       {dotNet + u"2|||", ""},
       {dotNet + u"70000|0|0|0", "AssemblyVersion: AssemblyVersion \"70000.0.0.0\" is no version"},
       {dotNet + u"%Loop%|0|0|0", ""},
+      {fileVersion + u"1|2|3|4|5&LinkAssemblyFileVersionInfo=False",
+       "AssemblyFileVersion: AssemblyFileVersion \"1.2.3.4.5\" is no version"},
+      {fileVersion + u"x&LinkAssemblyFileVersionInfo=True&AssemblyVersion=1|65535||", ""},
+      {fileVersion + u"1&LinkAssemblyFileVersionInfo=True&AssemblyVersion=1|65536||",
+       "AssemblyVersion: AssemblyFileVersion \"1.65536\" is no version"},
+      {u"OverrideWarnings=True&SelectedWarningsAsErrors=True&WarningsAsErrors=x&AllWarningsAsErrors=False",
+       "WarningsAsErrors: \"x\" is not valid."},
+      {u"OverrideWarnings=True&SelectedWarningsAsErrors=True&WarningsAsErrors=x&AllWarningsAsErrors=True",
+       ""},
+      {u"OverrideWarnings=True&SelectedWarningsAsErrors=True&WarningsAsErrors=%Loop%&AllWarningsAsErrors="
+       u"False",
+       ""},
+      {u"OverrideWarnings=True&SelectedWarningsAsErrors=True&WarningsAsErrors=1;2&AllWarningsAsErrors=False",
+       ""},
+      {u"OverrideWarnings=False&SelectedWarningsAsErrors=True&WarningsAsErrors=x", ""},
       {dotNet + u"1|||&ApplyAssemblyInfoTo=btSelectedProjects&AssemblySelectedProjects=Lbi",
        "AssemblySelectedProjects: App.sln has no project \"Lbi\""},
       {u"UpdateWin32Resource=True&MinorVersion=-1", "UpdateWin32Resource: MinorVersion -1"},
@@ -180,6 +199,66 @@ TEST_F(BuildAction, FindsDevEnvWhereTheOptionsSay) {
   host_.Variables[u"Tools"] = u"C:\\VS";
   VSDotNetOptions()->SetDevEnv2008Location(u" %Tools%\\IDE ");
   EXPECT_EQ(action_->GetExecutable(false), u"C:\\VS\\IDE\\devenv.com");
+}
+
+TEST_F(BuildAction, TellsItsPasswordOnlyInAHost) {
+  TKxVSDotNetAction action;
+  EXPECT_EQ(action.GetWebDAVPassword(), u"");
+  action.Attach(host_);
+  action.SetWebDAVPassword(u"p");
+  EXPECT_EQ(action.GetWebDAVPassword(), u"p");
+  TKxVSDotNetAction alone;
+  alone.PublishedProperties().Find(u"_WebDAVPassword")->Set(alone, TKxPropertyValue(u"enc(p)"));
+  EXPECT_TRUE(alone.GetWebDAVPassword().empty() && alone.IsWebDAVPasswordLost());
+}
+
+TEST_F(BuildAction, TellsBeforehandWhichFilesItReads) {
+  const auto reads = [this](const std::u16string& settings) {
+    Begin(settings);
+    text::TStringList files;
+    action_->GetFilesToRead(files);
+    return Plain(text::ToUtf8(text::Join(std::vector(files.begin(), files.end()), u" ")));
+  };
+  const std::u16string chosen = u"BuildType=btSelectedProjects&SelectedProjects=";
+  const std::pair<std::u16string, std::string> cases[] = {
+      {u"", "DIR/App.sln DIR/App/App.csproj DIR/Lib/Lib.csproj DIR/Setup/Setup.vdproj"},
+      {chosen + LibId, "DIR/App.sln DIR/Lib/Lib.csproj"},
+      {chosen + u"%P%", "DIR/App.sln DIR/App/App.csproj"},
+      {chosen + u"Nothing", "DIR/App.sln"},
+      {u"Solution=missing.sln", ""}};
+  host_.Variables[u"P"] = u"App";
+  for (const auto& [settings, expected] : cases)
+    EXPECT_EQ(reads(settings), expected) << text::ToUtf8(settings);
+
+  const auto count = [&reads] { return std::ranges::count(reads(u""), ' '); };
+  {
+    const TKxAskingScope nothingChanges;
+    EXPECT_EQ(count(), 3);
+    folder_.Write("App.sln", With(u"Lib\\Lib.csproj", u"Lib\\No.csproj"));
+    EXPECT_EQ(count(), 3) << "read once";
+    EXPECT_EQ(reads(u"Solution=missing.sln"), "");
+  }
+  EXPECT_EQ(count(), 2) << "projects that are on disk";
+}
+
+TEST_F(BuildAction, HasPropertiesOfWhichEachIsItsOwn) {
+  std::string effects = SideEffects<TKxVSDotNetAction>([this](auto& action) { action.Attach(host_); });
+  effects.erase(std::ranges::remove(effects, '\r').begin(), effects.end());
+  EXPECT_EQ(effects, R"(
+AssemblyInfo: AssemblyInfo=Assembly Info 
+AssemblyFileVersion: AssemblyFileVersionMajor=x 
+AssemblyVersion: AssemblyVersionMajor=x 
+AssemblyVersionMajor: AssemblyVersion=x||| 
+AssemblyVersionMinor: AssemblyVersion=|x|| 
+AssemblyVersionBuild: AssemblyVersion=||x| 
+AssemblyVersionRevision: AssemblyVersion=|||x 
+AssemblyFileVersionMajor: AssemblyFileVersion=x||| 
+AssemblyFileVersionMinor: AssemblyFileVersion=|x|| 
+AssemblyFileVersionBuild: AssemblyFileVersion=||x| 
+AssemblyFileVersionRevision: AssemblyFileVersion=|||x 
+VersionInfoKeys: VersionInfoKeys=x
+ 
+WebDAVPassword: _WebDAVPassword=enc(x) )");
 }
 
 } // namespace

@@ -28,7 +28,8 @@ protected:
                   With(u"\nGlobal\n", u"\nProject(\"{8BC9CEB8-8B4A-11D0-8D11-00A0C91BC942}\") = \"Native\", "
                                       u"\"Native\\Native.vcproj\", \"{5A}\"\nEndProject\nGlobal\n"));
     for (const std::string name : {"App", "Lib"}) {
-      folder_.Write(name + "/" + name + ".csproj", "<Compile Include=\"Properties\\AssemblyInfo.cs\"/>");
+      folder_.Write(std::string(name).append("/").append(name).append(".csproj"),
+                    "<Compile Include=\"Properties\\AssemblyInfo.cs\"/>");
       folder_.Write(name + "/Properties/AssemblyInfo.cs",
                     "// é\r\n[assembly: AssemblyVersion(\"1.0.*\")]\r\n");
     }
@@ -94,6 +95,29 @@ TEST_F(VersionStamping, IncrementsEachNumberOnceAnExecutionUnlessAPropertySetGiv
   EXPECT_EQ(Versions(), "5.0.7.41 F6.8.7.6 5.0.7.41 F6.8.7.6 ");
 }
 
+TEST_F(VersionStamping, NumbersThatWereCountedBeforehandAreWrittenAsTheyAre) {
+  const std::u16string all =
+      Version + u"1|0|7|41&AutoIncAssemblyRevisionNo=True&" + Scripts + u"AutoIncBuild=True&BuildVersion=";
+  Begin(all + u"41");
+  action_->CountUp();
+  EXPECT_EQ(Get(u"AssemblyVersion") + " " + Get(u"BuildVersion"), "1|0|7|42 42");
+  EXPECT_EQ(host_.Stored,
+            (std::vector<std::string>{"AssemblyVersion", "AssemblyFileVersion", "BuildVersion"}));
+  host_.NumbersAreCounted = true;
+  Execute();
+  EXPECT_EQ(Versions(), "1.0.7.42 1.0.7.42 ");
+  EXPECT_THAT(folder_.Read("Native/version.rc"), HasSubstr("FILEVERSION 0,0,0,42\r\n"));
+  host_.NumbersAreCounted = false;
+  for (const auto* settings :
+       {u"AutoIncBuild=True&AutoIncAssemblyRevisionNo=True",
+        u"UpdateAssemblyInfo=True&AutoIncAssemblyRevisionNo=True&UseDotNetPropertySet=True",
+        u"UpdateWin32Resource=True&AutoIncBuild=True&UseWin32PropertySet=True"}) {
+    Begin(settings);
+    action_->CountUp();
+    EXPECT_EQ(host_.Stored.size(), 3U) << "nothing of it would be written: " << text::ToUtf8(settings);
+  }
+}
+
 TEST_F(VersionStamping, ReplacesTheVersionOfTheOneScriptThatHasAny) {
   host_.Variables[u"Year"] = u"2010";
   const std::u16string settings = Scripts + u"MajorVersion=3&AutoIncBuild=True&BuildVersion=41&"
@@ -143,7 +167,7 @@ TEST_F(VersionStamping, StampsTheProjectsThatASelectionMeansNowAndThatAreBuilt) 
   EXPECT_EQ(Versions(), "7.7.7.7 7.7.7.7 ") << "the whole solution is built";
   for (const std::u16string native : {u"native", u"{5a}"}) {
     folder_.Write("Native/version.rc", Script);
-    Stamp(Scripts + u"MajorVersion=7&" + OfSelected + native);
+    Stamp(std::u16string(Scripts).append(u"MajorVersion=7&").append(OfSelected).append(native));
     EXPECT_THAT(folder_.Read("Native/version.rc"), HasSubstr("FILEVERSION 7,0,0,0\r\n"));
   }
 }

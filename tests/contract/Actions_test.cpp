@@ -1,9 +1,11 @@
 #include "contract/Iterator.h"
+#include "contract/Pages.h"
 #include "contract/ProcessActions.h"
 #include "contract/Services.h"
 #include "tests/support/BareAction.h"
 #include "tests/support/Failure.h"
 #include "tests/support/RecordingHost.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -99,6 +101,15 @@ TEST_F(Actions, RunOneToolAndJudgeItsExitCode) {
   EXPECT_THAT(host_.Runs(), IsEmpty());
 }
 
+TEST_F(Actions, DynamicPropertiesComeAndGo) {
+  TTool tool;
+  tool.UnRegisterDynamicProperty(u"A");
+  for (const auto* name : {u"A", u"B", u"A"})
+    tool.RegisterDynamicProperty(name);
+  tool.UnRegisterDynamicProperty(u"A");
+  EXPECT_EQ(std::pair(tool.IsDynamicProperty(u"A"), tool.IsDynamicProperty(u"B")), std::pair(false, true));
+}
+
 TEST_F(Actions, AGroupThatNobodyClosedFailed) {
   TTool tool;
   tool.Attach(host_);
@@ -150,6 +161,16 @@ TEST_F(Actions, ALoopVariableThatNoTextCanReadIsFoundBeforehand) {
     loop.LookAhead(errors);
     EXPECT_EQ(errors.Entries.size(), entries) << text::ToUtf8(name);
   }
+}
+
+TEST(Pages, AChosenFileGetsItsExtensionAndIsNoFolder) {
+  const tests::TTemporaryFolder folder;
+  folder.Write("there");
+  const std::pair<const char*, const char*> rows[] = {{"a", "a.sln"}, {"a.b", "a.b"}, {"there", "there"}};
+  for (const auto& [chosen, file] : rows)
+    EXPECT_EQ(KxChosenFile(folder.Path(chosen), u".sln"), folder.Path(file));
+  EXPECT_EQ(folder.Plain(tests::FailureOf([&] { KxChosenFile(folder.Path(), u".sln"); })),
+            "\"DIR\" is a folder. Choose a file.");
 }
 
 TEST(Services, AMissingOneIsNamed) {

@@ -1,6 +1,7 @@
-#include "contract/PublishedProperties.h"
+#include "contract/TablePage.h"
 
 #include "foundation/text/Encoding.h"
+#include "foundation/text/Text.h"
 #include "tests/support/BareAction.h"
 #include "tests/support/Failure.h"
 
@@ -35,6 +36,11 @@ public:
     return table;
   }
   bool Execute() override { return true; }
+  void GetPropertyAlias(text::TStringList& aliases) const override {
+    aliases = {u"[Paint]", u"Colour=Hue", u"Litres=L", u"[Room]", u"Walls=Walls"};
+  }
+  void GetPropertyHelp(text::TStringList& help) const override { help = {u"Coats=one or two"}; }
+  void GetHiddenProperties(text::TStringList& names) const override { names = {u"Wet"}; }
 
 private:
   std::u16string Label() const { return label_; }
@@ -84,6 +90,79 @@ TEST(PublishedProperties, ComputedOnesAreNeitherStoredNorWritable) {
   litres->Set(painter, TKxPropertyValue(std::int32_t{99}));
   EXPECT_EQ(PropertyToText(*litres, litres->Get(painter)), u"2");
   EXPECT_EQ(painter.PublishedProperties().Find(u"Litre"), nullptr);
+}
+
+// "Label kind (items) value | hint | what it needs", one field a line; "-" where it is disabled.
+std::string Fields(const TKxTablePage& page) {
+  std::u16string all;
+  for (const auto& field : page.Fields()) {
+    all +=
+        (field.Enabled ? u"" : u"-") + field.Label + u" " + text::FromInteger(static_cast<int>(field.Kind));
+    for (const auto& item : field.Items)
+      all += u" (" + item + u")";
+    all += u" " + text::ReplaceAll(field.Value, u"\r\n", u",") + u" | " + field.Hint + u" | " + field.Needs +
+           field.Title + u"\n";
+  }
+  return text::ToUtf8(all);
+}
+
+TEST(TablePage, LaysItsFieldsOutOverTheProperties) {
+  TPainter painter;
+  TKxTablePage general(u"Properties");
+  general.InitPage(painter);
+  general.ReadActionData();
+  EXPECT_EQ(Fields(general),
+            "Paint 0  |  | \nHue 10 (Red) (Green) Red | which | \nRoom 0  |  | \nWalls 7  | where | \n"
+            "Other Properties 0  |  | \nCoats 6 1 | one or two | \nLabel 4  | text | \n");
+  const TKxTableField rows[] = {
+      {.Property = u"Wet"},
+      {.Property = u"Colour", .EnabledBy = u"Wet"},
+      {.Heading = u"More"},
+      {.Property = u"Coats", .Label = u"Layers", .EnabledBy = u"Colour", .EnabledAt = u"coGreen"},
+      {.Property = u"Label", .Kind = TKxFieldKind::FilePath},
+      {.Property = u"Walls"}};
+  TKxTablePage page(u"Paint", rows);
+  page.InitPage(painter);
+  page.ReadActionData();
+  const std::string rest = " | one or two | Needs \"Hue\": Green.\nLabel 8  | text | Select File\nWalls 7 ";
+  EXPECT_EQ(Fields(page),
+            "Wet 3 False | not dry | \n-Hue 10 (Red) (Green) Red | which | \nMore 0  |  | \n-Layers 6 1" +
+                rest + " | where | \n");
+  for (const auto& [name, value] :
+       {std::pair(u"Wet", u"yes"), {u"Colour", u"Green"}, {u"Coats", u"3"}, {u"Walls", u"a\nb"}})
+    page.SetValue(name, value);
+  page.WriteActionData();
+  page.ReadActionData();
+  EXPECT_EQ(Fields(page),
+            "Wet 3 True | not dry | \nHue 10 (Red) (Green) Green | which | \nMore 0  |  | \nLayers 6 3" +
+                rest + "a,b, | where | \n")
+      << "a label that was not changed is not set again, which would lengthen it";
+  const std::tuple<std::u16string_view, std::u16string_view, std::string> refused[] = {
+      {u"Wet", u"maybe", "\"Wet\" is either True or False."},
+      {u"Colour", u"Blue", "\"Hue\" has no item \"Blue\"."},
+      {u"wet", u"1", "The page \"Paint\" has no field \"wet\"."},
+      {u"Coats", u" 4x", ""},
+      {u"Wet", u"0", ""},
+      {u"Coats", u"1", "The field \"Layers\" is disabled."},
+  };
+  for (const auto& [name, value, why] : refused)
+    EXPECT_EQ(tests::FailureOf([&] { page.SetValue(name, value); }), why);
+  EXPECT_EQ(tests::FailureOf([&] { page.WriteActionData(); }),
+            "\"Layers\" takes a whole number, not \" 4x\".");
+  EXPECT_EQ(tests::FailureOf([&] { page.Click(u"Walls", TKxButtonKind::Browse); }),
+            "The field \"Walls\" has no such button.");
+}
+
+TEST(DisplayNames, AreWordsInFull) {
+  const std::pair<std::u16string_view, std::u16string_view> rows[] = {
+      {u"ExtraCmdLineParams", u"Extra Command Line Parameters"},
+      {u"MaxCPUs", u"Max CPUs"},
+      {u"WMIWebsiteNum", u"WMI Website Number"},
+      {u"UseRegExA", u"Use Regular Expression A"},
+      {u"lower", u"lower"},
+      {u"Colour", u"Hue"}};
+  for (const auto& [name, shown] : rows)
+    EXPECT_EQ(DisplayName(TPainter(), name), shown);
 }
 
 } // namespace

@@ -1,6 +1,8 @@
 #include "package/iterator/KxVSDotNetSolutionIterator.h"
 
+#include "foundation/text/Encoding.h"
 #include "foundation/text/Text.h"
+#include "tests/support/Properties.h"
 #include "tests/support/RecordingHost.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -83,6 +85,38 @@ TEST_F(TSolutionIteratorTest, TheLoopVariableHoldsTheChosenValueInEitherOrder) {
   }
 }
 
+// C needs B, which is not on disk and needs A; D needs A and C.
+TEST_F(TSolutionIteratorTest, TellsItsPassesAndWhichOfThemComeFirst) {
+  folder_.Write("App/Chain.sln",
+                Solution(Project("D", "http://d", "{a}\n{x} = {C}") + Project("C", "http://c", "{B}") +
+                         Project("B", "B.csproj", "{A}") + Project("A", "http://a")));
+  const std::tuple<std::u16string, bool, std::string> cases[] = {
+      {u"App/App.sln", true, "Lib: App:0 Web: "},
+      {u"App/Chain.sln", true, "C: A:0 D:0,1 "},  // sorted without regard to what is not on disk
+      {u"App/Chain.sln", false, "D: C:0 A:0,1 "}, // whichever the loop visits first
+      {u"none.sln", true, ""},
+      {u"mutual.sln", true, "nothing"},
+      {u"no.sln", true, "nothing"},
+      {u"%Loop%", true, "nothing"},
+  };
+  const auto* value = loop_.PublishedProperties().Find(u"IterateValue");
+  value->Set(loop_, PropertyFromText(*value, u"svName"));
+  for (const auto& [solution, sorted, expected] : cases) {
+    loop_.Solution = solution;
+    loop_.SortByDependency = sorted;
+    const auto passes = loop_.Passes();
+    std::string text = passes ? "" : "nothing";
+    for (const auto& pass : passes.value_or(std::vector<TKxPass>())) {
+      text += text::ToUtf8(pass.Value) + ":";
+      for (const std::size_t need : pass.Needs)
+        text += (need == pass.Needs.front() ? "" : ",") + std::to_string(need);
+      text += " ";
+    }
+    EXPECT_EQ(text, expected) << text::ToUtf8(solution);
+  }
+  EXPECT_TRUE(host_.Log().empty());
+}
+
 TEST_F(TSolutionIteratorTest, WhatFailsIsSaidAndNothingRuns) {
   const std::pair<const char16_t*, std::string> cases[] = {
       {u"", "3 Solution Path : a value is required."},
@@ -125,6 +159,10 @@ TEST_F(TSolutionIteratorTest, LooksAheadForWhatARunWouldMiss) {
   EXPECT_EQ(Run(true).back(), "! empty-loop " + gone);
   loop_.IncludeProjectsNotFound = true;
   EXPECT_EQ(Run(true).back(), "= P DIR/B.csproj");
+}
+
+TEST(IteratorProperties, AreEachTheirOwn) {
+  EXPECT_EQ(tests::SideEffects<TKxVSSolutionIterator>(), "");
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "foundation/platform/Files.h"
 #include "foundation/text/CommandLine.h"
+#include "tests/support/Properties.h"
 
 #include <set>
 
@@ -146,6 +147,10 @@ TEST_F(MSTestCommandLine, PublishesToTeamBuild) {
         row.Log.empty() && !host_.Runs().empty() ? "0 Running C:\\VS9\\IDE\\MSTest.exe" : row.Log;
     EXPECT_TRUE(host_.Log().front().starts_with(first)) << row.What;
   }
+}
+
+TEST(MSTestProperties, AreEachTheirOwn) {
+  EXPECT_EQ(tests::SideEffects<TKxMSTestAction>(), "");
 }
 
 } // namespace

@@ -98,11 +98,13 @@ TEST_F(TTablePagesTest, TheSolutionOffersWhatItHolds) {
                           : "ProjectSection(ProjectDependencies)\nx = " + needs + "\nEndProjectSection\n") +
            "EndProject\n";
   };
-  const auto file =
-      folder.Write("A.sln", "\nMicrosoft Visual Studio Solution File, Format Version 10.00\n" +
-                                project("App", "{Lib}") + project("Lib", "") +
-                                "Global\nGlobalSection(SolutionConfiguration) = preSolution\n"
-                                "Debug = Debug\nRelease = Release\nEndGlobalSection\nEndGlobal\n");
+  const auto file = folder.Write(
+      "A.sln", "\nMicrosoft Visual Studio Solution File, Format Version 10.00\n" + project("App", "{Lib}") +
+                   project("Lib", "") +
+                   "Project(\"{2150E333-8FDC-42A3-9474-1A3956D46DE8}\") = \"Tools\", \"Tools\", \"{T}\"\n"
+                   "EndProject\nGlobal\nGlobalSection(SolutionConfiguration) = preSolution\n"
+                   "Debug = Debug\nRelease = Release\nEndGlobalSection\n"
+                   "GlobalSection(NestedProjects) = preSolution\n{lib} = {T}\nEndGlobalSection\nEndGlobal\n");
   editor_.Host.Variables[u"Sln"] = file;
   TVSDotNetProjectFrame page;
   editor_.Open(page, action_);
@@ -117,6 +119,9 @@ TEST_F(TTablePagesTest, TheSolutionOffersWhatItHolds) {
   Type(page, u"BuildType=Selected Projects&SelectedProjects=lib\r\n");
   EXPECT_THAT(Labels(page.Offers(u"SelectedProjects")),
               ElementsAre("* Lib (http://h/Lib)", "App (http://h/App)"));
+  const auto inFolders = page.Offers(u"SelectedProjects").Items;
+  EXPECT_EQ(inFolders[0].Folders, std::vector<std::u16string>{u"Tools"});
+  EXPECT_TRUE(inFolders[1].Folders.empty());
   const std::tuple<std::u16string_view, std::u16string_view, std::string> rows[] = {
       {u"debug", u"False", "* Debug|Release|"},
       {u"e", u"True", "* Debug|* Release|"},
@@ -186,6 +191,9 @@ TEST_F(TTablePagesTest, TheOptionsAndTheUpdater) {
   EXPECT_EQ(offers.size(), 24U); // fourteen of the block, eleven texts, one of them both
   EXPECT_THAT(offers, testing::Contains("* MajorVersion"));
   EXPECT_THAT(offers, testing::Contains("Comments"));
+  EXPECT_THAT(Labels(page.Offers(u"PropertySetName")),
+              ElementsAre("! The project has no property sets of this kind."));
+  EXPECT_THAT(Labels(page.Offers(u"ResourceFile")), ElementsAre());
 }
 
 } // namespace

@@ -64,6 +64,13 @@ TEST_F(OpenedSolution, HasTheProjectsOfItsLines) {
   }
 }
 
+TEST_F(OpenedSolution, KnowsProjectsOfCppByTheirFiles) {
+  for (const auto& [file, isCpp] :
+       {std::pair("a.VCPROJ", true), {"a.vcxproj", true}, {"a.csproj", false}, {"vcproj", false}})
+    EXPECT_EQ(OpenText(Solution(Project('A', "", file)))->GetProjects()->GetItem(0)->IsVCProject(), isCpp)
+        << file;
+}
+
 TEST_F(OpenedSolution, LeavesOutProjectsThatAreNotOnDisk) {
   Write("src/Here.csproj");
   platform::MapDrive(u'Q', Path("src")); // where drives are not the system's own

@@ -5,7 +5,7 @@
 //   pid                  the number of this process, on a line
 //   args                 the arguments that follow, each on a line; nothing after it is done
 //   folder, env:NAME     the current folder, a variable, on a line
-//   input                reads standard input to its end
+//   input                reads standard input to its end; each line is written as it comes
 //   record:FILE          folder and command line, exactly as they came, into a file beside it
 //   deaf                 ignores requests to end
 //   child:A,B            starts itself with the arguments A and B, and does not wait for it
@@ -84,7 +84,9 @@ private:
     if (name == u"pid") WriteLine(text::FromInteger(OwnProcess()));
     if (name == u"folder") WriteLine(platform::CurrentDirectory());
     if (name == u"env") WriteLine(platform::EnvironmentVariable(value).value_or(u"missing"));
-    if (name == u"input") std::cin.ignore(std::numeric_limits<std::streamsize>::max());
+    if (name == u"input")
+      for (std::string line; std::getline(std::cin, line);)
+        WriteLine(text::FromUtf8(line));
     if (name == u"record") Record(value);
     if (name == u"deaf") IgnoreRequestsToEnd();
     if (name == u"child" || name == u"server") {

@@ -1,6 +1,7 @@
 #include "package/versioninfo/KxVersionInfoUpdaterAction.h"
 
 #include "package/versioninfo/KxRCVersionInfo.h"
+#include "tests/support/Properties.h"
 #include "tests/support/RecordingHost.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -117,6 +118,10 @@ TEST_F(Updater, ForeseesWhatItWouldRefuse) {
     action_.LookAhead(errors);
     EXPECT_EQ(errors.Entries, entries) << text::ToUtf8(file);
   }
+}
+
+TEST(UpdaterProperties, AreEachTheirOwn) {
+  EXPECT_EQ(tests::SideEffects<TKxVersionInfoUpdaterAction>(), "");
 }
 
 } // namespace

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "contract/PublishedProperties.h"
+#include "foundation/text/Encoding.h"
+
+#include <functional>
+
+namespace kx::tests {
+
+// Another value than a property has.
+inline TKxPropertyValue Another(const TKxPublishedProperty& property, const TKxPropertyValue& value) {
+  if (const auto* flag = std::get_if<bool>(&value)) return !*flag;
+  if (std::holds_alternative<std::u16string>(value)) return u"x";
+  if (std::holds_alternative<text::TStringList>(value)) return text::TStringList{u"x"};
+  const std::int32_t number = std::get<std::int32_t>(value);
+  if (property.Enumeration == nullptr) return number + 5;
+  return static_cast<std::int32_t>((number + 1) % std::ssize(property.Enumeration->Values));
+}
+
+// Gives each property of a new object another value, one at a time. A line for each that changes more than
+// itself, or is something else then: "Name: Other=value ".
+template <class TObject>
+std::string SideEffects(const std::function<void(TObject&)>& prepare = [](TObject&) {}) {
+  std::string lines;
+  for (const auto& changed : TObject().PublishedProperties().Rows()) {
+    if (changed.ReadOnly) continue;
+    TObject untouched;
+    TObject object;
+    prepare(untouched);
+    prepare(object);
+    const TKxPropertyValue value = Another(changed, changed.Get(object));
+    changed.Set(object, value);
+    std::u16string effects;
+    for (const auto& property : object.PublishedProperties().Rows()) {
+      const TKxPropertyValue expected = property.Name == changed.Name ? value : property.Get(untouched);
+      if (const auto found = property.Get(object); found != expected)
+        effects += std::u16string(property.Name) + u"=" + PropertyToText(property, found) + u" ";
+    }
+    if (!effects.empty()) lines += "\n" + text::ToUtf8(std::u16string(changed.Name) + u": " + effects);
+  }
+  return lines;
+}
+
+} // namespace kx::tests
