@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 
 namespace kx::fuzz {
 namespace {
@@ -24,8 +25,8 @@ struct TNode {
 };
 
 // Elements that hold others; the blanks between those mean nothing.
-constexpr std::array<std::u16string_view, 6> Holders{u"BuildProject", u"Variables",   u"PropertySets",
-                                                     u"Actions",      u"PropertySet", u"Action"};
+constexpr std::array<std::u16string_view, 7> Holders{
+    u"BuildProject", u"Variables", u"PropertySets", u"Actions", u"PropertySet", u"Action", u"Group"};
 
 TNode NodeOf(const TProjectElement& element) {
   TNode node{element.Name, element.Attribute(u"Name").value_or(u"")};
@@ -33,8 +34,7 @@ TNode NodeOf(const TProjectElement& element) {
     node.Head += u" " + attribute.Name + u"=" + attribute.Value;
   const bool isHolder = std::ranges::find(Holders, element.Name) != Holders.end();
   if (!isHolder && element.Children.empty()) node.Text = element.Text;
-  for (const auto& child : element.Children)
-    node.Children.push_back(NodeOf(child));
+  std::ranges::transform(element.Children, std::back_inserter(node.Children), NodeOf);
   return node;
 }
 
@@ -42,31 +42,32 @@ TNode Tree(std::string_view bytes) {
   return NodeOf(ParseProjectXml(bytes, u""));
 }
 
-// The actions below a node; made when it has none yet.
-std::vector<TNode>& ActionsIn(TNode& holder) {
+// The rows below a node; made when it has none yet.
+std::vector<TNode>& RowsIn(TNode& holder) {
+  if (holder.Head.starts_with(u"Group ")) return holder.Children;
   const auto found = std::ranges::find(holder.Children, u"Actions", &TNode::Head);
   if (found != holder.Children.end()) return found->Children;
   return holder.Children.emplace_back(TNode{u"Actions"}).Children;
 }
 
 // A place that the product has accepted before.
-std::vector<TNode>& ListFor(TNode& root, const TActionPath& path) {
+std::vector<TNode>& ListFor(TNode& root, const TRowPath& path) {
   TNode* holder = &root;
   for (std::size_t i = 0; i + 1 < path.size(); ++i)
-    holder = &ActionsIn(*holder)[path[i]];
-  return ActionsIn(*holder);
+    holder = &RowsIn(*holder)[path[i]];
+  return RowsIn(*holder);
 }
 
 std::ptrdiff_t Offset(std::size_t index, const std::vector<TNode>& list) {
   return static_cast<std::ptrdiff_t>(std::min(index, list.size()));
 }
 
-void Insert(TNode& root, const TActionPath& at, TNode node) {
+void Insert(TNode& root, const TRowPath& at, TNode node) {
   auto& list = ListFor(root, at);
   list.insert(list.begin() + Offset(at.back(), list), std::move(node));
 }
 
-TNode Take(TNode& root, const TActionPath& path) {
+TNode Take(TNode& root, const TRowPath& path) {
   auto& list = ListFor(root, path);
   TNode node = std::move(list.at(path.back()));
   list.erase(list.begin() + Offset(path.back(), list));
@@ -74,7 +75,7 @@ TNode Take(TNode& root, const TActionPath& path) {
 }
 
 // Where the place is once the action in front of it is gone.
-TActionPath Behind(const TActionPath& taken, TActionPath to) {
+TRowPath Behind(const TRowPath& taken, TRowPath to) {
   const std::size_t depth = taken.size() - 1;
   const bool isShifted =
       to.size() > depth && std::equal(taken.begin(), taken.end() - 1, to.begin()) && to[depth] > taken[depth];
@@ -107,10 +108,10 @@ bool IsPlain(std::string_view bytes) {
   return bytes.find("<![CDATA[") == bytes.npos && bytes.find("<?", 1) == bytes.npos;
 }
 
-const TProjectElement* Find(const TProjectElement& root, const TActionPath& path) {
+const TProjectElement* Find(const TProjectElement& root, const TRowPath& path) {
   const TProjectElement* element = &root;
   for (const std::size_t index : path)
-    element = &ActionsOf(*element)->Children[index];
+    element = &(IsGroup(*element) ? element : ActionsOf(*element))->Children[index];
   return element;
 }
 
@@ -153,17 +154,17 @@ private:
     }
   }
 
-  TActionPath Path() {
-    TActionPath path(1 + input_.Below(3));
+  TRowPath Path() {
+    TRowPath path(1 + input_.Below(3));
     for (auto& index : path)
       index = input_.Below(5);
     return path;
   }
 
   void Move() {
-    const TActionPath from = Path();
-    const TActionPath to = Path();
-    text_.MoveAction(from, to);
+    const TRowPath from = Path();
+    const TRowPath to = Path();
+    text_.MoveRow(from, to);
     TNode expected = Tree(before_);
     TNode moved = Take(expected, from);
     Insert(expected, Behind(from, to), std::move(moved));
@@ -172,9 +173,9 @@ private:
   }
 
   void Copy() {
-    const TActionPath from = Path();
-    const TActionPath to = Path();
-    text_.CopyAction(from, to);
+    const TRowPath from = Path();
+    const TRowPath to = Path();
+    text_.CopyRow(from, to);
     TNode expected = Tree(before_);
     TNode copied = ListFor(expected, from).at(from.back());
     Insert(expected, to, std::move(copied));
@@ -182,8 +183,8 @@ private:
   }
 
   void Remove() {
-    const TActionPath path = Path();
-    text_.RemoveAction(path);
+    const TRowPath path = Path();
+    text_.RemoveRow(path);
     TNode expected = Tree(before_);
     Take(expected, path);
     Require(Tree(text_.Bytes()) == expected, "the action is gone and the others are not");
@@ -193,12 +194,11 @@ private:
   }
 
   void Attribute() {
-    const TActionPath path = Path();
+    const TRowPath path = Path();
     const std::u16string name = input_.Flag() ? u"Name" : u"ContinueOnError";
     const std::u16string value = StorableText(input_.Line());
     const bool isRemoved = value.empty();
-    text_.SetActionAttribute(path, name,
-                             isRemoved ? std::nullopt : std::optional<std::u16string_view>(value));
+    text_.SetAttribute(path, name, isRemoved ? std::nullopt : std::optional<std::u16string_view>(value));
     const TProjectElement now = ParseProjectXml(text_.Bytes(), u"");
     Require(Find(now, path)->Attribute(name) == (isRemoved ? std::nullopt : std::optional(value)),
             "an attribute reads back");

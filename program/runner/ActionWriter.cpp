@@ -122,6 +122,8 @@ std::string TActionWriter::Action(const TActionNode& node, const std::string& in
   if (!node.Name().empty()) text += AttributeText(u"Name", node.Name());
   if (node.OnFailure() != TOnFailure::Stop)
     text += AttributeText(u"ContinueOnError", node.OnFailure() == TOnFailure::Ignore ? u"ignore" : u"true");
+  for (const TTermAttribute& attribute : TermAttributes())
+    if (const auto stated = attribute.Text(node.Terms())) text += AttributeText(attribute.Name, *stated);
   const std::string inner = indent + text_.Step();
   std::string content;
   for (const auto* property : WorthStating(node))

@@ -5,6 +5,10 @@
 #include "foundation/text/Text.h"
 
 #include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstdint>
+#include <utility>
 
 namespace kx {
 
@@ -28,6 +32,93 @@ std::string AttributeText(std::u16string_view name, std::u16string_view value) {
   for (const auto& [blank, reference] : {std::pair(u"\t", u"&#9;"), {u"\n", u"&#10;"}, {u"\r", u"&#13;"}})
     escaped = text::ReplaceAll(escaped, blank, reference);
   return " " + text::ToUtf8(name) + "=\"" + text::ToUtf8(escaped) + "\"";
+}
+
+std::optional<TByteSpan> FindAttribute(std::string_view bytes, const TProjectElement& element,
+                                       std::string_view name) {
+  std::size_t at = bytes.find_first_of(" \t\r\n/>", element.Whole.Begin);
+  for (;;) {
+    const std::size_t blanks = at;
+    at = bytes.find_first_not_of(" \t\r\n", at);
+    if (bytes[at] == '/' || bytes[at] == '>') return std::nullopt;
+    const std::size_t end = bytes.find_first_of(" \t\r\n=", at);
+    const std::size_t quote = bytes.find_first_of("\"'", end);
+    const std::size_t close = bytes.find(bytes[quote], quote + 1) + 1;
+    if (bytes.substr(at, end - at) == name) return TByteSpan{blanks, close};
+    at = close;
+  }
+}
+
+namespace {
+
+// Reads the pieces of markup that a parser has accepted before.
+class TPlacedReader {
+public:
+  TPlacedReader(std::string_view bytes, TByteSpan span)
+      : bytes_(bytes.substr(0, span.End)), at_(span.Begin) {}
+
+  TPlacedText Read() {
+    while (at_ < bytes_.size())
+      Next();
+    return std::move(placed_);
+  }
+
+private:
+  void Next() {
+    const std::string_view rest = bytes_.substr(at_);
+    if (rest.starts_with("<![CDATA[")) return Literal(at_ + 9, bytes_.find("]]>", at_));
+    if (rest.starts_with("<!--")) return Skip("-->");
+    if (rest.starts_with("<?")) return Skip("?>");
+    if (rest.front() != '&') return Take(CharacterAt(at_), CharacterAt(at_));
+    const std::string_view reference = rest.substr(0, rest.find(';') + 1);
+    Take(reference, Meant(reference));
+  }
+
+  void Literal(std::size_t begin, std::size_t end) {
+    for (at_ = begin; at_ < end;)
+      Take(CharacterAt(at_), CharacterAt(at_));
+    at_ = end + 3;
+  }
+
+  void Skip(std::string_view end) { at_ = bytes_.find(end, at_ + 2) + end.size(); }
+
+  std::string_view CharacterAt(std::size_t at) const {
+    std::size_t end = at + 1;
+    while (end < bytes_.size() && (static_cast<unsigned char>(bytes_[end]) & 0xC0U) == 0x80)
+      ++end;
+    return bytes_.substr(at, end - at);
+  }
+
+  static std::u16string Meant(std::string_view reference) {
+    static constexpr std::array<std::pair<std::string_view, char16_t>, 5> named{
+        {{"&amp;", u'&'}, {"&lt;", u'<'}, {"&gt;", u'>'}, {"&quot;", u'"'}, {"&apos;", u'\''}}};
+    for (const auto& [name, character] : named)
+      if (name == reference) return {character};
+    const bool isHex = reference.starts_with("&#x");
+    std::uint32_t code = 0;
+    const std::string_view digits = reference.substr(isHex ? 3 : 2);
+    std::from_chars(digits.data(), digits.data() + digits.size(), code, isHex ? 16 : 10);
+    if (code < 0x10000) return {static_cast<char16_t>(code)};
+    code -= 0x10000;
+    return {static_cast<char16_t>(0xD800 + (code >> 10U)), static_cast<char16_t>(0xDC00 + (code & 0x3FFU))};
+  }
+
+  void Take(std::string_view bytes, std::string_view character) { Take(bytes, text::FromUtf8(character)); }
+  void Take(std::string_view bytes, const std::u16string& text) {
+    placed_.Text += text;
+    placed_.Places.insert(placed_.Places.end(), text.size(), {at_, at_ + bytes.size()});
+    at_ += bytes.size();
+  }
+
+  std::string_view bytes_;
+  std::size_t at_;
+  TPlacedText placed_;
+};
+
+} // namespace
+
+TPlacedText ReadPlacedText(std::string_view bytes, TByteSpan span) {
+  return TPlacedReader(bytes, span).Read();
 }
 
 TElementText::TElementText(std::string_view bytes, TTextEdits& edits)

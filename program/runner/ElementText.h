@@ -50,6 +50,18 @@ private:
 // take for blanks.
 std::string AttributeText(std::u16string_view name, std::u16string_view value);
 
+// From the blanks in front of the attribute to its closing quote; nothing when the tag lacks it.
+std::optional<TByteSpan> FindAttribute(std::string_view bytes, const TProjectElement& element,
+                                       std::string_view name);
+
+// What markup without elements says, the content of an element or the value of an attribute: its text, and
+// the bytes that each of its characters stands on.
+struct TPlacedText {
+  std::u16string Text;
+  std::vector<TByteSpan> Places;
+};
+TPlacedText ReadPlacedText(std::string_view bytes, TByteSpan span);
+
 // Whether the text is blanks and nothing else, none of them a line feed.
 bool IsBlankText(std::string_view text);
 

@@ -25,6 +25,7 @@ public:
   explicit TEventLog(std::shared_ptr<TSecretMask> secrets) : secrets_(std::move(secrets)) {}
 
   void AddSink(IRunEventSink& sink) { sinks_.push_back(&sink); }
+  void RemoveSink(IRunEventSink& sink) { std::erase(sinks_, &sink); }
   TSecretMask& Secrets() { return *secrets_; }
   // The counts that events carry from now on.
   void SetCounts(const TProblemCounts& soFar) { soFar_ = soFar; }

@@ -39,7 +39,8 @@ void TExecution::Take(const TActionResult& child) {
   result_.Tests += child.Tests;
   const bool failed = !IsSuccess(child.Result) && child.Result != TResultKind::Ignored;
   hasFailedChild_ = hasFailedChild_ || failed;
-  hasBusyChild_ = hasBusyChild_ || child.Result != TResultKind::NothingToDo;
+  hasBusyChild_ =
+      hasBusyChild_ || (child.Result != TResultKind::NothingToDo && child.Result != TResultKind::Skipped);
 }
 
 TProblemCounts TExecution::Counts() const {
@@ -47,6 +48,16 @@ TProblemCounts TExecution::Counts() const {
   counts += own_.Counts();
   if (open_) counts += open_->Tally.Counts();
   return counts;
+}
+
+void TExecution::BeginAnew() {
+  open_.reset();
+  own_ = {};
+  inside_ = {};
+  result_.Configurations.clear();
+  result_.Tests = {};
+  result_.Reason.clear();
+  hasOwnReason_ = hasFailedChild_ = hasBusyChild_ = false;
 }
 
 void TExecution::Breach(std::u16string_view reason) {

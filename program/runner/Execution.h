@@ -37,6 +37,9 @@ public:
   }
   TProblemCounts Counts() const; // of everything in it, so far
 
+  // Another attempt begins: what was booked, and what spoke against it, is as if it had not been.
+  void BeginAnew();
+
   // Something speaks against a success, for the configuration that is open and for the action. The first
   // reason counts; for the action one beside its configurations before those inside.
   void Breach(std::u16string_view reason);
@@ -47,6 +50,7 @@ public:
   // In any of its configurations, of which it has some; a loop: in any of its passes.
   bool HadNothingToDo() const;
 
+  void Skip(std::u16string_view reason) { result_.Reason = reason; }
   // Configurations that failed in an action that is ignored are ignored with it.
   TActionResult Finish(TResultKind kind);
 

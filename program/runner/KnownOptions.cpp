@@ -3,6 +3,7 @@
 #include "foundation/platform/Files.h"
 #include "foundation/text/WindowsPath.h"
 #include "program/runner/DotNetInfo.h"
+#include "program/runner/FileLink.h"
 #include "program/runner/Messages.h"
 #include "program/runner/WebSites.h"
 
@@ -56,6 +57,7 @@ std::vector<TKnownOption> KnownOptions(const TServiceRegistry& services) {
   for (const std::u16string_view version : DotNetVersions())
     options.push_back({{std::u16string(DotNetSection), std::u16string(version)}, TKind::Folder, nullptr});
   options.push_back({ApplicationHostConfigOption(), TKind::File, nullptr});
+  options.push_back({OpenFileOption(), TKind::Link, nullptr});
   return options;
 }
 
@@ -101,6 +103,7 @@ std::u16string ShownText(const TKnownOption& option, std::u16string_view stored)
 }
 
 std::optional<std::u16string> CheckPlace(const TKnownOption& option, std::u16string_view value) {
+  if (option.Kind == TKind::Link && !text::Trim(value).empty()) RequireFileLink(text::Trim(value));
   const bool isFolder = option.Kind == TKind::Folder;
   const std::u16string path(text::Trim(value));
   if ((!isFolder && option.Kind != TKind::File) || path.empty()) return std::nullopt;

@@ -12,7 +12,7 @@
 namespace kx {
 
 struct TKnownOption {
-  enum class TKind { Text, Number, Folder, File };
+  enum class TKind { Text, Number, Folder, File, Link };
   TOptionName Name;
   TKind Kind = TKind::Text;
   const TKxEnumeration* Enumeration = nullptr; // of a number that is one's ordinal
@@ -28,8 +28,9 @@ const TKnownOption& RequireOption(std::span<const TKnownOption> known, const TOp
 // EKxException that says what the option takes.
 std::u16string StoredText(const TKnownOption& option, std::u16string_view value);
 std::u16string ShownText(const TKnownOption& option, std::u16string_view stored); // the reverse
-// Raises EKxException for a path that means another place in each folder, or a file where a folder is meant.
-// The text is a doubt that need not be wrong: what is named is not on this machine.
+// Raises EKxException for a path that means another place in each folder, for a file where a folder is meant,
+// and for what is no link to a file. The text is a doubt that need not be wrong: what is named is not on this
+// machine.
 std::optional<std::u16string> CheckPlace(const TKnownOption& option, std::u16string_view value);
 
 } // namespace kx

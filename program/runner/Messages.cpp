@@ -12,6 +12,10 @@ std::u16string Quoted(std::u16string_view text) {
   return u'"' + std::u16string(text) + u'"';
 }
 
+std::u16string NeedNotMet(std::u16string_view other) {
+  return u"Skipped: " + Quoted(other) + u", which it needs, has not succeeded.";
+}
+
 std::u16string DidYouMean(std::u16string_view name, std::span<const std::u16string> candidates) {
   // Comparing takes the product of both lengths; what is this long is no misspelt name.
   constexpr std::size_t LongestName = 200;

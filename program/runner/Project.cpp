@@ -180,6 +180,10 @@ TActionNode& TProject::AddAction(std::u16string_view type, TActionNode* parent) 
   return node;
 }
 
+const TActionGroup& TProject::AddGroup(TActionGroup group) {
+  return *groups_.emplace_back(std::make_unique<TActionGroup>(std::move(group)));
+}
+
 TActionNode* TProject::FindNode(const TCustomKxAction& action) const {
   return index_.Find(action);
 }

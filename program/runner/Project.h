@@ -4,6 +4,7 @@
 #include "contract/Iterator.h"
 #include "foundation/text/Text.h"
 #include "program/findings/Gates.h"
+#include "program/runner/ActionTerms.h"
 #include "program/runner/ServiceRegistry.h"
 #include "program/runner/VerdictRules.h"
 
@@ -58,6 +59,7 @@ public:
   TPropertySetKind GetKind() const override { return kind_; }
   std::optional<std::u16string> GetValue(std::u16string_view name) const override;
   bool Add(std::u16string_view name, std::u16string_view value); // False when it has the name already
+  const auto& Values() const { return values_; }                 // by name
 
 private:
   std::u16string name_;
@@ -70,6 +72,7 @@ public:
   bool Add(std::shared_ptr<TProjectPropertySet> set); // False when the name is taken
   std::shared_ptr<const IPropertySet> Find(std::u16string_view name) const override;
   text::TStringList GetNames(TPropertySetKind kind) const override;
+  const auto& All() const { return sets_; }
 
 private:
   std::vector<std::shared_ptr<TProjectPropertySet>> sets_;
@@ -121,6 +124,12 @@ public:
   std::u16string DisplayName() const;     // the name, else that of the type
   TOnFailure OnFailure() const { return onFailure_; }
   void SetOnFailure(TOnFailure value) { onFailure_ = value; }
+  const TActionTerms& Terms() const { return terms_; }
+  void SetTerms(TActionTerms terms) { terms_ = std::move(terms); }
+  const TActionGroup* Group() const { return group_; } // null: it stands in none
+  void SetGroup(const TActionGroup* group) { group_ = group; }
+  int Line() const { return line_; } // in the project's file; 0: it was not read from there
+  void SetLine(int line) { line_ = line; }
 
   // The action's published properties in declaration order; a loop's own LoopVariable comes first.
   const std::vector<const TKxPublishedProperty*>& Properties() const { return properties_; }
@@ -140,6 +149,9 @@ private:
   std::vector<std::unique_ptr<TActionNode>> children_;
   std::u16string name_;
   TOnFailure onFailure_ = TOnFailure::Stop;
+  TActionTerms terms_;
+  const TActionGroup* group_ = nullptr;
+  int line_ = 0;
 };
 
 // The registry and the host outlive the project. Actions stay where they are as long as the project lives.
@@ -158,7 +170,10 @@ public:
 
   std::u16string Directory() const; // of the file; the current folder without one
   const TServiceRegistry& Services() const { return services_; }
+  // Of the outermost level, in the order of the file; those of groups among them.
   const std::vector<std::unique_ptr<TActionNode>>& Actions() const { return actions_; }
+  const std::vector<std::unique_ptr<TActionGroup>>& Groups() const { return groups_; } // in the same order
+  const TActionGroup& AddGroup(TActionGroup group);
 
   // Adds an action at the end, inside `parent` when it is given. Raises EKxException for an unknown type and
   // for a parent that is no loop.
@@ -171,6 +186,7 @@ private:
   const TServiceRegistry& services_;
   IKxActionHost& host_;
   TActionIndex index_;
+  std::vector<std::unique_ptr<TActionGroup>> groups_;
   std::vector<std::unique_ptr<TActionNode>> actions_;
 };
 

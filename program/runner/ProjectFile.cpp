@@ -52,13 +52,12 @@ struct TProjectFile::TState {
   // Pairs the actions, which stand in the order of their elements, with the elements.
   void Bind(const TNodes& nodes, const TProjectElement& holder, std::vector<TActionSource>& sources,
             TPlaces& places) {
-    const TProjectElement* list = ActionsOf(holder);
-    if (list == nullptr) return;
-    for (std::size_t i = 0; i < list->Children.size(); ++i) {
+    const auto elements = ActionElementsOf(holder);
+    for (std::size_t i = 0; i < elements.size(); ++i) {
       const auto& defaults = Defaults.try_emplace(&nodes[i]->Type(), *nodes[i]).first->second;
       places.emplace(nodes[i].get(), sources.size());
-      sources.emplace_back(*nodes[i], list->Children[i], defaults);
-      Bind(nodes[i]->Children(), list->Children[i], sources, places);
+      sources.emplace_back(*nodes[i], *elements[i].Action, defaults);
+      Bind(nodes[i]->Children(), *elements[i].Action, sources, places);
     }
   }
 

@@ -22,11 +22,9 @@ bool IsAlike(const TProjectElement& one, const TProjectElement& other) {
 }
 
 void Collect(const TProjectElement& holder, std::size_t depth, std::vector<TKnownAction>& actions) {
-  const TProjectElement* list = ActionsOf(holder);
-  if (list == nullptr) return;
-  for (const auto& action : list->Children) {
-    actions.push_back({&action, depth});
-    Collect(action, depth + 1, actions);
+  for (const auto& [action, list] : ActionElementsOf(holder)) {
+    actions.push_back({action, depth});
+    Collect(*action, depth + 1, actions);
   }
 }
 

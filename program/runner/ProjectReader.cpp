@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <set>
 
 namespace kx {
@@ -14,6 +15,8 @@ namespace kx {
 namespace {
 
 constexpr std::u16string_view ActionsName = u"Actions";
+constexpr std::u16string_view ActionName = u"Action";
+constexpr std::u16string_view GroupName = u"Group";
 
 using TNames = std::vector<std::u16string>;
 
@@ -170,9 +173,31 @@ private:
 
   void ReadActions(const TProjectElement& list, TActionNode* parent) {
     CheckAttributes(list, {});
-    CheckChildren(list, std::array<std::u16string_view, 1>{u"Action"});
-    for (const auto& element : list.Children)
-      ReadAction(element, parent);
+    if (parent == nullptr) {
+      CheckChildren(list, std::array<std::u16string_view, 2>{ActionName, GroupName});
+    } else {
+      const auto* group = list.Child(GroupName);
+      if (group != nullptr) Refuse(*group, u"A <Group> stands in the outermost <Actions>, not in a loop.");
+      CheckChildren(list, std::array<std::u16string_view, 1>{ActionName});
+    }
+    for (const auto& element : list.Children) {
+      if (IsGroup(element))
+        ReadGroup(element);
+      else
+        ReadAction(element, parent);
+    }
+  }
+
+  void ReadGroup(const TProjectElement& element) {
+    CheckAttributes(element, std::array<std::u16string_view, 2>{u"Name", u"Needs"});
+    const auto* inner = element.Child(GroupName);
+    if (inner != nullptr) Refuse(*inner, u"A <Group> holds actions; another <Group> cannot stand in it.");
+    CheckChildren(element, std::array<std::u16string_view, 1>{ActionName});
+    TActionGroup group{.Name = RequireAttribute(element, u"Name"), .Needs = {}, .Line = element.Line};
+    if (const auto needs = element.Attribute(u"Needs")) group.Needs = ReadNeeds(*needs);
+    const TActionGroup& added = project_.AddGroup(std::move(group));
+    for (const auto& action : element.Children)
+      ReadAction(action, nullptr).SetGroup(&added);
   }
 
   TActionNode& AddAction(const TProjectElement& element, TActionNode* parent) const {
@@ -187,19 +212,52 @@ private:
     }
   }
 
-  void ReadAction(const TProjectElement& element, TActionNode* parent) {
-    CheckAttributes(element, std::array<std::u16string_view, 3>{u"Type", u"Name", u"ContinueOnError"});
+  TActionNode& ReadAction(const TProjectElement& element, TActionNode* parent) {
+    CheckAttributes(element, KnownAttributes());
     CheckNoText(element);
     CheckOnce(element);
     TActionNode& node = AddAction(element, parent);
     if (const auto name = element.Attribute(u"Name")) node.SetName(*name);
     if (const auto value = element.Attribute(u"ContinueOnError"))
       node.SetOnFailure(ReadOnFailure(element, *value));
+    node.SetLine(element.Line);
+    node.SetTerms(ReadTerms(element, node, parent != nullptr));
     // A new secret in clear text replaces the encrypted one, wherever it stands.
     for (const bool secrets : {false, true})
       for (const auto& child : element.Children)
         if (child.Name != ActionsName && NamesSecret(node, child) == secrets) ReadProperty(child, node);
     if (const auto* actions = element.Child(ActionsName)) ReadNestedActions(*actions, node);
+    return node;
+  }
+
+  static const std::vector<std::u16string_view>& KnownAttributes() {
+    static const auto known = [] {
+      std::vector<std::u16string_view> names{u"Type", u"Name", u"ContinueOnError"};
+      std::ranges::transform(TermAttributes(), std::back_inserter(names), &TTermAttribute::Name);
+      return names;
+    }();
+    return known;
+  }
+
+  TActionTerms ReadTerms(const TProjectElement& element, const TActionNode& node, bool isInLoop) const {
+    TActionTerms terms;
+    for (const TTermAttribute& attribute : TermAttributes()) {
+      const auto text = element.Attribute(attribute.Name);
+      if (!text) continue;
+      if (isInLoop && attribute.IsOutermostOnly)
+        Refuse(element,
+               std::u16string(attribute.Name) +
+                   u" has no meaning inside a loop, whose actions run one after the other on each pass.");
+      if (attribute.IsOfLoopsOnly && node.Iterator() == nullptr)
+        Refuse(element, std::u16string(attribute.Name) + u" is for loops, and the action " +
+                            node.Type().Identifier + u" is none.");
+      try {
+        attribute.Read(terms, *text);
+      } catch (const EKxException& error) {
+        Refuse(element, error.Message());
+      }
+    }
+    return terms;
   }
 
   void ReadNestedActions(const TProjectElement& list, TActionNode& node) {
@@ -285,6 +343,24 @@ void ReadProject(const TProjectElement& root, std::u16string_view fileName, TPro
 
 const TProjectElement* ActionsOf(const TProjectElement& element) {
   return element.Child(ActionsName);
+}
+
+bool IsGroup(const TProjectElement& element) {
+  return element.Name == GroupName;
+}
+
+std::vector<TActionElement> ActionElementsOf(const TProjectElement& element) {
+  std::vector<TActionElement> elements;
+  const TProjectElement* list = ActionsOf(element);
+  if (list == nullptr) return elements;
+  for (const auto& child : list->Children) {
+    if (!IsGroup(child))
+      elements.push_back({&child, list});
+    else
+      for (const auto& action : child.Children)
+        elements.push_back({&action, &child});
+  }
+  return elements;
 }
 
 } // namespace kx

@@ -2,6 +2,7 @@
 
 #include "foundation/formats/Xml.h"
 #include "foundation/text/Encoding.h"
+#include "program/findings/Gates.h"
 #include "program/runner/VerdictRules.h"
 
 #include <map>
@@ -38,16 +39,22 @@ constexpr std::string_view Head = R"(<?xml version="1.0" encoding="UTF-8"?>
         <xs:element name="Gates" minOccurs="0">
           <xs:complexType>
             <xs:attribute name="Baseline" type="xs:string"/>
-            <xs:attribute name="FailOn">
-              <xs:simpleType><xs:restriction base="xs:string">
-                <xs:enumeration value="never"/><xs:enumeration value="error"/>
-                <xs:enumeration value="warning"/><xs:enumeration value="new-warning"/>
-              </xs:restriction></xs:simpleType>
-            </xs:attribute>
+            <xs:attribute name="FailOn" type="FailOn"/>
             <xs:attribute name="MaxWarnings" type="xs:nonNegativeInteger"/>
           </xs:complexType>
         </xs:element>
-        <xs:element name="Actions" type="Actions" minOccurs="0"/>
+        <xs:element name="Actions" minOccurs="0">
+          <xs:complexType><xs:choice minOccurs="0" maxOccurs="unbounded">
+            <xs:element name="Action" type="Action"/>
+            <xs:element name="Group">
+              <xs:complexType>
+                <xs:sequence><xs:element name="Action" type="Action" minOccurs="0" maxOccurs="unbounded"/></xs:sequence>
+                <xs:attribute name="Name" type="xs:string" use="required"/>
+                <xs:attribute name="Needs" type="xs:string"/>
+              </xs:complexType>
+            </xs:element>
+          </xs:choice></xs:complexType>
+        </xs:element>
       </xs:all>
       <xs:attribute name="Name" type="xs:string"/>
     </xs:complexType>
@@ -81,6 +88,12 @@ constexpr std::string_view Head = R"(<?xml version="1.0" encoding="UTF-8"?>
       <xs:simpleType><xs:restriction base="xs:token"><xs:enumeration value="ignore"/></xs:restriction></xs:simpleType>
     </xs:union>
   </xs:simpleType>
+  <xs:simpleType name="Retries">
+    <xs:restriction base="xs:integer"><xs:minInclusive value="0"/><xs:maxInclusive value="100"/></xs:restriction>
+  </xs:simpleType>
+  <xs:simpleType name="TimeSpan">
+    <xs:restriction base="xs:token"><xs:pattern value="[0-9]+[smh]?"/></xs:restriction>
+  </xs:simpleType>
   <xs:complexType name="List" mixed="true">
     <xs:sequence><xs:element name="Line" type="xs:string" minOccurs="0" maxOccurs="unbounded"/></xs:sequence>
   </xs:complexType>
@@ -89,7 +102,7 @@ constexpr std::string_view Head = R"(<?xml version="1.0" encoding="UTF-8"?>
     <xs:attribute name="Name" type="xs:string"/>
   </xs:complexType>
   <xs:complexType name="Actions">
-    <xs:sequence><xs:element name="Action" type="Action" minOccurs="0" maxOccurs="unbounded"/></xs:sequence>
+    <xs:sequence><xs:element name="Action" type="InnerAction" minOccurs="0" maxOccurs="unbounded"/></xs:sequence>
   </xs:complexType>
 )";
 
@@ -102,6 +115,14 @@ std::string Enumeration(std::string_view value, std::u16string_view help = {}) {
 
 std::string Choice(const std::string& values) {
   return "<xs:simpleType><xs:restriction base=\"xs:token\">" + values + "</xs:restriction></xs:simpleType>";
+}
+
+std::string FailOnType() {
+  std::string words;
+  for (const auto word : FailOnWords())
+    words += Enumeration(text::ToUtf8(word));
+  return "  <xs:simpleType name=\"FailOn\"><xs:restriction base=\"xs:token\">" + words +
+         "</xs:restriction></xs:simpleType>\n";
 }
 
 std::string RuleType() {
@@ -171,7 +192,7 @@ public:
     std::string out;
     for (const auto& [name, enumeration] : enumerations_)
       out += EnumerationType(*enumeration);
-    out += "  <xs:complexType name=\"Action\">\n    <xs:all>\n";
+    out += "  <xs:complexType name=\"InnerAction\">\n    <xs:all>\n";
     for (const auto& [name, property] : properties_)
       out += Element(name, property);
     return out +
@@ -179,10 +200,26 @@ public:
            "    <xs:attribute name=\"Type\" use=\"required\">" +
            Choice(types_) +
            "</xs:attribute>\n    <xs:attribute name=\"Name\" type=\"xs:string\"/>\n"
-           "    <xs:attribute name=\"ContinueOnError\" type=\"OnFailure\"/>\n  </xs:complexType>\n";
+           "    <xs:attribute name=\"ContinueOnError\" type=\"OnFailure\"/>\n" +
+           Terms(false) +
+           "  </xs:complexType>\n"
+           "  <xs:complexType name=\"Action\">\n    <xs:complexContent><xs:extension "
+           "base=\"InnerAction\">\n" +
+           Terms(true) + "    </xs:extension></xs:complexContent>\n  </xs:complexType>\n";
   }
 
 private:
+  static std::string Terms(bool outermostOnly) {
+    std::string out;
+    for (const TTermAttribute& attribute : TermAttributes())
+      if (attribute.IsOutermostOnly == outermostOnly)
+        out += "    <xs:attribute name=\"" + text::ToUtf8(attribute.Name) + "\" type=\"" +
+               std::string(attribute.Schema) + "\"><xs:annotation><xs:documentation>" +
+               text::ToUtf8(XmlEscape(attribute.Help)) +
+               "</xs:documentation></xs:annotation></xs:attribute>\n";
+    return out;
+  }
+
   void Add(const std::u16string& action, const TKxPublishedProperty& property) {
     if (property.Enumeration != nullptr)
       enumerations_.try_emplace(property.Enumeration->Name, property.Enumeration);
@@ -210,7 +247,7 @@ private:
 } // namespace
 
 std::string ProjectSchema(TProject& scratch) {
-  return std::string(Head) + RuleType() + TActionSchema(scratch).Text() + "</xs:schema>\n";
+  return std::string(Head) + FailOnType() + RuleType() + TActionSchema(scratch).Text() + "</xs:schema>\n";
 }
 
 } // namespace kx

@@ -8,6 +8,7 @@
 #include "program/runner/ProjectReader.h"
 
 #include <algorithm>
+#include <array>
 
 namespace kx {
 
@@ -15,35 +16,17 @@ namespace {
 
 constexpr auto npos = std::string_view::npos;
 
-// From the blanks in front of the attribute to its closing quote; nothing when the tag lacks it.
-std::optional<TByteSpan> FindAttribute(std::string_view bytes, const TProjectElement& element,
-                                       std::string_view name) {
-  std::size_t at = bytes.find_first_of(" \t\r\n/>", element.Whole.Begin);
-  for (;;) {
-    const std::size_t blanks = at;
-    at = bytes.find_first_not_of(" \t\r\n", at);
-    if (bytes[at] == '/' || bytes[at] == '>') return std::nullopt;
-    const std::size_t end = bytes.find_first_of(" \t\r\n=", at);
-    const std::size_t quote = bytes.find_first_of("\"'", end);
-    const std::size_t close = bytes.find(bytes[quote], quote + 1) + 1;
-    if (bytes.substr(at, end - at) == name) return TByteSpan{blanks, close};
-    at = close;
-  }
+// What the rows of the project, of a loop or of a group stand in; null: there is no list yet.
+const TProjectElement* ListOf(const TProjectElement& holder) {
+  return IsGroup(holder) ? &holder : ActionsOf(holder);
 }
 
-const TProjectElement* FindNamed(const TProjectElement& list, std::u16string_view name) {
-  const auto found = std::ranges::find_if(list.Children, [&](const TProjectElement& child) {
-    return text::EqualsIgnoreCase(child.Attribute(u"Name").value_or(u""), name);
-  });
-  return found == list.Children.end() ? nullptr : &*found;
+void RequirePlace(const TRowPath& at) {
+  if (at.empty()) throw EKxException(u"There is no such place for an action.");
 }
 
 bool BeginsWith(std::span<const std::size_t> path, std::span<const std::size_t> start) {
   return path.size() >= start.size() && std::ranges::equal(path.first(start.size()), start);
-}
-
-[[noreturn]] void RefuseMissing(std::u16string_view kind, std::u16string_view name) {
-  throw EKxException(u"The project has no " + std::u16string(kind) + u" " + Quoted(name) + u".");
 }
 
 } // namespace
@@ -52,25 +35,76 @@ TProjectText::TProjectText(std::string bytes) : bytes_(std::move(bytes)) {
   root_ = ParseProjectXml(bytes_, u"");
 }
 
+void TProjectText::RefuseMissing(std::u16string_view kind, std::u16string_view name) {
+  throw EKxException(u"The project has no " + std::u16string(kind) + u" " + Quoted(name) + u".");
+}
+
 void TProjectText::Apply(const TTextEdits& edits) {
   std::string changed = edits.Apply(bytes_);
   root_ = ParseProjectXml(changed, u"");
   bytes_ = std::move(changed);
 }
 
-const TProjectElement& TProjectText::ActionAt(std::span<const std::size_t> path) const {
-  const TProjectElement* list = path.empty() ? nullptr : ListAt(path.first(path.size() - 1));
-  if (list == nullptr || path.back() >= list->Children.size())
+const TProjectElement& TProjectText::RowAt(std::span<const std::size_t> row) const {
+  const TProjectElement* list = row.empty() ? nullptr : ListOf(HolderAt(row.first(row.size() - 1)));
+  if (list == nullptr || row.back() >= list->Children.size())
     throw EKxException(u"The project has no such action any more.");
-  return list->Children[path.back()];
+  return list->Children[row.back()];
 }
 
-const TProjectElement& TProjectText::HolderAt(std::span<const std::size_t> path) const {
-  return path.empty() ? root_ : ActionAt(path);
+const TProjectElement& TProjectText::HolderAt(std::span<const std::size_t> row) const {
+  return row.empty() ? root_ : RowAt(row);
 }
 
-const TProjectElement* TProjectText::ListAt(std::span<const std::size_t> path) const {
-  return ActionsOf(HolderAt(path));
+std::size_t TProjectText::RowsIn(const TRowPath& row) const {
+  const TProjectElement* list = ListOf(HolderAt(row));
+  return list == nullptr ? 0 : list->Children.size();
+}
+
+TRowPath TProjectText::RowOfAction(const TActionPath& path) const {
+  if (path.empty()) return path;
+  std::size_t before = 0; // actions, in the rows before
+  for (std::size_t i = 0; i < RowsIn({}); ++i) {
+    const TProjectElement& row = RowAt(std::array{i});
+    const std::size_t actions = IsGroup(row) ? row.Children.size() : 1;
+    if (path.front() < before + actions) {
+      TRowPath found{i};
+      if (IsGroup(row)) found.push_back(path.front() - before);
+      found.insert(found.end(), path.begin() + 1, path.end());
+      return found;
+    }
+    before += actions;
+  }
+  throw EKxException(u"The project has no such action any more.");
+}
+
+TRowPath TProjectText::RowOfGroup(std::size_t group) const {
+  const auto groups = Groups();
+  if (group >= groups.size()) throw EKxException(u"The project has no such group any more.");
+  return {groups[group].Row};
+}
+
+std::optional<TActionPath> TProjectText::ActionAt(const TRowPath& row) const {
+  if (IsGroup(RowAt(row))) return std::nullopt;
+  std::size_t before = 0;
+  for (std::size_t i = 0; i < row.front(); ++i) {
+    const TProjectElement& other = RowAt(std::array{i});
+    before += IsGroup(other) ? other.Children.size() : 1;
+  }
+  const bool isInGroup = IsGroup(RowAt(std::span(row).first(1)));
+  TActionPath path{before + (isInGroup ? row[1] : 0)};
+  path.insert(path.end(), row.begin() + (isInGroup ? 2 : 1), row.end());
+  return path;
+}
+
+std::vector<TProjectText::TGroupText> TProjectText::Groups() const {
+  std::vector<TGroupText> groups;
+  for (std::size_t i = 0; i < RowsIn({}); ++i) {
+    const TProjectElement& row = RowAt(std::array{i});
+    if (!IsGroup(row)) continue;
+    groups.push_back({row.Attribute(u"Name").value_or(u""), row.Attribute(u"Needs"), i, row.Children.size()});
+  }
+  return groups;
 }
 
 // Nothing else stands on the lines of the element, but for a comment behind it.
@@ -128,89 +162,107 @@ std::string TProjectText::Indented(const TProjectElement& element, TByteSpan spa
   return edits.Apply(text.substr(span.Begin, span.End - span.Begin));
 }
 
-void TProjectText::InsertText(TElementText& layout, TTextEdits& edits, const TActionPath& at,
-                              const TProjectElement& copied) const {
-  const std::span<const std::size_t> holderPath = std::span(at).first(at.size() - 1);
-  const TProjectElement& holder = HolderAt(holderPath);
-  const TProjectElement* list = ActionsOf(holder);
-  const bool lines = StandsOnLines(copied);
-  const TByteSpan span = lines ? Lines(copied, true) : copied.Whole;
-  const auto indented = [&](const std::string& indent) {
-    return Indented(copied, span, layout.IndentOf(copied).size(), indent);
-  };
-  // InsertInto puts the line's beginning and end around what it is given.
-  const auto bare = [&](const std::string& indent) {
-    const std::string text = indented(indent);
-    return text.substr(text.find('<'), text.find_last_not_of(" \t\r\n") + 1 - text.find('<'));
-  };
+void TProjectText::InsertAt(TElementText& layout, TTextEdits& edits, const TRowPath& at,
+                            const std::function<std::string(const std::string&)>& text) const {
+  const TProjectElement& holder = HolderAt(std::span(at).first(at.size() - 1));
+  const TProjectElement* list = ListOf(holder);
   if (list == nullptr) {
     const std::string outer = layout.ChildIndent(holder);
     const TProjectElement* last = holder.Children.empty() ? nullptr : &holder.Children.back();
     layout.InsertInto(holder, last,
-                      {"<Actions>" + layout.LineEnd() + outer + layout.Step() + bare(outer + layout.Step()) +
+                      {"<Actions>" + layout.LineEnd() + outer + layout.Step() + text(outer + layout.Step()) +
                        layout.LineEnd() + outer + "</Actions>"});
     return;
   }
   if (at.back() >= list->Children.size()) {
-    const std::string indent = layout.ChildIndent(*list);
-    layout.InsertInto(*list, list->Children.empty() ? nullptr : &list->Children.back(), {bare(indent)});
+    const TProjectElement* last = list->Children.empty() ? nullptr : &list->Children.back();
+    layout.InsertInto(*list, last, {text(layout.ChildIndent(*list))});
     return;
   }
   const TProjectElement& next = list->Children[at.back()];
+  const std::string indent = layout.IndentOf(next);
   if (StandsOnLines(next)) {
-    const std::string indent = layout.IndentOf(next);
-    edits.Insert(Lines(next, true).Begin, indent + bare(indent) + layout.LineEnd());
+    edits.Insert(Lines(next, true).Begin, indent + text(indent) + layout.LineEnd());
   } else {
-    edits.Insert(next.Whole.Begin, bare(layout.IndentOf(next)));
+    edits.Insert(next.Whole.Begin, text(indent));
   }
 }
 
-void TProjectText::MoveAction(const TActionPath& from, const TActionPath& to) {
-  const TProjectElement& moved = ActionAt(from);
-  if (to.empty()) throw EKxException(u"There is no such place for an action.");
+void TProjectText::InsertCopy(TElementText& layout, TTextEdits& edits, const TRowPath& at,
+                              const TProjectElement& copied) const {
+  const TByteSpan span = StandsOnLines(copied) ? Lines(copied, true) : copied.Whole;
+  // The beginning and the end of the line are there.
+  InsertAt(layout, edits, at, [&](const std::string& indent) {
+    const std::string text = Indented(copied, span, layout.IndentOf(copied).size(), indent);
+    return text.substr(text.find('<'), text.find_last_not_of(" \t\r\n") + 1 - text.find('<'));
+  });
+}
+
+void TProjectText::MoveRow(const TRowPath& from, const TRowPath& to) {
+  const TProjectElement& moved = RowAt(from);
+  RequirePlace(to);
   if (to.size() > from.size() && BeginsWith(to, from))
-    throw EKxException(u"A loop cannot be moved into itself.");
+    throw EKxException(u"What holds actions cannot be moved into itself.");
   const bool sameList = to.size() == from.size() && BeginsWith(to, std::span(from).first(from.size() - 1));
   if (sameList && (to.back() == from.back() || to.back() == from.back() + 1)) return;
   TTextEdits edits;
   TElementText layout(bytes_, edits);
-  InsertText(layout, edits, to, moved);
-  if (StandsOnLines(moved)) {
-    edits.Replace(Lines(moved, true), {});
-  } else {
-    edits.Replace(moved.Whole, {});
-  }
+  InsertCopy(layout, edits, to, moved);
+  edits.Replace(StandsOnLines(moved) ? Lines(moved, true) : moved.Whole, {});
   Apply(edits);
 }
 
-void TProjectText::CopyAction(const TActionPath& from, const TActionPath& to) {
-  const TProjectElement& copied = ActionAt(from);
-  if (to.empty()) throw EKxException(u"There is no such place for an action.");
+void TProjectText::CopyRow(const TRowPath& from, const TRowPath& to) {
+  const TProjectElement& copied = RowAt(from);
+  RequirePlace(to);
   TTextEdits edits;
   TElementText layout(bytes_, edits);
-  InsertText(layout, edits, to, copied);
+  InsertCopy(layout, edits, to, copied);
   Apply(edits);
 }
 
-void TProjectText::RemoveAction(const TActionPath& path) {
-  const TProjectElement& removed = ActionAt(path);
+void TProjectText::RemoveRow(const TRowPath& row) {
+  const TProjectElement& removed = RowAt(row);
   TTextEdits edits;
   edits.Replace(StandsOnLines(removed) ? Lines(removed, false) : removed.Whole, {});
   Apply(edits);
 }
 
-void TProjectText::SetActionAttribute(const TActionPath& path, std::u16string_view name,
-                                      std::optional<std::u16string_view> value) {
-  const TProjectElement& action = ActionAt(path);
-  const auto present = FindAttribute(bytes_, action, text::ToUtf8(name));
+void TProjectText::SetAttribute(const TRowPath& row, std::u16string_view name,
+                                std::optional<std::u16string_view> value) {
+  const TProjectElement& element = RowAt(row);
+  const auto present = FindAttribute(bytes_, element, text::ToUtf8(name));
   TTextEdits edits;
   const std::string text = value ? AttributeText(name, *value) : std::string();
   if (present) {
     edits.Replace(*present, text);
   } else if (value) {
-    const auto type = FindAttribute(bytes_, action, "Type"); // which every action has
-    edits.Insert(type->End, text);
+    // Behind the one that each of them has.
+    const auto first = FindAttribute(bytes_, element, IsGroup(element) ? "Name" : "Type");
+    edits.Insert(first->End, text);
   }
+  Apply(edits);
+}
+
+void TProjectText::AddGroup(std::u16string_view name, const TRowPath& at) {
+  if (text::Trim(name).empty()) throw EKxException(u"A group has a name.");
+  RequirePlace(at);
+  TTextEdits edits;
+  TElementText layout(bytes_, edits);
+  InsertAt(layout, edits, at, [&](const std::string& indent) {
+    return "<Group" + AttributeText(u"Name", name) + ">" + layout.LineEnd() + indent + "</Group>";
+  });
+  Apply(edits);
+}
+
+void TProjectText::DissolveGroup(const TRowPath& row) {
+  const TProjectElement& group = RowAt(row);
+  if (!IsGroup(group)) throw EKxException(u"That is no group.");
+  TTextEdits edits;
+  TElementText layout(bytes_, edits);
+  for (const auto& action : group.Children)
+    InsertCopy(layout, edits, row, action);
+  edits.Replace(StandsOnLines(group) ? Lines(group, false) : group.Whole, {});
   Apply(edits);
 }
 
@@ -226,7 +278,7 @@ const TProjectElement& TProjectText::ListNamed(std::u16string_view name) {
 
 void TProjectText::SetNamed(const TProjectElement& list, std::u16string_view element,
                             std::u16string_view name, std::optional<std::u16string_view> value) {
-  const TProjectElement* present = FindNamed(list, name);
+  const TProjectElement* present = list.Named(name);
   TTextEdits edits;
   TElementText layout(bytes_, edits);
   const std::string tag = text::ToUtf8(element);
@@ -265,7 +317,7 @@ void TProjectText::SetVariable(std::u16string_view name, std::optional<std::u16s
 
 const TProjectElement& TProjectText::RequireSet(std::u16string_view name) const {
   const TProjectElement* list = root_.Child(u"PropertySets");
-  const TProjectElement* set = list == nullptr ? nullptr : FindNamed(*list, name);
+  const TProjectElement* set = list == nullptr ? nullptr : list->Named(name);
   if (set == nullptr) RefuseMissing(u"property set", name);
   return *set;
 }

@@ -167,6 +167,13 @@ std::optional<std::u16string> TProjectElement::Attribute(std::u16string_view nam
   return found == Attributes.end() ? std::nullopt : std::optional(found->Value);
 }
 
+const TProjectElement* TProjectElement::Named(std::u16string_view name) const {
+  const auto found = std::ranges::find_if(Children, [&](const TProjectElement& child) {
+    return text::EqualsIgnoreCase(child.Attribute(u"Name").value_or(u""), name);
+  });
+  return found == Children.end() ? nullptr : &*found;
+}
+
 TProjectElement ParseProjectXml(std::string_view bytes, std::u16string_view fileName) {
   if (bytes.size() > MaximumSize) RefuseFile(fileName, 0, u"The file is too large for a build project.");
   const std::string_view xml = RequireUtf8(bytes, fileName);

@@ -31,6 +31,8 @@ struct TProjectElement {
 
   const TProjectElement* Child(std::u16string_view name) const; // the first; letter case counts
   std::optional<std::u16string> Attribute(std::u16string_view name) const;
+  // The first child whose attribute Name is this, whatever its letter case; null: there is none.
+  const TProjectElement* Named(std::u16string_view name) const;
 };
 
 // Reads the whole of a file. Raises EKxParseError with file and line: malformed XML, another encoding than

@@ -1,5 +1,6 @@
 #include "program/runner/References.h"
 
+#include "foundation/text/Text.h"
 #include "program/runner/Project.h"
 
 #include <algorithm>
@@ -57,7 +58,52 @@ std::optional<TReference> Call(std::u16string_view text) {
   return reference;
 }
 
+// The argument of a call with its quotes undone, and where each of its characters stands.
+struct TArgument {
+  std::u16string Text;
+  std::vector<std::size_t> At;
+};
+
+TArgument ArgumentOf(std::u16string_view call) {
+  TArgument argument;
+  const std::size_t open = call.find(u'"');
+  if (open == npos) return argument;
+  for (std::size_t at = open + 1; at < call.size(); ++at) {
+    if (call[at] == u'"' && call.substr(at + 1, 1) != u"\"") break;
+    argument.Text += call[at];
+    argument.At.push_back(at);
+    if (call[at] == u'"') ++at;
+  }
+  return argument;
+}
+
+std::u16string_view NamedBy(const TReference& reference, TNameKind kind) {
+  if (kind == TNameKind::Action) return reference.Action;
+  return reference.IsCall ? std::u16string_view() : reference.Name;
+}
+
 } // namespace
+
+std::vector<std::size_t> PlacesOfName(std::u16string_view text, TNameKind kind, std::u16string_view name) {
+  std::vector<std::size_t> places;
+  for (std::size_t at = text.find_first_of(u"%$"); at != npos; at = text.find_first_of(u"%$", at)) {
+    const auto reference = ReadReference(text.substr(at));
+    if (text.substr(at + 1, 1) == text.substr(at, 1) || !reference) {
+      at += text.substr(at + 1, 1) == text.substr(at, 1) ? 2 : 1; // it stands for itself
+      continue;
+    }
+    const std::u16string_view named = NamedBy(*reference, kind);
+    if (!named.empty() && text::EqualsIgnoreCase(named, name))
+      places.push_back(static_cast<std::size_t>(named.data() - text.data()));
+    if (reference->IsCall) {
+      const auto argument = ArgumentOf(reference->Written);
+      for (const std::size_t inside : PlacesOfName(argument.Text, kind, name))
+        places.push_back(at + argument.At[inside]);
+    }
+    at += reference->Written.size();
+  }
+  return places;
+}
 
 std::optional<TReference> ReadReference(std::u16string_view text) {
   if (text.starts_with(u'%')) return Variable(text, 1, u'%');

@@ -27,6 +27,11 @@ struct TTextPart {
 };
 std::vector<TTextPart> SplitReferences(std::u16string_view text);
 
+// Where the text names the variable or, in front of a function, the action: the positions of the name, in the
+// arguments of functions too. Letter case does not count.
+enum class TNameKind { Variable, Action };
+std::vector<std::size_t> PlacesOfName(std::u16string_view text, TNameKind kind, std::u16string_view name);
+
 // Every reference that `was` holds is in `is` too.
 bool KeepsReferences(std::u16string_view was, std::u16string_view is);
 

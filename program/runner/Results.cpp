@@ -14,7 +14,7 @@ struct TResultRow {
 };
 
 // In the order of TResultKind.
-constexpr std::array<TResultRow, 7> Rows{{
+constexpr std::array<TResultRow, 8> Rows{{
     {"succeeded", TStatusTag::stSuccess, true},
     {"failed", TStatusTag::stError, false},
     {"finished with failures", TStatusTag::stError, false},
@@ -22,6 +22,7 @@ constexpr std::array<TResultRow, 7> Rows{{
     {"ignored", TStatusTag::stWarning, false},
     {"nothing to do", TStatusTag::stNormal, true},
     {"would run", TStatusTag::stSuccess, true},
+    {"skipped", TStatusTag::stNormal, true},
 }};
 
 const TResultRow& RowOf(TResultKind kind) {

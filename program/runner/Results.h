@@ -5,6 +5,7 @@
 #include "program/findings/Finding.h"
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -25,6 +26,7 @@ enum class TResultKind {
   Ignored,     // it failed, which the project says not to mind
   NothingToDo, // it ended well without having done anything
   WouldRun,    // in a dry run: nothing stands in its way
+  Skipped,     // it was not run, for a reason that its row says
 };
 
 const char* WordOf(TResultKind kind);                             // "succeeded", "nothing to do"
@@ -83,7 +85,7 @@ struct TActionResult {
   int Nesting = 0;          // loops around it
   bool IsLoop = false;
   TResultKind Result = TResultKind::Failed;
-  std::u16string Reason = {}; // the rule that it broke, or InvalidSettings; else empty
+  std::u16string Reason = {}; // the rule that it broke, or one of those below; else empty
   TProblemCounts Counts = {};
   TTestCounts Tests = {};
   std::chrono::milliseconds Began{0}; // after the run began
@@ -93,6 +95,13 @@ struct TActionResult {
 
 // The reason of an action whose settings were refused, so that it was not executed.
 inline constexpr std::u16string_view InvalidSettings = u"settings";
+// The reasons of actions that were skipped.
+inline constexpr std::u16string_view ConditionNotMet = u"condition";
+inline constexpr std::u16string_view NeedsNotMet = u"needs";      // what it needs has not succeeded
+inline constexpr std::u16string_view NotNeededAgain = u"resumed"; // an earlier run has done it
+// The reasons of actions that were ended from here.
+inline constexpr std::u16string_view TimeLimitReached = u"time-limit";
+inline constexpr std::u16string_view IdleLimitReached = u"idle-limit";
 
 // What a run ran on and with. What could not be found out is empty.
 struct TRunSurroundings {
@@ -102,6 +111,12 @@ struct TRunSurroundings {
   std::u16string Branch = {};             // of it
   std::u16string CommandLine = {};        // of this program, secrets masked
   std::vector<std::u16string> Tools = {}; // "xbuild 14.0", in the order of their first use
+};
+
+// A run of one part of a project, whose other parts ran by themselves.
+struct TPartOfRun {
+  std::size_t Place = 0; // of its action among the outermost ones of the project
+  int Pass = 0;          // of that action, a loop, from 1; 0: all of it
 };
 
 struct TRunReport {
@@ -118,6 +133,7 @@ struct TRunReport {
   std::u16string File = {};                // the build project; empty for a run without one
   std::chrono::system_clock::time_point Began = {};
   TRunSurroundings Surroundings = {};
+  std::optional<TPartOfRun> Part = {};    // nothing: it is a run of the whole
   std::shared_ptr<const TPast> Past = {}; // null without a history
 };
 

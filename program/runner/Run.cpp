@@ -14,8 +14,16 @@ TProjectRunner::~TProjectRunner() = default;
 TProject& TProjectRunner::Project() {
   return engine_->Project;
 }
+void TProjectRunner::Choose(TRunChoice choice) {
+  engine_->Choice = std::move(choice);
+}
+
 void TProjectRunner::AddSink(IRunEventSink& sink) {
   engine_->Log.AddSink(sink);
+}
+
+void TProjectRunner::RemoveSink(IRunEventSink& sink) {
+  engine_->Log.RemoveSink(sink);
 }
 
 void TProjectRunner::WhenFound(std::function<void(std::size_t place, TFinding finding)> onFinding) {
@@ -41,6 +49,13 @@ text::TStringList TProjectRunner::FilesToChange() const {
   return kx::FilesToChange(engine_->Project);
 }
 
+void TProjectRunner::InPass(const TKxBaseIterator& loop, std::u16string_view value,
+                            const std::function<void()>& look) {
+  const TVariables::TLoopScope scope(engine_->Variables, loop.GetLoopVariable());
+  engine_->Variables.Set(loop.GetLoopVariable(), value);
+  look();
+}
+
 std::vector<TValidationNote> TProjectRunner::CheckFilesToChange() {
   auto notes = kx::CheckFilesToChange(engine_->Project);
   for (auto& note : notes) {
@@ -48,6 +63,10 @@ std::vector<TValidationNote> TProjectRunner::CheckFilesToChange() {
     engine_->Log.Secrets().Mask(note.Message);
   }
   return notes;
+}
+
+void TProjectRunner::CountUp() {
+  engine_->CountUp();
 }
 
 TRunReport TProjectRunner::Run() {
@@ -64,7 +83,7 @@ void TProjectRunner::StartMessageGroup(TCustomKxAction& /*action*/, std::u16stri
 }
 
 void TProjectRunner::EndMessageGroup(TCustomKxAction& /*action*/, std::optional<TStatusTag> status) {
-  engine_->Log.EndGroup(status);
+  engine_->EndGroup(status);
 }
 
 void TProjectRunner::SendMetric(TCustomKxAction& action, const TKxMetric& metric) {
@@ -136,7 +155,7 @@ std::shared_ptr<IKxProcess> TProjectRunner::NewProcess(TCustomKxAction& /*action
 }
 
 const TKxEvent& TProjectRunner::Stop() const {
-  return engine_->StopSignal;
+  return engine_->Stop();
 }
 
 bool TProjectRunner::RunChildren(TKxBaseIterator& iterator) {

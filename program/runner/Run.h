@@ -10,6 +10,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -28,6 +29,17 @@ struct TRunSettings {
   std::shared_ptr<TSecretMask> Secrets = {}; // what is masked beside the secrets of the actions; may be null
 };
 
+// Which of a project's actions a run is of, and how it takes their needs.
+struct TRunChoice {
+  // Places in TProject::Actions(), ascending; the others are not run and do not appear. Nothing: all of them.
+  std::optional<std::vector<std::size_t>> Only = {};
+  int OnlyPass = 0;          // of the loops in Only: the one pass that is run, from 1; 0: all of them
+  bool WithoutNeeds = false; // whoever runs this has seen to them: the order is that of the file
+  bool KeepGoing = false;    // a failure holds up only what needs it
+  bool NumbersAreCounted =
+      false; // CountUp has done it, here or in another process: the run counts nothing up
+};
+
 // Owns the project, since its actions are attached to this host. Fill Project() (by hand or by TProjectFile),
 // then run it, any number of times. One thread; only the stop signal may be raised from elsewhere.
 class TProjectRunner : public IKxActionHost {
@@ -37,7 +49,9 @@ public:
   ~TProjectRunner() override;
 
   TProject& Project();
-  void AddSink(IRunEventSink& sink); // outlives the runner
+  void Choose(TRunChoice choice);    // for the runs from now on
+  void AddSink(IRunEventSink& sink); // outlives the runner, or is removed
+  void RemoveSink(IRunEventSink& sink);
   // Called during a run, on its thread, with each thing that is wrong and its place among all of the report,
   // when it comes, comes again or gets a step, before the event that it is of. It has no fingerprint yet.
   void WhenFound(std::function<void(std::size_t place, TFinding finding)> onFinding);
@@ -48,13 +62,20 @@ public:
   std::vector<TValidationEntry> Validate();
   // The files that the actions would change, as far as it can be told beforehand.
   text::TStringList FilesToChange() const;
+  // Calls `look` while the loop's variable has this value, as in one of its passes.
+  void InPass(const TKxBaseIterator& loop, std::u16string_view value, const std::function<void()>& look);
   // What stands in the way of the files that the actions would change, as far as it can be told beforehand.
   std::vector<TValidationNote> CheckFilesToChange();
 
-  // Runs the actions in order. Each is asked for its settings first; what it finds wrong fails it, and it is
-  // not executed. The first action that fails ends the run, unless the project says otherwise (TOnFailure). A
-  // stop request made before this call is forgotten; one made during it ends the current action, and nothing
-  // more is started.
+  // Counts up and stores what a run would, once for each action that its settings (Only) and its condition
+  // let run. For runs whose actions have no order of their own; Run calls it for them itself. Raises
+  // EKxException when the numbers cannot be stored.
+  void CountUp();
+
+  // Runs the actions in the order that their needs and the file give them. Each is asked for its settings
+  // first; what it finds wrong fails it, and it is not executed. The first action that fails ends the run,
+  // unless the project says otherwise (TOnFailure). A stop request made before this call is forgotten; one
+  // made during it ends the current action, and nothing more is started.
   TRunReport Run();
 
   void SendMessage(TCustomKxAction& action, std::u16string_view text, TStatusTag status) override;

@@ -2,58 +2,22 @@
 
 #include "contract/Services.h"
 #include "foundation/platform/Files.h"
-#include "foundation/platform/Process.h"
 #include "foundation/text/WindowsPath.h"
 #include "program/findings/SourceFiles.h"
+#include "program/runner/ActionGraph.h"
+#include "program/runner/Conditions.h"
 #include "program/runner/DryRun.h"
-#include "program/runner/ProjectFile.h"
+#include "program/runner/Messages.h"
 #include "program/runner/Surroundings.h"
-#include "program/runner/TestSuites.h"
 #include "program/runner/Validation.h"
 
 #include <algorithm>
+#include <map>
+#include <utility>
 
 namespace kx {
 
 namespace {
-
-// A process during which what the action says are the words of its tool.
-class TToolProcess : public IKxProcess {
-public:
-  // `onFault` gets what is to be said about a tool that did not end by itself.
-  TToolProcess(std::shared_ptr<IKxProcess> process, int& running,
-               std::function<void(const std::u16string& text)> onFault)
-      : process_(std::move(process)), running_(running), onFault_(std::move(onFault)) {}
-  TKxProcessSettings& Settings() override { return process_->Settings(); }
-  int GetExitCode() const override { return process_->GetExitCode(); }
-  void Run() override {
-    RunTool();
-    if (GetExitCode() == ExitCodeTerminated) return;
-    if (const std::u16string fault = platform::FaultOfExitCode(GetExitCode()); !fault.empty())
-      onFault_(Settings().Executable + u" was ended by " + fault + u".");
-  }
-
-private:
-  class TRunning {
-  public:
-    explicit TRunning(int& count) : count_(++count) {}
-    ~TRunning() { --count_; }
-    TRunning(const TRunning&) = delete;
-    TRunning& operator=(const TRunning&) = delete;
-
-  private:
-    int& count_;
-  };
-
-  void RunTool() {
-    const TRunning running(running_);
-    process_->Run();
-  }
-
-  std::shared_ptr<IKxProcess> process_;
-  int& running_;
-  std::function<void(const std::u16string& text)> onFault_;
-};
 
 // While it lives, every change of a file goes to `files` (none: to the files themselves).
 class TFileUpdatesScope {
@@ -71,6 +35,13 @@ private:
   TKxServices before_;
 };
 
+// Of its outermost actions, of which it has some.
+bool WasAllSkipped(const TRunReport& report) {
+  return !report.Actions.empty() && std::ranges::all_of(report.Actions, [](const TActionResult& action) {
+    return action.Result == TResultKind::Skipped;
+  });
+}
+
 } // namespace
 
 TRunEngine::TRunEngine(const TServiceRegistry& services, TKxEvent& stop, TRunSettings settings,
@@ -81,6 +52,35 @@ TRunEngine::TRunEngine(const TServiceRegistry& services, TKxEvent& stop, TRunSet
       commandLine_(std::move(settings.CommandLine)), rules_(std::move(settings.Rules)),
       isDryRun_(settings.DryRun) {}
 
+std::vector<std::size_t> TRunEngine::Places() const {
+  return Choice.Only ? *Choice.Only : AllPlaces(Project);
+}
+
+void TRunEngine::CountUp() {
+  if (Choice.NumbersAreCounted) return;
+  isCounted_ = false;
+  for (const std::size_t place : Places()) {
+    const TActionNode& node = *Project.Actions().at(place);
+    if (WouldBeSkipped(node)) continue;
+    CountUp(node);
+  }
+}
+
+// A faulty condition is told of when the action's turn comes.
+bool TRunEngine::WouldBeSkipped(const TActionNode& node) const {
+  try {
+    return !Holds(node);
+  } catch (const std::exception&) {
+    return true;
+  }
+}
+
+void TRunEngine::CountUp(const TActionNode& node) {
+  node.Action().CountUp();
+  for (const auto& child : node.Children())
+    CountUp(*child);
+}
+
 TRunReport TRunEngine::Run() {
   TDryRunFiles dryRunFiles(DryRunMessages());
   const TFileUpdatesScope files(isDryRun_ ? &dryRunFiles : nullptr);
@@ -90,6 +90,8 @@ TRunReport TRunEngine::Run() {
   report_ = {};
   report_.Began = std::chrono::system_clock::now();
   report_.File = Project.FileName;
+  if (Choice.WithoutNeeds && Choice.Only && Choice.Only->size() == 1)
+    report_.Part = TPartOfRun{.Place = Choice.Only->front(), .Pass = Choice.OnlyPass};
   report_.Surroundings = SurroundingsOf(OwnFolder());
   report_.Surroundings.CommandLine = commandLine_;
   findings_ = {};
@@ -100,6 +102,8 @@ TRunReport TRunEngine::Run() {
     });
   hasExecuted_ = false;
   hasFailures_ = false;
+  isCounted_ = Choice.NumbersAreCounted;
+  isGraphRefused_ = false;
   shown_ = 0;
   UpdateCounts();
   bool succeeded = true;
@@ -108,13 +112,16 @@ TRunReport TRunEngine::Run() {
   } else {
     TStopWatcher watcher(StopSignal);
     watcher_ = &watcher;
-    succeeded = RunNodes(Project.Actions());
+    succeeded = RunParts();
     watcher_ = nullptr;
   }
-  const TResultKind end = hasFailures_ ? TResultKind::FinishedWithFailures : SuccessKind();
+  const TResultKind end = hasFailures_             ? TResultKind::FinishedWithFailures
+                          : WasAllSkipped(report_) ? TResultKind::NothingToDo
+                                                   : SuccessKind();
   report_.Result = succeeded && !StopSignal.IsRaised() ? end : FailureKind();
   const auto wasRefused = [](const TActionResult& result) { return result.Reason == InvalidSettings; };
-  report_.NothingExecuted = !hasExecuted_ && std::ranges::any_of(report_.Actions, wasRefused);
+  report_.NothingExecuted =
+      !hasExecuted_ && (isGraphRefused_ || std::ranges::any_of(report_.Actions, wasRefused));
   // What has not begun has not finished.
   if (report_.NothingExecuted && !IsSuccess(report_.Result)) report_.Result = FailureKind();
   report_.Elapsed = ElapsedSince(start_);
@@ -128,14 +135,65 @@ std::u16string TRunEngine::OwnFolder() const {
   return Project.FileName.empty() ? platform::CurrentDirectory() : text::ExtractFileDir(Project.FileName);
 }
 
+TSchedule TRunEngine::MakeSchedule(const std::vector<std::size_t>& places, const TActionGraph* graph) const {
+  std::map<std::size_t, std::size_t> order; // in the schedule, by place
+  for (std::size_t i = 0; i < places.size(); ++i)
+    order.emplace(places[i], i);
+  std::vector<TScheduled> parts;
+  for (std::size_t i = 0; i < places.size(); ++i) {
+    parts.push_back({{}, i, Project.Actions().at(places[i])->OnFailure()});
+    if (graph == nullptr) continue;
+    for (const TActionNeed& need : graph->NeedsOf(places[i]))
+      if (const auto part = order.find(need.Action); part != order.end())
+        parts.back().Needs.push_back({part->second, need.MustSucceed});
+  }
+  return TSchedule(std::move(parts), Choice.KeepGoing);
+}
+
+// The actions of the outermost level.
+bool TRunEngine::RunParts() {
+  const auto places = Places();
+  std::optional<TActionGraph> graph;
+  try {
+    if (!Choice.WithoutNeeds) graph.emplace(Project);
+    if (graph && !isCounted_ && !graph->IsPlain()) {
+      CountUp();
+      isCounted_ = true;
+    }
+  } catch (const EKxException& error) {
+    isGraphRefused_ = true;
+    Say({error.Message(), TStatusTag::stError});
+    return false;
+  }
+  TSchedule schedule = MakeSchedule(places, graph ? &*graph : nullptr);
+  bool succeeded = true;
+  while (const auto part = StopSignal.IsRaised() ? std::nullopt : schedule.Next()) {
+    const TActionNode& node = *Project.Actions()[places[*part]];
+    if (node.Iterator() != nullptr) node.Iterator()->SetOnlyPass(Choice.OnlyPass);
+    const TResultKind kind = RunNode(node);
+    schedule.End(*part, kind);
+    const bool isFine = IsSuccess(kind) || kind == TResultKind::Ignored;
+    succeeded = succeeded && GoesOnBehind(kind, node.OnFailure());
+    hasFailures_ = hasFailures_ || (!isFine && GoesOnBehind(kind, node.OnFailure()));
+  }
+  if (!schedule.IsCutShort() && !StopSignal.IsRaised()) SkipHeldUp(schedule, places);
+  return succeeded;
+}
+
+// What has not run although the run went on.
+void TRunEngine::SkipHeldUp(const TSchedule& schedule, const std::vector<std::size_t>& places) {
+  for (const std::size_t part : schedule.NotRun()) {
+    Begin(*Project.Actions()[places[part]]);
+    const std::size_t need = places[schedule.RefusedBy(part).value()];
+    Skip(NeedsNotMet, NeedNotMet(Project.Actions()[need]->DisplayName()));
+  }
+}
+
 bool TRunEngine::RunNodes(const std::vector<std::unique_ptr<TActionNode>>& nodes) {
   for (const auto& node : nodes) {
     if (StopSignal.IsRaised()) return false;
     const TResultKind kind = RunNode(*node);
-    if (IsSuccess(kind) || kind == TResultKind::Ignored) continue;
-    if (kind == TResultKind::Stopped) return false;
-    if (kind == TResultKind::Failed && node->OnFailure() == TOnFailure::Stop) return false;
-    hasFailures_ = hasFailures_ || frames_.empty();
+    if (!GoesOnBehind(kind, node->OnFailure())) return false;
   }
   return true;
 }
@@ -152,7 +210,37 @@ TResultKind TRunEngine::RunNode(const TActionNode& node) {
   const TKxBaseIterator* loop = node.Iterator();
   const TVariables::TLoopScope scope(Variables, loop == nullptr ? u"" : loop->GetLoopVariable());
   Begin(node);
-  return Finish(CheckSettings(node) && Execute(node));
+  const auto holds = ConditionHolds(node);
+  if (holds == false)
+    return Skip(ConditionNotMet, u"Skipped: its condition does not hold: " + node.Terms().Condition);
+  if (holds != true || !CheckSettings(node)) {
+    frames_.back().Execution.Breach(InvalidSettings);
+    return Finish(KindOf(frames_.back().Execution, false));
+  }
+  const bool returned = AttemptAll(node);
+  return Finish(KindOf(frames_.back().Execution, returned));
+}
+
+bool TRunEngine::Holds(const TActionNode& node) const {
+  const std::u16string& condition = node.Terms().Condition;
+  return text::Trim(condition).empty() || TCondition(condition).Holds([&](std::u16string_view reference) {
+    return Expressions.Expand(node.Action(), reference);
+  });
+}
+
+std::optional<bool> TRunEngine::ConditionHolds(const TActionNode& node) {
+  try {
+    return Holds(node);
+  } catch (const std::exception& error) {
+    Say({u"Condition : " + MessageOf(error), TStatusTag::stError});
+    return std::nullopt;
+  }
+}
+
+TResultKind TRunEngine::Skip(std::u16string_view reason, std::u16string message) {
+  Say({std::move(message), TStatusTag::stNormal});
+  frames_.back().Execution.Skip(reason);
+  return Finish(TResultKind::Skipped);
 }
 
 void TRunEngine::Begin(const TActionNode& node) {
@@ -182,7 +270,6 @@ bool TRunEngine::CheckSettings(const TActionNode& node) {
     Say(message);
   for (const auto& entry : entries)
     Say({entry.Page.empty() ? entry.Message : entry.Page + u" : " + entry.Message, TStatusTag::stError});
-  frames_.back().Execution.Breach(InvalidSettings);
   return false;
 }
 
@@ -198,14 +285,85 @@ bool TRunEngine::Execute(const TActionNode& node) {
   return false;
 }
 
-TResultKind TRunEngine::Finish(bool returned) {
-  watcher_->Leave();
+// Under the limits of the action, if it has any: a dry run waits for nothing.
+bool TRunEngine::Attempt(const TActionNode& node) {
+  const TActionTerms& terms = node.Terms();
+  lastTool_.clear();
+  firstError_.clear();
+  if (isDryRun_ || (terms.TimeLimit.count() == 0 && terms.IdleLimit.count() == 0)) {
+    const bool returned = Execute(node);
+    EndAttempt(returned);
+    return returned;
+  }
+  TLimitWatch watch(Stop(), limit_, terms.TimeLimit, terms.IdleLimit, [this] { watcher_->Tell(); });
+  TLimitWatch* const above = std::exchange(limit_, &watch);
+  const bool returned = Execute(node);
+  if (!StopSignal.IsRaised() && watch.Reached() != TLimitKind::None) SayLimit(node, watch.Reached());
+  EndAttempt(returned);
+  limit_ = above;
+  return returned;
+}
+
+// What is said and found in an attempt behind which there may be another is no error yet.
+bool TRunEngine::AttemptAll(const TActionNode& node) {
+  const int attempts = isDryRun_ ? 1 : 1 + node.Terms().Retries;
+  for (int attempt = 1; attempt < attempts; ++attempt) {
+    if (attempt > 1) SayAttempt(attempt, attempts);
+    findings_.BeginAttempt();
+    ++attemptsAhead_;
+    const bool returned = Attempt(node);
+    --attemptsAhead_;
+    const bool counts = (returned && !frames_.back().Execution.IsBreached()) || Stop().IsRaised();
+    findings_.EndAttempt(counts);
+    if (counts) return returned;
+    TakeBack(attempt, attempts);
+  }
+  if (attempts > 1) SayAttempt(attempts, attempts);
+  return Attempt(node);
+}
+
+void TRunEngine::SayAttempt(int attempt, int attempts) {
+  Say({u"Attempt " + text::FromInteger(attempt) + u" of " + text::FromInteger(attempts),
+       TStatusTag::stNormal});
+}
+
+// The attempt has failed, and does not count: one warning says that it was made.
+void TRunEngine::TakeBack(int attempt, int attempts) {
+  const std::u16string why = firstError_;
+  report_.Actions.resize(frames_.back().Place); // those of its passes
+  TExecution& execution = frames_.back().Execution;
+  execution.BeginAnew();
+  for (int before = 1; before < attempt; ++before)
+    execution.Take(TStatusTag::stWarning, false); // as it was said of them
+  Say({u"Warning : Attempt " + text::FromInteger(attempt) + u" of " + text::FromInteger(attempts) +
+           u" failed, and another one follows" + (why.empty() ? u"." : u": " + why),
+       TStatusTag::stWarning});
+}
+
+void TRunEngine::SayLimit(const TActionNode& node, TLimitKind reached) {
+  const bool isTime = reached == TLimitKind::Time;
+  std::u16string text =
+      isTime ? u"The action was ended: its time limit of " + LimitText(node.Terms().TimeLimit) + u" is over."
+             : u"The action was ended: it had said nothing for " + LimitText(node.Terms().IdleLimit) +
+                   u", its idle limit.";
+  const std::u16string tool = text::ExtractFileName(lastTool_);
+  if (!isTime && text::EqualsIgnoreCase(text::ChangeFileExt(tool, u""), u"devenv"))
+    text += u" The likely cause: " + tool + u" shows a dialog that nobody sees and waits for an answer.";
+  Say({std::move(text), TStatusTag::stError});
+  frames_.back().Execution.Breach(isTime ? TimeLimitReached : IdleLimitReached);
+}
+
+void TRunEngine::EndAttempt(bool returned) {
   TExecution& execution = frames_.back().Execution;
   execution.EndConfiguration(FailureKind());
   if (returned) Judge(execution);
   if (!returned && execution.Counts().Errors == 0 && !StopSignal.IsRaised())
     Say({u"The action failed without a message.", TStatusTag::stError});
-  const TResultKind kind = KindOf(execution, returned);
+}
+
+TResultKind TRunEngine::Finish(TResultKind kind) {
+  watcher_->Leave();
+  TExecution& execution = frames_.back().Execution;
   findings_.EndAction();
   const std::size_t place = frames_.back().Place;
   TActionResult result = execution.Finish(kind);
@@ -220,207 +378,6 @@ TResultKind TRunEngine::Finish(bool returned) {
   report_.Actions.insert(report_.Actions.begin() + static_cast<std::ptrdiff_t>(place), result);
   Log.EndAction(std::move(result));
   return kind;
-}
-
-// --- The verdict ---
-
-TResultKind TRunEngine::KindOf(const TExecution& execution, bool returned) const {
-  TResultKind kind = SuccessKind();
-  if (!returned || execution.IsBreached())
-    kind = FailureKind();
-  else if (execution.HasFailedChild())
-    kind = TResultKind::FinishedWithFailures;
-  else if (execution.HadNothingToDo())
-    kind = TResultKind::NothingToDo;
-  const bool isIgnored = execution.Node().OnFailure() == TOnFailure::Ignore;
-  return isIgnored && !IsSuccess(kind) && kind != TResultKind::Stopped ? TResultKind::Ignored : kind;
-}
-
-TRuleSeverity TRunEngine::SeverityOf(std::u16string_view rule) const {
-  const TVerdictRule* known = FindVerdictRule(rule);
-  if (isDryRun_ && known != nullptr && known->NeedsRun) return TRuleSeverity::Off;
-  if (const auto set = rules_.Find(rule)) return *set;
-  if (const auto set = Project.Rules.Find(rule)) return *set;
-  return known != nullptr ? known->Default : TRuleSeverity::Error; // a rule of a plug-in's own
-}
-
-bool TRunEngine::Report(std::u16string_view rule, std::u16string_view message) {
-  const TRuleSeverity severity = SeverityOf(rule);
-  if (severity == TRuleSeverity::Off) return false;
-  const std::u16string text = std::u16string(message) + u" (rule " + std::u16string(rule) + u")";
-  const bool isError = severity == TRuleSeverity::Error;
-  TFinding finding = FindingHere();
-  finding.Rule = rule;
-  finding.Severity = isError ? TFindingSeverity::Error : TFindingSeverity::Warning;
-  finding.Message = OneLine(message);
-  findings_.Add(std::move(finding));
-  Show({isError ? text : u"Warning : " + text, isError ? TStatusTag::stError : TStatusTag::stWarning});
-  return isError;
-}
-
-void TRunEngine::ReportBreach(std::u16string_view rule, std::u16string_view message) {
-  if (Report(rule, message)) frames_.back().Execution.Breach(rule);
-}
-
-void TRunEngine::JudgeErrors(const TExecution& execution) {
-  const std::int64_t errors = execution.AnalysedErrors();
-  if (errors == 0) return;
-  ReportBreach(KxVerdictRules::ErrorsCounted, text::FromInteger(errors) +
-                                                  (errors == 1 ? u" error was" : u" errors were") +
-                                                  u" counted although the tool reports success.");
-}
-
-// Of an action that returned True.
-void TRunEngine::Judge(const TExecution& execution) {
-  JudgeErrors(execution);
-  if (const auto* failed = execution.FailedConfiguration(); failed != nullptr && !execution.IsBreached())
-    ReportBreach(KxVerdictRules::FailedConfiguration,
-                 u"The configuration " + failed->Configuration + u" failed, although a later one succeeded.");
-}
-
-// --- What the actions say ---
-
-TExecution* TRunEngine::Current(const TCustomKxAction& action) {
-  return Innermost() == &action ? &frames_.back().Execution : nullptr;
-}
-
-TCustomKxAction* TRunEngine::Innermost() {
-  return frames_.empty() ? nullptr : &frames_.back().Execution.Node().Action();
-}
-
-const TKxBaseIterator* TRunEngine::InnermostLoop() const {
-  const auto found = std::find_if(frames_.rbegin(), frames_.rend(), [](const TFrame& frame) {
-    const TKxBaseIterator* loop = frame.Execution.Node().Iterator();
-    return loop != nullptr && loop->GetCurrentIteration() > 0;
-  });
-  return found == frames_.rend() ? nullptr : found->Execution.Node().Iterator();
-}
-
-std::u16string TRunEngine::PassOf(const TKxBaseIterator& loop) const {
-  const auto value = Variables.Find(loop.GetLoopVariable());
-  return value ? value->Text : text::FromInteger(loop.GetCurrentIteration());
-}
-
-void TRunEngine::Say(TMessageSent message) {
-  if (held_) {
-    held_->push_back(std::move(message));
-    return;
-  }
-  if (toolsRunning_ > 0)
-    TakeToolLine(message.Text);
-  else if (message.Status == TStatusTag::stWarning || message.Status == TStatusTag::stError)
-    findings_.TakeOwn(message.Text, message.Status, FindingHere());
-  Show(std::move(message));
-}
-
-void TRunEngine::TakeToolLine(std::u16string_view line) {
-  TToolProjects* projects = frames_.back().Execution.OpenProjects();
-  if (projects != nullptr) projects->Read(line, TRunClock::now());
-  findings_.TakeToolLine(line, [&](TFinding& finding) {
-    SayWhere(finding);
-    if (projects != nullptr) projects->Count(line, finding);
-  });
-}
-
-void TRunEngine::Show(TMessageSent message) {
-  if (frames_.empty()) {
-    TProblemTally tally;
-    tally.Take(message.Status, false);
-    report_.Counts += tally.Counts();
-  } else {
-    frames_.back().Execution.Take(message.Status, toolsRunning_ > 0);
-  }
-  UpdateCounts();
-  ++shown_;
-  Log.Send(std::move(message));
-}
-
-void TRunEngine::Take(const TCustomKxAction& action, const TKxMetric& metric) {
-  TExecution* execution = Current(action);
-  if (execution == nullptr) return;
-  execution->Take(metric);
-  UpdateCounts();
-  const auto* configuration = execution->OpenConfiguration();
-  Log.Send({metric, configuration == nullptr ? std::u16string() : configuration->Configuration});
-  if (const std::u16string* xml = TestSuiteXml(metric)) NameFailedTests(*xml);
-}
-
-void TRunEngine::NameFailedTests(const std::u16string& xml) {
-  const auto suite = ReadTestSuite(xml);
-  if (!suite) return;
-  frames_.back().Execution.Take(suite->Counts());
-  for (const auto& test : suite->Tests)
-    if (test.Failed) {
-      findings_.TakeFailedTest(test, FindingHere());
-      Show({u"Test failed : " + test.Name + (test.Message.empty() ? u"" : u" : " + test.Message),
-            TStatusTag::stError});
-    }
-}
-
-void TRunEngine::SayWhere(TFinding& finding) const {
-  finding.Said = shown_ + 1; // what tells it is shown next
-  if (frames_.empty()) return;
-  const TExecution& execution = frames_.back().Execution;
-  finding.Action = NameWithPass(execution.Result().Name, execution.Result().Pass);
-  if (const auto* open = execution.OpenConfiguration()) finding.Configuration = open->Configuration;
-}
-
-TFinding TRunEngine::FindingHere() const {
-  TFinding finding;
-  SayWhere(finding);
-  return finding;
-}
-
-void TRunEngine::StartConfiguration(const TCustomKxAction& action, std::u16string_view name) {
-  TExecution* execution = Current(action);
-  if (execution == nullptr) return;
-  execution->StartConfiguration(name);
-  findings_.BeginTool();
-}
-
-void TRunEngine::EndConfiguration(const TCustomKxAction& action, TKxOutcome outcome) {
-  TExecution* execution = Current(action);
-  if (execution == nullptr || execution->OpenConfiguration() == nullptr) return;
-  if (outcome != TKxOutcome::koFailed) JudgeErrors(*execution);
-  TResultKind kind = outcome == TKxOutcome::koNothingToDo ? TResultKind::NothingToDo : SuccessKind();
-  if (outcome == TKxOutcome::koFailed || !execution->OpenConfiguration()->Reason.empty())
-    kind = FailureKind();
-  execution->EndConfiguration(kind);
-  UpdateCounts();
-}
-
-TToolProjects* TRunEngine::OpenProjects(const TCustomKxAction& action) {
-  TExecution* execution = Current(action);
-  return execution == nullptr ? nullptr : execution->OpenProjects();
-}
-
-void TRunEngine::ChangeStored(const TCustomKxAction& action, std::span<const std::u16string_view> properties,
-                              const std::function<void()>& change) {
-  const TActionNode* node = File == nullptr || isDryRun_ ? nullptr : Project.FindNode(action);
-  if (node == nullptr) {
-    change();
-    return;
-  }
-  TSavePatience patience;
-  patience.Say = [this](const std::u16string& message) { Say({message, TStatusTag::stNormal}); };
-  patience.GoesOn = [this] { return !StopSignal.IsRaised(); };
-  const auto stored = File->Change(*node, properties, change, patience);
-  if (!stored) throw EKxException(u"The numbers cannot be stored, so they are not used. " + stored.Message());
-}
-
-void TRunEngine::UpdateCounts() {
-  TProblemCounts counts = report_.Counts;
-  for (const auto& frame : frames_)
-    counts += frame.Execution.Counts();
-  Log.SetCounts(counts);
-}
-
-std::shared_ptr<IKxProcess> TRunEngine::NewProcess() {
-  return std::make_shared<TToolProcess>(isDryRun_ ? NewDryRunProcess(DryRunMessages())
-                                                  : NewSystemProcess(StopSignal),
-                                        toolsRunning_, [this](const std::u16string& text) {
-                                          Say({u"Warning : " + text, TStatusTag::stWarning});
-                                        });
 }
 
 } // namespace kx

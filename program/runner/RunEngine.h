@@ -1,12 +1,15 @@
 // The run of a project's actions, and the verdict over it.
 #pragma once
 
+#include "program/runner/ActionGraph.h"
 #include "program/runner/EventLog.h"
 #include "program/runner/Execution.h"
 #include "program/runner/Expressions.h"
+#include "program/runner/LimitWatch.h"
 #include "program/runner/Project.h"
 #include "program/runner/Run.h"
 #include "program/runner/RunFindings.h"
+#include "program/runner/Schedule.h"
 #include "program/runner/StopWatcher.h"
 #include "program/runner/Variables.h"
 
@@ -25,6 +28,7 @@ public:
   // `host` is what the actions see of it.
   TRunEngine(const TServiceRegistry& services, TKxEvent& stop, TRunSettings settings, IKxActionHost& host);
 
+  void CountUp(); // as TProjectRunner
   TRunReport Run();
   bool RunChildren(const TKxBaseIterator& loop);
   bool IsRunning() const { return !frames_.empty(); }
@@ -37,11 +41,14 @@ public:
   void EndConfiguration(const TCustomKxAction& action, TKxOutcome outcome);
   TToolProjects* OpenProjects(const TCustomKxAction& action); // of the open configuration; else null
   void ReportBreach(std::u16string_view rule, std::u16string_view message); // of the innermost
+  void EndGroup(std::optional<TStatusTag> status);
 
   void ChangeStored(const TCustomKxAction& action, std::span<const std::u16string_view> properties,
                     const std::function<void()>& change); // as IKxActionHost
 
   std::shared_ptr<IKxProcess> NewProcess();
+  // What ends the innermost action: the user's stop or a limit.
+  const TKxEvent& Stop() const { return limit_ == nullptr ? StopSignal : limit_->Signal(); }
 
   const TServiceRegistry& Services;
   TKxEvent& StopSignal;
@@ -50,15 +57,23 @@ public:
   TVariables Variables;
   TExpressionEngine Expressions;
   TEventLog Log;
+  TRunChoice Choice;
   std::function<void(std::size_t place, TFinding finding)> OnFinding; // as TProjectRunner::WhenFound
   TProjectFile* File = nullptr; // stores what actions change; null: nothing does
 
 private:
   struct TFrame {
     TExecution Execution;
-    std::size_t Place; // in the report
+    std::size_t Place;                        // in the report
+    std::vector<std::u16string> Counted = {}; // stored properties that an attempt has counted up
   };
 
+  std::vector<std::size_t> Places() const; // of the actions that are to be run
+  void CountUp(const TActionNode& node);
+  bool HasCounted(std::span<const std::u16string_view> properties) const;
+  void NoteCounted(std::span<const std::u16string_view> properties);
+  bool Holds(const TActionNode& node) const; // its condition; raises EExpressionError
+  bool WouldBeSkipped(const TActionNode& node) const;
   std::u16string OwnFolder() const; // of the project
   const TKxBaseIterator* InnermostLoop() const;
   std::u16string PassOf(const TKxBaseIterator& loop) const;
@@ -66,12 +81,24 @@ private:
   void Show(TMessageSent message);        // in the log, counted
   void SayWhere(TFinding& finding) const; // the action and the configuration that are under way
   TFinding FindingHere() const;           // one of them
+  bool RunParts();
+  // Without a graph there are no needs.
+  TSchedule MakeSchedule(const std::vector<std::size_t>& places, const TActionGraph* graph) const;
+  void SkipHeldUp(const TSchedule& schedule, const std::vector<std::size_t>& places);
   bool RunNodes(const std::vector<std::unique_ptr<TActionNode>>& nodes);
   TResultKind RunNode(const TActionNode& node);
   void Begin(const TActionNode& node);
+  std::optional<bool> ConditionHolds(const TActionNode& node); // nothing: it is faulty, as the log says
+  TResultKind Skip(std::u16string_view reason, std::u16string message);
   bool CheckSettings(const TActionNode& node);
   bool Execute(const TActionNode& node);
-  TResultKind Finish(bool returned);
+  bool Attempt(const TActionNode& node);
+  bool AttemptAll(const TActionNode& node);
+  void SayAttempt(int attempt, int attempts);
+  void TakeBack(int attempt, int attempts);
+  void SayLimit(const TActionNode& node, TLimitKind reached);
+  void EndAttempt(bool returned);
+  TResultKind Finish(TResultKind kind);
 
   TExecution* Current(const TCustomKxAction& action); // null unless it is the innermost
   TRuleSeverity SeverityOf(std::u16string_view rule) const;
@@ -104,6 +131,12 @@ private:
   std::int64_t shown_ = 0;                        // messages of this run
   std::optional<std::vector<TMessageSent>> held_; // while an action is asked for its settings
   TStopWatcher* watcher_ = nullptr;               // while a run is under way
+  TLimitWatch* limit_ = nullptr;                  // of the innermost action that has limits
+  std::u16string lastTool_;                       // of the attempt under way
+  std::u16string firstError_;                     // of the attempt under way
+  int attemptsAhead_ = 0;                         // of what is under way: its errors may not count
+  bool isCounted_ = false;                        // the numbers of this run
+  bool isGraphRefused_ = false;
 };
 
 } // namespace kx

@@ -52,7 +52,7 @@ TFindingPlace PlaceOfTrace(std::u16string_view stackTrace) {
 
 void TRunFindings::BeginAction() {
   open_.emplace_back();
-  tool_.BeginTool();
+  BeginTool();
 }
 
 void TRunFindings::EndAction() {
@@ -60,17 +60,29 @@ void TRunFindings::EndAction() {
   open_.pop_back();
   if (!level.HasErrors)
     for (auto& finding : level.OwnErrors)
-      list_->Add(std::move(finding));
+      List().Add(std::move(finding));
   if (!open_.empty()) open_.back().HasErrors |= level.HasErrors || !level.OwnErrors.empty();
+}
+
+void TRunFindings::EndAttempt(bool counts) {
+  const auto found = List().Take();
+  lists_.pop_back();
+  if (!counts) {
+    open_.back() = {};
+    return;
+  }
+  for (const auto& finding : found)
+    List().Add(finding);
 }
 
 void TRunFindings::Add(TFinding finding) {
   if (finding.Severity == TFindingSeverity::Error && !open_.empty()) open_.back().HasErrors = true;
-  list_->Add(std::move(finding));
+  List().Add(std::move(finding));
 }
 
 void TRunFindings::TakeToolLine(std::u16string_view line, const std::function<void(TFinding&)>& complete) {
-  if (tool_.Read(line, complete) == TFindingSeverity::Error && !open_.empty()) open_.back().HasErrors = true;
+  if (lists_.back().Tool.Read(line, complete) == TFindingSeverity::Error && !open_.empty())
+    open_.back().HasErrors = true;
 }
 
 void TRunFindings::TakeOwn(std::u16string_view text, TStatusTag status, TFinding here) {
@@ -78,7 +90,7 @@ void TRunFindings::TakeOwn(std::u16string_view text, TStatusTag status, TFinding
     here.Rule = u"action-warning";
     here.Severity = TFindingSeverity::Warning;
     here.Message = OneLine(text.starts_with(WarningPrefix) ? text.substr(WarningPrefix.size()) : text);
-    list_->Add(std::move(here));
+    List().Add(std::move(here));
   } else if (status == TStatusTag::stError && !open_.empty()) {
     here.Rule = u"action-error";
     here.Severity = TFindingSeverity::Error;

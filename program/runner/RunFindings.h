@@ -16,10 +16,14 @@ namespace kx {
 // `here` is a finding that knows the action and the configuration that are under way.
 class TRunFindings {
 public:
-  void WhenChanged(TFindingList::TOnChange onChange) { list_->WhenChanged(std::move(onChange)); }
+  void WhenChanged(TFindingList::TOnChange onChange) { List().WhenChanged(std::move(onChange)); }
   void BeginAction();
   void EndAction();
-  void BeginTool() { tool_.BeginTool(); } // another output begins
+  void BeginTool() { lists_.back().Tool.BeginTool(); } // another output begins
+  // What the innermost action finds is kept apart until its attempt ends, and forgotten when it does not
+  // count.
+  void BeginAttempt() { lists_.emplace_back(); }
+  void EndAttempt(bool counts);
 
   // `complete` sets action and configuration in the finding that a line is: nearly all are none.
   void TakeToolLine(std::u16string_view line, const std::function<void(TFinding&)>& complete);
@@ -29,8 +33,8 @@ public:
   void TakeFailedTest(const TReportedTest& test, TFinding here);
   void Add(TFinding finding);
 
-  std::vector<TFinding> Take() { return list_->Take(); }
-  std::int64_t More() const { return list_->More(); }
+  std::vector<TFinding> Take() { return List().Take(); }
+  std::int64_t More() const { return lists_.back().List->More(); }
 
 private:
   struct TLevel { // an action that is under way
@@ -38,9 +42,14 @@ private:
     bool HasErrors = false; // here or deeper
   };
 
-  std::unique_ptr<TFindingList> list_ = std::make_unique<TFindingList>();
-  TToolFindings tool_{*list_};
-  std::vector<TLevel> open_; // the innermost last
+  struct TList {
+    std::unique_ptr<TFindingList> List = std::make_unique<TFindingList>();
+    TToolFindings Tool{*List};
+  };
+  TFindingList& List() { return *lists_.back().List; }
+
+  std::vector<TList> lists_ = std::vector<TList>(1); // of the run, then of attempts that may not count
+  std::vector<TLevel> open_;                         // the innermost last
 };
 
 // "   at App.Test() in C:\\App\\Test.cs:line 12": the first place that a stack trace names.

@@ -27,6 +27,11 @@ void TStopWatcher::Leave() {
   told_ = nullptr;
 }
 
+void TStopWatcher::Tell() {
+  const std::scoped_lock lock(mutex_);
+  TellCurrent();
+}
+
 // Waits for the system's own event: the condition variables of some run-time libraries lose the end of a
 // wait.
 void TStopWatcher::Watch() {

@@ -21,6 +21,7 @@ public:
 
   void Enter(TCustomKxAction& action);
   void Leave();
+  void Tell(); // the innermost, whatever the signal says
 
 private:
   void Watch();

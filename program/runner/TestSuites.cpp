@@ -6,6 +6,10 @@
 #include "foundation/text/Encoding.h"
 #include "foundation/text/Text.h"
 
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+
 namespace kx {
 
 namespace {
@@ -60,6 +64,24 @@ private:
 };
 
 } // namespace
+
+std::chrono::milliseconds ElapsedOf(std::u16string_view seconds) {
+  const std::string digits = text::ToUtf8(seconds);
+  double value = 0;
+  std::from_chars(digits.data(), digits.data() + digits.size(), value);
+  constexpr double longest = 1e9; // what is written there may be anything
+  return std::chrono::milliseconds(std::isfinite(value) ? std::llround(std::clamp(value, 0.0, longest) * 1000)
+                                                        : 0);
+}
+
+TPastTest OutcomeOf(const TReportedTest& test) {
+  if (test.Failed) return TPastTest::Failed;
+  return test.Skipped ? TPastTest::NotRun : TPastTest::Passed;
+}
+
+std::u16string PastNameOf(const TReportedSuite& suite, const TReportedTest& test) {
+  return suite.Name + u"/" + test.Name;
+}
 
 const std::u16string* TestSuiteXml(const TKxMetric& metric) {
   if (metric.Category != UnitTestCategory || metric.Name != TestResultsMetric) return nullptr;

@@ -2,7 +2,9 @@
 #pragma once
 
 #include "program/runner/Events.h"
+#include "program/runner/Past.h"
 
+#include <chrono>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -31,6 +33,12 @@ struct TReportedSuite {
   std::int64_t Passed() const { return static_cast<std::int64_t>(Tests.size()) - Failed - Skipped; }
   TTestCounts Counts() const { return {Passed(), Failed, Skipped}; }
 };
+
+// "1.250" of a suite or a test; 0 for what is no time.
+std::chrono::milliseconds ElapsedOf(std::u16string_view seconds);
+TPastTest OutcomeOf(const TReportedTest& test);
+// By which earlier runs know the test (TPast::Tests): "suite/name".
+std::u16string PastNameOf(const TReportedSuite& suite, const TReportedTest& test);
 
 // The XML of a run of tests when this is the metric that carries one, else null.
 const std::u16string* TestSuiteXml(const TKxMetric& metric);

@@ -50,13 +50,13 @@ TProblemCounts CountsOf(const TFinding& finding) {
 } // namespace
 
 TToolProjects::TProject* TToolProjects::Find(std::u16string_view file) {
-  const auto found = std::ranges::find_if(
-      projects_, [file](const TProject& project) { return text::EqualsIgnoreCase(project.File, file); });
-  return found == projects_.end() ? nullptr : &*found;
+  const auto found = places_.find(std::u16string(file));
+  return found == places_.end() ? nullptr : &projects_[found->second];
 }
 
 TToolProjects::TProject& TToolProjects::Known(std::u16string_view file) {
   if (TProject* project = Find(file)) return *project;
+  places_.emplace(file, projects_.size());
   TProject& project = projects_.emplace_back();
   project.File = file;
   project.Result.Project = NameOf(file);

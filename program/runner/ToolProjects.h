@@ -1,12 +1,14 @@
 // What became of the projects that one tool builds, as its output tells it.
 #pragma once
 
+#include "foundation/text/Text.h"
 #include "program/runner/Results.h"
 
 #include <chrono>
 #include <map>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace kx {
@@ -59,6 +61,8 @@ private:
   void EndAllNumbered();
 
   std::vector<TProject> projects_;
+  std::unordered_map<std::u16string, std::size_t, text::IgnoreCaseHash, text::IgnoreCaseEqual>
+      places_; // by file
   std::map<int, TNumbered> numbered_;
   std::vector<std::size_t> begun_;                     // places, the innermost last
   std::map<std::u16string, TProblemCounts> unclaimed_; // of projects that have not come yet

@@ -2,6 +2,8 @@
 
 #include "contract/LookAhead.h"
 #include "foundation/platform/Files.h"
+#include "program/runner/ActionGraph.h"
+#include "program/runner/Conditions.h"
 #include "program/runner/Messages.h"
 #include "program/runner/References.h"
 
@@ -63,6 +65,7 @@ public:
     if (project_.Actions().empty())
       entries_.push_back({u"Project", u"Actions", u"The project holds no actions. Add one."});
     CheckVariables();
+    CheckNeeds();
     CheckNodes(project_.Actions());
     return std::move(entries_);
   }
@@ -84,6 +87,30 @@ private:
       } catch (const std::exception&) {
         // Where the variable is used it is looked at with what is known there.
       }
+    }
+  }
+
+  void CheckNeeds() {
+    try {
+      static_cast<void>(TActionGraph(project_));
+    } catch (const EKxException& error) {
+      entries_.push_back({u"Project", u"Needs", error.Message()});
+    }
+  }
+
+  // What only a run knows is left to the run; all the rest of the condition is looked at all the same.
+  void CheckCondition(const TActionNode& node, TValidationCollector& errors) const {
+    const std::u16string& text = node.Terms().Condition;
+    if (text::Trim(text).empty()) return;
+    CheckText(node, u"Condition", text, errors);
+    try {
+      const TCondition condition(text);
+      static_cast<void>(condition.Holds(
+          [&](std::u16string_view reference) { return expressions_.Expand(node.Action(), reference); }));
+    } catch (const EKnownInRunOnly&) {
+      return;
+    } catch (const std::exception& error) {
+      errors.Add(u"Condition", MessageOf(error), nullptr);
     }
   }
 
@@ -114,6 +141,7 @@ private:
     TValidationCollector errors(project_.Services(), node, entries_, before_.size() > sameBefore);
     if (node.Iterator() == nullptr) before_.insert(node.Type().Class);
     CheckLoop(node, errors);
+    CheckCondition(node, errors);
     for (const auto* property : node.Properties())
       CheckTexts(node, *property, errors);
     LookAheadOf(node, errors);
@@ -128,14 +156,14 @@ private:
                   TValidationCollector& errors) const {
     if (property.Secret || !property.Stored) return; // what is not stored shows a part of what is
     const TKxPropertyValue value = property.Get(node.Action());
-    if (const auto* text = std::get_if<std::u16string>(&value)) CheckText(node, property, *text, errors);
+    if (const auto* text = std::get_if<std::u16string>(&value)) CheckText(node, property.Name, *text, errors);
     if (const auto* lines = std::get_if<text::TStringList>(&value))
       for (const auto& line : *lines)
-        CheckText(node, property, line, errors);
+        CheckText(node, property.Name, line, errors);
   }
 
   // Reference by reference: behind one whose value only a run has, others can still mean nothing.
-  void CheckText(const TActionNode& node, const TKxPublishedProperty& property, std::u16string_view text,
+  void CheckText(const TActionNode& node, std::u16string_view page, std::u16string_view text,
                  TValidationCollector& errors) const {
     for (const auto& part : SplitReferences(text)) {
       if (!part.Reference) continue;
@@ -144,7 +172,7 @@ private:
       } catch (const EKnownInRunOnly&) {
         continue;
       } catch (const std::exception& error) {
-        errors.Add(property.Name, MessageOf(error), nullptr);
+        errors.Add(page, MessageOf(error), nullptr);
       }
     }
   }

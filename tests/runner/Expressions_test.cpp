@@ -56,6 +56,7 @@ TEST_F(ExpressionsTest, SayWhatIsWrong) {
       {u"%Broken%", "Unknown name \"Rooot\". Did you mean \"Root\"?"},
       {u"%B%", "The variable \"b\" refers to itself: b, C, a, b."},
       {u"$(Descrbe(\"\"))", "The action STEP has no function \"Descrbe\". Did you mean \"Describe\"?"},
+      {u"$(Nobody.Describe(\"\"))", "No action is named \"Nobody\"."},
   };
   // The chain names a variable as it was written or declared.
   for (const auto& [text, message] : cases)

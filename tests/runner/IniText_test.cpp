@@ -1,6 +1,7 @@
 #include "program/runner/IniText.h"
 
 #include "foundation/text/Encoding.h"
+#include "tests/support/Failure.h"
 
 #include <gtest/gtest.h>
 
@@ -51,6 +52,24 @@ TEST(IniText, ChangesOnlyWhatIsSet) {
     EXPECT_EQ(text::ToUtf8(ini.Text()), text::ToUtf8(after)) << name;
     EXPECT_EQ(Parsed(ini.Text()).Get(u"S", key), value) << name;
   }
+}
+
+TEST(IniText, RefusesWhatItCouldNotReadBack) {
+  const std::string end = " cannot be kept in the options store.";
+  const std::tuple<std::u16string_view, std::u16string_view, std::u16string_view, std::string> cases[] = {
+      {u"S]", u"K", u"v", "The section name \"S]\"" + end},
+      {u"", u"K", u"v", "The section name \"\"" + end},
+      {u" S", u"K", u"v", "The section name \" S\"" + end},
+      {u"S\n", u"K", u"v", "The section name \"S\n\"" + end},
+      {u"S", u"", u"v", "The key \"\"" + end},
+      {u"S", u"a=b", u"v", "The key \"a=b\"" + end},
+      {u"S", u";K", u"v", "The key \";K\"" + end},
+      {u"S", u"K ", u"v", "The key \"K \"" + end},
+      {u"S", u"K", u"a\rb", "A line break in the value \"a\rb\"" + end},
+      {u"S", u"K;", u";=[ v", ""},
+  };
+  for (const auto& [section, key, value, message] : cases)
+    EXPECT_EQ(FailureOf([&] { TIniText().Set(section, key, value); }), message);
 }
 
 TEST(IniText, KnowsWhereItsSectionsEndWhenValuesGo) {

@@ -125,7 +125,7 @@ TEST_F(OptionsStoreTest, KnowsWhatIsReadAndWhatItTakes) {
   for (const auto& option : known)
     names += text::ToUtf8(option.Name.Section + u"." + option.Name.Key) + " ";
   EXPECT_EQ(names, "Tools.Folder Tools.Level Tools.Colour DotNetFramework.v2.0 DotNetFramework.v3.5 "
-                   "DotNetFramework.v4.0 WebSites.ApplicationHostConfig ");
+                   "DotNetFramework.v4.0 WebSites.ApplicationHostConfig Editor.OpenFile ");
   const std::u16string file = Host.Write("file", "");
   const std::u16string folder = file.substr(0, file.size() - 5);
   const std::u16string gone = folder + u"/gone";
@@ -138,6 +138,11 @@ TEST_F(OptionsStoreTest, KnowsWhatIsReadAndWhatItTakes) {
       {u"Tools.Folder", file, "Tools.Folder takes a folder; @/file is a file. Its folder is @."},
       {u"WebSites.ApplicationHostConfig", file, "same"},
       {u"WebSites.ApplicationHostConfig", gone, "There is no file @/gone on this machine."},
+      {u"Editor.OpenFile", u"ed://{file}", "same"},
+      {u"Editor.OpenFile", u"http://{file}",
+       "The address of an editor looks like scheme://file/{file}:{line}:{column}, with a scheme that a "
+       "program on this "
+       "machine has registered; not \"http://{file}\"."},
       {u"Tools.Level", u"x", "Tools.Level takes a number, not \"x\"."},
       {u"Tools.Colour", u"BLUE", "2 shown as Blue"},
       {u"Tools.Colour", u"0", "0 shown as Red"},
@@ -172,6 +177,20 @@ TEST_F(OptionsStoreTest, RefusesWhatItCannotRead) {
                 testing::HasSubstr("bad.ini" + message));
   for (const std::u16string_view wrong : {u"A.b", u"A=b", u".b=c", u"=A.b"})
     EXPECT_THROW(Store.Override(wrong), EKxException) << text::ToUtf8(wrong);
+}
+
+TEST(Names, OfOptionsAndVariablesAreRefusedWhereAPartIsMissing) {
+  for (const std::string name : {"", "A", ".B", "A."})
+    EXPECT_EQ(FailureOf([&] { TOptionName::Parse(text::FromUtf8(name)); }),
+              "\"" + name + "\" names no option: expected SECTION.KEY.");
+  TOptionsStore store;
+  EXPECT_EQ(FailureOf([&] { store.Override(u"A.B"); }),
+            "\"A.B\" sets no option: expected SECTION.KEY=VALUE.");
+  const std::string rest =
+      " sets no variable: expected NAME=VALUE, the name of letters, digits, \"_\" and \".\".";
+  for (const std::string name : {"A", "=x", "a b=x"})
+    EXPECT_EQ(FailureOf([&] { TProjectVariable::Parse(text::FromUtf8(name)); }), "\"" + name + "\"" + rest);
+  EXPECT_EQ(TProjectVariable::Parse(u"a.b_1==x\ny").Value, u"=x\r\ny");
 }
 
 } // namespace

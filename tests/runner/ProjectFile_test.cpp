@@ -17,6 +17,10 @@ std::string In(const std::string& element, std::string_view content) {
   return "<BuildProject><" + element + ">\n" + std::string(content) + "</" + element + "></BuildProject>";
 }
 
+std::string InLoop(std::string_view content) {
+  return In("Actions", "<Action Type=\"LOOP\"><Actions>\n" + std::string(content) + "</Actions></Action>");
+}
+
 TEST(ProjectFile, ReadsEverything) {
   TEmbeddedHost host;
   const auto file = host.Write("nightly.kxproj", R"(<?xml version="1.0" encoding="utf-8"?>
@@ -63,6 +67,28 @@ TEST(ProjectFile, ReadsEverything) {
   EXPECT_EQ(project.FindNamed(u"All")->Iterator()->GetLoopVariable(), u"P");
 }
 
+// Each attribute as it is read, and as an action that is added is written with it.
+TEST(ProjectFile, ReadsAndWritesHowActionsAreRun) {
+  TEmbeddedHost host;
+  const std::string terms = "Needs=\"A,B\" Condition=\"%x% &lt; 3\" Retries=\"2\" TimeLimit=\"30m\" "
+                            "IdleLimit=\"90s\" Parallel=\"true\"";
+  TProjectFile(host.Project())
+      .LoadBytes(In("Actions",
+                    "<Action Type=\"LOOP\" Needs=\" A , B,\" Condition=\"%x% &lt; 3\" Retries=\" 2\" "
+                    "TimeLimit=\"1800\" IdleLimit=\" 90s \" Parallel=\"yes\"/>\n"
+                    "<Group Name=\"G\" Needs=\"\"><Action Type=\"STEP\" Needs=\"\"/></Group>"),
+                 host.Path("a.kxproj"));
+  const auto& actions = host.Project().Actions();
+  ASSERT_EQ(actions.size(), 2U);
+  EXPECT_EQ(actions[1]->Group()->Name, u"G");
+  EXPECT_TRUE(actions[1]->Terms().Needs && actions[1]->Terms().Needs->empty() && actions[1]->Group()->Needs);
+  TEmbeddedHost other;
+  TProjectFile empty(other.Project());
+  empty.LoadBytes(In("Actions", ""), other.Path("b.kxproj"));
+  other.Project().AddAction(u"LOOP").SetTerms(actions[0]->Terms());
+  EXPECT_THAT(empty.Text(), testing::HasSubstr("<Action Type=\"LOOP\" " + terms + "/>"));
+}
+
 TEST(ProjectFile, SaysWhatIsWrongAndWhere) {
   const std::pair<std::string, std::string> cases[] = {
       {"", "(1): The file is empty."},
@@ -87,12 +113,40 @@ TEST(ProjectFile, SaysWhatIsWrongAndWhere) {
        "(4): The action STEP has no property \"Numbr\". Did you mean \"Number\"?"},
       {Wrapped("<Number>1</Number>\n<number>2</number>"), "(5): <number> stands twice in <Action>."},
       {Wrapped("<Number>1x</Number>"), "(4): Number takes a number, not \"1x\"."},
+      {In("Actions", "<Group>\n</Group>"), "(2): <Group> has no Name."},
+      {In("Actions", "<Group Name=\"a\">\n<Group Name=\"b\"/></Group>"),
+       "(3): A <Group> holds actions; another <Group> cannot stand in it."},
+      {InLoop("<Group Name=\"a\"/>"), "(3): A <Group> stands in the outermost <Actions>, not in a loop."},
+      {InLoop("<Action Type=\"STEP\" Needs=\"a\"/>"), "(3): Needs has no meaning inside a loop"},
+      {In("Actions", "<Action Type=\"STEP\" Parallel=\"true\"/>"),
+       "(2): Parallel is for loops, and the action STEP is none."},
+      {In("Actions", "<Action Type=\"STEP\" Retries=\"-1\"/>"),
+       "(2): Retries takes a number from 0 to 100, not \"-1\"."},
+      {In("Actions", "<Action Type=\"STEP\" IdleLimit=\"1.5h\"/>"),
+       "(2): IdleLimit takes a time of up to a year, such as 90s, 30m or 2h, not \"1.5h\"."},
+      {In("Actions", "<Action Type=\"STEP\" TimeLimit=\"9000h\"/>"),
+       "(2): TimeLimit takes a time of up to a year"},
+      {In("Actions", "<Action Type=\"STEP\" Nam=\"x\"/>"),
+       "(2): Unknown attribute \"Nam\" of <Action>. Did you mean \"Name\"?"},
+      {In("Actions", "x"), "(1): Unexpected text in <Actions>: \"x\""},
+      {In("Variables", "<Variable Name=\"a\">x<b/></Variable>"),
+       "(2): <Variable> holds text; the element <b>"},
+      {Wrapped("<Number><b/></Number>"), "(4): <Number> holds text; the element <b>"},
+      {In("PropertySets", "<PropertySet Name=\"S\" Kind=\"x\"/>"),
+       "(2): The kind of a property set is Win32 or DotNet, not \"x\"."},
+      {In("PropertySets",
+          "<PropertySet Name=\"S\" Kind=\"Win32\"/>\n<PropertySet Name=\"s\" Kind=\"DotNet\"/>"),
+       "(3): The property set \"s\" stands twice."},
+      {In("Actions", "<Action Type=\"STEP\">\n<Actions/></Action>"),
+       "(3): The action STEP is no loop and cannot hold actions."},
+      {Wrapped("<Colour Name=\"Red\">1</Colour>"),
+       "(4): Colour says \"Red\" and \"1\", which are not the same."},
       {Wrapped("<Colour>Pink</Colour>"), "(4): Colour takes one of Red, Green, Blue, not \"Pink\"."},
   };
-  for (const auto& [text, message] : cases) {
+  for (const auto& row : cases) {
     TEmbeddedHost host;
-    EXPECT_THAT(FailureOf([&] { TProjectFile(host.Project()).LoadBytes(text, u"/p/bad.kxproj"); }),
-                testing::StartsWith("/p/bad.kxproj" + message));
+    EXPECT_THAT(FailureOf([&] { TProjectFile(host.Project()).LoadBytes(row.first, u"/p/bad.kxproj"); }),
+                testing::StartsWith("/p/bad.kxproj" + row.second));
   }
 }
 

@@ -33,10 +33,18 @@ TEST(ProjectSchema, TakesWhatTheReaderTakesAndNothingMisspelt) {
            {"<Number>many</Number>", false},
            {"<Flag>perhaps</Flag>", false},
            {"<Colour>Pink</Colour>", false},
-           {"<Text/><Text/>", false}}) {
+           {"<Text/><Text/>", false},
+           {"<Actions><Action Type=\"STEP\" Condition=\"1\" Retries=\"2\" TimeLimit=\"2h\" "
+            "IdleLimit=\"90\"/></Actions>",
+            true},
+           {"<Actions><Action Type=\"STEP\" IdleLimit=\"90d\"/></Actions>", false},
+           {"<Actions><Action Type=\"STEP\" Retries=\"-1\"/></Actions>", false},
+           {"<Actions><Action Type=\"STEP\" Needs=\"A\"/></Actions>", false},
+           {"<Actions><Group Name=\"G\"/></Actions>", false}}) {
     const std::string xml =
         "<BuildProject Name=\"n\"><Gates FailOn=\"error\"/><Rules><Rule Name=\"no-tests\">off</Rule></Rules>"
-        "<Actions><Action Type=\"LOOP\"><LoopVariable>P</LoopVariable><Actions>"
+        "<Actions><Group Name=\"G\" Needs=\"A\"><Action Type=\"STEP\" Needs=\"\" Parallel=\"true\"/></Group>"
+        "<Action Type=\"LOOP\"><LoopVariable>P</LoopVariable><Actions>"
         "<Action Type=\"STEP\" ContinueOnError=\"ignore\">" +
         action + "</Action></Actions></Action></Actions></BuildProject>";
     const std::unique_ptr<xmlDoc, TFreeBy<xmlFreeDoc>> document(

@@ -49,11 +49,11 @@ std::string With(std::string_view before, const std::string& after, std::string 
 
 TEST(ProjectText, ChangesWhatIsAskedForAndNothingElse) {
   using TEdit = std::function<void(TProjectText&)>;
-  const auto move = [](const TActionPath& from, const TActionPath& to) -> TEdit {
-    return [=](TProjectText& text) { text.MoveAction(from, to); };
+  const auto move = [](const TRowPath& from, const TRowPath& to) -> TEdit {
+    return [=](TProjectText& text) { text.MoveRow(from, to); };
   };
   const auto rename = [](std::size_t action, std::optional<std::u16string_view> name) -> TEdit {
-    return [=](TProjectText& text) { text.SetActionAttribute({action}, u"Name", name); };
+    return [=](TProjectText& text) { text.SetAttribute({action}, u"Name", name); };
   };
   const std::string start = "<BuildProject Name=\"p\">\n";
   const std::tuple<const char*, TEdit, std::string> cases[] = {
@@ -66,9 +66,9 @@ TEST(ProjectText, ChangesWhatIsAskedForAndNothingElse) {
       {"out of a loop, behind the last of a line", move({1, 0}, {4}),
        With("  </Actions>\n</", B + "  </Actions>\n</", With(InnerB, ""))},
       {"within a line", move({3}, {2}), With("\"C\"/><Action Type=\"D\"", "\"D\"/><Action Type=\"C\"")},
-      {"an action goes, what is said above it stays", [](TProjectText& text) { text.RemoveAction({1}); },
+      {"an action goes, what is said above it stays", [](TProjectText& text) { text.RemoveRow({1}); },
        With(Loop.substr(Loop.find("    <Action Type=\"L\"")), "")},
-      {"a copy beside the original", [](TProjectText& text) { text.CopyAction({0}, {1}); }, With(A, A + A)},
+      {"a copy beside the original", [](TProjectText& text) { text.CopyRow({0}, {1}); }, With(A, A + A)},
       {"another name", rename(1, u"a\"<b>\t\r\n"),
        With("Name='Loop'", "Name=\"a&quot;&lt;b&gt;&#9;&#13;&#10;\"")},
       {"no name", rename(1, std::nullopt), With(" Name='Loop'", "")},
@@ -102,7 +102,7 @@ TEST(ProjectText, ChangesWhatIsAskedForAndNothingElse) {
                            move({0}, {0, 0, 1}),
                            move({0}, {}),
                            [](TProjectText& text) {
-                             text.RemoveAction({1, 1});
+                             text.RemoveRow({1, 1});
                            },
                            [](TProjectText& text) { text.RemovePropertySet(u"R"); },
                            [](TProjectText& text) { text.SetVariable(u"V", std::nullopt); }};
@@ -111,6 +111,156 @@ TEST(ProjectText, ChangesWhatIsAskedForAndNothingElse) {
     EXPECT_THROW(edit(text), EKxException);
     EXPECT_EQ(text.Bytes(), Project);
   }
+}
+
+TEST(ProjectText, TellsItsPropertySets) {
+  EXPECT_TRUE(TProjectText(std::string(Project)).PropertySets().empty());
+  const TProjectText text(
+      "<BuildProject><PropertySets><PropertySet Name=\"S\" Kind=\"Win32\"><Value Name=\"a\">1"
+      "</Value><Value>2</Value></PropertySet><PropertySet/></PropertySets></BuildProject>");
+  std::u16string sets;
+  for (const auto& set : text.PropertySets()) {
+    sets += set.Name + u":" + set.Kind;
+    for (const auto& [name, value] : set.Values)
+      sets += u" " + name + u"=" + value;
+    sets += u";";
+  }
+  EXPECT_EQ(sets, u"S:Win32 a=1 =2;:;");
+}
+
+// "AB[CD]E" is four rows, one of them a group with two.
+std::string Written(std::string_view shape) {
+  std::string text = "<BuildProject>\n  <Actions>\n";
+  std::string indent = "    ";
+  for (const char c : shape) {
+    if (c == ']') indent.resize(4);
+    if (c == '[') {
+      text.append(indent).append("<!-- g -->\n").append(indent).append("<Group Name=\"G\">\n");
+      indent += "  ";
+    } else {
+      text += indent + (c == ']' ? "</Group>\n" : std::string("<Action Type=\"") + c + "\"/>\n");
+    }
+  }
+  return text + "  </Actions>\n</BuildProject>\n";
+}
+
+TEST(ProjectText, MovesActionsAndGroupsAmongEachOther) {
+  const std::tuple<const char*, std::string, TRowPath, TRowPath, std::string> cases[] = {
+      {"into a group, between two", "A[BC]D", {0}, {1, 1}, "[BAC]D"},
+      {"to its front", "A[BC]D", {2}, {1, 0}, "A[DBC]"},
+      {"to its end", "A[BC]D", {0}, {1, 9}, "[BCA]D"},
+      {"into one without actions", "A[]", {0}, {1, 0}, "[A]"},
+      {"behind it", "A[BC]D", {0}, {2}, "[BC]AD"},
+      {"to the end behind it", "A[BC]", {0}, {2}, "[BC]A"},
+      {"within it", "A[BC]D", {1, 0}, {1, 2}, "A[CB]D"},
+      {"out of it, to the front", "A[BC]D", {1, 1}, {0}, "CA[B]D"},
+      {"the last out of it", "A[B]C", {1, 0}, {2}, "A[]BC"},
+      {"from one to another", "[AB][CD]", {0, 0}, {1, 1}, "[B][CAD]"},
+      {"a group with its actions", "A[BC]D[E]", {1}, {0}, "[BC]AD[E]"},
+      {"a group past another", "A[BC]D[E]", {1}, {4}, "AD[E][BC]"},
+  };
+  for (const auto& [name, before, from, to, after] : cases) {
+    TProjectText text(Written(before));
+    text.MoveRow(from, to);
+    EXPECT_EQ(text.Bytes(), Written(after)) << name;
+  }
+  TProjectText text(Written("A[BC]D"));
+  EXPECT_THROW(text.MoveRow({1}, {1, 0}), EKxException);
+  text.CopyRow({1, 1}, {1, 2});
+  text.RemoveRow({1, 0});
+  text.SetAttribute({1, 1}, u"Needs", u"");
+  text.SetAttribute({1, 1}, u"Needs", std::nullopt);
+  EXPECT_EQ(text.Bytes(), Written("A[CC]D"));
+  text.RemoveRow({1});
+  EXPECT_EQ(text.Bytes(), With("    <Group Name=\"G\">\n    </Group>\n", "", Written("A[]D")));
+}
+
+TEST(ProjectText, MakesGroupsAndDissolvesThem) {
+  TProjectText text(Written("AB"));
+  text.AddGroup(u"G", {1});
+  text.MoveRow({2}, {1, 0});
+  EXPECT_EQ(text.Bytes(), With("    <!-- g -->\n", "", Written("A[B]")));
+  text.DissolveGroup({1});
+  EXPECT_EQ(text.Bytes(), Written("AB"));
+  TProjectText line(
+      "<BuildProject><Actions><Group Name='G'><Action Type='A'/><Action Type='B'/></Group></Actions>"
+      "</BuildProject>");
+  line.DissolveGroup({0});
+  EXPECT_EQ(line.Bytes(),
+            "<BuildProject><Actions><Action Type='A'/><Action Type='B'/></Actions></BuildProject>");
+  EXPECT_THROW(line.DissolveGroup({0}), EKxException);
+  EXPECT_THROW(line.AddGroup(u" ", {0}), EKxException);
+}
+
+TEST(ProjectText, RowsAreActionsAndGroups) {
+  const TProjectText text(Written("A[BC]D[][E]"));
+  const std::pair<std::size_t, TRowPath> rows[] = {{0, {0}}, {1, {1, 0}}, {2, {1, 1}}, {3, {2}}, {4, {4, 0}}};
+  for (const auto& [action, row] : rows) {
+    EXPECT_EQ(text.RowOfAction({action}), row) << action;
+    EXPECT_EQ(text.ActionAt(row), TActionPath{action});
+  }
+  EXPECT_EQ(text.RowOfGroup(2), TRowPath{4});
+  EXPECT_EQ(text.ActionAt({3}), std::nullopt);
+  EXPECT_THROW(static_cast<void>(text.RowOfAction({5})), EKxException);
+  const TProjectText loop{std::string(Project)};
+  EXPECT_EQ(loop.RowOfAction({1, 0}), (TRowPath{1, 0}));
+  EXPECT_EQ(loop.ActionAt({1, 0}), (TActionPath{1, 0}));
+}
+
+TEST(ProjectText, WhatNeedsAnActionOrAGroupFollowsItsName) {
+  const auto project = [](const std::string& action, const std::string& group, const std::string& needs) {
+    return "<BuildProject><Actions><Action Type='A' Name=\"" + action + "\"/><Group Name=\"" + group +
+           "\" Needs='x'><Action Type='B' Needs=\"" + needs +
+           "\"/></Group><Action Type='C' Needs='x, b c'/>"
+           "</Actions></BuildProject>";
+  };
+  TProjectText text(project("a", "g", "A,g"));
+  text.Rename({0}, u"new & one");
+  text.Rename({1}, u"h");
+  EXPECT_EQ(text.Bytes(), project("new &amp; one", "h", "new &amp; one,h"));
+  text.Rename({0}, u"h"); // two of one name: what is meant is the user's to say
+  text.Rename({1}, u"other");
+  EXPECT_EQ(text.Bytes(), project("h", "other", "h,h"));
+  EXPECT_THROW(text.Rename({1}, u""), EKxException);
+}
+
+// Every place that a variable is used in, and texts that only look like one.
+std::string Using(const std::string& name, const std::string& inside) {
+  return "<BuildProject>\n  <Variables>\n    <Variable Name='" + name + "'>1</Variable> <!-- %Root% -->\n" +
+         "    <Variable Name=\"Other\">%" + inside + "%\\x</Variable>\n  </Variables>\n  <Actions>\n" +
+         "    <Action Type=\"A\" Condition=\"%" + inside + "% == &quot;x&quot;\">\n      <Text><![CDATA[<$(" +
+         inside + ")>]]>&#37;" + inside + "%é日 %%Root% %RootX% Root $(F(\"%" + inside + "% $(G(\"\"%" +
+         inside + "%\"\"))\"))</Text>\n      <List><Line>%" + inside + "%</Line></List>\n    </Action>\n" +
+         "    <Action Type=\"L\"><LoopVariable> " +
+         "</LoopVariable><Actions><Action Type=\"B\"><LoopVariable>" + inside +
+         "</LoopVariable></Action></Actions></Action>\n  </Actions>\n</BuildProject>\n";
+}
+
+TEST(ProjectText, RenamesAVariableWhereverItIsUsed) {
+  TProjectText text(Using("Root", "Root"));
+  EXPECT_EQ(text.RenameVariable(u"ROOT", u"Base.Folder_2"), 8U);
+  EXPECT_EQ(text.Bytes(), Using("Base.Folder_2", "Base.Folder_2"));
+  EXPECT_EQ(text.RenameVariable(u"base.folder_2", u"root"), 8U);
+  EXPECT_EQ(text.RenameVariable(u"root", u"Root"), 8U) << "another letter case is no other name";
+  const std::string before = text.Bytes();
+  for (const auto& [name, to] :
+       {std::pair(u"None", u"X"), {u"Root", u"a b"}, {u"Root", u"other"}, {u"Root", u"RootX"}})
+    EXPECT_THROW(text.RenameVariable(name, to), EKxException);
+  EXPECT_EQ(text.Bytes(), before);
+}
+
+TEST(ProjectText, CallsFollowTheNameOfTheirAction) {
+  const auto project = [](const std::string& name, const std::string& called) {
+    return "<BuildProject><Actions><Action Type='A' Name=\"" + name + "\"/><Action Type='B'><T>$(" + called +
+           ".F(\"x\")) $(" + called + ") %" + called + "% $(H(\"$(" + called +
+           ".G())\"))</T></Action></Actions></BuildProject>";
+  };
+  TProjectText text(project("One", "One"));
+  text.Rename({0}, u"A &1");
+  std::string expected = project("A &amp;1", "A &amp;1");
+  for (const std::string unread : {"$(A &amp;1)", "%A &amp;1%"}) // these name variables
+    expected = With(unread, unread.front() == '$' ? "$(One)" : "%One%", expected);
+  EXPECT_EQ(text.Bytes(), expected);
 }
 
 } // namespace

@@ -33,6 +33,8 @@ TEST(SecretMask, KnowsHowToolsSpellASecret) {
       {"an address of bytes", u"w\u00F6rd", u"w%F6rd", u"***"},
       {"beyond the first plane", u"\U0001F511\U0001F512 x", u"%F0%9F%94%91%F0%9F%94%92%20x!", u"***!"},
       {"XML", u"a<b>&'c\"", u"<p>a&lt;b&gt;&amp;&apos;c&quot;</p>", u"<p>***</p>"},
+      {"an apostrophe between quotation marks of a shell", u"pass'word", u"echo 'pass'\"'\"'word'",
+       u"echo '***'"},
       {"XML by numbers", u"a<b>&'c\"", u"a&#60;b&#x3e;&amp;&#39;c&#x22; &none; &#xFFFFFFFF;",
        u"*** &none; &#xFFFFFFFF;"},
       {"JSON", u"a\"b\\c\u00F6/", u"{\"p\":\"a\\\"b\\\\c\\u00f6\\/\"}", u"{\"p\":\"***\"}"},

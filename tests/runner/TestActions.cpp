@@ -68,6 +68,11 @@ bool TStepAction::Execute() {
   return true;
 }
 
+void TStepAction::CountUp() {
+  const auto deed = Deeds().find(u"count " + Text);
+  if (deed != Deeds().end()) deed->second(*this);
+}
+
 bool TStepAction::GetLocalVariableValue(std::u16string_view name, std::u16string& value) const {
   if (!text::EqualsIgnoreCase(name, u"Local")) return false;
   value = u"100%Own%";

@@ -29,7 +29,7 @@ public:
 
   static const TKxActionClass& Class();
   // By the text of the property Text; without an entry the action sends the expanded text and succeeds. With
-  // "validate " before it: what Validate does.
+  // "validate " or "count " before it: what Validate or CountUp does.
   using TDeed = std::function<bool(TStepAction&)>;
   static std::map<std::u16string, TDeed>& Deeds();
 
@@ -40,6 +40,7 @@ public:
   void TerminateAction() override { Terminated.Raise(); }
   bool Validate(IKxActionValidationError& errors) override;
   bool Execute() override;
+  void CountUp() override;
   bool GetLocalVariableValue(std::u16string_view name, std::u16string& value) const override;
 
   TKxEvent Terminated;

@@ -1,3 +1,4 @@
+#include "program/runner/ProblemTally.h"
 #include "program/runner/Run.h"
 
 #include "contract/UnitTests.h"
@@ -92,6 +93,9 @@ TEST_F(Verdict, IsStrictUntilTheUserSaysOtherwise) {
       EXPECT_EQ(IsSuccess(Host->Report.Result), !severity.empty());
       const bool isSaid = testing::Value(Host->Sink.Lines, Contains(EndsWith(mark + row.Message)));
       EXPECT_EQ(isSaid, !mark.empty());
+      if (isSaid && row.Deed != nullptr) {
+        EXPECT_EQ(Host->Report.Findings.at(0).Rule + u")", text::FromUtf8(rule));
+      }
     }
     Again(true);
     prepare();
@@ -218,6 +222,33 @@ TEST_F(Verdict, AsksTheActionsOfALoopOnEachPass) {
   Run();
   EXPECT_EQ(passes, 1);
   EXPECT_FALSE(Host->Report.NothingExecuted);
+}
+
+// What an action counted stands for what its tool said; its own warnings come on top.
+TEST(ProblemTally, CountsNothingTwice) {
+  struct TRow {
+    std::int64_t Analysed[2], Tool[2], Own[2];
+    TProblemCounts Counts;
+  };
+  const TRow rows[] = {{{0, 0}, {2, 3}, {4, 5}, {2, 8}},
+                       {{0, 0}, {0, 0}, {4, 5}, {4, 5}},
+                       {{1, 1}, {2, 3}, {4, 5}, {1, 6}},
+                       {{1, 0}, {2, 3}, {0, 0}, {1, 3}}};
+  for (const auto& row : rows) {
+    TProblemTally tally;
+    for (const int kind : {0, 1}) {
+      const TStatusTag status = kind == 0 ? TStatusTag::stError : TStatusTag::stWarning;
+      for (int i = 0; i < row.Tool[kind]; ++i)
+        tally.Take(status, true);
+      for (int i = 0; i < row.Own[kind]; ++i)
+        tally.Take(status, false);
+      for (const char16_t* category : {u"Compiler", u"Other"})
+        tally.Take(TKxMetric{category, kind == 0 ? u"Errors" : u"Warnings", row.Analysed[kind]});
+    }
+    EXPECT_EQ(tally.Counts(), row.Counts);
+    tally.ForgetOwnErrors();
+    EXPECT_EQ(tally.Counts().Errors, row.Tool[0] == 0 ? 0 : row.Counts.Errors);
+  }
 }
 
 } // namespace
