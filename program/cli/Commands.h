@@ -20,6 +20,7 @@ struct TCommand {
   const char* ExitCodes;
 };
 void DefineRun(CLI::App& command, const TCommonOptions& common, int& exitCode);
+void DefinePlan(CLI::App& command, const TCommonOptions& common, int& exitCode);
 void DefineDo(CLI::App& command, const TCommonOptions& common, int& exitCode);
 void DefineValidate(CLI::App& command, const TCommonOptions& common, int& exitCode);
 void DefineInspect(CLI::App& command, const TCommonOptions& common, int& exitCode);
@@ -39,13 +40,20 @@ inline constexpr const char* CodesOfRuns = "0 success, 1 the run failed, 2 wrong
                                            "file or settings, 4 stopped by a gate, 130 stopped with Ctrl-C";
 inline constexpr const char* CodesOfLooks = "0 success, 1 not found or not readable, 2 wrong usage";
 
-inline constexpr std::array<TCommand, 15> Commands{{
+inline constexpr std::array<TCommand, 16> Commands{{
     {"run", "Run a build project", DefineRun,
      "run nightly.kxproj\n"
      "run nightly.kxproj --dry-run\n"
      "run nightly.kxproj --set Root=/src --verbosity minimal --log nightly.jsonl\n"
      "run nightly.kxproj --ci auto --report nightly.html --junit tests.xml\n",
      CodesOfRuns},
+    {"plan", "Show the parts of a run, or write them for ninja and for engines with many machines",
+     DefinePlan,
+     "plan nightly.kxproj\n"
+     "plan nightly.kxproj Tests --format mermaid\n"
+     "plan nightly.kxproj --format ninja > build.ninja\n"
+     "plan nightly.kxproj --format github > .github/workflows/nightly.yml\n",
+     "0 written, 1 not written, 2 wrong usage, 3 invalid project file"},
     {"edit", "Edit and run a build project in the browser; a new one is made when it is saved", DefineEdit,
      "edit nightly.kxproj\n"
      "edit nightly.kxproj --no-browser\n",

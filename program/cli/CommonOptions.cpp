@@ -83,10 +83,10 @@ struct TCommonOption {
 
 constexpr std::string_view All;
 constexpr std::string_view Hosts =
-    "run do validate edit actions schema options check"; // they open the store and the plug-ins
+    "run plan do validate edit actions schema options check"; // they open the store and the plug-ins
 constexpr std::string_view Runs = "run do";
 constexpr std::string_view Reporters = "run do report";
-constexpr std::string_view Remembered = "run edit history";
+constexpr std::string_view Remembered = "run plan edit history";
 constexpr std::string_view Readers =
     "run do validate inspect graph check report"; // they show what files hold
 
@@ -109,7 +109,7 @@ const std::vector<TCommonOption>& Options() {
         {"--history", "FILE",
          "The file that remembers the runs (default: one a project in the user's state folder)", Remembered,
          AddOneFile<&T::HistoryFile>},
-        {"--no-history", "", "Neither remember a run nor ask for earlier ones", "run edit",
+        {"--no-history", "", "Neither remember a run nor ask for earlier ones", "run plan edit",
          AddFlag<&T::NoHistory>},
         {"--ci", "SYSTEM",
          "For the log of github, azure, teamcity, gitlab, or auto, the one it runs in: nothing that is shown "

@@ -62,6 +62,32 @@ void TConsoleSink::On(const TRunEvent& event) {
   std::visit([this, &event](const auto& what) { Show(event.Depth, what); }, event.What);
 }
 
+void TConsoleSink::ExpectParts(std::size_t count) {
+  parts_ = count;
+  status_.SetProgress("0 of " + CountText(static_cast<std::int64_t>(count), "part"));
+}
+
+void TConsoleSink::Begin(const TPart& part) {
+  partKeys_[part.Id] =
+      status_.Push({.Title = NameForTerminal(part.Id), .IsAction = true, .Usual = part.Usual});
+}
+
+void TConsoleSink::End(const TPart& part) {
+  status_.Remove(partKeys_[part.Id]);
+  partKeys_.erase(part.Id);
+  status_.SetProgress(std::to_string(++partsEnded_) + " of " +
+                      CountText(static_cast<std::int64_t>(parts_), "part"));
+}
+
+// What is under way now.
+void TConsoleSink::Push(TUnderWay what) {
+  if (parts_ == 0) status_.Push(std::move(what));
+}
+
+void TConsoleSink::Pop() {
+  if (parts_ == 0) status_.Pop();
+}
+
 // Commands of a CI system stand at the start of their lines.
 void TConsoleSink::Title(int depth, std::u16string_view title, const std::string& painted) {
   if (ci_ == nullptr) {
@@ -128,15 +154,15 @@ void TConsoleSink::Line(int depth, std::string_view text) {
 void TConsoleSink::Show(int depth, const TActionStarted& event) {
   const std::u16string name = NameWithPass(event.Name, event.Pass);
   const auto usual = usual_.Actions.find(name);
-  status_.Push({NameForTerminal(name), ProgressText(event.Position), true,
-                usual == usual_.Actions.end() ? std::nullopt : std::optional(usual->second)});
+  Push({NameForTerminal(name), ProgressText(event.Position), true,
+        usual == usual_.Actions.end() ? std::nullopt : std::optional(usual->second)});
   if (!Shows(TStatusTag::stNormal)) return;
   const std::u16string title = event.Description + (event.Pass.empty() ? u"" : u"  (" + event.Pass + u")");
   Title(depth, title, palette_.Bold(NameForTerminal(title)));
 }
 
 void TConsoleSink::Show(int depth, const TActionEnded& event) {
-  status_.Pop();
+  Pop();
   const TStatusTag status = StatusOf(event.Result.Result);
   if (Shows(status))
     Line(depth,
@@ -154,13 +180,13 @@ void TConsoleSink::Show(int depth, const TMessageSent& event) {
 }
 
 void TConsoleSink::Show(int depth, const TGroupStarted& event) {
-  status_.Push({NameForTerminal(event.Title)});
+  Push({NameForTerminal(event.Title)});
   if (Shows(TStatusTag::stNormal))
     Title(depth, event.Title, palette_.Bold(palette_.Paint(NameForTerminal(event.Title), event.Status)));
 }
 
 void TConsoleSink::Show(int depth, const TGroupEnded& event) {
-  status_.Pop();
+  Pop();
   if (!Shows(TStatusTag::stNormal)) return;
   const TStatusTag status = event.Status.value_or(TStatusTag::stNormal);
   Line(depth,

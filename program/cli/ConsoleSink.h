@@ -8,6 +8,7 @@
 #include "program/cli/Palette.h"
 #include "program/cli/StatusLine.h"
 #include "program/history/Questions.h"
+#include "program/parts/PartsRun.h"
 #include "program/report/CiDialect.h"
 #include "program/report/ResultRows.h"
 #include "program/runner/Events.h"
@@ -21,12 +22,16 @@
 
 namespace kx::cli {
 
-class TConsoleSink : public IRunEventSink {
+// Of a run in parts, the live lines show the parts that run; their events are shown when they have ended.
+class TConsoleSink : public IRunEventSink, public IPartsWatcher {
 public:
   // `usual` says how long the run and its actions take, as far as that is known.
   TConsoleSink(TVerbosity verbosity, TPalette palette, const TCiDialect* ci = nullptr,
                history::TUsualTimes usual = {});
   void On(const TRunEvent& event) override;
+  void ExpectParts(std::size_t count);
+  void Begin(const TPart& part) override;
+  void End(const TPart& part) override;
 
 private:
   void Show(int depth, const TActionStarted& event);
@@ -37,6 +42,8 @@ private:
   void Show(int depth, const TMetricSent& event);
   void Show(int depth, const TRunEnded& event);
   void ShowTests(const TMetricSent& event);
+  void Push(TUnderWay what);
+  void Pop();
   void Line(int depth, std::string_view text);
   void Title(int depth, std::u16string_view title, const std::string& painted);
   void EndTitle();
@@ -50,7 +57,10 @@ private:
   TPalette palette_;
   const history::TUsualTimes usual_;
   TStatusLine status_;
-  std::string stamp_; // before each line of a diagnostic log
+  std::size_t parts_ = 0; // of a run in parts; else 0
+  std::size_t partsEnded_ = 0;
+  std::map<std::u16string, std::size_t> partKeys_; // of the live lines, by the parts' ids
+  std::string stamp_;                              // before each line of a diagnostic log
   const TCiDialect* ci_;
   std::u16string ciRoot_;
   std::vector<std::pair<int, std::u16string>> ciGroups_; // open ones by id and title; 0: not shown as one

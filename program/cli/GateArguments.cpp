@@ -47,11 +47,12 @@ void DefineGates(CLI::App& command, TGateArguments& arguments) {
                   "The findings that are known; only new ones stop the command")
       ->type_name("FILE");
   command.add_flag("--write-baseline", arguments.WriteBaseline, "Write that file with what is found now");
-  command
-      .add_option(
-          "--fail-on", arguments.FailOn,
-          "never, error, warning or new-warning (default with a baseline): exit code 4 where there is one")
-      ->type_name("WHAT");
+  OfferChoices(command
+                   .add_option("--fail-on", arguments.FailOn,
+                               "never, error, warning or new-warning (default with a baseline): exit code 4 "
+                               "where there is one")
+                   ->type_name("WHAT"),
+               FailOnWords());
   command.add_option("--max-warnings", arguments.MaxWarnings, "Exit code 4 where there are more")
       ->type_name("NUMBER");
 }

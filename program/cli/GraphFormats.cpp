@@ -1,4 +1,5 @@
 // Graphs as text that others draw, and as JSON.
+#include "foundation/formats/DiagramText.h"
 #include "foundation/text/Encoding.h"
 #include "foundation/text/Text.h"
 #include "foundation/text/WindowsPath.h"
@@ -15,15 +16,8 @@ std::string Number(std::size_t number) {
   return std::to_string(number);
 }
 
-// The text of a quoted string: an identifier.
-std::string DotText(std::u16string_view name) {
-  return text::ToUtf8(text::ReplaceAll(
-      text::ReplaceAll(text::FromUtf8(NameForTerminal(name)), u"\\", u"\\\\"), u"\"", u"\\\""));
-}
-
-// What is shown knows entities, too.
-std::string DotLabel(std::u16string_view text) {
-  return DotText(text::ReplaceAll(text, u"&", u"&amp;"));
+std::u16string Shown(std::u16string_view name) {
+  return text::FromUtf8(NameForTerminal(name));
 }
 
 // Identifiers are shared now and then; nodes are not.
@@ -31,7 +25,7 @@ std::vector<std::string> DotNames(const TGraph& graph) {
   std::vector<std::string> names;
   std::set<std::string> used;
   for (const TGraphNode& node : graph.Nodes) {
-    std::string name = DotText(node.Id);
+    std::string name = DotText(Shown(node.Id));
     if (!used.insert(name).second) {
       name += " at " + Number(names.size() + 1);
       used.insert(name);
@@ -43,17 +37,6 @@ std::vector<std::string> DotNames(const TGraph& graph) {
 
 constexpr std::string_view DotStyleOf(TGraphNodeKind kind) {
   return kind == TGraphNodeKind::Project ? "" : ", style=\"rounded,dashed\"";
-}
-
-// Letters, digits and blanks stand for themselves, whatever else an editor of diagrams may read into them.
-std::string MermaidText(std::u16string_view name) {
-  std::string text;
-  for (const char c : NameForTerminal(name)) {
-    const bool isPlain = c < 0 || text::IsDigit(static_cast<char16_t>(c)) || (c >= 'a' && c <= 'z') ||
-                         (c >= 'A' && c <= 'Z') || (c == ' ' && !text.empty() && text.back() != ' ');
-    text += isPlain ? std::string(1, c) : "#" + Number(static_cast<unsigned char>(c)) + ";";
-  }
-  return text.empty() ? "#160;" : text;
 }
 
 // "3,5,8" of the numbers that are chosen; empty when none is.
@@ -97,12 +80,12 @@ void WriteCircle(const TGraph& graph, const std::vector<std::size_t>& circle, TJ
 
 void WriteDot(const TGraph& graph, const TGraphPut& put) {
   const std::vector<std::string> names = DotNames(graph);
-  put("digraph \"" + DotText(text::ExtractFileName(graph.Solution)) +
+  put("digraph \"" + DotText(Shown(text::ExtractFileName(graph.Solution))) +
       "\" {\n  node [shape=box, style=rounded, fontname=\"sans-serif\"];\n");
   for (std::size_t i = 0; i < names.size(); ++i) {
     const TGraphNode& node = graph.Nodes[i];
-    put("  " + names[i] + " [label=\"" + DotLabel(NameOf(node) + RemarkOn(node)) + "\", tooltip=\"" +
-        DotLabel(node.Path.empty() ? node.Id : node.Path) + "\"" + std::string(DotStyleOf(node.Kind)) +
+    put("  " + names[i] + " [label=\"" + DotLabel(Shown(NameOf(node) + RemarkOn(node))) + "\", tooltip=\"" +
+        DotLabel(Shown(node.Path.empty() ? node.Id : node.Path)) + "\"" + std::string(DotStyleOf(node.Kind)) +
         "];\n");
   }
   for (std::size_t i = 0; i < names.size(); ++i)
@@ -116,7 +99,8 @@ void WriteMermaid(const TGraph& graph, const TGraphPut& put) {
   put("flowchart TD\n");
   TMermaidList missing("n");
   for (std::size_t i = 0; i < graph.Nodes.size(); ++i) {
-    put("  n" + Number(i) + "(\"" + MermaidText(NameOf(graph.Nodes[i]) + RemarkOn(graph.Nodes[i])) + "\")\n");
+    put("  n" + Number(i) + "(\"" + MermaidText(Shown(NameOf(graph.Nodes[i]) + RemarkOn(graph.Nodes[i]))) +
+        "\")\n");
     if (graph.Nodes[i].Kind != TGraphNodeKind::Project) missing.Add(i);
   }
   TMermaidList circles("");

@@ -149,6 +149,9 @@ void DefineHistory(CLI::App& command, const TCommonOptions& common, int& exitCod
     const TQuestion* question = &Questions.front();
     for (const TQuestion& other : Questions)
       if (command.get_subcommand(other.Name)->parsed()) question = &other;
+    // What "history" itself takes is taken behind each question.
+    if (!question->HasLast && arguments->Last > 0)
+      throw EUsage(u"\"kxhost history " + text::FromAscii(question->Name) + u"\" has no option --last.");
     exitCode = Answer(*question, *arguments, common);
   });
 }

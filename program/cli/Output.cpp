@@ -71,6 +71,10 @@ void PrintCommand(const TCiCommand& command) {
   platform::WriteConsole(ConsoleStream::Output, std::string(command.Line()) + "\n");
 }
 
+void PrintAnswer(std::string_view line) {
+  platform::WriteConsole(ConsoleStream::Error, line);
+}
+
 void TOutput::Write(std::string_view utf8) {
   buffer_ += utf8;
   if (buffer_.size() >= PieceSize) Flush();

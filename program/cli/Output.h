@@ -27,6 +27,9 @@ void MaskOutput(std::shared_ptr<const TSecretMask> secrets);
 void GuardForCi();
 void PrintCommand(const TCiCommand& command);
 
+// On standard error as it stands: for a program that has asked for it, not for people.
+void PrintAnswer(std::string_view line);
+
 // Output in large pieces, to standard output unless said otherwise; what is left is written at the end.
 class TOutput {
 public:

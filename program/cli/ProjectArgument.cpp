@@ -24,6 +24,11 @@ std::vector<std::u16string> ProjectsOf(const std::u16string& folder) {
   return names;
 }
 
+bool CanBeFile(const std::u16string& word) {
+  return text::EndsWithIgnoreCase(word, u".kxproj") || word.find_first_of(u"/\\") != word.npos ||
+         platform::FileExists(word) || platform::DirectoryExists(word);
+}
+
 std::u16string OnlyProject() {
   const std::u16string folder = platform::CurrentDirectory();
   const auto names = ProjectsOf(folder);
@@ -39,6 +44,21 @@ std::u16string OnlyProject() {
 void DefineProject(CLI::App& command, std::optional<std::string>& file) {
   command.add_option("PROJECT", file,
                      "The build project (*.kxproj); may be left out where the current folder holds only one");
+}
+
+void DefineProjectAndNames(CLI::App& command, TProjectSelection& selection) {
+  DefineProject(command, selection.File);
+  command.add_option("NAME", selection.Names,
+                     "Only these actions and groups of the project, and what they need");
+}
+
+std::u16string RequireProject(TProjectSelection& selection) {
+  if (selection.File && !CanBeFile(text::FromUtf8(*selection.File)) &&
+      ProjectsOf(platform::CurrentDirectory()).size() == 1) {
+    selection.Names.insert(selection.Names.begin(), *std::move(selection.File));
+    selection.File.reset();
+  }
+  return RequireProject(selection.File);
 }
 
 std::u16string RequireProject(const std::optional<std::string>& file) {

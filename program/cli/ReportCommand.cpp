@@ -8,9 +8,11 @@
 #include "program/cli/RunOutputs.h"
 #include "program/cli/Usage.h"
 #include "program/report/JsonLinesReader.h"
+#include "program/report/RunMerge.h"
 
 #include <CLI/CLI.hpp>
 
+#include <cstdint>
 #include <memory>
 
 namespace kx::cli {
@@ -58,12 +60,15 @@ int ReportLogs(const TReportArguments& arguments, const TCommonOptions& common) 
     reports.ForEachSink([&event](IRunEventSink& sink) { sink.On(event); });
     console.On(event);
   };
-  TRunLogs runs;
+  TRunMerge runs;
+  std::int64_t messages = 0;
   for (const auto& log : logs) {
-    if (const auto read = runs.Read(log, tell); !read) {
-      WriteError(u"kxhost: " + read.Message());
+    auto run = ReadRunLog(log, messages, tell);
+    if (!run) {
+      WriteError(u"kxhost: " + run.Message());
       return ExitInvalid;
     }
+    runs.Add(*std::move(run));
   }
   const TRunReport report = runs.Take();
   tell({report.Began + report.Elapsed, 0, TRunEnded{report}, report.Counts});

@@ -8,8 +8,11 @@
 #include "program/cli/CommonOptions.h"
 #include "program/cli/HostSession.h"
 #include "program/cli/Output.h"
+#include "program/cli/PartArguments.h"
+#include "program/cli/PartRun.h"
 #include "program/cli/ProjectArgument.h"
 #include "program/cli/RunArguments.h"
+#include "program/cli/RunParts.h"
 #include "program/cli/RunProject.h"
 #include "program/cli/SecretArguments.h"
 #include "program/cli/Usage.h"
@@ -30,23 +33,29 @@ namespace kx::cli {
 namespace {
 
 struct TProjectArguments {
-  std::optional<std::string> File;
+  TProjectSelection Project;
   TRunArguments Run;
   bool NoSave = false;
+  TPartsArguments Parts;
+  std::optional<std::string> Part;
+  bool TakesParts = false; // from standard input
+
+  bool IsOfParts() const { return Part || TakesParts; }
 };
 
 // A project file with the host that runs it.
 class TOpenProject {
 public:
-  TOpenProject(const TProjectArguments& arguments, THostSession& session, bool dryRun = false)
+  TOpenProject(TProjectArguments& arguments, THostSession& session, bool dryRun = false)
       : secrets_(TakeSecrets(arguments.Run.Secrets, session)),
         runner_(session.Services(), session.Stop(), Settings(arguments, session, dryRun)),
         file_(runner_.Project()) {
-    file_.Load(text::ExpandPath(RequireProject(arguments.File), platform::CurrentDirectory()));
+    file_.Load(text::ExpandPath(RequireProject(arguments.Project), platform::CurrentDirectory()));
     GiveSecrets(secrets_, runner_.Project(), &file_);
   }
   TProjectRunner& Runner() { return runner_; }
   TProjectFile& File() { return file_; }
+  const TGivenSecrets& Secrets() const { return secrets_; }
 
 private:
   TRunSettings Settings(const TProjectArguments& arguments, const THostSession& session, bool dryRun) const {
@@ -61,15 +70,25 @@ private:
   TProjectFile file_;
 };
 
-int RunFile(const TProjectArguments& arguments, const TCommonOptions& common) {
+int RunAsTold(TOpenProject& project, THostSession& session, const TProjectArguments& arguments,
+              const TCommonOptions& common) {
+  TProjectRunner& runner = project.Runner();
+  if (arguments.TakesParts) return TakeParts(runner, session, common);
+  if (arguments.Part) return RunPart(runner, session, common, text::FromUtf8(*arguments.Part));
+  return RunActions(runner, session, common, arguments.Run, project.Secrets(), arguments.Project.Names,
+                    arguments.Parts);
+}
+
+int RunFile(TProjectArguments& arguments, const TCommonOptions& common) {
   THostSession session(common);
   TOpenProject project(arguments, session, common.DryRun);
-  if (!arguments.NoSave) project.Runner().StoreIn(project.File());
-  const int exitCode = RunProject(project.Runner(), session, common, arguments.Run.Gates);
+  const bool saves = !arguments.NoSave && !arguments.IsOfParts() && !common.DryRun;
+  if (saves) project.Runner().StoreIn(project.File());
+  const int exitCode = RunAsTold(project, session, arguments, common);
   if (common.DryRun) return exitCode;
   const platform::SaveScope save; // of both, or of neither
   session.SaveOptions();
-  if (arguments.NoSave) return exitCode;
+  if (!saves) return exitCode;
   const auto saved = project.File().Save(session.Store().Patience);
   if (saved) return exitCode;
   WriteError(u"Changed properties could not be saved. " + saved.Message());
@@ -104,7 +123,7 @@ std::string LineOf(const TValidationEntry& entry, const TActionNames& names) {
   return ForTerminal(names.Of(entry) + u": " + entry.Page + u": " + entry.Message) + "\n";
 }
 
-int ValidateFile(const TProjectArguments& arguments, const TCommonOptions& common) {
+int ValidateFile(TProjectArguments& arguments, const TCommonOptions& common) {
   THostSession session(common);
   TOpenProject project(arguments, session);
   const auto entries = project.Runner().Validate();
@@ -123,18 +142,26 @@ int ValidateFile(const TProjectArguments& arguments, const TCommonOptions& commo
 
 void DefineRun(CLI::App& command, const TCommonOptions& common, int& exitCode) {
   const auto arguments = std::make_shared<TProjectArguments>();
-  DefineProject(command, arguments->File);
+  DefineProjectAndNames(command, arguments->Project);
   DefineRunArguments(command, arguments->Run);
   DefineGates(command, arguments->Run.Gates);
   DefineSecrets(command, arguments->Run.Secrets);
   command.add_flag("--no-save", arguments->NoSave,
                    "Do not write incremented version numbers back into the project file");
+  DefineParts(command, arguments->Parts);
+  command
+      .add_option(
+          "--part", arguments->Part,
+          "Run one part by its id (kxhost plan lists them), not what it needs; nothing is counted up, "
+          "saved or remembered")
+      ->type_name("ID");
+  command.add_flag(TakesParts, arguments->TakesParts)->group(""); // what a run starts to run its parts
   command.callback([arguments, &common, &exitCode] { exitCode = RunFile(*arguments, common); });
 }
 
 void DefineValidate(CLI::App& command, const TCommonOptions& common, int& exitCode) {
   const auto arguments = std::make_shared<TProjectArguments>();
-  DefineProject(command, arguments->File);
+  DefineProject(command, arguments->Project.File);
   DefineVariables(command, arguments->Run.Variables);
   DefineSecrets(command, arguments->Run.Secrets);
   command.callback([arguments, &common, &exitCode] { exitCode = ValidateFile(*arguments, common); });

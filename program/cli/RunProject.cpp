@@ -17,6 +17,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <vector>
 
 namespace kx::cli {
 
@@ -42,34 +43,59 @@ std::u16string TitleOf(TProjectRunner& runner) {
   return project.FileName.empty() ? u"kxhost" : text::ExtractFileName(project.FileName);
 }
 
-// Only a terminal shows them.
+// The sinks hear of a runner while this lives.
+class TListeningScope {
+public:
+  TListeningScope(TProjectRunner& runner, std::span<IRunEventSink* const> sinks)
+      : runner_(runner), sinks_(sinks) {
+    for (IRunEventSink* sink : sinks_)
+      runner_.AddSink(*sink);
+  }
+  ~TListeningScope() {
+    for (IRunEventSink* sink : sinks_)
+      runner_.RemoveSink(*sink);
+  }
+  TListeningScope(const TListeningScope&) = delete;
+  TListeningScope& operator=(const TListeningScope&) = delete;
+
+private:
+  TProjectRunner& runner_;
+  std::span<IRunEventSink* const> sinks_;
+};
+
+} // namespace
+
+TRunReport RunHere(TProjectRunner& runner, std::span<IRunEventSink* const> sinks) {
+  const TListeningScope listening(runner, sinks);
+  return runner.Run();
+}
+
 history::TUsualTimes UsualTimes(TProjectRunner& runner, const TCommonOptions& options) {
   if (!CanSteerTerminal()) return {};
   return history::ReadUsualTimes(HistoryOf(options).FileFor(runner.Project().FileName));
 }
 
-} // namespace
-
 int RunProject(TProjectRunner& runner, THostSession& session, const TCommonOptions& options,
-               const TGateArguments& gateArguments) {
+               const TGateArguments& gateArguments, const TRunWay& way) {
   const TGates gates(gateArguments, runner.Project().Gates);
   RequireHarmlessOutput(options, gates,
                         {runner.Project().FileName, session.Store().FileName(), session.KeyFile()},
                         [&runner](std::u16string_view file) { return IsChangedByRun(runner, file); });
   const auto log = OpenLog(options);
-  if (log) runner.AddSink(*log);
+  std::vector<IRunEventSink*> sinks;
+  if (log) sinks.push_back(log.get());
   TReports reports(options, TitleOf(runner));
-  reports.ForEachSink([&runner](IRunEventSink& sink) { runner.AddSink(sink); });
+  reports.ForEachSink([&sinks](IRunEventSink& sink) { sinks.push_back(&sink); });
   history::TRunRecorder history(HistoryOf(options), runner.Project().FileName);
-  runner.AddSink(history);
+  sinks.push_back(&history);
   if (options.DryRun) Print("Dry run: no tool is started and no file is changed.\n\n");
   const platform::InterruptHandler interrupts(session.Stop()); // what the run leaves is written in any case
   TRunReport report;
   {
     TConsoleSink console(options.Verbosity, ChoosePalette(options.Color), ChooseCiDialect(options.Ci),
                          UsualTimes(runner, options));
-    runner.AddSink(console);
-    report = runner.Run();
+    sinks.push_back(&console);
+    report = way ? way(sinks, console) : RunHere(runner, sinks);
   }
   if (const std::u16string trouble = history.Finish(report); !trouble.empty()) WriteError(trouble);
   return EndRun(report, reports, log.get(), gates, options);

@@ -56,6 +56,12 @@ std::vector<std::u16string> ReadInput(std::size_t count) {
   return {lines.begin(), lines.end()};
 }
 
+std::u16string ValueOf(const std::u16string& variable) {
+  std::u16string value = platform::EnvironmentVariable(variable).value_or(u"");
+  if (variable.starts_with(PassedSecret)) platform::ForgetEnvironmentVariable(variable);
+  return value;
+}
+
 void TakeFromInput(std::vector<TGivenSecret*> wanted) {
   if (wanted.empty()) return;
   if (platform::IsInputTerminal()) {
@@ -117,7 +123,7 @@ TGivenSecrets TakeSecrets(const std::vector<TSecretArgument>& arguments, const T
     if (variable.empty())
       fromInput.push_back(&secrets.back());
     else
-      secrets.back().Value = platform::EnvironmentVariable(variable).value_or(u"");
+      secrets.back().Value = ValueOf(variable);
   }
   TakeFromInput(fromInput);
   for (std::size_t i = 0; i < secrets.size(); ++i) {

@@ -9,12 +9,17 @@
 #include "program/runner/ProjectFile.h"
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace kx::cli {
 
 // --secret and --set-secret of a command.
 void DefineSecrets(CLI::App& command, std::vector<TSecretArgument>& arguments);
+
+// How the variables begin by which a run hands a secret to the processes of its parts. No other program gets
+// them: a process that has read one forgets it.
+inline constexpr std::u16string_view PassedSecret = u"KX_SECRET_";
 
 struct TGivenSecret {
   bool IsVariable; // else a property

@@ -96,14 +96,25 @@ void TStatusLine::Print(std::string_view text) {
   cli::Print(all);
 }
 
-void TStatusLine::Push(TUnderWay what) {
+std::size_t TStatusLine::Push(TUnderWay what) {
   const std::scoped_lock lock(mutex_);
-  entries_.push_back({std::move(what), TClock::now()});
+  entries_.push_back({std::move(what), TClock::now(), ++pushed_});
+  return pushed_;
 }
 
 void TStatusLine::Pop() {
   const std::scoped_lock lock(mutex_);
   if (!entries_.empty()) entries_.pop_back();
+}
+
+void TStatusLine::Remove(std::size_t key) {
+  const std::scoped_lock lock(mutex_);
+  std::erase_if(entries_, [key](const TEntry& entry) { return entry.Key == key; });
+}
+
+void TStatusLine::SetProgress(std::string text) {
+  const std::scoped_lock lock(mutex_);
+  progress_ = std::move(text);
 }
 
 void TStatusLine::SetCounts(const TProblemCounts& counts) {
@@ -134,6 +145,7 @@ TStatusLine::TLine TStatusLine::ShortLine(std::size_t columns) const {
   const auto told = std::find_if(entries_.rbegin(), entries_.rend(),
                                  [](const TEntry& entry) { return !entry.What.Progress.empty(); });
   std::string text = Clock(std::chrono::duration_cast<milliseconds>(TClock::now() - start_));
+  if (!progress_.empty()) text += "  " + progress_;
   if (told != entries_.rend()) text += "  " + told->What.Progress;
   text += "  " + entries_.back().What.Title + Counts(TPalette(false));
   const auto [shown, used] = Cut(text, columns);
@@ -164,7 +176,7 @@ TStatusLine::TLine TStatusLine::SumLine(std::size_t columns) const {
     head = Bar(elapsed, *usual_) + "  ";
     used = BarColumns + 2;
   }
-  const std::string time = TimeText(elapsed, usual_);
+  const std::string time = TimeText(elapsed, usual_) + (progress_.empty() ? "" : "  " + progress_);
   const std::size_t counts = Counts(TPalette(false)).size();
   used += time.size() + counts;
   return {head + palette_.Dim(time) + Counts(palette_), std::min(used, columns)};
@@ -173,10 +185,12 @@ TStatusLine::TLine TStatusLine::SumLine(std::size_t columns) const {
 std::vector<TStatusLine::TLine> TStatusLine::Lines(std::size_t columns, std::size_t rows) const {
   if (columns + 1 < FewestColumns || rows < FewestRows) return {ShortLine(columns)};
   const std::size_t width = std::min(columns, WidestLine);
-  const std::size_t first = entries_.size() - std::min(entries_.size(), MostEntries);
+  const bool areSideBySide = !progress_.empty();
+  const std::size_t most = areSideBySide ? rows / 2 : MostEntries;
+  const std::size_t first = entries_.size() - std::min(entries_.size(), most);
   std::vector<TLine> lines;
   for (std::size_t i = first; i < entries_.size(); ++i)
-    lines.push_back(EntryLine(entries_[i], (i - first) * 2, width));
+    lines.push_back(EntryLine(entries_[i], areSideBySide ? 0 : (i - first) * 2, width));
   lines.push_back(SumLine(width));
   return lines;
 }

@@ -36,8 +36,11 @@ public:
   TStatusLine& operator=(const TStatusLine&) = delete;
 
   void Print(std::string_view text);
-  void Push(TUnderWay what);
-  void Pop();
+  std::size_t Push(TUnderWay what); // gives what Remove takes
+  void Pop();                       // the innermost
+  void Remove(std::size_t key);     // of several that run side by side
+  // How far the run has come as a whole, "12 of 40 parts"; what is under way runs side by side from then on.
+  void SetProgress(std::string text);
   void SetCounts(const TProblemCounts& counts);
 
 private:
@@ -45,6 +48,7 @@ private:
   struct TEntry {
     TUnderWay What;
     TClock::time_point Since;
+    std::size_t Key;
   };
   // As it stands on the terminal; what is painted takes no columns.
   struct TLine {
@@ -71,6 +75,8 @@ private:
   std::vector<std::size_t> drawn_; // the columns of the lines that stand there
   TClock::time_point drawnAt_;
   std::vector<TEntry> entries_; // the innermost last
+  std::size_t pushed_ = 0;      // so far
+  std::string progress_;
   TProblemCounts counts_;
   std::thread thread_;
 };

@@ -45,6 +45,18 @@ TGraph Sample() {
   return graph;
 }
 
+TEST(Graph, IsWrittenForPrograms) {
+  TGraph graph = Sample();
+  graph.Nodes.resize(2);
+  graph.Nodes[0].Needs = {{1, 4}};
+  graph.Nodes[1].Needs = {{0, 0}};
+  graph.Circles = {{0, 1}};
+  EXPECT_EQ(
+      Drawn(graph, WriteGraphJson),
+      R"({"solution":"/src/A \"b\".sln","projects":[{"order":null,"name":"A\" \\N <&>\n","id":"{\"\\}","path":"a\\b.csproj","exists":true,"needs":["{B}"]},{"order":7,"name":"1. `é`","id":"{B}","path":"b","exists":false,"needs":["{\"\\}"]}],"unknown":[],"circles":[[{"id":"{\"\\}","line":4},{"id":"{B}","line":null}]]}
+)");
+}
+
 TEST(Graph, IsWrittenForOthersToDrawWhateverProjectsAreCalled) {
   EXPECT_EQ(Drawn(Sample(), WriteDot),
             R"dot(digraph "A \"b\".sln" {

@@ -1,0 +1,188 @@
+#include "program/parts/Resume.h"
+
+#include "foundation/platform/FileTree.h"
+#include "foundation/text/Encoding.h"
+#include "foundation/text/Hash.h"
+#include "foundation/text/Text.h"
+#include "foundation/text/WindowsPath.h"
+#include "program/runner/References.h"
+#include "program/runner/Variables.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <utility>
+
+namespace kx {
+
+namespace {
+
+using TTime = std::chrono::system_clock::time_point;
+
+// What a working copy keeps for itself.
+constexpr std::array<std::u16string_view, 3> NoSources{u".git", u".svn", u".hg"};
+
+bool IsProjectFile(std::u16string_view file) {
+  return text::EndsWithIgnoreCase(file, u"proj");
+}
+
+// The folders of the projects, those within others left out.
+std::vector<std::u16string> SourceFolders(const TPart& part) {
+  std::set<std::u16string, text::IgnoreCaseLess> folders;
+  for (const auto& input : *part.Inputs)
+    if (IsProjectFile(input)) folders.insert(text::ExtractFileDir(input));
+  std::vector<std::u16string> outermost;
+  for (const auto& folder : folders) // one that holds others stands in front of them
+    if (outermost.empty() ||
+        !text::StartsWithIgnoreCase(folder, text::IncludeTrailingPathDelimiter(outermost.back())))
+      outermost.push_back(folder);
+  return outermost;
+}
+
+struct TFileState {
+  std::uint64_t Size;
+  TTime Changed;
+  friend bool operator==(const TFileState&, const TFileState&) = default;
+};
+using TFiles = std::map<std::u16string, TFileState>;
+
+// Nothing when one cannot be looked at.
+std::optional<TFiles> FilesOf(const TPart& part) {
+  TFiles files;
+  const auto take = [&files](const platform::FileStamp& stamp) {
+    files.insert_or_assign(stamp.Path, TFileState{stamp.Size, stamp.Changed});
+  };
+  for (const auto& folder : SourceFolders(part)) {
+    const auto found = platform::ListFileTree(folder, NoSources);
+    if (!found) return std::nullopt;
+    std::ranges::for_each(*found, take);
+  }
+  for (const auto& input : *part.Inputs) {
+    const auto stamp = platform::StampOfFile(input);
+    if (!stamp) return std::nullopt;
+    take(*stamp);
+  }
+  return files;
+}
+
+// A file that was read, with its size and time, or one that the part wrote itself.
+std::u16string LineOf(const std::u16string& path, const TFileState& state, bool isWritten) {
+  if (isWritten) return u"+" + path + u"\n";
+  const std::int64_t time = state.Changed.time_since_epoch().count();
+  return u"=" + text::FromInteger(static_cast<std::int64_t>(state.Size)) + u" " + text::FromInteger(time) +
+         u" " + path + u"\n";
+}
+
+// Everything that a run could take from outside of an action: one line each.
+class TSettingsText {
+public:
+  explicit TSettingsText(const TProject& project) : project_(project) {
+    for (const auto& variable : project.Variables)
+      Add(variable.Name, variable.Value);
+    for (const auto& set : project.PropertySets.All())
+      for (const auto& [name, value] : set->Values())
+        Add(set->GetName() + u"." + name, value);
+  }
+
+  void Add(const TActionNode& node) {
+    Add(u"action", node.Type().Identifier);
+    Add(u"condition", node.Terms().Condition);
+    for (const auto* property : node.Properties())
+      if (property->Stored) Add(property->Name, PropertyToText(*property, property->Get(node.Action())));
+    for (const auto& child : node.Children())
+      Add(*child);
+  }
+
+  void Add(std::u16string_view name, std::u16string_view value) {
+    text_.append(name).append(u"=").append(value).append(u"\n");
+    for (const auto& part : SplitReferences(std::u16string(value)))
+      if (part.Reference) Take(*part.Reference);
+  }
+
+  std::u16string Text() && {
+    // A function may ask any other action.
+    if (hasCall_)
+      for (const auto& node : project_.Actions())
+        Add(*node);
+    return std::move(text_);
+  }
+
+private:
+  void Take(const TReference& reference) {
+    hasCall_ = hasCall_ || reference.IsCall;
+    if (const auto value = TVariables::FindInEnvironment(reference.Name))
+      text_.append(reference.Name).append(u" ").append(*value).append(u"\n");
+  }
+
+  const TProject& project_;
+  std::u16string text_;
+  bool hasCall_ = false;
+};
+
+} // namespace
+
+TResume::TResume(const TProject& project, const TPlan& plan, std::u16string more)
+    : project_(project), plan_(plan), more_(std::move(more)) {}
+
+std::u16string TResume::SettingsOf(const TPart& part) const {
+  TSettingsText settings(project_);
+  settings.Add(*project_.Actions()[part.Place]);
+  settings.Add(u"pass", part.PassValue);
+  settings.Add(u"", more_);
+  return text::FromInteger(static_cast<std::int64_t>(text::StableHash(std::move(settings).Text()))) + u"\n";
+}
+
+std::set<std::size_t> TResume::MayPassOver(const history::TPassedParts& known) const {
+  std::set<std::size_t> passed;
+  for (const std::size_t part : InOrder(plan_)) {
+    const auto state = known.find(plan_.Parts[part].Id);
+    const bool needsAre = std::ranges::all_of(plan_.Parts[part].Needs,
+                                              [&](const auto& need) { return passed.contains(need.Action); });
+    if (needsAre && state != known.end() && IsUnchanged(plan_.Parts[part], text::FromUtf8(state->second)))
+      passed.insert(part);
+  }
+  return passed;
+}
+
+bool TResume::IsUnchanged(const TPart& part, const std::u16string& state) const {
+  const auto files = FilesOf(part);
+  if (!files) return false;
+  std::u16string now = SettingsOf(part);
+  for (const auto& [path, file] : *files) {
+    const std::u16string written = LineOf(path, file, true);
+    const bool wasWritten = state.find(u"\n" + written) != state.npos;
+    now += wasWritten ? written : LineOf(path, file, false);
+  }
+  return now == state;
+}
+
+// Nothing for what may have changed behind the part.
+std::optional<std::u16string> TResume::StateOf(const TPart& part, const TPartResult& result) const {
+  const auto files = FilesOf(part);
+  if (!files) return std::nullopt;
+  std::u16string state = SettingsOf(part);
+  for (const auto& [path, file] : *files) {
+    if (file.Changed > result.Ended) return std::nullopt;
+    state += LineOf(path, file, file.Changed >= result.Began);
+  }
+  return state;
+}
+
+history::TPassedParts TResume::Remember(const std::vector<TPartResult>& results,
+                                        const std::set<std::size_t>& passedOver,
+                                        const history::TPassedParts& known) const {
+  history::TPassedParts parts;
+  for (std::size_t i = 0; i < results.size(); ++i) {
+    const TPart& part = plan_.Parts[i];
+    if (passedOver.contains(i)) {
+      parts.insert(*known.find(part.Id));
+    } else if (results[i].Kind && IsSuccess(*results[i].Kind)) {
+      if (const auto state = StateOf(part, results[i])) parts.emplace(part.Id, text::ToUtf8(*state));
+    }
+  }
+  return parts;
+}
+
+} // namespace kx

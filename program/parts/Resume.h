@@ -1,0 +1,51 @@
+// Which parts of a plan need not run again.
+#pragma once
+
+#include "program/history/PassedParts.h"
+#include "program/plan/Plan.h"
+#include "program/runner/Project.h"
+#include "program/runner/Results.h"
+
+#include <chrono>
+#include <cstddef>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace kx {
+
+// What became of a part of a plan.
+struct TPartResult {
+  std::optional<TResultKind> Kind = {}; // nothing: it has not run
+  std::chrono::system_clock::time_point Began = {};
+  std::chrono::system_clock::time_point Ended = {};
+};
+
+// A part may be passed over when it succeeded, what it needs is passed over, and it would be made of the
+// same: its action and all that the action refers to (variables, property sets, options, the environment),
+// the files that it reads, and all files of the folders of its projects. What it has written itself must be
+// there still. A file that has changed since, or come anew, makes it run: so what other parts write into
+// those folders behind it does that, too.
+class TResume {
+public:
+  // `more` is what else a run depends on: its options. Project and plan outlive this.
+  TResume(const TProject& project, const TPlan& plan, std::u16string more);
+
+  std::set<std::size_t> MayPassOver(const history::TPassedParts& known) const;
+  // What a later run is to know; `passedOver` have their state of before.
+  history::TPassedParts Remember(const std::vector<TPartResult>& results,
+                                 const std::set<std::size_t>& passedOver,
+                                 const history::TPassedParts& known) const;
+
+private:
+  std::u16string SettingsOf(const TPart& part) const;
+  bool IsUnchanged(const TPart& part, const std::u16string& state) const;
+  std::optional<std::u16string> StateOf(const TPart& part, const TPartResult& result) const;
+
+  const TProject& project_;
+  const TPlan& plan_;
+  const std::u16string more_;
+};
+
+} // namespace kx
