@@ -22,7 +22,7 @@ constexpr std::int64_t Application = 0x6B784869;   // "kxHi", in the head of eac
 // is known what a run has fixed, and what belongs to no run any more. Times are in milliseconds, results
 // those of TResultKind, severities those of TFindingSeverity, "tests" and "findings" of a run as in
 // Outcomes.h.
-constexpr std::array<const char*, 1> Steps{R"(
+constexpr std::array<const char*, 2> Steps{R"(
   CREATE TABLE runs(
     run INTEGER PRIMARY KEY, began INTEGER NOT NULL, result INTEGER NOT NULL, elapsed INTEGER NOT NULL,
     errors INTEGER NOT NULL, warnings INTEGER NOT NULL,
@@ -48,11 +48,15 @@ constexpr std::array<const char*, 1> Steps{R"(
     message TEXT NOT NULL, file TEXT NOT NULL, line INTEGER NOT NULL, "column" INTEGER NOT NULL,
     code TEXT NOT NULL, project TEXT NOT NULL, configuration TEXT NOT NULL, action TEXT NOT NULL,
     advice TEXT NOT NULL, since_run INTEGER NOT NULL, since INTEGER NOT NULL, last_run INTEGER NOT NULL);
+)",
+                                           R"(
+  CREATE TABLE passed(part TEXT PRIMARY KEY, state BLOB NOT NULL) WITHOUT ROWID;
 )"};
 
+// In this order: another run may make the file between the two questions, its tables and its mark at once.
 void RequireOwn(TDatabase& database) {
-  if (database.Integer("PRAGMA application_id") == Application) return;
   if (database.Integer("SELECT count(*) FROM sqlite_master") == 0) return; // a new one
+  if (database.Integer("PRAGMA application_id") == Application) return;
   throw EKxException(u"It is a database of another program.");
 }
 

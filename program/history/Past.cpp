@@ -11,17 +11,12 @@ namespace {
 // The numbers of the runs, oldest first; the past gets what became of them.
 std::vector<TNumber> ReadRuns(TDatabase& database, TPast& past) {
   std::vector<TNumber> numbers;
-  TStatement rows = database.Prepare("SELECT run, began, result, elapsed, errors, warnings, passed, failed, "
-                                     "not_run, commit_id FROM runs ORDER BY run DESC LIMIT ?");
+  TStatement rows =
+      database.Prepare("SELECT run, " + std::string(PastRunColumns) + " FROM runs ORDER BY run DESC LIMIT ?");
   rows.With(std::int64_t{RunsOfPast});
   while (rows.Next()) {
     numbers.push_back(rows.Integer(0));
-    past.Runs.push_back({TimeOf(rows.Integer(1)),
-                         static_cast<TResultKind>(rows.Integer(2)),
-                         std::chrono::milliseconds(rows.Integer(3)),
-                         {rows.Integer(4), rows.Integer(5)},
-                         {rows.Integer(6), rows.Integer(7), rows.Integer(8)},
-                         rows.Text(9)});
+    past.Runs.push_back(MakePastRun(rows, 1));
   }
   std::ranges::reverse(numbers);
   std::ranges::reverse(past.Runs);
@@ -77,6 +72,15 @@ std::chrono::system_clock::time_point TimeOf(std::int64_t milliseconds) {
 
 bool IsComplete(const TRunReport& report) {
   return report.Result != TResultKind::Stopped && !report.NothingExecuted && report.MoreFindings == 0;
+}
+
+TPastRun MakePastRun(const TStatement& row, int first) {
+  return {TimeOf(row.Integer(first)),
+          static_cast<TResultKind>(row.Integer(first + 1)),
+          std::chrono::milliseconds(row.Integer(first + 2)),
+          {row.Integer(first + 3), row.Integer(first + 4)},
+          {row.Integer(first + 5), row.Integer(first + 6), row.Integer(first + 7)},
+          row.Text(first + 8)};
 }
 
 TFinding MakeFinding(const TStatement& row, int first) {

@@ -21,6 +21,11 @@ bool IsComplete(const TRunReport& report);
 TPast ReadPast(TDatabase& database, const TRunReport& report,
                const std::map<std::u16string, TTestOutcome>& tests);
 
+// The columns that MakePastRun reads, from the given one on; so below.
+inline constexpr const char* PastRunColumns =
+    "began, result, elapsed, errors, warnings, passed, failed, not_run, commit_id";
+TPastRun MakePastRun(const TStatement& row, int first);
+
 // The columns that MakeFinding reads, from the given one on.
 inline constexpr const char* FindingColumns = "fingerprint, rule, severity, message, file, line, \"column\", "
                                               "code, project, configuration, action, advice";

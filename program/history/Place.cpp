@@ -2,6 +2,7 @@
 
 #include "foundation/platform/Files.h"
 #include "foundation/platform/System.h"
+#include "foundation/text/Hash.h"
 #include "foundation/text/Text.h"
 #include "foundation/text/WindowsPath.h"
 
@@ -13,11 +14,8 @@ namespace kx::history {
 
 namespace {
 
-// FNV-1a: the file keeps its name, whatever the compiler's own hash is.
 std::u16string Hashed(std::u16string_view text) {
-  std::uint64_t hash = 14695981039346656037U;
-  for (const char16_t unit : text)
-    hash = (hash ^ unit) * 1099511628211U;
+  const std::uint64_t hash = text::StableHash(text);
   std::u16string digits;
   for (int shift = 60; shift >= 0; shift -= 4)
     digits += u"0123456789abcdef"[(hash >> shift) & 0xFU];

@@ -89,22 +89,14 @@ struct TTestTally {
   }
 };
 
-TRememberedRun MakeRun(const TStatement& row) {
-  return {row.Integer(0),
-          {TimeOf(row.Integer(1)),
-           static_cast<TResultKind>(row.Integer(2)),
-           std::chrono::milliseconds(row.Integer(3)),
-           {row.Integer(4), row.Integer(5)},
-           {row.Integer(6), row.Integer(7), row.Integer(8)},
-           row.Text(9)},
-          row.Text(10),
-          row.Integer(11),
-          row.Integer(12)};
+std::string RunColumns() {
+  return "run, branch, new_findings, fixed_findings, " + std::string(PastRunColumns);
 }
-
-constexpr const char* RunColumns = "run, began, result, elapsed, errors, warnings, passed, failed, not_run, "
-                                   "commit_id, branch, new_findings, fixed_findings";
 constexpr int RunColumnCount = 13;
+
+TRememberedRun MakeRun(const TStatement& row) {
+  return {row.Integer(0), MakePastRun(row, 4), row.Text(1), row.Integer(2), row.Integer(3)};
+}
 
 } // namespace
 
@@ -135,8 +127,7 @@ TNumber THistory::FirstOf(std::int64_t last) {
 }
 
 std::vector<TRememberedRun> THistory::Runs(std::int64_t last) {
-  TStatement rows =
-      database_.Prepare("SELECT " + std::string(RunColumns) + " FROM runs WHERE run >= ? ORDER BY run");
+  TStatement rows = database_.Prepare("SELECT " + RunColumns() + " FROM runs WHERE run >= ? ORDER BY run");
   rows.With(FirstOf(last));
   std::vector<TRememberedRun> runs;
   while (rows.Next())
@@ -186,7 +177,7 @@ void THistory::ReadMetrics(TRememberedDetails& details) {
 }
 
 std::optional<TRememberedDetails> THistory::Details(TNumber run) {
-  TStatement row = database_.Prepare("SELECT " + std::string(RunColumns) +
+  TStatement row = database_.Prepare("SELECT " + RunColumns() +
                                      ", machine, system, command_line, tools FROM runs WHERE run = ?");
   if (!row.With(run).Next()) return std::nullopt;
   TRememberedDetails details{.Run = MakeRun(row)};
@@ -212,8 +203,9 @@ std::vector<TTestHistory> THistory::Tests(std::int64_t last) {
     const auto run = std::ranges::lower_bound(runs, rows.Integer(0), {}, &TRememberedRun::Number);
     if (run == runs.end()) break;
     const auto place = static_cast<std::size_t>(run - runs.begin());
-    UnpackTests(rows.Bytes(1),
-                [&](TNumber test, const TTestOutcome& outcome) { tallies[test].Take(outcome, place, runs); });
+    UnpackTests(rows.Bytes(1), [&](TNumber test, const TTestOutcome& outcome) {
+      tallies[static_cast<std::size_t>(test)].Take(outcome, place, runs);
+    });
   }
   std::vector<TTestHistory> tests;
   TStatement names = database_.Prepare("SELECT id, name FROM tests");

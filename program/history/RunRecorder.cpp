@@ -4,9 +4,6 @@
 #include "program/history/HistoryFile.h"
 #include "program/history/Past.h"
 
-#include <algorithm>
-#include <cmath>
-#include <cstdlib>
 #include <set>
 
 namespace kx::history {
@@ -15,19 +12,6 @@ namespace {
 
 std::int64_t Milliseconds(std::chrono::system_clock::time_point time) {
   return std::chrono::duration_cast<std::chrono::milliseconds>(time.time_since_epoch()).count();
-}
-
-std::chrono::milliseconds ElapsedOf(const std::u16string& seconds) {
-  const std::string ascii(seconds.begin(), seconds.end());
-  const double value = std::strtod(ascii.c_str(), nullptr);
-  constexpr double longest = 1e9; // what is written there may be anything
-  return std::chrono::milliseconds(std::isfinite(value) ? std::llround(std::clamp(value, 0.0, longest) * 1000)
-                                                        : 0);
-}
-
-TPastTest OutcomeOf(const TReportedTest& test) {
-  if (test.Failed) return TPastTest::Failed;
-  return test.Skipped ? TPastTest::NotRun : TPastTest::Passed;
 }
 
 // Adds one run in a transaction that the caller has begun.
@@ -188,7 +172,7 @@ void TRunRecorder::KeepTests(const std::u16string& xml) {
   const auto suite = ReadTestSuite(xml);
   if (!suite) return;
   for (const auto& test : suite->Tests) {
-    TTestOutcome& kept = tests_[suite->Name + u"/" + test.Name];
+    TTestOutcome& kept = tests_[PastNameOf(*suite, test)];
     if (kept.Outcome != TPastTest::Failed) kept.Outcome = OutcomeOf(test);
     kept.Elapsed += ElapsedOf(test.Seconds);
   }

@@ -1,4 +1,5 @@
 #include "program/history/HistoryFile.h"
+#include "program/history/HistoryJson.h"
 #include "program/history/Questions.h"
 #include "program/history/RunRecorder.h"
 
@@ -116,8 +117,128 @@ TEST_F(HistoryTest, FindsFlakyAndSlowTests) {
               ElementsAre("S/T2 flaky 3 4 2500", "S/T1 flaky 2 3 1500", "S/T3 0 0 3500", "S/T0 0 0 500"));
 }
 
+// The numbers of one run, each another; so no column can stand for another one.
+TRunReport Numbered(TResultKind result) {
+  using std::chrono::hours;
+  TRunReport report{.Result = result, .Counts = {11, 12}, .Tests = {13, 14, 15}, .Elapsed = milliseconds(16)};
+  report.Began = Noon + hours(24 * 366) + milliseconds(1'234);
+  report.Surroundings = {u"box", u"Debian", u"abc", u"main", u"kxhost run", {u"xbuild 14.0", u"mstest"}};
+  report.Findings = {
+      {.Rule = u"CS1", .Severity = TFindingSeverity::Warning, .Message = u"m", .Fingerprint = u"f"}};
+  auto& finding = report.Findings[0];
+  finding.Place = {u"a.cs", 17, 18};
+  finding.Code = u"c";
+  finding.Project = u"App";
+  finding.Configuration = u"Debug";
+  finding.Action = u"B";
+  finding.Advice = u"mend it";
+  if (result == TResultKind::Failed) {
+    report.Findings.push_back({.Fingerprint = u"gone"});
+  } else {
+    for (const auto* fingerprint : {u"new", u"newer"})
+      report.Findings.push_back({.Fingerprint = fingerprint});
+  }
+  report.Actions = {{.Name = u"L"}, {.Name = u"B", .Pass = u"p", .Nesting = 1}};
+  for (auto& action : report.Actions) {
+    action.Result = result;
+    action.Counts = {19, 20};
+    action.Began = milliseconds(21);
+    action.Elapsed = milliseconds(22);
+  }
+  report.Actions[1].Configurations = {{.Configuration = u"Debug", .Result = TResultKind::Failed}};
+  report.Actions[1].Configurations[0].Projects = {{.Project = u"App", .Result = result}};
+  return report;
+}
+
+TEST_F(HistoryTest, AnswersInJsonWithAllThatItWasTold) {
+  for (const TResultKind result : {TResultKind::Failed, TResultKind::Succeeded}) {
+    TRunRecorder recorder({.File = file_}, u"any.kxproj");
+    const auto sent = [&](std::int64_t value) {
+      recorder.On({Noon, 0, TMetricSent{{u"Category", u"Name", value}, u"Debug"}});
+    };
+    sent(31);
+    recorder.On({Noon, 0, TActionStarted{.Name = u"B", .Pass = u"p"}});
+    sent(32);
+    recorder.On({Noon, 0, TActionEnded{}});
+    sent(33);
+    recorder.On(
+        {Noon, 0,
+         TMetricSent{
+             {std::u16string(UnitTestCategory), std::u16string(TestResultsMetric),
+              std::u16string(u"<testsuite name=\"S\"><testcase name=\"T\" time=\"1\"><failure/></testcase>"
+                             u"<testcase name=\"T\" time=\"2\"/><testcase name=\"N\"><skipped/>"
+                             u"</testcase></testsuite>")}}});
+    TRunReport report = Numbered(result);
+    ASSERT_EQ(recorder.Finish(report), u"");
+  }
+  std::string text;
+  TJsonWriter json([&text](std::string_view utf8) { text += utf8; });
+  THistory history(file_);
+  json.Array([&] {
+    for (const auto& details : {*history.Details(2)})
+      json.Object([&] { WriteDetails(details, json); });
+    for (const auto& test : history.Tests(2))
+      json.Object([&] { WriteTest(test, json); });
+    for (const auto& finding : history.Findings())
+      json.Object([&] { WriteFinding(finding, json); });
+    for (const auto& time : history.Times(2))
+      json.Object([&] { WriteTime(time, json); });
+  });
+  json.Flush();
+  for (std::size_t at = 0; (at = text.find(",{", at)) != std::string::npos;)
+    text.insert(++at, "\n");
+  EXPECT_EQ(
+      text,
+      R"json([{"run":2,"began":"2025-10-05T00:00:01.234Z","result":"succeeded","elapsedMs":16,"errors":11,"warnings":12,"tests":{"passed":13,"failed":14,"notRun":15},"newFindings":2,"fixedFindings":1,"commit":"abc","branch":"main","machine":"box","system":"Debian","commandLine":"kxhost run","tools":["xbuild 14.0","mstest"],"parts":[{"action":"L","configuration":"","project":"","nesting":0,"result":"succeeded","errors":19,"warnings":20,"beganMs":21,"elapsedMs":22},
+{"action":"B (p)","configuration":"","project":"","nesting":1,"result":"succeeded","errors":19,"warnings":20,"beganMs":21,"elapsedMs":22},
+{"action":"B (p)","configuration":"Debug","project":"","nesting":1,"result":"failed","errors":0,"warnings":0,"beganMs":0,"elapsedMs":0},
+{"action":"B (p)","configuration":"Debug","project":"App","nesting":1,"result":"succeeded","errors":0,"warnings":0,"beganMs":0,"elapsedMs":0}],"metrics":[{"action":"","configuration":"Debug","name":"Category.Name","value":31},
+{"action":"B (p)","configuration":"Debug","name":"Category.Name","value":32},
+{"action":"","configuration":"Debug","name":"Category.Name","value":33}],"findings":[{"rule":"CS1","severity":"warning","message":"m","file":"a.cs","line":17,"column":18,"code":"c","project":"App","configuration":"Debug","action":"B","occurrences":1,"fingerprint":"f","advice":"mend it"},
+{"rule":"","severity":"warning","message":"","file":"","line":null,"column":null,"code":"","project":"","configuration":"","action":"","occurrences":1,"fingerprint":"new","advice":""},
+{"rule":"","severity":"warning","message":"","file":"","line":null,"column":null,"code":"","project":"","configuration":"","action":"","occurrences":1,"fingerprint":"newer","advice":""}],"failedTests":["S/T"]},
+{"name":"S/T","runs":2,"failures":2,"changes":0,"flaky":false,"lastFailure":2,"usualMs":3000,"strip":"ff"},
+{"name":"S/N","runs":0,"failures":0,"changes":0,"flaky":false,"lastFailure":null,"usualMs":0,"strip":"nn"},
+{"sinceRun":1,"since":"2025-10-05T00:00:01.234Z","rule":"CS1","severity":"warning","message":"m","file":"a.cs","line":17,"column":18,"code":"c","project":"App","configuration":"Debug","action":"B","occurrences":1,"fingerprint":"f","advice":"mend it"},
+{"sinceRun":2,"since":"2025-10-05T00:00:01.234Z","rule":"","severity":"warning","message":"","file":"","line":null,"column":null,"code":"","project":"","configuration":"","action":"","occurrences":1,"fingerprint":"new","advice":""},
+{"sinceRun":2,"since":"2025-10-05T00:00:01.234Z","rule":"","severity":"warning","message":"","file":"","line":null,"column":null,"code":"","project":"","configuration":"","action":"","occurrences":1,"fingerprint":"newer","advice":""},
+{"action":"","configuration":"","project":"","runs":1,"medianMs":16,"lowMs":16,"highMs":16,"lastMs":16,"trendPercent":0},
+{"action":"L","configuration":"","project":"","runs":1,"medianMs":22,"lowMs":22,"highMs":22,"lastMs":22,"trendPercent":0},
+{"action":"B (p)","configuration":"","project":"","runs":1,"medianMs":22,"lowMs":22,"highMs":22,"lastMs":22,"trendPercent":0},
+{"action":"B (p)","configuration":"Debug","project":"App","runs":1,"medianMs":0,"lowMs":0,"highMs":0,"lastMs":0,"trendPercent":0}])json");
+  const TUsualTimes usual = ReadUsualTimes(file_);
+  EXPECT_EQ(usual.Run, milliseconds(16));
+  EXPECT_EQ(usual.Actions,
+            (std::map<std::u16string, milliseconds>{{u"L", milliseconds(22)}, {u"B (p)", milliseconds(22)}}));
+}
+
+// Runs of one action, by their milliseconds.
+TEST_F(HistoryTest, TellsHowLongItUsuallyTakes) {
+  for (const int elapsed : {100, 300, 200, 400, 600, 500, 100}) {
+    TRunRecorder recorder({.File = file_}, u"any.kxproj");
+    TRunReport report{.Result = elapsed == 600 ? TResultKind::Failed : TResultKind::Succeeded,
+                      .Elapsed = milliseconds(elapsed)};
+    report.Actions = {{.Name = u"B", .Result = report.Result, .Elapsed = milliseconds(2 * elapsed)},
+                      {.Name = elapsed == 200 ? u"Old" : u"New", .Result = TResultKind::Succeeded}};
+    ASSERT_EQ(recorder.Finish(report), u"");
+  }
+  const auto shown = [&](std::int64_t last) {
+    std::string all;
+    for (const auto& time : THistory(file_).Times(last))
+      all += text::ToUtf8(time.Part.Action) + ":" + std::to_string(time.Runs) + " " +
+             std::to_string(time.Median.count()) + " " + std::to_string(time.Low.count()) + "-" +
+             std::to_string(time.High.count()) + " " + std::to_string(time.Last.count()) + " " +
+             std::to_string(time.Trend) + "%; ";
+    return all;
+  };
+  EXPECT_EQ(shown(100),
+            ":6 200 100-400 100 100%; B:6 400 200-800 200 100%; New:6 0 0-0 0 0%; Old:1 0 0-0 0 0%; ");
+  EXPECT_EQ(shown(2), ":2 100 100-100 100 0%; B:2 200 200-200 200 0%; New:2 0 0-0 0 0%; ");
+}
+
 TEST_F(HistoryTest, TakesRunsThatEndAtOnce) {
   std::vector<std::thread> threads;
+  threads.reserve(6);
   for (int i = 0; i < 6; ++i)
     threads.emplace_back([this] {
       TRunRecorder recorder({.File = file_}, u"any.kxproj");
