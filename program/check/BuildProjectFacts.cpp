@@ -4,6 +4,7 @@
 #include "foundation/platform/Files.h"
 #include "foundation/text/Exceptions.h"
 #include "program/runner/ProjectFile.h"
+#include "program/runner/ProjectReader.h"
 
 #include <map>
 #include <set>
@@ -42,23 +43,17 @@ public:
       : services_(services), facts_(facts) {}
 
   void Visit(const TNodes& nodes, const TProjectElement& parent) {
-    const TProjectElement* actions = parent.Child(u"Actions");
-    if (actions == nullptr) return;
     auto node = nodes.begin();
-    for (const TProjectElement& element : actions->Children) {
-      if (element.Name != u"Action") continue;
+    for (const auto& [element, list] : ActionElementsOf(parent)) {
       if (node == nodes.end()) return;
-      lines_[node->get()] = element.Line;
-      LookAt(**node, element);
-      Visit((*node)->Children(), element);
+      lines_[node->get()] = element->Line;
+      LookAt(**node, *element);
+      Visit((*node)->Children(), *element);
       ++node;
     }
   }
 
-  int LineOf(const TActionNode* node) const {
-    const auto known = lines_.find(node);
-    return known == lines_.end() ? 0 : known->second;
-  }
+  int LineOf(const TActionNode* node) { return lines_[node]; } // 0 for one that was not visited
 
 private:
   void LookAt(const TActionNode& node, const TProjectElement& element) {
@@ -71,8 +66,7 @@ private:
         facts_.ClearSecrets.push_back(
             {stated.Line,
              node.DisplayName() + u": " + std::u16string(property->Name) + u" is in clear text"});
-      const bool isDefault = property->Get(*untouched) == property->Get(node.Action());
-      if (!isDefault && off.contains(property->Name))
+      if (off.contains(property->Name) && property->Get(*untouched) != property->Get(node.Action()))
         facts_.Ineffective.push_back({stated.Line, node.DisplayName() + u": " +
                                                        std::u16string(property->Name) +
                                                        u" has no effect with the other settings"});

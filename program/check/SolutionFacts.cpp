@@ -7,7 +7,6 @@
 #include "package/solution/VSNETSLN.Syntax.h"
 
 #include <algorithm>
-#include <unordered_map>
 
 namespace kx::check {
 
@@ -116,7 +115,7 @@ private:
     facts_.Projects.push_back({text::FromUtf8(items_[0]), text::FromUtf8(items_[1]),
                                text::FromUtf8(items_[2]), text::FromUtf8(type.substr(0, type.find('"'))),
                                line_});
-    places_.try_emplace(facts_.Projects.back().Id, facts_.Projects.size() - 1);
+    facts_.Places.try_emplace(facts_.Projects.back().Id, facts_.Projects.size() - 1);
     open_.push_back({"EndProject", {u"Project " + facts_.Projects.back().Name, line_}});
   }
 
@@ -195,8 +194,8 @@ private:
   }
 
   TSolutionProject* Find(std::u16string_view id) {
-    const auto place = places_.find(std::u16string(id));
-    return place == places_.end() ? nullptr : &facts_.Projects[place->second];
+    const auto place = facts_.Places.find(id);
+    return place == facts_.Places.end() ? nullptr : &facts_.Projects[place->second];
   }
 
   void Close(std::string_view line) {
@@ -228,7 +227,6 @@ private:
   TTakeSection section_ = nullptr; // takes the lines of the section that is open
   slnsyntax::TCommaItems items_;
   slnsyntax::TIdentifierCut owner_;
-  std::unordered_map<std::u16string, std::size_t, text::IgnoreCaseHash, text::IgnoreCaseEqual> places_;
   std::vector<std::pair<std::u16string, std::u16string>> nested_; // identifier, that of its folder
 };
 
@@ -250,9 +248,8 @@ std::int32_t TSolutionFacts::Format() const {
 }
 
 const TSolutionProject* TSolutionFacts::Find(std::u16string_view id) const {
-  const auto found = std::ranges::find_if(
-      Projects, [id](const TSolutionProject& project) { return text::EqualsIgnoreCase(project.Id, id); });
-  return found == Projects.end() ? nullptr : &*found;
+  const auto place = Places.find(id);
+  return place == Places.end() ? nullptr : &Projects[place->second];
 }
 
 TSolutionFacts ReadSolutionFacts(const std::u16string& file) {

@@ -2,11 +2,13 @@
 #pragma once
 
 #include "foundation/text/Encoding.h"
+#include "foundation/text/Text.h"
 
 #include <array>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -67,6 +69,8 @@ struct TSolutionFacts {
   std::vector<TLineText> NotOpened;  // "EndProject"
   std::vector<TLineText> MergeMarks; // "<<<<<<< mine"
   std::vector<TOldNeed> OldNeeds;
+  // By identifier: the first project that has it.
+  std::unordered_map<std::u16string, std::size_t, text::IgnoreCaseHash, text::IgnoreCaseEqual> Places;
   int GlobalLine = 0;    // of the first Global section; 0 where there is none
   int LineBehindEnd = 0; // of the first text behind EndGlobal
 

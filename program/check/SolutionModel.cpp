@@ -3,9 +3,15 @@
 #include "foundation/text/Text.h"
 #include "package/solution/VSNETSLN.Model.h"
 
+#include <map>
+
 namespace kx::check {
 
 std::vector<std::shared_ptr<IVSDotNetProject>> ModelOf(const TSolutionFacts& facts, bool withOldNeeds) {
+  std::multimap<std::u16string_view, const TOldNeed*, text::IgnoreCaseLess> oldNeeds;
+  if (withOldNeeds)
+    for (const TOldNeed& need : facts.OldNeeds)
+      oldNeeds.emplace(need.Owner, &need);
   std::vector<std::shared_ptr<IVSDotNetProject>> projects;
   projects.reserve(facts.Projects.size());
   for (const TSolutionProject& project : facts.Projects) {
@@ -13,9 +19,9 @@ std::vector<std::shared_ptr<IVSDotNetProject>> ModelOf(const TSolutionFacts& fac
                                                     TProjectResources());
     for (const TLineText& need : project.Needs)
       model->GetDependancies()->Add(need.Text, need.Line);
-    for (const TOldNeed& need : facts.OldNeeds)
-      if (withOldNeeds && text::EqualsIgnoreCase(need.Owner, project.Id))
-        model->GetDependancies()->Add(need.Needed, need.Line);
+    const auto [first, last] = oldNeeds.equal_range(project.Id);
+    for (auto need = first; need != last; ++need)
+      model->GetDependancies()->Add(need->second->Needed, need->second->Line);
     projects.push_back(std::move(model));
   }
   return projects;

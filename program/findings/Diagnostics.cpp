@@ -531,11 +531,11 @@ bool IsWorthReading(std::u16string_view line, std::size_t colon) {
   const char16_t last = line[end - 1];
   if (IsSaying(line.substr(colon + 1))) return true;
   if (!IsLetter(last) && !IsDigit(last)) return false;
-  constexpr std::size_t longestColour = 8;
-  const bool isColour =
-      last == u'm' && line.substr(end - std::min(end, longestColour), longestColour).find(Escape) != NoPlace;
   const std::u16string_view word = WordBefore(line, end);
-  if (isColour || FindCategory(word) != nullptr) return true;
+  constexpr std::size_t longestColour = 8;
+  const std::size_t near = std::min(end, longestColour + word.size());
+  const bool isColoured = line.substr(end - near, near).find(Escape) != NoPlace;
+  if (isColoured || FindCategory(word) != nullptr) return true;
   TParts parts;
   return (IsCode(word) || IsCapitals(word)) && ReadCategory(line, colon, parts) != NoPlace;
 }

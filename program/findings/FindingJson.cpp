@@ -1,7 +1,6 @@
 #include "program/findings/FindingJson.h"
 
 #include "foundation/formats/JsonMembers.h"
-#include "foundation/text/Encoding.h"
 
 #include <algorithm>
 #include <optional>
@@ -52,7 +51,7 @@ TFindingPlace ReadPlace(const nlohmann::json& object) {
 TFinding ReadFinding(const nlohmann::json& object) {
   TFinding finding;
   finding.Rule = TextMember(object, "rule");
-  finding.Severity = ReadFindingSeverity(text::ToUtf8(TextMember(object, "severity")));
+  finding.Severity = ReadFindingSeverity(Utf8Member(object, "severity"));
   finding.Message = TextMember(object, "message");
   finding.Place = ReadPlace(object);
   finding.Code = TextMember(object, "code");

@@ -15,7 +15,7 @@ namespace kx {
 namespace {
 
 constexpr std::size_t LongestRemark = 200;
-constexpr std::array<std::u16string_view, 4> FailOnWords{u"never", u"error", u"warning", u"new-warning"};
+constexpr std::array<std::u16string_view, 4> Words{u"never", u"error", u"warning", u"new-warning"};
 constexpr std::string_view Head = "# Findings that are known, written by kxhost --write-baseline.\n";
 
 bool IsCounted(const TFinding& finding) {
@@ -44,10 +44,14 @@ std::u16string Joined(std::int64_t errors, std::int64_t warnings, std::u16string
 
 } // namespace
 
+std::span<const std::u16string_view> FailOnWords() {
+  return Words;
+}
+
 TFailOn ReadFailOn(std::u16string_view word) {
   const auto* const found = std::ranges::find_if(
-      FailOnWords, [word](std::u16string_view known) { return text::EqualsIgnoreCase(known, word); });
-  if (found != FailOnWords.end()) return static_cast<TFailOn>(found - FailOnWords.begin());
+      Words, [word](std::u16string_view known) { return text::EqualsIgnoreCase(known, word); });
+  if (found != Words.end()) return static_cast<TFailOn>(found - Words.begin());
   throw EKxException(u"A gate is never, error, warning or new-warning, not " + std::u16string(word) + u".");
 }
 

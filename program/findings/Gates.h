@@ -16,7 +16,8 @@ namespace kx {
 
 enum class TFailOn { Never, Error, Warning, NewWarning }; // each of them at that severity or above
 
-// "never", "error", "warning", "new-warning", letter case ignored. Raises EKxException for another word.
+std::span<const std::u16string_view> FailOnWords(); // in the order of TFailOn
+// One of them, letter case ignored. Raises EKxException for another word.
 TFailOn ReadFailOn(std::u16string_view word);
 // A whole number from 0. Raises EKxException for anything else.
 std::int64_t ReadMaxWarnings(std::u16string_view text);

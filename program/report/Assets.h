@@ -5,8 +5,9 @@
 
 namespace kx::assets {
 
-extern const std::string_view Theme;        // theme.css, which the editor shares
-extern const std::string_view ReportStyle;  // report.css
-extern const std::string_view ReportScript; // report.js
+extern const std::string_view Theme;         // theme.css, which the editor shares
+extern const std::string_view TimelineStyle; // timeline.css, the same
+extern const std::string_view ReportStyle;   // report.css
+extern const std::string_view ReportScript;  // report.js
 
 } // namespace kx::assets

@@ -35,6 +35,7 @@ const char* IconOf(TResultKind kind) {
     return "stopped";
   case TResultKind::NothingToDo:
   case TResultKind::WouldRun:
+  case TResultKind::Skipped:
     return "skipped";
   case TResultKind::Ignored:
     return "warning";

@@ -250,7 +250,9 @@ std::u16string LeadOf(const THtmlPage& page) {
     std::u16string sentence = text::FromUtf8(Grouped(built.Succeeded)) + u" of " +
                               CountOf(built.Total(), built.What) +
                               (built.Succeeded == 1 ? u" was built" : u" were built");
-    if (built.NotBuilt > 0) sentence += u", " + text::FromUtf8(Grouped(built.NotBuilt)) + u" were not begun";
+    if (built.NotBuilt > 0)
+      sentence += u", " + text::FromUtf8(Grouped(built.NotBuilt)) +
+                  (built.NotBuilt == 1 ? u" was not begun" : u" were not begun");
     sentences.push_back(sentence + u".");
   }
   if (!isWhole && report.Tests.Total() > 0)

@@ -1,40 +1,26 @@
 // Unit tests: what failed stands open, what is slow or comes and goes is named, everything else is folded.
-#include "foundation/text/Encoding.h"
 #include "foundation/text/Text.h"
 #include "program/report/HtmlPage.h"
 #include "program/report/ResultRows.h"
 
 #include <algorithm>
-#include <charconv>
-#include <cmath>
 
 namespace kx {
 
 namespace {
 
 constexpr std::size_t MostSlow = 10;
-constexpr double SlowFrom = 0.1; // seconds
+constexpr std::chrono::milliseconds SlowFrom{100};
 constexpr std::size_t MostFlaky = 30;
 constexpr int MostOpen = 50; // failures
 constexpr int FlakyFrom = 2; // changes between passed and failed
-
-double SecondsOf(std::u16string_view text) {
-  const std::string digits = text::ToUtf8(text);
-  double seconds = 0;
-  std::from_chars(digits.data(), digits.data() + digits.size(), seconds);
-  return seconds;
-}
-
-TPastTest OutcomeOf(const TReportedTest& test) {
-  return test.Failed ? TPastTest::Failed : test.Skipped ? TPastTest::NotRun : TPastTest::Passed;
-}
 
 // The outcomes of a test in the last runs, this one last.
 class TStrip {
 public:
   TStrip(const TPast* past, const TReportedSuite& suite, const TReportedTest& test) {
     if (past == nullptr) return;
-    if (const auto known = past->Tests.find(suite.Name + u"/" + test.Name); known != past->Tests.end())
+    if (const auto known = past->Tests.find(PastNameOf(suite, test)); known != past->Tests.end())
       runs_ = known->second;
     if (runs_.size() >= MostRunsShown)
       runs_.erase(runs_.begin(), runs_.end() - static_cast<std::ptrdiff_t>(MostRunsShown - 1));
@@ -85,7 +71,7 @@ private:
 struct TNamedTest {
   std::u16string Suite;
   std::u16string Name;
-  double Seconds = 0;
+  std::chrono::milliseconds Elapsed{0};
 };
 
 struct TSuiteFigures {
@@ -93,10 +79,6 @@ struct TSuiteFigures {
   std::u16string Seconds;
   TTestCounts Counts;
 };
-
-std::string SecondsText(double seconds) {
-  return FormatElapsed(std::chrono::milliseconds(std::llround(seconds * 1000)));
-}
 
 class TTestWriter {
 public:
@@ -161,7 +143,7 @@ private:
       out_ << "<span></span>";
     else
       strip.Write(out_);
-    out_ << "<span class=time>" << SecondsText(SecondsOf(test.Seconds)) << "</span>";
+    out_ << "<span class=time>" << FormatElapsed(ElapsedOf(test.Seconds)) << "</span>";
   }
 
   void WriteFailure(const TReportedSuite& suite, const TReportedTest& test, const TStrip& strip) {
@@ -176,11 +158,11 @@ private:
   }
 
   void KeepIfSlow(const TReportedSuite& suite, const TReportedTest& test) {
-    const double seconds = SecondsOf(test.Seconds);
-    if (seconds < SlowFrom || (slowest_.size() == MostSlow && seconds <= slowest_.back().Seconds)) return;
+    const auto elapsed = ElapsedOf(test.Seconds);
+    if (elapsed < SlowFrom || (slowest_.size() == MostSlow && elapsed <= slowest_.back().Elapsed)) return;
     const auto place =
-        std::ranges::find_if(slowest_, [&](const auto& other) { return other.Seconds < seconds; });
-    slowest_.insert(place, {suite.Name, test.Name, seconds});
+        std::ranges::find_if(slowest_, [&](const auto& other) { return other.Elapsed < elapsed; });
+    slowest_.insert(place, {suite.Name, test.Name, elapsed});
     if (slowest_.size() > MostSlow) slowest_.pop_back();
   }
 
@@ -191,7 +173,7 @@ private:
     for (const auto& test : slowest_) {
       out_ << "<tr><td>" << test.Name;
       WriteSuiteOf(test.Suite);
-      out_ << "<td class=number>" << SecondsText(test.Seconds) << "\n";
+      out_ << "<td class=number>" << FormatElapsed(test.Elapsed) << "\n";
     }
     out_ << "</tbody></table></div>\n";
   }
@@ -202,7 +184,7 @@ private:
     for (const auto& suite : suites_)
       out_ << "<tr><td>" << suite.Name << "<td class=number>" << suite.Counts.Passed << "<td class=number>"
            << suite.Counts.Failed << "<td class=number>" << suite.Counts.NotRun << "<td class=number>"
-           << SecondsText(SecondsOf(suite.Seconds)) << "\n";
+           << FormatElapsed(ElapsedOf(suite.Seconds)) << "\n";
     out_ << "</tbody></table></div>\n";
   }
 
@@ -213,7 +195,7 @@ private:
       out_ << (test.Failed ? "<li class=error>" : test.Skipped ? "<li class=skipped>" : "<li>") << test.Name;
       const TStrip strip(page_.Past, suite, test);
       if (strip.Failed() > 0 && !test.Failed) strip.Write(out_);
-      out_ << "<span>" << SecondsText(SecondsOf(test.Seconds)) << "</span>\n";
+      out_ << "<span>" << FormatElapsed(ElapsedOf(test.Seconds)) << "</span>\n";
     }
     out_ << "</ol></details>\n";
   }

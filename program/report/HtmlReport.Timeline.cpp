@@ -3,6 +3,7 @@
 #include "foundation/text/Text.h"
 #include "program/report/HtmlPage.h"
 #include "program/report/ResultRows.h"
+#include "program/report/Timeline.h"
 
 #include <algorithm>
 #include <array>
@@ -129,7 +130,7 @@ public:
     out_ << "<div class=timeline><ol>";
     for (const auto& row : timeline_.Rows())
       out_ << "<li title=\"" << row << "\">" << row;
-    out_ << "</ol>\n<svg style=height:" << Fixed(height_)
+    out_ << "</ol>\n<svg height=" << Fixed(height_)
          << "rem role=img aria-label=\"Timeline of the run; the table of results has the times\">\n";
     WriteAxis();
     WriteChain();
@@ -207,16 +208,33 @@ private:
   double height_;
 };
 
+// One bar says no more than the time of the run does.
+bool IsWorthDrawing(const TRunReport& report, const TTimeline& timeline) {
+  return report.Elapsed > milliseconds(0) && timeline.Bars().size() > 2;
+}
+
 } // namespace
 
-// One bar says no more than the time of the run does.
 bool HasTimeline(const THtmlPage& page) {
-  return page.Report.Elapsed > milliseconds(0) && TTimeline(page.Report).Bars().size() > 2;
+  return IsWorthDrawing(page.Report, TTimeline(page.Report));
 }
 
 void WriteTimeline(const THtmlPage& page, THtmlWriter& out) {
-  const TTimeline timeline(page.Report);
+  out << TimelineMarkup(page.Report);
+}
+
+std::string TimelineMarkup(const TRunReport& report) {
+  const TTimeline timeline(report);
+  std::string markup;
+  if (!IsWorthDrawing(report, timeline)) return markup;
+  const platform::PutBytes put = [&markup](std::string_view bytes) {
+    markup += bytes;
+    return platform::Status(platform::Done{});
+  };
+  THtmlWriter out(put);
   TTimelineWriter(timeline, out).Write();
+  static_cast<void>(out.Finish()); // a text takes all there is
+  return markup;
 }
 
 } // namespace kx

@@ -47,8 +47,8 @@ void WriteHead(const THtmlPage& page, THtmlWriter& out) {
          "<meta http-equiv=Content-Security-Policy content=\"default-src 'none'; img-src data:; "
          "style-src 'unsafe-inline'; script-src 'unsafe-inline'\"><title>"
       << page.Title << ": " << WordOf(page.Report.Result) << "</title><style>" << assets::Theme
-      << assets::ReportStyle << "</style></head>\n<body>\n<header class=top><p><b>" << page.Title
-      << "</b> <span>";
+      << assets::TimelineStyle << assets::ReportStyle << "</style></head>\n<body>\n<header class=top><p><b>"
+      << page.Title << "</b> <span>";
   if (page.Report.Began != std::chrono::system_clock::time_point()) out << DayTime(page.Report.Began);
   out << "</span></p></header>\n";
 }

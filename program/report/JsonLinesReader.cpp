@@ -2,6 +2,7 @@
 
 #include "foundation/formats/JsonMembers.h"
 #include "foundation/platform/Files.h"
+#include "foundation/platform/LineSplitter.h"
 #include "foundation/text/Text.h"
 #include "program/findings/FindingJson.h"
 #include "program/report/ResultJson.h"
@@ -10,7 +11,7 @@
 #include <array>
 #include <chrono>
 #include <cstdio>
-#include <iterator>
+#include <limits>
 #include <optional>
 
 namespace kx {
@@ -25,28 +26,25 @@ platform::Status ForEachLine(std::u16string_view fileName,
                              const std::function<bool(std::string_view line, bool isWhole)>& handle) {
   auto reader = platform::FileReader::Open(fileName);
   if (!reader) return platform::Failure{reader.Message()};
+  bool goesOn = true;
+  bool isWhole = true;
+  const auto take = [&](std::string_view line) { goesOn = goesOn && handle(line, isWhole); };
+  platform::LineSplitter splitter(take, std::numeric_limits<std::size_t>::max()); // an event is a line
   std::array<char, 65'536> block{};
-  std::string pending;
-  for (;;) {
+  while (goesOn) {
     const auto count = reader->Read(block.data(), block.size());
     if (!count) return platform::Failure{count.Message()};
     if (*count == 0) break;
-    std::string_view rest(block.data(), *count);
-    for (std::size_t end = rest.find('\n'); end != rest.npos; end = rest.find('\n')) {
-      pending += rest.substr(0, end);
-      if (!handle(pending, true)) return platform::Done{};
-      pending.clear();
-      rest.remove_prefix(end + 1);
-    }
-    pending += rest;
+    splitter.Feed({block.data(), *count});
   }
-  if (!pending.empty()) handle(pending, false);
+  isWhole = false;
+  splitter.Finish();
   return platform::Done{};
 }
 
 // "2010-04-01T10:20:30.123Z"
-std::optional<TTime> ReadTime(const TJson& object) {
-  const std::string text = text::ToUtf8(TextMember(object, "time"));
+std::optional<TTime> ReadTime(const TJson& object, const char* name = "time") {
+  const std::string text(Utf8Member(object, name));
   int year = 0;
   unsigned month = 0, day = 0;
   int hour = 0, minute = 0, second = 0, millisecond = 0;
@@ -116,8 +114,7 @@ public:
     if (!time) return false;
     if (!began_) began_ = *time;
     last_ = *time;
-    const std::string event = text::ToUtf8(TextMember(object, "event"));
-    const auto row = std::ranges::find(Rows, event, &TRow::Event);
+    const auto row = std::ranges::find(Rows, Utf8Member(object, "event"), &TRow::Event);
     if (row != Rows.end()) (this->*row->Take)(object); // another is of a newer version
     return true;
   }
@@ -126,7 +123,6 @@ public:
 
   TRunReport Report() {
     TRunReport report = end_ ? std::move(*end_) : Interrupted();
-    report.Began = *began_;
     report.Actions = std::move(actions_);
     report.Findings = std::move(findings_);
     return report;
@@ -150,7 +146,7 @@ private:
 
   void TakeAction(const TJson& object) {
     TActionStarted started = ReadActionStarted(object);
-    open_.push_back(actions_.size());
+    open_.push_back({actions_.size(), {}});
     actions_.push_back(
         {.Name = started.Name, .Type = started.Type, .Pass = started.Pass, .Nesting = started.Nesting});
     Tell(object, std::move(started));
@@ -159,10 +155,20 @@ private:
   void TakeActionEnd(const TJson& object) {
     TActionEnded ended{ReadResult(object)};
     if (!open_.empty()) {
-      actions_[open_.back()] = ended.Result;
+      actions_[open_.back().Action] = ended.Result;
       open_.pop_back();
     }
     Tell(object, std::move(ended));
+  }
+
+  void TakeGroup(const TJson& object) {
+    if (!open_.empty()) open_.back().Groups.push_back(TextMember(object, "title"));
+    Tell(object, ReadGroup(object));
+  }
+
+  void TakeGroupEnd(const TJson& object) {
+    if (!open_.empty() && !open_.back().Groups.empty()) open_.back().Groups.pop_back();
+    Tell(object, ReadGroupEnd(object));
   }
 
   void TakeMessage(const TJson& object) {
@@ -175,11 +181,28 @@ private:
     if (findings_.back().Said > 0) findings_.back().Said += before_;
   }
 
-  void TakeEnd(const TJson& object) { end_ = ReadRun(object); }
+  void TakeEnd(const TJson& object) {
+    end_ = ReadRun(object);
+    end_->Began = ReadTime(object, "began").value_or(*began_);
+  }
+
+  // As a run does it that ends behind a failure.
+  void CloseWhatIsOpen() {
+    int depth = 0;
+    for (const TOpen& open : open_)
+      depth += 1 + static_cast<int>(open.Groups.size());
+    for (; !open_.empty(); open_.pop_back()) {
+      for (auto& groups = open_.back().Groups; !groups.empty(); groups.pop_back())
+        handle_({last_, --depth, TGroupEnded{groups.back(), TStatusTag::stError}});
+      handle_({last_, --depth, TActionEnded{actions_[open_.back().Action]}});
+    }
+  }
 
   // What is known of a run that nothing ended.
   TRunReport Interrupted() {
+    CloseWhatIsOpen();
     TRunReport report;
+    report.Began = *began_;
     report.Elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(last_ - *began_);
     for (const auto& action : actions_) {
       if (action.Nesting != 0) continue;
@@ -199,7 +222,11 @@ private:
   std::optional<TTime> began_;
   TTime last_;
   std::vector<TActionResult> actions_; // in the order in which they began
-  std::vector<std::size_t> open_;      // in actions_, the innermost last
+  struct TOpen {
+    std::size_t Action; // in actions_
+    std::vector<std::u16string> Groups;
+  };
+  std::vector<TOpen> open_; // the innermost last
   std::vector<TFinding> findings_;
   std::optional<TRunReport> end_;
 };
@@ -207,95 +234,29 @@ private:
 const std::array<TLogReader::TRow, 8> TLogReader::Rows{{{"action", &TLogReader::TakeAction},
                                                         {"actionEnd", &TLogReader::TakeActionEnd},
                                                         {"message", &TLogReader::TakeMessage},
-                                                        {"group", &TLogReader::Pass<ReadGroup>},
-                                                        {"groupEnd", &TLogReader::Pass<ReadGroupEnd>},
+                                                        {"group", &TLogReader::TakeGroup},
+                                                        {"groupEnd", &TLogReader::TakeGroupEnd},
                                                         {"metric", &TLogReader::Pass<ReadMetric>},
                                                         {"finding", &TLogReader::TakeFinding},
                                                         {"runEnd", &TLogReader::TakeEnd}}};
 
-// What counts for several runs before other things.
-int Weight(TResultKind kind) {
-  constexpr std::array lightFirst{TResultKind::NothingToDo, TResultKind::WouldRun,
-                                  TResultKind::Succeeded,   TResultKind::Ignored,
-                                  TResultKind::Stopped,     TResultKind::FinishedWithFailures,
-                                  TResultKind::Failed};
-  return static_cast<int>(std::ranges::find(lightFirst, kind) - lightFirst.begin());
-}
-
-void MoveTimes(TRunReport& run, std::chrono::milliseconds by) {
-  for (auto& action : run.Actions) {
-    action.Began += by;
-    for (auto& configuration : action.Configurations) {
-      configuration.Began += by;
-      for (auto& project : configuration.Projects)
-        project.Began += by;
-    }
-  }
-}
-
-// One that is counted from the earlier beginning to the later end.
-void MergeTimes(TRunReport& merged, TRunReport& run) {
-  using std::chrono::duration_cast, std::chrono::milliseconds;
-  const auto began = std::min(merged.Began, run.Began);
-  const auto end = std::max(merged.Began + merged.Elapsed, run.Began + run.Elapsed);
-  MoveTimes(merged, duration_cast<milliseconds>(merged.Began - began));
-  MoveTimes(run, duration_cast<milliseconds>(run.Began - began));
-  merged.Began = began;
-  merged.Elapsed = duration_cast<milliseconds>(end - began);
-}
-
-// Where the runs differ, there is none for all of them.
-void MergeText(std::u16string& merged, const std::u16string& text) {
-  if (merged != text) merged.clear();
-}
-
 } // namespace
 
-platform::Status TRunLogs::Read(std::u16string_view fileName,
-                                const std::function<void(const TRunEvent&)>& handle) {
-  TLogReader reader(handle, messages_);
+platform::Result<TRunReport> ReadRunLog(std::u16string_view fileName, std::int64_t& messages,
+                                        const std::function<void(const TRunEvent&)>& handle) {
+  TLogReader reader(handle, messages);
   int number = 0;
   bool isLog = true;
-  auto read = ForEachLine(fileName, [&](std::string_view line, bool isWhole) {
+  const auto read = ForEachLine(fileName, [&](std::string_view line, bool isWhole) {
     ++number;
     isLog = reader.Take(line) || !isWhole; // its writer was killed there
     return isLog;
   });
-  if (!read) return read;
+  if (!read) return platform::Failure{read.Message()};
   if (!isLog || reader.IsEmpty())
     return platform::Failure{std::u16string(fileName) + u":" + text::FromInteger(std::max(number, 1)) +
                              u": This is no log of a run, which \"kxhost run --log FILE.jsonl\" writes."};
-  Merge(reader.Report());
-  return read;
-}
-
-TRunReport TRunLogs::Take() {
-  return *std::move(merged_);
-}
-
-void TRunLogs::Merge(TRunReport run) {
-  auto findings = std::move(run.Findings);
-  if (!merged_) {
-    merged_ = std::move(run);
-    merged_->Findings.clear();
-  } else {
-    MergeTimes(*merged_, run);
-    if (Weight(run.Result) > Weight(merged_->Result)) merged_->Result = run.Result;
-    merged_->Counts += run.Counts;
-    merged_->Tests += run.Tests;
-    merged_->MoreFindings += run.MoreFindings;
-    MergeText(merged_->Root, run.Root);
-    MergeText(merged_->File, run.File);
-    std::ranges::move(run.Actions, std::back_inserter(merged_->Actions));
-  }
-  for (TFinding& finding : findings) {
-    const auto [known, isNew] = places_.try_emplace(finding.Fingerprint, merged_->Findings.size());
-    if (isNew) {
-      merged_->Findings.push_back(std::move(finding));
-    } else {
-      merged_->Findings[known->second].Occurrences += finding.Occurrences;
-    }
-  }
+  return reader.Report();
 }
 
 } // namespace kx

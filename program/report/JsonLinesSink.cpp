@@ -40,6 +40,8 @@ void WriteEvent(const TActionEnded& ended, TJsonWriter& json) {
 void WriteEvent(const TRunEnded& ended, TJsonWriter& json) {
   json.Member("event", "runEnd");
   WriteRun(ended.Report, json);
+  if (ended.Report.Began != std::chrono::system_clock::time_point())
+    json.Member("began", TimeText(ended.Report.Began));
 }
 
 void WriteEvent(const TMessageSent& message, TJsonWriter& json) {

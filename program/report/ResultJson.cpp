@@ -69,7 +69,7 @@ using TJson = nlohmann::json;
 
 template <typename TResult>
 void ReadParts(const TJson& object, TResult& result) {
-  result.Result = ReadResultKind(text::ToUtf8(TextMember(object, "result"))).value_or(TResultKind::Failed);
+  result.Result = ReadResultKind(Utf8Member(object, "result")).value_or(TResultKind::Failed);
   result.Counts = {NumberMember<std::int64_t>(object, "errors"),
                    NumberMember<std::int64_t>(object, "warnings")};
   result.Elapsed = std::chrono::milliseconds(NumberMember<std::int64_t>(object, "elapsedMs"));
@@ -139,6 +139,12 @@ void WriteRun(const TRunReport& report, TJsonWriter& json) {
   json.Member("elapsedMs", report.Elapsed.count());
   WriteTests(report.Tests, json);
   if (report.MoreFindings > 0) json.Member("moreFindings", report.MoreFindings);
+  if (report.NothingExecuted) json.Member("nothingExecuted", true);
+  if (report.Part)
+    json.ObjectMember("part", [&] {
+      json.Member("place", report.Part->Place);
+      json.Member("pass", report.Part->Pass);
+    });
   for (const auto& [name, text] : TextsOf(report))
     if (!text->empty()) json.Member(name, *text);
 }
@@ -163,6 +169,9 @@ TRunReport ReadRun(const TJson& object) {
   ReadParts(object, report);
   report.Tests = ReadTests(object);
   report.MoreFindings = NumberMember<std::int64_t>(object, "moreFindings");
+  report.NothingExecuted = FlagMember(object, "nothingExecuted");
+  if (const TJson* part = FindMember(object, "part"); part != nullptr)
+    report.Part = {NumberMember<std::size_t>(*part, "place"), NumberMember<int>(*part, "pass")};
   for (const auto& [name, text] : TextsOf(report))
     *text = TextMember(object, name);
   return report;

@@ -6,21 +6,97 @@
 
 #include <gmock/gmock.h>
 
+#include <set>
+
 namespace kx::check {
 namespace {
 
-using testing::ElementsAre;
-
-// "12 rule", with the lines of the steps behind it: "12 rule 9 10".
-std::vector<std::string> Found(TChecker& checker) {
+// "12 rule", with the lines of the steps behind it: "12 rule 9 10". `said` gets "rule, project: message |
+// message of a step".
+std::vector<std::string> Found(TChecker& checker, std::set<std::string>* said = nullptr) {
   std::vector<std::string> found;
   for (const TFinding& finding : checker.TakeFindings()) {
+    std::u16string all = finding.Rule + u", " + finding.Project + u": " + finding.Message;
+    for (const TFindingStep& step : finding.Steps)
+      all += u" | " + step.Message;
+    if (said != nullptr) said->insert(text::ToUtf8(all));
     found.push_back(std::to_string(finding.Place.Line) + " " + text::ToUtf8(finding.Rule));
     for (const TFindingStep& step : finding.Steps)
       found.back() += " " + std::to_string(step.Place.Line);
   }
   return found;
 }
+
+std::string Listed(const tests::TTemporaryFolder& folder, const std::set<std::string>& said) {
+  std::string all;
+  for (const auto& line : said)
+    all += "\n" + folder.Plain(line);
+  return all;
+}
+
+constexpr std::string_view SolutionMessages = R"(
+dependency-old, : Dependencies in the Global section change the build order | A needs B
+dependency-unknown, A: A needs {CCCCCCCC-0000-0000-0000-000000000000}, which no project of the solution has
+path-case, C: .\b.CSPROJ is called B.csproj on the disk
+path-case, d: d.csproj is called D.csproj on the disk
+project-file-twice, C: C has the file of B (line 5) | the first one
+project-half-mapped, A: 2 projects have no configuration in R | A | B
+project-half-mapped, A: A has no configuration in R
+project-id-twice, A: A has the identifier of A (line 3) | the first one
+project-kind, Q: B.dbp is of a kind that neither MSBuild nor Visual Studio 2002 to 2010 builds
+project-missing, Q: There is no file B.dbp
+project-missing, X: There is no file X.csproj
+project-missing, a: There is no file d\A.csproj
+project-name-twice, a: a has the name of A (line 3) | the first one
+project-never-built, B: B has configurations, but none of the solution's builds it
+project-unmapped, B: B has no configuration in any configuration of the solution
+project-unmapped, C: 2 projects have no configuration in any configuration of the solution | C | D
+project-unmapped, C: C has no configuration in any configuration of the solution
+projects-missing, : None of its projects is there: X.csproj, Y.csproj
+solution-cycle, D: Projects need each other: D needs A (line 5), A needs B (line 10), B needs C (line 15), C needs D (line 21) | D needs A | A needs B | B needs C | C needs D
+solution-encoding, : A letter was lost: U+FFFD stands in its place
+solution-encoding, : Letters are in UTF-8, but no byte-order mark says so: Visual Studio and MSBuild take them for those of the machine's code page
+solution-encoding, : Letters are in the code page of the machine that wrote them; nothing says which
+solution-encoding, : The file begins with a damaged byte-order mark
+solution-end, : Text behind EndGlobal is read by nobody
+solution-format, : Format 12.00 is newer than Visual Studio 2010
+solution-header, : A second header, of format 10.00; the first one says 9.00 (line 1)
+solution-header, : Visual Studio 2010 writes format 11.00, but the header says 9.00
+solution-merge, : A merge was not finished: <<<<<<< mine
+solution-merge, : A merge was not finished: =======
+solution-merge, : A merge was not finished: >>>>>>> theirs
+solution-section, : EndProject closes nothing
+solution-section, : Global is not closed
+solution-section, : GlobalSection(X) is not closed
+solution-section, : Project A is not closed
+solution-section, : Project B is not closed
+solution-unreadable, : A project needs a name, a file and an identifier: Project("0") = "A", "A.csproj"
+solution-unreadable, : A project needs a name, a file and an identifier: Project("x") = "A"
+solution-unreadable, : No line says "Microsoft Visual Studio Solution File, Format Version ...")";
+
+constexpr std::string_view ProjectMessages = R"(
+assembly-info-missing, : The project compiles no AssemblyInfo file, so its assembly has no version of its own
+assembly-info-several, : The project compiles 2 AssemblyInfo files | one of them | one of them
+attribute-twice, : AssemblyVersion is there a second time | the first one
+hint-missing, : There is no referenced assembly ..\L.dll
+project-unreadable, : Opening and ending tag mismatch: a line 2 and Project (line 2)
+script-refused, : Unexpected BEGIN
+script-unseen, : No header before the version block defines VS_VERSION_INFO
+source-case, : B.cs is called b.cs on the disk
+source-missing, : 3 of 4 sources are not there | x.cs | y.cs | z.resx
+source-missing, : There is no source Gone.cs
+source-missing, : There is no source y.cpp
+source-twice, : B.cs is listed already in line 5 | the first one
+source-twice, : b.cs is listed already in line 5 | the first one
+version-impossible, : AssemblyFileVersion "1.70000" is no version that compilers take: 70000 is more than 65535
+version-impossible, : AssemblyVersion "70000" is no version that compilers take: 70000 is more than 65534
+version-impossible, : ReleaseVersion 70000 does not fit into a version resource, where numbers are 0 to 65535)";
+
+constexpr std::string_view ReferenceMessages = R"(
+configuration-unknown, A: A has no configuration Debug|x86; it has Debug|AnyCPU
+framework-new, A: A is for .NET v4.0, App.sln for Visual Studio.NET 2008 with 3.5
+reference-order, A: A references B, which stands behind it in the build order | the reference
+reference-outside, A: A references ..\X.csproj, which is not in App.sln)";
 
 std::string Id(char letter) {
   return "{" + std::string(8, letter) + "-0000-0000-0000-000000000000}";
@@ -34,8 +110,8 @@ std::string Projects(std::initializer_list<std::string_view> projects) {
     const bool isOpen = project.starts_with('<');
     if (isOpen) project.remove_prefix(1);
     const std::string name(1, project.front());
-    text +=
-        "Project(\"" + Id('0') + "\") = \"" + name + "\", \"" + name + ".csproj\", \"" + Id(name[0]) + "\"\n";
+    text.append("Project(\"").append(Id('0')).append("\") = \"").append(name).append("\", \"");
+    text.append(name).append(".csproj\", \"").append(Id(name[0])).append("\"\n");
     if (project.size() > 1) {
       text += "\tProjectSection(ProjectDependencies) = postProject\n";
       for (const char needed : project.substr(2))
@@ -45,6 +121,10 @@ std::string Projects(std::initializer_list<std::string_view> projects) {
     if (!isOpen) text += "EndProject\n";
   }
   return text;
+}
+
+std::string OfOther(const std::string& line) {
+  return line + "\nEndProject\n";
 }
 
 // "A.Debug", "A.Debug!" for one that is built.
@@ -96,8 +176,8 @@ TEST(Check, FindsWhatIsWrongWithASolutionInItsLine) {
        head + "<<<<<<< mine\n" + end + "Project(\n",
        {"3 solution-merge", "6 solution-end"}},
       {"a circle of three, and one that leads to it",
-       head + Projects({"D:A", "A:B", "B:C", "C:DA"}) + end,
-       {"5 solution-cycle 5 10 15 20"}},
+       head + Projects({"D:A", "A:B", "B:C", "C:AD"}) + end,
+       {"5 solution-cycle 5 10 15 21"}},
       {"an unknown need", head + Projects({"A:CB", "B"}) + end, {"5 dependency-unknown"}},
       {"old needs against the order of the file",
        head + Projects({"A", "B"}) + "Global\n\tGlobalSection(ProjectDependencies) = postSolution\n\t\t" +
@@ -113,16 +193,66 @@ TEST(Check, FindsWhatIsWrongWithASolutionInItsLine) {
       {"half, not at all and never",
        head + Projects({"A", "B", "C"}) + Global({"D", "R"}, {"A.D!", "B.D", "B.R"}),
        {"3 project-half-mapped", "5 project-never-built", "7 project-unmapped"}},
+      {"half and not at all, two of each, in other letter case",
+       head + Projects({"A", "B", "C", "D"}) + Global({"D", "R"}, {"A.d!", "B.D!"}),
+       {"3 project-half-mapped 3 5", "7 project-unmapped 7 9"}},
+      {"mappings of the oldest formats",
+       "Microsoft Visual Studio Solution File, Format Version 7.00\n" + Projects({"A", "B"}) +
+           "Global\n\tGlobalSection(SolutionConfiguration) = preSolution\n\t\tConfigName.0 = "
+           "D\n\tEndGlobalSection\n"
+           "\tGlobalSection(ProjectConfiguration) = postSolution\n\t\t" +
+           Id('A') + ".D.ActiveCfg = D|.NET\n\t\t" + Id('A') +
+           ".D.Build.0 = D|.NET\n\tEndGlobalSection\nEndGlobal\n",
+       {"4 project-unmapped"}},
+      {"a description is no configuration",
+       head + Projects({"A"}) +
+           "Global\n\tGlobalSection(SolutionConfigurationPlatforms) = preSolution\n\t\tDescription = x\n"
+           "\tEndGlobalSection\nEndGlobal\n",
+       {}},
+      {"a name and a file twice",
+       head + Projects({"A", "B"}) + OfOther("Project(\"0\") = \"a\", \"d\\A.csproj\", \"{1}\"") +
+           OfOther("Project(\"0\") = \"C\", \".\\b.CSPROJ\", \"{2}\"") + end,
+       {"7 project-name-twice 3", "7 project-missing", "9 project-file-twice 5", "9 path-case"}},
+      {"a name twice, but in folders of the solution",
+       head + Projects({"A"}) +
+           OfOther("Project(\"{2150E333-8FDC-42A3-9474-1A3956D46DE8}\") = \"F\", \"F\", \"{F}\"") +
+           OfOther("Project(\"0\") = \"A\", \"D.csproj\", \"{1}\"") +
+           "Global\n\tGlobalSection(NestedProjects) = preSolution\n\t\t{1} = "
+           "{F}\n\tEndGlobalSection\nEndGlobal\n",
+       {}},
+      {"a strange kind, a web site and an address are not looked for in the same way",
+       head + Projects({"A"}) + OfOther("Project(\"0\") = \"Q\", \"B.dbp\", \"{1}\"") +
+           OfOther("Project(\"{E24C65DC-7377-472B-9ABA-BC803B73C61A}\") = \"W\", \"W\\\", \"{2}\"") +
+           OfOther("Project(\"0\") = \"H\", \"http://h/H.csproj\", \"{3}\"") + Global({"D"}, {"A.D!"}),
+       {"5 project-missing", "5 project-kind"}},
+      {"lines of a merge, line ends of a Macintosh",
+       "Microsoft Visual Studio Solution File, Format Version 10.00\r=======\rGlobal\rEndGlobal\r",
+       {"2 solution-merge"}},
+      {"a merge that ends, and a comment behind the projects",
+       head + Projects({"A"}) + ">>>>>>> theirs\n# Visual Studio 2010\n" + end,
+       {"5 solution-merge"}},
+      {"a lost letter, with a mark and without",
+       "\xEF\xBB\xBF" + head + "# \xC3\xBC\n#\xEF\xBF\xBD\n" + end,
+       {"4 solution-encoding"}},
+      {"too little of a project",
+       head + OfOther("Project(\"0\") = \"A\", \"A.csproj\"") + end,
+       {"3 solution-unreadable", "4 solution-section"}},
+      {"a section in a section",
+       head + "Global\n\tGlobalSection(X) = y\n\tGlobalSection(Y) = z\n"
+              "\tEndGlobalSection\nEndGlobal\n",
+       {"4 solution-section"}},
   };
   tests::TTemporaryFolder folder;
+  std::set<std::string> said;
   for (const auto* name : {"A", "B", "C", "D"})
     folder.Write(std::string(name) + ".csproj", "<Project/>");
   for (const TSolutionCase& row : rows) {
     SCOPED_TRACE(row.Name);
     TChecker checker{TCheckLevels()};
     checker.CheckSolution(folder.Write("App.sln", row.Text));
-    EXPECT_EQ(Found(checker), row.Found);
+    EXPECT_EQ(Found(checker, &said), row.Found);
   }
+  EXPECT_EQ(Listed(folder, said), SolutionMessages);
 }
 
 TEST(Check, FindsWhatIsWrongWithAProjectInItsLine) {
@@ -164,6 +294,12 @@ TEST(Check, FindsWhatIsWrongWithAProjectInItsLine) {
        "BuildAction=\"Compile\"/></Include>"
        "</Files></CSHARP></VisualStudioProject>",
        {"0 assembly-info-missing"}},
+      {"attributes stand in files that are called so, of sources that are compiled",
+       "A.csproj",
+       managed("<Compile Include=\"OwnVersion.cs\"/>\n<Compile Include=\"other.cs\"/>\n<None "
+               "Include=\"more\\AssemblyInfo.cs\"/><Compile Include=\"more\\AssemblyInfo.cs\" "
+               "Condition=\"x\"/>"),
+       {"0 assembly-info-several 0 0", "1 attribute-twice 1", "1 version-impossible"}},
       {"two with the same attribute, and one that no compiler takes",
        "A.csproj",
        managed("<Compile Include=\"more\\AssemblyInfo.cs\"/>"),
@@ -180,8 +316,11 @@ TEST(Check, FindsWhatIsWrongWithAProjectInItsLine) {
        {"2 version-impossible", "6 script-refused", "1 script-unseen"}},
   };
   tests::TTemporaryFolder folder;
+  std::set<std::string> said;
   folder.Write("b.cs");
   folder.Write("AssemblyInfo.cs", "[assembly: AssemblyVersion(\"1.0.*\")]\n");
+  for (const auto* name : {"OwnVersion.cs", "other.cs"})
+    folder.Write(name, "[assembly: System.Reflection.AssemblyVersion(\"70000\")]\n");
   folder.Write("more/AssemblyInfo.cs",
                "using System.Reflection;\n[assembly: AssemblyVersionAttribute(\"1.2\")]\n"
                "[assembly: AssemblyFileVersion(\"1.70000\")]\n");
@@ -197,8 +336,9 @@ TEST(Check, FindsWhatIsWrongWithAProjectInItsLine) {
     levels.Set(u"script-loss=off");
     TChecker checker(levels);
     checker.CheckProject(folder.Write(row.File, row.Text));
-    EXPECT_EQ(Found(checker), row.Found);
+    EXPECT_EQ(Found(checker, &said), row.Found);
   }
+  EXPECT_EQ(Listed(folder, said), ProjectMessages);
 }
 
 TEST(Check, FindsWhatDoesNotFitBetweenASolutionAndItsProjects) {
@@ -209,7 +349,8 @@ TEST(Check, FindsWhatDoesNotFitBetweenASolutionAndItsProjects) {
            items + "</ItemGroup></Project>";
   };
   folder.Write("A.csproj",
-               project("<ProjectReference Include=\"B.csproj\"/>\n<ProjectReference "
+               project("<ProjectReference Include=\"B.csproj\"/><ProjectReference "
+                       "Include=\"A.csproj\"/>\n<ProjectReference "
                        "Include=\"..\\X.csproj\"><Project>{x}</Project></ProjectReference>\n"
                        "<ProjectReference Include=\"C:\\b\\B.csproj\"><Project>BBBBBBBB-0000-0000-"
                        "0000-000000000000</Project></ProjectReference>"));
@@ -220,9 +361,11 @@ TEST(Check, FindsWhatDoesNotFitBetweenASolutionAndItsProjects) {
   checker.CheckSolution(
       folder.Write("App.sln", "Microsoft Visual Studio Solution File, Format Version 10.00\n" +
                                   Projects({"A", "B"}) + Global({"D"}, {"A.D!", "B.D!"})));
-  EXPECT_EQ(Found(checker),
+  std::set<std::string> said;
+  EXPECT_EQ(Found(checker, &said),
             (std::vector<std::string>{"2 reference-order 4", "2 reference-order 6",
                                       "11 configuration-unknown", "2 framework-new", "5 reference-outside"}));
+  EXPECT_EQ(Listed(folder, said), ReferenceMessages);
 }
 
 TEST(Check, SaysWhatTheUserHasMadeOfItsRules) {

@@ -55,6 +55,16 @@ TEST(Diagnostics, AreToldByTheirForm) {
       {u"/b/ld.exe: a.o:a.c:(.text+0x7): undefined reference to `f'",
        u"a.c|0|0|error||undefined reference to `f'|"},
       {u"/b/ld: cannot find -lfoo", u"|0|0|error||cannot find -lfoo|"},
+      {u"a.f90:10.5: one two three warning X1: t", u"a.f90|10|5|warning|X1|t|"},
+      {u"a.c(12-14): error X1: t", u"a.c|12|0|error|X1|t|"},
+      {u"a b.c(12,5-13,1): one two three four error X1: t", u"a b.c|12|5|error|X1|t|"},
+      {u"a.c(12,5): one two three four five error X1: t", u""},
+      {u"a.c:7:0: error X1: t", u"a.c:7:0|0|0|error|X1|t|"},
+      {u"one two three: sub cat error X1: t", u"|0|0|error|X1|t|"},
+      {u"one two three four: error X1: t", u""},
+      {u"a.c: one two three error X1: t", u""},
+      {u"a.c(1): \x1b[31;1merror\x1b[m X1: t", u"a.c|1|0|error|X1|t|"},
+      {u"a.c(1): error X1: t\x1b[", u"a.c|1|0|error|X1|t|"},
       {u"    0 Error(s)", u""},
       {u"Errors: 0", u""},
       {u"Error : 0", u""},
@@ -70,6 +80,13 @@ TEST(Diagnostics, AreToldByTheirForm) {
   };
   for (const auto& [line, expected] : cases)
     EXPECT_EQ(Shown(line), expected) << text::ToUtf8(line.substr(0, 80));
+}
+
+TEST(BuildNumberOf, IsWhatStandsBeforeALine) {
+  const std::pair<std::u16string_view, int> rows[] = {
+      {u" 12>a", 12}, {u">a", 0}, {u"12", 0}, {u"1x>a", 0}, {u"7>", 7}};
+  for (const auto& [line, number] : rows)
+    EXPECT_EQ(BuildNumberOf(line), number) << text::ToUtf8(line);
 }
 
 } // namespace

@@ -68,6 +68,19 @@ TEST(SourceFiles, HashLinesAsGitHubDoes) {
   EXPECT_THAT(LineHashesOf(u""), ElementsAre("c129715d7a2bc9a3:1"));
   EXPECT_THAT(LineHashesOf(u" a\nb\n  \t\tc\n d"), ElementsAre("271789c17abda88f:1", "54703d4cd895b18:1",
                                                                "180aee12dab6264:1", "a23a3dc5e078b07b:1"));
+  const tests::TTemporaryFolder folder;
+  folder.Write("d/a.c", " a\nb\n  \t\tc\n d");
+  TSourceFiles files(folder.Path());
+  for (const auto& [name, line, text, hash] :
+       {std::tuple(u"d/a.c", 1, u" a", "271789c17abda88f:1"),
+        std::tuple(u"d/a.c", 4, u" d", "a23a3dc5e078b07b:1"), std::tuple(u"d/a.c", 5, u"", ""),
+        std::tuple(u"d/a.c", 0, u"", ""), std::tuple(u"b.c", 1, u"", "")}) {
+    EXPECT_EQ(files.LineText(name, line), text) << line;
+    EXPECT_EQ(files.LineHash(name, line), hash) << line;
+  }
+  EXPECT_EQ(SeenFrom(u"C:\\s", u"c:/S/./a.c") + u" " + SeenFrom(u"", u".\\./b.c") + u" " +
+                SeenFrom(u"/s/", u"/st/c.c"),
+            u"a.c b.c /st/c.c");
 }
 
 } // namespace

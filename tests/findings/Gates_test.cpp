@@ -1,6 +1,7 @@
 #include "program/findings/Gates.h"
 
 #include "foundation/text/Encoding.h"
+#include "foundation/text/Exceptions.h"
 #include "foundation/text/WindowsPath.h"
 #include "program/findings/FindingList.h"
 #include "tests/support/TemporaryFolder.h"
@@ -43,6 +44,37 @@ TEST(Gates, StopWhatIsNewOrTooMuch) {
   ASSERT_EQ(result.New.size(), 1U);
   EXPECT_EQ(result.New[0].Message, u"new");
   EXPECT_EQ(std::pair(result.Known, result.Fixed), std::pair(std::int64_t{1}, std::int64_t{1}));
+}
+
+TEST(Gates, AreReadFromWordsAndTheNearestCounts) {
+  for (const auto& [word, failOn] :
+       {std::pair(u"never", TFailOn::Never), std::pair(u"Error", TFailOn::Error),
+        std::pair(u"WARNING", TFailOn::Warning), std::pair(u"new-warning", TFailOn::NewWarning)})
+    EXPECT_EQ(ReadFailOn(word), failOn);
+  EXPECT_THROW(ReadFailOn(u"new"), EKxException);
+  EXPECT_EQ(ReadMaxWarnings(u" 0 ") + ReadMaxWarnings(u"12"), 12);
+  for (const auto* text : {u"-1", u"", u"x", u"1x"})
+    EXPECT_THROW(ReadMaxWarnings(text), EKxException);
+  const TGateSettings far{u"far", TFailOn::Error, 1}, near{u"near", TFailOn::Never, 0};
+  for (const auto& [settings, expected] :
+       {std::pair(near.Or(far), near), std::pair(TGateSettings{}.Or(far), far)})
+    EXPECT_EQ(std::tuple(settings.Baseline, settings.FailOn, settings.MaxWarnings),
+              std::tuple(expected.Baseline, expected.FailOn, expected.MaxWarnings));
+}
+
+TEST(Findings, AreChosenByTheirSeverity) {
+  using enum TFindingSeverity;
+  const std::vector<TFinding> findings{Found(Warning, u"a"), Found(Note, u"b"),  Found(Error, u"c"),
+                                       Found(Warning, u"d"), Found(Error, u"e"), Found(Note, u"f")};
+  const TFindingCounts counts = CountOf(findings);
+  EXPECT_EQ(std::tuple(counts.Errors, counts.Warnings, counts.Notes), std::tuple(2, 2, 2));
+  const auto chosen = [&](std::size_t most) {
+    std::u16string all;
+    for (const auto* finding : MostSevere(findings, most))
+      all += finding->Message;
+    return text::ToUtf8(all);
+  };
+  EXPECT_EQ(chosen(9) + " " + chosen(3), "cead cea");
 }
 
 } // namespace

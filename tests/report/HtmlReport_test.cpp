@@ -45,7 +45,18 @@ protected:
   }
 
   std::string Page(const TRunReport& report) {
-    return BytesOf([&](const platform::PutBytes& put) { return Html.Write(report, put); });
+    std::string page = BytesOf([&](const platform::PutBytes& put) { return Html.Write(report, put); });
+    for (const std::string tag : {"a", "b", "details", "div", "h1", "h2", "nav", "pre", "section", "span",
+                                  "summary", "svg", "table", "ul"})
+      EXPECT_EQ(Count(page, "<" + tag + " ") + Count(page, "<" + tag + ">"), Count(page, "</" + tag + ">"))
+          << tag;
+    return page;
+  }
+  static std::size_t Count(std::string_view page, std::string_view what) {
+    std::size_t count = 0;
+    for (std::size_t at = 0; (at = page.find(what, at)) != page.npos; at += what.size())
+      ++count;
+    return count;
   }
   std::string Document() {
     return BytesOf([this](const platform::PutBytes& put) { return JUnit.Write({}, put); });
@@ -160,6 +171,9 @@ TEST_F(Reports, SayInTheirHeadlineWhatBecameOfTheRunAndWhy) {
         .Elapsed = milliseconds(320000),
         .Actions = {built(Succeeded, Succeeded, Succeeded)}},
        "<h1>Built 2 projects and passed 3 tests in 5 min 20 s</h1><p class=lead>No warnings."},
+      {{.Result = Succeeded,
+        .Actions = {{.IsLoop = true, .Result = Succeeded}, {.Result = Succeeded}, {.Result = Succeeded}}},
+       ">Succeeded: 2 actions in"},
       {{.Result = Failed,
         .Actions = {built(Failed, Succeeded, Failed)},
         .Findings = {finding(u"B", u"src/F<o>.cs"), finding(u"B", u"G.cs")}},
@@ -203,8 +217,8 @@ TEST_F(Reports, ShowProblemsByFileThoseWithErrorsFirst) {
                                               .Fixed = {{.Rule = u"W2", .Message = u"Gone"}}});
   const std::string page = Page(report);
   for (const char* part :
-       {"<div class=\"f error new\" id=first><a href=#L12>line 2</a><code>E1</code><details "
-        "open><summary>Bad &quot;x&quot;<",
+       {"<div class=\"f error new\" id=first><a href=#L12>line 2</a><code>E1</code><details open>",
+        "<details open><summary>Bad &quot;x&quot;<",
         "<u>1</u>one\n<mark><u>2</u>two &lt;T&gt;</mark>\n<u>3</u>three\n", "</details><b>new</b></div>\n",
         "<div class=\"f warning known\"><span>line 7</span>", "since 1 Jan 1970, 2 runs ago",
         "Fixed since the run before", "3 more were not kept", "<h2>Trends</h2>"})
@@ -265,9 +279,8 @@ TEST_F(Reports, ListWhatWasStampedAndFiguresOfOtherActions) {
     Send(TMetricSent{{category, u"Lines", std::int64_t{1234}}, u"Debug"});
   const std::string page = Page({.Surroundings = {.Machine = u"M<1>", .Tools = {u"xbuild 14.0", u"mono 6"}}});
   for (const char* part :
-       {"<h2>Versions</h2>",
-        "<tr><td>/x/a&lt;b&gt;.cs<td>AssemblyVersion<td><code>1.2.3.4</code>\n<tr><td>/x/"
-        "a&lt;b&gt;.cs<td>AssemblyCompany<td><code>C &amp; Co",
+       {"<h2>Versions</h2>", "<tr><td>/x/a&lt;b&gt;.cs<td>AssemblyVersion<td><code>1.2.3.4</code>\n",
+        "<tr><td>/x/a&lt;b&gt;.cs<td>AssemblyCompany<td><code>C &amp; Co",
         "<tr><td>/x/v.rc<td>version resource", "<td>Coverage: Lines<td><td>Debug<td class=number>1,234",
         "<dt>Machine<dd>M&lt;1&gt;", "<dd>xbuild 14.0, mono 6"})
     EXPECT_THAT(page, HasSubstr(part));

@@ -1,0 +1,146 @@
+#include "program/report/RunMerge.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <iterator>
+#include <string>
+#include <tuple>
+#include <unordered_map>
+#include <utility>
+
+namespace kx {
+
+namespace {
+
+// What counts for several runs before other things.
+int Weight(TResultKind kind) {
+  constexpr std::array lightFirst{TResultKind::Skipped,
+                                  TResultKind::NothingToDo,
+                                  TResultKind::WouldRun,
+                                  TResultKind::Succeeded,
+                                  TResultKind::Ignored,
+                                  TResultKind::Stopped,
+                                  TResultKind::FinishedWithFailures,
+                                  TResultKind::Failed};
+  return static_cast<int>(std::ranges::find(lightFirst, kind) - lightFirst.begin());
+}
+
+void TakeWorse(TResultKind& merged, TResultKind kind) {
+  if (Weight(kind) > Weight(merged)) merged = kind;
+}
+
+// Where the runs differ, there is none for all of them.
+void MergeText(std::u16string& merged, const std::u16string& text) {
+  if (merged != text) merged.clear();
+}
+
+void MergeSurroundings(TRunSurroundings& merged, const TRunSurroundings& other) {
+  for (const auto text : {&TRunSurroundings::Machine, &TRunSurroundings::System, &TRunSurroundings::Commit,
+                          &TRunSurroundings::Branch, &TRunSurroundings::CommandLine})
+    MergeText(merged.*text, other.*text);
+}
+
+bool IsSameLoop(const std::optional<TPartOfRun>& part, const std::optional<TPartOfRun>& other) {
+  return part && other && part->Pass > 0 && other->Pass > 0 && part->Place == other->Place;
+}
+
+// Runs that are no parts stand behind those that are, in their own order.
+std::tuple<bool, std::size_t, int> OrderOf(const TRunReport& run) {
+  return run.Part ? std::tuple(false, run.Part->Place, run.Part->Pass) : std::tuple(true, std::size_t{0}, 0);
+}
+
+class TMerging {
+public:
+  explicit TMerging(TRunReport first) : merged_(std::move(first)) {
+    last_ = merged_.Part;
+    Take(std::exchange(merged_.Findings, {}));
+    merged_.Part.reset();
+  }
+
+  void Add(TRunReport run) {
+    TakeWorse(merged_.Result, run.Result);
+    merged_.NothingExecuted = merged_.NothingExecuted && run.NothingExecuted;
+    merged_.Counts += run.Counts;
+    merged_.Tests += run.Tests;
+    merged_.MoreFindings += run.MoreFindings;
+    MergeText(merged_.Root, run.Root);
+    MergeText(merged_.File, run.File);
+    MergeSurroundings(merged_.Surroundings, run.Surroundings);
+    Take(std::move(run.Findings));
+    TakeActions(std::move(run));
+  }
+
+  TRunReport Result() && { return std::move(merged_); }
+
+private:
+  void Take(std::vector<TFinding> findings) {
+    for (TFinding& finding : findings) {
+      const auto [known, isNew] = places_.try_emplace(finding.Fingerprint, merged_.Findings.size());
+      if (isNew) {
+        merged_.Findings.push_back(std::move(finding));
+      } else {
+        merged_.Findings[known->second].Occurrences += finding.Occurrences;
+      }
+    }
+  }
+
+  void TakeActions(TRunReport run) {
+    auto first = run.Actions.begin();
+    if (first != run.Actions.end() && IsSameLoop(last_, run.Part)) {
+      MergeLoop(merged_.Actions[loop_], *first++);
+    } else {
+      loop_ = merged_.Actions.size();
+    }
+    last_ = run.Part;
+    std::move(first, run.Actions.end(), std::back_inserter(merged_.Actions));
+  }
+
+  TRunReport merged_;
+  std::optional<TPartOfRun> last_;                         // that was added
+  std::size_t loop_ = 0;                                   // where its first action stands
+  std::unordered_map<std::u16string, std::size_t> places_; // of the findings, by fingerprint
+};
+
+} // namespace
+
+void MoveTimes(TActionResult& action, std::chrono::milliseconds by) {
+  action.Began += by;
+  for (auto& configuration : action.Configurations) {
+    configuration.Began += by;
+    for (auto& project : configuration.Projects)
+      project.Began += by;
+  }
+}
+
+void MergeLoop(TActionResult& loop, const TActionResult& further) {
+  TakeWorse(loop.Result, further.Result);
+  if (loop.Reason.empty()) loop.Reason = further.Reason;
+  loop.Counts += further.Counts;
+  loop.Tests += further.Tests;
+  const auto end = std::max(loop.Began + loop.Elapsed, further.Began + further.Elapsed);
+  loop.Began = std::min(loop.Began, further.Began);
+  loop.Elapsed = end - loop.Began;
+}
+
+TRunReport TRunMerge::Take() {
+  using std::chrono::duration_cast, std::chrono::milliseconds;
+  const auto began = std::ranges::min(runs_, {}, &TRunReport::Began).Began;
+  auto end = began;
+  for (TRunReport& run : runs_) {
+    for (auto& action : run.Actions)
+      MoveTimes(action, duration_cast<milliseconds>(run.Began - began));
+    end = std::max(end, run.Began + run.Elapsed);
+  }
+  std::ranges::stable_sort(runs_, {}, OrderOf);
+  TMerging merging(std::move(runs_.front()));
+  for (std::size_t i = 1; i < runs_.size(); ++i)
+    merging.Add(std::move(runs_[i]));
+  runs_.clear();
+  TRunReport merged = std::move(merging).Result();
+  merged.Began = began;
+  merged.Elapsed = duration_cast<milliseconds>(end - began);
+  return merged;
+}
+
+} // namespace kx

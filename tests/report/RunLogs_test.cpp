@@ -1,0 +1,164 @@
+#include "program/report/JsonLinesReader.h"
+
+#include "program/report/JsonLinesSink.h"
+#include "program/report/RunMerge.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+namespace kx {
+namespace {
+
+using std::chrono::milliseconds;
+
+const std::chrono::system_clock::time_point Start{std::chrono::seconds(1'270'117'230)};
+
+TActionResult Result(TResultKind kind, int seed) {
+  TActionResult result{.Name = u"A" + text::FromInteger(seed), .Type = u"STEP", .Pass = u"p", .IsLoop = true};
+  result.Result = kind;
+  result.Reason = u"r";
+  result.Counts = {seed, seed + 1};
+  result.Tests = {seed + 2, seed + 3, seed + 4};
+  result.Began = milliseconds(seed + 5);
+  result.Elapsed = milliseconds(seed + 6);
+  result.Configurations = {{.Configuration = u"Debug", .Result = kind, .Reason = u"s", .Counts = {seed, 0}}};
+  result.Configurations[0].Began = milliseconds(seed + 7);
+  result.Configurations[0].Projects = {{.Project = u"App", .Configuration = u"D", .Result = kind}};
+  result.Configurations[0].Projects[0].Began = milliseconds(seed + 8);
+  return result;
+}
+
+// The events of a run that begins after `began`; the end is missing where it was killed.
+std::vector<TRunEvent> Events(milliseconds began, TResultKind kind, const std::u16string& root,
+                              bool isKilled = false) {
+  const int seed = static_cast<int>(began.count());
+  std::vector<TRunEvent> events;
+  const auto add = [&](int depth, decltype(TRunEvent::What) what) {
+    events.push_back({Start + began + milliseconds(events.size()), depth, std::move(what)});
+  };
+  add(0, TActionStarted{u"L", u"LOOP", u"d", u"", 0, {}});
+  add(1, TActionStarted{u"A", u"STEP", u"e", u"p", 1, TLoopPosition{u"pass", 2, 3}});
+  add(2, TGroupStarted{u"g", TStatusTag::stWarning});
+  add(3, TMessageSent{u"m \u00E9", TStatusTag::stError, true});
+  add(2, TGroupEnded{u"g", TStatusTag::stError, milliseconds(9)});
+  add(2, TGroupEnded{u"h", std::nullopt, {}});
+  add(2, TMetricSent{{u"C", u"N", std::int64_t{17}}, u"Debug"});
+  add(2, TMetricSent{{u"C", u"N", std::u16string(u"text")}, u""});
+  add(1, TActionEnded{Result(kind, seed)});
+  add(0, TActionEnded{Result(kind, seed + 20)});
+  if (isKilled) return events;
+  TRunReport report{.Result = kind, .Counts = {seed, 1}, .Tests = {1, 2, 3}, .Elapsed = milliseconds(100)};
+  report.Began = Start + began;
+  report.MoreFindings = 4;
+  report.Root = root;
+  report.File = u"f";
+  report.Surroundings = {u"machine", u"system", u"commit", u"branch", u"line", {u"tool"}};
+  report.Findings = {
+      {.Rule = u"R", .Message = u"m", .Place = {u"a.c", 3, 4}, .Fingerprint = u"same", .Said = 1},
+      {.Rule = u"R", .Message = u"m", .Fingerprint = u"own" + text::FromInteger(seed)}};
+  add(0, TRunEnded{std::move(report)});
+  return events;
+}
+
+class RunLogs : public testing::Test {
+protected:
+  std::u16string WriteLog(const std::string& name, const std::vector<TRunEvent>& events) {
+    auto sink = TJsonLinesSink::Create(Folder.Path(name));
+    EXPECT_TRUE(sink);
+    for (const auto& event : events)
+      (*sink)->On(event);
+    EXPECT_TRUE((*sink)->Close());
+    return Folder.Path(name);
+  }
+  // Fails as the reader does.
+  platform::Status Read(const std::u16string& file) {
+    auto run =
+        ReadRunLog(file, Messages, [this](const TRunEvent& event) { Told.push_back(ToJsonLine(event)); });
+    if (!run) return platform::Failure{run.Message()};
+    Logs.Add(*std::move(run));
+    return platform::Done{};
+  }
+
+  tests::TTemporaryFolder Folder;
+  TRunMerge Logs;
+  std::int64_t Messages = 0;
+  std::vector<std::string> Told;
+};
+
+TEST_F(RunLogs, GiveBackWhatWasWritten) {
+  const auto events = Events(milliseconds(0), TResultKind::FinishedWithFailures, u"/r");
+  ASSERT_TRUE(Read(WriteLog("a.jsonl", events)));
+  std::vector<std::string> written;
+  written.reserve(events.size());
+  for (const auto& event : events)
+    written.push_back(ToJsonLine(event));
+  const std::string end = written.back();
+  written.pop_back();
+  EXPECT_EQ(Told, written);
+  TRunReport report = Logs.Take();
+  EXPECT_EQ(ToJsonLine({events.back().Time, 0, TRunEnded{report}}), end);
+  EXPECT_EQ(report.Began, Start);
+  ASSERT_EQ(std::pair(report.Actions.size(), report.Findings.size()),
+            std::pair(std::size_t{2}, std::size_t{2}));
+  EXPECT_EQ(report.Actions[0].Name, u"A20") << "the one that began first";
+  EXPECT_EQ(report.Findings[0].Place, (TFindingPlace{u"a.c", 3, 4}));
+}
+
+TEST_F(RunLogs, BecomeOneRun) {
+  ASSERT_TRUE(Read(WriteLog("a.jsonl", Events(milliseconds(70), TResultKind::Succeeded, u"/r"))));
+  ASSERT_TRUE(Read(WriteLog("b.jsonl", Events(milliseconds(10), TResultKind::Failed, u"/s"))));
+  ASSERT_TRUE(Read(WriteLog("c.jsonl", Events(milliseconds(40), TResultKind::Ignored, u"/r", true))));
+  const TRunReport report = Logs.Take();
+  EXPECT_EQ(report.Result, TResultKind::Failed);
+  EXPECT_EQ(report.Began, Start + milliseconds(10));
+  EXPECT_EQ(report.Elapsed, milliseconds(160));
+  EXPECT_EQ(std::pair(report.Root, report.File), std::pair(std::u16string(), std::u16string()));
+  // 40 and 60 of the actions outside of the loop of the log that breaks off
+  EXPECT_EQ(
+      std::tuple(report.Counts.Errors, report.Counts.Warnings, report.Tests.NotRun, report.MoreFindings),
+      std::tuple(70 + 10 + 60 + 40, 1 + 1 + 61 + 41, 3 + 3 + 64 + 44, 8));
+  std::string findings, began;
+  for (const auto& finding : report.Findings)
+    findings += text::ToUtf8(finding.Fingerprint) + "*" + std::to_string(finding.Occurrences) + " " +
+                std::to_string(finding.Said) + " ";
+  EXPECT_EQ(findings, "same*2 1 own70*1 0 own10*1 0 run-interrupted*1 0 ");
+  for (const auto& action : report.Actions)
+    began += std::to_string(action.Began.count()) + " " +
+             std::to_string(action.Configurations[0].Began.count()) + " " +
+             std::to_string(action.Configurations[0].Projects[0].Began.count()) + ", ";
+  EXPECT_EQ(began, "155 157 158, 135 137 138, 35 37 38, 15 17 18, 95 97 98, 75 77 78, ");
+}
+
+TEST_F(RunLogs, AreToldFromWhatIsNone) {
+  const std::string line = ToJsonLine({Start, 0, TMessageSent{u"m"}});
+  const std::tuple<const char*, std::string, std::string> rows[] = {
+      {"a torn last line", line + "\n" + line.substr(0, 30), ""},
+      {"an event of a newer version",
+       line + "\n" +
+           R"({"time":"2010-04-01T10:20:30.007Z","event":"later"})"
+           "\n",
+       ""},
+      {"a torn line among others", line.substr(0, 30) + "\n" + line + "\n", ":1"},
+      {"another file behind", line + "\nx\n", ":2"},
+      {"nothing", "", ":1"},
+      {"nothing but a torn line", line.substr(0, 30), ":1"},
+      {"a time that is none", "{\"time\":\"2010-04-01\",\"event\":\"message\"}\n", ":1"},
+  };
+  for (const auto& [name, bytes, place] : rows) {
+    const std::u16string file = Folder.Write("l.jsonl", bytes);
+    const auto read = Read(file);
+    EXPECT_EQ(static_cast<bool>(read), place.empty()) << name;
+    if (!read) {
+      EXPECT_TRUE(text::ToUtf8(read.Message()).starts_with(text::ToUtf8(file) + place + ": This is no log"))
+          << name;
+    }
+  }
+  EXPECT_FALSE(Read(Folder.Path("gone.jsonl")));
+  const auto folder = TJsonLinesSink::Create(Folder.Path());
+  ASSERT_FALSE(folder);
+  EXPECT_TRUE(folder.Message().starts_with(u"Cannot write log file " + Folder.Path()))
+      << text::ToUtf8(folder.Message());
+}
+
+} // namespace
+} // namespace kx
