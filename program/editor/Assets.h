@@ -1,4 +1,4 @@
-// The files of the page (web/, and report/theme.css), compiled in.
+// The files of the page (web/, and what it shares with the report), compiled in.
 #pragma once
 
 #include <span>

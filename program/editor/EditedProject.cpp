@@ -46,6 +46,18 @@ bool FindPath(const std::vector<std::unique_ptr<TActionNode>>& nodes, const TAct
   return false;
 }
 
+TActionNode& NodeIn(const TProject& project, const TActionPath& path) {
+  const auto* nodes = &project.Actions();
+  TActionNode* node = nullptr;
+  for (const std::size_t position : path) {
+    if (position >= nodes->size()) throw EKxException(u"The project has no such action any more.");
+    node = (*nodes)[position].get();
+    nodes = &node->Children();
+  }
+  if (node == nullptr) throw EKxException(u"No action is named.");
+  return *node;
+}
+
 // As far as they are the same actions.
 void CopyValues(const TNodes& to, const TNodes& from, TProjectFile& file) {
   for (std::size_t i = 0; i < std::min(to.size(), from.size()); ++i) {
@@ -105,15 +117,7 @@ void TEditedProject::Show(std::string text) {
 }
 
 TActionNode& TEditedProject::NodeAt(const TActionPath& path) const {
-  const auto* nodes = &Project().Actions();
-  TActionNode* node = nullptr;
-  for (const std::size_t position : path) {
-    if (position >= nodes->size()) throw EKxException(u"The project has no such action any more.");
-    node = (*nodes)[position].get();
-    nodes = &node->Children();
-  }
-  if (node == nullptr) throw EKxException(u"No action is named.");
-  return *node;
+  return NodeIn(Project(), path);
 }
 
 TActionPath TEditedProject::PathOf(const TActionNode& node) const {
@@ -231,26 +235,24 @@ void TEditedProject::Replace(std::string text) {
   lastEdit_.clear();
 }
 
-TActionNode& TEditedProject::AddAction(std::u16string_view type, const TActionPath& at) {
+TActionNode& TEditedProject::AddAction(std::u16string_view type, const TRowPath& at) {
   Accept();
   if (at.empty()) throw EKxException(u"There is no such place for an action.");
-  // The writer appends what was added; from there it goes to its place.
+  // The writer appends what was added to the loop or the project; from there it goes to its place.
+  const TProjectText before(text_);
+  const TRowPath holder(at.begin(), at.end() - 1);
+  const auto parent = holder.empty() ? std::nullopt : before.ActionAt(holder);
   const auto made = Load(text_);
-  const auto* siblings = &made->Runner.Project().Actions();
-  TActionNode* parent = nullptr;
-  for (std::size_t depth = 0; depth + 1 < at.size(); ++depth) {
-    if (at[depth] >= siblings->size()) throw EKxException(u"The project has no such action any more.");
-    parent = (*siblings)[at[depth]].get();
-    siblings = &parent->Children();
-  }
-  TActionPath last = at;
-  last.back() = siblings->size();
-  made->Runner.Project().AddAction(type, parent);
+  const TProject& project = made->Runner.Project();
+  made->Runner.Project().AddAction(type, parent ? &NodeIn(project, *parent) : nullptr);
+  TRowPath last = parent ? holder : TRowPath();
+  last.push_back(before.RowsIn(last));
+  TRowPath place = at;
+  place.back() = std::min(place.back(), before.RowsIn(holder));
   TProjectText text(made->File.Text());
-  if (at.back() < last.back()) text.MoveAction(last, at);
+  text.MoveRow(last, place);
   Replace(text.Bytes());
-  last.back() = std::min(at.back(), last.back());
-  return NodeAt(last);
+  return NodeAt(*text.ActionAt(place));
 }
 
 void TEditedProject::SetProperty(TActionNode& node, std::u16string_view property, std::u16string_view text) {

@@ -64,7 +64,7 @@ public:
 
   void EditText(const std::function<void(TProjectText&)>& edit);
   // Makes an action with its default values at this place; gives it back.
-  TActionNode& AddAction(std::u16string_view type, const TActionPath& at);
+  TActionNode& AddAction(std::u16string_view type, const TRowPath& at);
   void SetProperty(TActionNode& node, std::u16string_view property, std::u16string_view text);
   void Replace(std::string text); // by what a run has changed, or a copy that was kept
 

@@ -10,6 +10,7 @@
 #include "program/report/JsonLinesSink.h"
 #include "program/report/ResultJson.h"
 #include "program/report/ResultRows.h"
+#include "program/report/Timeline.h"
 #include "program/runner/ProjectFile.h"
 
 #include <algorithm>
@@ -73,6 +74,7 @@ struct TEditorRuns::TRun {
   std::atomic<bool> Running = true;
   std::atomic<bool> StopAsked = false;
   std::vector<TNumber> Metrics = {};
+  std::string Timeline = {}; // once it does not run any more
   std::u16string HistoryTrouble = {};
   std::mutex Mutex; // guards what follows; a disk may hold it
   TEventSpool Events;
@@ -242,6 +244,7 @@ void TEditorRuns::Execute(TRun& run) {
     error = MessageOf(failure);
   }
   auto summary = nlohmann::json::parse(SummaryOf(run, report, error));
+  run.Timeline = TimelineMarkup(report);
   const std::lock_guard lock(mutex_);
   summaries_.push_back(std::move(summary));
   if (!run.DryRun && !text.empty() && text != run.Text) result_ = std::move(text);
@@ -310,6 +313,11 @@ std::string TEditorRuns::Events(int run, std::size_t from, std::chrono::millisec
          newest->FindingsOf(from, next) + "]}";
 }
 
+std::string TEditorRuns::Timeline() const {
+  const auto newest = Newest();
+  return newest == nullptr || newest->Running ? std::string() : newest->Timeline;
+}
+
 nlohmann::json TEditorRuns::Summaries() const {
   const std::lock_guard lock(mutex_);
   return summaries_;
@@ -339,7 +347,9 @@ TEditorRuns::ReadLocation(const std::function<std::optional<std::string>(const T
   const auto fields = nlohmann::json::parse(*object);
   const auto line = fields.find("line");
   if (line == fields.end() || line->is_null()) return std::nullopt;
-  return TLocation{text::FromUtf8(fields.at("file").get<std::string>()), line->get<int>()};
+  const auto column = fields.find("column");
+  return TLocation{text::FromUtf8(fields.at("file").get<std::string>()), line->get<int>(),
+                   column != fields.end() && column->is_number_integer() ? column->get<int>() : 0};
 }
 
 } // namespace kx::editor

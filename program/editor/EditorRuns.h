@@ -53,11 +53,15 @@ public:
   // tables, their metrics, and what is to be said of their history ("historyTrouble", empty for nothing).
   nlohmann::json Summaries() const;
 
+  // Of the newest run, once it has ended, as program/report/Timeline.h draws it.
+  std::string Timeline() const;
+
   // Where the problem is that the newest run has reported at this position, or the finding in this place; the
   // page cannot ask for others.
   struct TLocation {
     std::u16string File; // full
     int Line = 0;
+    int Column = 0; // 0: not known
   };
   std::optional<TLocation> LocationOf(std::size_t event) const;
   std::optional<TLocation> LocationOfFinding(std::size_t place) const;

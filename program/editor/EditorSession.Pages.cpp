@@ -96,6 +96,7 @@ TJson TEditorSession::PagesJson(const TJson& arguments) {
                   {"name", text::ToUtf8(node.Name())},
                   {"typeName", text::ToUtf8(node.Action().GetActionName())},
                   {"continueOnError", ContinueOnErrorText(node.OnFailure())},
+                  {"terms", TermsJson(node, PathOf(arguments).size() == 1)},
                   {"pages", pages}};
   // The pages of a loop say which variable it sets; the form of a table without pages cannot.
   if (node.Iterator() != nullptr && pages.size() == 1)

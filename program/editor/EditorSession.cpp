@@ -1,11 +1,13 @@
 #include "program/editor/EditorSession.h"
 
+#include "foundation/platform/Files.h"
 #include "foundation/text/Encoding.h"
 #include "foundation/text/Exceptions.h"
 #include "foundation/text/Text.h"
 #include "program/editor/FileChooser.h"
 #include "program/editor/SessionArguments.h"
 #include "program/editor/SourceLines.h"
+#include "program/runner/FileLink.h"
 
 #include <algorithm>
 #include <array>
@@ -48,19 +50,22 @@ TEditorSession::~TEditorSession() {
 
 TEditorSession::TOperation TEditorSession::FindOperation(std::string_view name) {
   using T = TEditorSession;
-  static constexpr std::array<std::pair<std::string_view, TOperation>, 27> operations{{
+  static constexpr std::array<std::pair<std::string_view, TOperation>, 31> operations{{
       {"state", &T::State},
       {"ping", &T::Ping},
-      {"action", &T::Action},                     // {id}: its pages, as they are now
-      {"set", &T::Set},                           // {id, page, field, value}
-      {"click", &T::Click},                       // {id, page, field, button, choice}
-      {"offers", &T::Offers},                     // {id, page, field}
-      {"attribute", &T::Attribute},               // {id, name, value}: Name, ContinueOnError, LoopVariable
-      {"add", &T::Add},                           // {type, to}
-      {"move", &T::Move},                         // {id, to}
-      {"copy", &T::Copy},                         // {id, to}
-      {"remove", &T::Remove},                     // {id}
-      {"variable", &T::Variable},                 // {name, value}; null removes
+      {"action", &T::Action},       // {id}: its pages, as they are now
+      {"set", &T::Set},             // {id, page, field, value}
+      {"click", &T::Click},         // {id, page, field, button, choice}
+      {"offers", &T::Offers},       // {id, page, field}
+      {"attribute", &T::Attribute}, // {id, name, value}: Name, ContinueOnError, LoopVariable, the terms
+      {"add", &T::Add},             // {type, to}, the path of a row
+      {"move", &T::Move},           // {id, to}
+      {"copy", &T::Copy},           // {id, to}
+      {"remove", &T::Remove},       // {id}
+      {"group", &T::Group},         // {id, name}: puts the action into a new group
+      {"dissolve", &T::Dissolve},   // {id}, a group
+      {"variable", &T::Variable},   // {name, value}; null removes
+      {"renameVariable", &T::RenameVariable},     // {name, to}, with all that refers to it
       {"propertySet", &T::PropertySet},           // {name, kind}; null removes
       {"propertySetValue", &T::PropertySetValue}, // {set, name, value}; null removes
       {"undo", &T::Undo},
@@ -72,10 +77,11 @@ TEditorSession::TOperation TEditorSession::FindOperation(std::string_view name) 
       {"run", &T::Run},   // {dryRun}
       {"stop", &T::Stop},
       {"runs", &T::Runs},
-      {"history", &T::History}, // {run}: all of that one; without, what there is
-      {"source", &T::Source},   // {event} or {finding}
-      {"unsaved", &T::Unsaved}, // {file, take}: takes over what was kept, else removes it
-      {"quit", &T::Quit},       // {discard}
+      {"history", &T::History},   // {run}: all of that one; without, what there is
+      {"source", &T::Source},     // {event} or {finding}
+      {"timeline", &T::Timeline}, // of the newest run
+      {"unsaved", &T::Unsaved},   // {file, take}: takes over what was kept, else removes it
+      {"quit", &T::Quit},         // {discard}
   }};
   const auto found = std::ranges::find(operations, name, &std::pair<std::string_view, TOperation>::first);
   if (found == operations.end()) throw EKxException(u"There is no operation " + text::FromUtf8(name) + u".");
@@ -130,8 +136,8 @@ std::unique_lock<std::mutex> TEditorSession::LockForEditing() {
 // A running project has its own copy of the actions, but shares the services with those in here. And paths of
 // a page that has not seen the last move mean others now.
 void TEditorSession::RequireEditable(std::string_view operation, const TJson& arguments) {
-  static constexpr std::array<std::string_view, 9> reading{"state", "ping",   "list",    "stop", "runs",
-                                                           "run",   "source", "history", "quit"};
+  static constexpr std::array<std::string_view, 10> reading{"state", "ping",   "list",    "stop",     "runs",
+                                                            "run",   "source", "history", "timeline", "quit"};
   if (std::ranges::find(reading, operation) != reading.end()) return;
   if (runs_.IsRunning())
     throw EKxException(u"The project is running. It can be edited when the run has ended.");
@@ -178,12 +184,13 @@ void TEditorSession::TakeRunResult(std::unique_lock<std::mutex>& lock) {
 
 TJson TEditorSession::State(const TJson& /*arguments*/) {
   const TProject& project = project_.Project();
+  const TProjectText text(project_.Text());
   return {{"name", text::ToUtf8(project.Name)},
           {"file", text::ToUtf8(project_.FileName())},
-          {"tree", TreeJson(project)},
+          {"tree", TreeJson(project, text)},
           {"types", ActionTypesJson(services_)},
           {"variables", VariablesJson(project)},
-          {"propertySets", PropertySetsJson(TProjectText(project_.Text()))},
+          {"propertySets", PropertySetsJson(text)},
           {"unsaved", UnsavedJson()}};
 }
 
@@ -233,13 +240,35 @@ TJson TEditorSession::Runs(const TJson& /*arguments*/) {
   return {{"runs", runs_.Summaries()}};
 }
 
+// As markup, empty where there is none: it is drawn as in a report.
+TJson TEditorSession::Timeline(const TJson& /*arguments*/) {
+  return {{"markup", runs_.Timeline()}};
+}
+
+// To the place in the user's own editor; empty: none is set, or what somebody wrote into the options is no
+// link.
+std::string TEditorSession::LinkTo(const TEditorRuns::TLocation& location) {
+  const auto link = [this] {
+    const std::shared_lock reading(optionsMutex_);
+    return services_.Store().Get(OpenFileOption()).value_or(u"");
+  }();
+  try {
+    const auto file = platform::ResolveExisting(location.File).value_or(location.File);
+    return link.empty() ? std::string() : FileLink(text::Trim(link), file, location.Line, location.Column);
+  } catch (const EKxException&) {
+    return {};
+  }
+}
+
 // Some lines around a problem. The page names an event or the place of a finding, never a file.
 TJson TEditorSession::Source(const TJson& arguments) {
   const bool isFinding = arguments.contains("finding");
   aside_ = [this, isFinding, index = IndexOf(arguments, isFinding ? "finding" : "event"), stop = stop_] {
     const auto location = isFinding ? runs_.LocationOfFinding(index) : runs_.LocationOf(index);
     if (!location) throw EKxException(u"The message names no place.");
-    return SourceJson(ReadSourceLines(location->File, location->Line, *stop));
+    TJson source = SourceJson(ReadSourceLines(location->File, location->Line, *stop));
+    source["open"] = LinkTo(*location);
+    return source;
   };
   return TJson::object();
 }

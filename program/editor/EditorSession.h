@@ -68,7 +68,10 @@ private:
   TJson Move(const TJson& arguments);
   TJson Copy(const TJson& arguments);
   TJson Remove(const TJson& arguments);
+  TJson Group(const TJson& arguments);
+  TJson Dissolve(const TJson& arguments);
   TJson Variable(const TJson& arguments);
+  TJson RenameVariable(const TJson& arguments);
   TJson PropertySet(const TJson& arguments);
   TJson PropertySetValue(const TJson& arguments);
   TJson Undo(const TJson& arguments);
@@ -82,6 +85,7 @@ private:
   TJson Runs(const TJson& arguments);
   TJson History(const TJson& arguments);
   TJson Source(const TJson& arguments);
+  TJson Timeline(const TJson& arguments);
   TJson Unsaved(const TJson& arguments);
   TJson Quit(const TJson& arguments);
 
@@ -91,7 +95,9 @@ private:
   TPages& OptionsPages();
   TKxPropertyPage& OptionsPage(std::size_t index);
   TJson PagesJson(const TJson& arguments);
-  TJson Moved(std::string_view id);
+  std::string LinkTo(const TEditorRuns::TLocation& location);
+  TJson Moved(const TRowPath& row);
+  void EditRow(const TJson& arguments, const std::function<void(TProjectText&, const TRowPath&)>& edit);
   void RequireEditable(std::string_view operation, const TJson& arguments);
   std::unique_lock<std::mutex> LockForEditing();
   TJson DoAside(const TWork& work, TKxEvent& stop);

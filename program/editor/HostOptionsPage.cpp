@@ -25,6 +25,11 @@ TKxFieldKind KindOf(const TKnownOption& option) {
 }
 
 std::u16string_view HintOf(const TKnownOption& option) {
+  if (option.Kind == TKnownOption::TKind::Link)
+    return u"The address by which your own editor opens a file at a line, such as "
+           u"vscode://file/{file}:{line}:{column} or idea://open?file={file}&line={line}; empty: problems do "
+           u"not lead "
+           u"to it.";
   return option.Name.Section == DotNetSection
              ? u"The folder that holds MSBuild.exe; empty: what this machine says."
              : u"An applicationHost.config that says where the web servers publish their folders; empty: "

@@ -44,6 +44,8 @@ char16_t SeparatorOf(std::u16string_view folder) {
 // Nothing when the path is too far away, or its way from the folder would mean something else.
 std::optional<std::u16string> Relative(std::u16string_view path, std::u16string_view folder) {
   if (text::IsPosixPath(path) != text::IsPosixPath(folder)) return std::nullopt;
+  // A share whose server has no name: the names alone would be those of another share.
+  if (path.starts_with(u"\\\\\\") || folder.starts_with(u"\\\\\\")) return std::nullopt;
   const auto names = NamesOf(path);
   const auto folders = NamesOf(folder);
   const auto [here, there] = std::ranges::mismatch(folders, names, SameName);

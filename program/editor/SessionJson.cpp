@@ -17,6 +17,7 @@ namespace {
 // In the order of TKxFieldKind and TKxButtonKind.
 constexpr std::array<const char*, 11> FieldKinds{"heading", "note", "choice", "check",  "text",    "secret",
                                                  "integer", "list", "file",   "folder", "dropdown"};
+constexpr char GroupMark = 'g'; // of the ids of groups
 constexpr std::array<const char*, 3> ButtonKinds{"browse", "accept", "custom"};
 
 TJson TextsJson(const std::vector<std::u16string>& texts) {
@@ -50,21 +51,29 @@ TJson FieldJson(const TKxPageField& field) {
           {"error", text::ToUtf8(field.Error)}};
 }
 
-TJson NodesJson(const std::vector<std::unique_ptr<TActionNode>>& nodes, const TActionPath& holder) {
-  TJson list = TJson::array();
-  for (std::size_t i = 0; i < nodes.size(); ++i) {
-    TActionPath path = holder;
-    path.push_back(i);
-    const TActionNode& node = *nodes[i];
-    TJson row = {{"id", PathText(path)},
-                 {"type", text::ToUtf8(node.Type().Identifier)},
-                 {"typeName", text::ToUtf8(node.Action().GetActionName())},
-                 {"name", text::ToUtf8(node.Name())},
-                 {"isLoop", node.Iterator() != nullptr}};
-    if (node.Iterator() != nullptr) row["children"] = NodesJson(node.Children(), path);
-    list.push_back(std::move(row));
+TJson NodeJson(const TActionNode& node, const TActionPath& path) {
+  TJson row = {{"id", PathText(path)},
+               {"type", text::ToUtf8(node.Type().Identifier)},
+               {"typeName", text::ToUtf8(node.Action().GetActionName())},
+               {"name", text::ToUtf8(node.Name())},
+               {"isLoop", node.Iterator() != nullptr}};
+  if (node.Iterator() == nullptr) return row;
+  row["children"] = TJson::array();
+  for (std::size_t i = 0; i < node.Children().size(); ++i) {
+    TActionPath inner = path;
+    inner.push_back(i);
+    row["children"].push_back(NodeJson(*node.Children()[i], inner));
   }
-  return list;
+  return row;
+}
+
+std::string GroupId(std::size_t group) {
+  return GroupMark + std::to_string(group);
+}
+
+// As the page shows and sends it: that nothing is needed is another thing than nothing said.
+std::string NeedsValue(const std::optional<std::u16string>& needs) {
+  return text::ToUtf8(needs && needs->empty() ? NoNeeds : needs.value_or(u""));
 }
 
 std::u16string_view WithoutColon(std::u16string_view label) {
@@ -123,6 +132,18 @@ TActionPath ParsePath(std::string_view text) {
   return path;
 }
 
+TRowPath RowOfId(const TProjectText& text, std::string_view id) {
+  if (!id.starts_with(GroupMark)) return text.RowOfAction(ParsePath(id));
+  const TActionPath group = ParsePath(id.substr(1));
+  return text.RowOfGroup(group.size() == 1 ? group.front() : std::string::npos);
+}
+
+std::string IdOfRow(const TProjectText& text, const TRowPath& row) {
+  if (const auto action = text.ActionAt(row)) return PathText(*action);
+  return GroupId(static_cast<std::size_t>(
+      std::ranges::count_if(text.Groups(), [&](const auto& group) { return group.Row < row.front(); })));
+}
+
 TJson PageJson(const TKxPropertyPage& page) {
   TJson fields = TJson::array();
   for (const auto& field : page.Fields())
@@ -158,7 +179,8 @@ TJson OffersJson(const TKxFieldOffers& offers) {
                       {"label", text::ToUtf8(item.Label)},
                       {"chosen", item.Chosen},
                       {"lines", TextsJson(item.Lines)},
-                      {"cells", TextsJson(item.Cells)}});
+                      {"cells", TextsJson(item.Cells)},
+                      {"folders", TextsJson(item.Folders)}});
     return list;
   };
   return {{"items", rows(offers.Items)},
@@ -172,8 +194,45 @@ TKxButtonKind ParseButton(std::string_view name) {
   return static_cast<TKxButtonKind>(found - ButtonKinds.begin());
 }
 
-TJson TreeJson(const TProject& project) {
-  return NodesJson(project.Actions(), {});
+TJson TermsJson(const TActionNode& node, bool isOutermost) {
+  TJson terms = TJson::array();
+  for (const TTermAttribute& attribute : TermAttributes()) {
+    const bool applies = (isOutermost || !attribute.IsOutermostOnly) &&
+                         (node.Iterator() != nullptr || !attribute.IsOfLoopsOnly);
+    const auto value = attribute.Text(node.Terms());
+    terms.push_back({{"name", text::ToUtf8(attribute.Name)},
+                     {"help", text::ToUtf8(attribute.Help)},
+                     {"applies", applies},
+                     {"value", NeedsValue(value)}});
+  }
+  return terms;
+}
+
+TJson TreeJson(const TProject& project, const TProjectText& text) {
+  TJson rows = TJson::array();
+  const auto groups = text.Groups();
+  std::size_t action = 0;
+  std::size_t group = 0;
+  const auto actionsInto = [&](TJson& list, std::size_t count) {
+    for (; count > 0; --count, ++action)
+      list.push_back(NodeJson(*project.Actions()[action], {action}));
+  };
+  for (std::size_t row = 0; row < text.RowsIn({}); ++row) {
+    if (group == groups.size() || groups[group].Row != row) {
+      actionsInto(rows, 1);
+      continue;
+    }
+    TJson children = TJson::array();
+    actionsInto(children, groups[group].Actions);
+    rows.push_back({{"id", GroupId(group)},
+                    {"isGroup", true},
+                    {"typeName", "Group"},
+                    {"name", text::ToUtf8(groups[group].Name)},
+                    {"needs", NeedsValue(groups[group].Needs)},
+                    {"children", std::move(children)}});
+    ++group;
+  }
+  return rows;
 }
 
 TJson VariablesJson(const TProject& project) {

@@ -64,13 +64,14 @@ async function save(page) {
 }
 
 // Longer than it takes to press the next key.
-async function answerSlowly(page) {
-  await page.route("**/api/*", async (route) => {
+async function answerSlowly(page, { pattern = "**/api/*", milliseconds = 150, times } = {}) {
+  const later = async (route) => {
     await new Promise((resolve) => {
-      setTimeout(resolve, 150);
+      setTimeout(resolve, milliseconds);
     });
     await route.continue();
-  });
+  };
+  await page.route(pattern, later, { times });
 }
 
 async function hasValue(page, field, value) {
@@ -80,6 +81,11 @@ async function hasValue(page, field, value) {
     assert.ok(Date.now() < end, `${field} holds "${await control.inputValue()}", not "${value}"`);
     await page.waitForTimeout(50);
   }
+}
+
+// Of a test that wants them; the browser tells of them a while after they are shown.
+function forgetRefusals(page) {
+  page.faults = page.faults.filter((fault) => !/ 422 |"error":/.test(fault));
 }
 
 async function turnTo(page, name) {
@@ -225,6 +231,72 @@ test("actions are added, nested, moved and removed; undo brings everything back"
   });
 });
 
+test("groups stand in the tree around their actions, are renamed, entered and left", async () => {
+  const group = `    <Group Name="Tools"> <!-- both -->\n${devenv("", "Erste")}    </Group>\n`;
+  await withEditor(`${group}    <Action Type="MSTEST" Name="Tests" Needs="Tools"/>\n`, async (page, editor) => {
+    const row = (text) => page.locator("[role=treeitem]", { hasText: text });
+    await row("Tools").click();
+    await page.getByLabel("Name of the group").fill("Werkzeuge é");
+    await page.keyboard.press("Enter");
+    await row("Werkzeuge é").waitFor();
+    assert.ok(await page.locator("#copy").isDisabled(), "two groups of one name could not be told apart");
+    await row("Tests").click();
+    await hasValue(page, "MemoAssemblies", "");
+    await page.keyboard.press("Alt+ArrowRight");
+    await page.locator("#tree [aria-level='2'][aria-selected=true]", { hasText: "Tests" }).waitFor();
+    await page.getByLabel("Name of the action").fill("Prüfen");
+    await save(page);
+    holds(
+      editor.read("p.kxproj"),
+      `<Group Name="Werkzeuge é"> <!-- both -->\n    <Action Type="DEVENV"`,
+      `<Action Type="MSTEST" Name="Prüfen" Needs="Werkzeuge é"/>\n    </Group>`,
+    );
+    await row("Prüfen").dragTo(row("Werkzeuge é"), { targetPosition: { x: 40, y: 2 } });
+    await page.locator("[aria-level='1']", { hasText: "Prüfen" }).waitFor();
+    await command(page, "Put the action into a new group");
+    await page.locator("dialog").getByLabel("Name of the group").fill("Zuerst");
+    await page.keyboard.press("Enter");
+    await row("Zuerst").waitFor();
+    await page.locator("#dissolve").click();
+    await row("Zuerst").waitFor({ state: "detached" });
+    for (let steps = 0; steps < 6; steps += 1) await page.click("#undo");
+    await page.waitForSelector("#undo:disabled");
+    await row("Tools").press("ArrowLeft");
+    await row("Erste").waitFor({ state: "detached" });
+  });
+});
+
+test("a variable is renamed wherever it is used, in one step", async () => {
+  const text = project(
+    devenv("\n      <ExtraCmdLineParams>/x %root% <!-- %Root% --> %%Root%%</ExtraCmdLineParams>"),
+    `<Variables><Variable Name="Root">1</Variable><Variable Name="Taken">$(Root)</Variable></Variables>`,
+  );
+  await withEditor(
+    "",
+    async (page, editor) => {
+      await page.click("#show-variables");
+      const rename = async (name) => {
+        await page.getByRole("button", { name: "Rename Root" }).click();
+        await page.getByLabel("New name").fill(name);
+        await page.keyboard.press("Enter");
+      };
+      await rename("taken");
+      await page.locator("#message.error", { hasText: "already" }).waitFor();
+      await rename("Base");
+      await page.locator("#message", { hasText: "Root is Base now, and so 2 references" }).waitFor();
+      await save(page);
+      assert.equal(
+        editor.read("p.kxproj"),
+        text.replace('"Root"', '"Base"').replace("%root%", "%Base%").replace("$(Root)", "$(Base)"),
+      );
+      await page.click("#undo");
+      await page.waitForSelector("#undo:disabled");
+      forgetRefusals(page);
+    },
+    { text },
+  );
+});
+
 test("what is typed while the page is drawn anew stays", async () => {
   const variables = `<Variables><Variable Name="A">1</Variable><Variable Name="B">2</Variable></Variables>`;
   await withEditor(
@@ -314,6 +386,34 @@ test("the solution's projects are offered, files are chosen, and a change by som
   });
 });
 
+test("the projects of a solution stand in its folders, which are chosen as a whole", async () => {
+  await withEditor(devenv(`\n      <BuildType Name="btSelectedProjects">1</BuildType>`), async (page, editor) => {
+    const file = `${editor.folder}/Greeter/Greeter.sln`;
+    const id = (name) => new RegExp(`"${name}[^{]*({[^}]*})`).exec(fs.readFileSync(file, "utf8"))[1];
+    const nested = ["Greeter.Core", "Greeter.Text"].map((name) => `${id(name)} = {F}\r\n`).join("");
+    const folder = `Project("{2150E333-8FDC-42A3-9474-1A3956D46DE8}") = "Bücher", "Bücher", "{F}"\r\nEndProject\r\n`;
+    const section = `GlobalSection(NestedProjects) = preSolution\r\n${nested}EndGlobalSection\r\n`;
+    fs.writeFileSync(
+      file,
+      fs.readFileSync(file, "utf8").replace(/^Global\r?\n/m, (global) => folder + global + section),
+    );
+    await turnTo(page, "Solution");
+    const offered = page.locator("details:has-text('Choose from the solution')").first();
+    const box = (name) => offered.getByLabel(name, { exact: true });
+    await box("Bücher").waitFor();
+    const isMixed = () => box("Bücher").evaluate((element) => element.indeterminate);
+    await box("Greeter.Text").check();
+    assert.ok(await isMixed(), "one of its two projects is chosen");
+    await box("Bücher").check();
+    await hasValue(page, "SelectedProjects", "Greeter.Text\nGreeter.Core");
+    assert.ok(await box("Greeter.Core").isChecked());
+    await box("Greeter.App").check();
+    await box("Bücher").uncheck();
+    await hasValue(page, "SelectedProjects", "Greeter.App");
+    assert.ok(!(await isMixed()));
+  });
+});
+
 test("a dry run shows each line of a difference in a row, and a page that is loaded anew knows of the run", async () => {
   const stamp = { UpdateAssemblyInfo: "True", UpdateAssemblyTitle: "True", AssemblyTitle: "Neu" };
   await withEditor(
@@ -323,6 +423,7 @@ test("a dry run shows each line of a difference in a row, and a page that is loa
         .join(""),
     ),
     async (page) => {
+      await answerSlowly(page, { pattern: "**/api/events?*", milliseconds: 1500, times: 1 }); // longer than the clock's beat
       await page.click("#dry-run");
       const ended = page.locator("#progress", { hasText: /^Dry run 1: / });
       await ended.waitFor();
@@ -406,6 +507,21 @@ test("a check says what it found and leads to it", async () => {
     await page.keyboard.press("Delete");
     await command(page, "Check");
     await page.locator("#message", { hasText: "No problems found." }).waitFor();
+    // Asked for before the page, which is loaded anew, has begun the check of its own.
+    await save(page);
+    let goOn;
+    const isAsked = new Promise((resolve) => {
+      goOn = resolve;
+    });
+    await page.route("**/api/action", async (route) => {
+      await isAsked;
+      await route.continue();
+    });
+    await page.reload();
+    await page.waitForSelector("#project-name:not(:text-is('Project'))");
+    await command(page, "Check");
+    goOn();
+    await page.locator("#message", { hasText: "No problems found." }).waitFor();
   });
 });
 
@@ -441,6 +557,32 @@ test("a long log stays light, problems lead to their places, runs are compared",
     },
     { environment: { LINES: "200000" } },
   );
+});
+
+test("the timeline of a run stands beside its log, and problems open in the user's own editor", async () => {
+  const goesOn = (name) => devenv("", name).replace("<Action ", '<Action ContinueOnError="true" ');
+  await withEditor(goesOn("Erste &lt;b>") + goesOn("Zweite") + goesOn("Dritte"), async (page) => {
+    await page.click("#show-options");
+    await page.locator("#options-pages [role=tab]", { hasText: "kxhost" }).click();
+    await page.getByLabel("OpenFile").fill("javascript:{file}");
+    await page.keyboard.press("Tab");
+    await page.locator("#message.error", { hasText: "looks like" }).waitFor();
+    await page.getByLabel("OpenFile").fill("my-editor://open/{file}?at={line}");
+    await page.keyboard.press("Tab");
+    await page.locator("#message", { hasText: "The options are saved." }).waitFor();
+    await page.click("#start");
+    await page.locator("#progress", { hasText: /^Run 1: / }).waitFor({ timeout: 120000 });
+    await page.click("#tab-timeline");
+    await page.locator("#panel-timeline .bar").nth(2).waitFor();
+    assert.match(await page.locator("#panel-timeline title").first().textContent(), /^Erste <b>: .+ failed/);
+    await page.keyboard.press("F8");
+    const link = page.getByRole("link", { name: "Open in your editor" });
+    assert.match(
+      await link.getAttribute("href"),
+      /^my-editor:\/\/open\/[^?]*\/Greeter\/\S+(DayTime\.cs\?at=3|Greeting\.cs\?at=2)$/,
+    );
+    forgetRefusals(page);
+  });
 });
 
 test("a stop in the middle leaves no process, and the program ends without losing what is not saved", async () => {

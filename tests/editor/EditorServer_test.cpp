@@ -78,6 +78,11 @@ TEST_F(EditorServer, TheAddressIsGoodForOneBrowser) {
 TEST_F(EditorServer, OnlyItsOwnPageIsAnswered) {
   LogIn();
   const std::string half = meant_["COOKIE"].substr(0, meant_["COOKIE"].size() - 1);
+  const auto changed = [this](std::size_t at) {
+    std::string cookie = meant_["COOKIE"];
+    cookie[at] = cookie[at] == 'a' ? 'b' : 'a';
+    return Host + Origin + "Cookie: " + cookie + "\r\n";
+  };
   const std::string named = "localhost:" + std::to_string(Port());
   const struct {
     const char* Who;
@@ -89,6 +94,8 @@ TEST_F(EditorServer, OnlyItsOwnPageIsAnswered) {
        "host: HOST\r\nORIGIN: http://HOST\r\nCookie: a=b; COOKIE; c=d\r\n", 200},
       {"nobody", Host + Origin},
       {"with half of the cookie", Host + Origin + "Cookie: " + half + "\r\n"},
+      {"with another first letter", changed(meant_["COOKIE"].find('=') + 1)},
+      {"with another last letter", changed(meant_["COOKIE"].size() - 1)},
       {"with more than it", Host + Origin + "Cookie: COOKIEa\r\n"},
       {"with another's of the same value", Host + Origin + "Cookie: xCOOKIE\r\n"},
       {"with two lines of cookies", Own + Cookie},

@@ -99,21 +99,81 @@ TEST_F(EditorSession, ActionsComeGoAndMove) {
   EXPECT_EQ(Do("remove", {{"id", "1/0"}})["tree"][1]["children"].size(), 0U);
   EXPECT_THAT(Saved(), HasSubstr("<LoopVariable>Item</LoopVariable>"));
   const std::tuple<const char*, const char*, const char*> refused[] = {
-      {"add", R"({"type":"STEP","to":"0/0"})", ""},
-      {"add", R"({"type":"NONE","to":"0"})", ""},
-      {"remove", R"({"id":"7"})", ""},
-      {"remove", R"({"id":"../0"})", ""},
-      {"remove", R"({"id":"0","generation":1})", "another window"},
-      {"move", R"({"id":"1","to":"1/0"})", ""},
-      {"variable", R"({"name":"a b","value":"x"})", ""},
-      {"action", R"({"id":""})", ""},
-      {"set", R"({"id":"0","page":99,"field":"x","value":""})", ""},
-      {"set", R"({"id":"0","page":0,"field":"edtTestMetadata","value":"x"})", "disabled"},
-      {"attribute", R"({"id":"0","name":"Type","value":"STEP"})", ""},
-      {"nothing", "{}", "no operation"}};
+      {"add", R"({"type":"STEP","to":"0/0"})", "The action MSTEST is no loop and cannot hold actions."},
+      {"add", R"({"type":"NONE","to":"0"})", "Unknown action type \"NONE\"."},
+      {"add", R"({"type":"STEP","to":""})", "There is no such place for an action."},
+      {"add", R"({"to":"0"})", "The request has no text \"type\"."},
+      {"remove", R"({"id":"7"})", "The project has no such action any more."},
+      {"remove", R"({"id":"../0"})", "That names no action."},
+      {"remove", R"({"id":"0/"})", "That names no action."},
+      {"remove", R"({"id":"0","generation":1})",
+       "The project has been changed in another window. Nothing was done; here is how it is now."},
+      {"move", R"({"id":"1","to":"1/0"})", "What holds actions cannot be moved into itself."},
+      {"variable", R"({"name":"a b","value":"x"})",
+       "DIR/p.kxproj(3): The variable name \"a b\" may hold only letters, digits, \"_\" and \".\"."},
+      {"action", R"({"id":""})", "No action is named."},
+      {"set", R"({"id":"0","page":99,"field":"x","value":""})", "The action has no such page."},
+      {"set", R"({"id":"0","page":"0","field":"x","value":""})", "The request has no number \"page\"."},
+      {"set", R"({"id":"0","page":-1,"field":"x","value":""})", "The request has no number \"page\"."},
+      {"set", R"({"id":"0","page":0,"field":"edtTestMetadata","value":"x"})",
+       "The field \"Test Metadata File:\" is disabled."},
+      {"attribute", R"({"id":"0","name":"Type","value":"STEP"})", "An action has no attribute Type."},
+      {"source", R"({"event":0})", "The message names no place."},
+      {"nothing", "{}", "There is no operation nothing."},
+      {"state", "[]", "A request is an object."}};
   for (const auto& [operation, arguments, reason] : refused)
-    EXPECT_THAT(Refusal(operation, TJson::parse(arguments)), AllOf(Not(""), HasSubstr(reason))) << arguments;
+    EXPECT_EQ(folder_.Plain(Refusal(operation, TJson::parse(arguments))), reason) << arguments;
   EXPECT_EQ(Do("state")["dirty"], false) << "what is refused changes nothing";
+}
+
+TEST_F(EditorSession, ActionsOfGroupsAreEditedWhereTheyStand) {
+  const std::string a = "<Action Type=\"STEP\" Name=\"A\"/>\n";
+  const std::string b = "<Action Type=\"STEP\" Name=\"B\" Needs=\"\"/>\n";
+  const std::string group = "    <Group Name=\"G\">\n      " + a + "    </Group> <!-- all -->\n";
+  Open(group + "    " + b);
+  EXPECT_EQ(Do("copy", {{"id", "1"}, {"to", "0"}})["id"], "0");
+  EXPECT_EQ(Do("remove", {{"id", "0"}})["tree"].size(), 2U);
+  EXPECT_EQ(Do("action", {{"id", "1"}})["terms"][0]["value"], ",");
+  for (const auto& [name, value] :
+       {std::pair("Needs", "A"), {"Retries", "2"}, {"Retries", ""}, {"Needs", ","}})
+    Do("attribute", {{"id", "1"}, {"name", name}, {"value", value}});
+  EXPECT_EQ(Do("add", {{"type", "STEP"}, {"to", "2"}})["id"], "2");
+  EXPECT_EQ(Do("move", {{"id", "1"}, {"to", "0"}})["id"], "0");
+  EXPECT_THAT(Refusal("attribute", {{"id", "0"}, {"name", "Retries"}, {"value", "x"}}),
+              HasSubstr("Retries takes a number"));
+  EXPECT_THAT(Saved(), HasSubstr("    " + b + group + "    <Action Type=\"STEP\"/>\n"));
+}
+
+TEST_F(EditorSession, GroupsStandInTheTreeAndCanBeEdited) {
+  const auto action = [](const std::string& name) {
+    return "<Action Type=\"STEP\" Name=\"" + name + "\"/>\n";
+  };
+  const std::string needing = "    <Action Type=\"STEP\" Name=\"B\" Needs=\"";
+  Open("    <Group Name=\"G\" Needs=\"\">\n      " + action("A") + "    </Group>\n" + needing + "G\"/>\n");
+  const TJson group = Do("state")["tree"][0];
+  EXPECT_EQ(group["name"], "G");
+  EXPECT_EQ(group["needs"], ",");
+  EXPECT_EQ(group["children"][0]["id"], "0");
+  for (const auto& [name, value] : {std::pair("Name", "Tools"), {"Needs", "C"}, {"Needs", ""}})
+    Do("attribute", {{"id", group["id"]}, {"name", name}, {"value", value}});
+  EXPECT_EQ(Do("add", {{"type", "STEP"}, {"to", "0/1"}})["id"], "1") << "into the group";
+  EXPECT_EQ(Do("group", {{"id", "2"}, {"name", "Late"}})["id"], "g1");
+  EXPECT_EQ(Do("move", {{"id", "g1"}, {"to", "0"}})["id"], "g0");
+  EXPECT_EQ(Do("move", {{"id", "2"}, {"to", "0/1"}})["id"], "1") << "from one group to another";
+  Do("dissolve", {{"id", "g1"}});
+  const std::pair<const char*, TJson> refused[] = {
+      {"dissolve", {{"id", "0"}}},
+      {"remove", {{"id", "g7"}}},
+      {"move", {{"id", "g0"}, {"to", "0/0"}}},
+      {"group", {{"id", "0"}, {"name", "Inner"}}},
+      {"group", {{"id", "2"}, {"name", " "}}},
+      {"attribute", {{"id", "g0"}, {"name", "Retries"}, {"value", "1"}}}};
+  for (const auto& [operation, arguments] : refused)
+    EXPECT_NE(Refusal(operation, arguments), "") << operation << arguments;
+  EXPECT_THAT(Saved(), HasSubstr("    <Group Name=\"Late\">\n  " + needing +
+                                 "Tools\"/>\n      <Action Type=\"STEP\"/>\n"
+                                 "    </Group>\n    " +
+                                 action("A")));
 }
 
 // Words are all that holds the session and its page together.
@@ -128,7 +188,7 @@ TEST_F(EditorSession, KnowsWhatItsPageAsksFor) {
       at += asks.size();
       operations.insert(scripts.substr(at, scripts.find('"', at) - at));
     }
-  EXPECT_EQ(operations.size(), 27U);
+  EXPECT_EQ(operations.size(), 31U);
   for (const std::string& operation : operations)
     EXPECT_THAT(Refusal(operation, {{"id", "9"}}), Not(HasSubstr("no operation"))) << operation;
 }
@@ -171,21 +231,24 @@ TEST_F(EditorSession, NumbersThatARunHasCountedAreTakenOver) {
     const char* Mine; // the user's own number
     const char* Theirs;
     bool Saved;
+    const char* Property = "Number";
+    const char* Before = "5";
   } rows[] = {
       {"counted", nullptr, "", true},
       {"counted, and a comment", nullptr, "    <!-- theirs -->\n", false},
       {"counted what the user has changed", "30", "", false},
       {"changed to the same", "8", "", true},
+      {"counted where a variable stood", nullptr, "", true, "Text", "%Mine%"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.Name);
-    Open(Action("STEP", "Number", "5"));
+    Open(Action("STEP", row.Property, row.Before));
     Variable("Mine");
     if (row.Mine != nullptr) Set("0", 0, "Number", row.Mine);
-    folder_.Write("p.kxproj", Project(row.Theirs + Action("STEP", "Number", "8")));
+    folder_.Write("p.kxproj", Project(row.Theirs + Action("STEP", row.Property, "8")));
     EXPECT_EQ(Do("save")["saved"], row.Saved);
     const std::string text = folder_.Read("p.kxproj");
-    EXPECT_THAT(text, HasSubstr("<Number>8</Number>"));
+    EXPECT_THAT(text, HasSubstr(std::string("<") + row.Property + ">8</"));
     EXPECT_EQ(text.find("Mine") != std::string::npos, row.Saved);
     EXPECT_EQ(Do("ping")["dirty"], !row.Saved);
   }
@@ -458,6 +521,8 @@ TEST_F(EditorSession, ALongLogIsGivenInPieces) {
     for (const auto& finding : piece["findings"])
       found[finding["message"]] = finding["occurrences"];
     next = piece["next"];
+    EXPECT_TRUE(next > std::size_t{count} || piece["findings"].empty())
+        << "they come with what was said of them";
     goesOn = piece["running"];
   }
   EXPECT_EQ(found.dump(), R"({"It is late.":2,"late.cs(70001,1): error CS0103: no":1})");
@@ -468,6 +533,13 @@ TEST_F(EditorSession, ALongLogIsGivenInPieces) {
   EXPECT_EQ(source["first"], 69993);
   EXPECT_EQ(source["lines"][8], "here");
   EXPECT_EQ(source["lines"].back(), "there");
+  EXPECT_EQ(source["open"], "") << "unless somebody wants it";
+  for (const auto& [link, address] :
+       {std::pair(u"ed:{line}:{file}", "ed:70001:"), {u"javascript:{file}", ""}}) {
+    world_.Store.Set({u"Editor", u"OpenFile"}, link);
+    const auto opened = Do("source", {{"event", count + 1}})["open"].get<std::string>();
+    EXPECT_TRUE(opened.starts_with(address) && opened.empty() == std::string(address).empty()) << opened;
+  }
   EXPECT_NE(Refusal("source", {{"event", 1}}), "");
   EXPECT_NE(Refusal("source", {{"event", count + 100}}), "");
 }
@@ -494,9 +566,18 @@ TEST_F(EditorSession, ARunLogsShowsPlacesAndGivesItsNumbersBack) {
   EXPECT_THAT(Saved(), HasSubstr("<Number>2</Number>")) << "as kxhost run does";
   const TJson run = Do("runs")["runs"][0];
   EXPECT_EQ(run["errors"], 1);
+  EXPECT_EQ(run["stopped"], false);
   EXPECT_EQ(run["metrics"][0]["value"], 2);
   RunToTheEnd({{"dryRun", true}});
   EXPECT_THAT(folder_.Read("p.kxproj"), HasSubstr("<Number>2</Number>"));
+  TStepAction::Deeds()[u"count"] = [&](TStepAction& action) {
+    constexpr std::array<std::u16string_view, 1> number{u"Number"};
+    action.ChangeStored(number, [&action] { ++action.Number; });
+    folder_.Write("p.kxproj", Project(Action("STEP", "Text", "theirs")));
+    return true;
+  };
+  RunToTheEnd();
+  EXPECT_THAT(Do("ping")["messages"].dump(), HasSubstr("edited by somebody else"));
 }
 
 TEST_F(EditorSession, ARunIsStoppedAndNothingIsEditedMeanwhile) {

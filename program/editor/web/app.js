@@ -19,6 +19,7 @@ let hasEnded = false;
 
 const project = new ProjectView({
   changed: () => checkSoon(),
+  selected: () => enableForSelected(),
   shown: (state) => {
     byId("project-name").textContent = state.name || fileName();
     byId("file").textContent = state.file;
@@ -64,7 +65,8 @@ const run = new RunView({
     showView("problems");
     wrong.choose(place);
   },
-  actions: () => (project.state.tree ?? []).map((node) => node.name || node.typeName),
+  actions: () =>
+    (project.state.tree ?? []).flatMap((row) => (row.isGroup ? row.children : row)).map((node) => node.name || node.typeName),
   fileName,
 });
 
@@ -78,14 +80,20 @@ onAnswer((answer) => {
   byId("save").disabled = locked || (answer.hasFile && !answer.dirty);
   byId("undo").disabled = locked || !answer.canUndo;
   byId("redo").disabled = locked || !answer.canRedo;
-  for (const id of ["dry-run", "add", "copy", "remove", "move-up", "move-down", "move-in", "move-out"])
-    byId(id).disabled = locked;
+  for (const id of ["dry-run", "add", "remove", "move-up", "move-down", "move-in", "move-out"]) byId(id).disabled = locked;
   byId("check").disabled = locked;
   byId("start").hidden = locked;
   byId("stop").hidden = !locked;
-  for (const id of ["action-form", "project-form", "options-form"]) byId(id).disabled = locked;
+  for (const id of ["action-form", "group-form", "project-form", "options-form"]) byId(id).disabled = locked;
+  enableForSelected();
   for (const message of answer.messages) announce(message);
 });
+
+// What can be done with some rows of the tree only.
+function enableForSelected() {
+  byId("copy").disabled = brief.running || !project.isActionSelected();
+  byId("group").disabled = brief.running || !project.mayGroup();
+}
 
 function fileName() {
   return (project.state.file ?? "").split(/[\\/]/).at(-1);
@@ -100,8 +108,25 @@ const refresh = () => project.refresh(() => brief.running);
 
 const checkSoon = debounce(() => !brief.running && check(), 900);
 let checking = new AbortController(); // the newest check: one that is begun anew ends the one before
+let checked; // what comes of it
 
-async function check() {
+function check() {
+  checked = lookForProblems();
+  return checked;
+}
+
+// Another check may begin meanwhile, as after each change: what that finds is the answer then.
+async function newestCheck() {
+  let seen;
+  let found;
+  while (seen !== checked) {
+    seen = checked;
+    found = await seen;
+  }
+  return found;
+}
+
+async function lookForProblems() {
   checkSoon.cancel();
   checking.abort();
   checking = new AbortController();
@@ -124,7 +149,8 @@ async function check() {
 async function checkNow() {
   flush();
   const hint = setTimeout(() => announce("Checking… Escape ends it."), 1000);
-  const found = await check().finally(() => clearTimeout(hint));
+  check();
+  const found = await newestCheck().finally(() => clearTimeout(hint));
   if (!found) return;
   const places = [...new Set(found.map((problem) => problem.action))].join(", ");
   if (found.length) announce(`${counted(found.length, "problem")} found: ${places}.`, { isError: true });
@@ -202,6 +228,7 @@ function searchHere() {
 }
 
 const whileEditing = () => !brief.running;
+const atAction = () => !brief.running && project.isActionSelected();
 // Every command: its name in the palette, its keys, the button that gives it (id), when it can be given (unless always).
 // One that is `typed` leaves its keys to a text that has the focus.
 const commands = [
@@ -216,12 +243,24 @@ const commands = [
   { name: "Check the settings", button: "check", run: checkNow, may: whileEditing },
   { name: "Show or hide the help", keys: "F1", run: toggleHelp, atOnce: true },
   { name: "Search this view", keys: "Ctrl F", run: searchHere, atOnce: true },
-  { name: "Copy the action", button: "copy", run: () => project.copy(), may: whileEditing },
+  { name: "Copy the action", button: "copy", run: () => project.copy(), may: atAction },
+  {
+    name: "Put the action into a new group",
+    button: "group",
+    run: () => project.group(),
+    may: () => !brief.running && project.mayGroup(),
+  },
+  {
+    name: "Dissolve the group",
+    button: "dissolve",
+    run: () => project.dissolve(),
+    may: () => !brief.running && project.isGroupSelected(),
+  },
   { name: "Remove the action", button: "remove", run: () => project.remove(), may: whileEditing },
   { name: "Move the action up", button: "move-up", run: () => project.move("up"), may: whileEditing },
   { name: "Move the action down", button: "move-down", run: () => project.move("down"), may: whileEditing },
-  { name: "Move the action out of its loop", button: "move-out", run: () => project.move("out"), may: whileEditing },
-  { name: "Move the action into the loop above", button: "move-in", run: () => project.move("in"), may: whileEditing },
+  { name: "Move the action out of its loop or group", button: "move-out", run: () => project.move("out"), may: whileEditing },
+  { name: "Move the action into the loop or group above", button: "move-in", run: () => project.move("in"), may: whileEditing },
   { name: "Edit variables and property sets", run: () => openVariables(), may: whileEditing, atOnce: true },
   { name: "End the editor", button: "quit", run: quit, may: whileEditing },
   ...views.map((view, index) => ({

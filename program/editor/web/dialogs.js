@@ -1,6 +1,6 @@
 // Questions, and the chooser for files and folders.
 import { look } from "./api.js";
-import { button, counted, el, icon, newId } from "./dom.js";
+import { button, counted, el, icon, newId, openLink } from "./dom.js";
 
 // What a button's function gives to keep the dialog open.
 const stay = Symbol("stay");
@@ -50,7 +50,7 @@ export function askTexts(title, fields, okText) {
     const id = newId();
     const input = field.items
       ? el("select", { id }, ...field.items.map((item) => el("option", { value: item.value }, item.text)))
-      : el("input", { id, type: "text", autocomplete: "off" });
+      : el("input", { id, type: "text", autocomplete: "off", spellcheck: "false", value: field.value ?? false });
     return { field, input, row: el("div", { class: "field" }, el("label", { for: id }, field.label), input) };
   });
   const values = () => Object.fromEntries(inputs.map(({ field, input }) => [field.name, input.value]));
@@ -172,7 +172,13 @@ export async function showSource(place, message) {
   );
   await show(
     `${source.file} (${source.line})`,
-    el("div", {}, el("p", {}, message), el("ol", { class: "source", tabindex: "0", "aria-label": "Lines of the file" }, ...rows)),
+    el(
+      "div",
+      {},
+      el("p", {}, message),
+      el("ol", { class: "source", tabindex: "0", "aria-label": "Lines of the file" }, ...rows),
+      source.open && el("p", {}, openLink(source.open)),
+    ),
     [{ text: "Close", value: undefined, main: true }],
   );
 }

@@ -17,6 +17,11 @@ export function button(content, onclick, attributes = {}) {
   return el("button", { type: "button", onclick, ...attributes }, ...[content].flat());
 }
 
+// To a place in the user's own editor, whose address kxhost has made.
+export function openLink(address) {
+  return el("a", { href: address, class: "button" }, icon("open"), "Open in your editor");
+}
+
 const svg = "http://www.w3.org/2000/svg";
 
 // One of the page's signs, which stand in index.html. It is decoration unless it has a name.

@@ -5,6 +5,9 @@ import { el, formatTime, icon } from "./dom.js";
 const statusNames = ["", "success", "warning", "error"];
 const wide = /[\u1100-\u115f\u2e80-\ua4cf\uac00-\ud7a3\uf900-\ufaff\ufe30-\ufe6f\uff00-\uff60\uffe0-\uffe6]/g;
 
+// Of a row, in columns of narrow characters.
+const widthOf = (line) => line.text.length + (line.text.match(wide)?.length ?? 0) + line.depth * 2;
+
 // All that a browser breaks a line at; an end of line behind the last one begins no further line.
 function linesOf(text) {
   const lines = text.split(/\r\n|[\n\r\v\f\u0085\u2028\u2029]/);
@@ -32,7 +35,7 @@ export class Log {
   }
 
   clear() {
-    // One a row: {isGroup, depth, text, ansi, whole, status, position, parent, worst, collapsed, file, line, elapsed}
+    // One a row: {isGroup, depth, text, ansi, whole, status, position, parent, worst, collapsed, file, line, elapsed, width}
     this.lines = [];
     this.visible = []; // indices of lines
     this.tops = [0]; // of the visible ones, in rows, when lines wrap; behind the last one the height of all
@@ -86,6 +89,7 @@ export class Log {
       line.ansi = line.text;
       line.text = withoutColours(line.text);
     }
+    line.width = widthOf(line);
     const index = this.lines.push(line) - 1;
     if (this.isShown(line)) this.show(index);
     return index;
@@ -173,11 +177,11 @@ export class Log {
   }
 
   rowsOf(line) {
-    const length = line.text.length + (line.text.match(wide)?.length ?? 0) + line.depth * 2;
-    return Math.max(1, Math.ceil(length / this.columns));
+    return Math.max(1, Math.ceil(line.width / this.columns));
   }
 
   resize() {
+    if (!this.element.clientWidth && this.rowHeight) return; // another view is shown
     const before = this.columns;
     this.measure();
     if (this.wraps && before !== this.columns) this.collect();

@@ -52,13 +52,38 @@ function drawItems(form, control, offers, reload) {
   const { items, columns } = offers;
   if (control.field.kind !== "list")
     return el("ul", { class: "chips" }, ...items.map((item) => drawChip(form, control, item, reload)));
-  const boxes = items.map((item) => drawBox(form, control, item));
-  if (columns.length) return drawTable(items, boxes, columns);
-  return el("ul", { class: "boxes" }, ...boxes.map((box) => el("li", {}, ...box)));
+  const choice = new Choice(form, control, items);
+  const rows = inFolders(items).map((row) => ({ ...row, parts: choice.draw(row) }));
+  if (columns.length) return drawTable(rows, columns);
+  return el("ul", { class: "boxes" }, ...rows.map(({ depth, parts }) => indented(el("li", {}, ...parts), depth)));
+}
+
+// What a list offers as the rows of a tree: a folder, with all that it holds, stands where the first of that does.
+function inFolders(items, depth = 0) {
+  const rows = [];
+  const folders = new Map();
+  for (const item of items) {
+    const name = item.folders[depth];
+    if (name === undefined) {
+      rows.push({ item, items: [item], depth });
+      continue;
+    }
+    if (!folders.has(name)) {
+      folders.set(name, []);
+      rows.push({ folder: name, items: folders.get(name), depth });
+    }
+    folders.get(name).push(item);
+  }
+  return rows.flatMap((row) => (row.folder === undefined ? [row] : [row, ...inFolders(row.items, depth + 1)]));
+}
+
+function indented(element, depth) {
+  element.style.paddingInlineStart = depth ? `${depth * 1.5}rem` : "";
+  return element;
 }
 
 // Which configuration of a project each configuration of the solution takes; those that a run would build come first.
-function drawTable(items, boxes, columns) {
+function drawTable(rows, columns) {
   const order = columns.map((_, index) => index).sort((a, b) => columns[b].chosen - columns[a].chosen || a - b);
   const heads = order.map((index) => {
     const [name, ...platform] = columns[index].label.split("|");
@@ -70,16 +95,13 @@ function drawTable(items, boxes, columns) {
     const text = item.cells[index];
     return el("td", { class: text && columns[index].chosen ? false : "none" }, text || "not built");
   };
-  const rows = items.map((item, row) =>
-    el(
-      "tr",
-      {},
-      el("th", { scope: "row" }, el("span", { class: "project" }, ...boxes[row])),
-      ...order.map((index) => cell(item, index)),
-    ),
-  );
+  const lines = rows.map(({ item, parts, depth }) => {
+    const title = indented(el("span", { class: item ? "project" : "project folder" }, ...parts), depth);
+    if (!item) return el("tr", {}, el("th", { scope: "row", colspan: order.length + 1 }, title));
+    return el("tr", {}, el("th", { scope: "row" }, title), ...order.map((index) => cell(item, index)));
+  });
   const head = el("tr", {}, el("th", { scope: "col" }, "Project"), ...heads);
-  return el("table", {}, el("thead", {}, head), el("tbody", {}, ...rows));
+  return el("table", {}, el("thead", {}, head), el("tbody", {}, ...lines));
 }
 
 function drawChip(form, control, item, reload) {
@@ -91,22 +113,43 @@ function drawChip(form, control, item, reload) {
   return el("li", {}, button([...mark, item.label || item.value], choose, { class: item.chosen ? "chip chosen" : "chip" }));
 }
 
-function drawBox(form, control, item) {
-  const id = newId();
-  const box = el("input", {
-    type: "checkbox",
-    id,
-    checked: item.chosen,
-    onchange: async () => {
-      // Whatever else stands in the list stays as it is written; several boxes may be ticked in quick succession.
-      const old = new Set(item.lines);
-      control.lines = (control.lines ?? linesOf(control.field.value).split("\n")).filter((line) => line && !old.has(line));
-      item.lines = box.checked ? [item.value] : [];
-      control.lines.push(...item.lines);
-      await form.send("set", control, { value: control.lines.join("\r\n") });
-      if (form.underWay === 0) control.lines = undefined;
-    },
-  });
-  const [, name, file] = /^(.*) \(([^()]*)\)$/.exec(item.label) ?? [undefined, item.label || item.value, ""];
-  return [box, el("label", { for: id, title: file }, name)];
+// What is chosen of a list: a box for each thing, and one of three states for a folder.
+class Choice {
+  constructor(form, control, items) {
+    this.form = form;
+    this.control = control;
+    this.items = items;
+    this.boxes = []; // {box, items}
+  }
+
+  draw({ item, items, folder }) {
+    const id = newId();
+    const box = el("input", { type: "checkbox", id, onchange: () => this.choose(items, box.checked) });
+    this.boxes.push({ box, items });
+    show(box, items);
+    if (!item) return [box, el("label", { for: id }, icon("folder"), folder)];
+    const [, name, file] = /^(.*) \(([^()]*)\)$/.exec(item.label) ?? [undefined, item.label || item.value, ""];
+    return [box, el("label", { for: id, title: file }, name)];
+  }
+
+  // Whatever else stands in the list stays as it is written; several boxes may be ticked in quick succession.
+  async choose(items, isChosen) {
+    const { control, form } = this;
+    const changed = items.filter((item) => isOn(item) !== isChosen);
+    const old = new Set(changed.flatMap((item) => item.lines));
+    control.lines = (control.lines ?? linesOf(control.field.value).split("\n")).filter((line) => line && !old.has(line));
+    for (const item of changed) Object.assign(item, { chosen: isChosen, lines: isChosen ? [item.value] : [] });
+    control.lines.push(...changed.flatMap((item) => item.lines));
+    for (const row of this.boxes) show(row.box, row.items);
+    await form.send("set", control, { value: control.lines.join("\r\n") });
+    if (form.underWay === 0) control.lines = undefined;
+  }
+}
+
+const isOn = (item) => item.chosen;
+
+function show(box, items) {
+  const on = items.filter(isOn).length;
+  box.checked = on === items.length;
+  box.indeterminate = on > 0 && on < items.length;
 }

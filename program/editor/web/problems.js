@@ -1,6 +1,6 @@
 // The view of all that is wrong: with the settings of the project, and in the newest run.
 import { look } from "./api.js";
-import { announceError, button, byId, counted, debounce, el, icon } from "./dom.js";
+import { announceError, button, byId, counted, debounce, el, icon, openLink } from "./dom.js";
 import { bySeverity, isBad, nameOf, placeText } from "./findings.js";
 import { Split } from "./split.js";
 import { countInView } from "./views.js";
@@ -145,19 +145,19 @@ export class ProblemsView {
     ];
     const place = finding.file ? where.filter(Boolean).join(", ") : "";
     const source = el("div");
-    if (finding.line) this.showSource(finding, source);
+    const buttons = el("p", { class: "buttons" });
+    if (finding.line) this.showSource(finding, source, buttons);
     const copy = () =>
       navigator.clipboard.writeText(`${finding.file}(${finding.line ?? 1}): ${what}: ${finding.message}`).catch(announceError);
+    buttons.append(
+      button([icon("run"), "Show in the log"], () => this.handlers.showInLog(finding)),
+      button([icon("copy"), "Copy"], copy),
+    );
     return [
       el("h2", {}, finding.message),
       el("p", { class: "sub" }, icon(finding.severity, finding.severity), `${what}${place}`),
       source,
-      el(
-        "p",
-        { class: "buttons" },
-        button([icon("run"), "Show in the log"], () => this.handlers.showInLog(finding)),
-        button([icon("copy"), "Copy"], copy),
-      ),
+      buttons,
       facts([
         ["File", finding.file],
         ["Project", finding.project],
@@ -188,7 +188,7 @@ export class ProblemsView {
     return [el("h3", {}, "The same in this run"), el("ul", { class: "same" }, ...rows)];
   }
 
-  async showSource(finding, element) {
+  async showSource(finding, element, buttons) {
     try {
       const source = await look("source", { finding: finding.place });
       if (!source) return;
@@ -196,6 +196,7 @@ export class ProblemsView {
         const number = source.first + index;
         return el("li", { class: number === source.line ? `hit ${finding.severity}` : false }, el("b", {}, String(number)), line);
       });
+      if (source.open) buttons.prepend(openLink(source.open));
       element.replaceChildren(el("ol", { class: "source", tabindex: "0", "aria-label": "Lines of the file" }, ...rows));
     } catch (error) {
       element.replaceChildren(el("p", { class: "note" }, error.message));

@@ -1,7 +1,7 @@
 // The view of the project: its tree of actions, the pages of the selected one, its variables.
 import { call, callUnlessRunning } from "./api.js";
 import { ask, askTexts, choosePath } from "./dialogs.js";
-import { announce, button, byId, el, icon } from "./dom.js";
+import { announce, button, byId, counted, el, icon } from "./dom.js";
 import { Form } from "./form.js";
 import { Help } from "./help.js";
 import { Tree } from "./tree.js";
@@ -14,7 +14,8 @@ const solutions = "Solution Files (*.sln)|*.sln";
 const isSolution = (field) => field.kind === "file" && field.filter.includes(".sln");
 
 export class ProjectView {
-  // `handlers`: changed() after each edit, shown(state) when the project is there anew.
+  // `handlers`: changed() after each edit, shown(state) when the project is there anew,
+  // selected() when another row is.
   constructor(handlers) {
     this.handlers = handlers;
     this.state = {};
@@ -35,11 +36,16 @@ export class ProjectView {
   }
 
   listen() {
-    const attribute = (name, value) => this.edit("attribute", { id: this.tree.selected, name, value }, false);
+    const attribute = (name, value) => this.attribute(name, value);
     for (const [id, name] of [
       ["action-name", "Name"],
       ["on-failure", "ContinueOnError"],
       ["loop-variable", "LoopVariable"],
+    ])
+      byId(id).addEventListener("change", (event) => attribute(name, event.target.value));
+    for (const [id, name] of [
+      ["group-name", "Name"],
+      ["group-needs", "Needs"],
     ])
       byId(id).addEventListener("change", (event) => attribute(name, event.target.value));
     byId("show-variables").addEventListener("click", () => this.showVariables());
@@ -48,6 +54,10 @@ export class ProjectView {
     byId("tree-button").addEventListener("click", () => this.openSheet(byId("tree-button").ariaExpanded !== "true"));
     byId("tree").addEventListener("click", (event) => event.target.closest(".twist") ?? this.openSheet(false));
     byId("tree-pane").addEventListener("keydown", (event) => event.key === "Escape" && this.openSheet(false));
+  }
+
+  attribute(name, value) {
+    return this.edit("attribute", { id: this.tree.selected, name, value }, false);
   }
 
   // On a narrow screen the tree lies over the page.
@@ -77,7 +87,7 @@ export class ProjectView {
   flush() {
     this.form.flush();
     const active = document.activeElement;
-    if (!active?.matches("#project input, .action-head input")) return;
+    if (!active?.matches("#project input, .action-head input, .terms input, #group-form input")) return;
     active.blur(); // which says that it has changed
     active.focus();
   }
@@ -105,14 +115,18 @@ export class ProjectView {
   async open() {
     await this.shown;
     this.openSheet(false);
-    return this.form.focusFirst();
+    if (byId("group-form").hidden) return this.form.focusFirst();
+    byId("group-name").focus();
+    return byId("group-name");
   }
 
   async showAction(id) {
     this.form.flush();
     this.showPage(id);
-    if (id === undefined) {
+    const row = this.tree.rowOf(id);
+    if (!row || row.node.isGroup) {
       this.form.clear();
+      if (row) this.showGroup(row);
       return;
     }
     await attempt(async () => {
@@ -125,6 +139,13 @@ export class ProjectView {
     });
   }
 
+  showGroup({ node }) {
+    setUnlessTyping(byId("group-name"), node.name);
+    setUnlessTyping(byId("group-needs"), node.needs);
+    byId("group-size").textContent = `Group of ${counted(node.children.length, "action")}`;
+    this.showPlace(node);
+  }
+
   showHead(action) {
     byId("action-title").textContent = action.name || action.typeName;
     byId("action-name").placeholder = action.typeName;
@@ -132,19 +153,58 @@ export class ProjectView {
     byId("action-name").size = Math.min(Math.max((action.name || action.typeName).length, 8), 30);
     byId("action-type").textContent = action.name ? action.typeName : "";
     byId("on-failure").value = action.continueOnError;
+    this.showTerms(action.terms);
     byId("loop-variable-row").hidden = action.loopVariable === undefined;
     setUnlessTyping(byId("loop-variable"), action.loopVariable ?? "");
+    this.showPlace(action);
+  }
+
+  // On the button that opens the tree where there is no room for it.
+  showPlace(row) {
     const rows = this.tree.rows;
-    const at = rows.findIndex((row) => row.node.id === this.tree.selected);
-    const title = el("b", {}, action.name || action.typeName);
+    const at = rows.findIndex((one) => one.node.id === this.tree.selected);
+    const title = el("b", {}, row.name || row.typeName);
     byId("tree-button").firstElementChild.replaceChildren(title, el("span", { class: "type" }, ` ${at + 1} of ${rows.length}`));
   }
 
+  // What an action needs, when it is run and how long: a row each.
+  showTerms(terms) {
+    const rows = byId("term-rows");
+    if (!rows.firstChild)
+      for (const { name, help } of terms) {
+        const changed = (event) => this.attribute(name, event.target.value);
+        const input = el("input", { type: "text", autocomplete: "off", spellcheck: "false", onchange: changed });
+        rows.append(el("label", { title: help }, name.replace(/(?<=[a-z])(?=[A-Z])/, " "), input));
+      }
+    terms.forEach(({ name, value, applies }, i) => {
+      const input = rows.children[i].querySelector("input");
+      rows.children[i].hidden = !applies;
+      input.placeholder = name === "Needs" ? "the action before it; a comma alone: nothing" : "";
+      setUnlessTyping(input, value);
+    });
+    if (terms.some((term) => term.value)) byId("terms").open = true;
+  }
+
   showPage(id) {
-    byId("action-form").hidden = this.isAtVariables || id === undefined;
+    const isGroup = this.isGroupSelected();
+    byId("action-form").hidden = this.isAtVariables || id === undefined || isGroup;
+    byId("group-form").hidden = this.isAtVariables || !isGroup;
     byId("project-form").hidden = !this.isAtVariables;
     byId("begin").hidden = this.isAtVariables || id !== undefined;
     byId("show-variables").setAttribute("aria-pressed", this.isAtVariables ? "true" : "false");
+    this.handlers.selected();
+  }
+
+  isGroupSelected() {
+    return this.tree.rowOf(this.tree.selected)?.node.isGroup ?? false;
+  }
+
+  isActionSelected() {
+    return this.tree.selected !== undefined && !this.isGroupSelected();
+  }
+
+  mayGroup() {
+    return this.isActionSelected() && this.tree.rowOf(this.tree.selected).path.length === 1;
   }
 
   showVariables(name) {
@@ -225,7 +285,8 @@ export class ProjectView {
     const items = this.state.types.map((one) => ({ value: one.type, text: `${one.name} (${one.category})` }));
     const selected = this.tree.rowOf(this.tree.selected);
     const places = [{ value: "after", text: selected ? "behind the selected action" : "as the first" }];
-    if (selected?.node.isLoop) places.push({ value: "inside", text: "inside the selected loop" });
+    const { isLoop, isGroup } = selected?.node ?? {};
+    if (isLoop || isGroup) places.push({ value: "inside", text: `inside the selected ${isLoop ? "loop" : "group"}` });
     const chosen = type
       ? { type, place: "after" }
       : await askTexts(
@@ -280,7 +341,7 @@ export class ProjectView {
   placeOf(place) {
     const selected = this.tree.rowOf(this.tree.selected);
     if (!selected) return "0";
-    return place === "inside" ? `${selected.node.id}/${selected.node.children.length}` : behind(selected.node.id);
+    return this.tree.targetAt(selected, place === "inside" ? "inside" : "behind");
   }
 
   async move(direction) {
@@ -298,22 +359,36 @@ export class ProjectView {
   async remove() {
     if (this.tree.selected === undefined) return;
     const index = this.tree.rows.findIndex((row) => row.node.id === this.tree.selected);
+    const wasGroup = this.isGroupSelected();
     await this.edit("remove", { id: this.tree.selected });
     const next = this.tree.rows[Math.min(index, this.tree.rows.length - 1)];
     if (next) this.tree.select(next.node.id);
-    announce("The action is removed. Undo brings it back.");
+    announce(
+      `The ${wasGroup ? "group is removed with its actions. Undo brings them" : "action is removed. Undo brings it"} back.`,
+    );
   }
 
   copy() {
-    const id = this.tree.selected;
-    return id === undefined ? undefined : this.edit("copy", { id, to: behind(id) });
+    const row = this.tree.rowOf(this.tree.selected);
+    return row && this.edit("copy", { id: row.node.id, to: this.tree.targetAt(row, "behind") });
   }
-}
 
-function behind(id) {
-  const path = id.split("/").map(Number);
-  path[path.length - 1] += 1;
-  return path.join("/");
+  // Puts the selected action into a new group.
+  async group() {
+    const id = this.tree.selected;
+    const texts = await askTexts(
+      "Put the action into a new group",
+      [{ name: "name", label: "Name of the group" }],
+      "Make the group",
+    );
+    if (texts) await this.edit("group", { id, ...texts });
+  }
+
+  async dissolve() {
+    await this.edit("dissolve", { id: this.tree.selected });
+    this.tree.focusSelected();
+    announce("The group is dissolved; its actions stand where it was. Undo brings it back.");
+  }
 }
 
 function setUnlessTyping(input, value) {

@@ -1,5 +1,5 @@
 // Runs the project and shows what happens.
-import { call, events } from "./api.js";
+import { call, events, look } from "./api.js";
 import { drawChanges, readChanges, summary } from "./changes.js";
 import { charts, resultTable } from "./charts.js";
 import { showSource } from "./dialogs.js";
@@ -67,7 +67,7 @@ export class RunView {
 
   async follow() {
     this.isWatching = true;
-    const clock = setInterval(() => this.showProgress(), 1000);
+    let clock; // from the first answer on: before it, there is nothing to show of this run
     try {
       let next = 0;
       for (let goesOn = true; goesOn; ) {
@@ -79,6 +79,7 @@ export class RunView {
         this.takeFindings(answer.findings);
         this.log.refresh();
         this.showProgress();
+        clock ??= setInterval(() => this.showProgress(), 1000);
         goesOn = answer.running;
       }
     } catch (error) {
@@ -99,8 +100,8 @@ export class RunView {
     this.messages = []; // of a dry run
     this.position = "";
     this.began = performance.now();
-    for (const id of ["results", "detail", "changes"]) byId(id).replaceChildren();
-    byId("tab-changes").hidden = true;
+    for (const id of ["results", "detail", "changes", "panel-timeline"]) byId(id).replaceChildren();
+    for (const id of ["tab-changes", "tab-timeline"]) byId(id).hidden = true;
     this.showTab(byId("tab-log"));
   }
 
@@ -266,7 +267,17 @@ export class RunView {
     this.showSteps(false);
     this.showDock();
     this.showResults();
+    await this.showTimeline();
     this.handlers.found();
+  }
+
+  // kxhost draws it as in a report: all that comes from outside is escaped there, and the page runs no script of it anyway.
+  async showTimeline() {
+    const answer = await look("timeline");
+    if (!answer?.markup) return;
+    const drawn = new DOMParser().parseFromString(answer.markup, "text/html").body;
+    byId("panel-timeline").replaceChildren(...drawn.children);
+    byId("tab-timeline").hidden = false;
   }
 
   offerComparison() {

@@ -1,4 +1,5 @@
-// The tree of actions: arrow keys move in it, Alt and arrow keys move the action itself.
+// The tree of actions and groups: arrow keys move in it, Alt and arrow keys move the action itself. A row has its path in the tree,
+// where a group is around its actions as a loop is; kxhost is told of places by these.
 import { el, icon } from "./dom.js";
 
 export class Tree {
@@ -35,8 +36,9 @@ export class Tree {
 
   collect(nodes, level, parent) {
     nodes.forEach((node, position) => {
-      this.rows.push({ node, level, parent, siblings: nodes, position });
-      if (node.children && !this.collapsed.has(node.id)) this.collect(node.children, level + 1, node);
+      const row = { node, level, parent, siblings: nodes, position, path: [...(parent?.path ?? []), position] };
+      this.rows.push(row);
+      if (node.children && !this.collapsed.has(node.id)) this.collect(node.children, level + 1, row);
     });
   }
 
@@ -45,6 +47,7 @@ export class Tree {
     const isSelected = node.id === this.selected;
     const title = node.name || node.typeName;
     const parts = [el("span", { class: "twist" }, node.children ? icon(this.collapsed.has(node.id) ? "fold" : "unfold") : null)];
+    if (node.isGroup) parts.push(icon("group"));
     if (this.images?.has(node.type)) parts.push(el("img", { src: `image/${node.type}`, alt: "", width: 16, height: 16 }));
     parts.push(el("span", { class: "name" }, title));
     if (node.name) parts.push(el("span", { class: "unseen" }, `, ${node.typeName}`));
@@ -75,7 +78,8 @@ export class Tree {
     return item;
   }
 
-  // An action goes where the mouse leaves it: before or behind another, or, over the middle of a loop, into it.
+  // An action goes where the mouse leaves it: before or behind another, or, over the middle of a loop or a group, into it. A group
+  // stands among the outermost.
   letDrag(row) {
     const { item, node } = row;
     const mark = (place) => {
@@ -83,12 +87,13 @@ export class Tree {
     };
     const placeOf = (event) => {
       const part = event.offsetY / item.offsetHeight;
-      if (node.isLoop && part > 0.25 && part < 0.75) return "inside";
+      if (mayHold(node, this.dragged.node) && part > 0.25 && part < 0.75) return "inside";
       return part < 0.5 ? "before" : "behind";
     };
-    const mayDrop = () => this.dragged !== undefined && node.id !== this.dragged && !node.id.startsWith(`${this.dragged}/`);
+    const mayDrop = () =>
+      this.dragged && !isWithin(row.path, this.dragged.path) && !(this.dragged.node.isGroup && row.path.length > 1);
     item.addEventListener("dragstart", (event) => {
-      this.dragged = node.id;
+      this.dragged = row;
       event.dataTransfer.effectAllowed = "move";
       event.dataTransfer.setData("text/plain", node.id);
     });
@@ -105,15 +110,15 @@ export class Tree {
       mark();
       if (!mayDrop()) return;
       event.preventDefault();
-      const id = this.dragged;
+      const { id } = this.dragged.node;
       const to = this.targetAt(row, placeOf(event));
       this.handlers.inTurn(() => this.handlers.drop(id, to));
     });
   }
 
-  targetAt({ node, position }, place) {
-    if (place === "inside") return `${node.id}/${node.children.length}`;
-    return [...node.id.split("/").slice(0, -1), position + (place === "behind" ? 1 : 0)].join("/");
+  targetAt({ node, path }, place) {
+    if (place === "inside") return [...path, node.children.length].join("/");
+    return beside(path, place === "behind" ? 1 : 0);
   }
 
   select(id) {
@@ -144,13 +149,12 @@ export class Tree {
   targetOf(direction) {
     const row = this.rowOf(this.selected);
     if (!row) return undefined;
-    const path = row.node.id.split("/").map(Number);
-    const at = (steps) => [...path.slice(0, -1), row.position + steps].join("/");
-    if (direction === "up") return row.position > 0 ? at(-1) : undefined;
-    if (direction === "down") return row.position + 1 < row.siblings.length ? at(2) : undefined;
-    if (direction === "out") return row.parent ? [...path.slice(0, -2), path.at(-2) + 1].join("/") : undefined;
-    const before = row.siblings[row.position - 1];
-    return before?.isLoop ? `${before.id}/${before.children.length}` : undefined;
+    const { node, path, position, parent, siblings } = row;
+    if (direction === "up") return position > 0 ? beside(path, -1) : undefined;
+    if (direction === "down") return position + 1 < siblings.length ? beside(path, 2) : undefined;
+    if (direction === "out") return parent ? beside(parent.path, 1) : undefined;
+    const before = siblings[position - 1];
+    return before && mayHold(before, node) ? `${beside(path, -1)}/${before.children.length}` : undefined;
   }
 
   goTo(index) {
@@ -169,7 +173,7 @@ export class Tree {
 
   foldOrLeave(row) {
     if (row.node.children?.length && !this.isFolded(row)) this.toggle(row.node.id);
-    else if (row.parent) this.select(row.parent.id);
+    else if (row.parent) this.select(row.parent.node.id);
   }
 
   // What is typed behind Enter is meant for the field that it leads to.
@@ -203,6 +207,10 @@ export class Tree {
     });
   }
 }
+
+const mayHold = (holder, node) => (holder.isLoop || holder.isGroup) && !node.isGroup;
+const isWithin = (path, around) => around.every((position, i) => path[i] === position);
+const beside = (path, steps) => [...path.slice(0, -1), path.at(-1) + steps].join("/");
 
 const moves = {
   ArrowUp: (tree) => tree.handlers.move("up"),

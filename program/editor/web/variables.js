@@ -1,6 +1,6 @@
 // The variables and property sets of the project.
 import { askTexts } from "./dialogs.js";
-import { button, el, newId } from "./dom.js";
+import { announce, button, counted, el, newId } from "./dom.js";
 
 // `edit(operation, values)` sends one change and shows the project anew. What somebody is typing stays: the project is shown
 // when it is sent.
@@ -16,7 +16,8 @@ export function showVariables(element, state, edit) {
   if (shown) element.querySelector(`[data-key="${CSS.escape(shown)}"]`)?.focus();
 }
 
-function valueRow(key, name, value, change, remove) {
+// `more`: other buttons of the row.
+function valueRow(key, name, value, change, remove, ...more) {
   const id = newId();
   const input = el("input", {
     id,
@@ -35,7 +36,7 @@ function valueRow(key, name, value, change, remove) {
     {},
     el("th", { scope: "row" }, el("label", { for: id }, name)),
     el("td", {}, input),
-    el("td", {}, button("Remove", remove, { "aria-label": `Remove ${name}` })),
+    el("td", {}, el("div", { class: "buttons" }, ...more, button("Remove", remove, { "aria-label": `Remove ${name}` }))),
   );
 }
 
@@ -53,6 +54,12 @@ function table(caption, rows) {
   );
 }
 
+async function rename(name, edit) {
+  const texts = await askTexts(`Rename ${name} everywhere`, [{ name: "to", label: "New name", value: name }], "Rename");
+  const answer = texts && (await edit("renameVariable", { name, ...texts }));
+  if (answer) announce(`${name} is ${texts.to} now, and so ${counted(answer.followed, "reference")} to it.`);
+}
+
 function variables(state, edit) {
   const rows = state.variables.map(({ name, value }) =>
     valueRow(
@@ -61,6 +68,7 @@ function variables(state, edit) {
       value,
       (text) => edit("variable", { name, value: text }),
       () => edit("variable", { name, value: null }),
+      button("Rename…", () => rename(name, edit), { "aria-label": `Rename ${name}` }),
     ),
   );
   return el(
