@@ -53,9 +53,10 @@ class CommandsTest(e2e.EndToEndTest):
             ("run p.kxproj --log -", '--log takes the name of a file, not "-".'),
             ("run p.kxproj --options=--dry-run", '--options takes the name of a file, not "--dry-run".'),
             ("run p.kxproj --log a --log b", "--log is given more than once."),
-            ("--set A=1 run p.kxproj", "--set is an option of run, edit, do, validate and check; it stands behind that word."),
+            ("--set A=1 run p.kxproj",
+             "--set is an option of run, plan, edit, do, validate and check; it stands behind that word."),
             ("options ste A.B 1", 'Unexpected argument "ste". Did you mean "set"?'),
-            ("run p.kxproj x", 'Unexpected argument "x".'),
+            ("run p.kxproj x", 'No action outside loops and no group is named "x".'),
             ("validate p.kxproj --report x.html", "--report is an option of run, do and report; validate does not use it."),
             ("inspect App.sln --lines", "--lines is for build logs"),
             ("inspect App.sln --tool msbuild --encoding klingon", "Unknown encoding klingon: say utf-8"),
@@ -77,6 +78,8 @@ class CommandsTest(e2e.EndToEndTest):
             self.assertIn(line, self.read("A--B.kxproj"))
         self.host("validate")
         self.assertIn("is there already", self.host("init", "A--B.sln", code=1))
+        for shell in "bash", "zsh", "fish", "powershell":
+            self.assertRegex(self.host("completion", shell), f"(?m)kxhost.*$(?s:.*) completion {shell} -- ")
         for shell, line, words in [
                 ("bash", 'do DEVENV Solution=A--B.sln SolutionConfiguration="Rel', ['Release|Any CPU" ']),
                 ("bash", "do DEVENV Solution=A--B.sln SolutionConfiguration=deb", ["Debug\\|Any\\ CPU "]),

@@ -64,6 +64,30 @@ class FindingsTest(e2e.EndToEndTest):
         self.assertIn("p.kxproj:1: This is no log of a run", self.host("report", "log.jsonl", "p.kxproj", code=3))
         self.host("report", "log.jsonl", "--junit", "log.jsonl", code=2)
 
+    def test_the_history_answers_what_earlier_runs_left(self):
+        def ask(*words, code=0):
+            return self.host("history", *words, "p.kxproj", code=code)
+
+        self.assertIn("There is no history yet: ", ask(code=1))
+        for lines in ("c.c(3): warning C1: t",), ("c.c(3): warning C1: t", "d.c(1): warning C2: u"):
+            self.run_with(*lines)
+        self.assertRegex(ask(), r"^Run  Began +Result .*\n +1  [-\d]{10} \d\d:\d\d  succeeded .*\n +2  .*\n$")
+        self.assertEqual((ask(), ask("list").count("\n"), ask("--last", "1").count("\n")), (ask("list"), 3, 2))
+        self.assertEqual([run["newFindings"] for run in json.loads(ask("--json"))["runs"]], [0, 1])
+        self.assertEqual([len(json.loads(ask("show", run, "--json"))["findings"]) for run in ("1", "last")], [1, 2])
+        self.assertRegex(ask("show", "2"), r"^Run 2: succeeded, .*\n(?s:.*)\nBuild / Debug\|Any CPU +succeeded +0 +0 ")
+        self.assertIn("\nc.c:3: warning C1: t\nd.c:1: warning C2: u\n", ask("show", "2"))
+        self.assertRegex(ask("findings"), r"^Since .*\nrun 1  .*  c\.c\(3\): warning C1: t\nrun 2  .*C2: u\n$")
+        self.assertEqual([one["sinceRun"] for one in json.loads(ask("findings", "--json"))["findings"]], [1, 2])
+        self.assertRegex(ask("times"), r"\n\(whole run\) +2  ")
+        self.assertEqual({one["runs"] for one in json.loads(ask("times", "--last", "1", "--json"))["times"]}, {1})
+        self.assertEqual((ask("tests"), json.loads(ask("tests", "--json"))), ("No tests ran.\n", {"tests": []}))
+        for words, code, said in ((("show", "3"), 1, "There is no run 3 in the history."), (("show", "0"), 2, "RUN is"),
+                                  (("show", "x"), 2, 'RUN is a number or "last"'), (("--last", "0"), 2, "--last"),
+                                  (("findings", "--last", "1"), 2, 'findings" has no option --last'),
+                                  (("show", "1", "--last", "1"), 2, 'show" has no option --last')):
+            self.assertIn(said, ask(*words, code=code))
+
     def test_ci_systems_get_what_they_show(self):
         lines = [f"{self.folder}/d|e.c({i}): warning C{i}: <t>" for i in range(1, 13)] + ["LINK : fatal error LNK1104: no"]
         off = ("--rule", "errors-counted=off", "--ci")
