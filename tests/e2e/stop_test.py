@@ -90,14 +90,16 @@ class SaveTest(e2e.EndToEndTest):
 
     def test_a_signal_never_leaves_half_of_a_save(self):
         options, lock = self.folder / "options.ini", self.folder / "options.ini.lock"
-        text = "".join(f"[Section{i}]\nName={'x' * 100}\n" for i in range(2000))
+        # Long enough to be met in the middle.
+        text = "".join(f"[Section{i}]\nName={'x' * 1000}\n" for i in range(2000))
         ends = set()
         for trial in range(60):
             options.write_text(text, encoding="utf-8")
             lock.unlink(missing_ok=True)
             host = self.start_host("--options", options, "options", "set", "VisualStudioDotNet.MSDevPath2008", f"/value{trial}")
-            # From the first sign of a save on.
-            e2e.wait_until(lambda host=host: host.poll() is not None or lock.exists(), 10)
+            # From the first sign of a save on, without any pause in which it could come to its end.
+            while host.poll() is None and not lock.exists():
+                pass
             while host.poll() is None:
                 host.send_signal(random.choice((signal.SIGINT, signal.SIGTERM, signal.SIGHUP)))
             ends.add(host.returncode)
