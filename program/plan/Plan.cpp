@@ -80,6 +80,8 @@ std::vector<TKxPass> PassesOf(const TActionNode& node) {
   return node.Iterator()->Passes().value_or(std::vector<TKxPass>());
 }
 
+} // namespace
+
 // The same whichever of the actions are planned.
 class TPartIds {
 public:
@@ -99,6 +101,8 @@ private:
   TUniqueNames taken_;
   std::vector<std::u16string> ofActions_;
 };
+
+namespace {
 
 class TPlanMaker {
 public:
@@ -196,19 +200,31 @@ bool MustSucceed(const TPlan& plan, const TActionNeed& need) {
   return need.MustSucceed || plan.Parts[need.Action].OnFailure == TOnFailure::Stop;
 }
 
-std::optional<TPartOfRun> FindPart(TProjectRunner& runner, std::u16string_view id) {
-  const TProject& project = runner.Project();
-  TPartIds ids(project);
-  for (std::size_t place = 0; place < project.Actions().size(); ++place) {
-    const bool isAction = text::EqualsIgnoreCase(ids.Of(place), id);
-    if (!isAction && !text::StartsWithIgnoreCase(id, ids.Of(place) + u"/")) continue;
-    const auto passes = PassesOf(*project.Actions()[place]);
-    if (isAction && passes.empty()) return TPartOfRun{.Place = place};
-    for (std::size_t i = 0; i < passes.size(); ++i)
-      if (text::EqualsIgnoreCase(ids.OfPass(place, passes[i].Value), id))
-        return TPartOfRun{.Place = place, .Pass = static_cast<int>(i) + 1};
-  }
-  return std::nullopt;
+TPartFinder::TPartFinder(const TProject& project)
+    : project_(project), ids_(std::make_unique<TPartIds>(project)) {
+  for (std::size_t place = 0; place < project.Actions().size(); ++place)
+    actions_.emplace(ids_->Of(place), place);
+}
+
+TPartFinder::~TPartFinder() = default;
+
+std::optional<TPartOfRun> TPartFinder::Find(const std::u16string& id) {
+  for (std::size_t end = id.find(u'/'); end != id.npos; end = id.find(u'/', end + 1))
+    AddPartsOf(id.substr(0, end));
+  AddPartsOf(id);
+  const auto part = parts_.find(id);
+  return part == parts_.end() ? std::nullopt : std::optional(part->second);
+}
+
+void TPartFinder::AddPartsOf(const std::u16string& action) {
+  const auto known = actions_.extract(action);
+  if (known.empty()) return;
+  const std::size_t place = known.mapped();
+  const auto passes = PassesOf(*project_.Actions()[place]);
+  if (passes.empty()) parts_.emplace(known.key(), TPartOfRun{.Place = place});
+  for (std::size_t i = 0; i < passes.size(); ++i)
+    parts_.emplace(ids_->OfPass(place, passes[i].Value),
+                   TPartOfRun{.Place = place, .Pass = static_cast<int>(i) + 1});
 }
 
 } // namespace kx

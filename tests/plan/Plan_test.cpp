@@ -66,15 +66,17 @@ public:
     for (std::size_t i = 0; i < all.size(); ++i)
       all[i] = i;
     Plan = MakePlan(host_.Runner, usual, all);
+    finder_.emplace(host_.Project());
   }
-  std::pair<std::size_t, int> Find(std::u16string_view id) {
-    const auto part = FindPart(host_.Runner, id);
+  std::pair<std::size_t, int> Find(const std::u16string& id) {
+    const auto part = finder_->Find(id);
     return part ? std::pair(part->Place, part->Pass) : std::pair(std::size_t{99}, 0);
   }
   TPlan Plan;
 
 private:
   TEmbeddedHost host_;
+  std::optional<TPartFinder> finder_;
 };
 
 std::string Id(const TPlan& plan, std::size_t part) {
