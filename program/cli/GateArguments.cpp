@@ -65,6 +65,11 @@ TGates::TGates(const TGateArguments& arguments, const TGateSettings& own)
     throw EUsage(u"--fail-on new-warning compares with the file that --baseline names: give it, too.");
 }
 
+bool TGates::CountFindings() const {
+  return !settings_.Baseline.empty() || settings_.MaxWarnings ||
+         settings_.FailOn.value_or(TFailOn::Never) != TFailOn::Never;
+}
+
 int TGates::Write(const TFound& found, int exitCode, std::string& lines) const {
   if (!found.IsComplete) {
     lines += "The baseline is not written: the run is none that says all.\n";

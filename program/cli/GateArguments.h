@@ -37,6 +37,7 @@ public:
 
   const std::u16string& BaselineFile() const { return settings_.Baseline; } // full path; empty: none
   bool Writes() const { return writes_; }
+  bool CountFindings() const; // whether findings make a difference: for the baseline or for the exit code
   // Compares, or writes the baseline. `lines` gets what there is to say; the exit code is `exitCode`, or
   // ExitGate where that was a success.
   int Apply(const TFound& found, const TPalette& palette, int exitCode, std::string& lines) const;

@@ -160,7 +160,8 @@ int EndRun(const TRunReport& report, TReports& reports, TJsonLinesSink* log, con
   if (!options.DryRun) GiveCiSummary(ChooseCiDialect(options.Ci), report);
   int exitCode = ExitCodeOf(report);
   if (!options.DryRun) {
-    const TFound found{report.Findings, report.MoreFindings, report.Root, IsSuccess(report.Result)};
+    const bool isComplete = IsSuccess(report.Result) && !report.IsPartial;
+    const TFound found{report.Findings, report.MoreFindings, report.Root, isComplete};
     exitCode = gates.Apply(found, palette, exitCode, end);
   }
   Print(end);

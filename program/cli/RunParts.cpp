@@ -34,14 +34,14 @@ std::size_t JobsOf(const TPartsArguments& arguments, const TActionGraph& graph) 
   return graph.IsPlain() ? 1 : std::max(1U, std::thread::hardware_concurrency());
 }
 
-// What a run depends on beside its project.
-std::u16string OptionsOf(THostSession& session, const TCommonOptions& common, const TRunArguments& run) {
+TResumeSettings SettingsOf(TProjectRunner& runner, THostSession& session, const TCommonOptions& common,
+                           const TRunArguments& run) {
   std::string all;
   for (const auto* list : {&run.Variables, &run.Rules, &common.Overrides, &common.Plugins, &common.Drives})
     for (const auto& text : *list)
       all += text + "\n";
   if (const auto store = platform::ReadFile(session.Store().FileName())) all += *store;
-  return text::FromUtf8(all);
+  return {text::FromUtf8(all), TGates(run.Gates, runner.Project().Gates).CountFindings()};
 }
 
 // What became of a plain project's actions, each of which is a part: the outermost ones, in their order.
@@ -51,6 +51,7 @@ std::vector<TPartResult> ResultsOf(const TRunReport& report, std::size_t parts) 
   for (const TActionResult& action : report.Actions)
     if (action.Nesting == 0 && results.size() < parts)
       results.push_back({.Kind = action.Result,
+                         .HasFindings = HasFindings(report), // one told by two actions is kept once
                          .Began = report.Began + action.Began,
                          .Ended = report.Began + action.Began + action.Elapsed + rounded});
   results.resize(parts);
@@ -65,13 +66,14 @@ void StorePassed(const std::u16string& history, const history::TPassedParts& par
 // Of a run in this process, for a later one that resumes it. Solutions are not read any more once the user
 // has stopped it: then nothing is known.
 void RememberPassed(TProjectRunner& runner, const TRunReport& report, std::span<const std::size_t> places,
-                    const std::u16string& history, const std::u16string& options) {
+                    const std::u16string& history, const TResumeSettings& settings) {
+  if (IsSuccess(report.Result)) return;
   history::TPassedParts passed;
   try {
-    if (!IsSuccess(report.Result) && report.Result != TResultKind::Stopped) {
+    if (report.Result != TResultKind::Stopped) {
       const TPlan plan = MakePlan(runner, {}, places);
-      passed =
-          TResume(runner.Project(), plan, options).Remember(ResultsOf(report, plan.Parts.size()), {}, {});
+      const TResume resume(runner.Project(), plan, settings);
+      passed = resume.Remember(ResultsOf(report, plan.Parts.size()), {}, {});
     }
     StorePassed(history, passed);
   } catch (const std::exception& error) { // the run has ended as it has, whatever is known of it later
@@ -83,11 +85,11 @@ int RunInOneProcess(TProjectRunner& runner, THostSession& session, const TCommon
                     const TRunArguments& run, const std::vector<std::size_t>& places) {
   const std::u16string history = HistoryOf(common).FileFor(runner.Project().FileName);
   const bool remembers = !common.DryRun && !history.empty();
-  const std::u16string options = remembers ? OptionsOf(session, common, run) : std::u16string();
+  const TResumeSettings settings = remembers ? SettingsOf(runner, session, common, run) : TResumeSettings();
   return RunProject(runner, session, common, run.Gates,
                     [&](std::span<IRunEventSink* const> sinks, TConsoleSink& /*console*/) {
                       TRunReport report = RunHere(runner, sinks);
-                      if (remembers) RememberPassed(runner, report, places, history, options);
+                      if (remembers) RememberPassed(runner, report, places, history, settings);
                       return report;
                     });
 }
@@ -98,7 +100,7 @@ public:
   TRunOfParts(TProjectRunner& runner, THostSession& session, const TCommonOptions& common,
               const TRunArguments& run, const TGivenSecrets& secrets, const TPlan& plan)
       : runner_(runner), session_(session), common_(common), run_(run), secrets_(secrets), plan_(plan),
-        resume_(runner.Project(), plan, OptionsOf(session, common, run)),
+        resume_(runner.Project(), plan, SettingsOf(runner, session, common, run)),
         history_(HistoryOf(common).FileFor(runner.Project().FileName)) {}
 
   TRunReport Run(std::size_t jobs, const TPartsArguments& arguments, std::span<IRunEventSink* const> sinks,
@@ -116,9 +118,8 @@ public:
         RunParts(plan_, runner_.Project(), settings, session_.Stop(), sinks, console);
     for (const auto& remark : remarks)
       WriteError(remark);
-    const bool isDone = IsSuccess(report.Result);
-    StorePassed(history_,
-                isDone ? history::TPassedParts() : resume_.Remember(results, settings.PassedOver, known));
+    if (!IsSuccess(report.Result))
+      StorePassed(history_, resume_.Remember(results, settings.PassedOver, known));
     Complete(report);
     for (IRunEventSink* sink : sinks)
       sink->On({report.Began + report.Elapsed, 0, TRunEnded{report}, report.Counts});

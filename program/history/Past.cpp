@@ -71,7 +71,8 @@ std::chrono::system_clock::time_point TimeOf(std::int64_t milliseconds) {
 }
 
 bool IsComplete(const TRunReport& report) {
-  return report.Result != TResultKind::Stopped && !report.NothingExecuted && report.MoreFindings == 0;
+  return report.Result != TResultKind::Stopped && !report.NothingExecuted && !report.IsPartial &&
+         report.MoreFindings == 0;
 }
 
 TPastRun MakePastRun(const TStatement& row, int first) {

@@ -14,7 +14,8 @@ inline constexpr int RunsOfPast = 30;
 
 std::chrono::system_clock::time_point TimeOf(std::int64_t milliseconds); // since 1970
 
-// Whether what the run did not find is gone: not for one that did not get to its end, or that found too much.
+// Whether what the run did not find is gone: not for one that did not get to everything, or that found too
+// much.
 bool IsComplete(const TRunReport& report);
 
 // `tests` are those of the run.

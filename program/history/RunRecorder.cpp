@@ -185,6 +185,7 @@ void TRunRecorder::ReadAndAdd(TRunReport& report) {
   TAddition addition(database, report);
   addition.Add(tests_, metrics_);
   addition.Prune(limits_);
+  if (IsSuccess(report.Result)) database.Execute("DELETE FROM passed"); // there is nothing to resume
   transaction.Commit();
 }
 

@@ -65,6 +65,10 @@ void Book(TRunReport& report, TFinding finding) {
   report.Findings.push_back(std::move(finding));
 }
 
+TPartVerdict VerdictOf(const TRunReport& report) {
+  return {report.Actions.front().Result, HasFindings(report)};
+}
+
 } // namespace
 
 // Hands over the events of one log as those of the whole run.
@@ -112,16 +116,16 @@ std::optional<std::size_t> TPartsLog::LoopOf(const TEndedPart& part) {
   return part.Place.Pass > 0 ? std::optional(part.Place.Place) : std::nullopt;
 }
 
-TResultKind TPartsLog::Add(TEndedPart part) {
+TPartVerdict TPartsLog::Add(TEndedPart part) {
   if (MayShow(part)) return Show(part);
-  const TResultKind kind = Read(part, false).Actions.front().Result;
+  const TPartVerdict verdict = VerdictOf(Read(part, false));
   waiting_.push_back(std::move(part));
-  return kind;
+  return verdict;
 }
 
-TResultKind TPartsLog::Show(const TEndedPart& part) {
+TPartVerdict TPartsLog::Show(const TEndedPart& part) {
   TRunReport report = Read(part, true);
-  const TResultKind kind = report.Actions.front().Result;
+  const TPartVerdict verdict = VerdictOf(report);
   soFar_ += report.Counts;
   if (LoopOf(part)) {
     openLoop_ = LoopOf(part);
@@ -129,7 +133,7 @@ TResultKind TPartsLog::Show(const TEndedPart& part) {
   }
   runs_.Add(std::move(report));
   if (!part.Log.empty()) static_cast<void>(platform::RemoveFile(part.Log)); // else it goes with its folder
-  return kind;
+  return verdict;
 }
 
 TRunReport TPartsLog::ReadSkipped(const TEndedPart& part, bool shows) {

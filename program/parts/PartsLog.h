@@ -26,6 +26,11 @@ struct TEndedPart {
   std::u16string Why = {};          // the same for people
 };
 
+struct TPartVerdict {
+  TResultKind Kind = TResultKind::Failed;
+  bool HasFindings = false;
+};
+
 // Each part is shown as a whole once it has ended. The passes of a loop stand in one loop; what ends
 // meanwhile is shown behind it.
 class TPartsLog {
@@ -36,7 +41,7 @@ public:
 
   // Reads the log, and gives what became of the action. A part without a whole log of a run has failed, and
   // so has one whose process ended otherwise than its log says.
-  TResultKind Add(TEndedPart part);
+  TPartVerdict Add(TEndedPart part);
   void CloseLoop(std::size_t place); // no other pass of it will come; once
   TRunReport Take();                 // of all parts; stopped when there was none
 
@@ -47,7 +52,7 @@ private:
   static std::optional<std::size_t> LoopOf(const TEndedPart& part);
   TRunReport Read(const TEndedPart& part, bool shows);
   TRunReport ReadSkipped(const TEndedPart& part, bool shows);
-  TResultKind Show(const TEndedPart& part);
+  TPartVerdict Show(const TEndedPart& part);
   void TakePass(const TRunReport& report);
   void EndLoop();
   void ShowWaiting();

@@ -44,9 +44,9 @@ class TRun {
 public:
   TRun(const TPlan& plan, const TProject& project, const TPartsSettings& settings, TKxEvent& stop,
        std::span<IRunEventSink* const> sinks, IPartsWatcher& watcher)
-      : plan_(plan), settings_(settings), stop_(stop), watcher_(watcher), folder_(FolderForLogs()),
-        schedule_(ScheduleOf(plan, project), settings.KeepGoing), processes_(settings.Process, stop),
-        log_(sinks, began_), results_(plan.Parts.size()) {
+      : plan_(plan), actions_(project.Actions().size()), settings_(settings), stop_(stop), watcher_(watcher),
+        folder_(FolderForLogs()), schedule_(ScheduleOf(plan, project), settings.KeepGoing),
+        processes_(settings.Process, stop), log_(sinks, began_), results_(plan.Parts.size()) {
     for (const TPart& part : plan.Parts)
       if (part.Pass > 0) ++loops_[part.Place].Left;
   }
@@ -58,10 +58,12 @@ public:
       if (processes_.Running() == 0) break;
       EndOne();
     }
+    const bool isPartial = IsPartial();
     if (!schedule_.IsCutShort() && !stop_.IsRaised()) SkipHeldUp();
     for (const auto& [loop, left] : loops_)
       log_.CloseLoop(loop);
     TRunReport report = log_.Take();
+    report.IsPartial = report.IsPartial || isPartial;
     if (stop_.IsRaised()) report.Result = TResultKind::Stopped;
     return {std::move(report), std::move(results_), processes_.End()};
   }
@@ -97,10 +99,18 @@ private:
     End(index, log_.Add(std::move(ended)));
   }
 
-  void End(std::size_t index, TResultKind kind) {
-    results_[index].Kind = kind;
-    schedule_.End(index, kind);
-    if (plan_.Parts[index].Pass > 0) EndPass(plan_.Parts[index].Place, kind);
+  void End(std::size_t index, const TPartVerdict& verdict) {
+    results_[index].Kind = verdict.Kind;
+    results_[index].HasFindings = verdict.HasFindings;
+    schedule_.End(index, verdict.Kind);
+    if (plan_.Parts[index].Pass > 0) EndPass(plan_.Parts[index].Place, verdict.Kind);
+  }
+
+  bool IsPartial() const {
+    std::set<std::size_t> places;
+    for (const TPart& part : plan_.Parts)
+      places.insert(part.Place);
+    return places.size() < actions_ || !settings_.PassedOver.empty() || !schedule_.NotRun().empty();
   }
 
   // What has not run although the run went on.
@@ -142,6 +152,7 @@ private:
   }
 
   const TPlan& plan_;
+  const std::size_t actions_; // of the project
   const TPartsSettings& settings_;
   TKxEvent& stop_;
   IPartsWatcher& watcher_;

@@ -123,14 +123,15 @@ private:
 
 } // namespace
 
-TResume::TResume(const TProject& project, const TPlan& plan, std::u16string more)
-    : project_(project), plan_(plan), more_(std::move(more)) {}
+TResume::TResume(const TProject& project, const TPlan& plan, TResumeSettings settings)
+    : project_(project), plan_(plan), settings_(std::move(settings)) {}
 
 std::u16string TResume::SettingsOf(const TPart& part) const {
   TSettingsText settings(project_);
   settings.Add(*project_.Actions()[part.Place]);
   settings.Add(u"pass", part.PassValue);
-  settings.Add(u"", more_);
+  settings.Add(u"", settings_.Options);
+  settings.Add(u"gate", settings_.FindingsCount ? u"1" : u"");
   return text::FromInteger(static_cast<std::int64_t>(text::StableHash(std::move(settings).Text()))) + u"\n";
 }
 
@@ -178,7 +179,8 @@ history::TPassedParts TResume::Remember(const std::vector<TPartResult>& results,
     const TPart& part = plan_.Parts[i];
     if (passedOver.contains(i)) {
       parts.insert(*known.find(part.Id));
-    } else if (results[i].Kind && IsSuccess(*results[i].Kind)) {
+    } else if (results[i].Kind && IsSuccess(*results[i].Kind) &&
+               !(settings_.FindingsCount && results[i].HasFindings)) {
       if (const auto state = StateOf(part, results[i])) parts.emplace(part.Id, text::ToUtf8(*state));
     }
   }

@@ -18,19 +18,26 @@ namespace kx {
 // What became of a part of a plan.
 struct TPartResult {
   std::optional<TResultKind> Kind = {}; // nothing: it has not run
+  bool HasFindings = false;
   std::chrono::system_clock::time_point Began = {};
   std::chrono::system_clock::time_point Ended = {};
+};
+
+struct TResumeSettings {
+  std::u16string Options;     // what a run depends on beside its project, in any form
+  bool FindingsCount = false; // for a gate
 };
 
 // A part may be passed over when it succeeded, what it needs is passed over, and it would be made of the
 // same: its action and all that the action refers to (variables, property sets, options, the environment),
 // the files that it reads, and all files of the folders of its projects. What it has written itself must be
 // there still. A file that has changed since, or come anew, makes it run: so what other parts write into
-// those folders behind it does that, too.
+// those folders behind it does that, too. Where a gate counts findings, so does a part that told of any:
+// passed over, it would tell of none.
 class TResume {
 public:
-  // `more` is what else a run depends on: its options. Project and plan outlive this.
-  TResume(const TProject& project, const TPlan& plan, std::u16string more);
+  // Project and plan outlive this.
+  TResume(const TProject& project, const TPlan& plan, TResumeSettings settings);
 
   std::set<std::size_t> MayPassOver(const history::TPassedParts& known) const;
   // What a later run is to know; `passedOver` have their state of before.
@@ -45,7 +52,7 @@ private:
 
   const TProject& project_;
   const TPlan& plan_;
-  const std::u16string more_;
+  const TResumeSettings settings_;
 };
 
 } // namespace kx

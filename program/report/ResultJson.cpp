@@ -140,6 +140,7 @@ void WriteRun(const TRunReport& report, TJsonWriter& json) {
   WriteTests(report.Tests, json);
   if (report.MoreFindings > 0) json.Member("moreFindings", report.MoreFindings);
   if (report.NothingExecuted) json.Member("nothingExecuted", true);
+  if (report.IsPartial) json.Member("partial", true);
   if (report.Part)
     json.ObjectMember("part", [&] {
       json.Member("place", report.Part->Place);
@@ -170,6 +171,7 @@ TRunReport ReadRun(const TJson& object) {
   report.Tests = ReadTests(object);
   report.MoreFindings = NumberMember<std::int64_t>(object, "moreFindings");
   report.NothingExecuted = FlagMember(object, "nothingExecuted");
+  report.IsPartial = FlagMember(object, "partial");
   if (const TJson* part = FindMember(object, "part"); part != nullptr)
     report.Part = {NumberMember<std::size_t>(*part, "place"), NumberMember<int>(*part, "pass")};
   for (const auto& [name, text] : TextsOf(report))

@@ -61,6 +61,7 @@ public:
   void Add(TRunReport run) {
     TakeWorse(merged_.Result, run.Result);
     merged_.NothingExecuted = merged_.NothingExecuted && run.NothingExecuted;
+    merged_.IsPartial = merged_.IsPartial || run.IsPartial;
     merged_.Counts += run.Counts;
     merged_.Tests += run.Tests;
     merged_.MoreFindings += run.MoreFindings;

@@ -63,4 +63,8 @@ TTestCounts& TTestCounts::operator+=(const TTestCounts& other) {
   return *this;
 }
 
+bool HasFindings(const TRunReport& report) {
+  return !report.Findings.empty() || report.MoreFindings > 0;
+}
+
 } // namespace kx

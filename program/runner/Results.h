@@ -123,6 +123,8 @@ struct TRunReport {
   TResultKind Result = TResultKind::Failed;
   // Settings were refused before any action (a loop around it apart) was executed.
   bool NothingExecuted = false;
+  // Actions of the project were not chosen, had been done before, or were not got to.
+  bool IsPartial = false;
   TProblemCounts Counts = {};
   TTestCounts Tests = {};
   std::chrono::milliseconds Elapsed{0};
@@ -136,5 +138,7 @@ struct TRunReport {
   std::optional<TPartOfRun> Part = {};    // nothing: it is a run of the whole
   std::shared_ptr<const TPast> Past = {}; // null without a history
 };
+
+bool HasFindings(const TRunReport& report); // of any severity, those that were not kept among them
 
 } // namespace kx

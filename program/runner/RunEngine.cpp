@@ -176,6 +176,8 @@ bool TRunEngine::RunParts() {
     succeeded = succeeded && GoesOnBehind(kind, node.OnFailure());
     hasFailures_ = hasFailures_ || (!isFine && GoesOnBehind(kind, node.OnFailure()));
   }
+  const bool isChosen = Choice.Only && !report_.Part && places.size() < Project.Actions().size();
+  report_.IsPartial = isChosen || !schedule.NotRun().empty();
   if (!schedule.IsCutShort() && !StopSignal.IsRaised()) SkipHeldUp(schedule, places);
   return succeeded;
 }

@@ -1,4 +1,5 @@
 """A run whose parts are processes of their own, beside the same run in one process."""
+import json
 import os
 import re
 import signal
@@ -185,6 +186,24 @@ class PartsTest(e2e.EndToEndTest):
         (self.folder / "tools/fail-C").unlink()
         self.assertEqual(resumed("--resume", code=0), {"A": "succeeded", "B": "skipped", "C": "succeeded"})
         self.assertEqual(resumed("--resume", code=0), done | {"C": "succeeded"}, "a run that succeeded leaves nothing to do")
+
+    def test_what_a_run_did_not_do_is_neither_fixed_nor_green(self):
+        def known():
+            return [one["sinceRun"] for one in json.loads(self.host("history", "findings", "p.kxproj", "--json"))["findings"]]
+        self.write("p.kxproj", e2e.project(*self.write_builds("A", "B")))
+        self.run_parts()
+        for jobs in 1, 2:
+            said = self.run_parts("A", "--baseline", "known.txt", "--write-baseline", jobs=jobs)
+            self.assertIn("The baseline is not written: the run is none that says all.", said)
+            self.assertEqual(known(), [1, 1])
+            self.write("tools/fail-A")
+            self.run_parts(jobs=jobs, code=1)  # which ends before B
+            (self.folder / "tools/fail-A").rename(self.folder / "tools/fail-B")
+            self.run_parts("--fail-on", "warning", jobs=jobs, code=1)
+            (self.folder / "tools/fail-B").unlink()
+            # Passed over, A would tell of no warning.
+            self.assertIn("2 warnings (fail on warning)", self.run_parts("--resume", "--fail-on", "warning", code=4))
+            self.assertEqual(len(known()), 2)
 
     def test_two_parts_that_would_write_one_file_are_refused(self):
         stamps = [e2e.action("VERSIONINFO", f'Name="{name}" Needs=""', ResourceFile="a.rc") for name in ("One", "Two")]
