@@ -25,6 +25,7 @@ std::vector<TNumber> ReadRuns(TDatabase& database, TPast& past) {
 
 void ReadFindings(TDatabase& database, const TRunReport& report, const std::vector<TNumber>& runs,
                   TPast& past) {
+  const TLookedFor lookedFor(report);
   std::unordered_set<std::u16string> present;
   for (const auto& finding : report.Findings)
     present.insert(finding.Fingerprint);
@@ -34,7 +35,8 @@ void ReadFindings(TDatabase& database, const TRunReport& report, const std::vect
   while (rows.Next()) {
     std::u16string fingerprint = rows.Text(1);
     if (!present.contains(fingerprint)) {
-      if (IsComplete(report)) past.Fixed.push_back(MakeFinding(rows, 1));
+      TFinding finding = MakeFinding(rows, 1);
+      if (lookedFor(finding.Action)) past.Fixed.push_back(std::move(finding));
       continue;
     }
     const auto since = std::ranges::lower_bound(runs, rows.Integer(0)); // the first one, when it is older
@@ -70,9 +72,19 @@ std::chrono::system_clock::time_point TimeOf(std::int64_t milliseconds) {
   return std::chrono::system_clock::time_point(std::chrono::milliseconds(milliseconds));
 }
 
-bool IsComplete(const TRunReport& report) {
-  return report.Result != TResultKind::Stopped && !report.NothingExecuted && !report.IsPartial &&
-         report.MoreFindings == 0;
+TLookedFor::TLookedFor(const TRunReport& report)
+    : none_(report.Result == TResultKind::Stopped || report.NothingExecuted || report.MoreFindings > 0),
+      all_(!report.IsPartial) {
+  for (const TActionResult& action : report.Actions) {
+    if (action.Result == TResultKind::Skipped)
+      all_ = false;
+    else
+      ran_.insert(NameWithPass(action.Name, action.Pass));
+  }
+}
+
+bool TLookedFor::operator()(const std::u16string& action) const {
+  return !none_ && (all_ || action.empty() || ran_.contains(action));
 }
 
 TPastRun MakePastRun(const TStatement& row, int first) {

@@ -6,6 +6,7 @@
 #include "program/runner/Past.h"
 
 #include <map>
+#include <set>
 #include <string>
 
 namespace kx::history {
@@ -14,9 +15,19 @@ inline constexpr int RunsOfPast = 30;
 
 std::chrono::system_clock::time_point TimeOf(std::int64_t milliseconds); // since 1970
 
-// Whether what the run did not find is gone: not for one that did not get to everything, or that found too
-// much.
-bool IsComplete(const TRunReport& report);
+// Whether a run would have found again what an action told in the run before, so that it is gone when it did
+// not. Not where it was stopped or found too much, nor where the action has not run: it was not chosen, its
+// condition did not hold, a failure came before it.
+class TLookedFor {
+public:
+  explicit TLookedFor(const TRunReport& report);
+  bool operator()(const std::u16string& action) const; // its name with its pass
+
+private:
+  bool none_;
+  bool all_; // so that what actions told that are not in the project any more is gone, too
+  std::set<std::u16string> ran_;
+};
 
 // `tests` are those of the run.
 TPast ReadPast(TDatabase& database, const TRunReport& report,

@@ -80,10 +80,21 @@ private:
                               finding.Configuration, finding.Action, finding.Advice, run_,
                               Milliseconds(report_.Began), run_)
                          .Only());
-    // What a run did not get to is as it was.
-    if (!IsComplete(report_))
-      database_.Prepare("UPDATE findings SET last_run = ? WHERE last_run = ?").With(run_, last_).Run();
+    KeepWhatWasNotLookedFor();
     return present;
+  }
+
+  // It is as it was.
+  void KeepWhatWasNotLookedFor() {
+    const TLookedFor lookedFor(report_);
+    TStatement before = database_.Prepare("SELECT id, action FROM findings WHERE last_run = ?");
+    before.With(last_);
+    std::vector<TNumber> kept;
+    while (before.Next())
+      if (!lookedFor(before.Text(1))) kept.push_back(before.Integer(0));
+    TStatement keep = database_.Prepare("UPDATE findings SET last_run = ? WHERE id = ?");
+    for (const TNumber finding : kept)
+      keep.With(run_, finding).Run();
   }
 
   std::int64_t CountFindings(const char* condition) {

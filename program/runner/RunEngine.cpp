@@ -177,7 +177,7 @@ bool TRunEngine::RunParts() {
     hasFailures_ = hasFailures_ || (!isFine && GoesOnBehind(kind, node.OnFailure()));
   }
   const bool isChosen = Choice.Only && !report_.Part && places.size() < Project.Actions().size();
-  report_.IsPartial = isChosen || !schedule.NotRun().empty();
+  report_.IsPartial = report_.IsPartial || isChosen || !schedule.NotRun().empty();
   if (!schedule.IsCutShort() && !StopSignal.IsRaised()) SkipHeldUp(schedule, places);
   return succeeded;
 }
@@ -192,12 +192,11 @@ void TRunEngine::SkipHeldUp(const TSchedule& schedule, const std::vector<std::si
 }
 
 bool TRunEngine::RunNodes(const std::vector<std::unique_ptr<TActionNode>>& nodes) {
-  for (const auto& node : nodes) {
-    if (StopSignal.IsRaised()) return false;
-    const TResultKind kind = RunNode(*node);
-    if (!GoesOnBehind(kind, node->OnFailure())) return false;
-  }
-  return true;
+  const bool wentOn = std::ranges::all_of(nodes, [this](const auto& node) {
+    return !StopSignal.IsRaised() && GoesOnBehind(RunNode(*node), node->OnFailure());
+  });
+  report_.IsPartial = report_.IsPartial || !wentOn;
+  return wentOn;
 }
 
 bool TRunEngine::RunChildren(const TKxBaseIterator& loop) {
@@ -309,6 +308,7 @@ bool TRunEngine::Attempt(const TActionNode& node) {
 // What is said and found in an attempt behind which there may be another is no error yet.
 bool TRunEngine::AttemptAll(const TActionNode& node) {
   const int attempts = isDryRun_ ? 1 : 1 + node.Terms().Retries;
+  const bool wasPartial = report_.IsPartial;
   for (int attempt = 1; attempt < attempts; ++attempt) {
     if (attempt > 1) SayAttempt(attempt, attempts);
     findings_.BeginAttempt();
@@ -319,6 +319,7 @@ bool TRunEngine::AttemptAll(const TActionNode& node) {
     findings_.EndAttempt(counts);
     if (counts) return returned;
     TakeBack(attempt, attempts);
+    report_.IsPartial = wasPartial;
   }
   if (attempts > 1) SayAttempt(attempts, attempts);
   return Attempt(node);

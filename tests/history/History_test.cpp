@@ -28,6 +28,8 @@ protected:
     std::u16string Commit = {};
     TResultKind Result = TResultKind::Succeeded;
     std::chrono::hours At{0};
+    std::map<std::u16string, TResultKind> Actions = {};
+    bool IsPartial = false;
   };
 
   // What is said of it is in `Said`.
@@ -44,8 +46,14 @@ protected:
     TRunReport report{.Result = given.Result, .Elapsed = milliseconds(100)};
     report.Began = Noon + given.At;
     report.Surroundings.Commit = given.Commit;
+    report.IsPartial = given.IsPartial;
+    for (const auto& [name, result] : given.Actions)
+      report.Actions.push_back({.Name = name, .Result = result});
     for (const auto& fingerprint : given.Findings)
-      report.Findings.push_back({.Rule = u"CS1", .Message = u"m " + fingerprint, .Fingerprint = fingerprint});
+      report.Findings.push_back({.Rule = u"CS1",
+                                 .Message = u"m " + fingerprint,
+                                 .Action = u"of " + fingerprint,
+                                 .Fingerprint = fingerprint});
     Said = text::ToUtf8(recorder.Finish(report));
     return report;
   }
@@ -84,6 +92,21 @@ TEST_F(HistoryTest, TellsWhatIsNewKnownAndFixed) {
   EXPECT_EQ(THistory(file_).Findings().back().SinceRun, 4);
   EXPECT_EQ(THistory(file_).Runs(2).front().Number, 3);
   EXPECT_EQ(THistory(file_).Details(2)->Findings.size(), 2U);
+}
+
+TEST_F(HistoryTest, CallsFixedOnlyWhatWasLookedFor) {
+  using enum TResultKind;
+  Run({{u"a", u"b", u"c"}});
+  const std::tuple<const char*, std::map<std::u16string, TResultKind>, bool, const char*> cases[] = {
+      {"of some actions", {{u"of b", Succeeded}}, true, "b"},
+      {"an action passed over", {{u"of a", Skipped}, {u"of b", Failed}, {u"of c", Succeeded}}, false, "bc"},
+      {"of all actions that there are", {{u"of b", Succeeded}}, false, "abc"},
+  };
+  for (const auto& [name, actions, isPartial, fixed] : cases) {
+    EXPECT_EQ(FixedOf(Run({.Actions = actions, .IsPartial = isPartial})), fixed) << name;
+    const auto report = Run({{u"a", u"b", u"c"}});
+    EXPECT_EQ(KnownOf(report).size() / 2 + std::string_view(fixed).size(), 3U) << name; // the rest was there
+  }
 }
 
 TEST_F(HistoryTest, KeepsNoMoreRunsAndNoOlderOnesThanItMay) {
