@@ -7,13 +7,17 @@
 #include "program/cli/Output.h"
 #include "program/cli/RunOutputs.h"
 #include "program/cli/Usage.h"
+#include "program/findings/FindingList.h"
 #include "program/report/JsonLinesReader.h"
 #include "program/report/RunMerge.h"
 
 #include <CLI/CLI.hpp>
 
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <set>
+#include <utility>
 
 namespace kx::cli {
 
@@ -22,6 +26,7 @@ namespace {
 struct TReportArguments {
   std::vector<std::string> Logs;
   std::string Title;
+  std::size_t Parts = 0; // that must have left a log; 0: it is not known
   TGateArguments Gates;
 };
 
@@ -49,6 +54,37 @@ private:
   TConsoleSink console_;
 };
 
+// The parts whose logs have been read. One that was begun anew elsewhere may have left two.
+using TPartsSeen = std::set<std::pair<std::size_t, int>>;
+
+// A machine that is lost takes the log with it: without a word of that, what is left might tell of a success.
+void BookMissing(TRunReport& report, const TPartsSeen& seen, std::size_t all, std::int64_t message,
+                 const std::function<void(const TRunEvent&)>& tell) {
+  if (seen.size() >= all) return;
+  const auto count = [](std::size_t parts) { return text::FromInteger(static_cast<std::int64_t>(parts)); };
+  const std::u16string text = count(all - seen.size()) + u" of " + count(all) +
+                              u" parts have left no log: what became of them is not known.";
+  TActionResult row{
+      .Name = u"Parts without a log", .Result = TResultKind::Failed, .Reason = u"parts-missing"};
+  row.Counts.Errors = 1;
+  row.Began = report.Elapsed;
+  TFinding finding{.Rule = row.Reason,
+                   .Severity = TFindingSeverity::Error,
+                   .Message = text,
+                   .Action = row.Name,
+                   .Said = message};
+  SetFingerprints({&finding, 1}, report.Root);
+  const auto now = report.Began + report.Elapsed;
+  tell({now, 0, TActionStarted{.Name = row.Name, .Description = row.Name}});
+  tell({now, 1, TMessageSent{text, TStatusTag::stError}});
+  tell({now, 0, TActionEnded{row}});
+  report.Result = TResultKind::Failed;
+  report.IsPartial = true;
+  report.Counts += row.Counts;
+  report.Actions.push_back(std::move(row));
+  report.Findings.push_back(std::move(finding));
+}
+
 int ReportLogs(const TReportArguments& arguments, const TCommonOptions& common) {
   const TGates gates(arguments.Gates, {});
   const auto logs = FullPaths(arguments.Logs);
@@ -61,6 +97,7 @@ int ReportLogs(const TReportArguments& arguments, const TCommonOptions& common) 
     console.On(event);
   };
   TRunMerge runs;
+  TPartsSeen parts;
   std::int64_t messages = 0;
   for (const auto& log : logs) {
     auto run = ReadRunLog(log, messages, tell);
@@ -68,9 +105,11 @@ int ReportLogs(const TReportArguments& arguments, const TCommonOptions& common) 
       WriteError(u"kxhost: " + run.Message());
       return ExitInvalid;
     }
+    if (run->Part) parts.emplace(run->Part->Place, run->Part->Pass);
     runs.Add(*std::move(run));
   }
-  const TRunReport report = runs.Take();
+  TRunReport report = runs.Take();
+  BookMissing(report, parts, arguments.Parts, messages + 1, tell);
   tell({report.Began + report.Elapsed, 0, TRunEnded{report}, report.Counts});
   return EndRun(report, reports, nullptr, gates, common);
 }
@@ -83,6 +122,11 @@ void DefineReport(CLI::App& command, const TCommonOptions& common, int& exitCode
       .add_option("LOG", arguments->Logs, "Logs that kxhost run --log has written; several make one report")
       ->required();
   command.add_option("--title", arguments->Title, "What the reports are headed with")->type_name("TEXT");
+  command
+      .add_option("--parts", arguments->Parts,
+                  "The logs are of so many parts of one run; fewer are a failure")
+      ->type_name("N")
+      ->check(CLI::PositiveNumber);
   DefineGates(command, arguments->Gates);
   command.callback([arguments, &common, &exitCode] { exitCode = ReportLogs(*arguments, common); });
 }

@@ -95,8 +95,9 @@ std::string Head(const TPlan& plan, const char* machines) {
          machines + "\n";
 }
 
-std::string ReportLine(const char* logs, const char* more) {
-  return std::string("kxhost report ") + logs + " --report kx-report.html --junit kx-tests.xml " + more;
+std::string ReportLine(const TEnginePlan& plan, const char* logs, const char* more) {
+  return std::string("kxhost report ") + logs + " --parts " + std::to_string(plan.Count()) +
+         " --report kx-report.html --junit kx-tests.xml " + more;
 }
 
 // ---- GitHub
@@ -299,7 +300,7 @@ void WritePlanGitHub(const TPlan& plan, const TRunWords& words, const TPlanPut& 
       "\n    if: always()\n    steps:\n      - uses: actions/download-artifact@v4\n        with:\n"
       "          pattern: part-*\n          path: kx-logs\n          merge-multiple: true\n"
       "      - shell: bash\n        run: " +
-      ReportLine("kx-logs/*.jsonl", "--sarif kx-findings.sarif --ci github") + "\n" +
+      ReportLine(jobs, "kx-logs/*.jsonl", "--sarif kx-findings.sarif --ci github") + "\n" +
       GitHubUpload("report",
                    "|\n            kx-report.html\n            kx-tests.xml\n            kx-findings.sarif"));
 }
@@ -322,7 +323,7 @@ void WritePlanGitLab(const TPlan& plan, const TRunWords& words, const TPlanPut& 
         Yaml(std::vector<std::u16string>{jobs.Log(i)}) + "\n    expire_in: 1 week\n\n");
   }
   put("report:\n  stage: report\n  when: always\n  script:\n    - " +
-      ReportLine("part-*.jsonl", "--code-quality kx-quality.json --ci gitlab") +
+      ReportLine(jobs, "part-*.jsonl", "--code-quality kx-quality.json --ci gitlab") +
       "\n  artifacts:\n    when: always\n    paths: [kx-report.html]\n    reports:\n      junit: "
       "kx-tests.xml\n"
       "      codequality: kx-quality.json\n");
@@ -336,7 +337,7 @@ void WritePlanAzure(const TPlan& plan, const TRunWords& words, const TPlanPut& p
     PutAzureJob(jobs, i, put);
   put("- job: report\n  displayName: Report\n  dependsOn: " + Yaml(jobs.AllJobs()) +
       "\n  condition: always()\n  steps:\n  - checkout: none\n  - download: current\n  - bash: " +
-      ReportLine("\"$(Pipeline.Workspace)\"/part-*/*.jsonl", "--ci azure") +
+      ReportLine(jobs, "\"$(Pipeline.Workspace)\"/part-*/*.jsonl", "--ci azure") +
       "\n    displayName: Report\n  - publish: kx-report.html\n    artifact: report\n    condition: "
       "always()\n");
 }

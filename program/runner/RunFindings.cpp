@@ -16,9 +16,10 @@ struct TRunRule {
   std::u16string_view Name;
   std::u16string_view Help;
 };
-constexpr std::array<TRunRule, 7> RunRules{{
+constexpr std::array<TRunRule, 8> RunRules{{
     {u"action-error", u"An action of the build project failed by itself, without an error of a tool."},
     {u"action-warning", u"An action of the build project warns of something."},
+    {u"parts-missing", u"Parts of a run have left no log: what became of them is not known."},
     {u"run-interrupted", u"The log of a run ends before the run did: it was killed, or its disk was full."},
     {u"test-failed", u"A unit test failed."},
     {u"tool-error", u"A tool reports an error without a code."},

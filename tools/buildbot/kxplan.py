@@ -52,8 +52,11 @@ def plan_steps(results, report):
 @util.renderer
 def report_command(props, results, report):
     logs = glob.glob(f"{results}/plan-{props['buildnumber']}/part-*.jsonl")
-    # What could not even begin leaves an empty one; the part has failed all the same.
-    return ["kxhost", "report", *sorted(os.path.basename(log) for log in logs if os.path.getsize(log) > 0), *report]
+    with open(props["plan"], encoding="utf-8") as file:
+        parts = len(json.load(file)["parts"])
+    # What could not even begin leaves an empty one: with the number of all of them the report tells of the rest.
+    logs = sorted(os.path.basename(log) for log in logs if os.path.getsize(log) > 0)
+    return ["kxhost", "report", *logs, "--parts", str(parts), *report]
 
 
 def part_steps(checkout, idle_limit, time_limit):
