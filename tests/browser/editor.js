@@ -8,11 +8,13 @@ const { chromium } = require("playwright-core");
 
 const root = path.resolve(__dirname, "../..");
 
-// In place of Visual Studio: says what a build says, as often as LINES tells, and then takes as long as SECONDS.
+// In place of Visual Studio: says what a build says, as often as LINES and WARNINGS tell, and then takes as long as
+// SECONDS_TO_SLEEP.
 const tool = `#!/bin/bash
 echo "------ Build started: Project: Greeter.Core, Configuration: Release Any CPU ------"
 echo "$PWD/Greeter.Text/Greeting.cs(2,1): warning CS0168: The variable 'été' is declared but never used"
 for ((i = 0; i < LINES; ++i)); do echo "Compiling 日本語 $i"; done
+for ((i = 0; i < WARNINGS; ++i)); do echo "Many.cs($i): warning CS1: $i"; done
 if [ "\${SECONDS_TO_SLEEP:-0}" -gt 0 ]; then echo $$ > "$(dirname "$0")/pid"; sleep "$SECONDS_TO_SLEEP" & wait; fi
 echo "$PWD/Greeter.Core/DayTime.cs(3,1): error CS0103: The name 'x' does not exist in the current context"
 echo "Greeter.Core - 1 error(s), 1 warning(s)"

@@ -4,6 +4,9 @@ export const isBad = (finding) => finding?.severity === "error" || finding?.seve
 
 export const nameOf = (path) => path.split(/[\\/]/).at(-1);
 
+// "Harbour.Core" of a project's file; devenv says no more than that itself.
+export const projectName = (project) => nameOf(project).replace(/\.\w*proj$/i, "");
+
 // "DayTime.cs 3"
 export function placeText(finding) {
   if (!finding.file) return finding.action ?? "";

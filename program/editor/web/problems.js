@@ -1,7 +1,7 @@
 // The view of all that is wrong: with the settings of the project, and in the newest run.
 import { look } from "./api.js";
 import { announceError, button, byId, counted, debounce, el, icon, openLink } from "./dom.js";
-import { bySeverity, isBad, nameOf, placeText } from "./findings.js";
+import { bySeverity, isBad, nameOf, placeText, projectName } from "./findings.js";
 import { Split } from "./split.js";
 import { countInView } from "./views.js";
 
@@ -83,21 +83,22 @@ export class ProblemsView {
 
   show() {
     this.showCounts();
-    const shown = this.all()
+    const found = this.all()
       .filter((item) => this.matches(item))
-      .slice(0, mostShown);
+      .sort(bySeverity);
+    const shown = found.slice(0, mostShown);
     const groups = new Map();
     for (const item of shown) {
       const key = item.isSetting ? "Settings" : item.file || item.action;
-      if (!groups.has(key)) groups.set(key, { title: nameOf(key), more: item.project ?? "", items: [] });
+      if (!groups.has(key)) groups.set(key, { title: nameOf(key), more: projectName(item.project ?? ""), items: [] });
       groups.get(key).items.push(item);
     }
     const list = [...groups.values()];
-    for (const group of list) group.items.sort(bySeverity);
-    list.sort((a, b) => bySeverity(a.items[0], b.items[0]));
     const isSame = (a, b) => (a.isSetting ? b.isSetting && a.message === b.message && a.id === b.id : a.place === b.place);
     this.split.show(list, (item) => drawRow(item, this.isNew(item)), isSame);
     if (!shown.length) this.split.list.replaceChildren(this.nothing());
+    const left = found.length - shown.length;
+    if (left) this.split.list.append(el("p", { class: "note" }, `${counted(left, "more problem")}: search for them.`));
   }
 
   nothing() {
@@ -111,8 +112,15 @@ export class ProblemsView {
     return el("p", { class: "note" }, "No problem matches. ", button("Clear", clear, { class: "compact" }));
   }
 
+  // One that is not in the list is searched for.
   choose(place) {
-    const row = this.split.rows.find(({ item }) => !item.isSetting && item.place === place);
+    const find = () => this.split.rows.find(({ item }) => !item.isSetting && item.place === place);
+    if (!find()) {
+      this.least = "all";
+      this.search.value = this.findings.find((finding) => finding.place === place)?.message ?? "";
+      this.show();
+    }
+    const row = find();
     if (row) this.split.choose(row.item);
   }
 

@@ -10,6 +10,7 @@ export class Split {
     this.draw = draw;
     this.rows = []; // {item, element}
     this.chosen = undefined;
+    this.isPicked = false; // by somebody; else the first one stands there until there is a better one
     this.list.addEventListener("keydown", (event) => this.onKey(event));
   }
 
@@ -23,8 +24,9 @@ export class Split {
       ...items.map((item) => this.drawRow(item, drawItem(item))),
     ]);
     this.list.replaceChildren(...parts);
-    const kept = before && this.rows.find((row) => isSame(row.item, before));
+    const kept = this.isPicked ? this.rows.find((row) => isSame(row.item, before)) : undefined;
     this.choose((kept ?? this.rows[0])?.item, { quietly: true, hadFocus });
+    this.isPicked = hadFocus || kept !== undefined;
   }
 
   drawRow(item, content) {
@@ -35,6 +37,7 @@ export class Split {
 
   choose(item, { quietly = false, hadFocus = false } = {}) {
     this.chosen = item;
+    this.isPicked = hadFocus || !quietly;
     for (const row of this.rows) {
       const isChosen = row.item === item;
       if (isChosen) row.element.setAttribute("aria-current", "true");
@@ -55,11 +58,11 @@ export class Split {
     this.rows.find((row) => row.item === this.chosen)?.element.focus();
   }
 
-  // The next or previous one; gives it.
+  // The next or previous one of the one that somebody has picked, else the first; gives it.
   step(direction) {
     if (!this.rows.length) return undefined;
     const at = this.rows.findIndex((row) => row.item === this.chosen);
-    const row = this.rows[(at + direction + this.rows.length) % this.rows.length];
+    const row = this.rows[this.isPicked ? (at + direction + this.rows.length) % this.rows.length : 0];
     this.choose(row.item);
     return row.item;
   }
