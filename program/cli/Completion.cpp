@@ -8,8 +8,10 @@
 #include "program/check/CheckRule.h"
 #include "program/check/SolutionFacts.h"
 #include "program/cli/HostSession.h"
+#include "program/cli/ProjectArgument.h"
 #include "program/cli/Usage.h"
 #include "program/runner/KnownOptions.h"
+#include "program/runner/ProjectFile.h"
 #include "program/runner/Run.h"
 
 #include <CLI/CLI.hpp>
@@ -156,13 +158,41 @@ private:
       void (TCompleter::*Offer)();
     };
     constexpr std::array places{
-        TPlace{"do", &TCompleter::OfferDo}, TPlace{"actions", &TCompleter::OfferAction},
-        TPlace{"explain", &TCompleter::OfferExplain}, TPlace{"options", &TCompleter::OfferOptionsStore}};
+        TPlace{"do", &TCompleter::OfferDo},           TPlace{"actions", &TCompleter::OfferAction},
+        TPlace{"explain", &TCompleter::OfferExplain}, TPlace{"options", &TCompleter::OfferOptionsStore},
+        TPlace{"run", &TCompleter::OfferNames},       TPlace{"plan", &TCompleter::OfferNames}};
     const auto place = std::ranges::find(places, command_->get_name(), &TPlace::Command);
     if (place == places.end()) {
       found_.TakesFiles = true;
     } else {
       (this->*place->Offer)();
+    }
+  }
+
+  // The project's file stands first, or is the only one of the folder.
+  void OfferNames() {
+    found_.TakesFiles = places_.empty();
+    TProjectSelection selection;
+    for (const auto& place : places_) {
+      if (selection.File)
+        selection.Names.push_back(text::ToUtf8(place));
+      else
+        selection.File = text::ToUtf8(place);
+    }
+    try {
+      OfferNamesOf(RequireProject(selection));
+    } catch (const EKxException&) { // files are offered all the same
+    }
+  }
+
+  void OfferNamesOf(const std::u16string& file) {
+    TProjectRunner runner(Session().Services(), Session().Stop(), {{}, Session().KeyFile()});
+    TProjectFile(runner.Project()).Load(text::ExpandPath(file, platform::CurrentDirectory()));
+    const TActionGroup* group = nullptr;
+    for (const auto& node : runner.Project().Actions()) {
+      if (node->Group() != nullptr && node->Group() != group) Offer({node->Group()->Name, u"group"});
+      group = node->Group();
+      Offer({node->DisplayName(), node->Type().Identifier});
     }
   }
 

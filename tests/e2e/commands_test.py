@@ -86,6 +86,8 @@ class CommandsTest(e2e.EndToEndTest):
                 ("zsh", "do DEVENV Solution=A--B.sln SelectedProjects=", ["SelectedProjects=A"]),
                 ("powershell", "check A--B.sln --configuration Rel", ["'Release|Any CPU'"]),
                 ("fish", "run --verbosity=d", ["--verbosity=detailed", "--verbosity=diagnostic"]),
+                ("fish", "run A--B.kxproj ", ["Build A--B"]),
+                ("bash", "plan --format dot Bui", ["Build\\ A--B "]),
                 ("fish", "graph --log", []),
                 ("fish", "run --log ", [":files"])]:
             with self.subTest(line):
