@@ -87,7 +87,7 @@ class CommandsTest(e2e.EndToEndTest):
                 ("powershell", "check A--B.sln --configuration Rel", ["'Release|Any CPU'"]),
                 ("fish", "run --verbosity=d", ["--verbosity=detailed", "--verbosity=diagnostic"]),
                 ("fish", "run A--B.kxproj ", ["Build A--B"]),
-                ("bash", "plan --format dot Bui", ["Build\\ A--B "]),
+                ("bash", "plan --format dot Bui", ["Build\\ A--B ", ":files"]),
                 ("fish", "graph --log", []),
                 ("fish", "run --log ", [":files"])]:
             with self.subTest(line):
