@@ -44,7 +44,6 @@ std::vector<std::u16string> SourceFolders(const TPart& part) {
 struct TFileState {
   std::uint64_t Size;
   TTime Changed;
-  friend bool operator==(const TFileState&, const TFileState&) = default;
 };
 using TFiles = std::map<std::u16string, TFileState>;
 
