@@ -5,7 +5,7 @@
 #include "program/cli/RunProject.h"
 #include "program/cli/Usage.h"
 #include "program/parts/PartTalk.h"
-#include "program/plan/Plan.h"
+#include "program/plan/PartIds.h"
 #include "program/runner/Messages.h"
 
 #include <iostream>

@@ -2,7 +2,7 @@
 
 #include "contract/LookAhead.h"
 #include "foundation/text/WindowsPath.h"
-#include "program/plan/UniqueNames.h"
+#include "program/plan/PartIds.h"
 
 #include <algorithm>
 #include <unordered_set>
@@ -59,50 +59,6 @@ private:
   TUniqueTexts outputs_;
   TUniqueTexts capabilities_;
 };
-
-// People read it, and programs take it for a line.
-std::u16string InOneLine(std::u16string text) {
-  std::ranges::replace_if(
-      text, [](char16_t c) { return c < u' ' || (c >= u'\x7F' && c < u'\xA0'); }, u' ');
-  return text;
-}
-
-// "Lib" of "C:\src\Lib\Lib.csproj".
-std::u16string ShortOf(const std::u16string& value) {
-  if (value.find_first_of(u"\\/") == value.npos) return value;
-  const std::u16string file(text::ExtractFileName(value));
-  return file.substr(0, file.rfind(u'.'));
-}
-
-// Those of a parallel loop that can say them; else none.
-std::vector<TKxPass> PassesOf(const TActionNode& node) {
-  if (!node.Terms().IsParallel || node.Iterator() == nullptr) return {};
-  return node.Iterator()->Passes().value_or(std::vector<TKxPass>());
-}
-
-} // namespace
-
-// The same whichever of the actions are planned.
-class TPartIds {
-public:
-  explicit TPartIds(const TProject& project) {
-    for (const auto& node : project.Actions())
-      ofActions_.push_back(Take(InOneLine(node->DisplayName())));
-  }
-  const std::u16string& Of(std::size_t place) const { return ofActions_[place]; }
-  // The next pass of the action.
-  std::u16string OfPass(std::size_t place, const std::u16string& value) {
-    return Take(Of(place) + u"/" + InOneLine(ShortOf(value)));
-  }
-
-private:
-  std::u16string Take(const std::u16string& name) { return taken_.Take(name, u" (", u")"); }
-
-  TUniqueNames taken_;
-  std::vector<std::u16string> ofActions_;
-};
-
-namespace {
 
 class TPlanMaker {
 public:
@@ -198,33 +154,6 @@ TPlan MakePlan(TProjectRunner& runner, const history::TUsualTimes& usual, std::s
 
 bool MustSucceed(const TPlan& plan, const TActionNeed& need) {
   return need.MustSucceed || plan.Parts[need.Action].OnFailure == TOnFailure::Stop;
-}
-
-TPartFinder::TPartFinder(const TProject& project)
-    : project_(project), ids_(std::make_unique<TPartIds>(project)) {
-  for (std::size_t place = 0; place < project.Actions().size(); ++place)
-    actions_.emplace(ids_->Of(place), place);
-}
-
-TPartFinder::~TPartFinder() = default;
-
-std::optional<TPartOfRun> TPartFinder::Find(const std::u16string& id) {
-  for (std::size_t end = id.find(u'/'); end != id.npos; end = id.find(u'/', end + 1))
-    AddPartsOf(id.substr(0, end));
-  AddPartsOf(id);
-  const auto part = parts_.find(id);
-  return part == parts_.end() ? std::nullopt : std::optional(part->second);
-}
-
-void TPartFinder::AddPartsOf(const std::u16string& action) {
-  const auto known = actions_.extract(action);
-  if (known.empty()) return;
-  const std::size_t place = known.mapped();
-  const auto passes = PassesOf(*project_.Actions()[place]);
-  if (passes.empty()) parts_.emplace(known.key(), TPartOfRun{.Place = place});
-  for (std::size_t i = 0; i < passes.size(); ++i)
-    parts_.emplace(ids_->OfPass(place, passes[i].Value),
-                   TPartOfRun{.Place = place, .Pass = static_cast<int>(i) + 1});
 }
 
 } // namespace kx

@@ -51,28 +51,6 @@ TPlan MakePlan(TProjectRunner& runner, const history::TUsualTimes& usual, std::s
 // Whether the part of this need must have succeeded; else it is enough that it has ended.
 bool MustSucceed(const TPlan& plan, const TActionNeed& need);
 
-class TPartIds;
-
-// The parts of the whole project's plan, found by their ids. Loops are asked for their passes when an id
-// first seems to mean one, so that neither one part costs all of them nor a thousand parts the same ones
-// again.
-class TPartFinder {
-public:
-  explicit TPartFinder(const TProject& project); // must outlive it and not change
-  ~TPartFinder();
-
-  // Nothing for an unknown id. Letter case is ignored.
-  std::optional<TPartOfRun> Find(const std::u16string& id);
-
-private:
-  void AddPartsOf(const std::u16string& action);
-
-  const TProject& project_;
-  std::unique_ptr<TPartIds> ids_;
-  TByName<std::size_t> actions_; // whose parts have not been added yet
-  TByName<TPartOfRun> parts_;
-};
-
 // Each part behind those that it needs; where that leaves a choice, in the order of the plan's levels.
 std::vector<std::size_t> InOrder(const TPlan& plan);
 

@@ -1,3 +1,4 @@
+#include "program/plan/PartIds.h"
 #include "program/plan/PlanFormats.h"
 
 #include "tests/runner/TestActions.h"
