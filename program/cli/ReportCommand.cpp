@@ -62,8 +62,8 @@ void BookMissing(TRunReport& report, const TPartsSeen& seen, std::size_t all, st
                  const std::function<void(const TRunEvent&)>& tell) {
   if (seen.size() >= all) return;
   const auto count = [](std::size_t parts) { return text::FromInteger(static_cast<std::int64_t>(parts)); };
-  const std::u16string text = count(all - seen.size()) + u" of " + count(all) +
-                              u" parts have left no log: what became of them is not known.";
+  const std::u16string text = u"There is no log of " + count(all - seen.size()) + u" of " + count(all) +
+                              u" parts: what became of them is not known.";
   TActionResult row{
       .Name = u"Parts without a log", .Result = TResultKind::Failed, .Reason = u"parts-missing"};
   row.Counts.Errors = 1;

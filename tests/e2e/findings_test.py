@@ -67,8 +67,8 @@ class FindingsTest(e2e.EndToEndTest):
     def test_a_part_without_a_log_is_no_success(self):
         self.run_with("c.c(3): warning C1: t", arguments=("--part", "build"))
         said = self.host("report", "log.jsonl", "log.jsonl", "--parts", "2", "--report", "r.html", code=1)
-        self.assertRegex(said, r"error: 1 of 2 parts have left no log(?s:.*)\nParts without a log +failed \(parts-missing\) +1 ")
-        self.assertIn("1 of 2 parts have left no log", self.read("r.html"))
+        self.assertRegex(said, r"error: There is no log of 1 of 2 parts(?s:.*)\nParts without a log +failed \(parts-missing\) +1 ")
+        self.assertIn("There is no log of 1 of 2 parts", self.read("r.html"))
         self.host("report", "log.jsonl", "--parts", "1")
 
     def test_the_history_answers_what_earlier_runs_left(self):
