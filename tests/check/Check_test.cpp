@@ -11,18 +11,19 @@
 namespace kx::check {
 namespace {
 
-// "12 rule", with the lines of the steps behind it: "12 rule 9 10". `said` gets "rule, project: message |
-// message of a step".
-std::vector<std::string> Found(TChecker& checker, std::set<std::string>* said = nullptr) {
-  std::vector<std::string> found;
+// "12 rule, 13 rule", each with the lines of its steps behind it: "12 rule 9 10". `said` gets "rule, project:
+// message | message of a step".
+std::string Found(TChecker& checker, std::set<std::string>& said) {
+  std::string found;
   for (const TFinding& finding : checker.TakeFindings()) {
     std::u16string all = finding.Rule + u", " + finding.Project + u": " + finding.Message;
     for (const TFindingStep& step : finding.Steps)
       all += u" | " + step.Message;
-    if (said != nullptr) said->insert(text::ToUtf8(all));
-    found.push_back(std::to_string(finding.Place.Line) + " " + text::ToUtf8(finding.Rule));
+    said.insert(text::ToUtf8(all));
+    found +=
+        (found.empty() ? "" : ", ") + std::to_string(finding.Place.Line) + " " + text::ToUtf8(finding.Rule);
     for (const TFindingStep& step : finding.Steps)
-      found.back() += " " + std::to_string(step.Place.Line);
+      found += " " + std::to_string(step.Place.Line);
   }
   return found;
 }
@@ -98,6 +99,8 @@ framework-new, A: A is for .NET v4.0, App.sln for Visual Studio.NET 2008 with 3.
 reference-order, A: A references B, which stands behind it in the build order | the reference
 reference-outside, A: A references ..\X.csproj, which is not in App.sln)";
 
+const std::string Title = "Microsoft Visual Studio Solution File, Format Version ";
+
 std::string Id(char letter) {
   return "{" + std::string(8, letter) + "-0000-0000-0000-000000000000}";
 }
@@ -123,8 +126,14 @@ std::string Projects(std::initializer_list<std::string_view> projects) {
   return text;
 }
 
-std::string OfOther(const std::string& line) {
-  return line + "\nEndProject\n";
+// Of another kind, name and file than theirs.
+std::string Other(const std::string& name, const std::string& file, char id, const std::string& type = "0") {
+  return "Project(\"" + type + "\") = \"" + name + "\", \"" + file + "\", \"{" + id + "}\"\nEndProject\n";
+}
+
+// Of the Global block, which has no other.
+std::string Section(const std::string& name, const std::string& lines) {
+  return "Global\n\tGlobalSection(" + name + ") = preSolution\n" + lines + "\tEndGlobalSection\nEndGlobal\n";
 }
 
 // "A.Debug", "A.Debug!" for one that is built.
@@ -147,100 +156,78 @@ std::string Global(std::initializer_list<std::string_view> configurations,
 struct TSolutionCase {
   std::string_view Name;
   std::string Text;
-  std::vector<std::string> Found;
+  std::string_view Found;
 };
 
 TEST(Check, FindsWhatIsWrongWithASolutionInItsLine) {
-  const std::string head =
-      "Microsoft Visual Studio Solution File, Format Version 10.00\n# Visual Studio 2008\n";
+  const std::string head = Title + "10.00\n# Visual Studio 2008\n";
   const std::string end = "Global\nEndGlobal\n";
   const TSolutionCase rows[]{
-      {"a healthy one", head + Projects({"A:B", "B"}) + Global({"D"}, {"A.D!", "B.D!"}), {}},
-      {"none", "", {"1 solution-unreadable"}},
-      {"a header of another product, and one more",
-       "Microsoft Visual Studio Solution File, Format Version 9.00\n# Visual Studio 2010\n" + head + end,
-       {"2 solution-header", "3 solution-header"}},
-      {"a newer one",
-       "Microsoft Visual Studio Solution File, Format Version 12.00\n# Visual Studio 15\n" + end,
-       {"1 solution-format"}},
-      {"no project", head + "Project(\"x\") = \"A\"\n" + end, {"3 solution-unreadable"}},
-      {"UTF-8 that does not say so", head + "# \xC3\xBC\n" + end, {"3 solution-encoding"}},
-      {"a code page, with CR LF", "\r\n" + head + "\r\n# \xFC\r\n" + end, {"5 solution-encoding"}},
-      {"UTF-8 with its mark", "\xEF\xBB\xBF" + head + "# \xC3\xBC\n" + end, {}},
-      {"a damaged mark", "\xBB\xBF\n" + head + end, {"1 solution-encoding"}},
-      {"nothing closed",
-       head + Projects({"<A:B", "<B"}) + "Global\n\tGlobalSection(X) = y\n",
-       {"3 solution-section", "7 solution-section", "8 solution-section", "9 solution-section"}},
-      {"closed twice", head + Projects({"A"}) + "EndProject\n" + end, {"5 solution-section"}},
-      {"an open merge and a second end",
-       head + "<<<<<<< mine\n" + end + "Project(\n",
-       {"3 solution-merge", "6 solution-end"}},
-      {"a circle of three, and one that leads to it",
-       head + Projects({"D:A", "A:B", "B:C", "C:AD"}) + end,
-       {"5 solution-cycle 5 10 15 21"}},
-      {"an unknown need", head + Projects({"A:CB", "B"}) + end, {"5 dependency-unknown"}},
+      {"a healthy one", head + Projects({"A:B", "B"}) + Global({"D"}, {"A.D!", "B.D!"}), ""},
+      {"none", "", "1 solution-unreadable"},
+      {"a header of another product, and one more", Title + "9.00\n# Visual Studio 2010\n" + head + end,
+       "2 solution-header, 3 solution-header"},
+      {"a newer one", Title + "12.00\n# Visual Studio 15\n" + end, "1 solution-format"},
+      {"no project", head + "Project(\"x\") = \"A\"\n" + end, "3 solution-unreadable"},
+      {"UTF-8 that does not say so", head + "# \xC3\xBC\n" + end, "3 solution-encoding"},
+      {"a code page, with CR LF", "\r\n" + head + "\r\n# \xFC\r\n" + end, "5 solution-encoding"},
+      {"UTF-8 with its mark", "\xEF\xBB\xBF" + head + "# \xC3\xBC\n" + end, ""},
+      {"a damaged mark", "\xBB\xBF\n" + head + end, "1 solution-encoding"},
+      {"nothing closed", head + Projects({"<A:B", "<B"}) + "Global\n\tGlobalSection(X) = y\n",
+       "3 solution-section, 7 solution-section, 8 solution-section, 9 solution-section"},
+      {"closed twice", head + Projects({"A"}) + "EndProject\n" + end, "5 solution-section"},
+      {"an open merge and a second end", head + "<<<<<<< mine\n" + end + "Project(\n",
+       "3 solution-merge, 6 solution-end"},
+      {"a circle of three, and one that leads to it", head + Projects({"D:A", "A:B", "B:C", "C:AD"}) + end,
+       "5 solution-cycle 5 10 15 21"},
+      {"an unknown need", head + Projects({"A:CB", "B"}) + end, "5 dependency-unknown"},
       {"old needs against the order of the file",
-       head + Projects({"A", "B"}) + "Global\n\tGlobalSection(ProjectDependencies) = postSolution\n\t\t" +
-           Id('A') + ".0 = " + Id('B') + "\n\tEndGlobalSection\nEndGlobal\n",
-       {"9 dependency-old 9"}},
-      {"one twice",
-       head + Projects({"A", "B", "A"}) + Global({"D"}, {"A.D!", "B.D!"}),
-       {"7 project-id-twice 3"}},
-      {"one that is missing, and one in another letter case",
-       head + Projects({"A", "X", "d"}) + end,
-       {"5 project-missing", "7 path-case"}},
-      {"none is there", head + Projects({"X", "Y"}) + end, {"3 projects-missing"}},
+       head + Projects({"A", "B"}) + Section("ProjectDependencies", Id('A') + ".0 = " + Id('B') + "\n"),
+       "9 dependency-old 9"},
+      {"one twice", head + Projects({"A", "B", "A"}) + Global({"D"}, {"A.D!", "B.D!"}),
+       "7 project-id-twice 3"},
+      {"one that is missing, and one in another letter case", head + Projects({"A", "X", "d"}) + end,
+       "5 project-missing, 7 path-case"},
+      {"none is there", head + Projects({"X", "Y"}) + end, "3 projects-missing"},
       {"half, not at all and never",
        head + Projects({"A", "B", "C"}) + Global({"D", "R"}, {"A.D!", "B.D", "B.R"}),
-       {"3 project-half-mapped", "5 project-never-built", "7 project-unmapped"}},
+       "3 project-half-mapped, 5 project-never-built, 7 project-unmapped"},
       {"half and not at all, two of each, in other letter case",
        head + Projects({"A", "B", "C", "D"}) + Global({"D", "R"}, {"A.d!", "B.D!"}),
-       {"3 project-half-mapped 3 5", "7 project-unmapped 7 9"}},
+       "3 project-half-mapped 3 5, 7 project-unmapped 7 9"},
       {"mappings of the oldest formats",
-       "Microsoft Visual Studio Solution File, Format Version 7.00\n" + Projects({"A", "B"}) +
-           "Global\n\tGlobalSection(SolutionConfiguration) = preSolution\n\t\tConfigName.0 = "
-           "D\n\tEndGlobalSection\n"
-           "\tGlobalSection(ProjectConfiguration) = postSolution\n\t\t" +
-           Id('A') + ".D.ActiveCfg = D|.NET\n\t\t" + Id('A') +
-           ".D.Build.0 = D|.NET\n\tEndGlobalSection\nEndGlobal\n",
-       {"4 project-unmapped"}},
+       Title + "7.00\n" + Projects({"A", "B"}) +
+           Section("SolutionConfiguration", "ConfigName.0 = D\n\tEndGlobalSection\n"
+                                            "\tGlobalSection(ProjectConfiguration) = postSolution\n" +
+                                                Id('A') + ".D.ActiveCfg = D|.NET\n" + Id('A') +
+                                                ".D.Build.0 = D|.NET\n"),
+       "4 project-unmapped"},
       {"a description is no configuration",
-       head + Projects({"A"}) +
-           "Global\n\tGlobalSection(SolutionConfigurationPlatforms) = preSolution\n\t\tDescription = x\n"
-           "\tEndGlobalSection\nEndGlobal\n",
-       {}},
+       head + Projects({"A"}) + Section("SolutionConfigurationPlatforms", "Description = x\n"), ""},
       {"a name and a file twice",
-       head + Projects({"A", "B"}) + OfOther("Project(\"0\") = \"a\", \"d\\A.csproj\", \"{1}\"") +
-           OfOther("Project(\"0\") = \"C\", \".\\b.CSPROJ\", \"{2}\"") + end,
-       {"7 project-name-twice 3", "7 project-missing", "9 project-file-twice 5", "9 path-case"}},
+       head + Projects({"A", "B"}) + Other("a", "d\\A.csproj", '1') + Other("C", ".\\b.CSPROJ", '2') + end,
+       "7 project-name-twice 3, 7 project-missing, 9 project-file-twice 5, 9 path-case"},
       {"a name twice, but in folders of the solution",
-       head + Projects({"A"}) +
-           OfOther("Project(\"{2150E333-8FDC-42A3-9474-1A3956D46DE8}\") = \"F\", \"F\", \"{F}\"") +
-           OfOther("Project(\"0\") = \"A\", \"D.csproj\", \"{1}\"") +
-           "Global\n\tGlobalSection(NestedProjects) = preSolution\n\t\t{1} = "
-           "{F}\n\tEndGlobalSection\nEndGlobal\n",
-       {}},
+       head + Projects({"A"}) + Other("F", "F", 'F', "{2150E333-8FDC-42A3-9474-1A3956D46DE8}") +
+           Other("A", "D.csproj", '1') + Section("NestedProjects", "{1} = {F}\n"),
+       ""},
       {"a strange kind, a web site and an address are not looked for in the same way",
-       head + Projects({"A"}) + OfOther("Project(\"0\") = \"Q\", \"B.dbp\", \"{1}\"") +
-           OfOther("Project(\"{E24C65DC-7377-472B-9ABA-BC803B73C61A}\") = \"W\", \"W\\\", \"{2}\"") +
-           OfOther("Project(\"0\") = \"H\", \"http://h/H.csproj\", \"{3}\"") + Global({"D"}, {"A.D!"}),
-       {"5 project-missing", "5 project-kind"}},
-      {"lines of a merge, line ends of a Macintosh",
-       "Microsoft Visual Studio Solution File, Format Version 10.00\r=======\rGlobal\rEndGlobal\r",
-       {"2 solution-merge"}},
+       head + Projects({"A"}) + Other("Q", "B.dbp", '1') +
+           Other("W", "W\\", '2', "{E24C65DC-7377-472B-9ABA-BC803B73C61A}") +
+           Other("H", "http://h/H.csproj", '3') + Global({"D"}, {"A.D!"}),
+       "5 project-missing, 5 project-kind"},
+      {"lines of a merge, line ends of a Macintosh", Title + "10.00\r=======\rGlobal\rEndGlobal\r",
+       "2 solution-merge"},
       {"a merge that ends, and a comment behind the projects",
-       head + Projects({"A"}) + ">>>>>>> theirs\n# Visual Studio 2010\n" + end,
-       {"5 solution-merge"}},
-      {"a lost letter, with a mark and without",
-       "\xEF\xBB\xBF" + head + "# \xC3\xBC\n#\xEF\xBF\xBD\n" + end,
-       {"4 solution-encoding"}},
-      {"too little of a project",
-       head + OfOther("Project(\"0\") = \"A\", \"A.csproj\"") + end,
-       {"3 solution-unreadable", "4 solution-section"}},
+       head + Projects({"A"}) + ">>>>>>> theirs\n# Visual Studio 2010\n" + end, "5 solution-merge"},
+      {"a lost letter, with a mark and without", "\xEF\xBB\xBF" + head + "# \xC3\xBC\n#\xEF\xBF\xBD\n" + end,
+       "4 solution-encoding"},
+      {"too little of a project", head + "Project(\"0\") = \"A\", \"A.csproj\"\nEndProject\n" + end,
+       "3 solution-unreadable, 4 solution-section"},
       {"a section in a section",
        head + "Global\n\tGlobalSection(X) = y\n\tGlobalSection(Y) = z\n"
               "\tEndGlobalSection\nEndGlobal\n",
-       {"4 solution-section"}},
+       "4 solution-section"},
   };
   tests::TTemporaryFolder folder;
   std::set<std::string> said;
@@ -250,7 +237,7 @@ TEST(Check, FindsWhatIsWrongWithASolutionInItsLine) {
     SCOPED_TRACE(row.Name);
     TChecker checker{TCheckLevels()};
     checker.CheckSolution(folder.Write("App.sln", row.Text));
-    EXPECT_EQ(Found(checker, &said), row.Found);
+    EXPECT_EQ(Found(checker, said), row.Found);
   }
   EXPECT_EQ(Listed(folder, said), SolutionMessages);
 }
@@ -258,62 +245,50 @@ TEST(Check, FindsWhatIsWrongWithASolutionInItsLine) {
 TEST(Check, FindsWhatIsWrongWithAProjectInItsLine) {
   const std::string debug =
       "<PropertyGroup Condition=\" '$(Configuration)|$(Platform)' == 'Debug|AnyCPU' \"/>\n";
-  const std::string info = "<Compile Include=\"AssemblyInfo.cs\"/>\n";
-  const std::string native =
-      "<VisualStudioProject ProjectType=\"Visual C++\"><Configurations>\n<Configuration "
-      "Name=\"Debug|Win32\"/></Configurations><Files>\n";
+  const std::string info = "<Compile Include='AssemblyInfo.cs'/>\n";
+  const std::string native = "<VisualStudioProject ProjectType='Visual C++'><Configurations>\n<Configuration "
+                             "Name='Debug|Win32'/></Configurations><Files>\n";
   const auto managed = [&](const std::string& items) {
     return "<Project>" + debug + "<ItemGroup>\n" + info + items + "</ItemGroup></Project>";
   };
   struct TProjectCase {
     std::string_view Name, File;
     std::string Text;
-    std::vector<std::string> Found;
+    std::string_view Found;
   };
   const TProjectCase rows[]{
-      {"a healthy one", "A.csproj", managed("<Compile Include=\"b.cs;*.gen.cs;$(X).cs\"/>"), {}},
-      {"broken XML", "A.csproj", "<Project>\n<a></Project>", {"2 project-unreadable"}},
-      {"a setup project is none", "A.vdproj", "\"DeployProject\"", {}},
-      {"missing and twice, unless a condition chooses",
-       "A.csproj",
-       managed("<Compile Include=\"Gone.cs\"/>\n<Compile Include=\".\\b.cs\"/>\n<Compile Include=\"b.cs\"/>\n"
-               "<Compile Include=\"b.cs\" Condition=\"'$(X)' == '1'\"/>\n<Compile Include=\"B.cs\"/>"),
-       {"4 source-missing", "6 source-twice 5", "8 source-case", "8 source-twice 5"}},
-      {"most are missing",
-       "A.csproj",
-       managed("<Compile Include=\"x.cs\"/>\n<Compile Include=\"y.cs\"/>\n<EmbeddedResource "
-               "Include=\"z.resx\"/>"),
-       {"4 source-missing 4 5 6"}},
-      {"a hint",
-       "A.csproj",
-       managed("<Reference Include=\"L\">\n<HintPath>..\\L.dll</HintPath></Reference>"),
-       {"5 hint-missing"}},
-      {"no AssemblyInfo, of the oldest form",
-       "A.csproj",
-       "<VisualStudioProject><CSHARP><Files><Include>\n<File RelPath=\"b.cs\" "
-       "BuildAction=\"Compile\"/></Include>"
-       "</Files></CSHARP></VisualStudioProject>",
-       {"0 assembly-info-missing"}},
-      {"attributes stand in files that are called so, of sources that are compiled",
-       "A.csproj",
-       managed("<Compile Include=\"OwnVersion.cs\"/>\n<Compile Include=\"other.cs\"/>\n<None "
-               "Include=\"more\\AssemblyInfo.cs\"/><Compile Include=\"more\\AssemblyInfo.cs\" "
-               "Condition=\"x\"/>"),
-       {"0 assembly-info-several 0 0", "1 attribute-twice 1", "1 version-impossible"}},
-      {"two with the same attribute, and one that no compiler takes",
-       "A.csproj",
-       managed("<Compile Include=\"more\\AssemblyInfo.cs\"/>"),
-       {"0 assembly-info-several 0 0", "2 attribute-twice 1", "3 version-impossible"}},
-      {"sources left out of a C++ project, headers",
-       "A.vcproj",
-       native + "<File RelativePath=\"x.cpp\"><FileConfiguration ExcludedFromBuild=\"true\"/></File><File "
-                "RelativePath=\"x.h\"/>\n<File RelativePath=\"y.cpp\"/></Files></VisualStudioProject>",
-       {"4 source-missing"}},
-      {"scripts",
-       "A.vcproj",
-       native + "<File RelativePath=\"a.rc\"/><File RelativePath=\"b.rc\"/><File RelativePath=\"c.rc\"/>"
-                "</Files></VisualStudioProject>",
-       {"2 version-impossible", "6 script-refused", "1 script-unseen"}},
+      {"a healthy one", "A.csproj", managed("<Compile Include='b.cs;*.gen.cs;$(X).cs'/>"), ""},
+      {"broken XML", "A.csproj", "<Project>\n<a></Project>", "2 project-unreadable"},
+      {"a setup project is none", "A.vdproj", "\"DeployProject\"", ""},
+      {"missing and twice, unless a condition chooses", "A.csproj",
+       managed(
+           "<Compile Include='Gone.cs'/>\n<Compile Include='.\\b.cs'/>\n<Compile Include='b.cs'/>\n<Compile "
+           "Include='b.cs' Condition=\"'$(X)' == '1'\"/>\n<Compile Include='B.cs'/>"),
+       "4 source-missing, 6 source-twice 5, 8 source-case, 8 source-twice 5"},
+      {"most are missing", "A.csproj",
+       managed("<Compile Include='x.cs'/>\n<Compile Include='y.cs'/>\n<EmbeddedResource Include='z.resx'/>"),
+       "4 source-missing 4 5 6"},
+      {"a hint", "A.csproj", managed("<Reference Include='L'>\n<HintPath>..\\L.dll</HintPath></Reference>"),
+       "5 hint-missing"},
+      {"no AssemblyInfo, of the oldest form", "A.csproj",
+       "<VisualStudioProject><CSHARP><Files><Include>\n<File RelPath='b.cs' "
+       "BuildAction='Compile'/></Include></Files></CSHARP></VisualStudioProject>",
+       "0 assembly-info-missing"},
+      {"attributes stand in files that are called so, of sources that are compiled", "A.csproj",
+       managed("<Compile Include='OwnVersion.cs'/>\n<Compile Include='other.cs'/>\n<None "
+               "Include='more\\AssemblyInfo.cs'/><Compile Include='more\\AssemblyInfo.cs' Condition='x'/>"),
+       "0 assembly-info-several 0 0, 1 attribute-twice 1, 1 version-impossible"},
+      {"two with the same attribute, and one that no compiler takes", "A.csproj",
+       managed("<Compile Include='more\\AssemblyInfo.cs'/>"),
+       "0 assembly-info-several 0 0, 2 attribute-twice 1, 3 version-impossible"},
+      {"sources left out of a C++ project, headers", "A.vcproj",
+       native + "<File RelativePath='x.cpp'><FileConfiguration ExcludedFromBuild='true'/></File><File "
+                "RelativePath='x.h'/>\n<File RelativePath='y.cpp'/></Files></VisualStudioProject>",
+       "4 source-missing"},
+      {"scripts", "A.vcproj",
+       native + "<File RelativePath='a.rc'/><File RelativePath='b.rc'/><File "
+                "RelativePath='c.rc'/></Files></VisualStudioProject>",
+       "2 version-impossible, 6 script-refused, 1 script-unseen"},
   };
   tests::TTemporaryFolder folder;
   std::set<std::string> said;
@@ -336,7 +311,7 @@ TEST(Check, FindsWhatIsWrongWithAProjectInItsLine) {
     levels.Set(u"script-loss=off");
     TChecker checker(levels);
     checker.CheckProject(folder.Write(row.File, row.Text));
-    EXPECT_EQ(Found(checker, &said), row.Found);
+    EXPECT_EQ(Found(checker, said), row.Found);
   }
   EXPECT_EQ(Listed(folder, said), ProjectMessages);
 }
@@ -344,27 +319,28 @@ TEST(Check, FindsWhatIsWrongWithAProjectInItsLine) {
 TEST(Check, FindsWhatDoesNotFitBetweenASolutionAndItsProjects) {
   tests::TTemporaryFolder folder;
   const auto project = [](const std::string& items) {
-    return "<Project>\n<PropertyGroup><TargetFrameworkVersion>v4.0</TargetFrameworkVersion></PropertyGroup>\n"
-           "<PropertyGroup Condition=\"'$(Configuration)|$(Platform)'=='Debug|AnyCPU'\"/><ItemGroup>\n" +
+    return "<Project>\n<PropertyGroup><TargetFrameworkVersion>v4.0</TargetFrameworkVersion></"
+           "PropertyGroup>\n<PropertyGroup "
+           "Condition=\"'$(Configuration)|$(Platform)'=='Debug|AnyCPU'\"/><ItemGroup>\n" +
            items + "</ItemGroup></Project>";
   };
-  folder.Write("A.csproj",
-               project("<ProjectReference Include=\"B.csproj\"/><ProjectReference "
-                       "Include=\"A.csproj\"/>\n<ProjectReference "
-                       "Include=\"..\\X.csproj\"><Project>{x}</Project></ProjectReference>\n"
-                       "<ProjectReference Include=\"C:\\b\\B.csproj\"><Project>BBBBBBBB-0000-0000-"
-                       "0000-000000000000</Project></ProjectReference>"));
-  folder.Write("B.csproj", "<Project><Import Project=\"own.targets\"/></Project>");
+  folder.Write(
+      "A.csproj",
+      project(
+          "<ProjectReference Include='B.csproj'/><ProjectReference Include='A.csproj'/>\n<ProjectReference "
+          "Include='..\\X.csproj'><Project>{x}</Project></ProjectReference>\n<ProjectReference "
+          "Include='C:\\b\\B.csproj'><Project>BBBBBBBB-0000-0000-0000-000000000000</Project></"
+          "ProjectReference>"));
+  folder.Write("B.csproj", "<Project><Import Project='own.targets'/></Project>");
   TCheckLevels levels;
   levels.Set(u"reference-order=note");
   TChecker checker(levels);
   checker.CheckSolution(
-      folder.Write("App.sln", "Microsoft Visual Studio Solution File, Format Version 10.00\n" +
-                                  Projects({"A", "B"}) + Global({"D"}, {"A.D!", "B.D!"})));
+      folder.Write("App.sln", Title + "10.00\n" + Projects({"A", "B"}) + Global({"D"}, {"A.D!", "B.D!"})));
   std::set<std::string> said;
-  EXPECT_EQ(Found(checker, &said),
-            (std::vector<std::string>{"2 reference-order 4", "2 reference-order 6",
-                                      "11 configuration-unknown", "2 framework-new", "5 reference-outside"}));
+  EXPECT_EQ(Found(checker, said),
+            "2 reference-order 4, 2 reference-order 6, 11 configuration-unknown, 2 framework-new, "
+            "5 reference-outside");
   EXPECT_EQ(Listed(folder, said), ReferenceMessages);
 }
 

@@ -45,9 +45,9 @@ TEST(ProjectFacts, AreThoseOfEachForm) {
        "Include='b.cs' Condition='y'/>\n<Compile Include='c.cs'/></ItemGroup></Project>",
        "2 unused Compile a.cs; 3 unused Compile b.cs; 4 Compile c.cs managed"},
       {"excluded sources", "a.vcxproj",
-       "<Project><ItemGroup><ClCompile Include='a.cpp'>\n<ExcludedFromBuild Condition='x'>true"
-       "</ExcludedFromBuild></ClCompile>\n<ClCompile Include='b.cpp'/><None Include='n'><ExcludedFromBuild/>"
-       "</None></ItemGroup></Project>",
+       "<Project><ItemGroup><ClCompile Include='a.cpp'>\n<ExcludedFromBuild "
+       "Condition='x'>true</ExcludedFromBuild></ClCompile>\n<ClCompile Include='b.cpp'/><None "
+       "Include='n'><ExcludedFromBuild/></None></ItemGroup></Project>",
        "1 unused ClCompile a.cpp; 3 ClCompile b.cpp"},
       {"listed configurations count before conditions", "a.vcxproj",
        "<Project><ItemGroup><ProjectConfiguration Include='Debug|Win32'/></ItemGroup>" + debug + "</Project>",
@@ -73,38 +73,35 @@ TEST(ProjectFacts, AreThoseOfEachForm) {
       {"an SDK as attribute", "a.csproj", "<Project Sdk='x'>" + debug + "</Project>", " sdk"},
       {"an SDK as element", "a.csproj", "<Project><Sdk Name='x'/>" + debug + "</Project>", " sdk"},
       {"references, hints and the framework", "a.csproj",
-       "<Project><PropertyGroup>\n<TargetFrameworkVersion> v3.5 </TargetFrameworkVersion>\n</PropertyGroup>"
-       "<PropertyGroup Condition='x'><TargetFrameworkVersion>v4.0</TargetFrameworkVersion></PropertyGroup>"
-       "<ItemGroup>\n<ProjectReference Include='..\\b.csproj'><Project>b0</Project><Name>b</Name>"
-       "</ProjectReference>\n<ProjectReference Include='$(C).csproj'/><ProjectReference Include='d.csproj'>"
-       "<Project>{d}</Project></ProjectReference><Reference Include='L'>\n<HintPath> L.dll "
-       "</HintPath><HintPath>"
-       "$(Lib)\\M.dll</HintPath></Reference><Reference Include='N' Condition='x'><HintPath>N.dll</HintPath>"
-       "</Reference></ItemGroup></Project>",
+       "<Project><PropertyGroup>\n<TargetFrameworkVersion> v3.5 "
+       "</TargetFrameworkVersion>\n</PropertyGroup><PropertyGroup "
+       "Condition='x'><TargetFrameworkVersion>v4.0</TargetFrameworkVersion></"
+       "PropertyGroup><ItemGroup>\n<ProjectReference "
+       "Include='..\\b.csproj'><Project>b0</Project><Name>b</Name></ProjectReference>\n<ProjectReference "
+       "Include='$(C).csproj'/><ProjectReference "
+       "Include='d.csproj'><Project>{d}</Project></ProjectReference><Reference Include='L'>\n<HintPath> "
+       "L.dll </HintPath><HintPath>$(Lib)\\M.dll</HintPath></Reference><Reference Include='N' "
+       "Condition='x'><HintPath>N.dll</HintPath></Reference></ItemGroup></Project>",
        "6 Reference L.dll; 6 unused Reference N.dll; 4 ref ..\\b.csproj {b0}; 5 ref d.csproj {d}; 2 .NET "
        "v3.5"},
       {"C++ of the older tools", "a.vcproj",
-       "<VisualStudioProject ProjectType='Visual C++'><Configurations><Configuration Name='Debug|Win32'/>"
-       "</Configurations><References>\n<ProjectReference "
-       "ReferencedProjectIdentifier='{b}'/></References><Files>"
-       "\n<File RelativePath='a.CPP'/><File RelativePath='b.h'><FileConfiguration "
-       "ExcludedFromBuild='true'/></File>"
-       "<File RelativePath='c.c'><FileConfiguration ExcludedFromBuild='TRUE'/></File><File "
-       "RelativePath='d.rc'>"
-       "<FileConfiguration ExcludedFromBuild='false'/></File><File RelativePath='$(X).c'/></Files>"
-       "</VisualStudioProject>",
+       "<VisualStudioProject ProjectType='Visual C++'><Configurations><Configuration "
+       "Name='Debug|Win32'/></Configurations><References>\n<ProjectReference "
+       "ReferencedProjectIdentifier='{b}'/></References><Files>\n<File RelativePath='a.CPP'/><File "
+       "RelativePath='b.h'><FileConfiguration ExcludedFromBuild='true'/></File><File "
+       "RelativePath='c.c'><FileConfiguration ExcludedFromBuild='TRUE'/></File><File "
+       "RelativePath='d.rc'><FileConfiguration ExcludedFromBuild='false'/></File><File "
+       "RelativePath='$(X).c'/></Files></VisualStudioProject>",
        "config Debug|Win32; 3 .cpp a.CPP; 3 unused .c c.c; 3 .rc d.rc; 2 ref  {b}"},
       {"the oldest form", "a.csproj",
        "<VisualStudioProject><CSHARP><Build><Settings><Config "
-       "Name='Debug'/><Config/></Settings>\n<References>"
-       "<Reference Project='{b}'/><Reference HintPath='L.dll'/><Reference "
-       "HintPath='$(L)'/></References></Build>"
-       "<Files><Include>\n<File RelPath='a.cs' BuildAction='Compile'/><File RelPath='i.cs' Link='..\\i.cs' "
+       "Name='Debug'/><Config/></Settings>\n<References><Reference Project='{b}'/><Reference "
+       "HintPath='L.dll'/><Reference HintPath='$(L)'/></References></Build><Files><Include>\n<File "
+       "RelPath='a.cs' BuildAction='Compile'/><File RelPath='i.cs' Link='..\\i.cs' "
        "BuildAction='Compile'/><File RelPath='r.resx' BuildAction='EmbeddedResource'/><File RelPath='n' "
        "BuildAction='None'/></Include></Files></CSHARP></VisualStudioProject>",
        "config Debug; 3 Compile a.cs; 3 Compile ..\\i.cs; 3 EmbeddedResource r.resx; 2 Reference L.dll; 2 "
-       "ref  {b} "
-       "managed"},
+       "ref  {b} managed"},
       {"something else", "a.csproj", "<Other><ItemGroup><Compile Include='a.cs'/></ItemGroup></Other>", ""},
       {"broken, after what was read", "a.csproj",
        "<Project>\n" + debug + "<ItemGroup>\n<Compile Include='a.cs'/>\n</x>", "4 error"},
