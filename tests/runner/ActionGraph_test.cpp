@@ -83,12 +83,10 @@ TEST(ActionGraph, SaysWhichNeedsMeanNothing) {
       {Action("Z", "Needs=''") + Action("A", "Needs='C'") + Action("B", "Needs='A'") +
            Action("C", "Needs='B,Z'"),
        "(3): No action of a circle of needs can begin: \"A\" (line 3) needs \"C\" (line 5), which needs "
-       "\"B\" "
-       "(line 4), which needs \"A\"."},
+       "\"B\" (line 4), which needs \"A\"."},
       {Action("A", "Needs='C'") + b + c,
        "(2): No action of a circle of needs can begin: \"A\" (line 2) needs \"C\" (line 4), which needs "
-       "\"Build\" "
-       "(line 3), which needs \"A\". An action without Needs needs the one before it."},
+       "\"Build\" (line 3), which needs \"A\". An action without Needs needs the one before it."},
   };
   for (const auto& [actions, message] : cases) {
     TEmbeddedHost host;

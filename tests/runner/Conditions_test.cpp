@@ -2,6 +2,7 @@
 
 #include "foundation/text/Encoding.h"
 #include "foundation/text/Exceptions.h"
+#include "foundation/text/Text.h"
 #include "tests/support/Failure.h"
 
 #include <gtest/gtest.h>
@@ -23,40 +24,20 @@ bool Holds(std::u16string_view text) {
   return TCondition(text).Holds(Expand);
 }
 
-TEST(Conditions, Hold) {
-  const std::pair<const char16_t*, bool> cases[] = {
-      {u"true", true},
-      {u"No", false},
-      {u"0", false},
-      {u"-1", true},
-      {u"%Empty%", false},
-      {u"not %Empty%", true},
-      {u"%Ten% == 10.0", true},
-      {u"%Ten% < 9", false},
-      {u"%Ten%x < 9x", true}, // texts
-      {u"9 <= %Ten%", true},
-      {u"%Ten%>10", false},
-      {u"%Ten%>=10", true},
-      {u"%Ten% != \"10\"", false},
-      {u"%Empty% == ''", true},
-      {u"%Empty%a%Ten% == a10", true},
-      {u"Main == \"main\"", true},
-      {u"\"a \"\"b\"\"\" == 'a \"b\"'", true},
-      {u"'' == ''''", false},
-      {u"'100%' == \"100%%\"", true},
-      {u"%Text% == 'two words) and \"'", true},
-      {u"$(F(\"a b\")) == called", true},
-      {u"true or true and false", true},
-      {u"(true or true) and false", false},
-      {u"not false and false", false},
-      {u"not (false and false)", true},
-      {u"not not yes AND NOT no", true},
-      {u"1.9 < 1.10", false},
-      {u"1.9.0 < 1.10.0", false}, // no numbers, so texts
-      {u"'and' == and1 or 'or' == \"OR\"", true},
-  };
-  for (const auto& [text, holds] : cases)
-    EXPECT_EQ(Holds(text), holds) << text::ToUtf8(text);
+// Between semicolons; versions are no numbers, so texts.
+TEST(Conditions, HoldOrDoNot) {
+  const std::pair<bool, std::u16string_view> lists[] = {
+      {true, u"true; -1; not %Empty%; %Ten% == 10.0; 9 <= %Ten%; %Ten%>=10; %Empty% == ''; %Ten%x < 9x; "
+             u"1.9.0 > 1.10.0; %Empty%a%Ten% == a10; Main == \"main\"; \"a \"\"b\"\"\" == 'a \"b\"'; "
+             u"'100%' == \"100%%\"; %Text% == 'two words) and \"'; $(F(\"a b\")) == called; "
+             u"true or true and false; not (false and false); not not yes AND NOT no; "
+             u"'and' == and1 or 'or' == \"OR\""},
+      {false,
+       u"No; 0; %Empty%; %Ten% < 9; %Ten%>10; %Ten% != \"10\"; '' == ''''; 1.9 < 1.10; 1.9.0 < 1.10.0; "
+       u"(true or true) and false; not false and false"}};
+  for (const auto& [holds, list] : lists)
+    for (const auto condition : text::Split(list, u';'))
+      EXPECT_EQ(Holds(condition), holds) << text::ToUtf8(condition);
 }
 
 TEST(Conditions, SayWhereTheyAreWrong) {

@@ -141,8 +141,7 @@ TEST_F(OptionsStoreTest, KnowsWhatIsReadAndWhatItTakes) {
       {u"Editor.OpenFile", u"ed://{file}", "same"},
       {u"Editor.OpenFile", u"http://{file}",
        "The address of an editor looks like scheme://file/{file}:{line}:{column}, with a scheme that a "
-       "program on this "
-       "machine has registered; not \"http://{file}\"."},
+       "program on this machine has registered; not \"http://{file}\"."},
       {u"Tools.Level", u"x", "Tools.Level takes a number, not \"x\"."},
       {u"Tools.Colour", u"BLUE", "2 shown as Blue"},
       {u"Tools.Colour", u"0", "0 shown as Red"},

@@ -63,7 +63,7 @@ protected:
 TEST_F(RunParts, RunInTheOrderOfTheirNeedsAndSayWhatWasPassedOver) {
   const std::string a = Step("A"), b = Step("B"), fails = Step("F", "", "fail");
   const std::string failsOn = Step("F", "ContinueOnError='true'", "fail");
-  TRunChoice keepGoing, second, pass, noPass, withoutNeeds;
+  TRunChoice all, keepGoing, second, pass, noPass, withoutNeeds;
   keepGoing.KeepGoing = true;
   second.Only = {1};
   pass.Only = noPass.Only = withoutNeeds.Only = {0};
@@ -71,45 +71,30 @@ TEST_F(RunParts, RunInTheOrderOfTheirNeedsAndSayWhatWasPassedOver) {
   noPass.OnlyPass = 9;
   withoutNeeds.WithoutNeeds = true;
   const std::tuple<const char*, std::string, TRunChoice, std::string> cases[] = {
-      {"a later one first",
-       Step("A", "Needs='B'") + Step("B", "Needs=''"),
-       {},
+      {"a later one first", Step("A", "Needs='B'") + Step("B", "Needs=''"), all,
        "B:succeeded A:succeeded = succeeded"},
-      {"what failed is needed, the rest goes on",
-       failsOn + Step("A", "Needs='F'") + Step("B", "Needs=''"),
-       {},
-       "F:failed B:succeeded A:skipped/needs = finished with failures"},
-      {"behind a failure nothing is said of the rest",
-       fails + Step("A", "Needs='F'") + b,
-       {},
+      {"what failed is needed, the rest goes on", failsOn + Step("A", "Needs='F'") + Step("B", "Needs=''"),
+       all, "F:failed B:succeeded A:skipped/needs = finished with failures"},
+      {"behind a failure nothing is said of the rest", fails + Step("A", "Needs='F'") + b, all,
        "F:failed = failed"},
       {"keep going", fails + a + Step("B", "Needs=''"), keepGoing,
        "F:failed B:succeeded A:skipped/needs = failed"},
       {"a condition",
-       Step("A", "Condition='%Both% == \"x\"'") + Step("B", "Condition='%Both% == \"command line\"'"),
-       {},
+       Step("A", "Condition='%Both% == \"x\"'") + Step("B", "Condition='%Both% == \"command line\"'"), all,
        "A:skipped/condition B:succeeded = succeeded"},
-      {"what is skipped is no obstacle",
-       Step("A", "Condition='0'") + Step("B", "Needs='A'"),
-       {},
+      {"what is skipped is no obstacle", Step("A", "Condition='0'") + Step("B", "Needs='A'"), all,
        "A:skipped/condition B:succeeded = succeeded"},
-      {"all skipped", Step("A", "Condition='0'"), {}, "A:skipped/condition = nothing to do"},
-      {"in a loop, by its variable",
-       Loop("", Step("A", "Condition='%P% > 2'")),
-       {},
+      {"all skipped", Step("A", "Condition='0'"), all, "A:skipped/condition = nothing to do"},
+      {"in a loop, by its variable", Loop("", Step("A", "Condition='%P% > 2'")), all,
        "L:succeeded A (1):skipped/condition A (2):skipped/condition A (3):succeeded = succeeded"},
-      {"a loop of which all is skipped",
-       Loop("", Step("A", "Condition='0'")),
-       {},
+      {"a loop of which all is skipped", Loop("", Step("A", "Condition='0'")), all,
        "L:nothing to do A (1):skipped/condition A (2):skipped/condition A (3):skipped/condition = succeeded"},
-      {"a faulty condition", Step("A", "Condition='='"), {}, "A:failed/settings = failed!"},
-      {"needs that mean nothing", Step("A", "Needs='C'"), {}, "= failed!"},
+      {"a faulty condition", Step("A", "Condition='='"), all, "A:failed/settings = failed!"},
+      {"needs that mean nothing", Step("A", "Needs='C'"), all, "= failed!"},
       {"one alone", fails + a + b, second, "A:succeeded = succeeded"},
       {"one alone whose needs somebody else saw to", Step("A", "Needs='C'"), withoutNeeds,
        "A:succeeded = succeeded"},
-      {"a loop that goes on behind a failure",
-       Loop("", failsOn),
-       {},
+      {"a loop that goes on behind a failure", Loop("", failsOn), all,
        "L:finished with failures F (1):failed F (2):failed F (3):failed = finished with failures"},
       {"one pass", Loop("", a) + fails, pass, "L:succeeded A (2):succeeded = succeeded"},
       {"a pass that is none", Loop("", a), noPass, "L:failed = failed"},
@@ -150,8 +135,8 @@ TEST_F(RunParts, AFailedAttemptIsAWarningAndTheLastOneCounts) {
   std::string found;
   for (const auto& finding : Host.Report.Findings)
     found += text::ToUtf8(finding.Message) + "|";
-  EXPECT_EQ(found, "Attempt 1 of 3 failed, and another one follows: broken 1|"
-                   "Attempt 2 of 3 failed, and another one follows: broken 2|broken 3|");
+  EXPECT_EQ(found, "Attempt 1 of 3 failed, and another one follows: broken 1|Attempt 2 of 3 failed, and "
+                   "another one follows: broken 2|broken 3|");
 }
 
 TEST_F(RunParts, ALoopThatIsTriedAgainHasTheRowsOfItsLastAttempt) {
@@ -196,11 +181,10 @@ TEST_F(RunParts, AnAttemptBehindALimitBeginsAnew) {
   int attempts = 0;
   Add(u"a", Terms(1, seconds(1)),
       [&attempts](TStepAction& a) { return ++attempts == 2 ? !a.Host().Stop().IsRaised() : WaitForStop(a); });
-  EXPECT_THAT(Host.Run(),
-              ElementsAre("a {", "  2 The action was ended: its time limit of 1s is over.",
-                          "  2 Warning : Attempt 1 of 2 failed, and another one follows: The action was "
-                          "ended: its time limit of 1s is over.",
-                          "  0 Attempt 2 of 2", "} True"));
+  EXPECT_THAT(Host.Run(), ElementsAre("a {", "  2 The action was ended: its time limit of 1s is over.",
+                                      "  2 Warning : Attempt 1 of 2 failed, and another one follows: The "
+                                      "action was ended: its time limit of 1s is over.",
+                                      "  0 Attempt 2 of 2", "} True"));
 }
 
 TEST_F(RunParts, TheLimitOfALoopEndsWhatRunsInItForGood) {

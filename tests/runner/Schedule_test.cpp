@@ -65,58 +65,44 @@ TEST(Schedule, BeginsWhatTheNeedsAndTheEndsAllow) {
                                        {{Behind(0), Behind(1), Behind(2)}, 1, Halt}};
   const std::vector<TScheduled> behindFailure{onlyNeeds({}, Continue), onlyNeeds({Success(0)}),
                                               onlyNeeds({Behind(1)}), onlyNeeds({Behind(0)})};
+  const std::vector<TScheduled> three{onlyNeeds({}), onlyNeeds({}), onlyNeeds({})};
+  const std::vector<TScheduled> later{onlyNeeds({Success(2)}), onlyNeeds({}), onlyNeeds({})};
+  const std::vector<TScheduled> rest{onlyNeeds({}), onlyNeeds({Behind(0)}), onlyNeeds({}),
+                                     onlyNeeds({Success(2)})};
+  const std::vector<TScheduled> ignored{onlyNeeds({}, Ignore), onlyNeeds({Success(0)})};
+  const std::vector<TScheduled> heldUp{onlyNeeds({}, Continue), onlyNeeds({Success(0)}, Ignore),
+                                       onlyNeeds({Success(1)})};
+  const std::vector<TScheduled> four{onlyNeeds({}), onlyNeeds({Success(0)}), onlyNeeds({}), onlyNeeds({})};
+  using TEnds = std::map<std::size_t, TResultKind>; // of those that do not succeed
+  const TEnds none, fails{{0, Failed}}, secondFails{{1, Failed}};
   struct TCase {
     const char* Name;
     std::vector<TScheduled> Parts;
-    std::map<std::size_t, TResultKind> Ends;
+    TEnds Ends;
     bool KeepGoing;
     std::string Order;
     std::size_t AtOnce = 1;
   };
   const TCase cases[] = {
-      {"one behind the other", Chain({Halt, Halt, Halt}), {}, false, "012!"},
-      {"a failure ends it", Chain({Halt, Halt, Halt}), {{1, Failed}}, false, "01x!2"},
-      {"unless the project says otherwise", Chain({Halt, Continue, Halt}), {{1, Failed}}, false, "012!"},
-      {"a loop with failures lets it go on", Chain({Halt, Halt}), {{0, FinishedWithFailures}}, false, "01!"},
-      {"what is skipped lets it go on", Chain({Halt, Halt}), {{0, Skipped}}, false, "01!"},
-      {"the user ends it, whatever the project says", Chain({Continue, Halt}), {{0, Stopped}}, true, "0x!1"},
-      {"keep going: what stands behind waits for it in vain",
-       Chain({Halt, Halt, Halt}),
-       {{0, Failed}},
-       true,
-       "0!12"},
-      {"keep going: the rest runs",
-       {onlyNeeds({}), onlyNeeds({Behind(0)}), onlyNeeds({}), onlyNeeds({Success(2)})},
-       {{0, Failed}},
-       true,
-       "023!1"},
-      {"a later one is needed", {onlyNeeds({Success(2)}), onlyNeeds({}), onlyNeeds({})}, {}, false, "120!"},
-      {"what must succeed and what only stands behind", behindFailure, {{0, Failed}}, false, "03!12"},
-      {"what is ignored has succeeded",
-       {onlyNeeds({}, Ignore), onlyNeeds({Success(0)})},
-       {{0, Ignored}},
-       false,
+      {"one behind the other", Chain({Halt, Halt, Halt}), none, false, "012!"},
+      {"a failure ends it", Chain({Halt, Halt, Halt}), secondFails, false, "01x!2"},
+      {"unless the project says otherwise", Chain({Halt, Continue, Halt}), secondFails, false, "012!"},
+      {"a loop with failures lets it go on", Chain({Halt, Halt}), TEnds{{0, FinishedWithFailures}}, false,
        "01!"},
-      {"what is held up and not minded lets others run",
-       {onlyNeeds({}, Continue), onlyNeeds({Success(0)}, Ignore), onlyNeeds({Success(1)})},
-       {{0, Failed}},
-       false,
-       "02!1"},
-      {"a failed pass is the last of its loop", passes, {{0, Failed}}, false, "03!12"},
-      {"but for one that runs already", passes, {{0, Failed}}, false, "013!2", 2},
-      {"keep going: other passes run", passes, {{0, Failed}}, true, "013!2"},
-      {"two at once",
-       {onlyNeeds({}), onlyNeeds({Success(0)}), onlyNeeds({}), onlyNeeds({})},
-       {},
-       false,
-       "0213!",
-       2},
-      {"one that runs ends behind a failure",
-       {onlyNeeds({}), onlyNeeds({}), onlyNeeds({})},
-       {{0, Failed}},
-       false,
-       "01x!2",
-       2},
+      {"what is skipped lets it go on", Chain({Halt, Halt}), TEnds{{0, Skipped}}, false, "01!"},
+      {"the user ends it, whatever the project says", Chain({Continue, Halt}), TEnds{{0, Stopped}}, true,
+       "0x!1"},
+      {"keep going: what stands behind waits for it in vain", Chain({Halt, Halt, Halt}), fails, true, "0!12"},
+      {"keep going: the rest runs", rest, fails, true, "023!1"},
+      {"a later one is needed", later, none, false, "120!"},
+      {"what must succeed and what only stands behind", behindFailure, fails, false, "03!12"},
+      {"what is ignored has succeeded", ignored, TEnds{{0, Ignored}}, false, "01!"},
+      {"what is held up and not minded lets others run", heldUp, fails, false, "02!1"},
+      {"a failed pass is the last of its loop", passes, fails, false, "03!12"},
+      {"but for one that runs already", passes, fails, false, "013!2", 2},
+      {"keep going: other passes run", passes, fails, true, "013!2"},
+      {"two at once", four, none, false, "0213!", 2},
+      {"one that runs ends behind a failure", three, fails, false, "01x!2", 2},
   };
   for (const TCase& row : cases)
     EXPECT_EQ(Order(row.Parts, row.Ends, row.KeepGoing, row.AtOnce), row.Order) << row.Name;

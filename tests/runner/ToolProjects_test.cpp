@@ -33,35 +33,30 @@ std::string ProjectsOf(std::u16string_view output) {
 
 TEST(ToolProjects, AreToldByWhatToolsPrint) {
   const std::pair<std::u16string_view, std::string> cases[] = {
-      {u"1>------ Build started: Project: Lib, Configuration: Debug Win32 ------\n"
-       u"2>------ Build started: Project: A.B, Configuration: Debug Win32 ------\n"
-       u"1>a.cpp(1) : error C2065: 'x'\n2>b.cpp(2) : warning C4101: 'y'\n1>Lib - 1 error(s), 0 warning(s)\n"
-       u"2>A.B - 0 error(s), 1 warning(s)\n------ Skipped Build: Project: Doc, Configuration: Debug Win32 "
-       u"------\n"
-       u"========== Build: 1 succeeded, 1 failed, 0 up-to-date, 1 skipped ==========\n2>c.cpp(1): error C1: "
-       u"x",
-       "Lib Debug Win32 failed 1e 0w 1+4\nA.B Debug Win32 succeeded 0e 1w 2+4\n"
-       "Doc Debug Win32 nothing to do 0e 0w 7+0\n"},
-      {u"------ Début de la génération : Projet : Un, Configuration : Debug|.NET ------\nx\n"
-       u"------ Début de la génération : Projet : Deux, Configuration : Debug|.NET ------\n"
-       u"a.cs(1,2): error CS0103: y\n---------------------- Terminé ----------------------",
+      {u"1>------ Build started: Project: Lib, Configuration: Debug Win32 ------\n2>------ Build started: "
+       u"Project: A.B, Configuration: Debug Win32 ------\n1>a.cpp(1) : error C2065: 'x'\n2>b.cpp(2) : "
+       u"warning C4101: 'y'\n1>Lib - 1 error(s), 0 warning(s)\n2>A.B - 0 error(s), 1 warning(s)\n------ "
+       u"Skipped Build: Project: Doc, Configuration: Debug Win32 ------\n========== Build: 1 succeeded, 1 "
+       u"failed, 0 up-to-date, 1 skipped ==========\n2>c.cpp(1): error C1: x",
+       "Lib Debug Win32 failed 1e 0w 1+4\nA.B Debug Win32 succeeded 0e 1w 2+4\nDoc Debug Win32 nothing to do "
+       "0e 0w 7+0\n"},
+      {u"------ Début de la génération : Projet : Un, Configuration : Debug|.NET ------\nx\n------ Début de "
+       u"la génération : Projet : Deux, Configuration : Debug|.NET ------\na.cs(1,2): error CS0103: "
+       u"y\n---------------------- Terminé ----------------------",
        "Un Debug|.NET succeeded 0e 0w 1+1\nDeux Debug|.NET failed 1e 0w 3+1\n"},
-      {u"Project \"C:\\x\\App.sln\" on node 1 (Build target(s)).\n"
-       u"Project \"C:\\x\\App.sln\" (1) is building \"C:\\x\\App.csproj\" (2) on node 1 (default targets).\n"
-       u"Project \"C:\\x\\App.csproj\" (2) is building \"C:\\x\\Lib.csproj\" (3) on node 1 (default "
-       u"targets).\n"
-       u"Lib.cs(1,2): error CS0103: no [C:\\x\\Lib.csproj]\n"
-       u"Done Building Project \"C:\\x\\Lib.csproj\" (default targets) -- FAILED.\n"
-       u"App.cs(1,2): warning CS0168: x [C:\\x\\App.csproj]\n"
-       u"Done Building Project \"C:\\x\\App.csproj\" (default targets).\n"
-       u"Project \"C:\\x\\Z.csproj\" (4) is building \"C:\\x\\App.csproj\" (2) on node 1 (GetTargetPath "
-       u"target(s)).\n"
-       u"Done Building Project \"C:\\x\\App.csproj\" (GetTargetPath target(s)).\n"
-       u"Project \"C:\\x\\App.sln\" (1) is building \"C:\\x\\Cut.csproj\" (5) on node 1 (default targets).\n"
-       u"  Lib.cs(1,2): error CS0103: no [C:\\x\\Lib.csproj]",
+      {u"Project \"C:\\x\\App.sln\" on node 1 (Build target(s)).\nProject \"C:\\x\\App.sln\" (1) is building "
+       u"\"C:\\x\\App.csproj\" (2) on node 1 (default targets).\nProject \"C:\\x\\App.csproj\" (2) is "
+       u"building \"C:\\x\\Lib.csproj\" (3) on node 1 (default targets).\nLib.cs(1,2): error CS0103: no "
+       u"[C:\\x\\Lib.csproj]\nDone Building Project \"C:\\x\\Lib.csproj\" (default targets) -- "
+       u"FAILED.\nApp.cs(1,2): warning CS0168: x [C:\\x\\App.csproj]\nDone Building Project "
+       u"\"C:\\x\\App.csproj\" (default targets).\nProject \"C:\\x\\Z.csproj\" (4) is building "
+       u"\"C:\\x\\App.csproj\" (2) on node 1 (GetTargetPath target(s)).\nDone Building Project "
+       u"\"C:\\x\\App.csproj\" (GetTargetPath target(s)).\nProject \"C:\\x\\App.sln\" (1) is building "
+       u"\"C:\\x\\Cut.csproj\" (5) on node 1 (default targets).\n  Lib.cs(1,2): error CS0103: no "
+       u"[C:\\x\\Lib.csproj]",
        "App  succeeded 0e 1w 2+5\nLib  failed 1e 0w 3+2\nCut  stopped 0e 0w 10+0\n"},
-      {u"Project \"/x/App.sln\" (default target(s)):\n\tProject \"/x/App.csproj\" (default target(s)):\n"
-       u"Main.cs(3,4): error CS0103: no\nDone building project \"App.csproj\".-- FAILED\n",
+      {u"Project \"/x/App.sln\" (default target(s)):\n\tProject \"/x/App.csproj\" (default "
+       u"target(s)):\nMain.cs(3,4): error CS0103: no\nDone building project \"App.csproj\".-- FAILED\n",
        "App  failed 1e 0w 2+2\n"},
       {u"Project \"x\" was saved.\n------ no heading ------\n=====\nDone \"with\" it", ""},
   };
