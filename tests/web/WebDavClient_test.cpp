@@ -82,100 +82,63 @@ TEST(WebDavClient, AsksAndSaysWhatItGot) {
   const tests::TTemporaryFolder folder;
   const std::u16string sent = folder.Write("up.cs", "new");
   const std::u16string got = folder.Path("down.cs");
+  using TChange = void (*)(TKxWebDavClient&);
   const auto down = [&](TKxWebDavClient& client) { return client.DownloadFile(u"/a b/c%.cs", got); };
   const auto up = [&](TKxWebDavClient& client) { return client.UploadFile(sent, u"//d//"); };
-  const auto with = [](auto call, auto change) {
-    return [=](TKxWebDavClient& client) {
-      change(client);
-      return call(client);
-    };
+  const auto connect = [](TKxWebDavClient& client) { return client.Connect(); };
+  const TChange nothing = [](TKxWebDavClient&) {};
+  const TChange user = [](TKxWebDavClient& client) { client.UserName = client.Password = u"me"; };
+  const TChange small = [](TKxWebDavClient& client) { client.MaximumSize = 3; };
+  const TChange stopped = [](TKxWebDavClient& client) {
+    static TKxEvent stop;
+    stop.Raise();
+    client.StopEvent = &stop;
   };
-  const auto user = [](TKxWebDavClient& client) { client.UserName = client.Password = u"me"; };
-  const auto small = [](TKxWebDavClient& client) { client.MaximumSize = 3; };
-  const std::string basic = "WWW-Authenticate: Basic realm=\"r\"\r\n";
-  const std::string ask = "GET /a%20b/c%25.cs T\n";
-  const std::string failed = "Download of \"http://HOST/a%20b/c%25.cs\" failed: ";
+  const std::string basic = Answer("401 No", "WWW-Authenticate: Basic realm=\"r\"\r\n");
+  const std::string abc = Answer("200 OK", "", "abc"), endless = "200 OK\r\nConnection: close\r\n\r\nabcd";
+  const std::string ask = "GET /a%20b/c%25.cs T\n", again = "GET /e.cs T\n", put = "PUT /d/up.cs T new\n";
+  const std::string asUser = ask + "GET /a%20b/c%25.cs A T\n";
+  const std::string no = "Download of \"http://HOST/a%20b/c%25.cs\" failed: ",
+                    large = no + "the answer is larger ";
+  const std::string elsewhere = no + "HTTP status 302, a redirect to another server, which is not followed: ";
   const auto moved = [](const std::string& place) {
     return Answer("302 Found", "Location: " + place + "\r\n");
   };
+  using TAnswers = std::vector<std::string>;
+  const TAnswers cutOff(7, moved("/e.cs"));
   struct TRow {
     const char* Name;
     std::function<bool(TKxWebDavClient&)> Call;
-    std::vector<std::string> Answers;
+    TChange Change;
+    TAnswers Answers;
     std::string Asked;
     std::string Error; // empty: it succeeds
   };
   const TRow rows[] = {
-      {"a file as large as allowed", with(down, small), {Answer("200 OK", "", "abc")}, ask, ""},
-      {"a larger one",
-       with(down, small),
-       {Answer("200 OK", "", "abcd")},
-       ask,
-       failed + "the answer is larger than 3 bytes."},
-      {"one of unknown length",
-       with(down, small),
-       {"200 OK\r\nConnection: close\r\n\r\nabcd"},
-       ask,
-       failed + "the answer is larger than 3 bytes."},
-      {"no file", down, {Answer("204 None")}, ask, failed + "HTTP status 204."},
-      {"a redirect", down, {moved("/e.cs"), Answer("200 OK", "", "abc")}, ask + "GET /e.cs T\n", ""},
-      {"a redirect to another server",
-       down,
-       {moved("http://h.invalid/")},
-       ask,
-       failed +
-           "HTTP status 302, a redirect to another server, which is not followed: \"http://h.invalid/\"."},
-      {"a redirect to another port",
-       down,
-       {moved("http://127.0.0.1:1/")},
-       ask,
-       failed +
-           "HTTP status 302, a redirect to another server, which is not followed: \"http://127.0.0.1:1/\"."},
-      {"a redirect to nowhere", down, {Answer("300 Choose")}, ask, failed + "HTTP status 300."},
-      {"redirects without end", down, std::vector<std::string>(7, moved("/e.cs")),
-       ask + "GET /e.cs T\nGET /e.cs T\nGET /e.cs T\nGET /e.cs T\nGET /e.cs T\n",
-       failed + "HTTP status 302."},
-      {"a server that asks who it is",
-       down,
-       {Answer("401 No", basic)},
-       ask,
-       failed + "HTTP status 401, the server asks for a user name and password."},
-      {"a password where it is asked for",
-       with(down, user),
-       {Answer("401 No", basic), Answer("200 OK", "", "abc")},
-       ask + "GET /a%20b/c%25.cs A T\n",
-       ""},
-      {"a wrong one",
-       with(down, user),
-       {Answer("401 No", basic), Answer("401 No", basic)},
-       ask + "GET /a%20b/c%25.cs A T\n",
-       failed + "HTTP status 401, the server refuses the user name or password."},
-      {"one that cannot be told",
-       with(down, user),
-       {Answer("401 No", "WWW-Authenticate: X\r\n")},
-       ask,
-       failed + "HTTP status 401, the server offers neither Basic nor Digest authentication."},
-      {"an upload", up, {Answer("201 Created")}, "PUT /d/up.cs T new\n", ""},
-      {"an upload that is refused",
-       up,
-       {Answer("507 Full")},
-       "PUT /d/up.cs T new\n",
+      {"a file as large as allowed", down, small, TAnswers{abc}, ask, ""},
+      {"a larger one", down, small, TAnswers{Answer("200 OK", "", "abcd")}, ask, large + "than 3 bytes."},
+      {"one of unknown length", down, small, TAnswers{endless}, ask, large + "than 3 bytes."},
+      {"no file", down, nothing, TAnswers{Answer("204 None")}, ask, no + "HTTP status 204."},
+      {"a redirect", down, nothing, TAnswers{moved("/e.cs"), abc}, ask + again, ""},
+      {"a redirect to another server", down, nothing, TAnswers{moved("http://h.invalid/")}, ask,
+       elsewhere + "\"http://h.invalid/\"."},
+      {"a redirect to another port", down, nothing, TAnswers{moved("http://127.0.0.1:1/")}, ask,
+       elsewhere + "\"http://127.0.0.1:1/\"."},
+      {"a redirect to nowhere", down, nothing, TAnswers{Answer("300 Choose")}, ask, no + "HTTP status 300."},
+      {"redirects without end", down, nothing, cutOff, ask + again + again + again + again + again,
+       no + "HTTP status 302."},
+      {"a server that asks who it is", down, nothing, TAnswers{basic}, ask,
+       no + "HTTP status 401, the server asks for a user name and password."},
+      {"a password where it is asked for", down, user, TAnswers{basic, abc}, asUser, ""},
+      {"a wrong one", down, user, TAnswers{basic, basic}, asUser,
+       no + "HTTP status 401, the server refuses the user name or password."},
+      {"one that cannot be told", down, user, TAnswers{Answer("401 No", "WWW-Authenticate: X\r\n")}, ask,
+       no + "HTTP status 401, the server offers neither Basic nor Digest authentication."},
+      {"an upload", up, nothing, TAnswers{Answer("201 Created")}, put, ""},
+      {"an upload that is refused", up, nothing, TAnswers{Answer("507 Full")}, put,
        "Upload to \"http://HOST/d/up.cs\" failed: HTTP status 507, the server has no space left."},
-      {"any answer is a connection",
-       with([](auto& client) { return client.Connect(); }, user),
-       {Answer("403 No")},
-       "OPTIONS / T\n",
-       ""},
-      {"a stop",
-       with(down,
-            [](TKxWebDavClient& client) {
-              static TKxEvent stop;
-              stop.Raise();
-              client.StopEvent = &stop;
-            }),
-       {Answer("200 OK", "", "abc")},
-       "",
-       failed + "the user has stopped the run."},
+      {"any answer is a connection", connect, user, TAnswers{Answer("403 No")}, "OPTIONS / T\n", ""},
+      {"a stop", down, stopped, TAnswers{abc}, "", no + "the user has stopped the run."},
   };
   for (const auto& row : rows) {
     TServer server(row.Answers);
@@ -183,6 +146,7 @@ TEST(WebDavClient, AsksAndSaysWhatItGot) {
     const auto client = TKxWebDavClient::Create();
     client->ServerName = u"127.0.0.1";
     client->ServerPort = server.Port();
+    row.Change(*client);
     EXPECT_EQ(row.Call(*client), row.Error.empty()) << row.Name;
     EXPECT_EQ(text::ReplaceAll(client->LastErrorText(), text::FromUtf8(host), u"HOST"),
               text::FromUtf8(row.Error))
