@@ -3,9 +3,9 @@
 #include "foundation/formats/Xml.h"
 #include "foundation/text/Encoding.h"
 
-#include <gmock/gmock.h>
+#include "tests/support/Written.h"
 
-#include <tuple>
+#include <gmock/gmock.h>
 
 namespace kx::cli {
 namespace {
@@ -18,13 +18,6 @@ std::string Drawn(const TGraph& graph, const TWrite& write) {
   std::string text;
   write(graph, [&text](std::string_view utf8) { text += utf8; });
   return text;
-}
-
-int CountOf(std::string_view text, std::string_view piece) {
-  int count = 0;
-  for (std::size_t at = text.find(piece); at != std::string_view::npos; at = text.find(piece, at + 1))
-    ++count;
-  return count;
 }
 
 // 0 -> 1 -> 2 -> 0 is a circle, 3 leads to it and needs itself, 4 is missing and reached from it, 5 is alone.
@@ -99,7 +92,7 @@ TEST(Graph, IsDrawnAsAPictureThatIsWellFormedAndSaysItsCirclesInWords) {
   const std::string svg = Drawn(Sample(), WriteSvg);
   const auto document = NewXMLDocument();
   EXPECT_TRUE(document->LoadBytes(svg)) << text::ToUtf8(document->ParseError());
-  const std::tuple<const char*, int> pieces[] = {
+  const std::pair<const char*, std::size_t> pieces[] = {
       {"<title id=\"title\">A &quot;b&quot;.sln: build order", 1},
       {"needs 1. `é` (line 4), 1. `é` needs C (line 9), C needs A&quot; \\N &lt;&amp;&gt;", 1},
       {"<g class=\"circular\">", 2},
@@ -109,7 +102,7 @@ TEST(Graph, IsDrawnAsAPictureThatIsWellFormedAndSaysItsCirclesInWords) {
       {"<path class=\"plain\"", 3},
   };
   for (const auto& [piece, count] : pieces)
-    EXPECT_EQ(CountOf(svg, piece), count) << piece << "\n" << svg;
+    EXPECT_EQ(tests::CountOf(piece, svg), count) << piece << "\n" << svg;
 }
 
 TEST(Graph, HasLayersAlongItsLongestWaysAndIsCutToWhatIsReached) {

@@ -1,5 +1,7 @@
 #include "program/findings/FindingJson.h"
 
+#include "tests/support/Findings.h"
+
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
@@ -11,23 +13,13 @@ std::string Written(const TFinding& finding) {
 }
 
 TEST(FindingJson, ComesBackAsItWasWritten) {
-  TFinding full{.Rule = u"C1",
-                .Severity = TFindingSeverity::Error,
-                .Message = u"m",
-                .Place = {u"a.c", 1, 2},
-                .Code = u"c",
-                .Project = u"p",
-                .Configuration = u"d",
-                .Action = u"b",
-                .Occurrences = 3,
-                .Fingerprint = u"f",
-                .Advice = u"v",
-                .Said = 4};
+  TFinding full = tests::FullFinding({u"a.c", 1, 2});
+  full.Said = 4;
   full.Steps = {{{u"b.c", 5, 6}, u"s"}, {{u"c.c"}, u"t"}};
   const std::pair<TFinding, std::string_view> rows[] = {
       {full,
-       R"({"rule":"C1","severity":"error","message":"m","file":"a.c","line":1,"column":2,"code":"c","project":"p",)"
-       R"("configuration":"d","action":"b","occurrences":3,"fingerprint":"f","advice":"v","said":4,"steps":[)"
+       R"({"rule":"C1","severity":"error","message":"m","file":"a.c","line":1,"column":2,"code":"c","project":"App",)"
+       R"("configuration":"Debug","action":"Build","occurrences":3,"fingerprint":"f","advice":"mend it","said":4,"steps":[)"
        R"({"file":"b.c","line":5,"column":6,"message":"s"},{"file":"c.c","line":null,"column":null,"message":"t"}]})"},
       {{.Rule = u"r", .Severity = TFindingSeverity::Note},
        R"({"rule":"r","severity":"note","message":"","file":"","line":null,"column":null,"code":"","project":"",)"

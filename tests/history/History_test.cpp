@@ -4,6 +4,7 @@
 #include "program/history/RunRecorder.h"
 
 #include "contract/UnitTests.h"
+#include "tests/support/Findings.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
@@ -146,15 +147,7 @@ TRunReport Numbered(TResultKind result) {
   TRunReport report{.Result = result, .Counts = {11, 12}, .Tests = {13, 14, 15}, .Elapsed = milliseconds(16)};
   report.Began = Noon + hours(24 * 366) + milliseconds(1'234);
   report.Surroundings = {u"box", u"Debian", u"abc", u"main", u"kxhost run", {u"xbuild 14.0", u"mstest"}};
-  report.Findings = {
-      {.Rule = u"CS1", .Severity = TFindingSeverity::Warning, .Message = u"m", .Fingerprint = u"f"}};
-  auto& finding = report.Findings[0];
-  finding.Place = {u"a.cs", 17, 18};
-  finding.Code = u"c";
-  finding.Project = u"App";
-  finding.Configuration = u"Debug";
-  finding.Action = u"B";
-  finding.Advice = u"mend it";
+  report.Findings = {tests::FullFinding({u"a.cs", 17, 18})};
   if (result == TResultKind::Failed) {
     report.Findings.push_back({.Fingerprint = u"gone"});
   } else {
@@ -217,12 +210,12 @@ TEST_F(HistoryTest, AnswersInJsonWithAllThatItWasTold) {
 {"action":"B (p)","configuration":"Debug","project":"","nesting":1,"result":"failed","errors":0,"warnings":0,"beganMs":0,"elapsedMs":0},
 {"action":"B (p)","configuration":"Debug","project":"App","nesting":1,"result":"succeeded","errors":0,"warnings":0,"beganMs":0,"elapsedMs":0}],"metrics":[{"action":"","configuration":"Debug","name":"Category.Name","value":31},
 {"action":"B (p)","configuration":"Debug","name":"Category.Name","value":32},
-{"action":"","configuration":"Debug","name":"Category.Name","value":33}],"findings":[{"rule":"CS1","severity":"warning","message":"m","file":"a.cs","line":17,"column":18,"code":"c","project":"App","configuration":"Debug","action":"B","occurrences":1,"fingerprint":"f","advice":"mend it"},
+{"action":"","configuration":"Debug","name":"Category.Name","value":33}],"findings":[{"rule":"C1","severity":"error","message":"m","file":"a.cs","line":17,"column":18,"code":"c","project":"App","configuration":"Debug","action":"Build","occurrences":1,"fingerprint":"f","advice":"mend it"},
 {"rule":"","severity":"warning","message":"","file":"","line":null,"column":null,"code":"","project":"","configuration":"","action":"","occurrences":1,"fingerprint":"new","advice":""},
 {"rule":"","severity":"warning","message":"","file":"","line":null,"column":null,"code":"","project":"","configuration":"","action":"","occurrences":1,"fingerprint":"newer","advice":""}],"failedTests":["S/T"]},
 {"name":"S/T","runs":2,"failures":2,"changes":0,"flaky":false,"lastFailure":2,"usualMs":3000,"strip":"ff"},
 {"name":"S/N","runs":0,"failures":0,"changes":0,"flaky":false,"lastFailure":null,"usualMs":0,"strip":"nn"},
-{"sinceRun":1,"since":"2025-10-05T00:00:01.234Z","rule":"CS1","severity":"warning","message":"m","file":"a.cs","line":17,"column":18,"code":"c","project":"App","configuration":"Debug","action":"B","occurrences":1,"fingerprint":"f","advice":"mend it"},
+{"sinceRun":1,"since":"2025-10-05T00:00:01.234Z","rule":"C1","severity":"error","message":"m","file":"a.cs","line":17,"column":18,"code":"c","project":"App","configuration":"Debug","action":"Build","occurrences":1,"fingerprint":"f","advice":"mend it"},
 {"sinceRun":2,"since":"2025-10-05T00:00:01.234Z","rule":"","severity":"warning","message":"","file":"","line":null,"column":null,"code":"","project":"","configuration":"","action":"","occurrences":1,"fingerprint":"new","advice":""},
 {"sinceRun":2,"since":"2025-10-05T00:00:01.234Z","rule":"","severity":"warning","message":"","file":"","line":null,"column":null,"code":"","project":"","configuration":"","action":"","occurrences":1,"fingerprint":"newer","advice":""},
 {"action":"","configuration":"","project":"","runs":1,"medianMs":16,"lowMs":16,"highMs":16,"lastMs":16,"trendPercent":0},

@@ -3,6 +3,7 @@
 
 #include "tests/runner/TestActions.h"
 #include "tests/support/Failure.h"
+#include "tests/support/Written.h"
 
 #include <gmock/gmock.h>
 
@@ -49,11 +50,10 @@ std::string Make(const std::string& name, const std::string& attributes = "", co
          "</Text></Action>\n";
 }
 
-const std::string Loop =
-    "<Action Type=\"SIDE\" Name=\"Each\" Parallel=\"true\"><LoopVariable>P</LoopVariable>"
-    "<Values><Line>C:\\s\\Lib.csproj</Line><Line>Lib</Line><Line>App</Line></Values>"
-    "<Actions>" +
-    Make("Inner", "", "%P%.out") + "</Actions></Action>\n";
+const std::string Loop = "<Action Type=\"SIDE\" Name=\"Each\" "
+                         "Parallel=\"true\"><LoopVariable>P</LoopVariable><Values><Line>C:\\s\\Lib.csproj</"
+                         "Line><Line>Lib</Line><Line>App</Line></Values><Actions>" +
+                         Make("Inner", "", "%P%.out") + "</Actions></Action>\n";
 
 class TPlanOf {
 public:
@@ -139,39 +139,38 @@ TEST(Plan, KnowsWhatPartsReadWriteAndTake) {
 TEST(Plan, FindsTheWayThatTakesLongest) {
   const std::string diamond = Make("A") + Make("B", "Needs='A'") + Make("C", "Needs='A'") +
                               Make("D", "Needs='B,C'") + Make("E", "Needs=''");
-  const std::tuple<const char*, history::TUsualTimes, std::vector<std::size_t>> cases[] = {
-      {"by the times", {.Actions = {{u"C", milliseconds(9)}, {u"B", milliseconds(8)}}}, {0, 2, 3}},
-      {"one long part", {.Actions = {{u"C", milliseconds(9)}, {u"E", milliseconds(90)}}}, {4}},
-      {"by the number of parts where no time is known", {}, {0, 1, 3}},
+  using TPath = std::vector<std::size_t>;
+  const std::tuple<const char*, history::TUsualTimes, TPath> cases[] = {
+      {"by the times", {.Actions = {{u"C", milliseconds(9)}, {u"B", milliseconds(8)}}}, TPath{0, 2, 3}},
+      {"one long part", {.Actions = {{u"C", milliseconds(9)}, {u"E", milliseconds(90)}}}, TPath{4}},
+      {"by the number of parts where no time is known", {}, TPath{0, 1, 3}},
   };
   for (const auto& [name, usual, path] : cases)
     EXPECT_EQ(CriticalPath(TPlanOf(diamond, usual).Plan), path) << name;
-  EXPECT_EQ(CriticalPath(TPlan()), std::vector<std::size_t>());
+  EXPECT_EQ(CriticalPath(TPlan()), TPath());
 }
 
 TEST(Plan, RefusesToLeaveAFileToChance) {
-  const std::tuple<const char*, std::string, std::vector<std::string>> cases[] = {
-      {"one behind the other", Make("A") + Make("B"), {}},
-      {"by way of another", Make("A", "", "x") + Make("B", "", "y") + Make("C", "", "x"), {}},
-      {"needs of later ones", Make("A", "Needs='B'") + Make("B", "Needs=''"), {}},
-      {"different files", Make("A", "Needs=''", "x") + Make("B", "Needs=''", "y"), {}},
+  const std::tuple<const char*, std::string, std::string> cases[] = {
+      {"one behind the other", Make("A") + Make("B"), ""},
+      {"by way of another", Make("A", "", "x") + Make("B", "", "y") + Make("C", "", "x"), ""},
+      {"needs of later ones", Make("A", "Needs='B'") + Make("B", "Needs=''"), ""},
+      {"different files", Make("A", "Needs=''", "x") + Make("B", "Needs=''", "y"), ""},
       {"side by side, as systems of any kind name files",
-       Make("A", "Needs=''", "d/x") + Make("B", "Needs=''", "D\\X"),
-       {"A B D\\X"}},
-      {"one of three", Make("A", "Needs=''") + Make("B", "Needs='A'") + Make("C", "Needs='A'"), {"B C f"}},
+       Make("A", "Needs=''", "d/x") + Make("B", "Needs=''", "D\\X"), "A B D\\X "},
+      {"one of three", Make("A", "Needs=''") + Make("B", "Needs='A'") + Make("C", "Needs='A'"), "B C f "},
   };
   for (const auto& [name, actions, clashes] : cases) {
     const TPlan plan = TPlanOf(actions).Plan;
-    std::vector<std::string> found;
+    std::string found;
     for (const TClash& clash : FindClashes(plan))
-      found.push_back(Id(plan, clash.First) + " " + Id(plan, clash.Second) + " " + text::ToUtf8(clash.File));
+      found += Id(plan, clash.First) + " " + Id(plan, clash.Second) + " " + text::ToUtf8(clash.File) + " ";
     EXPECT_EQ(found, clashes) << name;
   }
   const TPlan plan = TPlanOf(Make("A", "Needs=''") + Make("B", "Needs=''")).Plan;
-  EXPECT_EQ(
-      DescribeClash(plan, FindClashes(plan).at(0)),
-      u"\"A\" and \"B\" both write f, and neither waits for the other. Say in the Needs of one that it needs "
-      u"the other, or let them write different files.");
+  EXPECT_EQ(DescribeClash(plan, FindClashes(plan).at(0)),
+            u"\"A\" and \"B\" both write f, and neither waits for the other. Say in the Needs of one that it "
+            u"needs the other, or let them write different files.");
 }
 
 TEST(PartCommand, QuotesForEachShell) {
@@ -217,35 +216,27 @@ TPlan Small() {
 TEST(PlanFormats, AreAsTheirReadersWantThem) {
   const std::pair<std::u16string_view, std::string> cases[] = {
       {u"text",
-       "night: 3 parts, 1 min 02 s one after the other, 1 min 02 s at least; 1 part of unknown time\n"
-       "* 1. A  1.50 s\n"
-       "* 2. B  1 min 01 s\n"
-       "  3. C  -             behind 1\n"
-       "* on the way that takes longest\n"},
+       "night: 3 parts, 1 min 02 s one after the other, 1 min 02 s at least; 1 part of unknown time\n* 1. A  "
+       "1.50 s\n* 2. B  1 min 01 s\n  3. C  -             behind 1\n* on the way that takes longest\n"},
       {u"dot",
-       "digraph \"night\" {\n  rankdir=LR;\n  node [shape=box, style=rounded, fontname=\"sans-serif\"];\n"
-       "  p1 [label=\"A - 1.50 s\", color=red];\n  p2 [label=\"B - 1 min 01 s\", color=red];\n"
-       "  p3 [label=\"C\"];\n  p1 -> p2 [color=red, style=dashed];\n  p1 -> p3 [style=solid];\n}\n"},
+       "digraph \"night\" {\n  rankdir=LR;\n  node [shape=box, style=rounded, fontname=\"sans-serif\"];\n  "
+       "p1 [label=\"A - 1.50 s\", color=red];\n  p2 [label=\"B - 1 min 01 s\", color=red];\n  p3 "
+       "[label=\"C\"];\n  p1 -> p2 [color=red, style=dashed];\n  p1 -> p3 [style=solid];\n}\n"},
       {u"mermaid",
-       "flowchart LR\n  p1(\"A #45; 1#46;50 s\"):::critical\n  p2(\"B #45; 1 min 01 s\"):::critical\n"
-       "  p3(\"C\")\n  p1 ==> p2\n  p1 --> p3\n  classDef critical stroke:red\n"},
+       "flowchart LR\n  p1(\"A #45; 1#46;50 s\"):::critical\n  p2(\"B #45; 1 min 01 s\"):::critical\n  "
+       "p3(\"C\")\n  p1 ==> p2\n  p1 --> p3\n  classDef critical stroke:red\n"},
       {u"buildbot",
-       "{\"name\":\"night\",\"parts\":["
-       "{\"id\":\"A\",\"action\":\"A\",\"type\":\"MAKE\",\"group\":\"\",\"pass\":\"\",\"needs\":[],\"after\":"
-       "[],"
-       "\"capabilities\":[\"vs2008\"],\"expectedMs\":1500,\"command\":[\"kxhost\",\"run\",\"n.kxproj\",\"--"
-       "part\","
-       "\"A\",\"--set\",\"A=${{ b }}\",\"--log\",\"part-1-A.jsonl\"],\"log\":\"part-1-A.jsonl\"},"
-       "{\"id\":\"B\",\"action\":\"B\",\"type\":\"MAKE\",\"group\":\"\",\"pass\":\"\",\"needs\":[],\"after\":"
-       "[\"A\"],"
-       "\"capabilities\":[\"vs2008\"],\"expectedMs\":61000,\"command\":[\"kxhost\",\"run\",\"n.kxproj\",\"--"
-       "part\","
-       "\"B\",\"--set\",\"A=${{ b }}\",\"--log\",\"part-2-B.jsonl\"],\"log\":\"part-2-B.jsonl\"},"
-       "{\"id\":\"C\",\"action\":\"C\",\"type\":\"MAKE\",\"group\":\"\",\"pass\":\"\",\"needs\":[\"A\"],"
-       "\"after\":[],"
-       "\"capabilities\":[\"vs2008\"],\"expectedMs\":null,\"command\":[\"kxhost\",\"run\",\"n.kxproj\",\"--"
-       "part\","
-       "\"C\",\"--set\",\"A=${{ b }}\",\"--log\",\"part-3-C.jsonl\"],\"log\":\"part-3-C.jsonl\"}]}\n"},
+       "{\"name\":\"night\",\"parts\":[{\"id\":\"A\",\"action\":\"A\",\"type\":\"MAKE\",\"group\":\"\","
+       "\"pass\":\"\",\"needs\":[],\"after\":[],\"capabilities\":[\"vs2008\"],\"expectedMs\":1500,"
+       "\"command\":[\"kxhost\",\"run\",\"n.kxproj\",\"--part\",\"A\",\"--set\",\"A=${{ b "
+       "}}\",\"--log\",\"part-1-A.jsonl\"],\"log\":\"part-1-A.jsonl\"},{\"id\":\"B\",\"action\":\"B\","
+       "\"type\":\"MAKE\",\"group\":\"\",\"pass\":\"\",\"needs\":[],\"after\":[\"A\"],\"capabilities\":["
+       "\"vs2008\"],\"expectedMs\":61000,\"command\":[\"kxhost\",\"run\",\"n.kxproj\",\"--part\",\"B\",\"--"
+       "set\",\"A=${{ b "
+       "}}\",\"--log\",\"part-2-B.jsonl\"],\"log\":\"part-2-B.jsonl\"},{\"id\":\"C\",\"action\":\"C\","
+       "\"type\":\"MAKE\",\"group\":\"\",\"pass\":\"\",\"needs\":[\"A\"],\"after\":[],\"capabilities\":["
+       "\"vs2008\"],\"expectedMs\":null,\"command\":[\"kxhost\",\"run\",\"n.kxproj\",\"--part\",\"C\",\"--"
+       "set\",\"A=${{ b }}\",\"--log\",\"part-3-C.jsonl\"],\"log\":\"part-3-C.jsonl\"}]}\n"},
   };
   for (const auto& [format, text] : cases)
     EXPECT_EQ(Written(format, Small()), text);
@@ -256,9 +247,8 @@ TEST(PlanFormats, TellEnginesWhoWaitsForWhom) {
   const std::pair<std::u16string_view, const char*> cases[] = {
       {u"json", "\"expectedMs\":62500,\"criticalPath\":[\"A\",\"B\"],\"criticalPathMs\":62500}"},
       {u"json", "\"inputs\":[\"solution\"],\"outputs\":[\"f\"],\"onCriticalPath\":false}"},
-      {u"github",
-       "    needs: [\"part_A\"]\n    if: \"${{ !cancelled() && (needs.part_A.result == 'success' || "
-       "needs.part_A.result == 'failure' || needs.part_A.result == 'skipped') }}\"\n"},
+      {u"github", "    needs: [\"part_A\"]\n    if: \"${{ !cancelled() && (needs.part_A.result == 'success' "
+                  "|| needs.part_A.result == 'failure' || needs.part_A.result == 'skipped') }}\"\n"},
       {u"github", "    if: \"${{ !cancelled() && needs.part_A.result == 'success' }}\"\n"},
       {u"github", "run: \"kxhost run n.kxproj --part A --set 'A=${{ '${{' }} b }}' --log part-1-A.jsonl\"\n"},
       {u"github", "    runs-on: [\"self-hosted\", \"vs2008\"]\n"},
@@ -284,13 +274,6 @@ TPlan Wide(std::size_t parts, bool inARow) {
   return plan;
 }
 
-std::size_t CountOf(std::string_view wanted, std::string_view text) {
-  std::size_t count = 0;
-  for (std::size_t at = text.find(wanted); at != text.npos; at = text.find(wanted, at + 1))
-    ++count;
-  return count;
-}
-
 TEST(PlanFormats, KeepWithinTheLimitsOfEngines) {
   const std::string github = Written(u"github", Wide(1'000, false));
   EXPECT_EQ(CountOf("          - name: ", github),
@@ -299,8 +282,7 @@ TEST(PlanFormats, KeepWithinTheLimitsOfEngines) {
   EXPECT_THAT(github, HasSubstr("    needs: [\"parts_1\", \"parts_2\"]\n"));
   EXPECT_EQ(FailureOf([] { Written(u"github", Wide(300, true)); }),
             "A workflow holds at most 256 jobs, and the parts of this plan wait for each other in a row of "
-            "300. Plan a "
-            "part of them by their names.");
+            "300. Plan a part of them by their names.");
   const std::string gitlab = Written(u"gitlab", Wide(120, false));
   EXPECT_THAT(gitlab, HasSubstr("\n  needs: [\"joint_1\", \"joint_2\", \"joint_3\"]\n"));
   EXPECT_EQ(CountOf("\"part_P", gitlab), 119U);

@@ -2,22 +2,18 @@
 
 #include "foundation/text/WindowsPath.h"
 #include "program/report/Sarif.h"
+#include "tests/support/Findings.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/Written.h"
 
 #include <gtest/gtest.h>
 
 namespace kx {
 namespace {
 
-using TWrite = std::function<platform::Status(const platform::PutBytes& put)>;
-
 // With an object a line.
-std::string TextOf(const TWrite& write) {
-  std::string text;
-  EXPECT_TRUE(write([&text](std::string_view bytes) -> platform::Status {
-    text += bytes;
-    return platform::Done{};
-  }));
+std::string TextOf(const auto& write) {
+  std::string text = tests::Written(write);
   for (std::size_t at = 0; (at = text.find("},{", at)) != std::string::npos;)
     text.insert(at += 2, "\n");
   return text;
@@ -25,17 +21,10 @@ std::string TextOf(const TWrite& write) {
 
 // One with everything, one with nothing, and one whose file the reader of the report would not find.
 TRunReport Report(const tests::TTemporaryFolder& folder) {
-  TFinding full{.Rule = u"CS1",
-                .Severity = TFindingSeverity::Error,
-                .Message = u"a {0} [b](c) \\[d\\] ]e",
-                .Place = {folder.Write("src/b b.cs", "one\ntwo\n"), 2, 5},
-                .Code = u"CS1",
-                .Project = u"App",
-                .Configuration = u"Debug",
-                .Action = u"Build",
-                .Occurrences = 3,
-                .Fingerprint = u"f1",
-                .Advice = u"mend it"};
+  TFinding full = tests::FullFinding({folder.Write("src/b b.cs", "one\ntwo\n"), 2, 5});
+  full.Rule = u"CS1";
+  full.Message = u"a {0} [b](c) \\[d\\] ]e";
+  full.Fingerprint = u"f1";
   full.Steps = {{{u"/else/c.cs", 7}, u"{from}"}, {{}, u"nowhere"}};
   TRunReport report;
   report.Findings = {
@@ -95,12 +84,7 @@ TEST(Sarif, WritesNoMoreThanItsReadersTakeAndTheWorstOfIt) {
     return WriteSarif(findings, {.Explain = [](std::u16string_view) { return std::u16string(2'000, u'y'); }},
                       put);
   });
-  const auto count = [&text](std::string_view what) {
-    std::size_t found = 0;
-    for (std::size_t at = 0; (at = text.find(what, at)) != std::string::npos; ++at)
-      ++found;
-    return found;
-  };
+  const auto count = [&text](std::string_view what) { return tests::CountOf(what, text); };
   EXPECT_EQ(count(R"("ruleIndex")"), 25'000U);
   EXPECT_EQ(count(R"("level":"error")"), 1U);
   EXPECT_EQ(count(R"("level":"note")"), 0U);

@@ -2,7 +2,10 @@
 #include "program/report/HtmlPage.h"
 
 #include "foundation/text/Encoding.h"
+#include "tests/support/Findings.h"
+#include "tests/support/Results.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/Written.h"
 
 #include <gtest/gtest.h>
 
@@ -13,17 +16,15 @@ namespace {
 
 using std::chrono::milliseconds;
 using enum TResultKind;
+using tests::ConfigurationResult;
+using tests::ProjectResult;
 
 std::string Written(const std::function<void(THtmlWriter&)>& write) {
-  std::string markup;
-  const platform::PutBytes put = [&markup](std::string_view bytes) -> platform::Status {
-    markup += bytes;
-    return platform::Done{};
-  };
-  THtmlWriter out(put);
-  write(out);
-  EXPECT_TRUE(out.Finish());
-  return markup;
+  return tests::Written([&](const platform::PutBytes& put) {
+    THtmlWriter out(put);
+    write(out);
+    return out.Finish();
+  });
 }
 
 // What a section shows: its text, with "|" for tags, "[" for what folds and "{...}" for what one is called;
@@ -62,13 +63,12 @@ class HtmlPage : public testing::Test {
 protected:
   HtmlPage() {
     using enum TFindingSeverity;
-    TFinding error = Found(Error, u"bad", {Folder.Write("d/b.c", "1\n2\n3\n4\n5\n6\n7\n8\n9\n"), 5});
+    TFinding error = tests::FullFinding({Folder.Write("d/b.c", "1\n2\n3\n4\n5\n6\n7\n8\n9\n"), 5});
+    error.Rule = u"R";
+    error.Message = u"bad";
     error.Code = u"C1";
     error.Project = u"src/Core/Core.csproj";
-    error.Configuration = u"Debug";
-    error.Action = u"Build";
     error.Occurrences = 2;
-    error.Advice = u"mend it";
     error.Steps = {{{u"c.c", 2}, u"see"}, {{u"d.c"}, u"then"}};
     TFinding known = Found(Warning, u"old", {u"a.c", 7});
     known.Fingerprint = u"k";
@@ -79,39 +79,20 @@ protected:
     test.Rule = u"test-failed";
     Report.Findings = {known, log, error, Found(Warning, u"fresh", {u"z.c", 1}), test};
     Report.Tests = {5, 1, 2};
-    const auto project = [](const char16_t* name, TResultKind result, int began, int elapsed,
-                            TProblemCounts counts = {}) {
-      return TProjectResult{.Project = name,
-                            .Result = result,
-                            .Counts = counts,
-                            .Began = milliseconds(began),
-                            .Elapsed = milliseconds(elapsed)};
-    };
+    const std::vector debug{ProjectResult(u"A", Succeeded, 0, 2000, {0, 2}),
+                            ProjectResult(u"B", Failed, 2000, 3000, {1, 0}),
+                            ProjectResult(u"C", Stopped, 0, 0)};
+    const std::vector release{ProjectResult(u"A", Succeeded, 5000, 3000),
+                              ProjectResult(u"A", Failed, 8000, 500, {1, 1})};
+    TActionResult build{
+        .Name = u"Build", .Pass = u"p", .Nesting = 1, .Result = Failed, .Reason = u"no-tests"};
+    build.Counts = {1, 2};
+    build.Elapsed = milliseconds(8000);
+    build.Configurations = {ConfigurationResult(u"Debug", Failed, {1, 2}, 0, 5000, debug),
+                            ConfigurationResult(u"Release", Succeeded, {}, 5000, 3000, release)};
     Report.Actions = {
         {.Name = u"All", .IsLoop = true, .Result = FinishedWithFailures, .Elapsed = milliseconds(9000)},
-        {.Name = u"Build",
-         .Pass = u"p",
-         .Nesting = 1,
-         .Result = Failed,
-         .Reason = u"no-tests",
-         .Counts = {1, 2},
-         .Elapsed = milliseconds(8000),
-         .Configurations = {{u"Debug",
-                             Failed,
-                             u"",
-                             {1, 2},
-                             milliseconds(0),
-                             milliseconds(5000),
-                             {project(u"A", Succeeded, 0, 2000, {0, 2}),
-                              project(u"B", Failed, 2000, 3000, {1, 0}), project(u"C", Stopped, 0, 0)}},
-                            {u"Release",
-                             Succeeded,
-                             u"",
-                             {},
-                             milliseconds(5000),
-                             milliseconds(3000),
-                             {project(u"A", Succeeded, 5000, 3000),
-                              project(u"A", Failed, 8000, 500, {1, 1})}}}},
+        build,
         {.Name = u"Tell", .Result = Succeeded, .Began = milliseconds(9000), .Elapsed = milliseconds(1000)}};
     Report.Past = std::make_shared<TPast>(
         TPast{.Runs = {{Day(1), Succeeded, milliseconds(4000), {0, 20}, {8}, u"0123456789abc"},

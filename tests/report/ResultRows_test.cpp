@@ -51,6 +51,8 @@ TEST(ResultRows, AreThoseOfConfigurationsAndOfWhatTheyDoNotSay) {
        "A (p) 1 D succeeded 3/5 40 2\nA (p) 1 (the rest) failed 0/0 60 3\n"},
       {broken, "A (p) 1 D failed (r) 3/5 40 3\nA (p) 1 (the rest) failed (s) 0/0 60 3\n"},
       {said, "A (p) 1 D failed (r) 3/5 40 3\n"},
+      {Action(Ignored, {Debug(Succeeded, {0, 5})}),
+       "A (p) 1 D succeeded 0/5 40 2\nA (p) 1 (the rest) ignored 3/0 60 2\n"},
       {Action(Succeeded, {}, true), "A (p) 1  succeeded 3/5 100 2.\n"},
       {Action(Ignored, {}, true), "A (p) 1  ignored 3/5 100 2\n"},
   };

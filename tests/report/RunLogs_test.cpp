@@ -129,6 +129,51 @@ TEST_F(RunLogs, BecomeOneRun) {
   EXPECT_EQ(began, "155 157 158, 135 137 138, 35 37 38, 15 17 18, 95 97 98, 75 77 78, ");
 }
 
+TRunReport RunOf(std::optional<TPartOfRun> part, std::chrono::milliseconds began,
+                 std::vector<TActionResult> actions, TResultKind result = TResultKind::Succeeded) {
+  TRunReport run;
+  run.Part = part;
+  run.Began = Start + began;
+  run.Elapsed = milliseconds(10);
+  run.Result = result;
+  run.Actions = std::move(actions);
+  run.File = u"/p.kxproj";
+  return run;
+}
+
+TActionResult Row(std::u16string name, int nesting = 0, TResultKind result = TResultKind::Succeeded) {
+  return {.Name = std::move(name),
+          .Nesting = nesting,
+          .IsLoop = nesting == 0,
+          .Result = result,
+          .Counts = {1, 2},
+          .Began = milliseconds(1),
+          .Elapsed = milliseconds(5)};
+}
+
+TEST(RunMerge, PutsPartsAsTheProjectHasThemAndPassesIntoOneLoop) {
+  TRunMerge merge;
+  merge.Add(RunOf(TPartOfRun{.Place = 2}, milliseconds(70), {Row(u"Last")}));
+  merge.Add(RunOf(std::nullopt, milliseconds(90), {Row(u"Else")}));
+  merge.Add(RunOf(TPartOfRun{1, 2}, milliseconds(40), {Row(u"Loop", 0, TResultKind::Failed), Row(u"In b", 1)},
+                  TResultKind::Failed));
+  merge.Add(RunOf(TPartOfRun{1, 1}, milliseconds(60), {Row(u"Loop"), Row(u"In a", 1)}));
+  merge.Add(RunOf(TPartOfRun{.Place = 0}, milliseconds(0), {Row(u"First")}));
+  const TRunReport run = merge.Take();
+  std::string rows;
+  for (const auto& action : run.Actions)
+    rows += std::string(action.Name.begin(), action.Name.end()) + " " + WordOf(action.Result) + " " +
+            std::to_string(action.Counts.Errors) + " " + std::to_string(action.Began.count()) + "+" +
+            std::to_string(action.Elapsed.count()) + "; ";
+  EXPECT_EQ(rows, "First succeeded 1 1+5; Loop failed 2 41+25; In a succeeded 1 61+5; In b succeeded 1 41+5; "
+                  "Last succeeded 1 71+5; Else succeeded 1 91+5; ");
+  EXPECT_EQ(run.Result, TResultKind::Failed);
+  EXPECT_EQ(run.Began, Start);
+  EXPECT_EQ(run.Elapsed, milliseconds(100));
+  EXPECT_EQ(run.File, u"/p.kxproj");
+  EXPECT_FALSE(run.Part);
+}
+
 TEST_F(RunLogs, AreToldFromWhatIsNone) {
   const std::string line = ToJsonLine({Start, 0, TMessageSent{u"m"}});
   const std::tuple<const char*, std::string, std::string> rows[] = {
