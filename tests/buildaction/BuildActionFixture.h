@@ -7,6 +7,7 @@
 #include "package/buildaction/KxVSDotNetAction.h"
 #include "package/buildaction/KxVSDotNetOptions.h"
 #include "tests/support/Failure.h"
+#include "tests/support/Properties.h"
 #include "tests/support/RecordingHost.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -77,22 +78,9 @@ protected:
     Set(settings);
   }
 
-  const TKxPublishedProperty& Row(std::u16string_view name) {
-    const auto* row = action_->PublishedProperties().Find(name);
-    if (row == nullptr) throw EKxException(u"no property " + std::u16string(name));
-    return *row;
-  }
-  // Of the form Name=Value&Name=Value.
-  void Set(std::u16string_view settings) {
-    for (const auto setting : text::Split(settings, u'&')) {
-      if (setting.empty()) continue;
-      const auto& row = Row(setting.substr(0, setting.find(u'=')));
-      row.Set(*action_, PropertyFromText(row, setting.substr(setting.find(u'=') + 1)));
-    }
-  }
-  std::string Get(std::u16string_view name) {
-    return text::ToUtf8(PropertyToText(Row(name), Row(name).Get(*action_)));
-  }
+  const TKxPublishedProperty& Row(std::u16string_view name) { return TPropertyTexts(*action_).Row(name); }
+  void Set(std::u16string_view settings) { TPropertyTexts(*action_).Set(settings); }
+  std::string Get(std::u16string_view name) { return TPropertyTexts(*action_).Get(name); }
 
   // The result, or the message of the exception that ended the action.
   std::string Execute() {

@@ -73,11 +73,10 @@ TEST_F(TSolutionIteratorTest, TheLoopVariableHoldsTheChosenValueInEitherOrder) {
       {false, u"svRelativePath", "App.csproj|..\\Lib\\Lib.csproj|http://h/Web|Gone.csproj|"},
       {false, u"svProjectId", "{App}|{Lib}|{Web}|{Gone}|"},
   };
-  const auto* choice = loop_.PublishedProperties().Find(u"IterateValue");
   for (const auto& [sorted, value, expected] : cases) {
     loop_.SortByDependency = sorted;
     loop_.IncludeProjectsNotFound = !sorted;
-    choice->Set(loop_, PropertyFromText(*choice, value));
+    TPropertyTexts(loop_).Set(u"IterateValue=" + value);
     std::string values;
     for (const auto& line : Run(true))
       if (line.starts_with("= P ")) values += line.substr(4) + "|";
@@ -99,8 +98,7 @@ TEST_F(TSolutionIteratorTest, TellsItsPassesAndWhichOfThemComeFirst) {
       {u"no.sln", true, "nothing"},
       {u"%Loop%", true, "nothing"},
   };
-  const auto* value = loop_.PublishedProperties().Find(u"IterateValue");
-  value->Set(loop_, PropertyFromText(*value, u"svName"));
+  TPropertyTexts(loop_).Set(u"IterateValue=svName");
   for (const auto& [solution, sorted, expected] : cases) {
     loop_.Solution = solution;
     loop_.SortByDependency = sorted;

@@ -56,18 +56,15 @@ TEST_F(TMSTestActionTest, ValidatesTheTextsAsTheyAreWritten) {
   const std::string noTool =
       "Standalone MSTest Path: No path to a standalone MSTest installation was found [options]";
   const std::tuple<const char*, std::u16string, TEntries> cases[] = {
-      {"a new action", u"", {"Assembly Filename: Assembly Filename is blank"}},
-      {"an unknown variable is no business of the validation", u"AssemblyFileName=%No%", {}},
-      {"a version that is not installed",
-       u"VisualStudioVer=vs2010",
-       {"VisualStudio.NET Options: Path to Visual Studio.NET 2010 not set [options]"}},
-      {"no stand-alone MSTest", u"UseStandaloneMSTest=True", {noTool}},
-      {"a metadata file is asked for, containers do not count",
-       u"UseMetadataFile=True",
-       {noTool, "Metadata File: A metadata file must be specified."}},
+      {"a new action", u"", TEntries{"Assembly Filename: Assembly Filename is blank"}},
+      {"an unknown variable is no business of the validation", u"AssemblyFileName=%No%", TEntries{}},
+      {"a version that is not installed", u"VisualStudioVer=vs2010",
+       TEntries{"VisualStudio.NET Options: Path to Visual Studio.NET 2010 not set [options]"}},
+      {"no stand-alone MSTest", u"UseStandaloneMSTest=True", TEntries{noTool}},
+      {"a metadata file is asked for, containers do not count", u"UseMetadataFile=True",
+       TEntries{noTool, "Metadata File: A metadata file must be specified."}},
       {"a metadata file is there",
-       u"UseStandaloneMSTest=False~VisualStudioVer=vs2008~AssemblyFileName=~MetadataFile= ",
-       {}},
+       u"UseStandaloneMSTest=False~VisualStudioVer=vs2008~AssemblyFileName=~MetadataFile= ", TEntries{}},
   };
   for (const auto& [what, settings, expected] : cases) { // each goes on from the one before
     Set(settings);
@@ -161,25 +158,23 @@ TEST_F(TMSTestActionTest, LooksAheadForWhatARunWouldMiss) {
   VSDotNetOptions()->SetDevEnv2008Location(folder.Path("tool"));
   VSDotNetOptions()->SetDevEnv2010Location(folder.Path("no tool"));
   const std::tuple<const char*, std::u16string, TEntries> cases[] = {
-      {"nothing", u"AssemblyFileName=a.dll", {}},
-      {"what only a run knows", u"AssemblyFileName=%Loop%~ConfigFileName=%Loop%", {}},
-      {"a tool that is not there",
-       u"VisualStudioVer=vs2010",
-       {"VisualStudio.NET Options: There is no DIR/no tool/MSTest.exe. [options]"}},
+      {"nothing", u"AssemblyFileName=a.dll", TEntries{}},
+      {"what only a run knows", u"AssemblyFileName=%Loop%~ConfigFileName=%Loop%", TEntries{}},
+      {"a tool that is not there", u"VisualStudioVer=vs2010",
+       TEntries{"VisualStudio.NET Options: There is no DIR/no tool/MSTest.exe. [options]"}},
       {"texts that come out empty",
        u"VisualStudioVer=vs2008~AssemblyFileName=%Empty%~ConfigFileName=%Empty%~SpecifyTests=True",
-       {"Assembly Filename: A value is required.", "Tests: A value is required."}},
-      {"files that are not there",
-       u"AssemblyFileName=a.dll~Tests=A~ConfigFileName=no.testrunconfig",
-       {"Run Configuration File: There is no file DIR/no.testrunconfig."}},
+       TEntries{"Assembly Filename: A value is required.", "Tests: A value is required."}},
+      {"files that are not there", u"AssemblyFileName=a.dll~Tests=A~ConfigFileName=no.testrunconfig",
+       TEntries{"Run Configuration File: There is no file DIR/no.testrunconfig."}},
       {"a metadata file, but no lists and no build",
        u"ConfigFileName=~UseMetadataFile=True~MetadataFile=all.vsmdi~SpecifyTestList=True~"
        u"PublishMode=pbSpecify~TeamServer=s~TeamProject=p",
-       {"Test List: A value is required.", "Team Build Id: A value is required."}},
-      {"an empty metadata file",
-       u"MetadataFile=%Empty%~TestList=a~BuildId=1",
-       {"Metadata File: A value is required."}},
-      {"no metadata file", u"MetadataFile=no.vsmdi", {"Metadata File: There is no file DIR/no.vsmdi."}},
+       TEntries{"Test List: A value is required.", "Team Build Id: A value is required."}},
+      {"an empty metadata file", u"MetadataFile=%Empty%~TestList=a~BuildId=1",
+       TEntries{"Metadata File: A value is required."}},
+      {"no metadata file", u"MetadataFile=no.vsmdi",
+       TEntries{"Metadata File: There is no file DIR/no.vsmdi."}},
   };
   for (const auto& [what, settings, expected] : cases) { // each goes on from the one before
     Set(settings);

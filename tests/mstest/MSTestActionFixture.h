@@ -5,6 +5,7 @@
 #include "foundation/text/Text.h"
 #include "package/buildaction/KxVSDotNetOptions.h"
 #include "package/mstest/KxMSTestAction.h"
+#include "tests/support/Properties.h"
 #include "tests/support/RecordingHost.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -32,23 +33,9 @@ class TMSTestActionTest : public testing::Test {
 protected:
   TMSTestActionTest() { action_.Attach(host_); }
 
-  const TKxPublishedProperty& Row(std::u16string_view name) {
-    const auto* row = action_.PublishedProperties().Find(name);
-    if (row == nullptr) throw EKxException(u"no property " + std::u16string(name));
-    return *row;
-  }
   // "Name=value~Name=value"
-  void Set(std::u16string_view settings) {
-    for (const auto setting : text::Split(settings, u'~')) {
-      if (setting.empty()) continue;
-      const std::size_t sign = setting.find(u'=');
-      const TKxPublishedProperty& row = Row(setting.substr(0, sign));
-      row.Set(action_, PropertyFromText(row, setting.substr(sign + 1)));
-    }
-  }
-  std::string Get(std::u16string_view name) {
-    return text::ToUtf8(PropertyToText(Row(name), Row(name).Get(action_)));
-  }
+  void Set(std::u16string_view settings) { TPropertyTexts(action_).Set(settings, u'~'); }
+  std::string Get(std::u16string_view name) { return TPropertyTexts(action_).Get(name); }
 
   // The parameters of the run that these settings make, with the random letters of a temporary file left out;
   // the last line of the log where nothing was run.

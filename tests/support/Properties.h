@@ -2,10 +2,37 @@
 
 #include "contract/PublishedProperties.h"
 #include "foundation/text/Encoding.h"
+#include "foundation/text/Text.h"
 
 #include <functional>
 
 namespace kx::tests {
+
+// The properties of an action by their names and texts.
+class TPropertyTexts {
+public:
+  explicit TPropertyTexts(TKxPersistent& object) : object_(object) {}
+
+  const TKxPublishedProperty& Row(std::u16string_view name) const {
+    const auto* row = object_.PublishedProperties().Find(name);
+    if (row == nullptr) throw EKxException(u"no property " + std::u16string(name));
+    return *row;
+  }
+  // Of the form Name=Value&Name=Value, with another sign between them where values hold that one.
+  void Set(std::u16string_view settings, char16_t separator = u'&') const {
+    for (const auto setting : text::Split(settings, separator)) {
+      if (setting.empty()) continue;
+      const auto& row = Row(setting.substr(0, setting.find(u'=')));
+      row.Set(object_, PropertyFromText(row, setting.substr(setting.find(u'=') + 1)));
+    }
+  }
+  std::string Get(std::u16string_view name) const {
+    return text::ToUtf8(PropertyToText(Row(name), Row(name).Get(object_)));
+  }
+
+private:
+  TKxPersistent& object_;
+};
 
 // Another value than a property has.
 inline TKxPropertyValue Another(const TKxPublishedProperty& property, const TKxPropertyValue& value) {
