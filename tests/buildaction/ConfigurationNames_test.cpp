@@ -12,8 +12,8 @@ namespace {
 class ConfigurationNames : public testing::Test {
 protected:
   void Offer(std::initializer_list<const char*> names) {
-    std::string text = "Microsoft Visual Studio Solution File, Format Version 10.00\nGlobal\n"
-                       "\tGlobalSection(SolutionConfigurationPlatforms) = preSolution\n";
+    std::string text = "Microsoft Visual Studio Solution File, Format Version "
+                       "10.00\nGlobal\n\tGlobalSection(SolutionConfigurationPlatforms) = preSolution\n";
     for (const auto* name : names)
       text += std::string("\t\t") + name + " = " + name + "\n";
     folder_.Write("App.sln", text + "\tEndGlobalSection\nEndGlobal\n");
@@ -56,8 +56,7 @@ TEST_F(ConfigurationNames, AreToldFromExpressions) {
   EXPECT_EQ(Guess(u"Release|x64"),
             "App.sln has no configuration \"Release|x64\". Read as an expression, it matches Debug|x64, "
             "Release|Any CPU, Profile|x64. Did you mean \"Release|Any CPU\"? To ask for one name alone, "
-            "write it as "
-            "^Release\\|Any CPU$ or set UseRegExOnConfigName to False.");
+            "write it as ^Release\\|Any CPU$ or set UseRegExOnConfigName to False.");
 }
 
 TEST_F(ConfigurationNames, AreOfferedWithTheNearestFirst) {

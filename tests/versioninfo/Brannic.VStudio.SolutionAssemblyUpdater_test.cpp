@@ -191,35 +191,28 @@ TEST_F(SolutionAssemblyUpdater, TellsOfSharedSourcesOnce) {
                   "\"2.0\" for A now; give each project its own, or all the same"));
 }
 
-TEST_F(SolutionAssemblyUpdater, AddsNothingThatAProjectHasAlready) {
-  AddProject('A', "a.csproj", Compiling("CommonAssemblyInfo.cs"));
-  AddProject('B', "b.csproj", Compiling("CommonAssemblyInfo.cs;AssemblyInfo.cs"));
-  AddProject('C', "c.csproj",
-             R"(<Project Sdk="x"><Compile Remove="*"/><None Include="c/AssemblyInfo.cs"/></Project>)");
-  folder_.Write("CommonAssemblyInfo.cs", "\n");
-  folder_.Write("AssemblyInfo.cs", Old);
-  folder_.Write("c/AssemblyInfo.cs", "\n");
-  Updater()->UpdateAllProjects();
-  EXPECT_EQ(folder_.Read("CommonAssemblyInfo.cs") + folder_.Read("c/AssemblyInfo.cs"), "\n\n");
-  EXPECT_EQ(folder_.Read("AssemblyInfo.cs"), New);
-  EXPECT_THAT(Messages(),
-              ElementsAre(testing::HasSubstr(
-                              "is not added: B, which is made of this file too, has it already in DIR/"),
-                          testing::HasSubstr("is not added: C has it written by its build")));
-}
-
 // Whoever is stamped first: what one project adds must not keep the other from it.
-TEST_F(SolutionAssemblyUpdater, AddsWhatIsCommonToTheFileThatIsAllThatAProjectHas) {
+TEST_F(SolutionAssemblyUpdater, AddsWhatIsCommonToTheFileThatIsAllThatAProjectHasAndNothingTwice) {
   AddProject('A', "a.csproj", Compiling("AssemblyInfo.cs;CommonAssemblyInfo.cs"));
   AddProject('B', "b.csproj", Compiling("CommonAssemblyInfo.cs"));
+  AddProject('C', "c.csproj",
+             R"(<Project Sdk="x"><Compile Remove="*"/><None Include="c/AssemblyInfo.cs"/></Project>)");
   folder_.Write("AssemblyInfo.cs", "\n");
+  folder_.Write("c/AssemblyInfo.cs", "\n");
   folder_.Write("CommonAssemblyInfo.cs", "using System.Reflection;");
   Updater()->UpdateAllProjects();
-  EXPECT_EQ(folder_.Read("AssemblyInfo.cs"), "\n");
+  EXPECT_EQ(folder_.Read("AssemblyInfo.cs") + folder_.Read("c/AssemblyInfo.cs"), "\n\n");
   EXPECT_EQ(folder_.Read("CommonAssemblyInfo.cs"), std::string("using System.Reflection;\r\n") + New);
+  EXPECT_THAT(Messages().back(), testing::HasSubstr("is not added: C has it written by its build"));
+  folder_.Write("AssemblyInfo.cs", Old);
+  folder_.Write("CommonAssemblyInfo.cs", "\n");
+  Updater()->UpdateProjects({text::FromAscii(Id('B'))}, nullptr);
+  EXPECT_EQ(folder_.Read("CommonAssemblyInfo.cs"), "\n");
+  EXPECT_THAT(Messages(), ElementsAre(testing::HasSubstr(
+                              "is not added: A, which is made of this file too, has it already in DIR/")));
   std::filesystem::remove(folder_.Native("CommonAssemblyInfo.cs"));
-  Updater()->UpdateAllProjects();
-  EXPECT_THAT(folder_.Read("AssemblyInfo.cs"), testing::HasSubstr("AssemblyVersion(\"1.2.3.4\")"));
+  Updater()->UpdateProjects({text::FromAscii(Id('A'))}, nullptr);
+  EXPECT_EQ(folder_.Read("AssemblyInfo.cs"), New);
 }
 
 TEST_F(SolutionAssemblyUpdater, PassesOverWhatIsNotThere) {

@@ -84,13 +84,11 @@ TEST_F(ResourceScriptWriter, WarnsWhereWindowsWillNotSeeTheVersion) {
 // A block as the generator writes it, with something in place of `from`.
 std::string Block(std::string_view from = {}, std::string_view to = {}) {
   std::string block =
-      "#include <winver.h>\r\n1 VERSIONINFO\r\n FILEVERSION 1,2,3,4\r\n PRODUCTVERSION 1,2,3,4\r\n"
-      " FILEFLAGSMASK VS_FFI_FILEFLAGSMASK\r\n FILEFLAGS 0x00\r\n FILEOS 0x40004L\r\n"
-      " FILETYPE VFT_APP\r\n FILESUBTYPE 0x0L\r\nBEGIN\r\n"
-      " BLOCK \"StringFileInfo\"\r\n BEGIN\r\n  BLOCK \"040904E4\"\r\n  BEGIN\r\n"
-      "   VALUE \"CompanyName\", \"We\\0\"\r\n  END\r\n END\r\n"
-      " BLOCK \"VarFileInfo\"\r\n BEGIN\r\n  VALUE \"Translation\", 0x409, 1252\r\n END\r\nEND\r\n"
-      "// behind\r\n";
+      "#include <winver.h>\r\n1 VERSIONINFO\r\n FILEVERSION 1,2,3,4\r\n PRODUCTVERSION 1,2,3,4\r\n "
+      "FILEFLAGSMASK VS_FFI_FILEFLAGSMASK\r\n FILEFLAGS 0x00\r\n FILEOS 0x40004L\r\n FILETYPE VFT_APP\r\n "
+      "FILESUBTYPE 0x0L\r\nBEGIN\r\n BLOCK \"StringFileInfo\"\r\n BEGIN\r\n  BLOCK \"040904E4\"\r\n  "
+      "BEGIN\r\n   VALUE \"CompanyName\", \"We\\0\"\r\n  END\r\n END\r\n BLOCK \"VarFileInfo\"\r\n BEGIN\r\n "
+      " VALUE \"Translation\", 0x409, 1252\r\n END\r\nEND\r\n// behind\r\n";
   if (!from.empty()) block.replace(block.find(from), from.size(), to);
   return block;
 }
