@@ -98,9 +98,19 @@ async function openPage(browser, address, options = {}) {
   return page;
 }
 
+// What axe calls serious. It is run as a debugger does, which the page's own rules for scripts do not bind.
+async function seriousFaults(page) {
+  const session = await page.context().newCDPSession(page);
+  await session.send("Runtime.evaluate", { expression: fs.readFileSync(require.resolve("axe-core/axe.min.js"), "utf8") });
+  const expression =
+    "axe.run().then((r) => JSON.stringify(r.violations.map((v) => [v.id, v.impact, v.nodes.map((n) => n.html)])))";
+  const found = await session.send("Runtime.evaluate", { expression, awaitPromise: true });
+  return JSON.parse(found.result.value).filter(([, impact]) => impact === "serious" || impact === "critical");
+}
+
 // Everything that was asked of kxhost has been answered and shown.
 async function settled(page) {
   await page.waitForSelector("main[aria-busy=false]");
 }
 
-module.exports = { Editor, launch, openPage, root, settled };
+module.exports = { Editor, launch, openPage, seriousFaults, settled };

@@ -3,9 +3,8 @@
 const assert = require("node:assert/strict");
 const fs = require("node:fs");
 const { after, before, test } = require("node:test");
-const { Editor, launch, openPage, settled } = require("./editor.js");
+const { Editor, launch, openPage, seriousFaults, settled } = require("./editor.js");
 
-const axe = fs.readFileSync(require.resolve("axe-core/axe.min.js"), "utf8");
 let browser;
 before(async () => {
   browser = await launch();
@@ -631,16 +630,7 @@ test("300 actions, narrow and wide, light and dark: nothing that axe calls serio
       for (const view of ["project", "options", "run", "problems", "tests", "history"]) {
         await page.click(`#show-${view}`);
         await settled(page);
-        // As a debugger does, which the page's own rules for scripts do not bind.
-        const session = await context.newCDPSession(page);
-        await session.send("Runtime.evaluate", { expression: axe });
-        const found = await session.send("Runtime.evaluate", {
-          expression:
-            "axe.run().then((r) => JSON.stringify(r.violations.map((v) => [v.id, v.impact, v.nodes.map((n) => n.html)])))",
-          awaitPromise: true,
-        });
-        const serious = JSON.parse(found.result.value).filter(([, impact]) => impact === "serious" || impact === "critical");
-        assert.deepEqual(serious, [], `${view} at ${width}`);
+        assert.deepEqual(await seriousFaults(page), [], `${view} at ${width}`);
         assert.ok(await page.evaluate(() => document.documentElement.scrollWidth <= window.innerWidth), `${view} fits ${width}`);
       }
     }

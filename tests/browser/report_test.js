@@ -2,12 +2,10 @@
 
 const assert = require("node:assert/strict");
 const { execFileSync } = require("node:child_process");
-const fs = require("node:fs");
 const path = require("node:path");
 const { test } = require("node:test");
-const { Editor, launch } = require("./editor.js");
+const { Editor, launch, seriousFaults } = require("./editor.js");
 
-const axe = fs.readFileSync(require.resolve("axe-core/axe.min.js"), "utf8");
 const project = `<BuildProject Name="Nightly"><Actions><Action Type="DEVENV" Name="Build"><Solution>Greeter\\Greeter.sln</Solution>
   <SolutionConfiguration>Release|Any CPU</SolutionConfiguration><VStudioVersion Name="vs2010">4</VStudioVersion>
   <UseMSBuild>False</UseMSBuild></Action></Actions></BuildProject>`;
@@ -24,15 +22,6 @@ function writeReport(editor) {
     }),
   );
   return `file://${report}`;
-}
-
-async function seriousFaults(page) {
-  const session = await page.context().newCDPSession(page); // the page's own policy lets nothing be added
-  await session.send("Runtime.evaluate", { expression: axe });
-  const expression =
-    "axe.run().then((r) => JSON.stringify(r.violations.map((v) => [v.id, v.impact, v.nodes.map((n) => n.html)])))";
-  const found = await session.send("Runtime.evaluate", { expression, awaitPromise: true });
-  return JSON.parse(found.result.value).filter(([, impact]) => impact === "serious" || impact === "critical");
 }
 
 test("a report filters, groups, leads to its log and is read by anybody", async () => {

@@ -1,8 +1,8 @@
-// The pictures of the documentation: node pictures.js FOLDER (scripts/make-pictures calls it).
+// The pictures of the documentation: node make-pictures.js FOLDER (scripts/make-pictures calls it).
 
 const { spawnSync } = require("node:child_process");
 const path = require("node:path");
-const { Editor, launch, openPage, settled } = require("./editor.js");
+const { Editor, launch, openPage, settled } = require("../tests/browser/editor.js");
 
 const folder = path.resolve(process.argv[2]);
 
