@@ -194,27 +194,24 @@ TEST_F(BuildRun, SaysInItsLogWhatIsAmissAndNothingOfWhatIsNot) {
   const std::string selected = "2 Warning : SelectedProjects, ";
   const auto folder = SaysFirst("2 Warning : The solution's folder \"DIR/my app");
   const auto quiet = AllOf(Not(HasSubstr("Warning : ")), Not(HasSubstr("!")), EndsWith(Succeeded));
+  using TTools = std::vector<TPlayback>;
   const struct {
     const char* Name;
     std::u16string Settings;
     testing::Matcher<std::string> Log;
-    std::vector<TPlayback> Tools = {};
+    TTools Tools = {};
   } cases[] = {
-      {"an old devenv tells by its summary, and it is forgotten for the next run",
-       old,
-       AllOf(HasSubstr(failure), EndsWith(Succeeded)),
-       {{{u"x\n" + bad + u"\ny", good}}, {{good}}}},
-      {"which counts in the last", old, EndsWith(failure + Failed), {{{good}}, {{bad}}}},
-      {"later ones tell by their exit code", u"UseMSBuild=False", quiet, {{{bad}}}},
-      {"projects that the tool left open are closed",
-       u"SolutionConfiguration=.*",
+      {"an old devenv tells by its summary, and it is forgotten for the next run", old,
+       AllOf(HasSubstr(failure), EndsWith(Succeeded)), TTools{{{u"x\n" + bad + u"\ny", good}}, {{good}}}},
+      {"which counts in the last", old, EndsWith(failure + Failed), TTools{{{good}}, {{bad}}}},
+      {"later ones tell by their exit code", u"UseMSBuild=False", quiet, TTools{{{bad}}}},
+      {"projects that the tool left open are closed", u"SolutionConfiguration=.*",
        AllOf(HasSubstr("> Project a.csproj\n> Project a.csproj\n< 3\n< 3\n< 1\n"),
              EndsWith("> Project a.csproj\n< 3\n3 Error Running DIR/MSBuild.exe : no pipe\n< 3\nno pipe")),
-       {{{begun, begun}}, {.StdOut = {begun}, .Exception = u"no pipe"}}},
-      {"the words are those of the tool that ran",
-       Select + u"Installer",
+       TTools{{{begun, begun}}, {.StdOut = {begun}, .Exception = u"no pipe"}}},
+      {"the words are those of the tool that ran", Select + u"Installer",
        HasSubstr("3 1 error here\n# Compiler Errors 1\n# Compiler Warnings 2\n"),
-       {{{u"1 error here", u"complete -- 1 error, 2"}}}},
+       TTools{{{u"1 error here", u"complete -- 1 error, 2"}}}},
       {"a selected name without a value", Select + u"App\n%No%",
        AllOf(HasSubstr(selected + "\"%No%\": Unknown name: No\n3 A"), EndsWith(Failed))},
       {"a selected project that is not on disk", gone + Select + u"App",

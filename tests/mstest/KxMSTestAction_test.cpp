@@ -9,18 +9,6 @@ namespace {
 using testing::ElementsAre;
 using TEntries = std::vector<std::string>;
 
-TEST_F(TMSTestActionTest, EveryPropertyKeepsItsOwnValue) {
-  const auto different = [](const TKxPublishedProperty& row) -> std::u16string {
-    if (row.Kind == TKxPropertyKind::Boolean) return u"True";
-    if (row.Kind == TKxPropertyKind::Enumeration) return std::u16string(row.Enumeration->Values[2]);
-    return u"value of " + std::u16string(row.Name);
-  };
-  for (const auto& row : action_.PublishedProperties().Rows())
-    Set(std::u16string(row.Name) + u"=" + different(row));
-  for (const auto& row : action_.PublishedProperties().Rows())
-    EXPECT_EQ(Get(row.Name), text::ToUtf8(different(row)));
-}
-
 TEST_F(TMSTestActionTest, ANewActionTakesAVersionThatHasMSTest) {
   using enum TVSDotNetVersion;
   const std::pair<TVSDotNetVersion, TVSDotNetVersion> cases[] = {

@@ -35,7 +35,6 @@ protected:
 
   // "Name=value~Name=value"
   void Set(std::u16string_view settings) { TPropertyTexts(action_).Set(settings, u'~'); }
-  std::string Get(std::u16string_view name) { return TPropertyTexts(action_).Get(name); }
 
   // The parameters of the run that these settings make, with the random letters of a temporary file left out;
   // the last line of the log where nothing was run.
