@@ -205,14 +205,6 @@ class PartsTest(e2e.EndToEndTest):
             self.assertIn("2 warnings (fail on warning)", self.run_parts("--resume", "--fail-on", "warning", code=4))
             self.assertEqual(len(known()), 2)
 
-    def test_two_parts_that_would_write_one_file_are_refused(self):
-        stamps = [e2e.action("VERSIONINFO", f'Name="{name}" Needs=""', ResourceFile="a.rc") for name in ("One", "Two")]
-        self.write("a.rc")
-        self.write("p.kxproj", e2e.project(*stamps))
-        said = self.run_parts(code=3)
-        self.assertIn('"One" and "Two" both write', said)
-        self.assertIn("a.rc", said)
-
     def test_numbers_are_counted_once_before_the_parts_begin(self):
         self.copy_example()
         self.write("examples/Greeter/again.sln", self.read("examples/Greeter/Greeter.sln"))

@@ -95,8 +95,9 @@ class PlanTest(e2e.EndToEndTest):
     def test_what_writes_one_file_side_by_side_is_refused(self):
         parts = [action("MSTEST", f'Name="{name}" Needs=""', AssemblyFileName="t.dll", OutputFileName="r.trx") for name in "AB"]
         self.write("p.kxproj", project(*parts))
-        said = self.host("plan", "p.kxproj", code=3)
-        self.assertRegex(said, r'p\.kxproj: "A" and "B" both write .*r\.trx, and neither waits for the other\.')
+        for command in ("plan", "p.kxproj"), ("run", "p.kxproj", "--jobs", "2"):
+            said = self.host(*command, code=3)
+            self.assertRegex(said, r'p\.kxproj: "A" and "B" both write .*r\.trx, and neither waits for the other\.')
         self.write("p.kxproj", project(*parts).replace('Name="B" Needs=""', 'Name="B" Needs="A"'))
         plan = json.loads(self.host("plan", "p.kxproj", "--format", "json"))
         self.assertEqual([part["capabilities"] for part in plan["parts"]], [["mstest"]] * 2)
