@@ -52,18 +52,11 @@ TEST(HistoryOutput, TellsOneRunWithItsPartsAndWhatWasWrong) {
 }
 
 TEST(HistoryOutput, ListsFlakyAndSlowTests) {
-  std::vector<history::TTestHistory> tests{
-      {u"a",
-       3,
-       1,
-       2,
-       true,
-       9,
-       milliseconds(20),
-       {TPastTest::Absent, TPastTest::Passed, TPastTest::Failed, TPastTest::NotRun}}};
+  using enum TPastTest;
+  const std::vector ran{Absent, Passed, Failed, NotRun}, well(40, Passed);
+  std::vector<history::TTestHistory> tests{{u"a", 3, 1, 2, true, 9, milliseconds(20), ran}};
   for (int i = 0; i < 25; ++i)
-    tests.push_back(
-        {u"t", 3, 0, 0, false, 0, milliseconds(i), std::vector<TPastTest>(40, TPastTest::Passed)});
+    tests.push_back({u"t", 3, 0, 0, false, 0, milliseconds(i), well});
   const std::string text = Shown(TestLines(tests, Plain));
   EXPECT_EQ(std::ranges::count(text, '|'), 26);
   EXPECT_EQ(text.substr(0, text.find("|t ", text.find("|t ") + 1)),

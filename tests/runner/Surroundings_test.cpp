@@ -12,42 +12,36 @@ namespace {
 TEST(Surroundings, ReadTheWorkingCopyFromTheFilesOfGit) {
   const std::string one(40, 'a');
   const std::string other(40, 'b');
+  using TFiles = std::map<std::string, std::string>; // below the folder; asked for is "copy/deep"
+  const TFiles none,
+      branch{{"copy/.git/HEAD", "ref: refs/heads/a/b\n"}, {"copy/.git/refs/heads/a/b", one + "\n"}};
+  const TFiles packed{{"copy/.git/HEAD", "ref: refs/heads/b\n"},
+                      {"copy/.git/packed-refs", "# pack-refs with: peeled\n" + one +
+                                                    " refs/heads/a/refs/heads/b\n" + other +
+                                                    " refs/heads/b\n^" + one + "\n"}};
+  const TFiles worktree{{"copy/.git", "gitdir: ../main/.git/worktrees/copy\n"},
+                        {"main/.git/worktrees/copy/HEAD", "ref: refs/heads/b\n"},
+                        {"main/.git/worktrees/copy/commondir", "../..\n"},
+                        {"main/.git/refs/heads/b", other + "\n"}};
   struct TCase {
     const char* Name;
-    std::map<std::string, std::string> Files; // below the folder; asked for is "copy/deep"
-    std::string Commit;
-    std::string Branch;
+    TFiles Files;
+    std::string Commit, Branch;
   };
   const TCase cases[] = {
-      {"no working copy", {}, "", ""},
-      {"a branch",
-       {{"copy/.git/HEAD", "ref: refs/heads/a/b\n"}, {"copy/.git/refs/heads/a/b", one + "\n"}},
-       one,
-       "a/b"},
-      {"one without a commit", {{"copy/.git/HEAD", "ref: refs/heads/main\n"}}, "", "main"},
-      {"a packed one",
-       {{"copy/.git/HEAD", "ref: refs/heads/b\n"},
-        {"copy/.git/packed-refs", "# pack-refs with: peeled\n" + one + " refs/heads/a/refs/heads/b\n" +
-                                      other + " refs/heads/b\n^" + one + "\n"}},
-       other,
-       "b"},
-      {"a commit by itself", {{"copy/.git/HEAD", one + "\n"}}, one, ""},
-      {"a worktree",
-       {{"copy/.git", "gitdir: ../main/.git/worktrees/copy\n"},
-        {"main/.git/worktrees/copy/HEAD", "ref: refs/heads/b\n"},
-        {"main/.git/worktrees/copy/commondir", "../..\n"},
-        {"main/.git/refs/heads/b", other + "\n"}},
-       other,
-       "b"},
-      {"what is no commit", {{"copy/.git/HEAD", "../../etc/passwd\n"}}, "", ""},
+      {"no working copy", none, "", ""},
+      {"a branch", branch, one, "a/b"},
+      {"one without a commit", TFiles{{"copy/.git/HEAD", "ref: refs/heads/main\n"}}, "", "main"},
+      {"a packed one", packed, other, "b"},
+      {"a commit by itself", TFiles{{"copy/.git/HEAD", one + "\n"}}, one, ""},
+      {"a worktree", worktree, other, "b"},
+      {"what is no commit", TFiles{{"copy/.git/HEAD", "../../etc/passwd\n"}}, "", ""},
   };
   for (const TCase& c : cases) {
     const tests::TTemporaryFolder folder;
     std::filesystem::create_directories(folder.Native("copy/deep"));
-    for (const auto& [name, content] : c.Files) {
-      std::filesystem::create_directories(folder.Native(name).parent_path());
-      ASSERT_TRUE(platform::SaveFile(folder.Path(name), content));
-    }
+    for (const auto& [name, content] : c.Files)
+      folder.Write(name, content);
     const TWorkingCopy copy = ReadWorkingCopy(folder.Path("copy/deep"));
     EXPECT_EQ(text::ToUtf8(copy.Commit), c.Commit) << c.Name;
     EXPECT_EQ(text::ToUtf8(copy.Branch), c.Branch) << c.Name;
