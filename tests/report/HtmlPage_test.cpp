@@ -28,7 +28,7 @@ std::string Written(const std::function<void(THtmlWriter&)>& write) {
 }
 
 // What a section shows: its text, with "|" for tags, "[" for what folds and "{...}" for what one is called;
-// drawn shapes as they are.
+// drawn shapes as they are, but for what all of a kind have in common.
 std::string Shown(const TRunReport& report, void (*write)(const THtmlPage& page, THtmlWriter& out),
                   std::span<const TFigure> figures = {}) {
   const TSuiteSpool suites(u"");
@@ -39,9 +39,10 @@ std::string Shown(const TRunReport& report, void (*write)(const THtmlPage& page,
     const std::size_t end = markup[at] == '<' ? markup.find('>', at) + 1 : at + 1;
     const std::string_view piece = std::string_view(markup).substr(at, end - at);
     at = end;
-    if (piece.starts_with("<path d") || piece.starts_with("<path class") || piece.starts_with("<rect") ||
-        piece.starts_with("<line"))
-      shown += piece;
+    if (piece.starts_with("<rect") || piece.starts_with("<line"))
+      shown += std::string(piece.substr(0, std::min(piece.find(" height="), piece.find(" x2=")))) + ">";
+    else if (piece.starts_with("<path d") || piece.starts_with("<path class"))
+      shown += piece.find("class=grid") == piece.npos && piece.find("class=here") == piece.npos ? piece : "";
     else if (piece.size() == 1)
       shown += piece == "\n" ? "" : piece;
     else if (const std::size_t label = piece.find("aria-label=\""); label != piece.npos)
@@ -155,21 +156,17 @@ TEST_F(HtmlPage, ShowsProblemsWithTheirHistory) {
 
 TEST_F(HtmlPage, DrawsBarsOverTime) {
   EXPECT_EQ(Shown(Report, WriteTimeline),
-            "|Actions|In loops|A|B|{Timeline of the run; the table of results has the times}<line x1=0.00% "
-            "x2=0.00% y1=1.25rem y2=8.00rem />|0:00|<line x1=20.00% x2=20.00% y1=1.25rem y2=8.00rem "
-            "/>|0:02|<line x1=40.00% x2=40.00% y1=1.25rem y2=8.00rem />|0:04|<line x1=60.00% x2=60.00% "
-            "y1=1.25rem y2=8.00rem />|0:06|<line x1=80.00% x2=80.00% y1=1.25rem y2=8.00rem />|0:08|<line "
-            "x1=100.00% x2=100.00% y1=1.25rem y2=8.00rem />|0:10|All: 9.00 s from 0.00 s, finished with "
-            "failures|<rect class=\"bar outer failed\" x=0.00% width=90.00% y=1.75rem height=1.06rem rx=3 "
-            "/>|\xC3\x97 All|Build (p): 8.00 s from 0.00 s, failed|<rect class=\"bar outer failed\" x=0.00% "
-            "width=80.00% y=3.38rem height=1.06rem rx=3 />|\xC3\x97 Build (p)|A, Debug: 2.00 s from 0.00 s, "
-            "succeeded|<rect class=\"bar\" x=0.00% width=20.00% y=5.00rem height=1.06rem rx=3 />|2.00 s|B, "
-            "Debug: 3.00 s from 2.00 s, failed|<rect class=\"bar failed\" x=20.00% width=30.00% y=6.62rem "
-            "height=1.06rem rx=3 />|\xC3\x97 3.00 s|A, Release: 3.00 s from 5.00 s, succeeded|<rect "
-            "class=\"bar\" x=50.00% width=30.00% y=5.00rem height=1.06rem rx=3 />|3.00 s|A, Release: 0.50 s "
-            "from 8.00 s, failed|<rect class=\"bar failed\" x=80.00% width=5.00% y=5.00rem height=1.06rem "
-            "rx=3 />|Tell: 1.00 s from 9.00 s, succeeded|<rect class=\"bar\" x=90.00% width=10.00% y=1.75rem "
-            "height=1.06rem rx=3 />|Tell|ended well|failed \xC3\x97|");
+            "|Actions|In loops|A|B|{Timeline of the run; the table of results has the times}<line "
+            "x1=0.00%>|0:00|<line x1=20.00%>|0:02|<line x1=40.00%>|0:04|<line x1=60.00%>|0:06|<line "
+            "x1=80.00%>|0:08|<line x1=100.00%>|0:10|All: 9.00 s from 0.00 s, finished with failures|<rect "
+            "class=\"bar outer failed\" x=0.00% width=90.00% y=1.75rem>|× All|Build (p): 8.00 s from 0.00 s, "
+            "failed|<rect class=\"bar outer failed\" x=0.00% width=80.00% y=3.38rem>|× Build (p)|A, Debug: "
+            "2.00 s from 0.00 s, succeeded|<rect class=\"bar\" x=0.00% width=20.00% y=5.00rem>|2.00 s|B, "
+            "Debug: 3.00 s from 2.00 s, failed|<rect class=\"bar failed\" x=20.00% width=30.00% y=6.62rem>|× "
+            "3.00 s|A, Release: 3.00 s from 5.00 s, succeeded|<rect class=\"bar\" x=50.00% width=30.00% "
+            "y=5.00rem>|3.00 s|A, Release: 0.50 s from 8.00 s, failed|<rect class=\"bar failed\" x=80.00% "
+            "width=5.00% y=5.00rem>|Tell: 1.00 s from 9.00 s, succeeded|<rect class=\"bar\" x=90.00% "
+            "width=10.00% y=1.75rem>|Tell|ended well|failed ×|");
 }
 
 TEST_F(HtmlPage, ListsResultsAndFigures) {
@@ -188,20 +185,17 @@ TEST_F(HtmlPage, ChartsTheLastRuns) {
   EXPECT_EQ(
       Shown(Report, WriteTrends),
       "|The last 4 runs, this one at the end.|{Errors of the last 4 runs, 1 in this one; Left and Right read "
-      "the others}|Errors| |1|4|2|0|<path class=grid d=\"M0 0h12M0 50h12\"/><path class=\"error\" d=\"M9.15 "
-      "100h.7V25.00h-.7z\"/><path class=\"error this\" d=\"M11.15 100h.7V75.00h-.7z\"/><path class=here "
-      "d=\"\"/>|this run|{Warnings of the last 4 runs, 2 in this one; Left and Right read the "
-      "others}|Warnings| |2|20|10|0|<path class=grid d=\"M0 0h12M0 50h12\"/><path class=\"plain\" d=\"M8.15 "
+      "the others}|Errors| |1|4|2|0|<path class=\"error\" d=\"M9.15 100h.7V25.00h-.7z\"/><path class=\"error "
+      "this\" d=\"M11.15 100h.7V75.00h-.7z\"/>|this run|{Warnings of the last 4 runs, 2 in this one; Left "
+      "and Right read the others}|Warnings| |2|20|10|0|<path class=\"plain\" d=\"M8.15 "
       "100h.7V0.00h-.7z\"/><path class=\"plain\" d=\"M9.15 100h.7V65.00h-.7z\"/><path class=\"plain\" "
-      "d=\"M10.15 100h.7V95.00h-.7z\"/><path class=\"plain this\" d=\"M11.15 100h.7V90.00h-.7z\"/><path "
-      "class=here d=\"\"/>|this run|{Failed tests of the last 4 runs, 1 of 8 in this one; Left and Right "
-      "read the others}|Failed tests| |1 of 8|4|2|0|<path class=grid d=\"M0 0h12M0 50h12\"/><path "
-      "class=\"error\" d=\"M10.15 100h.7V0.00h-.7z\"/><path class=\"error this\" d=\"M11.15 "
-      "100h.7V75.00h-.7z\"/><path class=here d=\"\"/>|this run|{Time of the last 4 runs, 10.00 s in this "
-      "one; Left and Right read the others}|Time| |10.00 s|10.00 s|5.00 s|0.00 s|<path class=grid d=\"M0 "
-      "0h12M0 50h12\"/><path class=line d=\"M8.50 60.00L9.50 91.00L10.50 40.00L11.50 0.00\"/><path "
-      "class=point d=\"M8.50 60.00h0M10.50 40.00h0\"/><path class=\"point failed\" d=\"M9.50 91.00h0M11.50 "
-      "0.00h0\"/><path class=here d=\"\"/>|this run|[|The figures as a "
+      "d=\"M10.15 100h.7V95.00h-.7z\"/><path class=\"plain this\" d=\"M11.15 100h.7V90.00h-.7z\"/>|this "
+      "run|{Failed tests of the last 4 runs, 1 of 8 in this one; Left and Right read the others}|Failed "
+      "tests| |1 of 8|4|2|0|<path class=\"error\" d=\"M10.15 100h.7V0.00h-.7z\"/><path class=\"error this\" "
+      "d=\"M11.15 100h.7V75.00h-.7z\"/>|this run|{Time of the last 4 runs, 10.00 s in this one; Left and "
+      "Right read the others}|Time| |10.00 s|10.00 s|5.00 s|0.00 s|<path class=line d=\"M8.50 60.00L9.50 "
+      "91.00L10.50 40.00L11.50 0.00\"/><path class=point d=\"M8.50 60.00h0M10.50 40.00h0\"/><path "
+      "class=\"point failed\" d=\"M9.50 91.00h0M11.50 0.00h0\"/>|this run|[|The figures as a "
       "table|Run|Result|Errors|Warnings|Failed tests|Time|Commit|1 Nov 2026, 00:00:00 UTC|succeeded|0|20|0 "
       "of 8|4.00 s|0123456789|2 Nov 2026, 00:00:00 UTC|failed|3|7|0 of 0|0.90 s|3 Nov 2026, 00:00:00 "
       "UTC|succeeded|0|1|4 of 8|6.00 s|c3|4 Nov 2026, 00:00:00 UTC|failed|1|2|1 of 8|10.00 s|");
