@@ -19,11 +19,6 @@ using testing::HasSubstr;
 // Writes the file that its text names, and reads "solution".
 class TMakeAction : public TStepAction {
 public:
-  static const TKxActionClass& Class() {
-    static const TKxActionClass makeClass{
-        u"TMakeAction", []() -> std::unique_ptr<TCustomKxAction> { return std::make_unique<TMakeAction>(); }};
-    return makeClass;
-  }
   void GetFilesToRead(text::TStringList& files) override { files.Add(u"solution"); }
   void GetFilesToWrite(text::TStringList& files) override { files.Add(ExpandExpression(Text)); }
   void GetRequirements(text::TStringList& words) const override { words.Add(u"vs2008"); }
@@ -32,11 +27,6 @@ public:
 // A pass for each value; each behind the first.
 class TSideBySide : public TLoopAction {
 public:
-  static const TKxActionClass& Class() {
-    static const TKxActionClass loopClass{
-        u"TSideBySide", []() -> std::unique_ptr<TCustomKxAction> { return std::make_unique<TSideBySide>(); }};
-    return loopClass;
-  }
   std::optional<std::vector<TKxPass>> Passes() override {
     std::vector<TKxPass> passes;
     for (const auto& value : Values)
@@ -58,8 +48,8 @@ const std::string Loop = "<Action Type=\"SIDE\" Name=\"Each\" "
 class TPlanOf {
 public:
   explicit TPlanOf(const std::string& actions, const history::TUsualTimes& usual = {}) {
-    host_.Services.RegisterAction(u"MAKE", u"Tests", TMakeAction::Class());
-    host_.Services.RegisterAction(u"SIDE", u"Tests", TSideBySide::Class());
+    host_.Services.RegisterAction(u"MAKE", u"Tests", ClassNamed<TMakeAction>(u"TMakeAction"));
+    host_.Services.RegisterAction(u"SIDE", u"Tests", ClassNamed<TSideBySide>(u"TSideBySide"));
     TProjectFile(host_.Project())
         .LoadBytes("<BuildProject Name=\"night\"><Actions>\n" + actions + "</Actions></BuildProject>",
                    u"/p/n.kxproj");

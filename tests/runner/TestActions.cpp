@@ -22,12 +22,6 @@ const TKxEnumeration& ColourEnumeration() {
   return enumeration;
 }
 
-const TKxActionClass& TStepAction::Class() {
-  static const TKxActionClass stepClass{
-      u"TStepAction", []() -> std::unique_ptr<TCustomKxAction> { return std::make_unique<TStepAction>(); }};
-  return stepClass;
-}
-
 std::map<std::u16string, TStepAction::TDeed>& TStepAction::Deeds() {
   static std::map<std::u16string, TDeed> deeds;
   return deeds;
@@ -77,12 +71,6 @@ bool TStepAction::GetLocalVariableValue(std::u16string_view name, std::u16string
   if (!text::EqualsIgnoreCase(name, u"Local")) return false;
   value = u"100%Own%";
   return true;
-}
-
-const TKxActionClass& TLoopAction::Class() {
-  static const TKxActionClass loopClass{
-      u"TLoopAction", []() -> std::unique_ptr<TCustomKxAction> { return std::make_unique<TLoopAction>(); }};
-  return loopClass;
 }
 
 const TKxPropertyTable& TLoopAction::PublishedProperties() const {

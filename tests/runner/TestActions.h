@@ -17,6 +17,13 @@ namespace kx::tests {
 
 enum class TColour { Red, Green, Blue };
 
+template <class TAction>
+const TKxActionClass& ClassNamed(std::u16string_view name) {
+  static const TKxActionClass actionClass{
+      name, []() -> std::unique_ptr<TCustomKxAction> { return std::make_unique<TAction>(); }};
+  return actionClass;
+}
+
 // Does what the test gave it; publishes one property of each kind.
 class TStepAction : public TCustomKxAction {
 public:
@@ -27,7 +34,7 @@ public:
   text::TStringList Lines;
   std::u16string Secret; // as the host encrypted it
 
-  static const TKxActionClass& Class();
+  static const TKxActionClass& Class() { return ClassNamed<TStepAction>(u"TStepAction"); }
   // By the text of the property Text; without an entry the action sends the expanded text and succeeds. With
   // "validate " or "count " before it: what Validate or CountUp does.
   using TDeed = std::function<bool(TStepAction&)>;
@@ -50,7 +57,7 @@ public:
 class TLoopAction : public TKxBaseIterator {
 public:
   text::TStringList Values;
-  static const TKxActionClass& Class();
+  static const TKxActionClass& Class() { return ClassNamed<TLoopAction>(u"TLoopAction"); }
   const TKxPropertyTable& PublishedProperties() const override;
   std::u16string GetActionName() const override { return u"Loop"; }
 
