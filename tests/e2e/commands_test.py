@@ -234,19 +234,14 @@ Circle, passed over by the order: A needs B, B needs C, C needs A
                    "\t\tDebug = Debug\n\t\tRelease = Release\n\tEndGlobalSection\nEndGlobal\n")
         self.write("A.csproj", "<Project/>")
         self.write("all.kxproj", "<BuildProject>\n<Variables><Variable Name='Used'>App</Variable>\n"
-                   "<Variable Name='Old'>1</Variable>\n"
                    "<Variable Name='DbPassword'>x</Variable></Variables><Actions>\n"
                    "<Action Type='DEVENV'><Solution>%Used%.sln</Solution><VStudioVersion>vs2003</VStudioVersion>\n"
-                   "<SolutionConfiguration>Debug</SolutionConfiguration>\n"
-                   "<SelectedProjects><Line>A</Line></SelectedProjects></Action>\n"
-                   "<Action Type='DEVENV'><Solution>%Gone%.sln</Solution></Action></Actions></BuildProject>\n")
+                   "<SelectedProjects><Line>A</Line></SelectedProjects></Action></Actions></BuildProject>\n")
         self.write("broken.kxproj", "<BuildProject>\n<Acts/></BuildProject>")
         found = json.loads(self.host("check", "all.kxproj", "broken.kxproj", "--json", "--sarif", "found.sarif", code=1))
         rules = [(each["line"], each["rule"]) for each in found["findings"]]
-        for expected in ((3, "variable-unused"), (4, "variable-unused"), (4, "secret-clear"), (7, "setting-ineffective"),
-                         (8, "settings-invalid"), (2, "build-project")):
+        for expected in (3, "variable-unused"), (3, "secret-clear"), (5, "setting-ineffective"), (2, "build-project"):
             self.assertIn(expected, rules)
-        self.assertNotIn((2, "variable-unused"), rules)
         results = json.loads(self.read("found.sarif"))["runs"][0]["results"]
         self.assertEqual([each["ruleId"] for each in results], [rule for _, rule in rules])
         baseline = "check", "all.kxproj", "broken.kxproj", "--baseline", "known.txt"
