@@ -428,6 +428,17 @@ test("a dry run shows each line of a difference in a row, and a page that is loa
       await ended.waitFor();
       const head = await ended.textContent();
       await page.locator("#changes .added b", { hasText: "Neu" }).first().waitFor();
+      await page.getByRole("button", { name: "Side by side" }).click();
+      const sides = await page
+        .locator("#changes .sides")
+        .first()
+        .locator("> div:has(.removed, .added, .nothing)")
+        .evaluateAll((all) => all.map((row) => [...row.querySelectorAll("code")].map((code) => code.textContent)));
+      assert.ok(sides.length > 0);
+      for (const texts of sides) assert.match(texts.join("|"), /^(.*AssemblyTitle\(.*\|)?.*AssemblyTitle\("Neu"\).*$/);
+      await page.setViewportSize({ width: 700, height: 800 });
+      await page.locator("#changes .sides").first().waitFor({ state: "detached" });
+      await page.setViewportSize({ width: 1280, height: 720 });
       await page.click("#tab-log");
       await page.locator("#log").focus();
       await page.keyboard.press("Home");

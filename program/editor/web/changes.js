@@ -51,27 +51,85 @@ function partners(lines) {
   return found;
 }
 
-function drawLines(lines) {
+const kinds = { "-": "removed", "+": "added" };
+
+// {kind, text, before, after, other}: numbers of lines, and what stands in the place of a line that is changed.
+function readLines(lines) {
   const other = partners(lines);
   let [before, after] = [0, 0];
   return lines.map((line, index) => {
     const hunk = /^@@ -(\d+)(?:,\d+)? \+(\d+)/.exec(line);
     if (hunk) [before, after] = [Number(hunk[1]) - 1, Number(hunk[2]) - 1];
-    const kind = hunk || line.startsWith("\\") ? "hunk" : { "-": "removed", "+": "added" }[line[0]] || "";
-    if (kind !== "added" && kind !== "hunk") before += 1;
-    if (kind !== "removed" && kind !== "hunk") after += 1;
-    const text =
-      kind === "hunk" ? [line] : textOf(line.slice(1), other.has(index) ? lines[other.get(index)].slice(1) : undefined);
-    const number = (shown, value) => el("span", { class: "number" }, shown ? String(value) : "");
-    return el(
-      "div",
-      { class: kind || false },
-      number(kind === "" || kind === "removed", before),
-      number(kind === "" || kind === "added", after),
-      el("span", { class: "sign" }, kind === "added" ? "+" : kind === "removed" ? "−" : ""),
-      el("code", {}, ...text),
-    );
+    if (hunk || line.startsWith("\\")) return { kind: "hunk", text: line };
+    const kind = kinds[line[0]] ?? "";
+    if (kind !== "added") before += 1;
+    if (kind !== "removed") after += 1;
+    return { kind, text: line.slice(1), before, after, other: lines[other.get(index)]?.slice(1) };
   });
+}
+
+const drawNumber = (value) => el("span", { class: "number" }, value === undefined ? "" : String(value));
+const drawSign = ({ kind }) => el("span", { class: "sign" }, { added: "+", removed: "−" }[kind] ?? "");
+const drawText = ({ text, other }) => el("code", {}, ...textOf(text, other));
+
+const drawLine = (line) =>
+  el(
+    "div",
+    { class: line.kind || false },
+    drawNumber(line.kind === "added" ? undefined : line.before),
+    drawNumber(line.kind === "removed" ? undefined : line.after),
+    drawSign(line),
+    drawText(line),
+  );
+
+// [before, after]: lines that are taken away beside those that come in their place; undefined where there is none.
+function pairs(lines) {
+  const rows = [];
+  const open = { removed: [], added: [] };
+  const close = () => {
+    const [removed, added] = [open.removed.splice(0), open.added.splice(0)];
+    for (let k = 0; k < Math.max(removed.length, added.length); k += 1) rows.push([removed[k], added[k]]);
+  };
+  for (const line of lines) {
+    if (line.kind === "added" || (line.kind === "removed" && !open.added.length)) {
+      open[line.kind].push(line);
+      continue;
+    }
+    close();
+    if (line.kind === "removed") open.removed.push(line);
+    else rows.push([line, line]);
+  }
+  close();
+  return rows;
+}
+
+const drawSide = (line, side) =>
+  el(
+    "div",
+    { class: `${side} ${line ? line.kind : "nothing"}` },
+    ...(line ? [drawNumber(line[side]), drawSign(line), drawText(line)] : []),
+  );
+
+const drawPair = ([before, after]) =>
+  before?.kind === "hunk"
+    ? el("div", { class: "hunk" }, before.text)
+    : el("div", {}, drawSide(before, "before"), drawSide(after, "after"));
+
+function drawDifference(file, isSideBySide) {
+  const lines = readLines(file.lines);
+  const rows = isSideBySide ? pairs(lines).map(drawPair) : lines.map(drawLine);
+  const diff = el("div", {
+    class: `diff ${isSideBySide ? "sides" : ""}`,
+    tabindex: "0",
+    role: "region",
+    "aria-label": file.path,
+  });
+  // What is copied is of the column in which the marking begins.
+  diff.addEventListener("pointerdown", (event) => {
+    diff.dataset.from = event.target.closest(".after") ? "after" : "before";
+  });
+  diff.append(...rows);
+  return diff;
 }
 
 const counts = (file) => [
@@ -101,15 +159,27 @@ export function summary({ files, tools }) {
   return `Would change ${counted(files.length, "file")} and start ${counted(tools.length, "tool")}. Nothing was started or changed.`;
 }
 
+// Two columns, where there is room for them.
+let isSideBySide = false;
+const wide = matchMedia("(min-width: 53.75em)");
+let redraw = () => {};
+wide.addEventListener("change", () => redraw());
+
 export function drawChanges({ files, tools }) {
-  const parts = files.map((file) =>
-    el(
-      "section",
-      { class: "change" },
-      el("h3", {}, file.path, " ", sums(file)),
-      el("div", { class: "diff", tabindex: "0", role: "region", "aria-label": file.path }, ...drawLines(file.lines)),
-    ),
-  );
+  const parts = files.map(() => el("section", { class: "change" }));
+  const choice = button("Side by side", () => {
+    isSideBySide = !isSideBySide;
+    redraw();
+  });
+  redraw = () => {
+    choice.hidden = !wide.matches;
+    choice.setAttribute("aria-pressed", isSideBySide ? "true" : "false");
+    for (const [index, file] of files.entries()) {
+      const difference = drawDifference(file, isSideBySide && wide.matches);
+      parts[index].replaceChildren(el("h3", {}, file.path, " ", sums(file)), difference);
+    }
+  };
+  redraw();
   const list = files.map((file, index) =>
     el(
       "li",
@@ -122,6 +192,7 @@ export function drawChanges({ files, tools }) {
     el(
       "nav",
       { class: "files pane", "aria-label": "Changed files" },
+      files.length ? el("p", { class: "buttons" }, choice) : "",
       el("ul", {}, ...list),
       tools.length ? el("h3", {}, `Would start ${tools.length}`) : "",
       el("ul", { class: "starts" }, ...starts),
