@@ -47,7 +47,21 @@ std::optional<double> NumberIn(std::u16string_view text) {
   return number;
 }
 
+// Build numbers and identifiers of digits alone are longer than a double is exact.
+std::optional<std::partial_ordering> CompareWhole(std::u16string_view left, std::u16string_view right) {
+  const auto digits = [](std::u16string_view text) {
+    text = text::Trim(text);
+    return !text.empty() && std::ranges::all_of(text, text::IsDigit) ? text : std::u16string_view();
+  };
+  std::u16string_view one = digits(left), other = digits(right);
+  if (one.empty() || other.empty()) return std::nullopt;
+  one.remove_prefix(std::min(one.find_first_not_of(u'0'), one.size()));
+  other.remove_prefix(std::min(other.find_first_not_of(u'0'), other.size()));
+  return one.size() != other.size() ? one.size() <=> other.size() : one.compare(other) <=> 0;
+}
+
 std::partial_ordering Compare(const std::u16string& left, const std::u16string& right) {
+  if (const auto whole = CompareWhole(left, right)) return *whole;
   const auto one = NumberIn(left), other = NumberIn(right);
   if (one && other) return *one <=> *other;
   const std::u16string lower = text::ToLower(left), otherLower = text::ToLower(right);

@@ -28,13 +28,14 @@ bool Holds(std::u16string_view text) {
 TEST(Conditions, HoldOrDoNot) {
   const std::pair<bool, std::u16string_view> lists[] = {
       {true, u"true; -1; not %Empty%; %Ten% == 10.0; 9 <= %Ten%; %Ten%>=10; %Empty% == ''; %Ten%x < 9x; "
+             u"12345678901234567890 < 12345678901234567891; 007 == 7; "
              u"1.9.0 > 1.10.0; %Empty%a%Ten% == a10; Main == \"main\"; \"a \"\"b\"\"\" == 'a \"b\"'; "
              u"'100%' == \"100%%\"; %Text% == 'two words) and \"'; $(F(\"a b\")) == called; "
              u"true or true and false; not (false and false); not not yes AND NOT no; "
              u"'and' == and1 or 'or' == \"OR\""},
-      {false,
-       u"No; 0; %Empty%; %Ten% < 9; %Ten%>10; %Ten% != \"10\"; '' == ''''; 1.9 < 1.10; 1.9.0 < 1.10.0; "
-       u"(true or true) and false; not false and false"}};
+      {false, u"No; 0; %Empty%; 9007199254740993 == 9007199254740992; %Ten% < 9; %Ten%>10; %Ten% != \"10\"; "
+              u"'' == ''''; 1.9 < 1.10; 1.9.0 < 1.10.0; "
+              u"(true or true) and false; not false and false"}};
   for (const auto& [holds, list] : lists)
     for (const auto condition : text::Split(list, u';'))
       EXPECT_EQ(Holds(condition), holds) << text::ToUtf8(condition);
