@@ -27,14 +27,15 @@ std::size_t PlaceOfKind(std::u16string_view name) {
 }
 
 // Links may lead in circles, so there is an end to the depth.
-void CollectFiles(const std::u16string& folder, int depth, std::vector<std::u16string>& files) {
+void CollectFiles(const std::u16string& folder, int depth, TFilesToCheck& found) {
   constexpr int deepest = 32;
+  if (depth > deepest) return;
   const auto entries = platform::ListDirectory(folder);
-  if (!entries || depth > deepest) return;
+  if (!entries) return found.Troubles.push_back(entries.Message());
   for (const auto& entry : *entries) {
     const std::u16string path = text::JoinPath(folder, entry.Name);
-    if (entry.IsDirectory && !entry.Name.starts_with(u'.')) CollectFiles(path, depth + 1, files);
-    if (!entry.IsDirectory && PlaceOfKind(entry.Name) < CheckedExtensions.size()) files.push_back(path);
+    if (entry.IsDirectory && !entry.Name.starts_with(u'.')) CollectFiles(path, depth + 1, found);
+    if (!entry.IsDirectory && PlaceOfKind(entry.Name) < CheckedExtensions.size()) found.Files.push_back(path);
   }
 }
 
@@ -53,14 +54,16 @@ void ApplyRules(const TCheckLevels& levels, const std::u16string& file, const TS
 
 } // namespace
 
-std::vector<std::u16string> FilesToCheck(const std::u16string& path) {
+TFilesToCheck FilesToCheck(const std::u16string& path) {
   const std::u16string full = text::ExpandPath(path, platform::CurrentDirectory());
-  if (platform::FileExists(full)) return {full};
+  if (platform::FileExists(full)) return {.Files = {full}};
   if (!platform::DirectoryExists(full)) throw EKxException(u"There is no file or folder " + path + u".");
-  std::vector<std::u16string> files;
-  CollectFiles(full, 0, files);
-  std::ranges::stable_sort(files, {}, PlaceOfKind);
-  return files;
+  TFilesToCheck found;
+  CollectFiles(full, 0, found);
+  if (found.Files.empty() && found.Troubles.empty())
+    found.Troubles.push_back(u"There is no solution, project or build project in " + full + u".");
+  std::ranges::stable_sort(found.Files, {}, PlaceOfKind);
+  return found;
 }
 
 void TChecker::CheckSolution(const std::u16string& file) {

@@ -8,10 +8,14 @@
 
 namespace kx::check {
 
-// The files below a folder that check takes by themselves, with full paths: solutions, projects, build
-// projects. Hidden folders are passed over. A file is itself. Raises EKxException when there is nothing of
-// that name.
-std::vector<std::u16string> FilesToCheck(const std::u16string& path);
+struct TFilesToCheck {
+  std::vector<std::u16string> Files = {};    // full paths
+  std::vector<std::u16string> Troubles = {}; // a sentence for each folder that cannot be read, or has none
+};
+
+// The files below a folder that check takes by themselves: solutions, projects, build projects. Hidden
+// folders are passed over. A file is itself. Raises EKxException when there is nothing of that name.
+TFilesToCheck FilesToCheck(const std::u16string& path);
 
 struct TKnownProject;
 

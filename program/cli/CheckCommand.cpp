@@ -18,6 +18,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
+#include <iterator>
 #include <memory>
 #include <set>
 
@@ -48,13 +50,16 @@ check::TCheckLevels LevelsOf(const TCheckArguments& arguments) {
 }
 
 // In the order in which they are named, each once.
-std::vector<std::u16string> FilesOf(const TCheckArguments& arguments) {
-  std::vector<std::u16string> files;
+check::TFilesToCheck FilesOf(const TCheckArguments& arguments) {
+  check::TFilesToCheck all;
   std::set<std::u16string> known;
-  for (const std::string& path : arguments.Paths)
-    for (auto& file : check::FilesToCheck(text::FromUtf8(path)))
-      if (known.insert(file).second) files.push_back(std::move(file));
-  return files;
+  for (const std::string& path : arguments.Paths) {
+    check::TFilesToCheck found = check::FilesToCheck(text::FromUtf8(path));
+    std::ranges::move(found.Troubles, std::back_inserter(all.Troubles));
+    for (auto& file : found.Files)
+      if (known.insert(file).second) all.Files.push_back(std::move(file));
+  }
+  return all;
 }
 
 class TCheckRun {
@@ -65,7 +70,8 @@ public:
   int Run() {
     MapDrives(common_.Drives);
     RequireNotWrittenByHand(u"--sarif", text::FromUtf8(arguments_.Sarif));
-    for (const auto& file : FilesOf(arguments_))
+    const auto files = FilesOf(arguments_);
+    for (const auto& file : files.Files)
       CheckFile(file);
     checked_.Files = checker_.FileCount();
     checked_.Findings = checker_.TakeFindings();
@@ -79,7 +85,10 @@ public:
     } else {
       ShowChecked(checked_, common_);
     }
-    return ApplyGates(here);
+    const int exitCode = ApplyGates(here);
+    for (const auto& trouble : files.Troubles)
+      WriteError(u"kxhost: not everything was checked. " + trouble);
+    return exitCode == ExitSuccess && !files.Troubles.empty() ? ExitFailed : exitCode;
   }
 
 private:

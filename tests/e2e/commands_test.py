@@ -218,6 +218,8 @@ Circle, passed over by the order: A needs B, B needs C, C needs A
         self.assertEqual([(each["rule"], each["severity"], each["line"], len(each["steps"])) for each in found["findings"]],
                          [("solution-cycle", "note", 4, 2)])
         self.assertEqual(self.host("check", "a b", *levels, "solution-cycle=off"), "No problems found in 2 files.\n")
+        (self.folder / "empty").mkdir()
+        self.assertIn("There is no solution, project or build project in", self.host("check", "empty", code=1))
         marked = self.host("check", ".", "--ci", "github", code=1)
         self.assertRegex(marked, r"\n::error file=.*App.sln,line=4,title=solution-cycle::Projects need")
         self.check_table([("check . --rule path-cas=off", 'There is no rule "path-cas". Did you mean "path-case"?'),
