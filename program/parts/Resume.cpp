@@ -21,6 +21,12 @@ namespace {
 
 using TTime = std::chrono::system_clock::time_point;
 
+// Where tools put what they make, below the folder of a project, and what Visual Studio keeps beside it.
+constexpr std::array<std::u16string_view, 8> ProductFolders{u"bin", u"obj",   u"debug", u"release",
+                                                            u"x64", u"win32", u"ipch",  u"testresults"};
+constexpr std::array<std::u16string_view, 6> KeptByTools{u".ncb",  u".sdf", u".suo",
+                                                         u".user", u".aps", u".trx"};
+
 // What a working copy keeps for itself.
 constexpr std::array<std::u16string_view, 3> NoSources{u".git", u".svn", u".hg"};
 
@@ -66,12 +72,27 @@ std::optional<TFiles> FilesOf(const TPart& part) {
   return files;
 }
 
-// A file that was read, with its size and time, or one that the part wrote itself.
-std::u16string LineOf(const std::u16string& path, const TFileState& state, bool isWritten) {
-  if (isWritten) return u"+" + path + u"\n";
+std::u16string LineOf(const std::u16string& path, const TFileState& state) {
   const std::int64_t time = state.Changed.time_since_epoch().count();
   return u"=" + text::FromInteger(static_cast<std::int64_t>(state.Size)) + u" " + text::FromInteger(time) +
          u" " + path + u"\n";
+}
+
+// Whether a file that changed while the part ran is the part's own work. Another one may have been edited
+// meanwhile, and nobody knows which of its contents was read.
+bool IsProduct(const TPart& part, const std::u16string& path) {
+  const auto isOneOf = [](const auto& words, std::u16string_view text) {
+    return std::ranges::any_of(words,
+                               [text](const auto& word) { return text::EqualsIgnoreCase(word, text); });
+  };
+  if (isOneOf(part.Outputs, path) || isOneOf(KeptByTools, text::ExtractFileExt(path))) return true;
+  for (const auto& folder : SourceFolders(part)) {
+    if (!text::StartsWithIgnoreCase(path, text::IncludeTrailingPathDelimiter(folder))) continue;
+    for (std::u16string below = text::ExtractFileDir(path); below.size() > folder.size();
+         below = text::ExtractFileDir(below))
+      if (isOneOf(ProductFolders, text::ExtractFileName(below))) return true;
+  }
+  return false;
 }
 
 // Everything that a run could take from outside of an action: one line each.
@@ -150,11 +171,8 @@ bool TResume::IsUnchanged(const TPart& part, const std::u16string& state) const 
   const auto files = FilesOf(part);
   if (!files) return false;
   std::u16string now = SettingsOf(part);
-  for (const auto& [path, file] : *files) {
-    const std::u16string written = LineOf(path, file, true);
-    const bool wasWritten = state.find(u"\n" + written) != state.npos;
-    now += wasWritten ? written : LineOf(path, file, false);
-  }
+  for (const auto& [path, file] : *files)
+    now += LineOf(path, file);
   return now == state;
 }
 
@@ -164,8 +182,9 @@ std::optional<std::u16string> TResume::StateOf(const TPart& part, const TPartRes
   if (!files) return std::nullopt;
   std::u16string state = SettingsOf(part);
   for (const auto& [path, file] : *files) {
-    if (file.Changed > result.Ended) return std::nullopt;
-    state += LineOf(path, file, file.Changed >= result.Began);
+    if (file.Changed > result.Ended || (file.Changed >= result.Began && !IsProduct(part, path)))
+      return std::nullopt;
+    state += LineOf(path, file);
   }
   return state;
 }
