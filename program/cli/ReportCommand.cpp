@@ -1,6 +1,7 @@
 // kxhost report: what runs would have reported, from their logs.
 #include "foundation/platform/Files.h"
 #include "foundation/text/Encoding.h"
+#include "foundation/text/Text.h"
 #include "foundation/text/WindowsPath.h"
 #include "program/cli/Commands.h"
 #include "program/cli/ConsoleSink.h"
@@ -13,8 +14,10 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <set>
 #include <utility>
@@ -54,15 +57,33 @@ private:
   TConsoleSink console_;
 };
 
-// The parts whose logs have been read. One that was begun anew elsewhere may have left two.
-using TPartsSeen = std::set<std::pair<std::size_t, int>>;
+// The parts whose logs have been read.
+class TPartsSeen {
+public:
+  // A dry run has done nothing. One that was begun anew elsewhere may have left two logs.
+  void Add(const TRunReport& run) {
+    if (!run.Part || run.Result == TResultKind::WouldRun) return;
+    const std::u16string project = text::ToLower(std::u16string(text::ExtractFileName(run.File)));
+    places_[project].emplace(run.Part->Place, run.Part->Pass);
+  }
+  // Of one project, which stands in another folder on each machine.
+  std::size_t Count() const {
+    std::size_t most = 0;
+    for (const auto& [project, places] : places_)
+      most = std::max(most, places.size());
+    return most;
+  }
+
+private:
+  std::map<std::u16string, std::set<std::pair<std::size_t, int>>> places_;
+};
 
 // A machine that is lost takes the log with it: without a word of that, what is left might tell of a success.
-void BookMissing(TRunReport& report, const TPartsSeen& seen, std::size_t all, std::int64_t message,
+void BookMissing(TRunReport& report, std::size_t seen, std::size_t all, std::int64_t message,
                  const std::function<void(const TRunEvent&)>& tell) {
-  if (seen.size() >= all) return;
+  if (seen >= all) return;
   const auto count = [](std::size_t parts) { return text::FromInteger(static_cast<std::int64_t>(parts)); };
-  const std::u16string text = u"There is no log of " + count(all - seen.size()) + u" of " + count(all) +
+  const std::u16string text = u"There is no log of " + count(all - seen) + u" of " + count(all) +
                               u" parts: what became of them is not known.";
   TActionResult row{
       .Name = u"Parts without a log", .Result = TResultKind::Failed, .Reason = u"parts-missing"};
@@ -105,11 +126,11 @@ int ReportLogs(const TReportArguments& arguments, const TCommonOptions& common) 
       WriteError(u"kxhost: " + run.Message());
       return ExitInvalid;
     }
-    if (run->Part) parts.emplace(run->Part->Place, run->Part->Pass);
+    parts.Add(*run);
     runs.Add(*std::move(run));
   }
   TRunReport report = runs.Take();
-  BookMissing(report, parts, arguments.Parts, messages + 1, tell);
+  BookMissing(report, parts.Count(), arguments.Parts, messages + 1, tell);
   tell({report.Began + report.Elapsed, 0, TRunEnded{report}, report.Counts});
   return EndRun(report, reports, nullptr, gates, common);
 }

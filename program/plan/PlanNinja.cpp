@@ -39,7 +39,8 @@ public:
     put_("# One run of " + text::ToUtf8(plan_.Name) +
          ". What has succeeded has a stamp and is not run again; "
          "\"ninja -t clean\" begins anew.\n"
-         "# The logs in the folder of the stamps are for \"kxhost report\".\n\n");
+         "# The logs are for \"kxhost report kx-run/*.jsonl --parts " +
+         std::to_string(plan_.Parts.size()) + "\".\n\n");
     PutRule("part", rules_.Part);
     PutRule("ending", rules_.Ending);
     PutRule("verdict", rules_.Verdict);

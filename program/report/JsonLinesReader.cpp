@@ -107,11 +107,11 @@ public:
   TLogReader(const std::function<void(const TRunEvent&)>& handle, std::int64_t& messages)
       : handle_(handle), messages_(messages), before_(messages) {}
 
-  // False for what is no event.
+  // False for what is no event, or none of this run: a second one would hide what became of the first.
   bool Take(std::string_view line) {
     const TJson object = TJson::parse(line, nullptr, false);
     const std::optional<TTime> time = ReadTime(object);
-    if (!time) return false;
+    if (!time || end_) return false;
     if (!began_) began_ = *time;
     last_ = *time;
     const auto row = std::ranges::find(Rows, Utf8Member(object, "event"), &TRow::Event);
@@ -120,6 +120,7 @@ public:
   }
 
   bool IsEmpty() const { return !began_; }
+  bool HasEnded() const { return end_.has_value(); }
 
   TRunReport Report() {
     TRunReport report = end_ ? std::move(*end_) : Interrupted();
@@ -253,6 +254,9 @@ platform::Result<TRunReport> ReadRunLog(std::u16string_view fileName, std::int64
     return isLog;
   });
   if (!read) return platform::Failure{read.Message()};
+  if (!isLog && reader.HasEnded())
+    return platform::Failure{std::u16string(fileName) + u":" + text::FromInteger(number) +
+                             u": The run has ended before this line. Each run has a log of its own."};
   if (!isLog || reader.IsEmpty())
     return platform::Failure{std::u16string(fileName) + u":" + text::FromInteger(std::max(number, 1)) +
                              u": This is no log of a run, which \"kxhost run --log FILE.jsonl\" writes."};

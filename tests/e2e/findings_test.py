@@ -1,5 +1,6 @@
 """What tools, tests and rules find wrong: one list, the files that are made of it, and the gates over it."""
 import json
+import re
 import unittest
 
 import e2e
@@ -70,6 +71,13 @@ class FindingsTest(e2e.EndToEndTest):
         self.assertRegex(said, r"error: There is no log of 1 of 2 parts(?s:.*)\nParts without a log +failed \(parts-missing\) ")
         self.assertIn("There is no log of 1 of 2 parts", self.read("r.html"))
         self.host("report", "log.jsonl", "--parts", "1")
+        log = self.read("log.jsonl")
+        self.write("another.jsonl", re.sub(r'("place": ?)0', r"\g<1>1", log.replace("p.kxproj", "q.kxproj")))
+        self.write("dry.jsonl", re.sub(r'("place": ?)0', r"\g<1>1", log).replace('"succeeded"', '"would run"'))
+        for other in "another.jsonl", "dry.jsonl":
+            self.host("report", "log.jsonl", other, "--parts", "2", code=1)
+        self.write("two.jsonl", log + log)
+        self.assertIn("two.jsonl:", self.host("report", "two.jsonl", code=3))
 
     def test_the_history_answers_what_earlier_runs_left(self):
         def ask(*words, code=0):
