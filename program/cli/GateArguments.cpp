@@ -3,6 +3,7 @@
 #include "foundation/platform/Files.h"
 #include "foundation/text/Encoding.h"
 #include "foundation/text/Exceptions.h"
+#include "foundation/text/Text.h"
 #include "foundation/text/WindowsPath.h"
 #include "program/cli/FindingLines.h"
 #include "program/cli/Output.h"
@@ -71,6 +72,11 @@ bool TGates::CountFindings() const {
 }
 
 int TGates::Write(const TFound& found, int exitCode, std::string& lines) const {
+  if (found.More > 0) {
+    WriteError(u"kxhost: the baseline is not written: there are " + text::FromInteger(found.More) +
+               u" findings more than are kept.");
+    return exitCode == ExitSuccess ? ExitFailed : exitCode;
+  }
   if (!found.IsComplete) {
     lines += "The baseline is not written: the run is none that says all.\n";
     return exitCode;

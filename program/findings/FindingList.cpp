@@ -28,8 +28,8 @@ bool IsQuote(char16_t c) {
          c == u'\u00BB';
 }
 
-// Without numbers, blanks and words that hold a path.
-std::u16string WithoutWhatMoves(std::u16string_view message) {
+// Without blanks and words that hold a path; without numbers, too, where they may move.
+std::u16string WithoutWhatMoves(std::u16string_view message, bool doNumbersMove = true) {
   std::u16string kept;
   std::size_t wordStart = 0;
   bool isPath = false;
@@ -38,7 +38,7 @@ std::u16string WithoutWhatMoves(std::u16string_view message) {
       if (isPath) kept.resize(wordStart);
       wordStart = kept.size();
       isPath = false;
-    } else if (!text::IsDigit(c)) {
+    } else if (!doNumbersMove || !text::IsDigit(c)) {
       isPath = isPath || text::IsPathSeparator(c);
       kept += c;
     }
@@ -60,12 +60,37 @@ std::uint64_t HashOf(std::u16string_view text) { // FNV-1a
   return hash;
 }
 
+constexpr std::size_t LengthOfHash = 16;
+
 std::u16string Hex(std::uint64_t number) {
   constexpr std::u16string_view digits = u"0123456789abcdef";
-  std::u16string text(16, u'0');
+  std::u16string text(LengthOfHash, u'0');
   for (std::size_t i = text.size(); i-- > 0; number >>= 4U)
     text[i] = digits[number & 0xFU];
   return text;
+}
+
+void AddOccurrence(TFinding& known, const TFinding& again) {
+  known.Occurrences += again.Occurrences;
+  known.Severity = std::max(known.Severity, again.Severity);
+}
+
+std::vector<std::size_t> FileByFile(std::span<const TFinding> findings) {
+  std::vector<std::size_t> order(findings.size());
+  std::iota(order.begin(), order.end(), std::size_t{0});
+  std::ranges::stable_sort(
+      order, {}, [&](std::size_t i) -> const auto& { return findings[i].Place.File; });
+  return order;
+}
+
+// The fingerprints are hashes: those that are equal get a number behind.
+void NumberEqualOnes(std::span<TFinding> findings) {
+  std::unordered_map<std::u16string, int> seen;
+  for (const std::size_t i : FileByFile(findings)) {
+    std::u16string& fingerprint = findings[i].Fingerprint;
+    const int number = ++seen[fingerprint];
+    if (number > 1) fingerprint += u"-" + text::FromInteger(number);
+  }
 }
 
 } // namespace
@@ -100,9 +125,10 @@ void TFindingList::Add(TFinding finding) {
   if (finding.Message.size() > LongestMessage) finding.Message.resize(LongestMessage);
   std::u16string key = KeyOf(finding);
   const auto known = places_.find(key);
-  isLastNew_ = known == places_.end() && kept_.size() < most_;
+  const std::size_t room = finding.Severity == TFindingSeverity::Error ? 2 * most_ : most_;
+  isLastNew_ = known == places_.end() && kept_.size() < room;
   if (known != places_.end()) {
-    kept_[known->second].Occurrences += finding.Occurrences;
+    AddOccurrence(kept_[known->second], finding);
     Tell(known->second);
   } else if (isLastNew_) {
     places_.emplace(std::move(key), kept_.size());
@@ -115,22 +141,35 @@ void TFindingList::Add(TFinding finding) {
 
 void SetFingerprints(std::span<TFinding> findings, const std::u16string& root) {
   TSourceFiles sources(root);
-  std::vector<std::size_t> order(findings.size());
-  std::iota(order.begin(), order.end(), std::size_t{0});
-  // File by file, since each is read for itself.
-  std::ranges::stable_sort(
-      order, {}, [&](std::size_t i) -> const auto& { return findings[i].Place.File; });
-  std::unordered_map<std::u16string, int> seen;
-  for (const std::size_t i : order) {
+  for (const std::size_t i : FileByFile(findings)) { // since each is read for itself
     TFinding& finding = findings[i];
     std::u16string file = SeenFrom(root, finding.Place.File);
     if (text::IsAbsolutePath(file)) file = text::ExtractFileName(file);
     const std::u16string line = sources.LineText(finding.Place.File, finding.Place.Line);
-    const std::u16string hash = Hex(HashOf(finding.Rule + u"\n" + text::ToLower(file) + u"\n" +
-                                           WithoutWhatMoves(finding.Message) + u"\n" + WithoutBlanks(line)));
-    const int number = ++seen[hash];
-    finding.Fingerprint = number == 1 ? hash : hash + u"-" + text::FromInteger(number);
+    finding.Fingerprint = Hex(HashOf(finding.Rule + u"\n" + text::ToLower(file) + u"\n" +
+                                     WithoutWhatMoves(finding.Message) + u"\n" + WithoutBlanks(line)));
   }
+  NumberEqualOnes(findings);
+}
+
+void TFindingMerge::Add(std::vector<TFinding> findings, const std::u16string& root) {
+  for (TFinding& finding : findings) {
+    TFinding seen = finding;
+    seen.Place.File = SeenFrom(root, finding.Place.File);
+    seen.Message = WithoutWhatMoves(finding.Message, false); // paths are others on another machine
+    const auto [known, isNew] = places_.try_emplace(KeyOf(seen), merged_.size());
+    if (isNew)
+      merged_.push_back(std::move(finding));
+    else
+      AddOccurrence(merged_[known->second], finding);
+  }
+}
+
+std::vector<TFinding> TFindingMerge::Take() {
+  for (TFinding& finding : merged_)
+    if (finding.Fingerprint.find(u'-') == LengthOfHash) finding.Fingerprint.resize(LengthOfHash);
+  NumberEqualOnes(merged_);
+  return std::move(merged_);
 }
 
 } // namespace kx

@@ -30,8 +30,9 @@ public:
   static constexpr std::size_t MostKept = 20'000;
   explicit TFindingList(std::size_t most = MostKept) : most_(most) {}
 
-  // What has the same rule, place and text as one before is another occurrence of that. A note that says no
-  // more than where to look becomes a step of the finding before it.
+  // What has the same rule, place and text as one before is another occurrence of that; the worse severity of
+  // both counts, since one project's warning is another one's error. Errors have room behind all others. A
+  // note that says no more than where to look becomes a step of the finding before it.
   void Add(TFinding finding);
   // From now on called with each finding that came, came again or got a step, and its place in Kept().
   using TOnChange = std::function<void(std::size_t place, const TFinding& finding)>;
@@ -59,5 +60,16 @@ private:
 // are equal in all of this. So a finding keeps its own when lines move, and in other folders and on other
 // machines.
 void SetFingerprints(std::span<TFinding> findings, const std::u16string& root);
+
+// Findings of several runs as those of one: what has the same rule, place below its root and text is one.
+class TFindingMerge {
+public:
+  void Add(std::vector<TFinding> findings, const std::u16string& root); // with their fingerprints
+  std::vector<TFinding> Take(); // numbered anew where fingerprints are equal; it is done with then
+
+private:
+  std::vector<TFinding> merged_;
+  std::unordered_map<std::u16string, std::size_t> places_; // by what makes two the same
+};
 
 } // namespace kx

@@ -4,6 +4,7 @@
 #include "foundation/text/Encoding.h"
 #include "foundation/text/Exceptions.h"
 #include "foundation/text/Text.h"
+#include "foundation/text/WindowsPath.h"
 #include "program/findings/FindingList.h"
 #include "program/findings/SourceFiles.h"
 
@@ -71,9 +72,29 @@ TBaseline::TBaseline(std::span<const TFinding> findings, std::u16string_view roo
     if (IsCounted(finding)) remarks_.emplace(finding.Fingerprint, RemarkOf(finding, root));
 }
 
+namespace {
+
+// Nothing for a file that nobody has written yet; why one that is there, or may be, cannot be read.
+std::u16string WhyNoBaseline(std::u16string_view fileName) {
+  const std::u16string folder = text::ExtractFileDir(fileName);
+  if (!platform::DirectoryExists(folder)) return {};
+  const auto entries = platform::ListDirectory(folder);
+  if (!entries) return entries.Message();
+  const std::u16string name(text::ExtractFileName(fileName));
+  const bool isThere = std::ranges::any_of(
+      *entries, [&](const auto& entry) { return text::EqualsIgnoreCase(entry.Name, name); });
+  return isThere ? platform::ReadFile(fileName).Message() : std::u16string();
+}
+
+} // namespace
+
 platform::Result<TBaseline> TBaseline::Load(std::u16string_view fileName) {
   TBaseline baseline;
-  if (!platform::FileExists(fileName)) return baseline;
+  if (fileName.empty()) return baseline;
+  if (!platform::FileExists(fileName)) {
+    const std::u16string trouble = WhyNoBaseline(fileName);
+    return trouble.empty() ? platform::Result<TBaseline>(baseline) : platform::Failure{trouble};
+  }
   const auto bytes = platform::ReadFile(fileName);
   if (!bytes) return platform::Failure{bytes.Message()};
   baseline.wasThere_ = true;
@@ -110,6 +131,11 @@ TGateResult CheckGates(std::span<const TFinding> findings, std::int64_t more, co
   const TFindingCounts fresh = CountOf(result.New);
   const TFailOn failOn =
       settings.FailOn.value_or(settings.Baseline.empty() ? TFailOn::Never : TFailOn::NewWarning);
+  const bool needsAll = failOn == TFailOn::Error || (failOn == TFailOn::NewWarning && hasBaseline);
+  if (needsAll && more > 0)
+    result.Broken.push_back(Counted(more, u"finding") +
+                            u" more than are kept, of which nothing is known (fail on " +
+                            std::u16string(Words.at(static_cast<std::size_t>(failOn))) + u")");
   if (failOn == TFailOn::Error && all.Errors > 0)
     result.Broken.push_back(Joined(all.Errors, 0, u"") + u" (fail on error)");
   if (failOn == TFailOn::Warning && all.Errors + all.Warnings > 0)

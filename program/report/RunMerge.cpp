@@ -1,12 +1,13 @@
 #include "program/report/RunMerge.h"
 
+#include "program/findings/FindingList.h"
+
 #include <algorithm>
 #include <array>
 #include <chrono>
 #include <iterator>
 #include <string>
 #include <tuple>
-#include <unordered_map>
 #include <utility>
 
 namespace kx {
@@ -54,7 +55,7 @@ class TMerging {
 public:
   explicit TMerging(TRunReport first) : merged_(std::move(first)) {
     last_ = merged_.Part;
-    Take(std::exchange(merged_.Findings, {}));
+    findings_.Add(std::exchange(merged_.Findings, {}), merged_.Root);
     merged_.Part.reset();
   }
 
@@ -65,27 +66,19 @@ public:
     merged_.Counts += run.Counts;
     merged_.Tests += run.Tests;
     merged_.MoreFindings += run.MoreFindings;
+    findings_.Add(std::move(run.Findings), run.Root);
     MergeText(merged_.Root, run.Root);
     MergeText(merged_.File, run.File);
     MergeSurroundings(merged_.Surroundings, run.Surroundings);
-    Take(std::move(run.Findings));
     TakeActions(std::move(run));
   }
 
-  TRunReport Result() && { return std::move(merged_); }
-
-private:
-  void Take(std::vector<TFinding> findings) {
-    for (TFinding& finding : findings) {
-      const auto [known, isNew] = places_.try_emplace(finding.Fingerprint, merged_.Findings.size());
-      if (isNew) {
-        merged_.Findings.push_back(std::move(finding));
-      } else {
-        merged_.Findings[known->second].Occurrences += finding.Occurrences;
-      }
-    }
+  TRunReport Result() && {
+    merged_.Findings = findings_.Take();
+    return std::move(merged_);
   }
 
+private:
   void TakeActions(TRunReport run) {
     auto first = run.Actions.begin();
     if (first != run.Actions.end() && IsSameLoop(last_, run.Part)) {
@@ -98,9 +91,9 @@ private:
   }
 
   TRunReport merged_;
-  std::optional<TPartOfRun> last_;                         // that was added
-  std::size_t loop_ = 0;                                   // where its first action stands
-  std::unordered_map<std::u16string, std::size_t> places_; // of the findings, by fingerprint
+  std::optional<TPartOfRun> last_; // that was added
+  std::size_t loop_ = 0;           // where its first action stands
+  TFindingMerge findings_;
 };
 
 } // namespace

@@ -180,7 +180,13 @@ class PartsTest(e2e.EndToEndTest):
         self.assertEqual(resumed("--resume", code=1), {"A": "skipped", "B": "skipped"} | bad)
         self.write("A/new.cs")
         self.assertEqual(resumed("--resume", code=1), {"A": "succeeded", "B": "skipped"} | bad)
-        (self.folder / "B/obj/B").unlink()
+        self.write("B/obj/B", "by somebody else")
+        self.write("tools/hold-B")  # in the middle of it a source is edited
+        process = self.start_host("run", "p.kxproj", "--jobs", "2", "--resume", *self.common)
+        e2e.wait_until(lambda: self.tool_runs()[-1].startswith("begin B"))
+        self.write("B/new.cs")
+        (self.folder / "tools/hold-B").unlink()
+        self.assertEqual(process.wait(60), 1)
         self.assertEqual(resumed("--resume", code=1), {"A": "skipped", "B": "succeeded"} | bad)
         self.write("p.kxproj", self.read("p.kxproj").replace('Name="A"', 'Name="A" Condition="1"', 1))
         (self.folder / "tools/fail-C").unlink()
@@ -190,6 +196,10 @@ class PartsTest(e2e.EndToEndTest):
     def test_what_a_run_did_not_do_is_neither_fixed_nor_green(self):
         def known():
             return [one["sinceRun"] for one in json.loads(self.host("history", "findings", "p.kxproj", "--json"))["findings"]]
+        self.write("p.kxproj", e2e.project(*(message(f"Try {i}", text=f"try {i}", status="Warning") for i in (1, 2))))
+        for jobs in 1, 2:  # which differ in no more than a number
+            said = self.run_parts("--max-warnings", "1", "--no-history", jobs=jobs, code=4)
+            self.assertIn("2 warnings, and no more than 1 are allowed", said)
         self.write("p.kxproj", e2e.project(*self.write_builds("A", "B")))
         self.run_parts()
         for jobs in 1, 2:

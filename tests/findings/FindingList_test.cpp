@@ -24,14 +24,16 @@ TEST(FindingList, HoldsEachThingOnceAndKnowsWhoseItIs) {
         u"2>------ Erstellen gestartet: Projekt: Lib, Konfiguration: Debug Win32 ------",
         u"2>C:\\s\\a.h(3): warning C4996: old", u"1>c:/S/a.h(3): warning C4996: old",
         u"1>c:/s/b.h(1): note: see x", u"2>b.cpp(9): error C1: t", u"2>c.h(7): note: see y",
-        u"2>b.cpp(9): error C2: one too many", u"2>d.h(7): note: of nothing that is kept"})
+        u"2>b.cpp(9): warning C2: one too many", u"2>d.h(7): note: of nothing that is kept",
+        u"2>e.cpp(9): error C3: has room", u"3>c:/S/a.h(3): error C4996: old"})
     tool.Read(line);
-  ASSERT_EQ(list.Kept().size(), 2U);
-  const TFinding& warning = list.Kept().front();
-  EXPECT_EQ(std::tuple(warning.Occurrences, warning.Project, warning.Configuration, warning.Steps.size()),
-            std::tuple(2, u"Lib", u"Debug Win32", 0U));
-  ASSERT_EQ(list.Kept().back().Steps.size(), 1U);
-  EXPECT_EQ(list.Kept().back().Steps[0].Place.File, u"c.h");
+  ASSERT_EQ(list.Kept().size(), 3U);
+  const TFinding& worse = list.Kept().front();
+  EXPECT_EQ(std::tuple(worse.Occurrences, worse.Project, worse.Configuration, worse.Steps.size()),
+            std::tuple(3, u"Lib", u"Debug Win32", 0U));
+  EXPECT_EQ(worse.Severity, TFindingSeverity::Error);
+  ASSERT_EQ(list.Kept()[1].Steps.size(), 1U);
+  EXPECT_EQ(list.Kept()[1].Steps[0].Place.File, u"c.h");
   EXPECT_EQ(list.More(), 1);
 }
 

@@ -6,6 +6,7 @@
 #include "program/findings/FindingList.h"
 #include "tests/support/TemporaryFolder.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace kx {
@@ -40,6 +41,11 @@ TEST(Gates, StopWhatIsNewOrTooMuch) {
   EXPECT_EQ(broken(*baseline, TFailOn::Warning, 1),
             "2 warnings (fail on warning);2 warnings, and no more than 1 are allowed;");
   EXPECT_EQ(broken(*baseline, TFailOn::Error, {}), "");
+  for (const TFailOn failOn :
+       {TFailOn::Error, TFailOn::NewWarning}) // what is not kept may be an error, or new
+    EXPECT_THAT(text::ToUtf8(CheckGates(now, 3, {file, failOn}, *baseline).Broken.front()),
+                testing::StartsWith("3 findings more than are kept"));
+  EXPECT_FALSE(TBaseline::Load(folder.Path())) << "a folder is no file that is still to come";
   const TGateResult result = CheckGates(now, 0, {file}, *baseline);
   ASSERT_EQ(result.New.size(), 1U);
   EXPECT_EQ(result.New[0].Message, u"new");

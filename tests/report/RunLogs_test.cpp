@@ -55,7 +55,7 @@ std::vector<TRunEvent> Events(milliseconds began, TResultKind kind, const std::u
   report.Surroundings = {u"machine", u"system", u"commit", u"branch", u"line", {u"tool"}};
   report.Findings = {
       {.Rule = u"R", .Message = u"m", .Place = {u"a.c", 3, 4}, .Fingerprint = u"same", .Said = 1},
-      {.Rule = u"R", .Message = u"m", .Fingerprint = u"own" + text::FromInteger(seed)}};
+      {.Rule = u"R", .Message = u"m " + text::FromInteger(seed), .Fingerprint = u"0123456789abcdef"}};
   add(0, TRunEnded{std::move(report)});
   return events;
 }
@@ -121,7 +121,7 @@ TEST_F(RunLogs, BecomeOneRun) {
   for (const auto& finding : report.Findings)
     findings += text::ToUtf8(finding.Fingerprint) + "*" + std::to_string(finding.Occurrences) + " " +
                 std::to_string(finding.Said) + " ";
-  EXPECT_EQ(findings, "same*2 1 own70*1 0 own10*1 0 run-interrupted*1 0 ");
+  EXPECT_EQ(findings, "same*2 1 0123456789abcdef*1 0 0123456789abcdef-2*1 0 run-interrupted*1 0 ");
   for (const auto& action : report.Actions)
     began += std::to_string(action.Began.count()) + " " +
              std::to_string(action.Configurations[0].Began.count()) + " " +
