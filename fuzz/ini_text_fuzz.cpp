@@ -33,7 +33,11 @@ TIniText Parsed(std::u16string_view text) {
 }
 
 // Where a value is set, all lines are the same but one; where it is new, they are all there.
-void CheckLines(std::u16string_view before, std::u16string_view after, bool isNew) {
+void CheckLines(std::u16string before, std::u16string_view after, bool isNew) {
+  // The last line gets the end that it lacks once another one follows.
+  if (isNew && !before.empty() && !before.ends_with(u'\n') &&
+      after.substr(before.size()).starts_with(u"\r\n"))
+    before += u'\r';
   const auto old = text::Split(before, u'\n'); // a CR alone is part of its line
   const auto now = text::Split(after, u'\n');
   std::size_t different = 0;
