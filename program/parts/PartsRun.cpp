@@ -6,6 +6,7 @@
 #include "foundation/text/WindowsPath.h"
 #include "program/parts/PartProcesses.h"
 #include "program/parts/PartsLog.h"
+#include "program/plan/PartIds.h"
 #include "program/runner/Messages.h"
 #include "program/runner/Schedule.h"
 
@@ -44,7 +45,7 @@ class TRun {
 public:
   TRun(const TPlan& plan, const TProject& project, const TPartsSettings& settings, TKxEvent& stop,
        std::span<IRunEventSink* const> sinks, IPartsWatcher& watcher)
-      : plan_(plan), actions_(project.Actions().size()), settings_(settings), stop_(stop), watcher_(watcher),
+      : plan_(plan), project_(project), settings_(settings), stop_(stop), watcher_(watcher),
         folder_(FolderForLogs()), schedule_(ScheduleOf(plan, project), settings.KeepGoing),
         processes_(settings.Process, stop), log_(sinks, began_), results_(plan.Parts.size()) {
     for (const TPart& part : plan.Parts)
@@ -99,18 +100,45 @@ private:
     End(index, log_.Add(std::move(ended)));
   }
 
-  void End(std::size_t index, const TPartVerdict& verdict) {
+  void End(std::size_t index, TPartVerdict verdict) {
+    if (IsLastPass(index)) CheckPasses(plan_.Parts[index], verdict);
     results_[index].Kind = verdict.Kind;
     results_[index].HasFindings = verdict.HasFindings;
     schedule_.End(index, verdict.Kind);
     if (plan_.Parts[index].Pass > 0) EndPass(plan_.Parts[index].Place, verdict.Kind);
   }
 
+  bool IsLastPass(std::size_t index) const {
+    const auto loop = loops_.find(plan_.Parts[index].Place);
+    return plan_.Parts[index].Pass > 0 && loop != loops_.end() && loop->second.Left == 1;
+  }
+
+  // What an action in front of the loop, or somebody else, has put into its solution since has had no pass.
+  void CheckPasses(const TPart& last, TPartVerdict& verdict) {
+    std::vector<std::u16string> planned;
+    for (const TPart& part : plan_.Parts)
+      if (part.Place == last.Place) planned.push_back(part.PassValue);
+    std::vector<std::u16string> now;
+    try {
+      for (const TKxPass& pass : PassesOf(*project_.Actions()[last.Place]))
+        now.push_back(pass.Value);
+    } catch (const std::exception&) { // it is not there any more: then it is another one, too
+      now.clear();
+    }
+    if (now == planned) return;
+    TEndedPart changed = Named(last);
+    ++changed.Place.Pass;
+    changed.Outcome.Trouble =
+        u"What the loop runs over has changed since the run began: its passes were those of before.";
+    verdict = log_.Add(std::move(changed));
+  }
+
   bool IsPartial() const {
     std::set<std::size_t> places;
     for (const TPart& part : plan_.Parts)
       places.insert(part.Place);
-    return places.size() < actions_ || !settings_.PassedOver.empty() || !schedule_.NotRun().empty();
+    return places.size() < project_.Actions().size() || !settings_.PassedOver.empty() ||
+           !schedule_.NotRun().empty();
   }
 
   // What has not run although the run went on.
@@ -152,7 +180,7 @@ private:
   }
 
   const TPlan& plan_;
-  const std::size_t actions_; // of the project
+  const TProject& project_;
   const TPartsSettings& settings_;
   TKxEvent& stop_;
   IPartsWatcher& watcher_;

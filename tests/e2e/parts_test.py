@@ -128,6 +128,16 @@ class PartsTest(e2e.EndToEndTest):
         self.assertEqual(*tables)
         runs = [line.split()[-1] for line in self.tool_runs() if line.startswith("begin")]
         self.assertEqual(runs, 2 * ["Greeter.Core", "Greeter.Text", "Greeter.App"])
+        self.write("tools/hold-Greeter.App")
+        host = self.start_host("run", "examples/p.kxproj", *self.common)
+        e2e.wait_until(lambda: self.tool_runs()[-1].startswith("begin Greeter.App") or host.poll() is not None)
+        later = f'Project("{e2e.CSHARP}") = "Later", "Later.csproj", "{{12345678-0000-0000-0000-000000000000}}"\nEndProject\n'
+        held = self.read("examples/Greeter/Greeter.sln")
+        self.write("examples/Greeter/Greeter.sln", held.replace("Global\n", f"{later}Global\n", 1))
+        self.write("examples/Greeter/Later.csproj", "<Project/>")
+        (self.folder / "tools/hold-Greeter.App").unlink()
+        self.assertIn("What the loop runs over has changed", host.communicate(timeout=60)[0])
+        self.assertEqual(host.returncode, 1)
 
     def test_a_stop_ends_all_parts_and_their_tools(self):
         builds = self.write_builds("A", "B", attributes={"A": 'Needs=""', "B": 'Needs=""'})
