@@ -570,6 +570,38 @@ test("a long log stays light, problems lead to their places, runs are compared",
   );
 });
 
+test("the end of a log is seen that is higher than a browser lets anything be", async () => {
+  await withEditor(devenv(), async (page) => {
+    const seen = await page.evaluate(async () => {
+      const { Log } = await import(new URL("log.js", document.querySelector("script[src]").src));
+      const element = document.createElement("div");
+      document.getElementById("log").id = "other"; // its styles are for this one
+      element.id = "log";
+      element.style.cssText = "position: fixed; inset: 0; overflow: auto";
+      document.body.append(element);
+      const log = new Log(element, { open() {}, select() {} });
+      for (let i = 0; i < 2000000; i += 1) log.add({ event: "message", text: `row ${i}`, depth: 0 }, i);
+      const shown = () => {
+        const { top, bottom } = element.getBoundingClientRect();
+        const rows = [...element.querySelectorAll("[role=option]")].filter((row) => {
+          const place = row.getBoundingClientRect();
+          return place.top >= top - 1 && place.bottom <= bottom + 1;
+        });
+        return [rows[0], rows.at(-1)].map((row) => row.querySelector(".text").textContent);
+      };
+      log.toEnd();
+      log.draw(); // as the scrolling does
+      const [, last] = shown();
+      log.goTo(1234567, false);
+      const around = shown().map((text) => Number(text.slice(4)));
+      element.scrollTop = 0;
+      log.draw();
+      return [shown()[0], last, around[0] <= 1234567 && around[1] >= 1234567];
+    });
+    assert.deepEqual(seen, ["row 0", "row 1999999", true]);
+  });
+});
+
 test("the timeline of a run stands beside its log, and problems open in the user's own editor", async () => {
   const goesOn = (name) => devenv("", name).replace("<Action ", '<Action ContinueOnError="true" ');
   await withEditor(goesOn("Erste &lt;b>") + goesOn("Zweite") + goesOn("Dritte"), async (page) => {

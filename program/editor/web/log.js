@@ -2,6 +2,9 @@
 import { coloured, hasColours, withoutColours } from "./ansi.js";
 import { el, formatTime, icon } from "./dom.js";
 
+// Browsers make nothing higher than 17 to 33 million pixels: what would be is scrolled in larger steps.
+const highest = 15e6;
+
 const statusNames = ["", "success", "warning", "error"];
 const wide = /[\u1100-\u115f\u2e80-\ua4cf\uac00-\ud7a3\uf900-\ufaff\ufe30-\ufe6f\uff00-\uff60\uffe0-\uffe6]/g;
 
@@ -192,6 +195,25 @@ export class Log {
     return this.wraps ? this.tops[at] : at;
   }
 
+  // The height of all, and how much of it one pixel of the scroll bar moves.
+  height() {
+    return this.topOf(this.visible.length) * this.rowHeight;
+  }
+
+  scale() {
+    const { clientHeight } = this.element;
+    return this.height() > highest ? (this.height() - clientHeight) / (highest - clientHeight) : 1;
+  }
+
+  // What lies above the part that is seen.
+  offset() {
+    return this.element.scrollTop * this.scale();
+  }
+
+  scrollTo(offset) {
+    this.element.scrollTop = offset / this.scale();
+  }
+
   // The visible line in this row.
   atRow(row) {
     if (!this.wraps) return Math.floor(row);
@@ -230,10 +252,11 @@ export class Log {
     if (!this.rowHeight) this.measure();
     const height = this.element.clientHeight || 400;
     const { rowHeight } = this;
-    this.spacer.style.height = `${this.topOf(this.visible.length) * rowHeight}px`;
-    const first = Math.max(0, this.atRow(this.element.scrollTop / rowHeight) - 5);
-    const last = Math.min(this.visible.length, this.atRow((this.element.scrollTop + height) / rowHeight) + 6);
-    this.rows.style.transform = `translateY(${this.topOf(first) * rowHeight}px)`;
+    this.spacer.style.height = `${Math.min(this.height(), highest)}px`;
+    const offset = this.offset();
+    const first = Math.max(0, this.atRow(offset / rowHeight) - 5);
+    const last = Math.min(this.visible.length, this.atRow((offset + height) / rowHeight) + 6);
+    this.rows.style.transform = `translateY(${this.element.scrollTop + this.topOf(first) * rowHeight - offset}px)`;
     const rows = [];
     for (let at = first; at < last; at += 1) rows.push(this.drawRow(this.visible[at], at));
     this.rows.replaceChildren(...rows);
@@ -303,10 +326,11 @@ export class Log {
     const at = this.visible.indexOf(index);
     const top = this.topOf(at) * this.rowHeight;
     const bottom = this.topOf(at + 1) * this.rowHeight;
-    const { scrollTop, clientHeight } = this.element;
-    this.spacer.style.height = `${this.topOf(this.visible.length) * this.rowHeight}px`;
-    if (top < scrollTop || bottom > scrollTop + clientHeight + clientHeight) this.element.scrollTop = top - clientHeight / 3;
-    else if (bottom > scrollTop + clientHeight) this.element.scrollTop = bottom - clientHeight;
+    const { clientHeight } = this.element;
+    this.spacer.style.height = `${Math.min(this.height(), highest)}px`;
+    const offset = this.offset();
+    if (top < offset || bottom > offset + clientHeight + clientHeight) this.scrollTo(top - clientHeight / 3);
+    else if (bottom > offset + clientHeight) this.scrollTo(bottom - clientHeight);
     this.draw();
     this.select(line);
   }

@@ -12,7 +12,7 @@ export class LogBar {
     this.box = byId("log-search");
     this.box.addEventListener(
       "input",
-      debounce(() => this.search(), 150),
+      debounce(() => this.search(), 60),
     );
     this.box.addEventListener("keydown", (event) => this.onKey(event));
     byId("filter").addEventListener("change", (event) => log.filter(Number(event.target.value)));
