@@ -238,6 +238,7 @@ test("groups stand in the tree around their actions, are renamed, entered and le
     await page.getByLabel("Name of the group").fill("Werkzeuge é");
     await page.keyboard.press("Enter");
     await row("Werkzeuge é").waitFor();
+    assert.deepEqual(await seriousFaults(page), []);
     assert.ok(await page.locator("#copy").isDisabled(), "two groups of one name could not be told apart");
     await row("Tests").click();
     await hasValue(page, "MemoAssemblies", "");
@@ -400,6 +401,7 @@ test("the projects of a solution stand in its folders, which are chosen as a who
     const offered = page.locator("details:has-text('Choose from the solution')").first();
     const box = (name) => offered.getByLabel(name, { exact: true });
     await box("Bücher").waitFor();
+    assert.deepEqual(await seriousFaults(page), []);
     const isMixed = () => box("Bücher").evaluate((element) => element.indeterminate);
     await box("Greeter.Text").check();
     assert.ok(await isMixed(), "one of its two projects is chosen");
@@ -435,6 +437,7 @@ test("a dry run shows each line of a difference in a row, and a page that is loa
         .locator("> div:has(.removed, .added, .nothing)")
         .evaluateAll((all) => all.map((row) => [...row.querySelectorAll("code")].map((code) => code.textContent)));
       assert.ok(sides.length > 0);
+      assert.deepEqual(await seriousFaults(page), []);
       for (const texts of sides) assert.match(texts.join("|"), /^(.*AssemblyTitle\(.*\|)?.*AssemblyTitle\("Neu"\).*$/);
       await page.setViewportSize({ width: 700, height: 800 });
       await page.locator("#changes .sides").first().waitFor({ state: "detached" });
