@@ -131,7 +131,7 @@ TGateResult CheckGates(std::span<const TFinding> findings, std::int64_t more, co
   const TFindingCounts fresh = CountOf(result.New);
   const TFailOn failOn =
       settings.FailOn.value_or(settings.Baseline.empty() ? TFailOn::Never : TFailOn::NewWarning);
-  const bool needsAll = failOn == TFailOn::Error || (failOn == TFailOn::NewWarning && hasBaseline);
+  const bool needsAll = failOn != TFailOn::Never && (failOn != TFailOn::NewWarning || hasBaseline);
   if (needsAll && more > 0)
     result.Broken.push_back(Counted(more, u"finding") +
                             u" more than are kept, of which nothing is known (fail on " +

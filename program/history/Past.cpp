@@ -75,12 +75,12 @@ std::chrono::system_clock::time_point TimeOf(std::int64_t milliseconds) {
 TLookedFor::TLookedFor(const TRunReport& report)
     : none_(report.Result == TResultKind::Stopped || report.NothingExecuted || report.MoreFindings > 0),
       all_(!report.IsPartial) {
-  for (const TActionResult& action : report.Actions) {
-    if (action.Result == TResultKind::Skipped)
-      all_ = false;
-    else
-      ran_.insert(NameWithPass(action.Name, action.Pass));
-  }
+  std::set<std::u16string> skipped; // of two actions of one name perhaps one
+  for (const TActionResult& action : report.Actions)
+    (action.Result == TResultKind::Skipped ? skipped : ran_).insert(NameWithPass(action.Name, action.Pass));
+  all_ = all_ && skipped.empty();
+  for (const auto& name : skipped)
+    ran_.erase(name);
 }
 
 bool TLookedFor::operator()(const std::u16string& action) const {

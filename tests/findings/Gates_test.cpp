@@ -42,7 +42,7 @@ TEST(Gates, StopWhatIsNewOrTooMuch) {
             "2 warnings (fail on warning);2 warnings, and no more than 1 are allowed;");
   EXPECT_EQ(broken(*baseline, TFailOn::Error, {}), "");
   for (const TFailOn failOn :
-       {TFailOn::Error, TFailOn::NewWarning}) // what is not kept may be an error, or new
+       {TFailOn::Error, TFailOn::Warning, TFailOn::NewWarning}) // what is not kept may be an error, or new
     EXPECT_THAT(text::ToUtf8(CheckGates(now, 3, {file, failOn}, *baseline).Broken.front()),
                 testing::StartsWith("3 findings more than are kept"));
   EXPECT_FALSE(TBaseline::Load(folder.Path())) << "a folder is no file that is still to come";

@@ -29,7 +29,7 @@ protected:
     std::u16string Commit = {};
     TResultKind Result = TResultKind::Succeeded;
     std::chrono::hours At{0};
-    std::map<std::u16string, TResultKind> Actions = {};
+    std::vector<std::pair<std::u16string, TResultKind>> Actions = {};
     bool IsPartial = false;
   };
 
@@ -98,11 +98,16 @@ TEST_F(HistoryTest, TellsWhatIsNewKnownAndFixed) {
 TEST_F(HistoryTest, CallsFixedOnlyWhatWasLookedFor) {
   using enum TResultKind;
   Run({{u"a", u"b", u"c"}});
-  const std::tuple<const char*, std::map<std::u16string, TResultKind>, bool, const char*> cases[] = {
-      {"of some actions", {{u"of b", Succeeded}}, true, "b"},
-      {"an action passed over", {{u"of a", Skipped}, {u"of b", Failed}, {u"of c", Succeeded}}, false, "bc"},
-      {"of all actions that there are", {{u"of b", Succeeded}}, false, "abc"},
-  };
+  const std::tuple<const char*, std::vector<std::pair<std::u16string, TResultKind>>, bool, const char*>
+      cases[] = {
+          {"of some actions", {{u"of b", Succeeded}}, true, "b"},
+          {"an action passed over",
+           {{u"of a", Skipped}, {u"of b", Failed}, {u"of c", Succeeded}},
+           false,
+           "bc"},
+          {"one of two of one name", {{u"of a", Succeeded}, {u"of a", Skipped}}, false, ""},
+          {"of all actions that there are", {{u"of b", Succeeded}}, false, "abc"},
+      };
   for (const auto& [name, actions, isPartial, fixed] : cases) {
     EXPECT_EQ(FixedOf(Run({.Actions = actions, .IsPartial = isPartial})), fixed) << name;
     const auto report = Run({{u"a", u"b", u"c"}});
