@@ -10,6 +10,7 @@
 #include "program/runner/Messages.h"
 #include "program/runner/Schedule.h"
 
+#include <algorithm>
 #include <chrono>
 #include <map>
 #include <string>
@@ -101,7 +102,7 @@ private:
   }
 
   void End(std::size_t index, TPartVerdict verdict) {
-    if (IsLastPass(index)) CheckPasses(plan_.Parts[index], verdict);
+    if (IsLastPass(index) && !stop_.IsRaised()) CheckPasses(plan_.Parts[index], verdict);
     results_[index].Kind = verdict.Kind;
     results_[index].HasFindings = verdict.HasFindings;
     schedule_.End(index, verdict.Kind);
@@ -116,14 +117,14 @@ private:
   // What an action in front of the loop, or somebody else, has put into its solution since has had no pass.
   void CheckPasses(const TPart& last, TPartVerdict& verdict) {
     std::vector<std::u16string> planned;
-    for (const TPart& part : plan_.Parts)
-      if (part.Place == last.Place) planned.push_back(part.PassValue);
+    auto part = std::ranges::lower_bound(plan_.Parts, last.Place, {}, &TPart::Place);
+    for (; part != plan_.Parts.end() && part->Place == last.Place; ++part)
+      planned.push_back(part->PassValue);
     std::vector<std::u16string> now;
     try {
       for (const TKxPass& pass : PassesOf(*project_.Actions()[last.Place]))
         now.push_back(pass.Value);
     } catch (const std::exception&) { // it is not there any more: then it is another one, too
-      now.clear();
     }
     if (now == planned) return;
     TEndedPart changed = Named(last);

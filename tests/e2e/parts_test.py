@@ -138,6 +138,13 @@ class PartsTest(e2e.EndToEndTest):
         (self.folder / "tools/hold-Greeter.App").unlink()
         self.assertIn("What the loop runs over has changed", host.communicate(timeout=60)[0])
         self.assertEqual(host.returncode, 1)
+        self.write("examples/Greeter/Greeter.sln", held)
+        self.write("tools/hold-Greeter.App")
+        host = self.start_host("run", "examples/p.kxproj", *self.common)
+        e2e.wait_until(lambda: self.tool_runs()[-1].startswith("begin Greeter.App") or host.poll() is not None)
+        host.send_signal(signal.SIGINT)
+        self.assertNotIn("What the loop runs over has changed", host.communicate(timeout=60)[0], "it was stopped")
+        self.assertEqual(host.returncode, 130)
 
     def test_a_stop_ends_all_parts_and_their_tools(self):
         builds = self.write_builds("A", "B", attributes={"A": 'Needs=""', "B": 'Needs=""'})
