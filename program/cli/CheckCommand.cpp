@@ -77,7 +77,7 @@ public:
     checked_.Findings = checker_.TakeFindings();
     const std::u16string here = platform::CurrentDirectory();
     const bool wantsSarif = !arguments_.Sarif.empty();
-    if (wantsSarif || arguments_.Json || HasGate()) // it reads the sources anew
+    if (wantsSarif || arguments_.Json || gates_.CountFindings()) // it reads the sources anew
       SetFingerprints(checked_.Findings, here);
     if (wantsSarif) SaveSarif(here);
     if (arguments_.Json) {
@@ -117,17 +117,12 @@ private:
         check::ReadBuildProjectFacts(file, session_->Services(), session_->Stop(), settings));
   }
 
-  bool HasGate() const {
-    return !gates_.BaselineFile().empty() || !arguments_.Gates.FailOn.empty() ||
-           !arguments_.Gates.MaxWarnings.empty();
-  }
-
   // Errors fail the command unless the user has said what does.
   int ApplyGates(const std::u16string& root) const {
     const bool isGoverned = !gates_.BaselineFile().empty() || !arguments_.Gates.FailOn.empty();
     const bool fails = !isGoverned && CountOf(checked_.Findings).Errors > 0;
     const int own = fails ? ExitFailed : ExitSuccess;
-    if (!HasGate()) return own;
+    if (!gates_.CountFindings()) return own;
     std::string lines;
     const int exitCode =
         gates_.Apply({.Findings = checked_.Findings, .Root = root}, ChoosePalette(common_.Color), own, lines);

@@ -173,12 +173,7 @@ private:
   void OfferNames() {
     found_.TakesFiles = places_.empty();
     TProjectSelection selection;
-    for (const auto& place : places_) {
-      if (selection.File)
-        selection.Names.push_back(text::ToUtf8(place));
-      else
-        selection.File = text::ToUtf8(place);
-    }
+    if (!places_.empty()) selection.File = text::ToUtf8(places_.front());
     try {
       OfferNamesOf(RequireProject(selection));
     } catch (const EKxException&) { // files are offered all the same

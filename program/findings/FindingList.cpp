@@ -17,10 +17,10 @@ constexpr std::size_t MostSteps = 50;
 constexpr std::size_t LongestMessage = 4000;
 
 // A file has two spellings where a tool and its logger both name it.
-std::u16string KeyOf(const TFinding& finding) {
+std::u16string KeyOf(const TFinding& finding, std::u16string_view file, const std::u16string& message) {
   const TFindingPlace& place = finding.Place;
-  return text::ToLower(text::ReplaceAll(place.File, u"\\", u"/")) + u"\n" + text::FromInteger(place.Line) +
-         u"," + text::FromInteger(place.Column) + u"\n" + finding.Rule + u"\n" + finding.Message;
+  return text::ToLower(text::ReplaceAll(file, u"\\", u"/")) + u"\n" + text::FromInteger(place.Line) + u"," +
+         text::FromInteger(place.Column) + u"\n" + finding.Rule + u"\n" + message;
 }
 
 bool IsQuote(char16_t c) {
@@ -123,7 +123,7 @@ void TFindingList::Add(TFinding finding) {
     return;
   }
   if (finding.Message.size() > LongestMessage) finding.Message.resize(LongestMessage);
-  std::u16string key = KeyOf(finding);
+  std::u16string key = KeyOf(finding, finding.Place.File, finding.Message);
   const auto known = places_.find(key);
   const std::size_t room = finding.Severity == TFindingSeverity::Error ? 2 * most_ : most_;
   isLastNew_ = known == places_.end() && kept_.size() < room;
@@ -154,10 +154,10 @@ void SetFingerprints(std::span<TFinding> findings, const std::u16string& root) {
 
 void TFindingMerge::Add(std::vector<TFinding> findings, const std::u16string& root) {
   for (TFinding& finding : findings) {
-    TFinding seen = finding;
-    seen.Place.File = SeenFrom(root, finding.Place.File);
-    seen.Message = WithoutWhatMoves(finding.Message, false); // paths are others on another machine
-    const auto [known, isNew] = places_.try_emplace(KeyOf(seen), merged_.size());
+    // Paths in texts are others on another machine.
+    std::u16string key =
+        KeyOf(finding, SeenFrom(root, finding.Place.File), WithoutWhatMoves(finding.Message, false));
+    const auto [known, isNew] = places_.try_emplace(std::move(key), merged_.size());
     if (isNew)
       merged_.push_back(std::move(finding));
     else

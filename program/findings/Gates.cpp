@@ -43,6 +43,18 @@ std::u16string Joined(std::int64_t errors, std::int64_t warnings, std::u16string
   return text;
 }
 
+// Nothing for a file that nobody has written yet; why one that is there, or may be, cannot be read.
+std::u16string WhyNoBaseline(std::u16string_view fileName) {
+  const std::u16string folder = text::ExtractFileDir(fileName);
+  if (!platform::DirectoryExists(folder)) return {};
+  const auto entries = platform::ListDirectory(folder);
+  if (!entries) return entries.Message();
+  const std::u16string name(text::ExtractFileName(fileName));
+  const bool isThere = std::ranges::any_of(
+      *entries, [&](const auto& entry) { return text::EqualsIgnoreCase(entry.Name, name); });
+  return isThere ? platform::ReadFile(fileName).Message() : std::u16string();
+}
+
 } // namespace
 
 std::span<const std::u16string_view> FailOnWords() {
@@ -71,22 +83,6 @@ TBaseline::TBaseline(std::span<const TFinding> findings, std::u16string_view roo
   for (const auto& finding : findings)
     if (IsCounted(finding)) remarks_.emplace(finding.Fingerprint, RemarkOf(finding, root));
 }
-
-namespace {
-
-// Nothing for a file that nobody has written yet; why one that is there, or may be, cannot be read.
-std::u16string WhyNoBaseline(std::u16string_view fileName) {
-  const std::u16string folder = text::ExtractFileDir(fileName);
-  if (!platform::DirectoryExists(folder)) return {};
-  const auto entries = platform::ListDirectory(folder);
-  if (!entries) return entries.Message();
-  const std::u16string name(text::ExtractFileName(fileName));
-  const bool isThere = std::ranges::any_of(
-      *entries, [&](const auto& entry) { return text::EqualsIgnoreCase(entry.Name, name); });
-  return isThere ? platform::ReadFile(fileName).Message() : std::u16string();
-}
-
-} // namespace
 
 platform::Result<TBaseline> TBaseline::Load(std::u16string_view fileName) {
   TBaseline baseline;

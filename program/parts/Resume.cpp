@@ -74,19 +74,19 @@ std::optional<TFiles> FilesOf(const TPart& part) {
 
 std::u16string LineOf(const std::u16string& path, const TFileState& state) {
   const std::int64_t time = state.Changed.time_since_epoch().count();
-  return u"=" + text::FromInteger(static_cast<std::int64_t>(state.Size)) + u" " + text::FromInteger(time) +
-         u" " + path + u"\n";
+  return text::FromInteger(static_cast<std::int64_t>(state.Size)) + u" " + text::FromInteger(time) + u" " +
+         path + u"\n";
 }
 
 // Whether a file that changed while the part ran is the part's own work. Another one may have been edited
 // meanwhile, and nobody knows which of its contents was read.
-bool IsProduct(const TPart& part, const std::u16string& path) {
+bool IsProduct(const TPart& part, const std::vector<std::u16string>& folders, const std::u16string& path) {
   const auto isOneOf = [](const auto& words, std::u16string_view text) {
     return std::ranges::any_of(words,
                                [text](const auto& word) { return text::EqualsIgnoreCase(word, text); });
   };
   if (isOneOf(part.Outputs, path) || isOneOf(KeptByTools, text::ExtractFileExt(path))) return true;
-  for (const auto& folder : SourceFolders(part)) {
+  for (const auto& folder : folders) {
     if (!text::StartsWithIgnoreCase(path, text::IncludeTrailingPathDelimiter(folder))) continue;
     for (std::u16string below = text::ExtractFileDir(path); below.size() > folder.size();
          below = text::ExtractFileDir(below))
@@ -180,9 +180,10 @@ bool TResume::IsUnchanged(const TPart& part, const std::u16string& state) const 
 std::optional<std::u16string> TResume::StateOf(const TPart& part, const TPartResult& result) const {
   const auto files = FilesOf(part);
   if (!files) return std::nullopt;
+  const auto folders = SourceFolders(part);
   std::u16string state = SettingsOf(part);
   for (const auto& [path, file] : *files) {
-    if (file.Changed > result.Ended || (file.Changed >= result.Began && !IsProduct(part, path)))
+    if (file.Changed > result.Ended || (file.Changed >= result.Began && !IsProduct(part, folders, path)))
       return std::nullopt;
     state += LineOf(path, file);
   }
