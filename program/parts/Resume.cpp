@@ -117,7 +117,7 @@ public:
 
   void Add(std::u16string_view name, std::u16string_view value) {
     text_.append(name).append(u"=").append(value).append(u"\n");
-    for (const auto& part : SplitReferences(std::u16string(value)))
+    for (const auto& part : SplitReferences(value))
       if (part.Reference) Take(*part.Reference);
   }
 

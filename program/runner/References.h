@@ -1,6 +1,7 @@
 // The grammar of references in texts; what they stand for is the expression engine's business.
 #pragma once
 
+#include <concepts>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -26,6 +27,8 @@ struct TTextPart {
   std::optional<TReference> Reference; // else Plain counts
 };
 std::vector<TTextPart> SplitReferences(std::u16string_view text);
+template <std::same_as<std::u16string> T>
+std::vector<TTextPart> SplitReferences(T&& text) = delete; // the parts would outlive what they point into
 
 // Where the text names the variable or, in front of a function, the action: the positions of the name, in the
 // arguments of functions too. Letter case does not count.
