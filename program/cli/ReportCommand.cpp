@@ -15,11 +15,13 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
 #include <set>
+#include <tuple>
 #include <utility>
 
 namespace kx::cli {
@@ -78,6 +80,24 @@ private:
   std::map<std::u16string, std::set<std::pair<std::size_t, int>>> places_;
 };
 
+// A copy of a log would count everything in it once more.
+class TRunsSeen {
+public:
+  // Throws EUsage for a run that another log has told.
+  void Add(const TRunReport& run, const std::u16string& log) {
+    const TPartOfRun part = run.Part.value_or(TPartOfRun{});
+    const auto [seen, isNew] = logs_.try_emplace(
+        TKey(run.Surroundings.Machine, run.File, run.Began, run.Elapsed, part.Place, part.Pass), log);
+    if (!isNew)
+      throw EUsage(u"\"" + log + u"\" holds the same run as \"" + seen->second + u"\": give each run once.");
+  }
+
+private:
+  using TKey = std::tuple<std::u16string, std::u16string, std::chrono::system_clock::time_point,
+                          std::chrono::milliseconds, std::size_t, int>;
+  std::map<TKey, std::u16string> logs_;
+};
+
 // A machine that is lost takes the log with it: without a word of that, what is left might tell of a success.
 void BookMissing(TRunReport& report, std::size_t seen, std::size_t all, std::int64_t message,
                  const std::function<void(const TRunEvent&)>& tell) {
@@ -118,6 +138,7 @@ int ReportLogs(const TReportArguments& arguments, const TCommonOptions& common) 
     console.On(event);
   };
   TRunMerge runs;
+  TRunsSeen seen;
   TPartsSeen parts;
   std::int64_t messages = 0;
   for (const auto& log : logs) {
@@ -126,6 +147,7 @@ int ReportLogs(const TReportArguments& arguments, const TCommonOptions& common) 
       WriteError(u"kxhost: " + run.Message());
       return ExitInvalid;
     }
+    seen.Add(*run, log);
     parts.Add(*run);
     runs.Add(*std::move(run));
   }

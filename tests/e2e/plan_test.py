@@ -4,6 +4,7 @@ import json
 import os
 import pathlib
 import re
+import shutil
 import unittest
 
 import e2e
@@ -38,6 +39,8 @@ class PlanTest(e2e.EndToEndTest):
         self.assertEqual([log.name for log in logs], ["part-1-A.jsonl", "part-2-B_s_x.jsonl", "part-4-D.jsonl"])
         report = self.host("report", *logs, "--color", "never", code=1)
         self.assertRegex(report, r"A +failed .*\nB's \$x +succeeded .*\nD +failed ")
+        shutil.copy(logs[1], self.folder / "copy.jsonl")
+        self.assertIn("give each run once", self.host("report", *logs, "copy.jsonl", code=2))
 
         self.write("p.kxproj", self.read("p.kxproj").replace(">Error<", ">Normal<"))
         second = self.run_program("ninja", "-j", "4")
