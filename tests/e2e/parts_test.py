@@ -1,8 +1,10 @@
 """A run whose parts are processes of their own, beside the same run in one process."""
 import json
 import os
+import pty
 import re
 import signal
+import termios
 import unittest
 
 import e2e
@@ -97,6 +99,27 @@ class PartsTest(e2e.EndToEndTest):
         self.assertIn('Did you mean "A"?', self.run_parts("AA", code=2))
         self.run_parts("--part", "C", jobs=1)
         self.assertEqual([one["name"] for one in self.events("actionEnd")], ["C"])
+
+    def test_a_terminal_shows_the_parts_that_run(self):
+        self.write("p.kxproj", e2e.project(*self.write_builds("A", "B", attributes={"A": 'Needs=""', "B": 'Needs=""'})))
+        for name in "A", "B":
+            self.write(f"tools/hold-{name}")
+        terminal, follower = pty.openpty()
+        termios.tcsetwinsize(terminal, (24, 100))
+        host = self.start_host("run", "p.kxproj", "--jobs", "2", *self.common, stdout=follower, stderr=follower,
+                               environment={"TERM": "xterm"})
+        os.close(follower)
+        both = re.compile(rb"A +\d+:\d\d.*\n.*B +\d+:\d\d.*\n.*0 of 2 parts")
+        self.assertTrue(e2e.wait_until(lambda: both.search(e2e.shown(terminal, b"0 of 2 parts"))))
+        (self.folder / "tools/hold-A").unlink()
+        e2e.shown(terminal, b"1 of 2 parts")
+        behind = e2e.shown(terminal, b"1 of 2 parts")
+        self.assertRegex(behind, rb"B +\d+:\d\d")
+        self.assertNotRegex(behind, rb"A +\d+:\d\d")
+        (self.folder / "tools/hold-B").unlink()
+        e2e.shown(terminal)
+        os.close(terminal)
+        self.assertEqual(host.wait(60), 0)
 
     def test_a_part_that_dies_has_failed_and_says_how(self):
         builds = self.write_builds("A", "B", "C", attributes={name: 'Needs=""' for name in "ABC"})

@@ -2,7 +2,7 @@
 
 #include "foundation/text/Text.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 namespace kx {
 namespace {
@@ -48,6 +48,14 @@ TEST(CiDialect, TellsTestsOneByOneWhereTheSystemReadsThemFromTheLog) {
             "testFinished name='a' duration='1250']\ntestStarted name='b']\n"
             "testFailed name='b' message='no||' details='at B()']\n"
             "testFinished name='b' duration='7']\ntestIgnored name='c']\ntestSuiteFinished name='S|'']\n");
+}
+
+TEST(CiDialect, CutsWhatTeamCityWouldRefuse) {
+  const TFinding finding{.Rule = std::u16string(256, u'r'),
+                         .Severity = TFindingSeverity::Error,
+                         .Message = std::u16string(4'000, u'm')};
+  EXPECT_THAT(FindCiDialect("teamcity")->Findings({&finding, 1}, u"").at(0).Line(),
+              testing::HasSubstr("'" + std::string(255, 'r') + ": " + std::string(3'900, 'm') + "'"));
 }
 
 // Titles are names of projects and configurations: whatever they hold, one line comes out.
