@@ -166,10 +166,7 @@ bool TSolutionLines::StepAtAnyLineEnd() {
       Take(scanned_, scanned_ + (pair ? 2 : 1));
       return true;
     }
-    if (!Fill()) {
-      if (scanned_ == end_) return TakeRest();
-      atEnd_ = true;
-    }
+    if (!Fill() && scanned_ == end_) return TakeRest();
   }
 }
 

@@ -21,6 +21,11 @@ echo "Greeter.Core - 1 error(s), 1 warning(s)"
 exit 1
 `;
 
+// In place of MSTest: leaves the results of results.trx beside it.
+const testTool = `#!/bin/bash
+for argument; do case "$argument" in /resultsfile:*) cp "$(dirname "$0")/results.trx" "\${argument#*:}" ;; esac; done
+`;
+
 class Editor {
   // A folder of its own with the examples and a tool; `environment` is added to that of the program.
   static async open(project, { text, environment = {}, binaries = process.env.KX_BIN } = {}) {
@@ -29,6 +34,7 @@ class Editor {
     fs.cpSync(path.join(root, "examples"), editor.folder, { recursive: true });
     fs.mkdirSync(path.join(editor.folder, "tool"));
     fs.writeFileSync(path.join(editor.folder, "tool/devenv.com"), tool, { mode: 0o755 });
+    fs.writeFileSync(path.join(editor.folder, "tool/MSTest.exe"), testTool, { mode: 0o755 });
     editor.file = path.join(editor.folder, project);
     if (text) fs.writeFileSync(editor.file, text);
     editor.environment = {
@@ -46,11 +52,14 @@ class Editor {
   }
 
   async start() {
-    this.program = spawn(
-      path.join(this.binaries, "kxhost"),
-      ["edit", this.file, "--no-browser", "--option", `VisualStudioDotNet.MSDevPath2010=${path.join(this.folder, "tool")}`],
-      { cwd: this.folder, env: this.environment },
-    );
+    const found = ["MSDevPath2010", "StandaloneMSTestDir"].flatMap((name) => [
+      "--option",
+      `VisualStudioDotNet.${name}=${path.join(this.folder, "tool")}`,
+    ]);
+    this.program = spawn(path.join(this.binaries, "kxhost"), ["edit", this.file, "--no-browser", ...found], {
+      cwd: this.folder,
+      env: this.environment,
+    });
     this.ended = new Promise((resolve) => {
       this.program.on("exit", resolve);
     });

@@ -539,6 +539,60 @@ test("a check says what it found and leads to it", async () => {
   });
 });
 
+const result = (
+  [name, outcome],
+  index,
+) => `<UnitTestResult testName="${name}" outcome="${outcome}" duration="00:00:0${index}.5000000"><Output>
+<ErrorInfo><Message>Expected:&lt;6.72&gt;. Actual:&lt;6.27&gt;. été</Message><StackTrace>at Sum.Adds()</StackTrace></ErrorInfo>
+</Output></UnitTestResult>`;
+const results = (outcomes) => `<TestRun xmlns="http://microsoft.com/schemas/VisualStudio/TeamTest/2006">
+<Results>${Object.entries(outcomes).map(result).join("")}</Results></TestRun>`;
+
+test("tests stand with the failed ones first, and with what earlier runs say of them", async () => {
+  const action = `    <Action Type="MSTEST" Name="Tests"><AssemblyFileName>a.dll</AssemblyFileName>
+      <UseStandaloneMSTest>True</UseStandaloneMSTest></Action>\n`;
+  await withEditor(action, async (page, editor) => {
+    const run = async (number, outcomes) => {
+      fs.writeFileSync(`${editor.folder}/tool/results.trx`, results(outcomes));
+      await page.click("#start");
+      await page.locator("#progress", { hasText: new RegExp(`^Run ${number}: `) }).waitFor();
+      await page.click("#show-tests");
+    };
+    const kind = (name) => page.locator("#test-kinds").getByRole("button", { name }).click();
+    const rows = page.locator("#view-tests .list .entry");
+    const detail = page.locator("#view-tests .detail");
+    await run(1, { Adds: "Failed", Waits: "Passed", Divides: "Passed" });
+    await page.locator("#show-tests .count", { hasText: "1 failed" }).waitFor();
+    assert.deepEqual(await page.locator("#test-kinds button").allTextContents(), ["Failed 1", "Flaky 0", "Slowest", "All 3"]);
+    assert.equal(await rows.count(), 1);
+    assert.deepEqual(await detail.locator("dd").allTextContents(), ["6.72", "6.27"]);
+    await detail.locator(".said", { hasText: "été" }).waitFor();
+    await detail.locator(".stack", { hasText: /^at Sum\.Adds\(\)$/ }).waitFor();
+    await kind("Slowest");
+    const names = await page.locator("#view-tests .list .what").allTextContents();
+    assert.deepEqual(
+      names.map((name) => /^[A-Z][a-z]+/.exec(name)[0]),
+      ["Divides", "Waits", "Adds"],
+    );
+    await kind("All");
+    await page.getByLabel("Search tests").fill("wait");
+    await page.locator("#view-tests .list h3", { hasText: "1 of 3" }).waitFor();
+    await detail.locator(".sub", { hasText: /, passed after 1\.5 s$/ }).waitFor();
+    await page.getByLabel("Search tests").fill("nobody");
+    await page.locator("#view-tests .list", { hasText: "No test matches." }).waitFor();
+    await page.getByLabel("Search tests").fill("");
+
+    await run(2, { Adds: "Passed", Divides: "Passed" });
+    await page.locator("#show-tests .count").waitFor({ state: "detached" });
+    await rows.nth(0).click();
+    await detail.locator(".note", { hasText: "Failed in 1 of 2 runs, last in run 1." }).waitFor();
+    await rows.nth(1).click();
+    await detail.locator(".note", { hasText: /^Passed 2 times\. Usually \S+ m?s\.$/ }).waitFor();
+    await kind("Failed");
+    await page.locator("#view-tests .list", { hasText: "All 2 tests passed or did not run." }).waitFor();
+  });
+});
+
 test("a long log stays light, problems lead to their places, runs are compared", async () => {
   await withEditor(
     devenv(),

@@ -38,7 +38,7 @@ const kinds = {
 
 export class TestsView {
   constructor() {
-    this.forget();
+    this.begin([]);
     this.history = new Map();
     this.kind = undefined; // what the user chose
     this.split = new Split(byId("view-tests"), (test) => drawDetail(test, this.historyOf(test)));
@@ -65,15 +65,17 @@ export class TestsView {
     return this.history.get(test.key);
   }
 
-  forget() {
+  // `suites` grows while a run goes on; the next run has another list.
+  begin(suites) {
+    this.suites = suites;
     this.tests = [];
     this.read = 0; // suites
     this.seen = new Map(); // how often each name of a suite has come
   }
 
   setSuites(suites) {
-    if (suites.length === this.read) return;
-    if (suites.length < this.read) this.forget();
+    if (suites === this.suites && suites.length === this.read) return;
+    if (suites !== this.suites) this.begin(suites);
     for (const suite of suites.slice(this.read)) this.tests.push(...readSuite(suite, this.seen));
     this.read = suites.length;
     this.show();
