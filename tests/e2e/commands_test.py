@@ -95,7 +95,8 @@ class CommandsTest(e2e.EndToEndTest):
                 self.assertEqual([found.split("\t")[0] for found in answer.splitlines()], words)
 
     def test_a_project_that_is_begun_suits_what_the_solution_holds(self):
-        tests = ("<ProjectTypeGuids>{3ac096d0-a1c2-e12c-1390-a8335801fdab}</ProjectTypeGuids><AssemblyName>A.Tests</AssemblyName>")
+        kind, name = "{3ac096d0-a1c2-e12c-1390-a8335801fdab}", "A.Tests"
+        tests = f"<ProjectTypeGuids>{kind}</ProjectTypeGuids><AssemblyName>{name}</AssemblyName>"
         output = "<PropertyGroup Condition=\" '$(Configuration)' == '%s' \"><OutputPath>%s</OutputPath></PropertyGroup>"
         outputs = output % ("Debug", "d") + output % ("Release", "..\\out\\")
         usual = ">True</UseMSBuild>"
@@ -103,10 +104,12 @@ class CommandsTest(e2e.EndToEndTest):
             # projects and what they hold, configurations, version; what the build project holds, and what it does not
             (["a.csproj"], ["Debug|x86", "Final|x86"], "11.00", ['"Configuration">Debug|x86<', usual], ["MSTEST", "..."]),
             (["a.csproj"], [f"C{i}" for i in range(13)], "11.00", [">C0<", "The solution has C0, C1,", ", C11, ..."], ["C12"]),
-            (["a.csproj"], ["A|x", "Release|Mixed Platforms", "Release|Any CPU"], "9.00", [">Release|Any CPU<", '"vs2005">2<'], []),
+            (["a.csproj"], ["A|x", "Release|Mixed Platforms", "Release|Any CPU"], "9.00",
+             [">Release|Any CPU<", '"vs2005">2<'], []),
             (["a.csproj"], ["Debug"], "8.00", ["Visual Studio itself (devenv.com)", ">False</UseMSBuild>", '"vs2003">1<'], []),
             (["a.vcproj"], ["Debug"], "10.00", ["a is a C++ project of before 2010", ">False</UseMSBuild>"], []),
-            (["s\\t.csproj"], ["Release|Any CPU"], "11.00", [">%ProjectDir%/out/A.Tests.dll<", "where Release leaves", usual], ["Debug"]),
+            (["s\\t.csproj"], ["Release|Any CPU"], "11.00",
+             [">%ProjectDir%/out/A.Tests.dll<", "where Release leaves", usual], ["Debug"]),
             (["s\\t.csproj"], ["It's"], "11.00", ["/s/bin/It's/A.Tests.dll<"], ["out"]),
         ]
         self.write("s/t.csproj", f"<Project><PropertyGroup>{tests}</PropertyGroup>{outputs}</Project>")
