@@ -78,8 +78,8 @@ int TGates::Write(const TFound& found, int exitCode, std::string& lines) const {
     return exitCode == ExitSuccess ? ExitFailed : exitCode;
   }
   if (!found.IsComplete) {
-    lines += "The baseline is not written: the run is none that says all.\n";
-    return exitCode;
+    WriteError(u"kxhost: the baseline is not written: the run is none that says all.");
+    return exitCode == ExitSuccess ? ExitFailed : exitCode;
   }
   const TBaseline baseline(found.Findings, found.Root);
   const auto saved = baseline.Save(settings_.Baseline);

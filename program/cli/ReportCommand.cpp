@@ -65,10 +65,9 @@ public:
   // A dry run has done nothing. One that was begun anew elsewhere may have left two logs.
   void Add(const TRunReport& run) {
     if (!run.Part || run.Result == TResultKind::WouldRun) return;
-    const std::u16string project = text::ToLower(std::u16string(text::ExtractFileName(run.File)));
-    places_[project].emplace(run.Part->Place, run.Part->Pass);
+    places_[ProjectOf(run)].emplace(run.Part->Place, run.Part->Pass);
   }
-  // Of one project, which stands in another folder on each machine.
+  // Of one project.
   std::size_t Count() const {
     std::size_t most = 0;
     for (const auto& [project, places] : places_)

@@ -111,7 +111,8 @@ public:
     settings.KeepGoing = arguments.KeepGoing;
     const auto known = arguments.Resume ? history::ReadPassedParts(history_) : history::TPassedParts();
     settings.PassedOver = resume_.MayPassOver(known);
-    CountUp(settings.PassedOver);
+    const auto places = CountUp(settings.PassedOver);
+    if (runner_.HasUnstoredNumbers()) return RunAlone(places, settings.KeepGoing, sinks);
     settings.Process = ProcessOfParts(WordsOf(plan_.File, run_, common_), run_, secrets_);
     console.ExpectParts(plan_.Parts.size());
     auto [report, results, remarks] =
@@ -128,12 +129,24 @@ public:
 
 private:
   // Once, before anything begins, so that no order of the parts changes the numbers.
-  void CountUp(const std::set<std::size_t>& passedOver) {
-    std::set<std::size_t> places;
+  std::vector<std::size_t> CountUp(const std::set<std::size_t>& passedOver) {
+    std::set<std::size_t> remaining;
     for (std::size_t i = 0; i < plan_.Parts.size(); ++i)
-      if (!passedOver.contains(i)) places.insert(plan_.Parts[i].Place);
-    runner_.Choose({.Only = std::vector(places.begin(), places.end())});
+      if (!passedOver.contains(i)) remaining.insert(plan_.Parts[i].Place);
+    std::vector places(remaining.begin(), remaining.end());
+    runner_.Choose({.Only = places});
     runner_.CountUp();
+    return places;
+  }
+
+  // Processes of their own would read the numbers from the project's file, which is to stay as it is.
+  TRunReport RunAlone(std::vector<std::size_t> places, bool keepGoing,
+                      std::span<IRunEventSink* const> sinks) {
+    WriteError(
+        u"kxhost: --no-save keeps what is counted up within this process, so that all actions run in it, "
+        u"one after the other.");
+    runner_.Choose({.Only = std::move(places), .KeepGoing = keepGoing, .NumbersAreCounted = true});
+    return RunHere(runner_, sinks);
   }
 
   void Complete(TRunReport& report) {

@@ -80,6 +80,7 @@ void TPartProcesses::Serve(TWorker& worker) {
       if (!answer) return Add(outcome.Errors, line);
       if (!answer->Before.empty()) Add(outcome.Errors, answer->Before);
       outcome.ExitCode = answer->ExitCode;
+      outcome.HasAnswered = true;
       Put({&worker, std::exchange(outcome, {}), false});
     };
     const std::array<const platform::StopSignal*, 1> stops{&stop_};

@@ -22,6 +22,7 @@ namespace kx {
 struct TPartOutcome {
   std::size_t Part = 0;
   int ExitCode = 0;                        // that the process gave for it, or ended with
+  bool HasAnswered = false;                // the process gave the code, and goes on
   bool IsStopped = false;                  // by the user; the exit code then means nothing
   std::u16string Trouble = {};             // why it could not be run; else empty
   std::vector<std::u16string> Errors = {}; // the first lines that were written to standard error meanwhile

@@ -21,8 +21,8 @@ std::u16string TroubleOf(const TEndedPart& part, const platform::Result<TRunRepo
   const TPartOutcome& outcome = part.Outcome;
   if (outcome.IsStopped) return {};
   if (!outcome.Trouble.empty()) return outcome.Trouble;
-  if (const std::u16string fault = platform::FaultOfExitCode(outcome.ExitCode); !fault.empty())
-    return u"The process of this part was ended by " + fault + u".";
+  const auto fault = outcome.HasAnswered ? u"" : platform::FaultOfExitCode(outcome.ExitCode);
+  if (!fault.empty()) return u"The process of this part was ended by " + fault + u".";
   if (!read)
     return u"This part left no log. Its process ended with code " + text::FromInteger(outcome.ExitCode) +
            u".";
@@ -145,9 +145,11 @@ TRunReport TPartsLog::ReadSkipped(const TEndedPart& part, bool shows) {
   action.Reason = part.Skipped;
   const TTime now = report.Began;
   reading.Take({now, 0, part.Action});
-  reading.Take({now, 1, TMessageSent{part.Why, TStatusTag::stNormal}});
+  if (shows) {
+    Tell({now, 1, TMessageSent{part.Why, TStatusTag::stNormal}});
+    ++messages_;
+  }
   reading.Take({now, 0, TActionEnded{action}});
-  if (shows) ++messages_;
   return report;
 }
 
@@ -160,6 +162,7 @@ TRunReport TPartsLog::Read(const TEndedPart& part, bool shows) {
   const bool isSilent = !read || read->Actions.empty();
   TRunReport report = isSilent ? SilentRun(part) : *read;
   report.Part = part.Place;
+  report.File.clear(); // the same of all parts, but of those that have told nothing
   const std::u16string trouble = TroubleOf(part, read);
   if (!trouble.empty()) report.Result = report.Actions.front().Result = TResultKind::Failed;
 

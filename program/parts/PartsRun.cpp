@@ -142,10 +142,13 @@ private:
            !schedule_.NotRun().empty();
   }
 
-  // What has not run although the run went on.
+  // What has not run although the run went on. Of a loop that has ended behind a failure that is no news.
   void SkipHeldUp() {
-    for (const std::size_t index : schedule_.NotRun())
-      log_.Add(Skipped(plan_.Parts[index], NeedsNotMet, WhyNotRun(index)));
+    for (const std::size_t index : schedule_.NotRun()) {
+      const TPart& part = plan_.Parts[index];
+      if (part.Pass == 0 || loops_.contains(part.Place))
+        log_.Add(Skipped(part, NeedsNotMet, WhyNotRun(index)));
+    }
   }
 
   std::u16string WhyNotRun(std::size_t index) const {

@@ -1,5 +1,7 @@
 #include "program/report/RunMerge.h"
 
+#include "foundation/text/Text.h"
+#include "foundation/text/WindowsPath.h"
 #include "program/findings/FindingList.h"
 
 #include <algorithm>
@@ -42,19 +44,23 @@ void MergeSurroundings(TRunSurroundings& merged, const TRunSurroundings& other) 
     MergeText(merged.*text, other.*text);
 }
 
-bool IsSameLoop(const std::optional<TPartOfRun>& part, const std::optional<TPartOfRun>& other) {
-  return part && other && part->Pass > 0 && other->Pass > 0 && part->Place == other->Place;
+// The loop that a run did passes of: its project and its place.
+using TLoopOfRun = std::pair<std::u16string, std::size_t>;
+std::optional<TLoopOfRun> LoopOf(const TRunReport& run) {
+  if (!run.Part || run.Part->Pass == 0) return std::nullopt;
+  return TLoopOfRun(ProjectOf(run), run.Part->Place);
 }
 
 // Runs that are no parts stand behind those that are, in their own order.
-std::tuple<bool, std::size_t, int> OrderOf(const TRunReport& run) {
-  return run.Part ? std::tuple(false, run.Part->Place, run.Part->Pass) : std::tuple(true, std::size_t{0}, 0);
+std::tuple<bool, std::u16string, std::size_t, int> OrderOf(const TRunReport& run) {
+  if (!run.Part) return {true, u"", 0, 0};
+  return {false, ProjectOf(run), run.Part->Place, run.Part->Pass};
 }
 
 class TMerging {
 public:
   explicit TMerging(TRunReport first) : merged_(std::move(first)) {
-    last_ = merged_.Part;
+    if (!merged_.Actions.empty()) lastLoop_ = LoopOf(merged_);
     findings_.Add(std::exchange(merged_.Findings, {}), merged_.Root);
     merged_.Part.reset();
   }
@@ -81,22 +87,28 @@ public:
 private:
   void TakeActions(TRunReport run) {
     auto first = run.Actions.begin();
-    if (first != run.Actions.end() && IsSameLoop(last_, run.Part)) {
+    if (first == run.Actions.end()) return; // stopped before its action began
+    const auto loop = LoopOf(run);
+    if (loop && loop == lastLoop_) {
       MergeLoop(merged_.Actions[loop_], *first++);
     } else {
       loop_ = merged_.Actions.size();
     }
-    last_ = run.Part;
+    lastLoop_ = loop;
     std::move(first, run.Actions.end(), std::back_inserter(merged_.Actions));
   }
 
   TRunReport merged_;
-  std::optional<TPartOfRun> last_; // that was added
-  std::size_t loop_ = 0;           // where its first action stands
+  std::optional<TLoopOfRun> lastLoop_; // of the run that was added last
+  std::size_t loop_ = 0;               // where its first action stands
   TFindingMerge findings_;
 };
 
 } // namespace
+
+std::u16string ProjectOf(const TRunReport& run) {
+  return text::ToLower(std::u16string(text::ExtractFileName(run.File)));
+}
 
 void MoveTimes(TActionResult& action, std::chrono::milliseconds by) {
   action.Began += by;
@@ -108,8 +120,9 @@ void MoveTimes(TActionResult& action, std::chrono::milliseconds by) {
 }
 
 void MergeLoop(TActionResult& loop, const TActionResult& further) {
+  const bool isWorse = Weight(further.Result) > Weight(loop.Result);
+  if (isWorse || (further.Result == loop.Result && loop.Reason.empty())) loop.Reason = further.Reason;
   TakeWorse(loop.Result, further.Result);
-  if (loop.Reason.empty()) loop.Reason = further.Reason;
   loop.Counts += further.Counts;
   loop.Tests += further.Tests;
   const auto end = std::max(loop.Began + loop.Elapsed, further.Began + further.Elapsed);

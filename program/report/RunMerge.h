@@ -21,6 +21,9 @@ private:
   std::vector<TRunReport> runs_;
 };
 
+// What tells the parts of one project, which stands in another folder on each machine, from those of others.
+std::u16string ProjectOf(const TRunReport& run);
+
 // Where a part of a run began, counted from an earlier beginning of the run.
 void MoveTimes(TActionResult& action, std::chrono::milliseconds by);
 

@@ -69,6 +69,10 @@ void TProjectRunner::CountUp() {
   engine_->CountUp();
 }
 
+bool TProjectRunner::HasUnstoredNumbers() const {
+  return engine_->HasUnstoredNumbers();
+}
+
 TRunReport TProjectRunner::Run() {
   return engine_->Run();
 }

@@ -71,6 +71,7 @@ public:
   // let run. For runs whose actions have no order of their own; Run calls it for them itself. Raises
   // EKxException when the numbers cannot be stored.
   void CountUp();
+  bool HasUnstoredNumbers() const; // counted up, and in no file (StoreIn) for other processes to read
 
   // Runs the actions in the order that their needs and the file give them. Each is asked for its settings
   // first; what it finds wrong fails it, and it is not executed. The first action that fails ends the run,

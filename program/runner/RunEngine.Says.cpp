@@ -185,6 +185,7 @@ void TRunEngine::ChangeStored(const TCustomKxAction& action, std::span<const std
   if (isCounted_ || HasCounted(properties)) return;
   const TActionNode* node = File == nullptr || isDryRun_ ? nullptr : Project.FindNode(action);
   if (node == nullptr) {
+    hasUnstoredNumbers_ = true;
     change();
     NoteCounted(properties);
     return;

@@ -29,6 +29,7 @@ public:
   TRunEngine(const TServiceRegistry& services, TKxEvent& stop, TRunSettings settings, IKxActionHost& host);
 
   void CountUp(); // as TProjectRunner
+  bool HasUnstoredNumbers() const { return hasUnstoredNumbers_; }
   TRunReport Run();
   bool RunChildren(const TKxBaseIterator& loop);
   bool IsRunning() const { return !frames_.empty(); }
@@ -136,6 +137,7 @@ private:
   std::u16string firstError_;                     // of the attempt under way
   int attemptsAhead_ = 0;                         // of what is under way: its errors may not count
   bool isCounted_ = false;                        // the numbers of this run
+  bool hasUnstoredNumbers_ = false;
   bool isGraphRefused_ = false;
 };
 

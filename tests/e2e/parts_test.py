@@ -169,6 +169,28 @@ class PartsTest(e2e.EndToEndTest):
         self.assertNotIn("What the loop runs over has changed", host.communicate(timeout=60)[0], "it was stopped")
         self.assertEqual(host.returncode, 130)
 
+    def test_a_pass_that_fails_leaves_a_loop_and_what_is_behind_it_whole(self):
+        self.copy_example()
+        inner = e2e.action("MESSAGE", 'Name="In"', Text="bad %Project%", Status="Error")
+        for attributes, arguments, held_up in (('ContinueOnError="true"', (), 2), ("", ("--keep-going",), 4)):
+            loop = (f'<Action Type="SOLUTIONITERATOR" Name="Loop" Parallel="true" {attributes}>'
+                    "<LoopVariable>Project</LoopVariable><Solution>Greeter/Greeter.sln</Solution><SortByDependency>True</SortByDependency>"
+                    f"<IterateValue>svName</IterateValue><Actions>{inner}</Actions></Action>\n")
+            self.write("examples/p.kxproj", e2e.project(
+                loop, message("Behind", 'Needs="Loop"'), message("Last", 'Needs="Behind"'),
+                message("Free", 'Needs=""', status="Warning")))
+            for jobs in 1, 2:
+                with self.subTest(attributes, jobs=jobs):
+                    self.host("run", "examples/p.kxproj", "--jobs", jobs, "--log", "log.jsonl", *arguments, *self.common, code=1)
+                    ends = [(one["name"], one["result"]) for one in self.events("actionEnd") if one["nesting"] == 0]
+                    self.assertEqual(sorted(ends), [("Behind", "skipped"), ("Free", "succeeded"), ("Last", "skipped"),
+                                                    ("Loop", "failed")])
+                    self.assertEqual(len(self.events("action")), len(self.events("actionEnd")))
+                    texts = [one["text"] for one in self.events("message")]
+                    self.assertEqual(sum(text.startswith("Skipped") for text in texts), held_up, texts)
+                    for one in self.events("finding"):
+                        self.assertEqual(texts[one["said"] - 1], one["message"])
+
     def test_a_stop_ends_all_parts_and_their_tools(self):
         builds = self.write_builds("A", "B", attributes={"A": 'Needs=""', "B": 'Needs=""'})
         self.write("p.kxproj", e2e.project(*builds))
@@ -179,6 +201,8 @@ class PartsTest(e2e.EndToEndTest):
         host.send_signal(signal.SIGINT)
         output, _ = host.communicate(timeout=60)
         self.assertEqual(host.returncode, 130, output)
+        self.assertNotIn("was ended by", output)
+        self.assertEqual([one["result"] for one in self.events("actionEnd")], ["stopped", "stopped"])
         self.assertEqual(sorted(self.tool_runs()), ["begin A ", "begin B "])
         self.assertEqual(self.events("runEnd")[0]["result"], "stopped")
         self.assertTrue(e2e.wait_until(lambda: not self.running_tools()))
@@ -243,8 +267,8 @@ class PartsTest(e2e.EndToEndTest):
         self.write("p.kxproj", e2e.project(*self.write_builds("A", "B")))
         self.run_parts()
         for jobs in 1, 2:
-            said = self.run_parts("A", "--baseline", "known.txt", "--write-baseline", jobs=jobs)
-            self.assertIn("The baseline is not written: the run is none that says all.", said)
+            said = self.run_parts("A", "--baseline", "known.txt", "--write-baseline", jobs=jobs, code=1)
+            self.assertIn("the baseline is not written: the run is none that says all.", said)
             self.assertEqual(known(), [1, 1])
             self.write("tools/fail-A")
             self.run_parts(jobs=jobs, code=1)  # which ends before B
@@ -267,6 +291,10 @@ class PartsTest(e2e.EndToEndTest):
             self.assertIn(f"1|2|{3 + jobs}|4", self.read("examples/p.kxproj"))
             stamped = self.read("examples/Greeter/Greeter.Core/Properties/AssemblyInfo.cs")
             self.assertIn(f"1.2.{3 + jobs}.4", stamped)
+        shown = self.host("run", "examples/p.kxproj", "--jobs", "2", "--no-save", *self.common)
+        self.assertIn("so that all actions run in it", shown)  # other processes would not know the number
+        self.assertIn("1|2|5|4", self.read("examples/p.kxproj"))
+        self.assertIn("1.2.6.4", self.read("examples/Greeter/Greeter.Core/Properties/AssemblyInfo.cs"))
 
 
 def read_command(pid):

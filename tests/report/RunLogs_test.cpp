@@ -174,6 +174,42 @@ TEST(RunMerge, PutsPartsAsTheProjectHasThemAndPassesIntoOneLoop) {
   EXPECT_FALSE(run.Part);
 }
 
+TEST(RunMerge, KeepsLoopsOfOneProjectTogetherWhateverTheirPassesHaveTold) {
+  const auto rowsOf = [](std::vector<TRunReport> runs) {
+    TRunMerge merge;
+    for (TRunReport& run : runs)
+      merge.Add(std::move(run));
+    std::string rows;
+    for (const auto& action : merge.Take().Actions)
+      rows +=
+          text::ToUtf8(action.Name) + " " + WordOf(action.Result) + " " + text::ToUtf8(action.Reason) + "; ";
+    return rows;
+  };
+  const auto pass = [](int number, std::vector<TActionResult> actions) {
+    return RunOf(TPartOfRun{0, number}, milliseconds(number), std::move(actions));
+  };
+  const auto because = [](TResultKind result, std::u16string reason) {
+    TActionResult row = Row(u"Loop", 0, result);
+    row.Reason = std::move(reason);
+    return row;
+  };
+  EXPECT_EQ(rowsOf({pass(1, {}), pass(2, {Row(u"Loop")}), pass(3, {}), pass(4, {Row(u"Loop")})}),
+            "Loop succeeded ; ")
+      << "those without an action were stopped before it began";
+  EXPECT_EQ(rowsOf({pass(1, {because(TResultKind::Skipped, u"resumed")}),
+                    pass(2, {because(TResultKind::Failed, u"")}),
+                    pass(3, {because(TResultKind::Skipped, u"needs")})}),
+            "Loop failed ; ");
+  EXPECT_EQ(rowsOf({pass(1, {because(TResultKind::Failed, u"")}),
+                    pass(2, {because(TResultKind::Failed, u"exit")})}),
+            "Loop failed exit; ");
+  TRunReport other = pass(1, {Row(u"Other loop", 0, TResultKind::Failed)});
+  other.File = u"/b/q.kxproj";
+  TRunReport elsewhere = pass(2, {Row(u"Loop")});
+  elsewhere.File = u"C:\\work\\P.kxproj"; // on another machine
+  EXPECT_EQ(rowsOf({other, pass(1, {Row(u"Loop")}), elsewhere}), "Loop succeeded ; Other loop failed ; ");
+}
+
 TEST_F(RunLogs, AreToldFromWhatIsNone) {
   const std::string line = ToJsonLine({Start, 0, TMessageSent{u"m"}});
   const std::tuple<const char*, std::string, std::string> rows[] = {
