@@ -111,8 +111,16 @@ void TKxCustomVSDotNetAction::GetFilesToRead(text::TStringList& files) {
       add(projects->GetItemInFileOrder(i));
     return;
   }
-  for (const auto& id : GetSelectedProjects())
-    if (const auto project = projects->FindByID(id)) add(project);
+  // The tools build what the selected ones need, too.
+  text::TStringList ids = GetSelectedProjects();
+  for (std::size_t i = 0; i < ids.Count(); ++i) {
+    const auto project = projects->FindByID(ids[i]);
+    if (!project) continue;
+    add(project);
+    const auto needs = project->GetDependancies();
+    for (const auto& id : needs->GetList())
+      if (!ids.IndexOf(id)) ids.Add(id);
+  }
 }
 
 void TKxCustomVSDotNetAction::GetRequirements(text::TStringList& words) const {

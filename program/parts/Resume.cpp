@@ -5,6 +5,7 @@
 #include "foundation/text/Hash.h"
 #include "foundation/text/Text.h"
 #include "foundation/text/WindowsPath.h"
+#include "program/parts/ProjectReach.h"
 #include "program/runner/References.h"
 #include "program/runner/Variables.h"
 
@@ -13,6 +14,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <span>
 #include <utility>
 
 namespace kx {
@@ -30,15 +32,25 @@ constexpr std::array<std::u16string_view, 6> KeptByTools{u".ncb",  u".sdf", u".s
 // What a working copy keeps for itself.
 constexpr std::array<std::u16string_view, 3> NoSources{u".git", u".svn", u".hg"};
 
-bool IsProjectFile(std::u16string_view file) {
-  return text::EndsWithIgnoreCase(file, u"proj");
+// Tests are run with whatever lies beside them.
+bool IsAssembly(std::u16string_view file) {
+  return text::EndsWithIgnoreCase(file, u".dll") || text::EndsWithIgnoreCase(file, u".exe");
 }
 
-// The folders of the projects, those within others left out.
-std::vector<std::u16string> SourceFolders(const TPart& part) {
-  std::set<std::u16string, text::IgnoreCaseLess> folders;
+// Nothing when a project cannot be read.
+std::optional<TReach> ReachOfPart(const TPart& part) {
+  auto reach = ReachOf(*part.Inputs);
+  if (!reach) return std::nullopt;
   for (const auto& input : *part.Inputs)
-    if (IsProjectFile(input)) folders.insert(text::ExtractFileDir(input));
+    if (IsAssembly(input)) reach->Folders.insert(text::ExtractFileDir(input));
+  reach->Files.insert(part.Inputs->begin(), part.Inputs->end());
+  reach->Files.insert(part.Outputs.begin(), part.Outputs.end());
+  return reach;
+}
+
+// Those within others left out.
+std::vector<std::u16string> Outermost(TPathSet folders, const TPathSet& more) {
+  folders.insert(more.begin(), more.end());
   std::vector<std::u16string> outermost;
   for (const auto& folder : folders) // one that holds others stands in front of them
     if (outermost.empty() ||
@@ -53,19 +65,19 @@ struct TFileState {
 };
 using TFiles = std::map<std::u16string, TFileState>;
 
-// Nothing when one cannot be looked at.
-std::optional<TFiles> FilesOf(const TPart& part) {
+// Nothing when one cannot be looked at, as a product that is gone.
+std::optional<TFiles> FilesOf(const TReach& reach) {
   TFiles files;
   const auto take = [&files](const platform::FileStamp& stamp) {
     files.insert_or_assign(stamp.Path, TFileState{stamp.Size, stamp.Changed});
   };
-  for (const auto& folder : SourceFolders(part)) {
+  for (const auto& folder : Outermost(reach.ProjectFolders, reach.Folders)) {
     const auto found = platform::ListFileTree(folder, NoSources);
     if (!found) return std::nullopt;
     std::ranges::for_each(*found, take);
   }
-  for (const auto& input : *part.Inputs) {
-    const auto stamp = platform::StampOfFile(input);
+  for (const auto& file : reach.Files) {
+    const auto stamp = platform::StampOfFile(file);
     if (!stamp) return std::nullopt;
     take(*stamp);
   }
@@ -78,21 +90,30 @@ std::u16string LineOf(const std::u16string& path, const TFileState& state) {
          path + u"\n";
 }
 
+bool IsOneOf(std::span<const std::u16string_view> words, std::u16string_view text) {
+  return std::ranges::any_of(words, [text](auto word) { return text::EqualsIgnoreCase(word, text); });
+}
+
+bool IsInProductFolder(std::u16string_view path, std::u16string_view folder, bool folderCounts) {
+  if (!text::StartsWithIgnoreCase(path, text::IncludeTrailingPathDelimiter(folder))) return false;
+  for (std::u16string below = text::ExtractFileDir(path);
+       below.size() > folder.size() || (folderCounts && below.size() == folder.size());
+       below = text::ExtractFileDir(below))
+    if (IsOneOf(ProductFolders, text::ExtractFileName(below))) return true;
+  return false;
+}
+
 // Whether a file that changed while the part ran is the part's own work. Another one may have been edited
 // meanwhile, and nobody knows which of its contents was read.
-bool IsProduct(const TPart& part, const std::vector<std::u16string>& folders, const std::u16string& path) {
-  const auto isOneOf = [](const auto& words, std::u16string_view text) {
-    return std::ranges::any_of(words,
-                               [text](const auto& word) { return text::EqualsIgnoreCase(word, text); });
+bool IsProduct(const TPart& part, const TReach& reach, const std::u16string& path) {
+  const auto isOutput = [&path](const auto& output) { return text::EqualsIgnoreCase(output, path); };
+  const auto isIn = [&path](bool folderCounts) {
+    return
+        [&path, folderCounts](const auto& folder) { return IsInProductFolder(path, folder, folderCounts); };
   };
-  if (isOneOf(part.Outputs, path) || isOneOf(KeptByTools, text::ExtractFileExt(path))) return true;
-  for (const auto& folder : folders) {
-    if (!text::StartsWithIgnoreCase(path, text::IncludeTrailingPathDelimiter(folder))) continue;
-    for (std::u16string below = text::ExtractFileDir(path); below.size() > folder.size();
-         below = text::ExtractFileDir(below))
-      if (isOneOf(ProductFolders, text::ExtractFileName(below))) return true;
-  }
-  return false;
+  return std::ranges::any_of(part.Outputs, isOutput) || IsOneOf(KeptByTools, text::ExtractFileExt(path)) ||
+         std::ranges::any_of(reach.ProjectFolders, isIn(false)) ||
+         std::ranges::any_of(reach.Folders, isIn(true));
 }
 
 // Everything that a run could take from outside of an action: one line each.
@@ -168,7 +189,8 @@ std::set<std::size_t> TResume::MayPassOver(const history::TPassedParts& known) c
 }
 
 bool TResume::IsUnchanged(const TPart& part, const std::u16string& state) const {
-  const auto files = FilesOf(part);
+  const auto reach = ReachOfPart(part);
+  const auto files = reach ? FilesOf(*reach) : std::nullopt;
   if (!files) return false;
   std::u16string now = SettingsOf(part);
   for (const auto& [path, file] : *files)
@@ -178,12 +200,12 @@ bool TResume::IsUnchanged(const TPart& part, const std::u16string& state) const 
 
 // Nothing for what may have changed behind the part.
 std::optional<std::u16string> TResume::StateOf(const TPart& part, const TPartResult& result) const {
-  const auto files = FilesOf(part);
+  const auto reach = ReachOfPart(part);
+  const auto files = reach ? FilesOf(*reach) : std::nullopt;
   if (!files) return std::nullopt;
-  const auto folders = SourceFolders(part);
   std::u16string state = SettingsOf(part);
   for (const auto& [path, file] : *files) {
-    if (file.Changed > result.Ended || (file.Changed >= result.Began && !IsProduct(part, folders, path)))
+    if (file.Changed > result.Ended || (file.Changed >= result.Began && !IsProduct(part, *reach, path)))
       return std::nullopt;
     state += LineOf(path, file);
   }

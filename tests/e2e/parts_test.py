@@ -174,8 +174,8 @@ class PartsTest(e2e.EndToEndTest):
         inner = e2e.action("MESSAGE", 'Name="In"', Text="bad %Project%", Status="Error")
         for attributes, arguments, held_up in (('ContinueOnError="true"', (), 2), ("", ("--keep-going",), 4)):
             loop = (f'<Action Type="SOLUTIONITERATOR" Name="Loop" Parallel="true" {attributes}>'
-                    "<LoopVariable>Project</LoopVariable><Solution>Greeter/Greeter.sln</Solution><SortByDependency>True</SortByDependency>"
-                    f"<IterateValue>svName</IterateValue><Actions>{inner}</Actions></Action>\n")
+                    "<LoopVariable>Project</LoopVariable><Solution>Greeter/Greeter.sln</Solution>"
+                    f"<SortByDependency>True</SortByDependency><IterateValue>svName</IterateValue><Actions>{inner}</Actions></Action>\n")
             self.write("examples/p.kxproj", e2e.project(
                 loop, message("Behind", 'Needs="Loop"'), message("Last", 'Needs="Behind"'),
                 message("Free", 'Needs=""', status="Warning")))
@@ -243,6 +243,10 @@ class PartsTest(e2e.EndToEndTest):
         self.assertEqual(resumed(code=1), done | bad)
         self.assertEqual(resumed("--resume", code=1), {"A": "skipped", "B": "skipped"} | bad)
         self.write("A/new.cs")
+        self.assertEqual(resumed("--resume", code=1), {"A": "succeeded", "B": "skipped"} | bad)
+        self.write("A/A.csproj", '<Compile Include="..\\shared\\s.cs"/>')
+        self.assertEqual(resumed("--resume", code=1), {"A": "succeeded", "B": "skipped"} | bad)
+        self.write("shared/s.cs")
         self.assertEqual(resumed("--resume", code=1), {"A": "succeeded", "B": "skipped"} | bad)
         self.write("B/obj/B", "by somebody else")
         self.write("tools/hold-B")  # in the middle of it a source is edited
