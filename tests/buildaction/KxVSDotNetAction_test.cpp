@@ -182,7 +182,7 @@ TEST_F(BuildAction, TellsBeforehandWhichFilesItReads) {
   const std::pair<std::u16string, std::string> cases[] = {
       {u"", "DIR/App.sln DIR/App/App.csproj DIR/Lib/Lib.csproj DIR/Setup/Setup.vdproj"},
       {chosen + LibId, "DIR/App.sln DIR/Lib/Lib.csproj"},
-      {chosen + u"%P%", "DIR/App.sln DIR/App/App.csproj"},
+      {chosen + u"%P%", "DIR/App.sln DIR/App/App.csproj DIR/Lib/Lib.csproj"}, // which it needs
       {chosen + u"Nothing", "DIR/App.sln"},
       {u"Solution=missing.sln", ""}};
   host_.Variables[u"P"] = u"App";

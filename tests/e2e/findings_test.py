@@ -66,8 +66,10 @@ class FindingsTest(e2e.EndToEndTest):
         self.host("report", "log.jsonl", "--junit", "log.jsonl", code=2)
 
     def test_a_part_without_a_log_is_no_success(self):
-        self.run_with("c.c(3): warning C1: t", arguments=("--part", "build"))
-        said = self.host("report", "log.jsonl", "log.jsonl", "--parts", "2", "--report", "r.html", code=1)
+        for _ in range(2):  # on one machine that was lost, and on another
+            self.write("first.jsonl", self.read("log.jsonl") if (self.folder / "log.jsonl").exists() else "")
+            self.run_with("c.c(3): warning C1: t", arguments=("--part", "build"))
+        said = self.host("report", "first.jsonl", "log.jsonl", "--parts", "2", "--report", "r.html", code=1)
         self.assertRegex(said, r"error: There is no log of 1 of 2 parts(?s:.*)\nParts without a log +failed \(parts-missing\) ")
         self.assertIn("There is no log of 1 of 2 parts", self.read("r.html"))
         self.host("report", "log.jsonl", "--parts", "1")

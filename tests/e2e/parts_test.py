@@ -175,7 +175,8 @@ class PartsTest(e2e.EndToEndTest):
         for attributes, arguments, held_up in (('ContinueOnError="true"', (), 2), ("", ("--keep-going",), 4)):
             loop = (f'<Action Type="SOLUTIONITERATOR" Name="Loop" Parallel="true" {attributes}>'
                     "<LoopVariable>Project</LoopVariable><Solution>Greeter/Greeter.sln</Solution>"
-                    f"<SortByDependency>True</SortByDependency><IterateValue>svName</IterateValue><Actions>{inner}</Actions></Action>\n")
+                    "<SortByDependency>True</SortByDependency><IterateValue>svName</IterateValue>"
+                    f"<Actions>{inner}</Actions></Action>\n")
             self.write("examples/p.kxproj", e2e.project(
                 loop, message("Behind", 'Needs="Loop"'), message("Last", 'Needs="Behind"'),
                 message("Free", 'Needs=""', status="Warning")))

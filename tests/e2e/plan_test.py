@@ -116,13 +116,13 @@ class PlanTest(e2e.EndToEndTest):
         loop = action("SOLUTIONITERATOR", 'Name="Each" Parallel="true"', Solution=place, LoopVariable="P", IterateValue="svName")
         self.write("p.kxproj", project(loop.replace("</Action>", f"<Actions>{stamp}</Actions></Action>")))
         parts = json.loads(self.host("plan", "p.kxproj", "--format", "json"))["parts"]
-        told = {part["id"]: ([pathlib.Path(file).name for file in part["inputs"]],
+        told = {part["id"]: (sorted(pathlib.Path(file).name for file in part["inputs"]),
                              [str(pathlib.Path(file).relative_to(self.folder / "examples/Greeter")) for file in part["outputs"]],
                              part["needs"], part["capabilities"]) for part in parts}
 
         def part(name, *needs):
-            return (["Greeter.sln", f"{name}.csproj"], [f"{name}/Properties/AssemblyInfo.cs"], [f"Each/{need}" for need in needs],
-                    ["vs2010"])
+            return (sorted(["Greeter.sln", *(f"{one}.csproj" for one in (name, *needs))]), [f"{name}/Properties/AssemblyInfo.cs"],
+                    [f"Each/{need}" for need in needs], ["vs2010"])
         self.assertEqual(told, {"Each/Greeter.Core": part("Greeter.Core"),
                                 "Each/Greeter.Text": part("Greeter.Text", "Greeter.Core"),
                                 "Each/Greeter.App": part("Greeter.App", "Greeter.Core", "Greeter.Text")})
