@@ -31,10 +31,10 @@ struct TResumeSettings {
 // A part may be passed over when it succeeded, what it needs is passed over, and it would be made of the
 // same: its action and all that the action refers to (variables, property sets, options, the environment),
 // the files that it reads, all files of the folders of its projects, and what those reach elsewhere
-// (ProjectReach.h). What it has made must be as it left it. A file that has changed since, or come anew, makes
-// it run: so what other parts write into those folders behind it does that, too, and a source that was edited
-// while it ran. Where a gate counts findings, so does a part that told of any: passed over, it would tell of
-// none.
+// (ProjectReach.h). What it has made must be as it left it. A file that has changed since, or come anew,
+// makes it run: so what other parts write into those folders behind it does that, too, and a source that was
+// edited while it ran. Where a gate counts findings, so does a part that told of any: passed over, it would
+// tell of none.
 class TResume {
 public:
   // Project and plan outlive this.

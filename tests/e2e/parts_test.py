@@ -245,9 +245,9 @@ class PartsTest(e2e.EndToEndTest):
         self.assertEqual(resumed("--resume", code=1), {"A": "skipped", "B": "skipped"} | bad)
         self.write("A/new.cs")
         self.assertEqual(resumed("--resume", code=1), {"A": "succeeded", "B": "skipped"} | bad)
-        self.write("A/A.csproj", '<Compile Include="..\\shared\\s.cs"/>')
+        self.write("A/A.csproj", '<Compile Include="..\\common\\s.cs"/>')
         self.assertEqual(resumed("--resume", code=1), {"A": "succeeded", "B": "skipped"} | bad)
-        self.write("shared/s.cs")
+        self.write("common/s.cs")
         self.assertEqual(resumed("--resume", code=1), {"A": "succeeded", "B": "skipped"} | bad)
         self.write("B/obj/B", "by somebody else")
         self.write("tools/hold-B")  # in the middle of it a source is edited

@@ -25,29 +25,29 @@ protected:
 
 TEST_F(ProjectReach, IsWhatLeadsOutOfTheFolder) {
   for (const char* name :
-       {"libs/a b/x.lib", "shared/s.cs", "out/bin/old.dll", "main/own/c.cs", "main/own.cs", "top.cs"})
+       {"libs/a b/x.lib", "common/s.cs", "out/bin/old.dll", "main/own/c.cs", "main/own.cs", "top.cs"})
     folder_.Write(name, "");
   folder_.Write("props/p.props",
                 R"(<Import Project="..\props\q.targets"/><I Include="more.h"/><I Include="..\top.cs"/>)");
-  folder_.Write("props/q.targets", "<C>copy ..\\shared\\s.cs .</C>");
-  folder_.Write("core/core.csproj", R"(<C Include="..\shared\s.cs"/><R Include="..\main\m.csproj"/>)");
+  folder_.Write("props/q.targets", "<C>copy ..\\common\\s.cs .</C>");
+  folder_.Write("core/core.csproj", R"(<C Include="..\common\s.cs"/><R Include="..\main\m.csproj"/>)");
   const std::tuple<std::string, std::string, std::string, std::string> rows[] = {
       // what the project holds; the folders of projects, other folders, files
       {R"-(<C Include="own\c.cs"/><C Include="own\..\own.cs"/><P>..\gone.cs</P><U>http://x/../y</U>)-",
        "main ", "", ""},
-      {R"-(<File RelativePath="..\shared\s.cs"/>)-", "main ", "", "shared/s.cs "},
+      {R"-(<File RelativePath="..\common\s.cs"/>)-", "main ", "", "common/s.cs "},
       {R"-(<H>../libs/a b/x.lib</H>)-", "main ", "", "libs/a b/x.lib "},
-      {R"-(<R Include="..\core\core.csproj"><N>core</N></R>)-", "core main ", "", "shared/s.cs "},
+      {R"-(<R Include="..\core\core.csproj"><N>core</N></R>)-", "core main ", "", "common/s.cs "},
       {R"-(<OutputPath>..\out\bin\</OutputPath>)-", "main ", "out/bin ", ""},
-      {R"-(<O>..\out\$(Configuration)\</O><C Include="..\shared\*.cs"/>)-", "main ", "out shared ", ""},
+      {R"-(<O>..\out\$(Configuration)\</O><C Include="..\common\*.cs"/>)-", "main ", "out common ", ""},
       {R"-(<T OutputDirectory="$(SolutionDir)\$(ConfigurationName)"/>)-", "main ", "libs ", ""},
       {R"-(<O>$(solutiondir)a b\x.lib</O><O>$(OutDir)\..\x</O>)-", "main ", "", "libs/a b/x.lib "},
       {R"-(<I Project="$(MSBuildToolsPath)\..\Microsoft.CSharp.targets"/>)-", "main ", "", ""},
-      {R"-(<I>$(MSBuildProjectDirectory)\..\shared\s.cs</I>)-", "main ", "", "shared/s.cs "},
+      {R"-(<I>$(MSBuildProjectDirectory)\..\common\s.cs</I>)-", "main ", "", "common/s.cs "},
       {R"-(<E>xcopy /y "$(TargetPath)" ..\out\bin</E>)-", "main ", "out/bin ", ""},
       {R"-(<I Project="..\props\p.props"/>)-", "main ", "",
-       "props/p.props props/q.targets shared/s.cs top.cs "},
-      {"<C>" + text::ToUtf8(folder_.Path("shared/s.cs")) + "</C><C>/</C>", "main ", "", "shared/s.cs "},
+       "props/p.props props/q.targets common/s.cs top.cs "},
+      {"<C>" + text::ToUtf8(folder_.Path("common/s.cs")) + "</C><C>/</C>", "main ", "", "common/s.cs "},
   };
   for (const auto& [text, projects, folders, files] : rows) {
     const std::u16string inputs[] = {folder_.Write("libs/all.sln", "..\\out\\bin"),
