@@ -39,14 +39,14 @@ TEST_F(ProjectReach, IsWhatLeadsOutOfTheFolder) {
       {R"-(<H>../libs/a b/x.lib</H>)-", "main ", "", "libs/a b/x.lib "},
       {R"-(<R Include="..\core\core.csproj"><N>core</N></R>)-", "core main ", "", "common/s.cs "},
       {R"-(<OutputPath>..\out\bin\</OutputPath>)-", "main ", "out/bin ", ""},
-      {R"-(<O>..\out\$(Configuration)\</O><C Include="..\common\*.cs"/>)-", "main ", "out common ", ""},
+      {R"-(<O>..\out\$(Configuration)\</O><C Include="..\common\*.cs"/>)-", "main ", "common out ", ""},
       {R"-(<T OutputDirectory="$(SolutionDir)\$(ConfigurationName)"/>)-", "main ", "libs ", ""},
       {R"-(<O>$(solutiondir)a b\x.lib</O><O>$(OutDir)\..\x</O>)-", "main ", "", "libs/a b/x.lib "},
       {R"-(<I Project="$(MSBuildToolsPath)\..\Microsoft.CSharp.targets"/>)-", "main ", "", ""},
       {R"-(<I>$(MSBuildProjectDirectory)\..\common\s.cs</I>)-", "main ", "", "common/s.cs "},
       {R"-(<E>xcopy /y "$(TargetPath)" ..\out\bin</E>)-", "main ", "out/bin ", ""},
       {R"-(<I Project="..\props\p.props"/>)-", "main ", "",
-       "props/p.props props/q.targets common/s.cs top.cs "},
+       "common/s.cs props/p.props props/q.targets top.cs "},
       {"<C>" + text::ToUtf8(folder_.Path("common/s.cs")) + "</C><C>/</C>", "main ", "", "common/s.cs "},
   };
   for (const auto& [text, projects, folders, files] : rows) {
