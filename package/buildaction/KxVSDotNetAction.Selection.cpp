@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <set>
 
 namespace kx {
 
@@ -112,14 +113,16 @@ void TKxCustomVSDotNetAction::GetFilesToRead(text::TStringList& files) {
     return;
   }
   // The tools build what the selected ones need, too.
-  text::TStringList ids = GetSelectedProjects();
-  for (std::size_t i = 0; i < ids.Count(); ++i) {
+  const text::TStringList selected = GetSelectedProjects();
+  std::vector<std::u16string> ids(selected.begin(), selected.end());
+  std::set<std::u16string> known(selected.begin(), selected.end());
+  for (std::size_t i = 0; i < ids.size(); ++i) {
     const auto project = projects->FindByID(ids[i]);
     if (!project) continue;
     add(project);
     const auto needs = project->GetDependancies();
     for (const auto& id : needs->GetList())
-      if (!ids.IndexOf(id)) ids.Add(id);
+      if (known.insert(id).second) ids.push_back(id);
   }
 }
 
