@@ -28,6 +28,7 @@ export function makeOffers(form, control) {
 function loader(form, control, list) {
   let looking = new AbortController();
   const load = async () => {
+    if (!list.isConnected) return; // the form shows something else by now
     looking.abort();
     looking = new AbortController();
     const { signal } = looking;
