@@ -739,3 +739,193 @@ test("300 actions, narrow and wide, light and dark: nothing that axe calls serio
     await editor.close();
   }
 });
+
+test("variables and property sets are added, changed and removed, and what is not saved is asked about at the end", async () => {
+  await withEditor(devenv(), async (page, editor) => {
+    const dialog = page.locator("dialog");
+    const press = (name) => page.getByRole("button", { name, exact: true }).click();
+    const add = async (what, name, value) => {
+      await press(what);
+      await dialog.getByLabel("Name").fill(name);
+      if (value) await dialog.getByLabel("Value").fill(value);
+      else await dialog.getByLabel("Kind").selectOption("Win32");
+      await page.keyboard.press("Enter");
+      await page.locator("#project", { hasText: name }).waitFor();
+    };
+    await page.click("#show-variables");
+    await add("Add a variable…", "Root", "eins");
+    await add("Add a variable…", "Gone", "zwei");
+    await add("Add a property set…", "Stamp");
+    await add("Add a value…", "CompanyName", "Bücher & Co");
+    await add("Add a value…", "Comments", "weg");
+    await page.getByLabel("Root", { exact: true }).fill("drei");
+    for (const name of ["Gone", "Comments"]) {
+      await press(`Remove ${name}`);
+      await page.getByLabel(name, { exact: true }).waitFor({ state: "detached" });
+    }
+    await save(page);
+    holds(editor.read("p.kxproj"), "drei", "Stamp", "CompanyName", "Bücher &amp; Co");
+    assert.doesNotMatch(editor.read("p.kxproj"), /eins|Gone|zwei|Comments|weg/);
+    await press("Remove the property set Stamp");
+    await page.locator("#project", { hasText: "Stamp" }).waitFor({ state: "detached" });
+    const again = await startAgain(page, editor);
+    await again.getByRole("button", { name: "Remove them" }).click();
+    await again.getByRole("button", { name: "Remove", exact: true }).last().click();
+    await again.waitForSelector("#unsaved:not(:has(button))", { state: "attached" });
+    assert.ok(!fs.existsSync(`${editor.folder}/p.unsaved.kxproj`));
+    const end = async (last, choice) => {
+      await rename(last, choice);
+      await command(last, "End the editor");
+      await last.getByRole("button", { name: choice }).click();
+      await last.getByText("The editor has ended").waitFor();
+      assert.equal(await editor.ended, 0);
+      assert.equal(editor.read("p.kxproj").includes(choice), choice === "Save and end");
+    };
+    await end(again, "End without saving");
+    await editor.start();
+    await end(await openPage(browser, editor.address), "Save and end");
+  });
+});
+
+test("the tree, the palette and the pages are used by the keyboard", async () => {
+  const group = `    <Group Name="Tools">\n${devenv("", "Erste")}    </Group>\n`;
+  await withEditor(group + devenv("", "Zweite"), async (page) => {
+    await page.locator("#tree [aria-selected=true]").focus();
+    for (const [key, name] of Object.entries({ End: "Zweite", Home: "Tools", ArrowRight: "Erste" })) {
+      await page.keyboard.press(key);
+      await page.locator("#tree [aria-selected=true]:focus", { hasText: name }).waitFor();
+    }
+    await page.keyboard.press("Alt+ArrowLeft");
+    await page.locator("#tree [aria-level='1'][aria-selected=true]:focus", { hasText: "Erste" }).waitFor();
+    await page.keyboard.press("Alt+ArrowDown");
+    await page.locator("[role=treeitem] >> nth=2 >> text=Erste").waitFor();
+    await page.click("#copy");
+    await page.locator("[role=treeitem] >> nth=3 >> text=Erste").waitFor();
+    const palette = page.locator("dialog.palette");
+    for (const leave of [() => page.keyboard.press("Escape"), () => page.mouse.click(5, 890)]) {
+      await page.keyboard.press("Control+k");
+      await page.keyboard.type("nirgends");
+      await palette.getByText("Nothing matches.").waitFor();
+      await page.keyboard.press("Control+a");
+      await page.keyboard.type(">move");
+      await page.keyboard.press("ArrowUp"); // round to the last
+      assert.equal(await palette.locator("[role=option]").last().getAttribute("aria-selected"), "true");
+      await leave();
+      await palette.waitFor({ state: "detached" });
+    }
+    const search = page.locator("#pages input[type=search]");
+    await search.fill("Extra Command");
+    await page.locator("[data-field=ExtraCmdLineParams]").waitFor();
+    assert.equal(await page.locator("#pages [data-field]").count(), 1);
+    await search.fill("gibt es nicht");
+    await page.getByText("No property matches.").waitFor();
+    await page.getByRole("button", { name: "Clear", exact: true }).click();
+    assert.equal(await search.inputValue(), "");
+    const tabs = page.locator("#pages [role=tab]");
+    await tabs.first().click();
+    await page.keyboard.press("ArrowLeft"); // round to the last
+    assert.equal(await tabs.last().getAttribute("aria-selected"), "true");
+  });
+});
+
+test("a log is read by the keyboard, folded, downloaded, and coloured as its tool wants", async () => {
+  await withEditor(devenv(), async (page, editor) => {
+    const colours = "echo $'\\e[1;31mrot\\e[0m und \\e[92mgrün\\e[39m'\n";
+    fs.writeFileSync(
+      `${editor.folder}/tool/devenv.com`,
+      editor.read("tool/devenv.com").replace("for ((", () => `${colours}for ((`),
+    );
+    await page.click("#start");
+    await page.locator("#progress", { hasText: /^Run 1: / }).waitFor();
+    const log = page.locator("#log");
+    const line = log.locator("[role=option]", { hasText: "rot und grün" });
+    const last = async () => Number(await log.locator("[role=option]").last().getAttribute("aria-setsize"));
+    await page.click("#unfold");
+    await log.focus();
+    for (const [key, place] of Object.entries({ Home: 1, ArrowDown: 2, PageUp: 1, End: await last() })) {
+      await page.keyboard.press(key);
+      await log.locator(`[aria-selected=true][aria-posinset='${place}']`).waitFor();
+    }
+    await page.waitForSelector("#log-follow[aria-pressed=true]");
+    await line.locator(".bold", { hasText: /^rot$/ }).waitFor();
+    assert.equal(await line.locator("span.text span").count(), 2, "und has no colour");
+    await page.getByLabel("Search the log").fill("ROT UND GRÜN");
+    await page.locator("#log-found", { hasText: /^1 line$/ }).waitFor();
+    await page.keyboard.press("Enter");
+    await log.locator("[aria-selected=true] mark", { hasText: "rot und grün" }).waitFor();
+    await log.focus();
+    await page.keyboard.press("ArrowLeft"); // to the group around it
+    for (const [key, state] of Object.entries({ ArrowLeft: "detached", ArrowRight: "attached", Enter: "detached" })) {
+      await page.keyboard.press(key);
+      await line.waitFor({ state });
+    }
+    const download = async () => {
+      const [file] = await Promise.all([page.waitForEvent("download"), page.click("#log-download")]);
+      return [file.suggestedFilename(), fs.readFileSync(await file.path(), "utf8")];
+    };
+    assert.ok(!(await download())[1].includes("rot"), "what is folded is not shown");
+    await page.click("#unfold");
+    const [name, text] = await download();
+    assert.equal(name, "p-run-1.log");
+    assert.match(text, /^ +rot und grün$/m);
+    assert.equal(text.split("\n").length - 1, await last());
+    await page.click("#log-times");
+    await line.locator("time", { hasText: /^\d\d:\d\d:\d\d$/ }).waitFor({ state: "visible" });
+  });
+});
+
+test("problems are filtered and chosen by the keyboard, and two runs stand side by side", async () => {
+  await withEditor(
+    devenv(),
+    async (page) => {
+      for (const number of [1, 2, 3]) {
+        await page.click("#start");
+        await page.locator("#progress", { hasText: new RegExp(`^Run ${number}: `) }).waitFor();
+      }
+      await page.locator("#dock-list button", { hasText: "CS0103" }).first().click();
+      const rows = page.locator("#view-problems .list .entry");
+      await page.locator("#view-problems .list .entry[aria-current=true]:focus", { hasText: "The name 'x'" }).waitFor();
+      await page.getByRole("button", { name: "Show in the log" }).click();
+      await page.locator("#log [aria-selected=true]", { hasText: "CS0103" }).waitFor();
+      await page.click("#show-problems");
+      const kinds = page.locator("#problem-kinds button");
+      await kinds.nth(1).click();
+      assert.equal(await rows.count(), 1);
+      await page.getByLabel("Search text, file or code").fill("many.cs");
+      await page.getByText("No problem matches.").waitFor();
+      await page.locator("#view-problems").getByRole("button", { name: "Clear" }).click();
+      assert.equal(await rows.count(), Number((await kinds.first().textContent()).replace("All ", "")));
+      await page.getByLabel("Search text, file or code").fill("many.cs");
+      await rows.nth(3).waitFor({ state: "detached" });
+      assert.equal(await rows.count(), 3);
+      await rows.first().click();
+      const said = page.locator("#view-problems .detail h2");
+      for (const [key, index] of Object.entries({ End: 2, ArrowUp: 1, Home: 0, ArrowDown: 1 })) {
+        await page.keyboard.press(key);
+        assert.equal(await said.textContent(), String(index));
+      }
+      await page.locator("#view-problems .same button", { hasText: /2$/ }).click();
+      assert.equal(await said.textContent(), "2");
+      await page.setViewportSize({ width: 400, height: 800 });
+      await page.locator("#view-problems").getByRole("button", { name: "Back" }).click();
+      await rows.nth(2).and(page.locator(":focus")).waitFor();
+      await page.setViewportSize({ width: 1200, height: 900 });
+      await Promise.all([page.waitForResponse(/api.history/), page.click("#show-history")]);
+      await settled(page);
+      await page.getByLabel("Compare run 1").check(); // the one that was chosen first makes way
+      const chosen = await page.locator("#history-runs tr.chosen").evaluateAll((all) => all.map((row) => row.dataset.run));
+      assert.deepEqual(chosen, ["2", "1"]);
+      await page.locator("#history-detail h2", { hasText: "Run 2 against 1" }).waitFor();
+      const output = page.locator(".trend output").nth(1);
+      await page.locator(".trend").nth(1).focus();
+      const read = [];
+      for (const key of ["ArrowLeft", "ArrowLeft", "ArrowLeft", "ArrowRight"]) {
+        await page.keyboard.press(key);
+        read.push(await output.textContent());
+      }
+      assert.deepEqual(read, ["Run 3: 4", "Run 2: 4", "Run 1: 4", "Run 2: 4"]);
+      forgetRefusals(page); // there is no Many.cs
+    },
+    { environment: { WARNINGS: "3" } },
+  );
+});
