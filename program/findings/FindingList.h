@@ -41,6 +41,7 @@ public:
   const std::vector<TFinding>& Kept() const { return kept_; }
   std::vector<TFinding> Take() { return std::move(kept_); } // the list is done with then
   std::int64_t More() const { return more_; }               // that were not kept
+  void AddMore(std::int64_t more) { more_ += more; }        // that a list before this one has not kept
 
 private:
   void Tell(std::size_t place) const {

@@ -66,6 +66,7 @@ void TRunFindings::EndAction() {
 }
 
 void TRunFindings::EndAttempt(bool counts) {
+  const std::int64_t more = List().More();
   const auto found = List().Take();
   lists_.pop_back();
   if (!counts) {
@@ -74,6 +75,7 @@ void TRunFindings::EndAttempt(bool counts) {
   }
   for (const auto& finding : found)
     List().Add(finding);
+  List().AddMore(more);
 }
 
 void TRunFindings::Add(TFinding finding) {

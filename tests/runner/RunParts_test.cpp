@@ -1,4 +1,5 @@
 #include "contract/UnitTests.h"
+#include "program/findings/FindingList.h"
 #include "tests/runner/TestActions.h"
 
 #include <gmock/gmock.h>
@@ -137,6 +138,17 @@ TEST_F(RunParts, AFailedAttemptIsAWarningAndTheLastOneCounts) {
     found += text::ToUtf8(finding.Message) + "|";
   EXPECT_EQ(found, "Attempt 1 of 3 failed, and another one follows: broken 1|Attempt 2 of 3 failed, and "
                    "another one follows: broken 2|broken 3|");
+}
+
+TEST_F(RunParts, AnAttemptThatCountsCountsTheFindingsThatAreNotKept) {
+  Add(u"a", Terms(1), [](TStepAction& a) {
+    for (std::size_t i = 0; i < TFindingList::MostKept + 7; ++i)
+      a.SendMessage(u"w" + text::FromInteger(static_cast<int>(i)), TStatusTag::stWarning);
+    return true;
+  });
+  Host.Run();
+  EXPECT_EQ(Host.Report.Findings.size(), TFindingList::MostKept);
+  EXPECT_EQ(Host.Report.MoreFindings, 7);
 }
 
 TEST_F(RunParts, ALoopThatIsTriedAgainHasTheRowsOfItsLastAttempt) {
