@@ -291,6 +291,7 @@ bool TRunEngine::Attempt(const TActionNode& node) {
   const TActionTerms& terms = node.Terms();
   lastTool_.clear();
   firstError_.clear();
+  watcher_->BeginAttempt();
   if (isDryRun_ || (terms.TimeLimit.count() == 0 && terms.IdleLimit.count() == 0)) {
     const bool returned = Execute(node);
     EndAttempt(returned);

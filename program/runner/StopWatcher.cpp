@@ -27,6 +27,11 @@ void TStopWatcher::Leave() {
   told_ = nullptr;
 }
 
+void TStopWatcher::BeginAttempt() {
+  const std::scoped_lock lock(mutex_);
+  told_ = nullptr;
+}
+
 void TStopWatcher::Tell() {
   const std::scoped_lock lock(mutex_);
   TellCurrent();

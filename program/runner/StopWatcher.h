@@ -21,7 +21,8 @@ public:
 
   void Enter(TCustomKxAction& action);
   void Leave();
-  void Tell(); // the innermost, whatever the signal says
+  void BeginAttempt(); // of the innermost: what it was told was for the attempt before
+  void Tell();         // the innermost, whatever the signal says
 
 private:
   void Watch();

@@ -191,12 +191,17 @@ TEST_F(RunParts, ALimitEndsTheActionAndIsSaid) {
 
 TEST_F(RunParts, AnAttemptBehindALimitBeginsAnew) {
   int attempts = 0;
-  Add(u"a", Terms(1, seconds(1)),
-      [&attempts](TStepAction& a) { return ++attempts == 2 ? !a.Host().Stop().IsRaised() : WaitForStop(a); });
-  EXPECT_THAT(Host.Run(), ElementsAre("a {", "  2 The action was ended: its time limit of 1s is over.",
-                                      "  2 Warning : Attempt 1 of 2 failed, and another one follows: The "
-                                      "action was ended: its time limit of 1s is over.",
-                                      "  0 Attempt 2 of 2", "} True"));
+  Add(u"a", Terms(2, seconds(1)), [&attempts](TStepAction& a) {
+    a.Terminated.Clear();
+    return ++attempts == 3 ? !a.Host().Stop().IsRaised() : WaitForStop(a);
+  });
+  const std::string ended = "The action was ended: its time limit of 1s is over.";
+  EXPECT_THAT(Host.Run(),
+              ElementsAre("a {", "  2 " + ended,
+                          "  2 Warning : Attempt 1 of 3 failed, and another one follows: " + ended,
+                          "  0 Attempt 2 of 3", "  2 " + ended,
+                          "  2 Warning : Attempt 2 of 3 failed, and another one follows: " + ended,
+                          "  0 Attempt 3 of 3", "} True"));
 }
 
 TEST_F(RunParts, TheLimitOfALoopEndsWhatRunsInItForGood) {
