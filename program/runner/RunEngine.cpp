@@ -193,7 +193,7 @@ void TRunEngine::SkipHeldUp(const TSchedule& schedule, const std::vector<std::si
 
 bool TRunEngine::RunNodes(const std::vector<std::unique_ptr<TActionNode>>& nodes) {
   const bool wentOn = std::ranges::all_of(nodes, [this](const auto& node) {
-    return !StopSignal.IsRaised() && GoesOnBehind(RunNode(*node), node->OnFailure());
+    return !Stop().IsRaised() && GoesOnBehind(RunNode(*node), node->OnFailure());
   });
   report_.IsPartial = report_.IsPartial || !wentOn;
   return wentOn;
@@ -353,7 +353,8 @@ void TRunEngine::SayLimit(const TActionNode& node, TLimitKind reached) {
   const std::u16string tool = text::ExtractFileName(lastTool_);
   if (!isTime && text::EqualsIgnoreCase(text::ChangeFileExt(tool, u""), u"devenv"))
     text += u" The likely cause: " + tool + u" shows a dialog that nobody sees and waits for an answer.";
-  Say({std::move(text), TStatusTag::stError});
+  findings_.TakeLimit(text, FindingHere());
+  Show({std::move(text), TStatusTag::stError});
   frames_.back().Execution.Breach(isTime ? TimeLimitReached : IdleLimitReached);
 }
 
@@ -361,7 +362,7 @@ void TRunEngine::EndAttempt(bool returned) {
   TExecution& execution = frames_.back().Execution;
   execution.EndConfiguration(FailureKind());
   if (returned) Judge(execution);
-  if (!returned && execution.Counts().Errors == 0 && !StopSignal.IsRaised())
+  if (!returned && execution.Counts().Errors == 0 && !Stop().IsRaised())
     Say({u"The action failed without a message.", TStatusTag::stError});
 }
 

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 namespace kx {
 
@@ -26,6 +27,13 @@ constexpr std::array<TRunRule, 8> RunRules{{
     {u"tool-warning", u"A tool reports a warning without a code."},
     {u"tool-note", u"A tool remarks something without a code."},
 }};
+
+TFinding OwnError(std::u16string_view text, TFinding here) {
+  here.Rule = u"action-error";
+  here.Severity = TFindingSeverity::Error;
+  here.Message = OneLine(text);
+  return here;
+}
 
 } // namespace
 
@@ -57,12 +65,17 @@ void TRunFindings::BeginAction() {
 }
 
 void TRunFindings::EndAction() {
-  TLevel level = std::move(open_.back());
+  AddOwnErrors();
+  const bool hasErrors = open_.back().HasErrors;
   open_.pop_back();
-  if (!level.HasErrors)
-    for (auto& finding : level.OwnErrors)
-      List().Add(std::move(finding));
-  if (!open_.empty()) open_.back().HasErrors |= level.HasErrors || !level.OwnErrors.empty();
+  if (!open_.empty()) open_.back().HasErrors |= hasErrors;
+}
+
+void TRunFindings::AddOwnErrors() {
+  auto own = std::exchange(open_.back().OwnErrors, {});
+  if (open_.back().HasErrors) return;
+  for (auto& finding : own)
+    Add(std::move(finding));
 }
 
 void TRunFindings::EndAttempt(bool counts) {
@@ -95,11 +108,13 @@ void TRunFindings::TakeOwn(std::u16string_view text, TStatusTag status, TFinding
     here.Message = OneLine(text.starts_with(WarningPrefix) ? text.substr(WarningPrefix.size()) : text);
     List().Add(std::move(here));
   } else if (status == TStatusTag::stError && !open_.empty()) {
-    here.Rule = u"action-error";
-    here.Severity = TFindingSeverity::Error;
-    here.Message = OneLine(text);
-    open_.back().OwnErrors.push_back(std::move(here));
+    open_.back().OwnErrors.push_back(OwnError(text, std::move(here)));
   }
+}
+
+void TRunFindings::TakeLimit(std::u16string_view text, TFinding here) {
+  AddOwnErrors();
+  Add(OwnError(text, std::move(here)));
 }
 
 void TRunFindings::TakeFailedTest(const TReportedTest& test, TFinding here) {

@@ -30,6 +30,8 @@ public:
   // What the action or the host says itself: warnings, and errors where neither a tool nor a test of the
   // action has one, since they speak of the same failure then ("returned Error code : 1").
   void TakeOwn(std::u16string_view text, TStatusTag status, TFinding here);
+  // Why the innermost action was ended: whatever else it has, that is what its failure comes from.
+  void TakeLimit(std::u16string_view text, TFinding here);
   void TakeFailedTest(const TReportedTest& test, TFinding here);
   void Add(TFinding finding);
 
@@ -46,6 +48,7 @@ private:
     std::unique_ptr<TFindingList> List = std::make_unique<TFindingList>();
     TToolFindings Tool{*List};
   };
+  void AddOwnErrors(); // of the innermost action, unless others tell of the same failure
   TFindingList& List() { return *lists_.back().List; }
 
   std::vector<TList> lists_ = std::vector<TList>(1); // of the run, then of attempts that may not count

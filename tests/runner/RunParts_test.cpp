@@ -220,6 +220,28 @@ TEST_F(RunParts, TheLimitOfALoopEndsWhatRunsInItForGood) {
   EXPECT_EQ(Host.Report.Actions.at(0).Reason, TimeLimitReached);
 }
 
+TEST_F(RunParts, BehindTheLimitOfALoopNothingRunsAndTheLimitIsWhatWasWrong) {
+  TActionNode& loop = Host.AddLoop({u"1", u"2"});
+  loop.SetTerms(Terms(0, seconds(1)));
+  Add(
+      u"a", {},
+      [](TStepAction& a) {
+        EXPECT_TRUE(a.Host().Stop().WaitFor(seconds(60)));
+        a.SendMetricString(UnitTestCategory, TestResultsMetric,
+                           u"<testsuite name='S'><testcase name='T'><failure/></testcase></testsuite>");
+        return false;
+      },
+      &loop);
+  Host.Project().FindNamed(u"a")->SetOnFailure(TOnFailure::Continue);
+  Add(
+      u"deploy", {}, [](TStepAction&) { return true; }, &loop);
+  EXPECT_THAT(Host.Run(), testing::Not(testing::Contains(testing::HasSubstr("deploy"))));
+  std::string found;
+  for (const auto& finding : Host.Report.Findings)
+    found += text::ToUtf8(finding.Message) + "|";
+  EXPECT_EQ(found, "T|The action was ended: its time limit of 1s is over.|");
+}
+
 TEST_F(RunParts, TheUsersStopIsNoLimit) {
   Add(u"a", Terms(3, seconds(600), seconds(600)), [this](TStepAction& a) {
     Host.Stop.Raise();
