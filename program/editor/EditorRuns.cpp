@@ -142,8 +142,8 @@ private:
   void Keep(const TMetricSent& sent) {
     const auto* number = std::get_if<std::int64_t>(&sent.Metric.Value);
     if (number == nullptr) return;
-    run_.Metrics.push_back({actions_.empty() ? u"" : actions_.back(), sent.Metric.Category, sent.Metric.Name,
-                            sent.Configuration, *number});
+    run_.Metrics.push_back(
+        {ActionOf(sent, actions_), sent.Metric.Category, sent.Metric.Name, sent.Configuration, *number});
   }
 
   TEditorRuns& runs_;

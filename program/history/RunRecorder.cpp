@@ -174,7 +174,7 @@ void TRunRecorder::Keep(const TMetricSent& sent) {
   if (const std::u16string* xml = TestSuiteXml(sent.Metric)) return KeepTests(suiteNames_.Rename(*xml));
   const auto* number = std::get_if<std::int64_t>(&sent.Metric.Value);
   if (number == nullptr) return;
-  metrics_.push_back({actions_.empty() ? u"" : actions_.back(), sent.Configuration,
+  metrics_.push_back({ActionOf(sent, actions_), sent.Configuration,
                       sent.Metric.Category + u"." + sent.Metric.Name, *number});
 }
 

@@ -111,8 +111,8 @@ void THtmlReport::On(const TMetricSent& sent) {
   if (const std::u16string* xml = TestSuiteXml(metric)) suites_.Append(suiteNames_.Rename(*xml));
   const auto* value = std::get_if<std::int64_t>(&metric.Value);
   if (value == nullptr || metric.Category == UnitTestCategory || metric.Category == u"Compiler") return;
-  figures_.push_back({metric.Category + u": " + metric.Name,
-                      actions_.empty() ? std::u16string() : actions_.back(), sent.Configuration, *value});
+  figures_.push_back(
+      {metric.Category + u": " + metric.Name, ActionOf(sent, actions_), sent.Configuration, *value});
 }
 
 platform::Status THtmlReport::Write(const TRunReport& report, const platform::PutBytes& put) {

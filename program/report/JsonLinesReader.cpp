@@ -74,7 +74,7 @@ TActionStarted ReadActionStarted(const TJson& object) {
 
 TMessageSent ReadMessage(const TJson& object) {
   return {TextMember(object, "text"), ReadStatus(NumberMember<int>(object, "status")),
-          FlagMember(object, "dryRun")};
+          FlagMember(object, "dryRun"), std::max(NumberMember<int>(object, "takesBack"), 0)};
 }
 
 TGroupStarted ReadGroup(const TJson& object) {
@@ -98,6 +98,11 @@ TMetricSent ReadMetric(const TJson& object) {
   } else {
     sent.Metric.Value = NumberMember<std::int64_t>(object, "value");
   }
+  if (FindMember(object, "passes") == nullptr) return sent;
+  sent.Source = {TextMember(object, "action")};
+  for (const TJson& pass : ArrayMember(object, "passes"))
+    sent.Source->Passes.push_back(pass.is_string() ? text::FromUtf8(pass.get_ref<const std::string&>())
+                                                   : std::u16string());
   return sent;
 }
 
@@ -174,7 +179,11 @@ private:
 
   void TakeMessage(const TJson& object) {
     ++messages_;
-    Tell(object, ReadMessage(object));
+    TMessageSent message = ReadMessage(object);
+    const std::size_t first = open_.empty() ? 0 : open_.back().Action + 1; // what is open stays
+    actions_.resize(actions_.size() -
+                    std::min(static_cast<std::size_t>(message.TakesBack), actions_.size() - first));
+    Tell(object, std::move(message));
   }
 
   void TakeFinding(const TJson& object) {

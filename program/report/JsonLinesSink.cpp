@@ -49,6 +49,7 @@ void WriteEvent(const TMessageSent& message, TJsonWriter& json) {
   json.Member("status", static_cast<int>(message.Status));
   json.Member("text", message.Text);
   if (message.IsDryRun) json.Member("dryRun", true);
+  if (message.TakesBack > 0) json.Member("takesBack", message.TakesBack);
 }
 
 void WriteEvent(const TGroupStarted& group, TJsonWriter& json) {
@@ -70,6 +71,12 @@ void WriteEvent(const TMetricSent& sent, TJsonWriter& json) {
   json.Member("name", sent.Metric.Name);
   json.Member("configuration", sent.Configuration);
   std::visit([&json](const auto& value) { json.Member("value", value); }, sent.Metric.Value);
+  if (!sent.Source) return;
+  json.Member("action", sent.Source->Action);
+  json.ArrayMember("passes", [&] {
+    for (const auto& pass : sent.Source->Passes)
+      json.Value(pass);
+  });
 }
 
 } // namespace

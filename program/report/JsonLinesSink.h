@@ -3,9 +3,10 @@
 //   {"time":"2010-04-01T10:20:30.123Z","depth":1,"event":"message","status":3,"text":"..."}
 //
 // Events: "action" (name, type, description, pass, nesting), "actionEnd" (WriteResult), "message" (status,
-// text; dryRun where it says what would have been done), "group" (status, title), "groupEnd" (status or null,
-// title, elapsedMs), "metric" (category, name, configuration, value), at the end a
-// "finding" (WriteFinding) for each thing that was wrong, and "runEnd" (WriteRun).
+// text; dryRun where it says what would have been done; takesBack, so many of the actions that ended last,
+// where their attempt does not count), "group" (status, title), "groupEnd" (status or null, title,
+// elapsedMs), "metric" (category, name, configuration, value; action and passes where it is not of the
+// innermost), at the end a "finding" (WriteFinding) for each thing that was wrong, and "runEnd" (WriteRun).
 #pragma once
 
 #include "foundation/formats/JsonWriter.h"

@@ -80,6 +80,11 @@ void TEventLog::Send(TMetricSent sent) {
   Mask(sent.Metric.Category);
   Mask(sent.Metric.Name);
   Mask(sent.Configuration);
+  if (sent.Source) {
+    Mask(sent.Source->Action);
+    for (auto& pass : sent.Source->Passes)
+      Mask(pass);
+  }
   Emit(std::move(sent));
 }
 

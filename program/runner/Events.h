@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <variant>
+#include <vector>
 
 namespace kx {
 
@@ -32,6 +33,7 @@ struct TMessageSent {
   std::u16string Text;
   TStatusTag Status = TStatusTag::stNormal;
   bool IsDryRun = false; // says what would have been done
+  int TakesBack = 0;     // so many of the actions that ended last were of an attempt that does not count
 };
 struct TGroupStarted {
   std::u16string Title;
@@ -42,10 +44,22 @@ struct TGroupEnded {
   std::optional<TStatusTag> Status; // nothing: the action did not say how it ended
   std::chrono::milliseconds Elapsed{0};
 };
+// Which action a metric is of.
+struct TMetricSource {
+  std::u16string Action = {};              // with its pass
+  std::vector<std::u16string> Passes = {}; // one for each action under way; empty outside a loop
+};
 struct TMetricSent {
   TKxMetric Metric;
   std::u16string Configuration = {}; // that the action is building, "Release|Any CPU"; else empty
+  // Told once the attempt was known to count, when the action may have ended. Nothing: the innermost one.
+  std::optional<TMetricSource> Source = {};
 };
+// `running`: the actions under way, the innermost last.
+inline std::u16string ActionOf(const TMetricSent& sent, const std::vector<std::u16string>& running) {
+  if (sent.Source) return sent.Source->Action;
+  return running.empty() ? std::u16string() : running.back();
+}
 
 // The end of the run; nothing comes behind it.
 struct TRunEnded {

@@ -127,8 +127,22 @@ void TRunEngine::Take(const TCustomKxAction& action, const TKxMetric& metric) {
   execution->Take(metric);
   UpdateCounts();
   const auto* configuration = execution->OpenConfiguration();
-  Log.Send({metric, configuration == nullptr ? std::u16string() : configuration->Configuration});
+  TMetricSent sent{metric, configuration == nullptr ? std::u16string() : configuration->Configuration};
+  if (attemptsAhead_ > 0) {
+    sent.Source = SourceHere();
+    metricsAhead_.push_back(std::move(sent));
+  } else {
+    Log.Send(std::move(sent));
+  }
   if (const std::u16string* xml = TestSuiteXml(metric)) NameFailedTests(*xml);
+}
+
+TMetricSource TRunEngine::SourceHere() const {
+  const TActionResult& innermost = frames_.back().Execution.Result();
+  TMetricSource source{NameWithPass(innermost.Name, innermost.Pass)};
+  for (const auto& frame : frames_)
+    source.Passes.push_back(frame.Execution.Result().Pass);
+  return source;
 }
 
 void TRunEngine::NameFailedTests(const std::u16string& xml) {

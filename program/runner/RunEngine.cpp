@@ -310,6 +310,7 @@ bool TRunEngine::Attempt(const TActionNode& node) {
 bool TRunEngine::AttemptAll(const TActionNode& node) {
   const int attempts = isDryRun_ ? 1 : 1 + node.Terms().Retries;
   const bool wasPartial = report_.IsPartial;
+  const std::size_t metrics = metricsAhead_.size();
   for (int attempt = 1; attempt < attempts; ++attempt) {
     if (attempt > 1) SayAttempt(attempt, attempts);
     findings_.BeginAttempt();
@@ -318,12 +319,21 @@ bool TRunEngine::AttemptAll(const TActionNode& node) {
     --attemptsAhead_;
     const bool counts = (returned && !frames_.back().Execution.IsBreached()) || Stop().IsRaised();
     findings_.EndAttempt(counts);
-    if (counts) return returned;
+    if (counts) {
+      if (attemptsAhead_ == 0) SendMetricsAhead();
+      return returned;
+    }
     TakeBack(attempt, attempts);
+    metricsAhead_.erase(metricsAhead_.begin() + static_cast<std::ptrdiff_t>(metrics), metricsAhead_.end());
     report_.IsPartial = wasPartial;
   }
   if (attempts > 1) SayAttempt(attempts, attempts);
   return Attempt(node);
+}
+
+void TRunEngine::SendMetricsAhead() {
+  for (auto& sent : std::exchange(metricsAhead_, {}))
+    Log.Send(std::move(sent));
 }
 
 void TRunEngine::SayAttempt(int attempt, int attempts) {
@@ -334,6 +344,7 @@ void TRunEngine::SayAttempt(int attempt, int attempts) {
 // The attempt has failed, and does not count: one warning says that it was made.
 void TRunEngine::TakeBack(int attempt, int attempts) {
   const std::u16string why = firstError_;
+  const auto taken = static_cast<int>(report_.Actions.size() - frames_.back().Place);
   report_.Actions.resize(frames_.back().Place); // those of its passes
   TExecution& execution = frames_.back().Execution;
   execution.BeginAnew();
@@ -341,7 +352,7 @@ void TRunEngine::TakeBack(int attempt, int attempts) {
     execution.Take(TStatusTag::stWarning, false); // as it was said of them
   Say({u"Warning : Attempt " + text::FromInteger(attempt) + u" of " + text::FromInteger(attempts) +
            u" failed, and another one follows" + (why.empty() ? u"." : u": " + why),
-       TStatusTag::stWarning});
+       TStatusTag::stWarning, false, taken});
 }
 
 void TRunEngine::SayLimit(const TActionNode& node, TLimitKind reached) {

@@ -82,6 +82,8 @@ private:
   void Show(TMessageSent message);        // in the log, counted
   void SayWhere(TFinding& finding) const; // the action and the configuration that are under way
   TFinding FindingHere() const;           // one of them
+  TMetricSource SourceHere() const;
+  void SendMetricsAhead();
   bool RunParts();
   // Without a graph there are no needs.
   TSchedule MakeSchedule(const std::vector<std::size_t>& places, const TActionGraph* graph) const;
@@ -136,6 +138,7 @@ private:
   std::u16string lastTool_;                       // of the attempt under way
   std::u16string firstError_;                     // of the attempt under way
   int attemptsAhead_ = 0;                         // of what is under way: its errors may not count
+  std::vector<TMetricSent> metricsAhead_;         // nobody can take them back once they were told
   bool isCounted_ = false;                        // the numbers of this run
   bool hasUnstoredNumbers_ = false;
   bool isGraphRefused_ = false;

@@ -94,6 +94,8 @@ void TSuiteNames::On(const TRunEvent& event) {
   } else if (std::holds_alternative<TActionEnded>(event.What) && !passes_.empty()) {
     passes_.pop_back();
   }
+  const auto* sent = std::get_if<TMetricSent>(&event.What);
+  told_ = sent != nullptr && sent->Source ? sent->Source->Passes : passes_;
 }
 
 std::u16string TSuiteNames::Rename(std::u16string_view xml) {
@@ -102,7 +104,7 @@ std::u16string TSuiteNames::Rename(std::u16string_view xml) {
   if (tag == std::u16string_view::npos) return std::u16string(xml);
   const std::size_t end = xml.find(u'"', tag + opening.size());
   std::u16string passes;
-  for (const auto& pass : passes_)
+  for (const auto& pass : told_)
     if (!pass.empty()) passes += (passes.empty() ? u"" : u", ") + XmlEscape(pass);
   const std::u16string old(xml.substr(tag + opening.size(), end - tag - opening.size()));
   std::u16string name = old;

@@ -56,6 +56,7 @@ public:
 
 private:
   std::vector<std::u16string> passes_; // one for each action under way; empty outside a loop
+  std::vector<std::u16string> told_;   // likewise, of what the last event is of
   std::map<std::u16string, int> seen_; // how often each name has come
 };
 

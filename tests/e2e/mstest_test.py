@@ -55,6 +55,29 @@ class MSTestTest(e2e.EndToEndTest):
         self.assertIn("<pre class=error>Expected: 1\n", self.read("report.html"))
         self.assertEqual(os.listdir(self.temporary), [])
 
+    def test_only_the_attempt_that_counts_has_tests_and_rows(self):
+        self.write_tool(TOOL.replace("exit 1", 'mv "$here/passed.trx" "$here/results.trx" || exit 0; exit 1'),
+                        name="tools/MSTest.exe")
+        self.write("s.sln", e2e.solution("a.csproj", configuration="Debug|Any CPU"))
+        self.write("a.csproj", "<Project/>")
+
+        def action(attributes):
+            return e2e.action("MSTEST", f'Name="T" {attributes}', UseStandaloneMSTest="True", AssemblyFileName="a.dll")
+        loop = ('<Action Type="SOLUTIONITERATOR" Name="L" Retries="2"><LoopVariable>P</LoopVariable><Solution>s.sln</Solution>'
+                f"<IterateValue>svName</IterateValue><Actions>{action('')}</Actions></Action>")
+        for actions, suite in (action('Retries="1"'), "T"), (loop, "T (a)"):
+            self.write("p.kxproj", e2e.project(actions))
+            self.write("tools/results.trx", RESULTS)
+            self.write("tools/passed.trx", RESULTS.replace("Failed", "Passed"))
+            shown = self.host("run", "p.kxproj", "--color", "never", "--no-history", "--log", "log.jsonl", "--junit", "junit.xml",
+                              "--option", f"VisualStudioDotNet.StandaloneMSTestDir={self.folder / 'tools'}")
+            told = self.host("report", "log.jsonl", "--color", "never", "--junit", "again.xml")
+            for file in "junit.xml", "again.xml":
+                suites = xml.etree.ElementTree.parse(self.folder / file).getroot()
+                self.assertEqual((suites.get("tests"), suites.get("failures")), ("2", "0"), file)
+                self.assertEqual([each.get("name") for each in suites], [suite], file)
+            self.assertNotRegex(shown + told, r", \d failed")
+
     def test_hostile_names_stay_one_argument_each(self):
         (self.folder / "out dir").mkdir()
         name = "$(touch evil); `touch evil` & 'x' \\\" /publish:evil"

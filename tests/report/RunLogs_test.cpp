@@ -45,6 +45,10 @@ std::vector<TRunEvent> Events(milliseconds began, TResultKind kind, const std::u
   add(2, TMetricSent{{u"C", u"N", std::int64_t{17}}, u"Debug"});
   add(2, TMetricSent{{u"C", u"N", std::u16string(u"text")}, u""});
   add(1, TActionEnded{Result(kind, seed)});
+  add(1, TMessageSent{u"again", TStatusTag::stWarning, false, 9}); // all but what is open
+  add(1, TActionStarted{u"A", u"STEP", u"e", u"p", 1, TLoopPosition{u"pass", 2, 3}});
+  add(1, TActionEnded{Result(kind, seed)});
+  add(1, TMetricSent{{u"C", u"N", std::int64_t{18}}, u"", TMetricSource{u"A (p)", {u"", u"p"}}});
   add(0, TActionEnded{Result(kind, seed + 20)});
   if (isKilled) return events;
   TRunReport report{.Result = kind, .Counts = {seed, 1}, .Tests = {1, 2, 3}, .Elapsed = milliseconds(100)};

@@ -153,15 +153,21 @@ TEST_F(RunParts, AnAttemptThatCountsCountsTheFindingsThatAreNotKept) {
 
 TEST_F(RunParts, ALoopThatIsTriedAgainHasTheRowsOfItsLastAttempt) {
   TActionNode& loop = Host.AddLoop({u"1", u"2"});
-  loop.SetTerms(Terms(1));
+  loop.SetTerms(Terms(2));
   int runs = 0;
   const auto run = [&runs](TStepAction& a) {
     a.SendMetricString(UnitTestCategory, TestResultsMetric,
                        u"<testsuite name='S'><testcase name='T'/></testsuite>");
-    return ++runs != 2;
+    a.SendMetricString(u"C", u"N", text::FromInteger(++runs));
+    return runs != 2;
   };
   Add(u"a", {}, run, &loop);
-  Host.Run();
+  std::string told; // without the tests
+  for (const auto& line : Host.Run())
+    if (line.find("# C") != line.npos || line.find("another") != line.npos) told += line + "\n";
+  EXPECT_EQ(told, "  2 Warning : Attempt 1 of 3 failed, and another one follows: The action failed without a "
+                  "message. <- 2\n"
+                  "  # C N 3  of a (1)\n  # C N 4  of a (2)\n");
   EXPECT_EQ(Host.Report.Result, TResultKind::Succeeded);
   EXPECT_EQ(runs, 4);
   EXPECT_EQ(Host.Report.Tests.Passed, 2);

@@ -100,12 +100,14 @@ void TRecordingSink::On(const TRunEvent& event) {
     line += IsSuccess(ended->Result.Result) ? "} True" : "} False";
   } else if (const auto* message = std::get_if<TMessageSent>(&event.What)) {
     line += number(message->Status) + " " + text::ToUtf8(message->Text);
+    if (message->TakesBack > 0) line += " <- " + std::to_string(message->TakesBack);
   } else if (const auto* sent = std::get_if<TMetricSent>(&event.What)) {
     const auto* value = std::get_if<std::u16string>(&sent->Metric.Value);
     line += "#";
     for (const auto& text : {sent->Metric.Category, sent->Metric.Name,
                              value != nullptr ? *value : std::u16string(), sent->Configuration})
       line += " " + text::ToUtf8(text);
+    if (sent->Source) line += " of " + text::ToUtf8(sent->Source->Action);
   } else if (const auto* group = std::get_if<TGroupStarted>(&event.What)) {
     line += "> " + text::ToUtf8(group->Title);
   } else if (const auto* groupEnd = std::get_if<TGroupEnded>(&event.What)) {

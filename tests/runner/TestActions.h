@@ -70,8 +70,8 @@ const TKxEnumeration& ColourEnumeration();
 
 // The log of a run as lines:
 //   "Name {"  "} True"      an action begins and ends (with its pass behind the name: "Name [a] {")
-//   "3 text"                a message with its status
-//   "# category name text configuration"  a metric
+//   "3 text"                a message with its status (behind it what it takes back: "2 text <- 3")
+//   "# category name text configuration"  a metric (of an action that may have ended: "# ... of Name")
 //   "> title"  "< 1"        a group opens and closes ("<" without a status)
 // each indented by its depth.
 class TRecordingSink : public IRunEventSink {

@@ -65,6 +65,8 @@ TEST(TestSuites, HaveNamesOfTheirOwn) {
   for (int i = 0; i < 2; ++i)
     names.On({{}, 0, TActionEnded{}});
   EXPECT_EQ(rename(), "S (3)>S (3)/>T/>");
+  names.On({{}, 0, TMetricSent{{}, u"", TMetricSource{u"Tests", {u"", u"x"}}}});
+  EXPECT_EQ(rename(), "S (x)>S (x)/>T/>") << "of an action that has ended";
   EXPECT_EQ(names.Rename(u"<other/>"), u"<other/>");
 }
 
