@@ -46,6 +46,8 @@ TFindingPlace ReadPlace(const nlohmann::json& object) {
   return {TextMember(object, "file"), NumberMember<int>(object, "line"), NumberMember<int>(object, "column")};
 }
 
+constexpr int MostOccurrences = 1'000'000; // of one log; those of many have a sum
+
 } // namespace
 
 TFinding ReadFinding(const nlohmann::json& object) {
@@ -58,7 +60,7 @@ TFinding ReadFinding(const nlohmann::json& object) {
   finding.Project = TextMember(object, "project");
   finding.Configuration = TextMember(object, "configuration");
   finding.Action = TextMember(object, "action");
-  finding.Occurrences = std::max(NumberMember<int>(object, "occurrences"), 1);
+  finding.Occurrences = std::clamp(NumberMember<int>(object, "occurrences"), 1, MostOccurrences);
   finding.Fingerprint = TextMember(object, "fingerprint");
   finding.Advice = TextMember(object, "advice");
   finding.Said = NumberMember<std::int64_t>(object, "said");

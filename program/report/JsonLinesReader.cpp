@@ -42,6 +42,8 @@ platform::Status ForEachLine(std::u16string_view fileName,
   return platform::Done{};
 }
 
+constexpr int LastYear = 2200; // the clock ends some decades later
+
 // "2010-04-01T10:20:30.123Z"
 std::optional<TTime> ReadTime(const TJson& object, const char* name = "time") {
   const std::string text(Utf8Member(object, name));
@@ -52,9 +54,9 @@ std::optional<TTime> ReadTime(const TJson& object, const char* name = "time") {
                   &millisecond) != 7)
     return std::nullopt;
   using namespace std::chrono;
-  return TTime(sys_days(
-             year_month_day(std::chrono::year(year), std::chrono::month(month), std::chrono::day(day)))) +
-         hours(hour) + minutes(minute) + seconds(second) + milliseconds(millisecond);
+  const year_month_day date{std::chrono::year(year), std::chrono::month(month), std::chrono::day(day)};
+  if (!date.ok() || year < 1970 || year > LastYear) return std::nullopt;
+  return TTime(sys_days(date)) + hours(hour) + minutes(minute) + seconds(second) + milliseconds(millisecond);
 }
 
 TStatusTag ReadStatus(int number) {
@@ -65,7 +67,7 @@ TStatusTag ReadStatus(int number) {
 TActionStarted ReadActionStarted(const TJson& object) {
   TActionStarted action{TextMember(object, "name"), TextMember(object, "type"),
                         TextMember(object, "description"), TextMember(object, "pass"),
-                        NumberMember<int>(object, "nesting")};
+                        DepthMember(object, "nesting")};
   if (FindMember(object, "iteration") != nullptr)
     action.Position = {u"pass", NumberMember<int>(object, "iteration"),
                        NumberMember<int>(object, "iterations")};
@@ -82,8 +84,7 @@ TGroupStarted ReadGroup(const TJson& object) {
 }
 
 TGroupEnded ReadGroupEnd(const TJson& object) {
-  TGroupEnded ended{TextMember(object, "title"), std::nullopt,
-                    std::chrono::milliseconds(NumberMember<std::int64_t>(object, "elapsedMs"))};
+  TGroupEnded ended{TextMember(object, "title"), std::nullopt, DurationMember(object, "elapsedMs")};
   const TJson* status = FindMember(object, "status");
   if (status != nullptr && status->is_number_integer()) ended.Status = ReadStatus(status->get<int>());
   return ended;
@@ -142,7 +143,7 @@ private:
   static const std::array<TRow, 8> Rows;
 
   void Tell(const TJson& object, decltype(TRunEvent::What) what) const {
-    handle_({last_, NumberMember<int>(object, "depth"), std::move(what)});
+    handle_({last_, DepthMember(object, "depth"), std::move(what)});
   }
 
   template <auto Read>
@@ -188,7 +189,8 @@ private:
 
   void TakeFinding(const TJson& object) {
     findings_.push_back(ReadFinding(object));
-    if (findings_.back().Said > 0) findings_.back().Said += before_;
+    auto& said = findings_.back().Said;
+    if (said > 0) said = CountMember(object, "said") + before_;
   }
 
   void TakeEnd(const TJson& object) {

@@ -3,6 +3,7 @@
 #include "foundation/formats/JsonMembers.h"
 #include "program/report/ResultRows.h"
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -67,25 +68,27 @@ auto TextsOf(auto& report) {
 
 using TJson = nlohmann::json;
 
+// As milliseconds three years; millions of them have a sum.
+constexpr std::int64_t MostOfOne = 100'000'000'000;
+constexpr int MostDepth = 1'000;
+
 template <typename TResult>
 void ReadParts(const TJson& object, TResult& result) {
   result.Result = ReadResultKind(Utf8Member(object, "result")).value_or(TResultKind::Failed);
-  result.Counts = {NumberMember<std::int64_t>(object, "errors"),
-                   NumberMember<std::int64_t>(object, "warnings")};
-  result.Elapsed = std::chrono::milliseconds(NumberMember<std::int64_t>(object, "elapsedMs"));
+  result.Counts = {CountMember(object, "errors"), CountMember(object, "warnings")};
+  result.Elapsed = DurationMember(object, "elapsedMs");
 }
 
 TTestCounts ReadTests(const TJson& object) {
   const TJson* tests = FindMember(object, "tests");
   if (tests == nullptr) return {};
-  return {NumberMember<std::int64_t>(*tests, "passed"), NumberMember<std::int64_t>(*tests, "failed"),
-          NumberMember<std::int64_t>(*tests, "notRun")};
+  return {CountMember(*tests, "passed"), CountMember(*tests, "failed"), CountMember(*tests, "notRun")};
 }
 
 template <typename TResult>
 void ReadPlaceInRun(const TJson& object, TResult& result) {
   ReadParts(object, result);
-  result.Began = std::chrono::milliseconds(NumberMember<std::int64_t>(object, "beganMs"));
+  result.Began = DurationMember(object, "beganMs");
 }
 
 TProjectResult ReadProject(const TJson& object) {
@@ -150,13 +153,25 @@ void WriteRun(const TRunReport& report, TJsonWriter& json) {
     if (!text->empty()) json.Member(name, *text);
 }
 
+std::int64_t CountMember(const TJson& object, const char* name) {
+  return std::clamp(NumberMember<std::int64_t>(object, name), std::int64_t{0}, MostOfOne);
+}
+
+std::chrono::milliseconds DurationMember(const TJson& object, const char* name) {
+  return std::chrono::milliseconds(CountMember(object, name));
+}
+
+int DepthMember(const TJson& object, const char* name) {
+  return std::clamp(NumberMember<int>(object, name), 0, MostDepth);
+}
+
 TActionResult ReadResult(const TJson& object) {
   TActionResult result;
   ReadPlaceInRun(object, result);
   result.Name = TextMember(object, "name");
   result.Type = TextMember(object, "type");
   result.Pass = TextMember(object, "pass");
-  result.Nesting = NumberMember<int>(object, "nesting");
+  result.Nesting = DepthMember(object, "nesting");
   result.IsLoop = FlagMember(object, "isLoop");
   result.Reason = TextMember(object, "reason");
   result.Tests = ReadTests(object);
@@ -169,7 +184,7 @@ TRunReport ReadRun(const TJson& object) {
   TRunReport report;
   ReadParts(object, report);
   report.Tests = ReadTests(object);
-  report.MoreFindings = NumberMember<std::int64_t>(object, "moreFindings");
+  report.MoreFindings = CountMember(object, "moreFindings");
   report.NothingExecuted = FlagMember(object, "nothingExecuted");
   report.IsPartial = FlagMember(object, "partial");
   if (const TJson* part = FindMember(object, "part"); part != nullptr)

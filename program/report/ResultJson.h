@@ -6,6 +6,9 @@
 
 #include <nlohmann/json_fwd.hpp>
 
+#include <chrono>
+#include <cstdint>
+
 namespace kx {
 
 // The members of the object that is open: name, type, pass, nesting, isLoop, succeeded, result, reason,
@@ -27,6 +30,11 @@ void WriteRun(const TRunReport& report, TJsonWriter& json);
 
 // The reverse; members that are missing are as in a new result. The run's actions and findings are none of
 // its members.
+// Numbers of logs may be anything, and are added up and shown: these are ones that bear it.
+std::int64_t CountMember(const nlohmann::json& object, const char* name);
+std::chrono::milliseconds DurationMember(const nlohmann::json& object, const char* name);
+int DepthMember(const nlohmann::json& object, const char* name);
+
 TActionResult ReadResult(const nlohmann::json& object);
 TRunReport ReadRun(const nlohmann::json& object);
 
