@@ -28,13 +28,13 @@ void WriteProject(const TProjectResult& result, TJsonWriter& json);
 // commandLine. Those from file on are left out where they are not known.
 void WriteRun(const TRunReport& report, TJsonWriter& json);
 
-// The reverse; members that are missing are as in a new result. The run's actions and findings are none of
-// its members.
 // Numbers of logs may be anything, and are added up and shown: these are ones that bear it.
 std::int64_t CountMember(const nlohmann::json& object, const char* name);
 std::chrono::milliseconds DurationMember(const nlohmann::json& object, const char* name);
 int DepthMember(const nlohmann::json& object, const char* name);
 
+// The reverse; members that are missing are as in a new result. The run's actions and findings are none of
+// its members.
 TActionResult ReadResult(const nlohmann::json& object);
 TRunReport ReadRun(const nlohmann::json& object);
 
