@@ -119,7 +119,7 @@ export class RunView {
       if (step) Object.assign(step, { status: event.succeeded ? "done" : "error", elapsed: event.elapsedMs });
       if (!this.actions.length) this.position = "";
     } else if (event.event === "metric" && event.name === "Test_Results") {
-      const passes = this.actions.map((step) => step.pass).filter(Boolean);
+      const passes = (event.passes ?? this.actions.map((step) => step.pass)).filter(Boolean); // told late, it names them
       this.suites.push({ passes: passes.join(", "), xml: event.value });
     } else if (event.dryRun) {
       this.messages.push(event.text);
