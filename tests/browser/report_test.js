@@ -62,6 +62,25 @@ test("a report filters, groups, leads to its log and is read by anybody", async 
       assert.deepEqual(await seriousFaults(page), [], `at ${width}`);
       assert.ok(await page.evaluate(() => document.documentElement.scrollWidth <= innerWidth), `fits ${width}`);
     }
+    for (let run = 2; run <= 4; run += 1) writeReport(editor);
+    await page.goto(address);
+    const chart = page.locator(".chart").first();
+    const own = await chart.locator("output").textContent();
+    const dates = await page.locator("#runs tbody tr td:first-child, #runs tbody tr th:first-child").allTextContents();
+    assert.equal(dates.length, 4);
+    await chart.focus();
+    for (const [key, row] of [
+      ["ArrowLeft", 2],
+      ["ArrowLeft", 1],
+      ["ArrowLeft", 0],
+      ["ArrowLeft", 0],
+      ["ArrowRight", 1],
+    ]) {
+      await page.keyboard.press(key);
+      assert.ok((await chart.locator("output").textContent()).startsWith(`${dates[row]}: `), `${key} to ${row}`);
+    }
+    await page.keyboard.press("Tab");
+    assert.equal(await chart.locator("output").textContent(), own);
     assert.deepEqual(faults, []);
     const plain = await browser.newPage({ javaScriptEnabled: false });
     await plain.goto(address + line);

@@ -43,6 +43,7 @@ class CommandsTest(e2e.EndToEndTest):
         self.assertFalse(page.parent.exists())
 
     def test_wrong_use_says_what_is_right(self):
+        self.assertRegex(self.host("--help"), "Exit codes: 0 .*130 stopped")
         self.write("App.sln", HEADER + END)
         self.write("p.kxproj", "<BuildProject><Actions/></BuildProject>")
         self.check_table([
