@@ -43,8 +43,9 @@ static bool IsAbandoned(const std::string& path) {
   struct stat info {};
   if (!folder.IsOpen() || fstat(folder.Get(), &info) != 0) return false;
   const bool isPrivate = info.st_uid == geteuid() && (info.st_mode & 077) == 0;
-  return isPrivate && flock(folder.Get(), LOCK_EX | LOCK_NB) == 0 &&
-         faccessat(folder.Get(), kKept, F_OK, AT_SYMLINK_NOFOLLOW) != 0;
+  if (!isPrivate || flock(folder.Get(), LOCK_EX | LOCK_NB) != 0) return false;
+  // A mark that cannot be looked for may be there.
+  return faccessat(folder.Get(), kKept, F_OK, AT_SYMLINK_NOFOLLOW) != 0 && errno == ENOENT;
 }
 
 void PrivateFolder::RemoveAbandoned() {

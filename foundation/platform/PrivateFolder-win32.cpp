@@ -33,9 +33,12 @@ Result<PrivateFolder> PrivateFolder::Create() {
 // A folder whose owner lives no more.
 static bool IsAbandoned(const WIN32_FIND_DATAW& found, const std::wstring& path) {
   if ((found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0 || !IsOld(found.ftLastWriteTime)) return false;
-  return OpenFolder(path, DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE).IsOpen() &&
-         GetFileAttributesW((path + L"\\" + ToWide(text::FromAscii(kKept))).c_str()) ==
-             INVALID_FILE_ATTRIBUTES;
+  const Handle folder = OpenFolder(path, DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE);
+  if (!folder.IsOpen()) return false;
+  const std::wstring mark = path + L"\\" + ToWide(text::FromAscii(kKept));
+  // A mark that cannot be looked for may be there.
+  return GetFileAttributesW(mark.c_str()) == INVALID_FILE_ATTRIBUTES &&
+         GetLastError() == ERROR_FILE_NOT_FOUND;
 }
 
 void PrivateFolder::RemoveAbandoned() {
