@@ -21,7 +21,7 @@ function versionRows(entries, at) {
   const box = isBox(entries[at].field) ? entries[at] : undefined;
   let begin = box ? at + 1 : at;
   const between = [];
-  while (box && isBox(entries[begin]?.field) && between.length < 1) between.push(entries[begin++]);
+  if (box && isBox(entries[begin]?.field)) between.push(entries[begin++]);
   const version = entries[begin] && versionAt(entries, begin);
   if (!version || (box && !box.field.label.endsWith(` ${version.name}`))) return undefined;
   let next = begin + 4;
