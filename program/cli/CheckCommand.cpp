@@ -97,8 +97,9 @@ private:
     if (kind == u".sln") return CheckSolution(file);
     if (kind == u"proj") return checker_.CheckProject(file);
     if (kind == u".kxproj") return CheckBuildProject(file);
+    const std::u16string known = DescribeFileKind(file);
     throw EUsage(u"check takes solutions, projects, build projects and folders with them. " +
-                 DescribeFileKind(file));
+                 (known.empty() ? file + u" is nothing of that." : known));
   }
 
   void CheckSolution(const std::u16string& file) {

@@ -72,10 +72,15 @@ void DefineInspect(CLI::App& command, const TCommonOptions& common, int& exitCod
   command.add_flag("--json", arguments->Options.Json, "One JSON object; with several files one a line");
   command.add_flag("--all-projects", arguments->Options.AllProjects,
                    "Solutions: keep projects that are not on disk");
-  command.add_option("--tool", arguments->Tool, "Build logs: the tool that wrote it, devenv or msbuild")
-      ->type_name("TOOL");
-  command.add_option("--vs", arguments->Version, "Build logs: the Visual Studio version, vs2002 to vs2010")
-      ->type_name("VERSION");
+  OfferChoices(
+      command.add_option("--tool", arguments->Tool, "Build logs: the tool that wrote it, devenv or msbuild")
+          ->type_name("TOOL"),
+      Tools);
+  OfferChoices(
+      command
+          .add_option("--vs", arguments->Version, "Build logs: the Visual Studio version, vs2002 to vs2010")
+          ->type_name("VERSION"),
+      KnownVersions);
   command.add_flag("--lines", arguments->Options.Lines, "Build logs: every message as STATUS<TAB>TEXT");
   command.add_option("--encoding", arguments->Encoding, "Build logs: their encoding, found out by default")
       ->type_name("NAME");

@@ -68,7 +68,9 @@ class D { object f = e[assembly: AssemblyTitle(1)], g = h()[assembly: AssemblyTi
 #if !DEFINED^#if false^[assembly: AssemblyTitle("a^#endif^#endif
 #if X^string s = "^#endif
 #define A^#if A && !B || A^[assembly: AssemblyTitle(~"o"~"N"~)]^#else^[assembly: AssemblyTitle("p")]^#endif
-#if (true)^[assembly: AssemblyTitle(~"o"~"N"~)]^#elif X^[assembly: AssemblyTitle("p")]^#else^[assembly: AssemblyTitle("q")]^#endif)--"},
+#if (true)^[assembly: AssemblyTitle(~"o"~"N"~)]^#elif X^[assembly: AssemblyTitle("p")]^#else^[assembly: AssemblyTitle("q")]^#endif
+#if true == false^[assembly: AssemblyTitle("p")]^#elif false != !false^[assembly: AssemblyTitle(~"o"~"N"~)]^#endif
+[assembly: AssemblyTitle(Name = "a", ~f(1, [2])~"N"~, "b")])--"},
     {"Visual Basic", VisualBasic, R"--(Dim [[x
 <Assembly: [AssemblyTitle](~"o"~"N"~)>
 <Assembly: [System].[Reflection].[assemblytitle](~"o"~"N"~)>
@@ -76,13 +78,17 @@ class D { object f = e[assembly: AssemblyTitle(1)], g = h()[assembly: AssemblyTi
 <Assembly: AssemblyTitle(~“o”~"N"~)>
 REM <Assembly: AssemblyTitle("a")>
 ' <Assembly: AssemblyTitle(1)>
-#Const A = True^#If A And Not False Then^<Assembly: AssemblyTitle(~"o"~"N"~)>^#Else^<Assembly: AssemblyTitle("p")>^#End If)--"},
+#Const A = True^#If A And Not False Then^<Assembly: AssemblyTitle(~"o"~"N"~)>^#Else^<Assembly: AssemblyTitle("p")>^#End If
+#If Not A Then^<Assembly: AssemblyTitle("p")>^#ElseIf A Then^<Assembly: AssemblyTitle(~"o"~"N"~)>^#End If)--"},
     {"C++", Cpp, R"--(#ifndef H^#define H
 [assembly:::System::Reflection::AssemblyTitleAttribute(~L"a" L"b"~L"N"~)];
 auto s = R"x()" [assembly:AssemblyTitle("")]; )x"; // \
 [assembly:AssemblyTitle("")];
 #if 0^[assembly:AssemblyTitle("")];^#endif^#endif
-#define A^#if defined(A)^[assembly:AssemblyTitle(~"o"~"N"~)];^#else^[assembly:AssemblyTitle("")];^#endif)--"},
+#define A^#if defined(A)^[assembly:AssemblyTitle(~"o"~"N"~)];^#else^[assembly:AssemblyTitle("")];^#endif
+#ifdef A^[assembly:AssemblyTitle(~"o"~"N"~)];^#else^[assembly:AssemblyTitle("")];^#endif)--"},
+    {"C++ with a short name of the namespace", Cpp,
+     R"--(namespace R = System::Reflection;^[assembly:R::AssemblyTitle(~"o"~"N"~)];)--"},
     {"F#", FSharp, R"--([<assembly: B 1; assembly: AssemblyTitle ~"o"~"N"~>]
 [<assembly: AssemblyTitle(~""""o"""~"N"~)>]
 [<assembly: AssemblyTitle ~"o"~"N"~^  assembly: AssemblyCompany "c"^  assembly: Foo>]
@@ -109,6 +115,15 @@ const TCase Additions[] = {
     {"with its import", CSharp,
      R"(using System;^~~using System.Reflection;^~[assembly: CLSCompliant(true)]^)"
      R"(~~[assembly: AssemblyTitle("N")]^~)"},
+    {"with its import", VisualBasic,
+     R"(Imports System^~~Imports System.Reflection^~~~<Assembly: AssemblyTitle("N")>^~Module M^End Module^)"},
+    {"with its import", Cpp,
+     R"(using namespace System;^~~using namespace System::Reflection;^~)"
+     R"(~~[assembly:AssemblyTitleAttribute("N")];^~int i;^)"},
+    {"with its import", JSharp,
+     R"(import System.*;^~~import System.Reflection.*;^~~~/** @assembly AssemblyTitle("N") */^~class C {}^)"},
+    {"with its import", FSharp,
+     R"(module M^open System^~~open System.Reflection^~~~[<assembly: AssemblyTitle("N")>]^do ()^~)"},
     {"behind several imports", CSharp,
      R"(extern alias X;^using System;^using A = B;^using System.Reflection;^~~[assembly: AssemblyTitle("N")]^~class C {}^)"},
     {"with its namespace", CSharp, R"(// c^~~[assembly: System.Reflection.AssemblyTitle("N")]^~class C {}^)"},
@@ -138,6 +153,7 @@ const TCase Additions[] = {
 };
 
 const TAssemblyInfoValues Nasty{{u"AssemblyTitle", u"\"\\\n*/?\?/"}};
+const TAssemblyInfoValues Controls{{u"AssemblyTitle", u"\t\r\x7F\u2029."}};
 const TCase Escapes[] = {
     {"C#", CSharp, R"x([assembly: AssemblyTitle(~@""~"\"\\\n*/??/"~)])x", Nasty},
     {"C++", Cpp, R"x([assembly:AssemblyTitle(L"~~\"\\\n*/?\?/~")];)x", Nasty},
@@ -149,6 +165,18 @@ const TCase Escapes[] = {
      {{u"AssemblyTitle", u"\U0001F600"}}},
     {"Visual Basic", VisualBasic,
      R"x(<Assembly: AssemblyTitle("~~""\" & Microsoft.VisualBasic.ChrW(10) & "*/??/~")>)x", Nasty},
+    {"controls of C#", CSharp, R"x([assembly: AssemblyTitle("~~\t\r\u007F\u2029.~")])x", Controls},
+    {"controls of C++", Cpp, R"x([assembly:AssemblyTitle(L"~~\t\r\177\u2029.~")];)x", Controls},
+    {"controls of J#", JSharp, R"x(/** @assembly AssemblyTitle("~~\t\r\177\u2029.~") */)x", Controls},
+    {"controls of F#", FSharp, R"x([<assembly: AssemblyTitle("~~\t\r\u007F\u2029.~")>])x", Controls},
+    {"controls of Visual Basic", VisualBasic,
+     R"x(<Assembly: AssemblyTitle(~"o"~Microsoft.VisualBasic.ChrW(9) & Microsoft.VisualBasic.ChrW(13))x"
+     R"x( & Microsoft.VisualBasic.ChrW(127) & Microsoft.VisualBasic.ChrW(8233) & "."~)>)x",
+     Controls},
+    {"nothing in Visual Basic",
+     VisualBasic,
+     R"x(<Assembly: AssemblyTitle(~"o"~""~)>)x",
+     {{u"AssemblyTitle", u""}}},
 };
 
 TEST(AssemblyInfo, ChangesEverySpellingAndNothingThatLooksLikeOne) {

@@ -45,8 +45,11 @@ class CommandsTest(e2e.EndToEndTest):
     def test_wrong_use_says_what_is_right(self):
         self.assertRegex(self.host("--help"), "Exit codes: 0 .*130 stopped")
         self.write("App.sln", HEADER + END)
-        self.write("p.kxproj", "<BuildProject><Actions/></BuildProject>")
+        self.check_table([("run", 'holds none. "kxhost init SOLUTION" writes one.')])
+        for name in "p.kxproj", "q.kxproj":
+            self.write(name, "<BuildProject><Actions/></BuildProject>")
         self.check_table([
+            ("run", "holds p.kxproj and q.kxproj."),
             ("run p.kxproj --verbosity loud", 'takes quiet, minimal, normal, detailed or diagnostic, not "loud".'),
             ("run p.kxproj --ci=github2", 'Did you mean "github"?'),
             ("run p.kxproj --st A=1", 'Unknown option "--st". Did you mean "--set"?\nRun "kxhost run --help" for'),
@@ -67,6 +70,19 @@ class CommandsTest(e2e.EndToEndTest):
             ("options set", 'KEY is required.\nRun "kxhost options set --help" for'),
             ("run p.kxproj --option VisualStudioDotNet.MSDevPat2008=x", 'Did you mean "VisualStudioDotNet.MSDevPath2008"?'),
             ("actions DEVEN", "Unknown action type"),
+            ("do DEVENV Solution", "Properties are given as Property=Value, not Solution."),
+            ("do DEVENV Solution=a Solution=b", "Solution is given twice."),
+            ("do VERSIONINFO --property-set A=1", "Values of property sets are given as SET.NAME=VALUE, not A=1."),
+            ("do VERSIONINFO --property-set A.B", "not A.B."),
+            ("run p.kxproj --rule x", "expected NAME=error, NAME=warning or NAME=off."),
+            ("check App.sln --rule x", "expected NAME=error, NAME=warning, NAME=note or NAME=off."),
+            ("run p.kxproj --option x", "expected SECTION.KEY=VALUE."),
+            ("check App.sln --fail-on x", "A gate is never, error, warning or new-warning, not x."),
+            ("check App.sln --max-warnings x", "--max-warnings: The most warnings are a number from 0, not x."),
+            ("check App.sln --fail-on new-warning", "compares with the file that --baseline names"),
+            ("plan p.kxproj --secret A", "Name the variable in which each machine has it: A=VARIABLE."),
+            ("inspect App.sln --tool devenv --lines --json", "give one of them."),
+            ("inspect App.sln --tool devenv --vs vs1", 'not "vs1".'),
         ])
 
     def test_a_project_is_begun_for_a_solution_and_never_replaced(self):
@@ -90,6 +106,23 @@ class CommandsTest(e2e.EndToEndTest):
                 ("fish", "run A--B.kxproj ", ["Build A--B"]),
                 ("bash", "plan --format dot Bui", ["Build\\ A--B ", ":files"]),
                 ("fish", "graph --log", []),
+                ("bash", "opt", ["options "]),
+                ("bash", "options s", ["set "]),
+                ("bash", "options get visualstudiodotnet.defvs", ["VisualStudioDotNet.DefVSVersion "]),
+                ("fish", "options set VisualStudioDotNet.MSDevPath ", [":files"]),
+                ("bash", "run --option VisualStudioDotNet.StandaloneM", ["VisualStudioDotNet.StandaloneMSTestDir="]),
+                ("bash", "run --rule errors", ["errors-counted="]),
+                ("bash", "check --rule solution-h", ["solution-header="]),
+                ("bash", "explain solution-h", ["solution-header "]),
+                ("bash", "inspect a.log --tool m", ["msbuild "]),
+                ("bash", "inspect a.log --vs 8", []),
+                ("bash", "inspect a.log --vs=vs200", ["vs2002 ", "vs2003 ", "vs2005 ", "vs2008 "]),
+                ("bash", "do DEVE", ["DEVENV "]),
+                ("bash", "do DEVENV UseMSB", ["UseMSBuild="]),
+                ("bash", "do DEVENV UseMSBuild=", ["True ", "False "]),
+                ("bash", "do DEVENV VStudioVersion=vs201", ["vs2010 "]),
+                ("bash", "do DEVENV Solution=A--B.sln SolutionConfiguration=Debug\\|A", ["Debug\\|Any\\ CPU "]),
+                ("powershell", "check A--B.sln --configuration Debug`|A", ["'Debug|Any CPU'"]),
                 ("fish", "run --log ", [":files"])]:
             with self.subTest(line):
                 answer = self.host("completion", shell, "--", "kxhost " + line)
@@ -148,6 +181,8 @@ class CommandsTest(e2e.EndToEndTest):
             ("run notes.txt", "notes.txt is no build project, which is XML"),
             ("do App.sln", "App.sln is a solution."),
             ("p.kxproj", 'p.kxproj is a build project. "kxhost run p.kxproj" runs it'),
+            ("check notes.txt", "notes.txt is nothing of that."),
+            ("check App.res", "App.res is a compiled resource."),
         ])
         self.check_table([("inspect p.kxproj", "p.kxproj is a build project."),
                           ("inspect App.csproj", "There is no file App.csproj."),
