@@ -602,6 +602,11 @@ test("a long log stays light, problems lead to their places, runs are compared",
       const log = page.locator("#log");
       assert.ok((await log.evaluate((element) => element.scrollHeight)) > 200000 * 20);
       assert.ok((await page.locator("#log [role=option]").count()) < 100);
+      await log.evaluate((element) => element.scrollBy(0, -900));
+      for (const top of [9e9, -900]) {
+        await log.evaluate((element, by) => element.scrollBy(0, by), top);
+        await page.waitForSelector(`#log-follow[aria-pressed=${top > 0}]`);
+      }
       await page.getByLabel("Search the log").fill("compiling 日本語 199999");
       await page.locator("#log-found", { hasText: "1 line" }).waitFor();
       await page.keyboard.press("Enter");

@@ -49,23 +49,26 @@ TEST_F(TPagesTest, EachFieldShowsAndWritesThePropertyThatItNames) {
   TKxVSSolutionIterator loop;
   TKxVSDotNetAction build;
   build.Attach(editor_.Host);
-  const std::pair<const TKxPageClass*, TKxPersistent*> pages[] = {
-      {&TMSTestFrame::Class(), &test_},
-      {&TMSTestSettingsFrame::Class(), &test_},
-      {&TMSTestPublishFrame::Class(), &test_},
-      {&TSolutionIteratorFrame::Class(), &loop},
-      {&TVSDotNetWebProjectLocationFrame::Class(), &build}};
+  const std::tuple<const TKxPageClass*, TKxPersistent*, std::u16string_view> pages[] = {
+      {&TMSTestFrame::Class(), &test_, u"Test Source:|Tests To Run:|"},
+      {&TMSTestSettingsFrame::Class(), &test_, u"MSTest Options|Version|"},
+      {&TMSTestPublishFrame::Class(), &test_, u"Publish Results to Team System:|"},
+      {&TSolutionIteratorFrame::Class(), &loop,
+       u"Project Property to Iterate|Variable To Set|Order|Options|"},
+      {&TVSDotNetWebProjectLocationFrame::Class(), &build, u"Web Project Location Detection|"}};
   using enum TKxFieldKind; // drop-downs, lists and secrets have tests of their own
   const std::map<TKxFieldKind, std::vector<std::u16string>> values{{CheckBox, {u"True", u"False"}},
                                                                    {Text, {u"42"}},
                                                                    {FilePath, {u"42"}},
                                                                    {FolderPath, {u"42"}},
                                                                    {Integer, {u"42"}}};
-  for (const auto& [pageClass, edited] : pages) {
+  for (const auto& [pageClass, edited, headings] : pages) {
     const auto page = pageClass->Create();
     editor_.Open(*page, *edited);
     std::set<std::u16string> written;
+    std::u16string seen;
     for (const TKxPageField& field : page->Fields()) {
+      if (field.Kind == Heading) seen += field.Label + u"|";
       if (field.Property.empty() || (field.Kind != Choice && !values.contains(field.Kind))) continue;
       SCOPED_TRACE(text::ToUtf8(field.Name));
       const auto* property = edited->PublishedProperties().Find(field.Property);
@@ -90,6 +93,7 @@ TEST_F(TPagesTest, EachFieldShowsAndWritesThePropertyThatItNames) {
         EXPECT_EQ(get(), value);
       }
     }
+    EXPECT_EQ(seen, headings);
   }
 }
 

@@ -1,5 +1,6 @@
 #include "program/runner/Surroundings.h"
 
+#include "foundation/platform/System.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -45,6 +46,9 @@ TEST(Surroundings, ReadTheWorkingCopyFromTheFilesOfGit) {
     const TWorkingCopy copy = ReadWorkingCopy(folder.Path("copy/deep"));
     EXPECT_EQ(text::ToUtf8(copy.Commit), c.Commit) << c.Name;
     EXPECT_EQ(text::ToUtf8(copy.Branch), c.Branch) << c.Name;
+    const TRunSurroundings around = SurroundingsOf(folder.Path("copy/deep"));
+    EXPECT_EQ(around.Commit + u" " + around.Branch, copy.Commit + u" " + copy.Branch) << c.Name;
+    EXPECT_EQ(around.Machine + around.System, platform::MachineName() + platform::SystemName());
   }
 }
 
