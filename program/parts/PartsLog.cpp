@@ -29,6 +29,8 @@ std::u16string TroubleOf(const TEndedPart& part, const platform::Result<TRunRepo
   if (outcome.ExitCode != 0 && IsSuccess(read->Result))
     return u"The process of this part ended with code " + text::FromInteger(outcome.ExitCode) +
            u" although its log tells of a success.";
+  if (outcome.ExitCode == 0 && !IsSuccess(read->Result))
+    return u"The process of this part ended with code 0 although its log tells of no success.";
   return {};
 }
 
