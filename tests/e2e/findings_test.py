@@ -49,6 +49,13 @@ class FindingsTest(e2e.EndToEndTest):
         self.assertEqual({one["fingerprint"] for one in json.loads(self.read("q.json"))},
                          {one["fingerprint"] for one in found})
 
+    def test_the_end_of_a_run_says_where_the_rest_is(self):
+        elsewhere = "(--report FILE.html or --sarif FILE.sarif shows all)"
+        for outputs, rest in (("", elsewhere), ("--junit j.xml", elsewhere), ("--sarif f.sarif", "in f.sarif"),
+                              ("--code-quality q.json", "in q.json"), ("--report r.html --junit j.xml", "in r.html")):
+            shown = self.run_with(*(f"a.c({line}): warning C{line}: x" for line in range(1, 31)), arguments=outputs.split())
+            self.assertRegex(shown, rf"(?m)^a\.c:1: warning C1: x\n(?:a\.c.*\n){{19}}and 10 more {re.escape(rest)}$")
+
     def test_reports_from_a_log_are_those_of_its_run(self):
         files = {"--report": "r.html", "--junit": "j.xml", "--sarif": "f.sarif", "--code-quality": "q.json"}
         outputs = [word for pair in files.items() for word in pair]
