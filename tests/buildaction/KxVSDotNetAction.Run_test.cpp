@@ -171,6 +171,7 @@ TEST_F(BuildRun, SaysInItsLogWhatIsAmissAndNothingOfWhatIsNot) {
   folder_.Write("App/Both.csproj", "Debug|AnyCPU, Debug|Any CPU");
   folder_.Write("both.sln", With(u"App\\App.csproj", u"App\\Both.csproj"));
   folder_.Write("twins.sln", SolutionWithTwins());
+  folder_.Write("same.sln", With(u"\"Installer\"", u"\"App\""));
   for (const std::string file : {"App.sln", "App/App.csproj", "Lib/Lib.csproj", "Setup/Setup.vdproj"})
     folder_.Write("my app/" + file, file == "App.sln" ? SmallSolution : "<Project/>");
   folder_.Write("gone/App.sln", SmallSolution);
@@ -216,6 +217,9 @@ TEST_F(BuildRun, SaysInItsLogWhatIsAmissAndNothingOfWhatIsNot) {
        AllOf(HasSubstr(selected + "\"%No%\": Unknown name: No\n3 A"), EndsWith(Failed))},
       {"a selected project that is not on disk", gone + Select + u"App",
        HasSubstr(selected + "\"App\": The file of the project \"App\" does not exist: DIR/gone/App/App")},
+      {"a name of two projects", u"Solution=same.sln&" + Select + u"App",
+       SaysFirst("2 Warning : SelectedProjects, \"App\": same.sln has 2 projects \"App\". Taken is "
+                 "App\\App.csproj; name the file instead.\n")},
       {"no such configuration", Selection + unknown, AllOf(missing, HasSubstr("! nothing-built "))},
       {"a tool that says nothing of it does not make it good", u"UseMSBuild=False" + unknown, missing},
       {"tools choose a platform",

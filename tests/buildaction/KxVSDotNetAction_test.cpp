@@ -86,6 +86,7 @@ TEST_F(BuildAction, TellsWhatItsSettingsLack) {
 TEST_F(BuildAction, LooksAheadAtWhatARunWouldStumbleOver) {
   services_.Frameworks[u"v2.0"] = folder_.Path() + u"/gone";
   host_.Sets.Sets[u"Old"] = {{u"MajorVersion", u"70000"}};
+  host_.Sets.Sets[u"Word"] = {{u"MajorVersion", u"4x"}};
   folder_.Write("Bad.sln", "no solution\n");
   folder_.Write("Twins.sln", SolutionWithTwins());
   for (const std::string name : {"b c", "gone", "half"})
@@ -100,6 +101,8 @@ TEST_F(BuildAction, LooksAheadAtWhatARunWouldStumbleOver) {
       u"UpdateWin32Resource=True&UseWin32PropertySet=True&Win32VersionInfoPropertySetName=";
   const std::u16string listed = u"OverrideWarnings=True&SelectedWarningsAsErrors=True&WarningsAsErrors=";
   const std::u16string dotNet = u"UpdateAssemblyInfo=True&UpdateAssemblyVersion=True&AssemblyVersion=";
+  const std::u16string ofSet =
+      dotNet + u"1|0|0|0&UseDotNetPropertySet=True&DotNetVersionInfoPropertySetName=";
   const std::u16string fileVersion =
       u"UpdateAssemblyInfo=True&UpdateAssemblyFileVersion=True&AssemblyFileVersion=";
   const std::pair<std::u16string, std::string> cases[] = {
@@ -151,6 +154,11 @@ TEST_F(BuildAction, LooksAheadAtWhatARunWouldStumbleOver) {
       {win32, "Win32VersionInfoPropertySetName: The name of the property set is blank."},
       {win32 + u"New", "Win32VersionInfoPropertySetName: Unable to find property set: New"},
       {win32 + u"Old", "Win32VersionInfoPropertySetName: MajorVersion 70000"},
+      {win32 + u"Word",
+       "Win32VersionInfoPropertySetName: Property set Word, MajorVersion: '4x' is not a valid integer"},
+      {ofSet, "DotNetVersionInfoPropertySetName: The name of the property set is blank."},
+      {ofSet + u"New", "DotNetVersionInfoPropertySetName: Unable to find property set: New"},
+      {ofSet + u"Old", "AssemblyVersion: AssemblyVersion \"70000.0.0.0\" is no version"},
       {u"OverrideWarnings=True&DisableSelectedWarnings=True&DisableWarnings=168\n",
        "DisableWarnings: \"168\n\" is not valid."},
   };
