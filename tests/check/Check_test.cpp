@@ -285,6 +285,10 @@ TEST(Check, FindsWhatIsWrongWithAProjectInItsLine) {
        native + "<File RelativePath='x.cpp'><FileConfiguration ExcludedFromBuild='true'/></File><File "
                 "RelativePath='x.h'/>\n<File RelativePath='y.cpp'/></Files></VisualStudioProject>",
        "4 source-missing"},
+      {"scripts whose headers define the name of a version, do not, or are not there", "A.vcproj",
+       native + "<File RelativePath='own.rc'/><File RelativePath='empty.rc'/><File "
+                "RelativePath='unknown.rc'/></Files></VisualStudioProject>",
+       "2 script-unseen"},
       {"scripts", "A.vcproj",
        native + "<File RelativePath='a.rc'/><File RelativePath='b.rc'/><File "
                 "RelativePath='c.rc'/></Files></VisualStudioProject>",
@@ -302,6 +306,10 @@ TEST(Check, FindsWhatIsWrongWithAProjectInItsLine) {
   const auto script = [](const std::string& version, const std::string& end) {
     return "VS_VERSION_INFO VERSIONINFO\n FILEVERSION " + version + "\n FILEOS 0x40004L\nBEGIN\n" + end;
   };
+  folder.Write("own.h", "#define VS_VERSION_INFO 1\n");
+  folder.Write("empty.h");
+  for (const std::string header : {"own", "empty", "unknown"})
+    folder.Write(header + ".rc", "#include \"" + header + ".h\"\n" + script("1,0,0,0", "END\n"));
   folder.Write("a.rc", script("1,0,0,0", "END\n"));
   folder.Write("b.rc", "#include <winver.h>\n" + script("1,0,70000,0", "END\n"));
   folder.Write("c.rc", "#include \"gone.h\"\n" + script("1,0,0,0", "BEGIN\n"));
@@ -342,6 +350,43 @@ TEST(Check, FindsWhatDoesNotFitBetweenASolutionAndItsProjects) {
             "2 reference-order 4, 2 reference-order 6, 11 configuration-unknown, 2 framework-new, "
             "5 reference-outside");
   EXPECT_EQ(Listed(folder, said), ReferenceMessages);
+}
+
+TEST(Check, ComparesTheVersionsOfNativeFilesAndAssemblies) {
+  struct TVersions {
+    std::string_view Native; // of the script
+    std::string_view Managed;
+    std::string_view Found;
+  };
+  const TVersions rows[]{
+      {"1,2,0,0", "[assembly: AssemblyVersion(\"1.1.0.0\")]",
+       "versions-differ, : No native file has the version of an assembly: 1.2.0.0 and 1.1.0.0 | 1.2.0.0 | "
+       "1.1.0.0"},
+      {"1,2,0,0", "[assembly: AssemblyVersion(\"1.2\")]", ""},
+      {"1,2,0,0", "[assembly: AssemblyVersion(\"1.1\")]\n[assembly: AssemblyFileVersion(\"1.2.0\")]", ""},
+      {"1,2,0,0", "[assembly: AssemblyVersion(\"1.1.*\")]", ""},
+      {"0,0,0,0", "[assembly: AssemblyVersion(\"1.1\")]", ""},
+  };
+  tests::TTemporaryFolder folder;
+  folder.Write("A.csproj", "<Project><ItemGroup><Compile Include='AssemblyInfo.cs'/></ItemGroup></Project>");
+  folder.Write("N.vcproj",
+               "<VisualStudioProject ProjectType='Visual C++'><Files><File RelativePath='n.rc'/></Files>"
+               "</VisualStudioProject>");
+  const auto solution = folder.Write("App.sln", Title + "10.00\n" + Projects({"A"}) +
+                                                    Other("N", "N.vcproj", 'B') + Global({}, {}));
+  for (const auto& [native, managed, found] : rows) {
+    SCOPED_TRACE(managed);
+    folder.Write("AssemblyInfo.cs", std::string("using System.Reflection;\n").append(managed));
+    folder.Write("n.rc", std::string("#include <winver.h>\nVS_VERSION_INFO VERSIONINFO\n FILEVERSION ")
+                             .append(native)
+                             .append("\nBEGIN\nEND\n"));
+    TChecker checker{TCheckLevels()};
+    checker.CheckSolution(solution);
+    std::set<std::string> said;
+    Found(checker, said);
+    std::erase_if(said, [](const std::string& line) { return !line.starts_with("versions-differ"); });
+    EXPECT_EQ(said.empty() ? "" : *said.begin(), found);
+  }
 }
 
 TEST(Check, SaysWhatTheUserHasMadeOfItsRules) {
