@@ -136,6 +136,14 @@ std::u16string ToLower(std::u16string_view text) {
   return lower;
 }
 
+std::u16string Shortened(std::u16string_view text, std::size_t most) {
+  if (text.size() <= most) return std::u16string(text);
+  std::size_t end = most - 1;
+  const bool isPair = end > 0 && (text[end] & 0xFC00) == 0xDC00 && (text[end - 1] & 0xFC00) == 0xD800;
+  if (isPair) --end;
+  return std::u16string(text.substr(0, end)) + u'\u2026';
+}
+
 std::u16string VisibleControls(std::u16string_view text) {
   std::u16string shown(text);
   for (char16_t& c : shown) {

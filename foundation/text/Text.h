@@ -50,6 +50,10 @@ std::u16string_view TrimLeft(std::u16string_view text);
 std::u16string_view TrimRight(std::u16string_view text);
 std::u16string ToLower(std::u16string_view text);
 
+// At most so many code units, at least one: of a longer text the beginning and an ellipsis. No character is
+// cut.
+std::u16string Shortened(std::u16string_view text, std::size_t most);
+
 // Control characters but tab and line ends as the pictures that Unicode has for them (U+2400...), so that
 // text from a tool or a file cannot steer what shows it.
 std::u16string VisibleControls(std::u16string_view text);

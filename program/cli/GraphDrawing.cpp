@@ -46,13 +46,6 @@ std::string Escaped(std::u16string_view text) {
   return text::ToUtf8(XmlEscape(text::VisibleControls(text)));
 }
 
-std::u16string Cut(const std::u16string& label) {
-  if (label.size() <= LongestLabel) return label;
-  const std::size_t end = LongestLabel - 1;
-  const bool isPair = label[end] >= 0xDC00 && label[end] < 0xE000;
-  return label.substr(0, isPair ? end - 1 : end) + u"\u2026";
-}
-
 // East Asian letters are as wide as they are high.
 int WidthOf(std::u16string_view label) {
   int width = 0;
@@ -104,7 +97,8 @@ private:
   int WidthOfColumn(const TColumn& column) const {
     int width = 0;
     for (const std::size_t node : column)
-      width = std::max(width, WidthOf(Cut(NameOf(graph_.Nodes[node]))) + 2 * CharacterWidth);
+      width = std::max(width, WidthOf(text::Shortened(NameOf(graph_.Nodes[node]), LongestLabel)) +
+                                  2 * CharacterWidth);
     return width;
   }
 
@@ -210,7 +204,8 @@ private:
          "</title><rect class=\"box\" rx=\"6\" x=\"" + std::to_string(box.X) + "\" y=\"" +
          std::to_string(box.Y - BoxHeight / 2) + "\" width=\"" + std::to_string(box.Width) + "\" height=\"" +
          std::to_string(BoxHeight) + "\"/><text x=\"" + std::to_string(box.X + CharacterWidth) + "\" y=\"" +
-         std::to_string(box.Y + 5) + "\">" + Escaped(Cut(NameOf(shown))) + "</text></g>\n");
+         std::to_string(box.Y + 5) + "\">" + Escaped(text::Shortened(NameOf(shown), LongestLabel)) +
+         "</text></g>\n");
   }
 
   const TGraph& graph_;

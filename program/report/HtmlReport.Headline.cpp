@@ -18,12 +18,6 @@ namespace {
 
 constexpr std::size_t LongestCause = 140;
 
-std::u16string Cut(std::u16string text) {
-  if (text.size() <= LongestCause) return text;
-  text.resize(LongestCause - 1);
-  return text + u'\u2026';
-}
-
 bool IsBuildError(const TFinding& finding) {
   return finding.Severity == TFindingSeverity::Error && !IsOfTest(finding);
 }
@@ -67,7 +61,7 @@ std::u16string CauseByErrors(const std::vector<const TFinding*>& errors) {
   for (const auto* error : errors)
     if (!error->Project.empty()) projects.insert(ProjectName(error->Project));
   const TFinding& first = *errors.front();
-  if (projects.empty() && first.Place.File.empty()) return Cut(first.Message);
+  if (projects.empty() && first.Place.File.empty()) return text::Shortened(first.Message, LongestCause);
   std::u16string cause = CountOf(static_cast<std::int64_t>(errors.size()), u"error");
   if (projects.size() == 1)
     cause += u" in " + *projects.begin();
@@ -97,7 +91,8 @@ std::u16string FailureText(const TRunReport& report) {
   for (const auto& finding : report.Findings)
     if (IsBuildError(finding)) errors.push_back(&finding);
   const TBuilt built = BuiltBy(report);
-  if (report.NothingExecuted && !errors.empty()) return u"Nothing was done: " + Cut(errors.front()->Message);
+  if (report.NothingExecuted && !errors.empty())
+    return u"Nothing was done: " + text::Shortened(errors.front()->Message, LongestCause);
   if (errors.empty() && report.Tests.Failed > 0)
     return (built.Succeeded > 0 && built.Failed == 0 ? u"Built, but " : u"") + FailedTests(report);
   const std::u16string cause = errors.empty() ? CauseByResult(report) : CauseByErrors(errors);

@@ -178,7 +178,8 @@ TEST_F(Reports, SayInTheirHeadlineWhatBecameOfTheRunAndWhy) {
         .Findings = {finding(u"", u"", u"test-failed")}},
        ">Built, but 2 of 412 tests failed<"},
       {{.Result = Stopped, .Elapsed = milliseconds(62000)}, ">Stopped by you after 1 min 02 s<"},
-      {{.Result = WouldRun}, ">Dry run: nothing was changed<"}};
+      {{.Result = WouldRun}, ">Dry run: nothing was changed<"},
+      {{.Result = NothingToDo}, ">There was nothing to do<"}};
   for (const auto& [report, said] : rows)
     EXPECT_THAT(Page(report), HasSubstr(said));
 }
@@ -221,6 +222,9 @@ TEST_F(Reports, ShowFailedTestsOpenAndThoseThatComeAndGo) {
                            "<h3>Good <b class=flaky>flaky: failed in 1 of 3 runs</b>",
                            "<li class=skipped>Later<", "<td>All &amp; more (A&lt;1&gt;)<td class=number>1<"})
     EXPECT_THAT(page, HasSubstr(part));
+  const TPast longer{.Runs = std::vector<TPastRun>(40),
+                     .Tests = {{u"All & more/Bad", std::vector<TPastTest>(40, Failed)}}};
+  EXPECT_THAT(Page({.Past = std::make_shared<TPast>(longer)}), HasSubstr("Failed in 30 of the last 30 runs"));
 }
 
 // Two projects at once, then one that waited for the longer of them.

@@ -73,6 +73,14 @@ TEST(Split, KeepsEmptyPartsWhichJoinPutsBack) {
   EXPECT_EQ(Join(std::vector<std::u16string>{u"", u"a", u"", u"b"}, u", "), u", a, , b");
 }
 
+TEST(Shortened, CutsNoCharacter) {
+  EXPECT_EQ(Shortened(u"abc", 3), u"abc");
+  EXPECT_EQ(Shortened(u"abcd", 3), u"ab\u2026");
+  EXPECT_EQ(Shortened(u"a\U0001F600b", 3), u"a\u2026");
+  EXPECT_EQ(Shortened(u"\U0001F600b", 2), u"\u2026");
+  EXPECT_EQ(Shortened(u"\U0001F600bc", 3), u"\U0001F600\u2026");
+}
+
 TEST(VisibleControls, LeavesLinesAndTabs) {
   EXPECT_EQ(VisibleControls(u"a\t\r\n \x1B\x1F\x7F\x85\u00A0~"), u"a\t\r\n \u241B\u241F\u2421\u2421\u00A0~");
 }
