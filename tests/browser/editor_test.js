@@ -429,6 +429,7 @@ test("a dry run shows each line of a difference in a row, and a page that is loa
       await page.click("#dry-run");
       const ended = page.locator("#progress", { hasText: /^Dry run 1: / });
       await ended.waitFor();
+      assert.equal(await page.textContent("#run-title"), "Dry run: nothing stands in its way");
       const head = await ended.textContent();
       await page.locator("#changes .added b", { hasText: "Neu" }).first().waitFor();
       await page.getByRole("button", { name: "Side by side" }).click();
@@ -552,16 +553,17 @@ test("tests stand with the failed ones first, and with what earlier runs say of 
   const action = `    <Action Type="MSTEST" Name="Tests"><AssemblyFileName>a.dll</AssemblyFileName>
       <UseStandaloneMSTest>True</UseStandaloneMSTest></Action>\n`;
   await withEditor(action, async (page, editor) => {
-    const run = async (number, outcomes) => {
+    const run = async (number, outcomes, title) => {
       fs.writeFileSync(`${editor.folder}/tool/results.trx`, results(outcomes));
       await page.click("#start");
       await page.locator("#progress", { hasText: new RegExp(`^Run ${number}: `) }).waitFor();
+      assert.match(await page.textContent("#run-title"), title);
       await page.click("#show-tests");
     };
     const kind = (name) => page.locator("#test-kinds").getByRole("button", { name }).click();
     const rows = page.locator("#view-tests .list .entry");
     const detail = page.locator("#view-tests .detail");
-    await run(1, { Adds: "Failed", Waits: "Passed", Divides: "Passed" });
+    await run(1, { Adds: "Failed", Waits: "Passed", Divides: "Passed" }, /^1 of 3 tests failed$/);
     await page.locator("#show-tests .count", { hasText: "1 failed" }).waitFor();
     assert.deepEqual(await page.locator("#test-kinds button").allTextContents(), ["Failed 1", "Flaky 0", "Slowest", "All 3"]);
     assert.equal(await rows.count(), 1);
@@ -582,7 +584,7 @@ test("tests stand with the failed ones first, and with what earlier runs say of 
     await page.locator("#view-tests .list", { hasText: "No test matches." }).waitFor();
     await page.getByLabel("Search tests").fill("");
 
-    await run(2, { Adds: "Passed", Divides: "Passed" });
+    await run(2, { Adds: "Passed", Divides: "Passed" }, /^Succeeded in \S+ m?s$/);
     await page.locator("#show-tests .count").waitFor({ state: "detached" });
     await rows.nth(0).click();
     await detail.locator(".note", { hasText: "Failed in 1 of 2 runs, last in run 1." }).waitFor();
@@ -599,6 +601,7 @@ test("a long log stays light, problems lead to their places, runs are compared",
     async (page) => {
       await page.click("#start");
       await page.locator("#progress", { hasText: /^Run 1: failed/ }).waitFor({ timeout: 120000 });
+      assert.match(await page.textContent("#run-title"), /^Übersetzen, Release\|Any CPU failed: The name /);
       const log = page.locator("#log");
       assert.ok((await log.evaluate((element) => element.scrollHeight)) > 200000 * 20);
       assert.ok((await page.locator("#log [role=option]").count()) < 100);
@@ -703,6 +706,7 @@ test("a stop in the middle leaves no process, and the program ends without losin
       const pid = Number(editor.read("tool/pid"));
       await page.click("#stop");
       await page.locator("#progress", { hasText: "stopped" }).waitFor();
+      assert.match(await page.textContent("#run-title"), /^Stopped by you after \S+ m?s$/);
       assert.throws(() => process.kill(pid, 0));
       await page.click("#show-project");
       await rename(page, "nicht gesichert");

@@ -238,7 +238,8 @@ export class RunView {
     if (run.dryRun && run.succeeded) return ["dry", "Dry run: nothing stands in its way"];
     if (run.succeeded) return ["done", `${capital(run.result)} in ${time}`];
     const { passed, failed } = run.tests;
-    if (failed && !run.errors) return ["error", `${failed} of ${counted(passed + failed, "test")} failed`];
+    const isWorse = this.findings.some((finding) => finding?.severity === "error" && finding.rule !== "test-failed");
+    if (failed && !isWorse) return ["error", `${failed} of ${counted(passed + failed, "test")} failed`];
     const row = run.rows.find(
       (one) => one.status === 3 && !run.rows.some((other) => other.status === 3 && other.nesting > one.nesting),
     );
