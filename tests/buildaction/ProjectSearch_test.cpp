@@ -40,6 +40,9 @@ TEST_F(ProjectSearch, TurnsSelectedEntriesIntoIdsWhereItCan) {
   EXPECT_EQ(
       action_->GetSelectedProjects(),
       text::TStringList({LibId, u"{11111111-1111-1111-1111-111111111111}", u"{unknown}", u"%Nowhere%"}));
+  Set(u"AssemblySelectedProjects=Lib\n{1}&ResourceSelectedProjects={2}\nLib");
+  EXPECT_EQ(action_->GetAssemblySelectedProjects(), text::TStringList({LibId, u"{1}"}));
+  EXPECT_EQ(action_->GetResourceSelectedProjects(), text::TStringList({u"{2}", LibId}));
 }
 
 // The host evaluates script functions while it expands; the solution's own name may hold one.

@@ -68,6 +68,10 @@ TEST_F(VersionStamping, WritesAttributesThatAreAskedForInEveryProject) {
   EXPECT_EQ(Versions(), "2.3.4.5 F2.3.4.5 2.3.4.5 F2.3.4.5 ");
   EXPECT_THAT(folder_.Read("App/Properties/AssemblyInfo.cs"),
               AllOf(HasSubstr("AssemblyTitle(\"a \\\"b\\\"\")"), Not(HasSubstr("unwanted"))));
+  folder_.Write("App/Properties/AssemblyInfo.cs", "\n[assembly: AssemblyTitle(A + B)]\n");
+  EXPECT_THAT(Stamp(Assemblies + u"UpdateAssemblyTitle=True&AssemblyTitle=a"),
+              HasSubstr("2 Warning : DIR/App/Properties/AssemblyInfo.cs: the expression A + B in line 2 is "
+                        "replaced by the value\n"));
 }
 
 TEST_F(VersionStamping, IncrementsEachNumberOnceAnExecutionUnlessAPropertySetGivesThem) {

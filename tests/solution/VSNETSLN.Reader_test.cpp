@@ -215,13 +215,15 @@ TEST_F(OpenedSolution, RefusesCirclesWhereSomebodyOnlyLooks) {
 
 TEST_F(OpenedSolution, AddsTheDependenciesOfTheGlobalSection) {
   const auto solution = OpenText(Solution(
-      Project('A') + Project('B'),
+      Project('A') + Project('B', "", "b.csproj"),
       Section("ProjectDependencies", "\t\t" + Id('A') + ".0 = " + Id('B') + "\n\t\t" + Id('A') + "\n")));
   const auto needs = solution->GetProjects()->GetItem(1)->GetDependancies();
   EXPECT_EQ(Lines(needs->GetList()), Strings{Id('B')});
   EXPECT_TRUE(needs->Contains(text::ToLower(needs->GetItem(0))));
   const auto first = solution->GetProjects()->GetItemInFileOrder(0);
   EXPECT_EQ(first, solution->GetProjects()->FindByID(text::FromAscii(Id('A'))));
+  EXPECT_EQ(first, solution->GetProjects()->FindByFileName(u"a.csproj"));
+  EXPECT_EQ(solution->GetProjects()->FindByFileName(u"A.csproj"), nullptr) << "as it is written";
   EXPECT_EQ(text::ToUtf8(first->GetProjectTypeID()), Id('F'));
   EXPECT_EQ(std::pair(solution->GetFileName(), solution->GetVisualStudioVersion()),
             std::pair(Path("a.sln"), TVSDotNetVersion::vs2010));
