@@ -21,9 +21,10 @@ echo "Greeter.Core - 1 error(s), 1 warning(s)"
 exit 1
 `;
 
-// In place of MSTest: leaves the results of results.trx beside it.
+// In place of MSTest: leaves the results of results.trx beside it, and fails with them.
 const testTool = `#!/bin/bash
 for argument; do case "$argument" in /resultsfile:*) cp "$(dirname "$0")/results.trx" "\${argument#*:}" ;; esac; done
+! grep -q 'outcome="Failed"' "$(dirname "$0")/results.trx"
 `;
 
 class Editor {
