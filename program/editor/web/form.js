@@ -4,6 +4,7 @@ import { makeControl } from "./controls.js";
 import { announceError, button, counted, debounce, el, icon, newId } from "./dom.js";
 import { entriesOf, isChanged, rowsOf } from "./layout.js";
 import { makeOffers } from "./offers.js";
+import { whenLetGo } from "./turns.js";
 
 const everything = "All Properties"; // the page that has each property once more
 
@@ -390,6 +391,7 @@ export class Form {
     this.underWay += 1;
     try {
       const answer = await call(operation, { id, page: entry.page, field: entry.field.name, ...values });
+      await whenLetGo();
       if (this.id === id) this.pages = answer.pages;
       this.handlers.changed(answer);
     } catch (error) {

@@ -5,7 +5,7 @@ import { announce, button, byId, counted, el, icon } from "./dom.js";
 import { Form } from "./form.js";
 import { Help } from "./help.js";
 import { Tree } from "./tree.js";
-import { attempt, attemptChange, inTurn } from "./turns.js";
+import { attempt, attemptChange, inTurn, whenLetGo } from "./turns.js";
 import { showVariables } from "./variables.js";
 import { showView } from "./views.js";
 
@@ -97,6 +97,7 @@ export class ProjectView {
     return attemptChange(
       async () => {
         const answer = await call(operation, values);
+        await whenLetGo();
         if (operation === "move") this.form.follow(values.id, answer.id);
         this.form.mustRedraw = isNewForm;
         await this.showAction(this.show(answer));
@@ -131,6 +132,7 @@ export class ProjectView {
     }
     await attempt(async () => {
       const action = await callUnlessRunning("action", { id });
+      await whenLetGo();
       if (!action || this.tree.selected !== id) return;
       this.showHead(action);
       this.form.problems = this.problems.filter((problem) => problem.id === id);
