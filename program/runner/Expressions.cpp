@@ -149,7 +149,7 @@ private:
   TExpressionTally& tally_;
   const TVariableNames* loopVariables_;
   std::vector<std::u16string> under_; // the variables whose values are being expanded
-  std::map<std::u16string, std::u16string, text::IgnoreCaseLess> expanded_;
+  TByName<std::u16string> expanded_;
 };
 
 } // namespace

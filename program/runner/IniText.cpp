@@ -20,6 +20,10 @@ std::u16string Written(std::u16string_view value) {
   return needsQuotes ? Quoted(value) : std::u16string(value);
 }
 
+std::u16string_view LineEnd(std::size_t length) {
+  return std::u16string_view(u"\r\n").substr(2 - length);
+}
+
 void RequireWritable(std::u16string_view section, std::u16string_view key, std::u16string_view value) {
   const auto refuse = [](std::u16string_view what, std::u16string_view text) {
     throw EKxException(std::u16string(what) + Quoted(text) + u" cannot be kept in the options store.");
@@ -47,8 +51,16 @@ bool TIniText::TLine::IsOfSection() const {
   return !Key.empty() || text::TrimLeft(Text).starts_with(u'[');
 }
 
+bool TIniText::TValueName::operator==(const TValueName& other) const {
+  return Section == other.Section && text::EqualsIgnoreCase(Key, other.Key);
+}
+
+std::size_t TIniText::TValueNameHash::operator()(const TValueName& name) const {
+  return text::IgnoreCaseHash{}(name.Key) ^ std::hash<const void*>{}(name.Section);
+}
+
 // What is wrong with the line, or null.
-const char16_t* TIniText::Read(TLine& line, std::u16string& section) {
+const char16_t* TIniText::Read(TLine& line, TSection*& section) {
   const std::u16string_view content = text::Trim(line.Text);
   if (content.empty() || content.front() == u';' || content.front() == u'#') {
     line.Section = section;
@@ -56,13 +68,14 @@ const char16_t* TIniText::Read(TLine& line, std::u16string& section) {
   }
   if (content.front() == u'[') {
     if (content.back() != u']') return u"The section's name has no closing bracket.";
-    section = text::Trim(content.substr(1, content.size() - 2));
-    line.Section = section;
-    return section.empty() ? u"The section has no name." : nullptr;
+    const std::u16string_view name = text::Trim(content.substr(1, content.size() - 2));
+    if (name.empty()) return u"The section has no name.";
+    line.Section = section = AddSection(name);
+    return nullptr;
   }
   const std::size_t equals = line.Text.find(u'=');
   if (equals == std::u16string::npos) return u"Expected [Section], Key=Value or a comment.";
-  if (section.empty()) return u"The value stands before the first [Section].";
+  if (section == nullptr) return u"The value stands before the first [Section].";
   line.Section = section;
   line.Key = text::Trim(std::u16string_view(line.Text).substr(0, equals));
   const std::size_t value = line.Text.find_first_not_of(u" \t", equals + 1);
@@ -72,7 +85,8 @@ const char16_t* TIniText::Read(TLine& line, std::u16string& section) {
 
 void TIniText::Parse(std::u16string_view text, std::u16string_view fileName) {
   *this = {};
-  std::u16string section;
+  values_.reserve(static_cast<std::size_t>(std::ranges::count(text, u'\n')));
+  TSection* section = nullptr;
   while (!text.empty()) {
     const std::size_t feed = text.find(u'\n');
     const std::size_t next = feed == std::u16string_view::npos ? text.size() : feed + 1;
@@ -80,10 +94,11 @@ void TIniText::Parse(std::u16string_view text, std::u16string_view fileName) {
         feed == std::u16string_view::npos ? next : feed - (feed > 0 && text[feed - 1] == u'\r' ? 1 : 0);
     TLine line;
     line.Text = text.substr(0, end);
-    line.End = text.substr(end, next - end);
+    line.End = LineEnd(next - end);
     if (const char16_t* wrong = Read(line, section))
       RefuseFile(fileName, static_cast<int>(lines_.size()) + 1, wrong);
-    Note(lines_.insert(lines_.end(), std::move(line)));
+    const auto added = lines_.insert(lines_.end(), std::move(line));
+    if (section != nullptr) Note(added, *section);
     text.remove_prefix(next);
   }
 }
@@ -95,90 +110,99 @@ std::u16string TIniText::Text() const {
   return text;
 }
 
-const TIniText::TSection* TIniText::FindSection(std::u16string_view name) const {
+TIniText::TSection* TIniText::FindSection(std::u16string_view name) {
   const auto found = sections_.find(name);
   return found == sections_.end() ? nullptr : &found->second;
 }
 
-TIniText::TLines::iterator* TIniText::Find(std::u16string_view section, std::u16string_view key) {
-  const auto in = sections_.find(section);
-  if (in == sections_.end()) return nullptr;
-  const auto found = in->second.ByKey.find(key);
-  return found == in->second.ByKey.end() ? nullptr : &found->second;
+// Or the one that it has been in.
+TIniText::TSection* TIniText::AddSection(std::u16string_view name) {
+  if (TSection* known = FindSection(name)) return known;
+  const auto added = sections_.try_emplace(std::u16string(name)).first;
+  names_.push_back(added->first);
+  return &added->second;
 }
 
-void TIniText::Note(TLines::iterator line) {
+std::optional<TIniText::TLines::iterator> TIniText::Find(std::u16string_view section,
+                                                         std::u16string_view key) const {
+  const auto in = sections_.find(section);
+  if (in == sections_.end()) return std::nullopt;
+  const auto found = values_.find({&in->second, key});
+  if (found == values_.end()) return std::nullopt;
+  return found->second;
+}
+
+void TIniText::Note(TLines::iterator line, TSection& section) {
   if (!line->IsOfSection()) return;
-  const auto [section, isNew] = sections_.try_emplace(line->Section);
-  if (isNew) names_.push_back(line->Section);
-  section->second.Last = line;
+  section.Last = line;
   if (line->Key.empty()) return;
-  section->second.Values.push_back(line);
-  section->second.ByKey.try_emplace(line->Key, line);
+  section.Values.push_back(line);
+  values_.try_emplace({&section, line->Key}, line);
 }
 
 std::optional<std::u16string> TIniText::Get(std::u16string_view section, std::u16string_view key) const {
-  const TSection* in = FindSection(section);
-  if (in == nullptr) return std::nullopt;
-  const auto found = in->ByKey.find(key);
-  if (found == in->ByKey.end()) return std::nullopt;
-  const std::u16string_view value = found->second->RawValue();
+  const auto found = Find(section, key);
+  if (!found) return std::nullopt;
+  const std::u16string_view value = (*found)->RawValue();
   return std::u16string(IsQuoted(value) ? value.substr(1, value.size() - 2) : value);
 }
 
 TIniText::TLines::iterator TIniText::Insert(TLines::iterator before, TLine line) {
-  const std::u16string end = lines_.empty() || lines_.front().End.empty() ? u"\n" : lines_.front().End;
+  const std::u16string_view end =
+      lines_.empty() || lines_.front().End.empty() ? LineEnd(1) : lines_.front().End;
   if (before != lines_.begin())
     if (auto& above = std::prev(before)->End; above.empty()) above = end;
   line.End = end;
   return lines_.insert(before, std::move(line));
 }
 
-void TIniText::AddSection(std::u16string_view section) {
-  const std::u16string name(section);
+TIniText::TSection& TIniText::WriteHeader(std::u16string_view section) {
   if (!lines_.empty() && !text::Trim(lines_.back().Text).empty())
     Insert(lines_.end(), {{}, {}, lines_.back().Section, {}, 0});
-  Note(Insert(lines_.end(), {u"[" + name + u"]", {}, name, {}, 0}));
+  TSection& added = *AddSection(section);
+  Note(Insert(lines_.end(), {u"[" + std::u16string(section) + u"]", {}, &added, {}, 0}), added);
+  return added;
 }
 
 void TIniText::Set(std::u16string_view section, std::u16string_view key, std::u16string_view value) {
   RequireWritable(section, key, value);
   if (Get(section, key) == value) return;
-  if (const auto* found = Find(section, key)) {
+  if (const auto found = Find(section, key)) {
     TLine& line = **found;
     line.Text = line.Text.substr(0, line.ValueAt) + Written(value);
     return;
   }
-  if (FindSection(section) == nullptr) AddSection(section);
+  TSection* known = FindSection(section);
+  TSection& in = known != nullptr ? *known : WriteHeader(section);
   TLine line;
-  line.Section = section;
+  line.Section = &in;
   line.Key = key;
   line.ValueAt = key.size() + 1;
   line.Text = line.Key + u"=" + Written(value);
-  Note(Insert(std::next(FindSection(section)->Last), std::move(line)));
+  Note(Insert(std::next(in.Last), std::move(line)), in);
 }
 
 void TIniText::Remove(std::u16string_view section, std::u16string_view key) {
-  const auto* found = Find(section, key);
-  if (found == nullptr) return;
+  const auto found = Find(section, key);
+  if (!found) return;
   const TLines::iterator line = *found;
-  TSection& in = sections_.find(section)->second;
-  in.ByKey.erase(in.ByKey.find(key));
+  TSection& in = *FindSection(section);
+  values_.erase({&in, key});
   std::erase(in.Values, line);
   for (const TLines::iterator other : in.Values)
-    if (text::EqualsIgnoreCase(other->Key, key)) in.ByKey.try_emplace(other->Key, other);
+    if (text::EqualsIgnoreCase(other->Key, key)) values_.try_emplace({&in, other->Key}, other);
   // Its first header stands before all of its values.
-  while (in.Last == line || !in.Last->IsOfSection() || !text::EqualsIgnoreCase(in.Last->Section, section))
+  while (in.Last == line || !in.Last->IsOfSection() || in.Last->Section != &in)
     --in.Last;
   lines_.erase(line);
 }
 
 std::vector<std::u16string> TIniText::Keys(std::u16string_view section) const {
   std::vector<std::u16string> keys;
-  const TSection* in = FindSection(section);
-  if (in == nullptr) return keys;
-  for (const TLines::iterator line : in->Values)
-    if (in->ByKey.find(line->Key)->second == line) keys.push_back(line->Key);
+  const auto in = sections_.find(section);
+  if (in == sections_.end()) return keys;
+  for (const TLines::iterator line : in->second.Values)
+    if (values_.find({&in->second, line->Key})->second == line) keys.push_back(line->Key);
   return keys;
 }
 

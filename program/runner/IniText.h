@@ -20,7 +20,7 @@ namespace kx {
 class TIniText {
 public:
   TIniText() = default;
-  TIniText(TIniText&&) = default; // the sections point into the lines, which keep their places
+  TIniText(TIniText&&) = default; // lines and sections point to each other and keep their places
   TIniText& operator=(TIniText&&) = default;
 
   // Raises EKxParseError with the line and what is wrong with it; `fileName` is only named.
@@ -34,40 +34,47 @@ public:
   void Remove(std::u16string_view section, std::u16string_view key);
 
   // Each once, in the order of the file.
-  const std::vector<std::u16string>& Sections() const { return names_; }
+  const std::vector<std::u16string_view>& Sections() const { return names_; }
   std::vector<std::u16string> Keys(std::u16string_view section) const;
 
 private:
+  // What a section's headers hold together, so that neither a reader nor a writer goes through all lines.
+  struct TSection;
   struct TLine {
-    std::u16string Text; // without the line end
-    std::u16string End;  // empty for a last line that has none
-    std::u16string Section;
-    std::u16string Key;      // empty unless the line sets a value
-    std::size_t ValueAt = 0; // where the value begins in Text
+    std::u16string Text;               // without the line end
+    std::u16string_view End;           // empty for a last line that has none
+    const TSection* Section = nullptr; // null before the first header
+    std::u16string Key;                // empty unless the line sets a value
+    std::size_t ValueAt = 0;           // where the value begins in Text
     std::u16string_view RawValue() const;
     bool IsOfSection() const; // its header or one of its values
   };
   using TLines = std::list<TLine>;
-  template <typename T>
-  using TByName = std::unordered_map<std::u16string, T, text::IgnoreCaseHash, text::IgnoreCaseEqual>;
-
-  // What a section's headers hold together, so that neither a reader nor a writer goes through all lines.
   struct TSection {
     TLines::iterator Last;                // its last value or header
     std::vector<TLines::iterator> Values; // in the order of the file
-    TByName<TLines::iterator> ByKey;      // the first of each key
+  };
+  struct TValueName {
+    const TSection* Section = nullptr;
+    std::u16string_view Key; // of the line
+    bool operator==(const TValueName& other) const;
+  };
+  struct TValueNameHash {
+    std::size_t operator()(const TValueName& name) const;
   };
 
-  static const char16_t* Read(TLine& line, std::u16string& section);
-  const TSection* FindSection(std::u16string_view name) const;
-  TLines::iterator* Find(std::u16string_view section, std::u16string_view key);
-  void Note(TLines::iterator line); // in its section
+  const char16_t* Read(TLine& line, TSection*& section);
+  TSection* FindSection(std::u16string_view name);
+  TSection* AddSection(std::u16string_view name);
+  std::optional<TLines::iterator> Find(std::u16string_view section, std::u16string_view key) const;
+  void Note(TLines::iterator line, TSection& section);
   TLines::iterator Insert(TLines::iterator before, TLine line);
-  void AddSection(std::u16string_view section);
+  TSection& WriteHeader(std::u16string_view section);
 
   TLines lines_;
-  TByName<TSection> sections_;
-  std::vector<std::u16string> names_; // of the sections, in the order of the file
+  std::unordered_map<std::u16string, TSection, text::IgnoreCaseHash, text::IgnoreCaseEqual> sections_;
+  std::unordered_map<TValueName, TLines::iterator, TValueNameHash> values_; // the first of each name
+  std::vector<std::u16string_view> names_; // of the sections, in the order of the file
 };
 
 } // namespace kx

@@ -119,7 +119,7 @@ std::vector<TOptionName> TOptionsStore::StoredNames() const {
   std::vector<TOptionName> names;
   for (const auto& section : ini_.Sections())
     for (const auto& key : ini_.Keys(section))
-      names.push_back({section, key});
+      names.push_back({std::u16string(section), key});
   return names;
 }
 

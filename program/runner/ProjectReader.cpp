@@ -98,7 +98,6 @@ private:
   void ReadVariables(const TProjectElement& list) {
     CheckAttributes(list, {});
     CheckChildren(list, std::array<std::u16string_view, 1>{u"Variable"});
-    std::set<std::u16string, text::IgnoreCaseLess> seen;
     for (const auto& element : list.Children) {
       CheckAttributes(element, std::array<std::u16string_view, 1>{u"Name"});
       CheckIsText(element);
@@ -106,7 +105,8 @@ private:
       if (!IsVariableName(name))
         Refuse(element,
                u"The variable name " + Quoted(name) + u" may hold only letters, digits, \"_\" and \".\".");
-      if (!seen.insert(name).second) Refuse(element, u"The variable " + Quoted(name) + u" stands twice.");
+      if (project_.Variables.Find(name) != nullptr)
+        Refuse(element, u"The variable " + Quoted(name) + u" stands twice.");
       project_.Variables.Set({name, WithHostLineEnds(element.Text)});
     }
   }

@@ -83,7 +83,7 @@ TEST(IniText, KnowsWhereItsSectionsEndWhenValuesGo) {
   for (const auto* key : {u"k", u"L", u"N"})
     ini.Remove(u"S", key);
   EXPECT_EQ(ini.Keys(u"S"), std::vector<std::u16string>());
-  EXPECT_EQ(ini.Sections(), (std::vector<std::u16string>{u"S", u"T"}));
+  EXPECT_EQ(ini.Sections(), (std::vector<std::u16string_view>{u"S", u"T"}));
   ini.Remove(u"S", u"K"); // what is not there
   ini.Set(u"T", u"K", u"6");
   EXPECT_EQ(text::ToUtf8(ini.Text()), "[S]\n[T]\nK=6\n[S]\n");
