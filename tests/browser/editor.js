@@ -21,8 +21,9 @@ echo "Greeter.Core - 1 error(s), 1 warning(s)"
 exit 1
 `;
 
-// In place of MSTest: leaves the results of results.trx beside it, and fails with them.
+// In place of MSTest: leaves the results of results.trx beside it, and fails with them; not before a file "wait" there has gone.
 const testTool = `#!/bin/bash
+while [ -e "$(dirname "$0")/wait" ]; do sleep 0.1; done
 for argument; do case "$argument" in /resultsfile:*) cp "$(dirname "$0")/results.trx" "\${argument#*:}" ;; esac; done
 ! grep -q 'outcome="Failed"' "$(dirname "$0")/results.trx"
 `;

@@ -840,6 +840,113 @@ test("the tree, the palette and the pages are used by the keyboard", async () =>
   });
 });
 
+test("the palette leads to what it names, keys go between the views, and the help makes way", async () => {
+  await withEditor(`${devenv()}    <Action Type="MSTEST" Name="Prüfen"/>\n`, async (page) => {
+    const pick = async (text, entry) => {
+      await page.keyboard.press("Control+k");
+      await page.keyboard.type(text);
+      await page.locator("dialog [role=option][aria-selected=true]", { hasText: entry }).waitFor();
+      await page.keyboard.press("Enter");
+    };
+    const selected = (name) => page.locator("#tree [aria-selected=true]", { hasText: name }).waitFor();
+    await page.locator("#show-problems .count").waitFor(); // the settings are checked
+    await pick("prüf", "Prüfen");
+    await selected("Prüfen");
+    await pick("filename blank", "Assembly Filename is blank");
+    await page.waitForSelector("[data-field=MemoAssemblies]:focus");
+    await page.keyboard.press("Alt+3");
+    await page.getByRole("button", { name: "Go to the property" }).click();
+    await page.waitForSelector("[data-field=MemoAssemblies]:focus");
+    await pick("übers", "Übersetzen");
+    await selected("Übersetzen");
+    await pick("@override comp", "Override Compiler");
+    await page.waitForSelector("[data-field=OverrideCompiler]:focus");
+    for (const state of ["hidden", "visible"]) {
+      await page.keyboard.press("F1");
+      await page.locator("#help").waitFor({ state });
+    }
+    await command(page, "Edit variables");
+    await page.getByRole("button", { name: "Add a variable…" }).waitFor();
+    await command(page, "Add VS.NET Solution Iter");
+    await page.locator("#tree [aria-selected=true][aria-posinset='2']").waitFor();
+    await command(page, "Go to Run");
+    await page.keyboard.press("F5");
+    await page.locator("#progress", { hasText: /^Run 1: / }).waitFor();
+    await page.keyboard.press("Control+f");
+    await page.waitForSelector("#log-search:focus");
+    await pick("cs0103", "does not exist");
+    await page.locator("#view-problems .detail h2", { hasText: "does not exist" }).waitFor();
+    await page.keyboard.press("Shift+F8");
+    await page.locator("#view-problems .detail h2").filter({ hasNotText: "does not exist" }).waitFor();
+  });
+});
+
+test("the wait for a run tells how far it is, what is to come, and how long it takes as a rule", async () => {
+  const tests = `      <Action Type="MSTEST" Name="Tests"><AssemblyFileName>a.dll</AssemblyFileName>
+        <UseStandaloneMSTest>True</UseStandaloneMSTest></Action>\n`;
+  const loop = `    <Action Type="SOLUTIONITERATOR" Name="Alle"><Solution>Greeter\\Greeter.sln</Solution>
+      <LoopVariable>Project</LoopVariable>\n<Actions>\n${tests}</Actions></Action>\n`;
+  await withEditor(loop + tests, async (page, editor) => {
+    fs.writeFileSync(`${editor.folder}/tool/results.trx`, results({ Adds: "Passed" }));
+    const progress = page.locator("#progress");
+    const steps = page.locator("#steps li");
+    const names = () => steps.locator(".name").allTextContents();
+    await page.click("#start");
+    await page.locator("#progress", { hasText: /^Run 1: succeeded/ }).waitFor();
+    const projects = (await names()).slice(1, -1);
+    assert.ok(projects.length > 1);
+    assert.deepEqual([...new Set(projects)], projects, "a pass each");
+    assert.deepEqual([(await names())[0], (await names()).at(-1)], ["Alle", "Tests"]);
+    await steps.getByRole("button").nth(1).click();
+    const [, pass] = /\((.*)\)/.exec(projects[0]);
+    await page.locator("#log .group[aria-selected=true]", { hasText: pass }).waitFor();
+    fs.writeFileSync(`${editor.folder}/tool/wait`, "");
+    await page.click("#start");
+    await page.locator("#progress", { hasText: /^\S+ m?s of about .* · project 1 of \d+$/ }).waitFor();
+    const done = Number(await page.locator("#run-bar").getAttribute("value"));
+    assert.ok(done > 0 && done < 1, `${done} of the usual time`);
+    assert.deepEqual(await names(), ["Alle", projects[0]]);
+    await page.locator("#steps .to-come", { hasText: /^Tests$/ }).waitFor();
+    fs.rmSync(`${editor.folder}/tool/wait`);
+    await page.locator("#progress", { hasText: /^Run 2: succeeded/ }).waitFor();
+    assert.ok(await page.locator("#run-bar").isHidden());
+    assert.equal(await page.locator("#steps .to-come").count(), 0);
+    assert.doesNotMatch(await progress.textContent(), /of about/);
+  });
+});
+
+test("numbers are stepped, choices go back to what they were, and folders are chosen", async () => {
+  await withEditor(`${devenv()}    <Action Type="MSTEST" Name="Tests"/>\n`, async (page, editor) => {
+    await turnTo(page, "Project Detection");
+    const number = page.locator("[data-field=spiWebsiteNumber]");
+    await number.fill("8");
+    for (const key of ["ArrowUp", "ArrowUp", "ArrowDown"]) await number.press(key);
+    assert.equal(await number.inputValue(), "9");
+    await save(page);
+    holds(editor.read("p.kxproj"), "<WMIWebsiteNum>9<");
+    await page.locator("[data-field=rbNetworkShare]").check();
+    await page.locator("[data-field=edtShare]").fill("share");
+    await page.locator("[data-field=rbNetworkShare]").press("Control+Delete");
+    await hasValue(page, "edtShare", "wwwroot$");
+    assert.ok(await page.locator("[data-field=rbWMI]").isChecked());
+    await turnTo(page, "Paths");
+    await page.locator(".with-buttons:has([data-field=OutputDirectory]) button[aria-label^=Browse]").click();
+    const dialog = page.locator("dialog");
+    await dialog.getByLabel("Folder", { exact: true }).press("ArrowDown");
+    await page.waitForSelector("dialog .chooser li:first-child button:focus");
+    await dialog.getByLabel("Folder Greeter", { exact: true }).click();
+    await dialog.getByLabel("Folder Greeter.Core").waitFor();
+    assert.equal(await dialog.getByRole("button", { name: "Greeter.sln" }).count(), 0, "a file is no folder");
+    await dialog.getByRole("button", { name: "Choose", exact: true }).click();
+    await hasValue(page, "OutputDirectory", "%ProjectDir%/Greeter");
+    await page.locator("[role=treeitem]", { hasText: "Tests" }).click();
+    await page.locator("[data-field=txtAssemblyFilename]").fill("eins.dll");
+    await page.keyboard.press("Enter");
+    await hasValue(page, "MemoAssemblies", "eins.dll");
+    await hasValue(page, "txtAssemblyFilename", "");
+  });
+});
+
 test("a log is read by the keyboard, folded, downloaded, and coloured as its tool wants", async () => {
   await withEditor(devenv(), async (page, editor) => {
     const colours = "echo $'\\e[1;31mrot\\e[0m und \\e[92mgrün\\e[39m'\n";
@@ -883,6 +990,81 @@ test("a log is read by the keyboard, folded, downloaded, and coloured as its too
     assert.equal(text.split("\n").length - 1, await last());
     await page.click("#log-times");
     await line.locator("time", { hasText: /^\d\d:\d\d:\d\d$/ }).waitFor({ state: "visible" });
+  });
+});
+
+test("long lines of a log wrap, what is found is gone through, and the end is followed or left", async () => {
+  await withEditor(devenv(), async (page, editor) => {
+    const long = `for i in {1..60}; do echo "${"lang 日本 ".repeat(40)}$i"; done\n`;
+    fs.writeFileSync(
+      `${editor.folder}/tool/devenv.com`,
+      editor.read("tool/devenv.com").replace("for ((", () => `${long}for ((`),
+    );
+    await page.click("#start");
+    await page.locator("#progress", { hasText: /^Run 1: / }).waitFor();
+    const log = page.locator("#log");
+    const chosen = (text) => log.locator("[aria-selected=true]", { hasText: text }).waitFor();
+    // Nothing lies over another row, and what is at the end is seen there.
+    const places = () =>
+      log.evaluate((element) => {
+        const { top, bottom } = element.getBoundingClientRect();
+        const rows = [...element.querySelectorAll("[role=option]")].map((row) => {
+          const text = row.querySelector(".text").getBoundingClientRect();
+          return { top: text.top, bottom: text.bottom, text: row.textContent };
+        });
+        const isApart = rows.every((row, index) => index === 0 || row.top >= rows[index - 1].bottom - 1);
+        return { isApart, highest: Math.max(...rows.map((row) => row.bottom - row.top)), last: rows.at(-1).bottom - bottom, top };
+      });
+    await page.click("#unfold");
+    assert.ok((await places()).highest < 30, "a line each");
+    await page.click("#log-wrap");
+    await log.focus();
+    for (const key of ["Home", "End"]) {
+      await page.keyboard.press(key);
+      const { isApart, highest, last } = await places();
+      assert.ok(isApart, key);
+      if (key === "End") assert.ok(highest > 30 && last <= 1, `${highest}, ${last}`);
+    }
+    const found = page.locator("#log-found");
+    const search = page.getByLabel("Search the log");
+    await search.fill("lang 日本 59");
+    await page.selectOption("#filter", "3");
+    await found.getByText("1 line", { exact: true }).waitFor();
+    await search.press("Enter");
+    await chosen("59"); // the filter hid it
+    assert.equal(await page.locator("#filter").inputValue(), "0");
+    assert.ok((await places()).isApart);
+    await page.click("#log-wrap");
+    await search.fill("compiling");
+    await found.getByText("3 lines", { exact: true }).waitFor();
+    for (const [key, place] of Object.entries({ "Shift+Enter": 3, Enter: 1 })) {
+      await search.press(key);
+      await found.getByText(`${place} of 3`, { exact: true }).waitFor();
+      await chosen(`${place - 1}`);
+    }
+    await page.click("#log-previous");
+    await found.getByText("3 of 3", { exact: true }).waitFor();
+    await search.press("Escape");
+    await page.waitForSelector("#log-next", { state: "hidden" });
+    assert.equal((await search.inputValue()) + (await found.textContent()), "");
+    for (const state of ["true", "false", "true"]) {
+      await page.click("#log-follow");
+      await page.waitForSelector(`#log-follow[aria-pressed=${state}]`);
+    }
+    await page.context().grantPermissions(["clipboard-read", "clipboard-write"]);
+    await page.click("#log-copy");
+    await page.locator("#message", { hasText: /^\d+ lines copied\.$/ }).waitFor();
+    const lines = (await page.evaluate(() => navigator.clipboard.readText())).trimEnd().split("\n");
+    assert.equal(`${lines.length} lines copied.`, await page.textContent("#message"));
+    await search.fill("CS0103");
+    await search.press("Enter");
+    await chosen("CS0103");
+    await log.press("Enter"); // to the place that it names
+    await page.locator("dialog .source .hit").waitFor();
+    await page.keyboard.press("Escape");
+    await page.locator("#tab-log").press("ArrowLeft"); // round to the last that is there
+    await page.locator("#tab-results[aria-selected=true]:focus").waitFor();
+    assert.ok(await log.isHidden());
   });
 });
 

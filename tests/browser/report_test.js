@@ -53,6 +53,19 @@ test("a report filters, groups, leads to its log and is read by anybody", async 
     assert.equal(await page.locator(".target").evaluate((e) => e.getBoundingClientRect().top < innerHeight), true);
     await page.fill("#log-find", "compiling 日本語 2999");
     await page.locator("#log-found", { hasText: "1 of 1" }).waitFor();
+    await page.fill("#log-find", "compiling");
+    await page.locator("#log-found", { hasText: "1 of 3,000" }).waitFor();
+    const here = () =>
+      page.evaluate(() => [...CSS.highlights.get("found-here")].map((range) => range.startContainer.parentElement.textContent.trim()));
+    for (const [key, place, line] of [
+      ["Enter", "2", "Compiling 日本語 1"],
+      ["Shift+Enter", "1", "Compiling 日本語 0"],
+      ["Shift+Enter", "3,000", "Compiling 日本語 2999"],
+    ]) {
+      await page.locator("#log-find").press(key);
+      assert.equal(await page.textContent("#log-found"), `${place} of 3,000`);
+      assert.deepEqual(await here(), [line]);
+    }
     for (const [width, colorScheme] of [
       [1600, "light"],
       [400, "dark"],

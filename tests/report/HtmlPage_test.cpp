@@ -7,7 +7,7 @@
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/Written.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <functional>
 
@@ -16,6 +16,7 @@ namespace {
 
 using std::chrono::milliseconds;
 using enum TResultKind;
+using testing::HasSubstr;
 using tests::ConfigurationResult;
 using tests::ProjectResult;
 
@@ -27,8 +28,9 @@ std::string Written(const std::function<void(THtmlWriter&)>& write) {
   });
 }
 
-// What a section shows: its text, with "|" for tags, "[" for what folds and "{...}" for what one is called;
-// drawn shapes as they are, but for what all of a kind have in common.
+// What a section shows: its text, with "|" for tags, "[" for what folds, "{...}" for what one is called and
+// "(...)" for a picture without a name, "^" before what is drawn around its place; drawn shapes as they are,
+// but for what all of a kind have in common.
 std::string Shown(const TRunReport& report, void (*write)(const THtmlPage& page, THtmlWriter& out),
                   std::span<const TFigure> figures = {}) {
   const TSuiteSpool suites(u"");
@@ -47,6 +49,10 @@ std::string Shown(const TRunReport& report, void (*write)(const THtmlPage& page,
       shown += piece == "\n" ? "" : piece;
     else if (const std::size_t label = piece.find("aria-label=\""); label != piece.npos)
       shown += "{" + std::string(piece.substr(label + 12, piece.find('"', label + 12) - label - 12)) + "}";
+    else if (piece.starts_with("<i class=\"i "))
+      shown += "(" + std::string(piece.substr(12, piece.find('"', 12) - 12)) + ")";
+    else if (piece.find("text-anchor=middle") != piece.npos)
+      shown += "|^";
     else if (piece.starts_with("<details"))
       shown += piece.find(" open") == piece.npos ? "[" : "[open ";
     else if (!shown.ends_with('|'))
@@ -121,17 +127,18 @@ TEST_F(HtmlPage, SaysFirstWhatBecameOfTheRun) {
   EXPECT_EQ(Shown(Report, WriteHeadline),
             "|{failed}|Failed: 1 error in Core, in b.c|1 of 4 projects was built, 1 was not begun. 5 of 8 "
             "tests passed. 2 warnings, 1 of them new.|Failed first|C1| bad|d/b.c, line 5, Core, Debug, "
-            "Build|Problem|Errors|1|1 new|, 1 fixed|Warnings|2|1 new|, 1 known, 1 fixed|Tests|1 |of 8 "
-            "failed|2 not run|Projects|1 |of 4 built|2 failed, 1 not built|Time|10.00 s|usually 6.00 s|");
+            "Build|Problem|(error)|Errors|1|1 new|, 1 fixed|(warning)|Warnings|2|1 new|, 1 known, 1 "
+            "fixed|(error)|Tests|1 |of 8 failed|2 not run|(error)|Projects|1 |of 4 built|2 failed, 1 not "
+            "built|(clock)|Time|10.00 s|usually 6.00 s|");
   Report.Past = nullptr;
   Report.Result = Succeeded;
   Report.Tests.Failed = 0;
   Report.Findings.erase(Report.Findings.begin() + 2);
-  EXPECT_EQ(
-      Shown(Report, WriteHeadline),
-      "|{succeeded}|Built 1 project and passed 5 tests in 10.00 s|2 warnings.|Errors|0|Warnings|2|Tests|5 "
-      "|of 7 passed|2 not run|Projects|1 |of 4 built|2 failed, 1 not built|Time|10.00 s|No earlier run of "
-      "this project is known: nothing is marked as new, and there are no trends.|");
+  EXPECT_EQ(Shown(Report, WriteHeadline),
+            "|{succeeded}|Built 1 project and passed 5 tests in 10.00 s|2 "
+            "warnings.|(done)|Errors|0|(warning)|Warnings|2|(done)|Tests|5 |of 7 passed|2 not "
+            "run|(error)|Projects|1 |of 4 built|2 failed, 1 not built|(clock)|Time|10.00 s|No earlier run of "
+            "this project is known: nothing is marked as new, and there are no trends.|");
 }
 
 TEST_F(HtmlPage, ShowsProblemsWithTheirHistory) {
@@ -150,6 +157,11 @@ TEST_F(HtmlPage, ShowsProblemsWithTheirHistory) {
             "|What several projects or configurations say is counted once.|{Search "
             "problems}|All|Errors|Warnings|Group by |File|Rule|Project|[|a.c|{warnings}|1|line 7|R|[|old|No "
             "problem matches. |Clear|9 more were not kept: there were too many.|");
+  Report.Findings.front().Place = {Folder.Write("d/c.c", "1\n2\n3\n4\n5\n"), 1};
+  EXPECT_THAT(Shown(Report, WriteProblems), HasSubstr("|line 1|R|[|old|1|1|2|2|No problem"));
+  Report.Findings.front().Severity = TFindingSeverity::Error;
+  EXPECT_THAT(Shown(Report, WriteProblems), HasSubstr("|1|1|2|2|3|3|4|4|No problem"));
+  EXPECT_THAT(Shown(Report, WriteHeadline), HasSubstr("|old|d/c.c, line 1|Problem"));
   Report.Findings.clear();
   EXPECT_EQ(Shown(Report, WriteProblems), "|No tool and no action said that anything is wrong.|");
 }
@@ -157,8 +169,8 @@ TEST_F(HtmlPage, ShowsProblemsWithTheirHistory) {
 TEST_F(HtmlPage, DrawsBarsOverTime) {
   EXPECT_EQ(Shown(Report, WriteTimeline),
             "|Actions|In loops|A|B|{Timeline of the run; the table of results has the times}<line "
-            "x1=0.00%>|0:00|<line x1=20.00%>|0:02|<line x1=40.00%>|0:04|<line x1=60.00%>|0:06|<line "
-            "x1=80.00%>|0:08|<line x1=100.00%>|0:10|All: 9.00 s from 0.00 s, finished with failures|<rect "
+            "x1=0.00%>|0:00|<line x1=20.00%>|^0:02|<line x1=40.00%>|^0:04|<line x1=60.00%>|^0:06|<line "
+            "x1=80.00%>|^0:08|<line x1=100.00%>|^0:10|All: 9.00 s from 0.00 s, finished with failures|<rect "
             "class=\"bar outer failed\" x=0.00% width=90.00% y=1.75rem>|× All|Build (p): 8.00 s from 0.00 s, "
             "failed|<rect class=\"bar outer failed\" x=0.00% width=80.00% y=3.38rem>|× Build (p)|A, Debug: "
             "2.00 s from 0.00 s, succeeded|<rect class=\"bar\" x=0.00% width=20.00% y=5.00rem>|2.00 s|B, "
@@ -173,9 +185,10 @@ TEST_F(HtmlPage, ListsResultsAndFigures) {
   const TFigure figure{u"Size: Lines", u"Build", u"Debug", 1234};
   EXPECT_EQ(Shown(Report, WriteResults, {&figure, 1}),
             "|2 succeeded, 2 failed; 1 error, 2 warnings; 8 tests, 1 failed, 2 not "
-            "run|Action|Configuration|Result|Errors|Warnings|Time|All|finished with failures|9.00 s|Build "
-            "(p)|Debug|failed|1|2|5.00 s|Build (p)|Release|succeeded|3.00 s|Build (p)|(the rest)|failed "
-            "(no-tests)|0.00 s|Tell|succeeded|1.00 s|Projects|Project|Debug|Release|A|{succeeded}|2.00 s "
+            "run|Action|Configuration|Result|Errors|Warnings|Time|All|(error)|finished with failures|9.00 "
+            "s|Build (p)|Debug|(error)|failed|(error)|1|(warning)|2|5.00 s|Build "
+            "(p)|Release|(done)|succeeded|3.00 s|Build (p)|(the rest)|(error)|failed (no-tests)|0.00 "
+            "s|Tell|(done)|succeeded|1.00 s|Projects|Project|Debug|Release|A|{succeeded}|2.00 s "
             "{warnings}|2|{failed}|3.50 s {errors}|1 {warnings}|1|B|{failed}|3.00 s "
             "{errors}|1|C|{stopped}|stopped|Metrics|Metric|Action|Configuration|Value|Size: "
             "Lines|Build|Debug|1,234|");

@@ -17,6 +17,7 @@ export class Form {
     this.problems = [];
     this.flushers = new Set();
     this.underWay = 0; // edits that are not answered yet
+    this.newest = Promise.resolve(); // the newest of them
     this.controls = [];
     this.rows = [];
     this.search = "";
@@ -363,9 +364,10 @@ export class Form {
     row.reset.hidden = !change;
   }
 
-  // Values go before the boxes that disable them.
+  // Values go before the boxes that disable them, and what has just been typed with them.
   async reset(row) {
     this.flush();
+    await this.newest;
     row.controls[0].input.focus();
     for (const control of [...row.controls].reverse()) {
       const { field, entry } = control;
@@ -386,7 +388,12 @@ export class Form {
     if (this.pages && this.id !== undefined) this.update();
   }
 
-  async send(operation, { entry }, values) {
+  send(operation, control, values) {
+    this.newest = this.sendNow(operation, control, values);
+    return this.newest;
+  }
+
+  async sendNow(operation, { entry }, values) {
     const id = this.id;
     this.underWay += 1;
     try {

@@ -19,12 +19,14 @@ function linesOf(text) {
 }
 
 export class Log {
-  // `open(event, text)`: the user wants to see the place that a message names; select(line); followed(isFollowing).
-  constructor(element, { open, select, followed }) {
+  // `open(event, text)`: the user wants to see the place that a message names; select(line); followed(isFollowing);
+  // unfiltered() when a line was to be shown that the filter hid.
+  constructor(element, { open, select, followed, unfiltered }) {
     this.element = element;
     this.open = open;
     this.select = select;
     this.followed = followed;
+    this.unfiltered = unfiltered;
     this.spacer = el("div", { class: "spacer" });
     this.rows = el("div", { class: "rows" });
     this.ruler = el("span", { class: "ruler", "aria-hidden": "true" }, "0".repeat(100));
@@ -312,7 +314,10 @@ export class Log {
     if (!line) return;
     if (!this.isShown(line)) {
       for (let at = line.parent; at >= 0; at = this.lines[at].parent) this.lines[at].collapsed = false;
-      if (line.worst < this.least) this.least = 0;
+      if (line.worst < this.least) {
+        this.least = 0;
+        this.unfiltered?.();
+      }
       this.collect();
     }
     this.goTo(index, false);

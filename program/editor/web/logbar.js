@@ -31,16 +31,23 @@ export class LogBar {
   }
 
   onKey(event) {
-    if (event.key === "Enter") this.step(event.shiftKey ? -1 : 1);
+    if (event.key === "Enter") this.goOn(event.shiftKey ? -1 : 1);
     if (event.key === "Escape" && this.box.value) {
       this.box.value = "";
       this.search();
     }
   }
 
+  // What was typed just before Enter is looked for first.
+  async goOn(direction) {
+    if (this.sought !== this.box.value) await this.search();
+    this.step(direction);
+  }
+
   // In slices: half a million lines take their time.
   async search() {
     const text = this.box.value;
+    this.sought = text;
     const expression = text && new RegExp(text.replace(/[.*+?^${}()|[\]\\]/g, "\\$&"), "gi");
     this.log.search = expression || undefined;
     this.found = [];

@@ -26,6 +26,9 @@ export class RunView {
     this.log = new Log(byId("log"), {
       open: (event, text) => this.openSource({ event }, text),
       select: (line) => this.showDetail(line),
+      unfiltered: () => {
+        byId("filter").value = "0";
+      },
       followed: (isFollowing) => byId("log-follow").setAttribute("aria-pressed", isFollowing ? "true" : "false"),
     });
     this.bar = new LogBar(this.log, () => `${handlers.fileName().replace(/\.[^.]*$/, "")}-run-${this.number}.log`);
