@@ -147,6 +147,8 @@ const TCase Additions[] = {
      R"(/** @assembly AssemblyCompany("") */^~~/** @assembly AssemblyTitle("N") */^~)"},
     {"not where both branches hold it", CSharp, R"([assembly: AssemblyTitle(^#if X^"o"^#else^"p"^#endif^)])"},
     {"not where numbers decide", Cpp, R"(#define V 2^#if V == 1^[assembly:AssemblyTitle("o")];^#endif)"},
+    {"not where a condition goes on behind its end", CSharp,
+     R"(#if true X^[assembly: AssemblyTitle("o")]^#endif^)"},
     {"not where a condition may hold it", CSharp, R"(#if X^[assembly: AssemblyTitle("o")]^#endif^)"},
     {"not when the framework has none", CSharp, "class C {}^", Comment},
     {"but changed where the file has it", CSharp, R"([assembly: My.AssemblyComment(~""~"c"~)])", Comment},

@@ -104,7 +104,9 @@ TEST_F(TPagesTest, WhatCanBeEditedFollowsTheTestSource) {
               ElementsAre("edtTestMetadata", "chkSpecifyTestList", "txtTestList", "txtTests"));
   EXPECT_EQ(FailureOf([&] { page.SetValue(u"edtTestMetadata", u"x"); }),
             "The field \"Test Metadata File:\" is disabled.");
-  Type(page, u"rbUseTestMetadata=True&chkSpecifyTestList=True&txtTestList=Nightly");
+  Type(page, u"rbUseTestMetadata=True");
+  EXPECT_THAT(Disabled(page), ElementsAre("txtAssemblyFilename", "txtTestList", "txtTests"));
+  Type(page, u"chkSpecifyTestList=True&txtTestList=Nightly");
   EXPECT_THAT(Disabled(page), ElementsAre("txtAssemblyFilename", "txtTests"));
   page.WriteActionData();
   page.SetValue(u"RadioButton1", u"True");

@@ -84,6 +84,9 @@ TEST(ActionGraph, SaysWhichNeedsMeanNothing) {
            Action("C", "Needs='B,Z'"),
        "(3): No action of a circle of needs can begin: \"A\" (line 3) needs \"C\" (line 5), which needs "
        "\"B\" (line 4), which needs \"A\"."},
+      {Action("X", "Needs='C'") + Action("B", "Needs='C'") + Action("C", "Needs='B'"),
+       "(3): No action of a circle of needs can begin: \"B\" (line 3) needs \"C\" (line 4), which needs "
+       "\"B\"."},
       {Action("A", "Needs='C'") + b + c,
        "(2): No action of a circle of needs can begin: \"A\" (line 2) needs \"C\" (line 4), which needs "
        "\"Build\" (line 3), which needs \"A\". An action without Needs needs the one before it."},

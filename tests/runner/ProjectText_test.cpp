@@ -91,6 +91,14 @@ TEST(ProjectText, ChangesWhatIsAskedForAndNothingElse) {
        With(start, start + "  <PropertySets>\n    <PropertySet Name=\"R\" Kind=\"Win32\">\n"
                            "      <Value Name=\"MajorVersion\">3</Value>\n    </PropertySet>\n"
                            "  </PropertySets>\n")},
+      {"of two property sets one",
+       [](TProjectText& text) {
+         text.AddPropertySet(u"R", u"Win32");
+         text.AddPropertySet(u"S", u"DotNet");
+         text.RemovePropertySet(u"r");
+       },
+       With(start, start + "  <PropertySets>\n    <PropertySet Name=\"S\" Kind=\"DotNet\"/>\n"
+                           "  </PropertySets>\n")},
   };
   for (const auto& [name, edit, after] : cases) {
     TProjectText text{std::string(Project)};
