@@ -56,7 +56,9 @@ test("a report filters, groups, leads to its log and is read by anybody", async 
     await page.fill("#log-find", "compiling");
     await page.locator("#log-found", { hasText: "1 of 3,000" }).waitFor();
     const here = () =>
-      page.evaluate(() => [...CSS.highlights.get("found-here")].map((range) => range.startContainer.parentElement.textContent.trim()));
+      page.evaluate(() =>
+        [...CSS.highlights.get("found-here")].map((range) => range.startContainer.parentElement.textContent.trim()),
+      );
     for (const [key, place, line] of [
       ["Enter", "2", "Compiling 日本語 1"],
       ["Shift+Enter", "1", "Compiling 日本語 0"],

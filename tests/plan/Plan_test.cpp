@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <regex>
 
 namespace kx::tests {
 namespace {
@@ -97,6 +98,8 @@ TEST(Plan, HasAPartForEachActionAndPass) {
       {"passes are behind what the loop needs; what needs it is behind all", Make("A") + Loop + Make("D"),
        "A; Each/Lib<A!; Each/Lib (2)<Each/Lib!<A!; Each/App<Each/Lib!<A!; D<Each/Lib!<Each/Lib "
        "(2)!<Each/App!"},
+      {"a loop whose passes run one after the other",
+       std::regex_replace(Loop, std::regex("Parallel=\"true\"|%P%"), ""), "Each"},
       {"a loop that cannot say its passes",
        "<Action Type='LOOP' Name='L' Parallel='true'><Actions>" + Make("I") + "</Actions></Action>", "L"},
       {"a name of several lines", "<Action Type='MAKE' Name='a&#10;b'/>", "a b"},
