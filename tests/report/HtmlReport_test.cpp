@@ -182,6 +182,11 @@ TEST_F(Reports, SayInTheirHeadlineWhatBecameOfTheRunAndWhy) {
       {{.Result = NothingToDo}, ">There was nothing to do<"}};
   for (const auto& [report, said] : rows)
     EXPECT_THAT(Page(report), HasSubstr(said));
+  TRunReport wordy{.Result = Failed, .Findings = {finding(u"", u"")}};
+  wordy.Findings[0].Message = std::u16string(140, u'm');
+  EXPECT_THAT(Page(wordy), HasSubstr(">Failed: " + std::string(140, 'm') + "<"));
+  wordy.Findings[0].Message += u'm';
+  EXPECT_THAT(Page(wordy), HasSubstr(">Failed: " + std::string(139, 'm') + "\u2026<"));
 }
 
 // What of a problem leads elsewhere, and what could be taken for markup.
