@@ -40,7 +40,7 @@ constexpr auto Error = TFindingSeverity::Error;
 constexpr auto Warning = TFindingSeverity::Warning;
 constexpr auto Note = TFindingSeverity::Note;
 // Tools of Microsoft keep the English words in most languages; gcc translates them.
-constexpr std::array<TCategory, 45> Categories{{
+constexpr auto Categories = std::to_array<TCategory>({
     {u"error", Error},
     {u"warning", Warning},
     {u"note", Note},
@@ -86,7 +86,7 @@ constexpr std::array<TCategory, 45> Categories{{
     {u"錯誤", Error},
     {u"오류", Error},
     {u"경고", Warning},
-}};
+});
 
 // Which letters the words of each length begin with, as bits; all that are not of ASCII share one. It spares
 // most words of a log the look at the table.
@@ -101,8 +101,9 @@ constexpr auto FirstLetters = [] {
   return bits;
 }();
 
+// Of a word that is not empty.
 const TCategory* FindCategory(std::u16string_view word) {
-  if (word.empty() || word.size() >= LongestCategory) return nullptr;
+  if (word.size() >= LongestCategory) return nullptr;
   const char16_t first = text::FoldCase(word.front());
   if ((FirstLetters[word.size()] & BitOf(first)) == 0) return nullptr;
   const auto* const found = std::ranges::find_if(Categories, [word, first](const TCategory& category) {
@@ -173,12 +174,11 @@ std::size_t LengthOfForm(std::u16string_view text, std::span<const std::u16strin
 // A time of day or a date with one, at the start: "10:20:30.123", "2010-04-01T10:20:30Z",
 // "4/1/2010 10:20:30 AM"; its length.
 std::size_t TimeStampLength(std::u16string_view line) {
-  constexpr std::array<std::u16string_view, 9> dates{u"9999-99-99T", u"9999/99/99T", u"99/99/9999T",
-                                                     u"9/99/9999T",  u"99/9/9999T",  u"9/9/9999T",
-                                                     u"99.99.9999T", u"99-99-9999T", u"99-aaa-9999T"};
-  constexpr std::array<std::u16string_view, 2> clocks{u"99:99:99", u"9:99:99"};
-  constexpr std::array<std::u16string_view, 3> zones{u" +9999", u" AM", u" PM"};
-  if (line.empty() || !IsDigit(line.front())) return 0;
+  constexpr auto dates = std::to_array<std::u16string_view>(
+      {u"9999-99-99T", u"9999/99/99T", u"99/99/9999T", u"9/99/9999T", u"99/9/9999T", u"9/9/9999T",
+       u"99.99.9999T", u"99-99-9999T", u"99-aaa-9999T"});
+  constexpr auto clocks = std::to_array<std::u16string_view>({u"99:99:99", u"9:99:99"});
+  constexpr auto zones = std::to_array<std::u16string_view>({u" +9999", u" AM", u" PM"});
   const std::size_t date = LengthOfForm(line, dates);
   const std::size_t clock = LengthOfForm(line.substr(date), clocks);
   if (clock == 0) return 0;
@@ -250,14 +250,14 @@ constexpr std::u16string_view PositionCharacters = u"0123456789,-";
 
 // "12", "12,5", "12-14", "12,5,12,9", "12,5-13,1", "12.5-9": the first line and column.
 bool ReadPosition(std::u16string_view text, TFindingPlace& place) {
-  if (text.empty() || !IsDigit(text[0])) return false;
   const std::size_t end = std::min(text.find_first_of(u",.-"), text.size());
   place.Line = text::ToIntegerOr(text.substr(0, end), 0);
+  if (place.Line == 0) return false;
   if (end < text.size() && text[end] != u'-') {
     const std::u16string_view column = text.substr(end + 1);
     place.Column = text::ToIntegerOr(column.substr(0, column.find_first_of(u",.-")), 0);
   }
-  return place.Line > 0;
+  return true;
 }
 
 // "file(12,5)", at the end of the text.
@@ -273,7 +273,7 @@ bool ReadBracketPlace(std::u16string_view origin, TFindingPlace& place) {
 // "12" behind the last colon of the text, which is taken off; 0 for none.
 int TakeNumber(std::u16string_view& origin) {
   const std::size_t digits = origin.find_last_not_of(u"0123456789");
-  if (digits == origin.npos || digits + 1 == origin.size() || digits == 0 || origin[digits] != u':') return 0;
+  if (digits == origin.npos || digits == 0 || origin[digits] != u':') return 0;
   const int number = text::ToIntegerOr(origin.substr(digits + 1), 0);
   if (number > 0) origin = origin.substr(0, digits);
   return number;
@@ -411,16 +411,16 @@ std::optional<TParts> ReadParts(std::u16string_view line) {
 constexpr std::u16string_view MissingLibrary = u"cannot find -l"; // behind the linker's own name
 
 // "b.h(3) : see declaration of 'x'": what tools say without a category, behind the colon.
-constexpr std::array<TCategory, 10> Sayings{{{u"see declaration of", Note},
-                                             {u"see reference to", Note},
-                                             {u"see previous definition of", Note},
-                                             {u"voir la déclaration de", Note},
-                                             {u"siehe Deklaration von", Note},
-                                             {u"first defined here", Note},
-                                             {u"undefined reference to", Error}, // GNU's linker
-                                             {u"multiple definition of", Error},
-                                             {MissingLibrary, Error},
-                                             {u"ld returned ", Error}}};
+constexpr auto Sayings = std::to_array<TCategory>({{u"see declaration of", Note},
+                                                   {u"see reference to", Note},
+                                                   {u"see previous definition of", Note},
+                                                   {u"voir la déclaration de", Note},
+                                                   {u"siehe Deklaration von", Note},
+                                                   {u"first defined here", Note},
+                                                   {u"undefined reference to", Error}, // GNU's linker
+                                                   {u"multiple definition of", Error},
+                                                   {MissingLibrary, Error},
+                                                   {u"ld returned ", Error}});
 
 // "a.o:a.c:(.text+0x7)", "/usr/bin/ld: a.o": the file, at the end, without the section.
 std::u16string_view FileOfLinker(std::u16string_view origin) {
@@ -466,9 +466,7 @@ std::u16string_view TakeProject(std::u16string_view& message) {
   if (open == message.npos) return {};
   std::u16string_view project = message.substr(open + 2, message.size() - open - 3);
   project = project.substr(0, project.find(u"::"));
-  if (!text::EndsWithIgnoreCase(project, u"proj") && !text::EndsWithIgnoreCase(project, u".sln") &&
-      !text::EndsWithIgnoreCase(project, u".metaproj"))
-    return {};
+  if (!text::EndsWithIgnoreCase(project, u"proj") && !text::EndsWithIgnoreCase(project, u".sln")) return {};
   message = text::TrimRight(message.substr(0, open));
   return project;
 }
@@ -564,7 +562,7 @@ bool IsPartOfFindingBefore(const TFinding& note) {
 int BuildNumberOf(std::u16string_view line) {
   line = text::TrimLeft(line);
   const std::size_t end = line.find_first_not_of(u"0123456789");
-  return end != 0 && end != line.npos && line[end] == u'>' ? text::ToIntegerOr(line.substr(0, end), 0) : 0;
+  return end != line.npos && line[end] == u'>' ? text::ToIntegerOr(line.substr(0, end), 0) : 0;
 }
 
 } // namespace kx

@@ -16,7 +16,7 @@ namespace kx {
 namespace {
 
 constexpr std::size_t LongestRemark = 200;
-constexpr std::array<std::u16string_view, 4> Words{u"never", u"error", u"warning", u"new-warning"};
+constexpr auto Words = std::to_array<std::u16string_view>({u"never", u"error", u"warning", u"new-warning"});
 constexpr std::string_view Head = "# Findings that are known, written by kxhost --write-baseline.\n";
 
 bool IsCounted(const TFinding& finding) {

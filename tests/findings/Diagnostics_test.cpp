@@ -44,7 +44,6 @@ TEST(Diagnostics, AreToldByTheirForm) {
       {u"[10:20:30]W:\t [exec] collect2: error: ld returned 1", u"|0|0|error||ld returned 1|"},
       {std::u16string(300'000, u'(') + u"1): error: t", std::u16string(299'999, u'(') + u"|1|0|error||t|"},
       {u"build\t18-Jul-2011 10:20:30\ta.cs(1,2): error X1: t", u"a.cs|1|2|error|X1|t|"},
-      {u"7/1/2011 9:20:30 AM 2011-07-01 10:20:30.1 +0200 a.cs(1): error X1: t", u"a.cs|1|0|error|X1|t|"},
       {u"a.cs(1): error X1: t [C:\\x [1]\\App.csproj]",
        u"C:\\x [1]\\a.cs|1|0|error|X1|t|C:\\x [1]\\App.csproj"},
       {u"/a.aspx(5): error ASPPARSE: t", u"/a.aspx|5|0|error|ASPPARSE|t|"},
@@ -55,7 +54,7 @@ TEST(Diagnostics, AreToldByTheirForm) {
       {u"/b/ld.exe: a.o:a.c:(.text+0x7): undefined reference to `f'",
        u"a.c|0|0|error||undefined reference to `f'|"},
       {u"/b/ld: cannot find -lfoo", u"|0|0|error||cannot find -lfoo|"},
-      {u"a.f90:10.5: one two three warning X1: t", u"a.f90|10|5|warning|X1|t|"},
+      {u"a:10.5: one two three warning X1: t", u"a|10|5|warning|X1|t|"},
       {u"a.c(12-14): error X1: t", u"a.c|12|0|error|X1|t|"},
       {u"a b.c(12,5-13,1): one two three four error X1: t", u"a b.c|12|5|error|X1|t|"},
       {u"a.c(12,5): one two three four five error X1: t", u""},
@@ -65,6 +64,42 @@ TEST(Diagnostics, AreToldByTheirForm) {
       {u"a.c: one two three error X1: t", u""},
       {u"a.c(1): \x1b[31;1merror\x1b[m X1: t", u"a.c|1|0|error|X1|t|"},
       {u"a.c(1): error X1: t\x1b[", u"a.c|1|0|error|X1|t|"},
+      {u"x.cpp(7)error: t", u"x.cpp|7|0|error||t|"},
+      {u"a(1): error X1: t", u"a|1|0|error|X1|t|"},
+      {u"a:12: error X1: t", u"a|12|0|error|X1|t|"},
+      {u"7.z: error X1: t", u"7.z|0|0|error|X1|t|"},
+      {u"a.c(0,5): error X1: t", u"a.c(0,5)|0|0|error|X1|t|"},
+      {u"a.c(,5): error X1: t", u"a.c(,5)|0|0|error|X1|t|"},
+      {u"a.c(12,): error X1: t", u"a.c|12|0|error|X1|t|"},
+      {u"b.cs(3,1): azAZ\u00C0 a_b-c.d#1: x", u"b.cs|3|1|error|a_b-c.d#1|x|"},
+      {u"/a.aspx(5): error AZAZ: t", u"/a.aspx|5|0|error|AZAZ|t|"},
+      {u"/a.aspx(5): error " + std::u16string(40, u'A') + u": t",
+       u"/a.aspx|5|0|error|" + std::u16string(40, u'A') + u"|t|"},
+      {u"a.c(1): error X" + std::u16string(39, u'1') + u": t",
+       u"a.c|1|0|error|X" + std::u16string(39, u'1') + u"|t|"},
+      {u"a.c(1):" + std::u16string(40, u'a') + u" error X1: t", u"a.c|1|0|error|X1|t|"},
+      {u"a.c(1): error X1: t\x1b"
+       u"7u",
+       u"a.c|1|0|error|X1|t7u|"},
+      {u"cross-compiler: error X1: t", u"|0|0|error|X1|t|"},
+      {u"cc1: fatal error: no a.h", u"|0|0|error||no a.h|"},
+      {u"/b c/x: error: t", u"/b c/x|0|0|error||t|"},
+      {u"xbuild: error: a.c(1): error X1: t", u"|0|0|error||a.c(1): error X1: t|"},
+      {u"ERROR: LINK: error LNK1: t", u"|0|0|error||LINK: error LNK1: t|"},
+      {u"C:\\a.o: undefined reference to `f'", u"C:\\a.o|0|0|error||undefined reference to `f'|"},
+      {u"ld: a.o: undefined reference to `f'", u"a.o|0|0|error||undefined reference to `f'|"},
+      {u"a.c:(.text+0x7): multiple definition of `f'", u"a.c|0|0|error||multiple definition of `f'|"},
+      {u"a.o: undefined reference to `f' see declaration of 'f'",
+       u"a.o|0|0|error||undefined reference to `f' see declaration of 'f'|"},
+      {u"a.cs(1): error X1: t[App.csproj]", u"a.cs|1|0|error|X1|t[App.csproj]|"},
+      {u"a.cs(1): error X1: t [/s/A.sln]", u"/s/a.cs|1|0|error|X1|t|/s/A.sln"},
+      {u"/a.cs(1): error X1: t [/s/A.sln.metaproj]", u"/a.cs|1|0|error|X1|t|/s/A.sln.metaproj"},
+      {u"LINK : error X1: t [/s/A.vcxproj]", u"|0|0|error|X1|t|/s/A.vcxproj"},
+      {u"a.c(1): error: t [-Wxy", u"a.c|1|0|error||t [-Wxy|"},
+      {u"a.c(1): error: t [-W x]", u"a.c|1|0|error||t [-W x]|"},
+      {u"a.c(1): error: in line 5: t", u"a.c|1|0|error||in line 5: t|"},
+      {u"a.c(1): error: 12: t", u"a.c|1|0|error||12: t|"},
+      {u"a.c(1): error: C1x: t", u"a.c|1|0|error||C1x: t|"},
       {u"    0 Error(s)", u""},
       {u"Errors: 0", u""},
       {u"Error : 0", u""},
@@ -80,6 +115,43 @@ TEST(Diagnostics, AreToldByTheirForm) {
   };
   for (const auto& [line, expected] : cases)
     EXPECT_EQ(Shown(line), expected) << text::ToUtf8(line.substr(0, 80));
+}
+
+TEST(Diagnostics, AreNoOtherLinesThatLookLikeThem) {
+  const std::u16string a40(40, u'A');
+  for (const auto& line : {u"a.c(1): error X1" + a40 + u": t", u"a.c(1): error " + a40 + u"A: t",
+                           u"a.c(1):" + a40 + u"A error X1: t", std::u16string(u"a.c(1): error C1+: t"),
+                           std::u16string(u"a.c(1): error \u00C41: t")})
+    EXPECT_EQ(Shown(line), u"") << text::ToUtf8(line);
+  for (const auto* line :
+       {u"a.c(1): error abc: t", u"/a.aspx(5): error ASZ: t", u"/a.aspx(5): error abcd: t", u"error READ: t",
+        u"b.cs(3,1): vi9a CS0103: x", u"b: viga CS0103: x", u"/a.aspx(5): viga ASPPARSE: t",
+        u":10.5: error X1: t", u"the end.: error X1: t", u"it is. so: error X1: t", u"step 1.2: error X1: t",
+        u"9a: error X1: t", u"m.lib(n.obj): error: t", u"cc1: odd error: t", u"the one: error: t",
+        u"x : see declaration of 'x'"})
+    EXPECT_EQ(Shown(line), u"") << text::ToUtf8(line);
+}
+
+TEST(Diagnostics, BeginBehindWhatBuildServersPutBeforeLines) {
+  for (const std::u16string_view prefix :
+       {u"7/1/2011 9:20:30 AM 2011-07-01 10:20:30.1 +0200 ", u"2010-04-01 10:20:30 -0500 ",
+        u"[10:20:30][exec] ", u"[10:20:30]W:\t", u"2024-01-01T10:00:00.1Z 01O ", u"00E+"})
+    EXPECT_EQ(Shown(std::u16string(prefix) + u"a.c(1): error X1: [b] t"), u"a.c|1|0|error|X1|[b] t|")
+        << text::ToUtf8(prefix);
+  for (const std::u16string_view file : {u"7z.c", u"[a]bc d.c", u"[a]C:\\b.c", u"a b\tc.c", u"##[a.c",
+                                         u"01Ox.c", u"01x b.c", u"x1O b.c", u"0xE b.c"})
+    EXPECT_EQ(Shown(std::u16string(file) + u"(1): error X1: t"), std::u16string(file) + u"|1|0|error|X1|t|")
+        << text::ToUtf8(file);
+}
+
+TEST(Diagnostics, NotesBelongToTheFindingBeforeThemWhereTheyNameALineAndNoCode) {
+  using enum TFindingSeverity;
+  for (const auto& [finding, isPart] : {std::pair(TFinding{.Severity = Note, .Place = {u"a.c", 1}}, true),
+                                        {{.Severity = Note, .Place = {u"a.c"}}, false},
+                                        {{.Severity = Note, .Place = {u"a.c", 1}, .Code = u"C1"}, false},
+                                        {{.Severity = Warning, .Place = {u"a.c", 1}}, false}})
+    EXPECT_EQ(IsPartOfFindingBefore(finding), isPart);
+  EXPECT_EQ(ReadDiagnostic(u"a.c(1): warning: t")->Rule, u"tool-warning");
 }
 
 TEST(BuildNumberOf, IsWhatStandsBeforeALine) {
