@@ -22,7 +22,7 @@ constexpr std::int64_t Application = 0x6B784869;   // "kxHi", in the head of eac
 // is known what a run has fixed, and what belongs to no run any more. Times are in milliseconds, results
 // those of TResultKind, severities those of TFindingSeverity, "tests" and "findings" of a run as in
 // Outcomes.h.
-constexpr std::array<const char*, 2> Steps{R"(
+constexpr auto Steps = std::to_array<const char*>({R"(
   CREATE TABLE runs(
     run INTEGER PRIMARY KEY, began INTEGER NOT NULL, result INTEGER NOT NULL, elapsed INTEGER NOT NULL,
     errors INTEGER NOT NULL, warnings INTEGER NOT NULL,
@@ -49,9 +49,9 @@ constexpr std::array<const char*, 2> Steps{R"(
     code TEXT NOT NULL, project TEXT NOT NULL, configuration TEXT NOT NULL, action TEXT NOT NULL,
     advice TEXT NOT NULL, since_run INTEGER NOT NULL, since INTEGER NOT NULL, last_run INTEGER NOT NULL);
 )",
-                                           R"(
+                                                   R"(
   CREATE TABLE passed(part TEXT PRIMARY KEY, state BLOB NOT NULL) WITHOUT ROWID;
-)"};
+)"});
 
 // In this order: another run may make the file between the two questions, its tables and its mark at once.
 void RequireOwn(TDatabase& database) {

@@ -13,12 +13,12 @@ namespace kx {
 
 namespace {
 
-constexpr std::array<std::u16string_view, 4> OwnFolder{u"$(ProjectDir)", u"$(MSBuildProjectDirectory)",
-                                                       u"$(MSBuildThisFileDirectory)", u"$(InputDir)"};
+constexpr auto OwnFolder = std::to_array<std::u16string_view>(
+    {u"$(ProjectDir)", u"$(MSBuildProjectDirectory)", u"$(MSBuildThisFileDirectory)", u"$(InputDir)"});
 constexpr std::u16string_view SolutionFolder = u"$(SolutionDir)";
 // What projects import; they name files as seen from the project, or from where they lie.
-constexpr std::array<std::u16string_view, 5> Imported{u".props", u".targets", u".vsprops", u".projitems",
-                                                      u".vcxitems"};
+constexpr auto Imported =
+    std::to_array<std::u16string_view>({u".props", u".targets", u".vsprops", u".projitems", u".vcxitems"});
 
 bool IsProjectFile(std::u16string_view file) {
   return text::EndsWithIgnoreCase(file, u"proj");

@@ -24,13 +24,13 @@ namespace {
 using TTime = std::chrono::system_clock::time_point;
 
 // Where tools put what they make, below the folder of a project, and what Visual Studio keeps beside it.
-constexpr std::array<std::u16string_view, 8> ProductFolders{u"bin", u"obj",   u"debug", u"release",
-                                                            u"x64", u"win32", u"ipch",  u"testresults"};
-constexpr std::array<std::u16string_view, 6> KeptByTools{u".ncb",  u".sdf", u".suo",
-                                                         u".user", u".aps", u".trx"};
+constexpr auto ProductFolders = std::to_array<std::u16string_view>(
+    {u"bin", u"obj", u"debug", u"release", u"x64", u"win32", u"ipch", u"testresults"});
+constexpr auto KeptByTools =
+    std::to_array<std::u16string_view>({u".ncb", u".sdf", u".suo", u".user", u".aps", u".trx"});
 
 // What a working copy keeps for itself.
-constexpr std::array<std::u16string_view, 3> NoSources{u".git", u".svn", u".hg"};
+constexpr auto NoSources = std::to_array<std::u16string_view>({u".git", u".svn", u".hg"});
 
 // Tests are run with whatever lies beside them.
 bool IsAssembly(std::u16string_view file) {

@@ -89,7 +89,7 @@ void WritePart(const TPlan& plan, const TPart& part, TJsonWriter& json) {
 } // namespace
 
 std::span<const TPlanFormat> PlanFormats() {
-  static constexpr std::array<TPlanFormat, 9> formats{{
+  static constexpr auto formats = std::to_array<TPlanFormat>({
       {u"text", WritePlanText},
       {u"json", WritePlanJson},
       {u"dot", WritePlanDot},
@@ -99,7 +99,7 @@ std::span<const TPlanFormat> PlanFormats() {
       {u"github", WritePlanGitHub},
       {u"gitlab", WritePlanGitLab},
       {u"azure", WritePlanAzure},
-  }};
+  });
   return formats;
 }
 

@@ -22,7 +22,7 @@ struct TUnit {
   char16_t Letter;
   std::int32_t Seconds;
 };
-constexpr std::array<TUnit, 3> Units{{{u'h', 3600}, {u'm', 60}, {u's', 1}}};
+constexpr auto Units = std::to_array<TUnit>({{u'h', 3600}, {u'm', 60}, {u's', 1}});
 
 std::optional<seconds> LimitOf(std::u16string_view text) {
   std::int32_t factor = 1;
@@ -65,7 +65,7 @@ TText StatedLimit(seconds limit) {
   return limit.count() == 0 ? std::nullopt : TText(LimitText(limit));
 }
 
-constexpr std::array<TTermAttribute, 6> Attributes{{
+constexpr auto Attributes = std::to_array<TTermAttribute>({
     {u"Needs",
      u"The actions and groups, with commas between them, that must have succeeded before; empty: none. "
      u"Without it the action needs the one before it.",
@@ -95,7 +95,7 @@ constexpr std::array<TTermAttribute, 6> Attributes{{
      "Boolean", true, true,
      [](const TActionTerms& terms) { return terms.IsParallel ? TText(u"true") : std::nullopt; },
      [](TActionTerms& terms, std::u16string_view text) { terms.IsParallel = ReadParallel(text); }},
-}};
+});
 
 } // namespace
 

@@ -25,14 +25,14 @@ struct TOperator {
   bool (*Holds)(std::partial_ordering order);
 };
 // The longer ones first: "<=" begins as "<" does.
-constexpr std::array<TOperator, 6> Operators{{
+constexpr auto Operators = std::to_array<TOperator>({
     {u"==", [](std::partial_ordering order) { return std::is_eq(order); }},
     {u"!=", [](std::partial_ordering order) { return std::is_neq(order); }},
     {u"<=", [](std::partial_ordering order) { return std::is_lteq(order); }},
     {u">=", [](std::partial_ordering order) { return std::is_gteq(order); }},
     {u"<", [](std::partial_ordering order) { return std::is_lt(order); }},
     {u">", [](std::partial_ordering order) { return std::is_gt(order); }},
-}};
+});
 
 bool IsOperatorSign(char16_t c) {
   return c == u'=' || c == u'!' || c == u'<' || c == u'>';

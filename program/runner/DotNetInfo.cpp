@@ -18,9 +18,9 @@ struct TVersion {
   std::u16string_view Name;
   std::u16string_view Folder;
 };
-constexpr std::array<TVersion, 3> Versions{
-    {{u"v2.0", u"v2.0.50727"}, {u"v3.5", u"v3.5"}, {u"v4.0", u"v4.0.30319"}}};
-constexpr std::array<std::u16string_view, 3> Tools{u"dotnet", u"msbuild", u"xbuild"};
+constexpr auto Versions =
+    std::to_array<TVersion>({{u"v2.0", u"v2.0.50727"}, {u"v3.5", u"v3.5"}, {u"v4.0", u"v4.0.30319"}});
+constexpr auto Tools = std::to_array<std::u16string_view>({u"dotnet", u"msbuild", u"xbuild"});
 
 } // namespace
 

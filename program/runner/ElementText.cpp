@@ -90,8 +90,8 @@ private:
   }
 
   static std::u16string Meant(std::string_view reference) {
-    static constexpr std::array<std::pair<std::string_view, char16_t>, 5> named{
-        {{"&amp;", u'&'}, {"&lt;", u'<'}, {"&gt;", u'>'}, {"&quot;", u'"'}, {"&apos;", u'\''}}};
+    static constexpr auto named = std::to_array<std::pair<std::string_view, char16_t>>(
+        {{"&amp;", u'&'}, {"&lt;", u'<'}, {"&gt;", u'>'}, {"&quot;", u'"'}, {"&apos;", u'\''}});
     for (const auto& [name, character] : named)
       if (name == reference) return {character};
     const bool isHex = reference.starts_with("&#x");

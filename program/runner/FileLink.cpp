@@ -15,9 +15,9 @@ namespace {
 constexpr auto npos = std::u16string_view::npos;
 constexpr std::u16string_view FileMark = u"{file}";
 // What browsers show, fetch or run themselves.
-constexpr std::array<std::u16string_view, 16> Refused{
-    u"about", u"blob",  u"chrome", u"data",   u"edge",       u"file",     u"filesystem",  u"ftp",
-    u"http",  u"https", u"intent", u"mailto", u"javascript", u"vbscript", u"view-source", u"wss"};
+constexpr auto Refused = std::to_array<std::u16string_view>(
+    {u"about", u"blob", u"chrome", u"data", u"edge", u"file", u"filesystem", u"ftp", u"http", u"https",
+     u"intent", u"mailto", u"javascript", u"vbscript", u"view-source", u"wss"});
 
 bool IsSchemeCharacter(char16_t c) {
   return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') || text::IsDigit(c) || c == u'+' || c == u'-' ||

@@ -14,7 +14,7 @@ struct TResultRow {
 };
 
 // In the order of TResultKind.
-constexpr std::array<TResultRow, 8> Rows{{
+constexpr auto Rows = std::to_array<TResultRow>({
     {"succeeded", TStatusTag::stSuccess, true},
     {"failed", TStatusTag::stError, false},
     {"finished with failures", TStatusTag::stError, false},
@@ -23,7 +23,7 @@ constexpr std::array<TResultRow, 8> Rows{{
     {"nothing to do", TStatusTag::stNormal, true},
     {"would run", TStatusTag::stSuccess, true},
     {"skipped", TStatusTag::stNormal, true},
-}};
+});
 
 const TResultRow& RowOf(TResultKind kind) {
   return Rows.at(static_cast<std::size_t>(kind));

@@ -17,7 +17,7 @@ struct TRunRule {
   std::u16string_view Name;
   std::u16string_view Help;
 };
-constexpr std::array<TRunRule, 8> RunRules{{
+constexpr auto RunRules = std::to_array<TRunRule>({
     {u"action-error", u"An action of the build project failed by itself, without an error of a tool."},
     {u"action-warning", u"An action of the build project warns of something."},
     {u"parts-missing", u"Parts of a run have left no log: what became of them is not known."},
@@ -26,7 +26,7 @@ constexpr std::array<TRunRule, 8> RunRules{{
     {u"tool-error", u"A tool reports an error without a code."},
     {u"tool-warning", u"A tool reports a warning without a code."},
     {u"tool-note", u"A tool remarks something without a code."},
-}};
+});
 
 TFinding OwnError(std::u16string_view text, TFinding here) {
   here.Rule = u"action-error";

@@ -95,8 +95,8 @@ TDecodedText DecodeForm(std::u16string_view text) {
 }
 
 std::optional<std::u16string> EntityValue(std::u16string_view name) {
-  constexpr std::array<std::pair<std::u16string_view, char16_t>, 5> entities{
-      {{u"lt", u'<'}, {u"gt", u'>'}, {u"amp", u'&'}, {u"quot", u'"'}, {u"apos", u'\''}}};
+  constexpr auto entities = std::to_array<std::pair<std::u16string_view, char16_t>>(
+      {{u"lt", u'<'}, {u"gt", u'>'}, {u"amp", u'&'}, {u"quot", u'"'}, {u"apos", u'\''}});
   if (name.starts_with(u'#')) {
     const bool isHex = name.size() > 1 && (name[1] | 0x20) == u'x';
     const auto value = Number(name.substr(isHex ? 2 : 1), isHex ? 16 : 10);
@@ -214,21 +214,21 @@ constexpr TSpelling PowerShellArgument{u'`', DecodeCmdArgument};
 } // namespace
 
 std::span<const TSpellings> KnownSpellings() {
-  static const std::array<TSpellings, 15> all{{{&Address},
-                                               {&Form},
-                                               {&Xml},
-                                               {&Json},
-                                               {&WindowsArgument},
-                                               {&ShellArgument},
-                                               {&ShellQuote},
-                                               {&CmdArgument},
-                                               {&PowerShellArgument},
-                                               {&Xml, &Json},
-                                               {&Json, &Xml},
-                                               {&Xml, &WindowsArgument},
-                                               {&Json, &WindowsArgument},
-                                               {&Json, &ShellArgument},
-                                               {&Xml, &Address}}};
+  static const auto all = std::to_array<TSpellings>({{&Address},
+                                                     {&Form},
+                                                     {&Xml},
+                                                     {&Json},
+                                                     {&WindowsArgument},
+                                                     {&ShellArgument},
+                                                     {&ShellQuote},
+                                                     {&CmdArgument},
+                                                     {&PowerShellArgument},
+                                                     {&Xml, &Json},
+                                                     {&Json, &Xml},
+                                                     {&Xml, &WindowsArgument},
+                                                     {&Json, &WindowsArgument},
+                                                     {&Json, &ShellArgument},
+                                                     {&Xml, &Address}});
   return all;
 }
 

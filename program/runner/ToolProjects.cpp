@@ -106,7 +106,7 @@ void TToolProjects::Read(std::u16string_view line, TTime now) {
 
 // A heading that says of a project that it is not built has a word of its own.
 bool TToolProjects::ReadHeading(std::u16string_view line, TTime now) {
-  constexpr std::array<std::u16string_view, 3> notBuilt{u"skipped", u"ignor", u"übersprungen"};
+  constexpr auto notBuilt = std::to_array<std::u16string_view>({u"skipped", u"ignor", u"übersprungen"});
   const auto heading = ReadToolHeading(line);
   if (!heading) return false;
   const int number = BuildNumberOf(line);
@@ -139,8 +139,8 @@ void TToolProjects::EndAllNumbered() {
 // Project "App.sln" (1) is building "App.csproj" (2) on node 1 (default targets).
 // Done Building Project "App.csproj" (default targets) -- FAILED.
 void TToolProjects::ReadMSBuildLine(std::u16string_view line, TTime now) {
-  constexpr std::array<std::u16string_view, 2> begins{u"Project \"", u"Projet \""};
-  constexpr std::array<std::u16string_view, 2> ends{u"Done ", u"Génération "};
+  constexpr auto begins = std::to_array<std::u16string_view>({u"Project \"", u"Projet \""});
+  constexpr auto ends = std::to_array<std::u16string_view>({u"Done ", u"Génération "});
   const auto isPrefix = [](char16_t c) {
     return text::IsBlank(c) || text::IsDigit(c) || c == u':' || c == u'>';
   };

@@ -11,7 +11,7 @@ namespace kx {
 
 namespace {
 
-constexpr std::array<TVerdictRule, 9> Rules{{
+constexpr auto Rules = std::to_array<TVerdictRule>({
     {KxVerdictRules::NothingBuilt, TRuleSeverity::Error, true,
      u"No tool ran, or it built no project and found none up to date"},
     {KxVerdictRules::ErrorsCounted, TRuleSeverity::Error, true,
@@ -27,10 +27,10 @@ constexpr std::array<TVerdictRule, 9> Rules{{
      u"A run of tests left no results file, or one that cannot be read"},
     {KxVerdictRules::EmptyLoop, TRuleSeverity::Error, false, u"A loop has no pass, or no actions in it"},
     {KxVerdictRules::NoActions, TRuleSeverity::Error, false, u"The project holds no actions"},
-}};
+});
 
 // In the order of TRuleSeverity.
-constexpr std::array<std::u16string_view, 3> Severities{u"error", u"warning", u"off"};
+constexpr auto Severities = std::to_array<std::u16string_view>({u"error", u"warning", u"off"});
 
 template <typename TRange, typename TName>
 std::vector<std::u16string> NamesOf(const TRange& range, const TName& name) {
