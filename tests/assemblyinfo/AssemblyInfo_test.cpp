@@ -70,7 +70,21 @@ class D { object f = e[assembly: AssemblyTitle(1)], g = h()[assembly: AssemblyTi
 #define A^#if A && !B || A^[assembly: AssemblyTitle(~"o"~"N"~)]^#else^[assembly: AssemblyTitle("p")]^#endif
 #if (true)^[assembly: AssemblyTitle(~"o"~"N"~)]^#elif X^[assembly: AssemblyTitle("p")]^#else^[assembly: AssemblyTitle("q")]^#endif
 #if true == false^[assembly: AssemblyTitle("p")]^#elif false != !false^[assembly: AssemblyTitle(~"o"~"N"~)]^#endif
-[assembly: AssemblyTitle(Name = "a", ~f(1, [2])~"N"~, "b")])--"},
+[assembly: AssemblyTitle(Name = "a", ~f(1, [2])~"N"~, "b")]
+[assembly: Reflection.AssemblyTitle(~"o"~"N"~)]
+[assembly: AssemblyTitle(~~"N", ~Name = "a")]
+[assembly: AssemblyTitle(~~"N"~)]
+[assembly: AssemblyTitle(~A == B ? "o" : "p"~"N"~)]
+[assembly: AssemblyTitle(~global::N.T~"N"~)])--"},
+    {"conditions", CSharp, R"--(#endif^#else
+#define A^#if A ?^[assembly: AssemblyTitle("p")]^#endif
+#if A ||^[assembly: AssemblyTitle("p")]^#endif
+#if (A^[assembly: AssemblyTitle("p")]^#endif
+#if X == true^[assembly: AssemblyTitle("p")]^#else^[assembly: AssemblyTitle("q")]^#endif
+#if false^#undef A^#endif^#if A^[assembly: AssemblyTitle(~"o"~"N"~)]^#endif
+#undef A^#if A^[assembly: AssemblyTitle("p")]^#else^[assembly: AssemblyTitle(~"o"~"N"~)]^#endif
+#if X^#define C^#endif^#if C^[assembly: AssemblyTitle("p")]^#else^[assembly: AssemblyTitle("q")]^#endif
+#define AZ_az09é^#if AZ_az09é^[assembly: AssemblyTitle(~"o"~"N"~)]^#endif)--"},
     {"Visual Basic", VisualBasic, R"--(Dim [[x
 <Assembly: [AssemblyTitle](~"o"~"N"~)>
 <Assembly: [System].[Reflection].[assemblytitle](~"o"~"N"~)>
@@ -79,14 +93,23 @@ class D { object f = e[assembly: AssemblyTitle(1)], g = h()[assembly: AssemblyTi
 REM <Assembly: AssemblyTitle("a")>
 ' <Assembly: AssemblyTitle(1)>
 #Const A = True^#If A And Not False Then^<Assembly: AssemblyTitle(~"o"~"N"~)>^#Else^<Assembly: AssemblyTitle("p")>^#End If
-#If Not A Then^<Assembly: AssemblyTitle("p")>^#ElseIf A Then^<Assembly: AssemblyTitle(~"o"~"N"~)>^#End If)--"},
+#If Not A Then^<Assembly: AssemblyTitle("p")>^#ElseIf A Then^<Assembly: AssemblyTitle(~"o"~"N"~)>^#End If
+#If False Then^#End Region^<Assembly: AssemblyTitle("p")>^#End If
+’ <Assembly: AssemblyTitle(1)>
+<Assembly: AssemblyTitle(~~"N", ~Name:="a")>)--"},
+    {"Visual Basic with a short name of the namespace", VisualBasic,
+     R"--(Imports R = System.Reflection^<Assembly: r.AssemblyTitle(~"o"~"N"~)>)--"},
     {"C++", Cpp, R"--(#ifndef H^#define H
 [assembly:::System::Reflection::AssemblyTitleAttribute(~L"a" L"b"~L"N"~)];
 auto s = R"x()" [assembly:AssemblyTitle("")]; )x"; // \
 [assembly:AssemblyTitle("")];
 #if 0^[assembly:AssemblyTitle("")];^#endif^#endif
 #define A^#if defined(A)^[assembly:AssemblyTitle(~"o"~"N"~)];^#else^[assembly:AssemblyTitle("")];^#endif
-#ifdef A^[assembly:AssemblyTitle(~"o"~"N"~)];^#else^[assembly:AssemblyTitle("")];^#endif)--"},
+#ifdef A^[assembly:AssemblyTitle(~"o"~"N"~)];^#else^[assembly:AssemblyTitle("")];^#endif
+#if defined A^[assembly:AssemblyTitle(~"o"~"N"~)];^#endif
+#define V 1^#define W 0^#if V^[assembly:AssemblyTitle(~"o"~"N"~)];^#endif^#if W^[assembly:AssemblyTitle("")];^#endif
+#undef A^#ifdef A^[assembly:AssemblyTitle("")];^#else^[assembly:AssemblyTitle(~"o"~"N"~)];^#endif
+int n = 1'000 + '"';^[assembly:AssemblyTitle(~"o"~"N"~)];)--"},
     {"C++ with a short name of the namespace", Cpp,
      R"--(namespace R = System::Reflection;^[assembly:R::AssemblyTitle(~"o"~"N"~)];)--"},
     {"F#", FSharp, R"--([<assembly: B 1; assembly: AssemblyTitle ~"o"~"N"~>]
@@ -145,6 +168,16 @@ const TCase Additions[] = {
      R"(#include "a.h"^using namespace System;^using namespace System::Reflection;^~~[assembly:AssemblyTitleAttribute("N")];^~int i;^)"},
     {"behind a documentation comment", JSharp,
      R"(/** @assembly AssemblyCompany("") */^~~/** @assembly AssemblyTitle("N") */^~)"},
+    {"whatever is imported inside of braces", CSharp,
+     R"(~~[assembly: System.Reflection.AssemblyTitle("N")]^~namespace N { enum E; using System.Reflection; }^)"},
+    {"behind an import behind closed braces", CSharp,
+     R"(}^class C { }^#if X^{^#endif^using System.Reflection;^~~[assembly: AssemblyTitle("N")]^~)"},
+    {"before a condition that imports", CSharp,
+     R"(~~[assembly: System.Reflection.AssemblyTitle("N")]^~#if X^using System.Reflection;^#endif^)"},
+    {"behind the import of a type", CSharp,
+     R"(using static System.Reflection;^~~[assembly: System.Reflection.AssemblyTitle("N")]^~)"},
+    {"behind an import for all files", CSharp,
+     R"(global using System.Reflection;^~~[assembly: AssemblyTitle("N")]^~)"},
     {"not where both branches hold it", CSharp, R"([assembly: AssemblyTitle(^#if X^"o"^#else^"p"^#endif^)])"},
     {"not where numbers decide", Cpp, R"(#define V 2^#if V == 1^[assembly:AssemblyTitle("o")];^#endif)"},
     {"not where a condition goes on behind its end", CSharp,
@@ -194,7 +227,8 @@ TEST(AssemblyInfo, KeepsEncodingAndStrayBytes) {
   const TAssemblyInfoValues copyright{{u"AssemblyTitle", u"\u00A9"}};
   const TCase cases[] = {
       {"ANSI", CSharp, "// \xE9^[assembly: AssemblyTitle(\"~\x93~\xA9~\")]", copyright},
-      {"UTF-8", CSharp, "// \u20AC^[assembly: AssemblyTitle(\"~~\u00A9~\")]", copyright},
+      {"UTF-8", CSharp, "// \x7F\u0080\u07FF\u0800\u20AC^[assembly: AssemblyTitle(\"~~\u00A9~\")]",
+       copyright},
       {"ASCII becomes UTF-8", CSharp, "[assembly: AssemblyTitle(\"~~\u00A9~\")]", copyright},
       {"a mark with stray bytes behind it", CSharp,
        "\xEF\xBB\xBF// \xFF\xE2\x82 \U0001F600^[assembly: AssemblyTitle(\"~\xE9~\u00A9~\")]\xC3", copyright},
@@ -251,6 +285,8 @@ TEST(AssemblyInfo, RefusesWhatItCannotKeepWhole) {
   const std::tuple<std::string, std::u16string, const char*> cases[] = {
       {"// \xE9\n", u"\u4E2D", "the ANSI code page"},
       {"", u"\xD800", "UTF-8"},
+      {"", u"\xD800x", "UTF-8"},
+      {"", u"\xDC00", "UTF-8"},
       {"/* never closed", u"x", "not closed"},
       {std::string("c\0l\0", 4), u"x", "is not text"},
       {"\n[assembly: AssemblyTitle(\"\x83\x5C\"\n)]", u"x", "line 2 is not closed; if the file"},
@@ -394,6 +430,31 @@ TEST(AssemblyInfo, IsSharedOutAmongTheSourcesOfAnAssembly) {
     for (const auto* file : {"O.cs", "C.cs"})
       EXPECT_EQ(folder.Read(file).find("1.2") != std::string::npos, row.Changed == file) << row.Name << file;
     EXPECT_EQ(folder.Plain(said.Log), row.Said.empty() ? "" : "Warning : DIR/" + row.Said + "\n") << row.Name;
+    said.Log.clear();
+    updater->ProcessFile(own, true);
+    EXPECT_EQ(said.Log.empty(), !row.Changed.empty()) << row.Name << ", again: what was added is there now";
+  }
+}
+
+TEST(AssemblyInfo, WarnsWhereAnotherProjectGetsAnotherValue) {
+  const tests::TTemporaryFolder folder;
+  const std::u16string file = folder.Write("O.cs", "\n");
+  TAssemblyInfoHistory history;
+  for (const auto& [unit, version, said] : {std::tuple(u"A", u"1", ""),
+                                            {u"A", u"2", ""},
+                                            {u"B", u"2", ""},
+                                            {u"A", u"3",
+                                             "Warning : DIR/O.cs: AssemblyVersion was \"2\" for B earlier in "
+                                             "this run and is \"3\" for A now; give "
+                                             "each project its own, or all the same\n"}}) {
+    TUnits units;
+    units.A.Name = unit;
+    TSaid stamp(TAssemblyInfoValues{{u"AssemblyVersion", version}});
+    const auto updater = TBrannicAssemblyInfo::Create();
+    updater->SetCallback(stamp);
+    updater->SetUnits(&units, &history);
+    updater->ProcessFile(file, true);
+    EXPECT_EQ(folder.Plain(stamp.Log), said);
   }
 }
 
@@ -418,6 +479,14 @@ TEST(AssemblyInfo, WritesTheFileOnceAndReports) {
   std::filesystem::permissions(folder.Native("AssemblyInfo.CS"), std::filesystem::perms::owner_read);
   EXPECT_NO_THROW(updater->ProcessFile(path, true));
   EXPECT_THROW(updater->ProcessFile(folder.Path("missing.vb"), true), EKxException);
+  const std::u16string binary = folder.Write("b.cs", std::string_view("\0", 1));
+  EXPECT_EQ(folder.Plain(tests::FailureOf([&] { updater->ProcessFile(binary, true); })),
+            "Unable to update DIR/b.cs: the file is not text; save it as UTF-8, or as UTF-16 with a "
+            "byte-order mark");
+  stamp.Log.clear();
+  updater->ProcessFile(folder.Path("a.txt"), true);
+  EXPECT_EQ(folder.Plain(stamp.Log),
+            "Warning : DIR/a.txt: is not updated: its extension is of no known language\n");
 }
 
 } // namespace
