@@ -57,8 +57,7 @@ TEST(AssemblyInfoLiterals, EndAndMeanWhatTheirLanguageSays) {
       {FSharp, uR"("\x4")", u"-"},
       {FSharp, uR"("\06")", u"-"},
       {FSharp, u"@\"a\\\"", u"a\\"},
-      {FSharp, u"\"\"\"\"a\n\"\"\"", u"\"a\n", u"\""},
-  };
+      {FSharp, u"\"\"\"\"a\n\"\"\"", u"\"a\n", u"\""}};
   for (const TRow& row : rows) {
     const std::u16string literal(row.Literal);
     const TLiteralEnd end = SkipLiteral(literal + std::u16string(row.Behind), 0, row.Language);

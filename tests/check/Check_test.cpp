@@ -53,6 +53,8 @@ project-never-built, B: B has configurations, but none of the solution's builds 
 project-unmapped, B: B has no configuration in any configuration of the solution
 project-unmapped, C: 2 projects have no configuration in any configuration of the solution | C | D
 project-unmapped, C: C has no configuration in any configuration of the solution
+projects-missing, : None of its projects is there: S.csproj, T.csproj, U.csproj, V.csproj, X.csproj and 2 more
+projects-missing, : None of its projects is there: S.csproj, T.csproj, U.csproj, V.csproj, X.csproj, Y.csproj
 projects-missing, : None of its projects is there: X.csproj, Y.csproj
 solution-cycle, D: Projects need each other: D needs A (line 5), A needs B (line 10), B needs C (line 15), C needs D (line 21) | D needs A | A needs B | B needs C | C needs D
 solution-encoding, : A letter was lost: U+FFFD stands in its place
@@ -85,6 +87,7 @@ script-refused, : Unexpected BEGIN
 script-unseen, : No header before the version block defines VS_VERSION_INFO
 source-case, : B.cs is called b.cs on the disk
 source-missing, : 3 of 4 sources are not there | x.cs | y.cs | z.resx
+source-missing, : There is no source DIR/gone.cs
 source-missing, : There is no source Gone.cs
 source-missing, : There is no source y.cpp
 source-twice, : B.cs is listed already in line 5 | the first one
@@ -168,6 +171,9 @@ TEST(Check, FindsWhatIsWrongWithASolutionInItsLine) {
       {"a header of another product, and one more", Title + "9.00\n# Visual Studio 2010\n" + head + end,
        "2 solution-header, 3 solution-header"},
       {"a newer one", Title + "12.00\n# Visual Studio 15\n" + end, "1 solution-format"},
+      {"headers of two more products", Title + "9.00\n# Visual Studio 2005\n" + end, ""},
+      {"and the last of them", Title + "11.00\n# Visual Studio 10\n" + end, ""},
+      {"UTF-16", "\xFF\xFE" + text::ToUtf16LE(text::FromUtf8(head + "# \xC3\xBC\n" + end)), ""},
       {"no project", head + "Project(\"x\") = \"A\"\n" + end, "3 solution-unreadable"},
       {"UTF-8 that does not say so", head + "# \xC3\xBC\n" + end, "3 solution-encoding"},
       {"a code page, with CR LF", "\r\n" + head + "\r\n# \xFC\r\n" + end, "5 solution-encoding"},
@@ -184,11 +190,22 @@ TEST(Check, FindsWhatIsWrongWithASolutionInItsLine) {
       {"old needs against the order of the file",
        head + Projects({"A", "B"}) + Section("ProjectDependencies", Id('A') + ".0 = " + Id('B') + "\n"),
        "9 dependency-old 9"},
+      {"old needs in their own format",
+       Title + "7.00\n" + Projects({"A", "B"}) +
+           Section("ProjectDependencies", Id('A') + ".0 = " + Id('B') + "\n"),
+       ""},
+      {"old needs of nobody, and in the order of the file",
+       head + Projects({"A", "B"}) +
+           Section("ProjectDependencies",
+                   Id('X') + ".0 = " + Id('A') + "\n" + Id('B') + ".0 = " + Id('A') + "\n"),
+       ""},
       {"one twice", head + Projects({"A", "B", "A"}) + Global({"D"}, {"A.D!", "B.D!"}),
        "7 project-id-twice 3"},
       {"one that is missing, and one in another letter case", head + Projects({"A", "X", "d"}) + end,
        "5 project-missing, 7 path-case"},
       {"none is there", head + Projects({"X", "Y"}) + end, "3 projects-missing"},
+      {"none of many is there", head + Projects({"S", "T", "U", "V", "X", "Y"}) + end, "3 projects-missing"},
+      {"none of even more", head + Projects({"S", "T", "U", "V", "X", "Y", "Z"}) + end, "3 projects-missing"},
       {"half, not at all and never",
        head + Projects({"A", "B", "C"}) + Global({"D", "R"}, {"A.D!", "B.D", "B.R"}),
        "3 project-half-mapped, 5 project-never-built, 7 project-unmapped"},
@@ -238,6 +255,7 @@ TEST(Check, FindsWhatIsWrongWithASolutionInItsLine) {
     TChecker checker{TCheckLevels()};
     checker.CheckSolution(folder.Write("App.sln", row.Text));
     EXPECT_EQ(Found(checker, said), row.Found);
+    EXPECT_GE(checker.FileCount(), 1U);
   }
   EXPECT_EQ(Listed(folder, said), SolutionMessages);
 }
@@ -250,6 +268,10 @@ TEST(Check, FindsWhatIsWrongWithAProjectInItsLine) {
                              "Name='Debug|Win32'/></Configurations><Files>\n";
   const auto managed = [&](const std::string& items) {
     return "<Project>" + debug + "<ItemGroup>\n" + info + items + "</ItemGroup></Project>";
+  };
+  tests::TTemporaryFolder folder;
+  const auto full = [&folder](const char* name) {
+    return "<Compile Include='" + text::ToUtf8(folder.Path(name)) + "'/>";
   };
   struct TProjectCase {
     std::string_view Name, File;
@@ -265,6 +287,8 @@ TEST(Check, FindsWhatIsWrongWithAProjectInItsLine) {
            "<Compile Include='Gone.cs'/>\n<Compile Include='.\\b.cs'/>\n<Compile Include='b.cs'/>\n<Compile "
            "Include='b.cs' Condition=\"'$(X)' == '1'\"/>\n<Compile Include='B.cs'/>"),
        "4 source-missing, 6 source-twice 5, 8 source-case, 8 source-twice 5"},
+      {"full paths", "A.csproj", managed(full("b.cs") + full("more") + "\n" + full("gone.cs")),
+       "5 source-missing"},
       {"most are missing", "A.csproj",
        managed("<Compile Include='x.cs'/>\n<Compile Include='y.cs'/>\n<EmbeddedResource Include='z.resx'/>"),
        "4 source-missing 4 5 6"},
@@ -294,7 +318,6 @@ TEST(Check, FindsWhatIsWrongWithAProjectInItsLine) {
                 "RelativePath='c.rc'/></Files></VisualStudioProject>",
        "2 version-impossible, 6 script-refused, 1 script-unseen"},
   };
-  tests::TTemporaryFolder folder;
   std::set<std::string> said;
   folder.Write("b.cs");
   folder.Write("AssemblyInfo.cs", "[assembly: AssemblyVersion(\"1.0.*\")]\n");
@@ -322,6 +345,52 @@ TEST(Check, FindsWhatIsWrongWithAProjectInItsLine) {
     EXPECT_EQ(Found(checker, said), row.Found);
   }
   EXPECT_EQ(Listed(folder, said), ProjectMessages);
+  folder.Write("own.rc", "#include <winver.h>\n1 VERSIONINFO\nFILETYPE 0x2L\nBEGIN\nEND\n");
+  TChecker checker{TCheckLevels()};
+  checker.CheckProject(
+      folder.Write("A.vcproj", native + "<File RelativePath='own.rc'/></Files></VisualStudioProject>"));
+  said.clear();
+  EXPECT_EQ(Found(checker, said), "2 script-loss");
+}
+
+TEST(Check, LooksForFilesInAFolderAndBelow) {
+  tests::TTemporaryFolder folder;
+  const auto found = [&folder](std::string_view name) {
+    const TFilesToCheck files = FilesToCheck(folder.Path(name));
+    std::string all;
+    for (const auto* list : {&files.Files, &files.Troubles})
+      for (const auto& file : *list)
+        all += " " + folder.Plain(text::ToUtf8(file));
+    return all;
+  };
+  for (const auto* name :
+       {"b.kxproj", "b.CSPROJ", "sub/c.csproj", "sub/d.sln", "a.txt", "a.vcproj", ".git/e.sln"})
+    folder.Write(name);
+  folder.Write("e.sln/none.txt");
+  EXPECT_EQ(found(""), " DIR/sub/d.sln DIR/b.CSPROJ DIR/sub/c.csproj DIR/a.vcproj DIR/b.kxproj");
+  EXPECT_EQ(found("a.txt"), " DIR/a.txt") << "whatever it is called";
+  EXPECT_EQ(found("e.sln"), " There is no solution, project or build project in DIR/e.sln.");
+  EXPECT_THROW(found("gone"), EKxException);
+}
+
+TEST(Check, TellsWhichConfigurationsOfASolutionAreMeant) {
+  tests::TTemporaryFolder folder;
+  const auto file = folder.Write("App.sln", Title + "10.00\n" + Global({"Debug|x86", "Debug|x64"}, {}));
+  TChecker checker{TCheckLevels()};
+  EXPECT_EQ(checker.CheckConfiguration(file, u"debug|X64"), std::vector<std::u16string>{u"Debug|x64"});
+  EXPECT_EQ(checker.CheckConfiguration(file, u"Debug").size(), 2U);
+  EXPECT_EQ(checker.TakeFindings().size(), 0U);
+  std::set<std::string> said;
+  for (const auto& [wanted, path] :
+       {std::pair(u"Rel", file), {u"(", file}, {u"Debug", folder.Write("No.sln", "x")}}) {
+    EXPECT_TRUE(checker.CheckConfiguration(path, wanted).empty());
+    EXPECT_EQ(Found(checker, said), "0 configuration-none");
+  }
+  EXPECT_EQ(said,
+            (std::set<std::string>{
+                "configuration-none, : App.sln has no configuration \"Rel\". It has Debug|x86, Debug|x64.",
+                "configuration-none, : Invalid Visual Studio Solution Header : x",
+                "configuration-none, : missing closing parenthesis at position 2 of \"(\""}));
 }
 
 TEST(Check, FindsWhatDoesNotFitBetweenASolutionAndItsProjects) {
@@ -398,6 +467,13 @@ TEST(Check, SaysWhatTheUserHasMadeOfItsRules) {
   TChecker checker(levels);
   checker.CheckSolution(file);
   EXPECT_EQ(checker.TakeFindings().at(0).Severity, TFindingSeverity::Note);
+  const TCheckRule& rule = RequireCheckRule(u"SOLUTION-CYCLE");
+  for (const auto* name : {u"off", u"note", u"warning", u"error"}) {
+    levels.Set(u"solution-cycle=" + std::u16string(name));
+    EXPECT_EQ(LevelName(levels.Of(rule)), name);
+    EXPECT_EQ(levels.Of(rule).has_value(), name != std::u16string_view(u"off"));
+  }
+  EXPECT_THROW(levels.Set(u"solution-cycle"), EKxException);
   EXPECT_THROW(levels.Set(u"solution-cycel=off"), EKxException);
   EXPECT_THROW(levels.Set(u"solution-cycle=fatal"), EKxException);
 }

@@ -45,7 +45,7 @@ TEST(ProjectFacts, AreThoseOfEachForm) {
        "Include='b.cs' Condition='y'/>\n<Compile Include='c.cs'/></ItemGroup></Project>",
        "2 unused Compile a.cs; 3 unused Compile b.cs; 4 Compile c.cs managed"},
       {"excluded sources", "a.vcxproj",
-       "<Project><ItemGroup><ClCompile Include='a.cpp'>\n<ExcludedFromBuild "
+       "<Project><ItemGroup><ClCompile Include='a.cpp'><Link/>\n<ExcludedFromBuild "
        "Condition='x'>true</ExcludedFromBuild></ClCompile>\n<ClCompile Include='b.cpp'/><None "
        "Include='n'><ExcludedFromBuild/></None></ItemGroup></Project>",
        "1 unused ClCompile a.cpp; 3 ClCompile b.cpp"},
