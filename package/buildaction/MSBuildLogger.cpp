@@ -93,7 +93,6 @@ TKxMSBuildStructuredOutputHelper::GetLoggerAssembly(std::u16string_view /*framew
 void TKxMSBuildStructuredOutputHelper::Start(std::u16string_view solutionFile, bool structured) {
   solutionFolder_ = text::ExtractFilePath(solutionFile);
   structured_ = structured;
-  open_.clear();
   ResetCounts();
 }
 

@@ -84,6 +84,8 @@ class D { object f = e[assembly: AssemblyTitle(1)], g = h()[assembly: AssemblyTi
 #if false^#undef A^#endif^#if A^[assembly: AssemblyTitle(~"o"~"N"~)]^#endif
 #undef A^#if A^[assembly: AssemblyTitle("p")]^#else^[assembly: AssemblyTitle(~"o"~"N"~)]^#endif
 #if X^#define C^#endif^#if C^[assembly: AssemblyTitle("p")]^#else^[assembly: AssemblyTitle("q")]^#endif
+#if false^[assembly: AssemblyTitle("p")]^#elif true^[assembly: AssemblyTitle(~"o"~"N"~)]^#else^[assembly: AssemblyTitle("q")]^#endif
+#endregion /* x^[assembly: AssemblyTitle(~"o"~"N"~)]
 #define AZ_az09é^#if AZ_az09é^[assembly: AssemblyTitle(~"o"~"N"~)]^#endif)--"},
     {"Visual Basic", VisualBasic, R"--(Dim [[x
 <Assembly: [AssemblyTitle](~"o"~"N"~)>
@@ -109,6 +111,7 @@ auto s = R"x()" [assembly:AssemblyTitle("")]; )x"; // \
 #if defined A^[assembly:AssemblyTitle(~"o"~"N"~)];^#endif
 #define V 1^#define W 0^#if V^[assembly:AssemblyTitle(~"o"~"N"~)];^#endif^#if W^[assembly:AssemblyTitle("")];^#endif
 #undef A^#ifdef A^[assembly:AssemblyTitle("")];^#else^[assembly:AssemblyTitle(~"o"~"N"~)];^#endif
+#if 1 /*^#else^*/^[assembly:AssemblyTitle(~"o"~"N"~)];^#endif
 int n = 1'000 + '"';^[assembly:AssemblyTitle(~"o"~"N"~)];)--"},
     {"C++ with a short name of the namespace", Cpp,
      R"--(namespace R = System::Reflection;^[assembly:R::AssemblyTitle(~"o"~"N"~)];)--"},
@@ -176,6 +179,10 @@ const TCase Additions[] = {
      R"(~~[assembly: System.Reflection.AssemblyTitle("N")]^~#if X^using System.Reflection;^#endif^)"},
     {"behind the import of a type", CSharp,
      R"(using static System.Reflection;^~~[assembly: System.Reflection.AssemblyTitle("N")]^~)"},
+    {"behind the name of an assembly", CSharp,
+     R"(extern alias X;^~~[assembly: System.Reflection.AssemblyTitle("N")]^~class C {}^)"},
+    {"before what is no section", CSharp,
+     R"(~~[assembly: System.Reflection.AssemblyTitle("N")]^~[assembly: A B]^)"},
     {"behind an import for all files", CSharp,
      R"(global using System.Reflection;^~~[assembly: AssemblyTitle("N")]^~)"},
     {"not where both branches hold it", CSharp, R"([assembly: AssemblyTitle(^#if X^"o"^#else^"p"^#endif^)])"},

@@ -69,6 +69,10 @@ TEST_F(ConfigurationNames, AreOfferedWithTheNearestFirst) {
   };
   for (const auto& [wanted, offer] : cases)
     EXPECT_THAT(text::ToUtf8(MissingConfiguration(*solution_, wanted)), testing::EndsWith(offer));
+  Offer({"A", "B", "C", "D", "E", "F", "G", "H", "I", "J", "K", "L", "M"});
+  EXPECT_THAT(text::ToUtf8(MissingConfiguration(*solution_, u"none")),
+              testing::EndsWith("J, K, L and 1 more."));
+  Offer({"Debug|Any CPU", "Release|Any CPU"});
   EXPECT_TRUE(MayToolKnowConfiguration(*solution_, u"release"));
   EXPECT_FALSE(MayToolKnowConfiguration(*solution_, u"rel"));
   Offer({});

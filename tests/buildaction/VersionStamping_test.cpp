@@ -227,9 +227,9 @@ TEST_F(VersionStamping, TellsBeforehandWhichFilesItWouldChange) {
   const std::u16string all = Version + InSelected + u"Lib&" + Scripts;
   const std::pair<std::u16string, std::string> cases[] = {
       {u"Solution=App.sln", ""},
+      {all, "DIR/Lib/Properties/AssemblyInfo.cs\r\nDIR/Native/version.rc\r\n"},
       {Version + InSelected + u"Lib", "DIR/Lib/Properties/AssemblyInfo.cs\r\n"},
       {Scripts, "DIR/Native/version.rc\r\n"},
-      {all, "DIR/Lib/Properties/AssemblyInfo.cs\r\nDIR/Native/version.rc\r\n"},
       {all + u"Solution=%No%", ""}};
   for (const auto& [settings, expected] : cases) {
     Begin(settings);

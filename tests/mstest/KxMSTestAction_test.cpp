@@ -112,6 +112,20 @@ TEST_F(TMSTestActionTest, RunsInTheFolderOfWhatItTests) {
   EXPECT_THAT(host_.Log(), ElementsAre("3 Starting Directory : Unknown name: No"));
 }
 
+TEST_F(TMSTestActionTest, TellsBeforehandWhichFilesItReadsAndWrites) {
+  host_.Variables[u"ProjectDir"] = u"/p";
+  Set(u"AssemblyFileName=a.dll||%No%b.dll~ConfigFileName=%No%~OutputFileName=o.trx");
+  text::TStringList none, files;
+  action_.GetFilesToRead(none);
+  EXPECT_EQ(none, text::TStringList()) << "what cannot be foreseen is not known";
+  Set(u"AssemblyFileName=a.dll||b.dll~ConfigFileName=c~MetadataFile=m");
+  action_.GetFilesToRead(files);
+  Set(u"UseMetadataFile=True~ConfigFileName=");
+  action_.GetFilesToRead(files);
+  action_.GetFilesToWrite(files);
+  EXPECT_EQ(files, (text::TStringList{u"/p/c", u"/p/a.dll", u"/p/b.dll", u"/p/m", u"/p/o.trx"}));
+}
+
 TEST_F(TMSTestActionTest, MissesWhatNothingBeforeItMakes) {
   struct TForeseen : TRecordingValidation, IKxForeseenRun {
     bool Builds = false;

@@ -110,6 +110,7 @@ TEST_F(TPagesTest, WhatCanBeEditedFollowsTheTestSource) {
   EXPECT_THAT(Disabled(page), ElementsAre("txtAssemblyFilename", "txtTests"));
   page.WriteActionData();
   page.SetValue(u"RadioButton1", u"True");
+  EXPECT_THAT(Disabled(page), testing::Contains("txtTestList")) << "although it is checked";
   page.ReadActionData();
   EXPECT_THAT(Checked(page), ElementsAre("rbUseTestMetadata", "chkSpecifyTestList"));
   EXPECT_EQ(page.Field(u"txtTestList").Value, u"Nightly");

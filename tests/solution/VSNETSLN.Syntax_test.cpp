@@ -28,6 +28,12 @@ TEST(SolutionSyntax, KnowsTheVersionsOfHeaders) {
     EXPECT_EQ(ReadHeader(line), version) << line;
 }
 
+TEST(SolutionSyntax, SplitsNoMoreItemsThanAProjectHas) {
+  TCommaItems items;
+  for (const auto& [text, count] : {std::pair("a, \"b,c\" ,d,e", 3U), {"a,b,", 3U}, {" a,", 2U}, {"", 0U}})
+    EXPECT_EQ(items.Split(text), count) << text;
+}
+
 TEST(SolutionSyntax, FindsInConfigurationLinesWhatTheExpressionFinds) {
   std::mt19937 random(2);
   const auto expression = RegEx::NewRegularExpression(u"\\.(.+)\\.(ActiveCfg|Build\\.0) = (.+)");

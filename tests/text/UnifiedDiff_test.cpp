@@ -22,5 +22,19 @@ TEST(UnifiedDiff, HasTheFormOfPatches) {
     EXPECT_EQ(ToUtf8(Join(UnifiedDiff(before, after), u"|")), lines);
 }
 
+// Beyond so many differences nothing is looked for that both have.
+TEST(UnifiedDiff, ReplacesAllWhereTooMuchIsDifferent) {
+  for (const auto& [count, size] : {std::pair(1000, 2002U), {1001, 2005U}}) {
+    std::u16string before, after;
+    for (int i = 0; i < count; ++i) {
+      before += u"a" + FromInteger(i) + u"\n";
+      after += u"b" + FromInteger(i) + u"\n";
+    }
+    const auto lines = UnifiedDiff(before + u"c", after + u"c");
+    EXPECT_EQ(lines.size(), size);
+    EXPECT_EQ(lines[1] + lines.back(), size == 2002U ? u"-a0 c" : u"-a0+c");
+  }
+}
+
 } // namespace
 } // namespace kx::text

@@ -7,7 +7,7 @@ namespace {
 
 TEST(WindowsPath, KnowsItsKinds) {
   EXPECT_TRUE(IsPosixPath(u"/srv/a") && IsAbsolutePath(u"/srv/a"));
-  for (const auto path : {u"//server/share", u"\\\\server\\share", u"c:/a"})
+  for (const auto path : {u"//server/share", u"\\\\server\\share", u"c:/a", u"a:/", u"Z:\\"})
     EXPECT_TRUE(IsAbsolutePath(path) && !IsPosixPath(path)) << testing::PrintToString(path);
   for (const auto path : {u"C:a", u"\\a", u"", u"1:\\a"})
     EXPECT_FALSE(IsAbsolutePath(path) || IsPosixPath(path)) << testing::PrintToString(path);
@@ -39,6 +39,7 @@ TEST(JoinPath, PutsOneSeparatorBetween) {
   EXPECT_EQ(JoinPath(u"C:\\a\\", u"\\b"), u"C:\\a\\b");
   EXPECT_EQ(JoinPath(u"/srv", u"a\\b.cs"), u"/srv/a/b.cs");
   EXPECT_EQ(JoinPath(u"C:\\a", u"D:\\b"), u"D:\\b");
+  EXPECT_EQ(JoinPath(u"", u"b") + JoinPath(u"C:\\a", u"\\"), u"bC:\\a");
 }
 
 TEST(ExpandPath, ResolvesAgainstTheFolder) {
@@ -55,6 +56,9 @@ TEST(ExpandPath, ResolvesAgainstTheFolder) {
       {"a rooted path takes the drive", u"\\a", u"C:\\src\\app", u"C:\\a"},
       {"a rooted path takes the share", u"\\a", u"\\\\server\\share\\x", u"\\\\server\\share\\a"},
       {"relative to the folder's drive", u"c:a", u"C:\\src", u"C:\\src\\a"},
+      {"relative to another drive", u"D:a", u"C:\\src", u"D:\\a"},
+      {"a rooted path in no folder", u"\\a", u"", u"\\a"},
+      {"nothing", u"", u"C:\\src", u"C:\\src"},
       {"a separator at the end stays", u"a\\", u"C:\\src", u"C:\\src\\a\\"},
       {"no folder: steps up stay", u"..\\a\\..\\..\\b", u"", u"..\\..\\b"},
   };

@@ -229,6 +229,53 @@ TEST_F(SolutionAssemblyUpdater, PassesOverWhatIsNotThere) {
   EXPECT_THAT(Log(), testing::Contains(testing::StartsWith("2 Warning : DIR/b.csproj cannot be read")));
 }
 
+TEST(ReadProjectSources, ListsWhatIsCompiledAndWhatTheBuildWrites) {
+  const auto sdk = [](const std::string& properties) {
+    return "<Project Sdk='x'><PropertyGroup>" + properties + "</PropertyGroup></Project>";
+  };
+  const std::string written =
+      "|AssemblyCompany AssemblyConfiguration AssemblyFileVersion AssemblyInformationalVersion "
+      "AssemblyProduct AssemblyTitle AssemblyVersion";
+  const std::tuple<const char*, std::string, std::string> rows[] = {
+      {"p.csproj", sdk(""), "a.cs sub/c.cs sub/x/y.cs" + written},
+      {"p.vbproj", sdk("<Copyright>c</Copyright>"), "b.vb" + written + " AssemblyCopyright"},
+      {"p.fsproj", sdk("<GenerateAssemblyInfo>False</GenerateAssemblyInfo>"), "|"},
+      {"p.csproj", sdk("<EnableDefaultItems>false</EnableDefaultItems>"), written},
+      {"p.csproj",
+       sdk("<EnableDefaultCompileItems>false</EnableDefaultCompileItems><GenerateAssemblyTitleAttribute>"
+           "false</GenerateAssemblyTitleAttribute>"),
+       text::ToUtf8(text::ReplaceAll(text::FromUtf8(written), u" AssemblyTitle", u""))},
+      {"p.csproj", "<Project>", "|"},
+      {"p.csproj", Compiling("*.cs;?.vb"), "a.cs b.vb|"},
+      {"p.csproj", "<Compile Include='**\\*.cs' Exclude='bin/**;o*\\*;sub\\x\\*'/>", "a.cs sub/c.cs|"},
+      {"p.csproj", Compiling("s?b\\*;*\\x\\*.c*"), "sub/c.cs sub/x/y.cs|"},
+      {"p.csproj", Compiling("a.cs;A.cs; ;$(No)b.vb"), "a.cs b.vb|"},
+      {"p.csproj", Compiling("%61.cs;%6z.cs;%z1.cs;100%2"), "a.cs %6z.cs %z1.cs 100%2|"},
+      {"p.csproj",
+       "<Project><PropertyGroup><D>sub</D><D Condition='x'>no</D><E Condition='x'>c</E></PropertyGroup>" +
+           Compiling("$(D)\\$(e).cs;$(MSBuildProjectDirectory)/a.cs;$(ProjectDir)b.vb;$(SolutionDir)s.cs") +
+           "</Project>",
+       "sub/c.cs a.cs b.vb s/s.cs|"},
+      {"p.csproj",
+       "<Project><Import Project='bad.targets'/><Import Project='$(No)'/>" + Compiling("a.cs") + "</Project>",
+       "a.cs|"},
+      {"p.csproj", Compiling("a.cs;b.vb", "<Compile Remove='A.*'/>"), "b.vb|"},
+  };
+  const tests::TTemporaryFolder folder;
+  for (const auto* name : {"a.cs", "b.vb", "sub/c.cs", "sub/x/y.cs", "bin/d.cs", "obj/e.cs"})
+    folder.Write(name);
+  folder.Write("bad.targets", "<Project>");
+  for (const auto& [file, project, expected] : rows) {
+    const auto unit = ReadProjectSources(u"P", folder.Write(file, project), folder.Path("s"));
+    std::string found =
+        folder.Plain(text::ToUtf8(text::Join(unit.Sources, u" ") + u"|" + text::Join(unit.Generated, u" ")));
+    for (auto at = found.find("DIR/"); at != found.npos; at = found.find("DIR/"))
+      found.erase(at, 4);
+    EXPECT_EQ(found, expected) << project;
+    std::filesystem::remove(folder.Native(file));
+  }
+}
+
 TEST(FindAssemblyInfoName, SeesItemsOneByOne) {
   const std::pair<const char*, std::u16string_view> cases[] = {
       {R"(<Compile Include="Properties\assemblyinfo.CS"/>)", u"Properties\\assemblyinfo.CS"},

@@ -72,6 +72,7 @@ TEST(VersionBlockContent, IsWhatAResourceCompilerMakesOfIt) {
       {"each extra once, and only up to the end",
        "// a\n#if  1 \n/* b\n FILEOS 9 */ FILEOS 4 // c\n#if  1\nBEGIN\nodd END\n// d\n#endif",
        "FILEOS 4 +odd +comments +#if  1 "},
+      {"a comment of some lines alone", "/* b\n FILEOS 9 */ FILEOS 4", "FILEOS 4 +comments "},
       {"comment marks within a text", Strings("VALUE \"A\", \"// /* \\\" #\""), "[040904e4] A=// /* \" # "},
   };
   for (const auto& [name, block, content] : rows)

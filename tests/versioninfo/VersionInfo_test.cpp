@@ -47,6 +47,8 @@ TEST(VersionInfo, PropertiesKeepWhatTheyAreGiven) {
     const bool isFlag = property.Get(values) == u"False";
     const std::u16string_view given = isFlag ? u"True" : u"7";
     property.Set(values, given);
+    const bool isRule = property.Name.starts_with(u"AutoUpdate") || property.Name.starts_with(u"Link");
+    EXPECT_EQ(property.Selectable, !isRule) << text::ToUtf8(property.Name);
     EXPECT_EQ(property.Get(values), given) << text::ToUtf8(property.Name);
     if (!isFlag) continue;
     property.Set(values, u"no");
