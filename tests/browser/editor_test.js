@@ -87,6 +87,14 @@ function forgetRefusals(page) {
   page.faults = page.faults.filter((fault) => !/ 422 |"error":/.test(fault));
 }
 
+// A run in which the tool does what `script` says, too.
+async function runSaying(page, editor, script) {
+  const text = editor.read("tool/devenv.com").replace("for ((", () => `${script}for ((`);
+  fs.writeFileSync(`${editor.folder}/tool/devenv.com`, text);
+  await page.click("#start");
+  await page.locator("#progress", { hasText: /^Run 1: / }).waitFor();
+}
+
 async function turnTo(page, name) {
   await page.locator("#pages [role=tab]", { hasText: name }).click();
 }
@@ -950,12 +958,7 @@ test("numbers are stepped, choices go back to what they were, and folders are ch
 test("a log is read by the keyboard, folded, downloaded, and coloured as its tool wants", async () => {
   await withEditor(devenv(), async (page, editor) => {
     const colours = "echo $'\\e[1;31mrot\\e[0m und \\e[92mgrün\\e[39m'\n";
-    fs.writeFileSync(
-      `${editor.folder}/tool/devenv.com`,
-      editor.read("tool/devenv.com").replace("for ((", () => `${colours}for ((`),
-    );
-    await page.click("#start");
-    await page.locator("#progress", { hasText: /^Run 1: / }).waitFor();
+    await runSaying(page, editor, colours);
     const log = page.locator("#log");
     const line = log.locator("[role=option]", { hasText: "rot und grün" });
     const last = async () => Number(await log.locator("[role=option]").last().getAttribute("aria-setsize"));
@@ -996,12 +999,7 @@ test("a log is read by the keyboard, folded, downloaded, and coloured as its too
 test("long lines of a log wrap, what is found is gone through, and the end is followed or left", async () => {
   await withEditor(devenv(), async (page, editor) => {
     const long = `for i in {1..60}; do echo "${"lang 日本 ".repeat(40)}$i"; done\n`;
-    fs.writeFileSync(
-      `${editor.folder}/tool/devenv.com`,
-      editor.read("tool/devenv.com").replace("for ((", () => `${long}for ((`),
-    );
-    await page.click("#start");
-    await page.locator("#progress", { hasText: /^Run 1: / }).waitFor();
+    await runSaying(page, editor, long);
     const log = page.locator("#log");
     const chosen = (text) => log.locator("[aria-selected=true]", { hasText: text }).waitFor();
     // Nothing lies over another row, and what is at the end is seen there.
