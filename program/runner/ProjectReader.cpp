@@ -6,7 +6,6 @@
 #include "program/runner/Messages.h"
 
 #include <algorithm>
-#include <array>
 #include <iterator>
 #include <set>
 
@@ -19,8 +18,9 @@ constexpr std::u16string_view ActionName = u"Action";
 constexpr std::u16string_view GroupName = u"Group";
 
 using TNames = std::vector<std::u16string>;
+using TKnownNames = std::vector<std::u16string_view>;
 
-TNames ListOf(std::span<const std::u16string_view> names) {
+TNames ListOf(const TKnownNames& names) {
   return {names.begin(), names.end()};
 }
 
@@ -36,9 +36,8 @@ public:
   void Read(const TProjectElement& root) {
     if (root.Name != u"BuildProject")
       Refuse(root, u"Not a build project: expected <BuildProject>, not <" + root.Name + u">.");
-    CheckAttributes(root, std::array<std::u16string_view, 1>{u"Name"});
-    CheckChildren(root, std::array<std::u16string_view, 5>{u"Variables", u"PropertySets", u"Rules", u"Gates",
-                                                           ActionsName});
+    CheckAttributes(root, {u"Name"});
+    CheckChildren(root, {u"Variables", u"PropertySets", u"Rules", u"Gates", ActionsName});
     CheckOnce(root);
     project_.Name = root.Attribute(u"Name").value_or(u"");
     if (const auto* variables = root.Child(u"Variables")) ReadVariables(*variables);
@@ -53,7 +52,7 @@ private:
     RefuseFile(fileName_, element.Line, message);
   }
 
-  void CheckAttributes(const TProjectElement& element, std::span<const std::u16string_view> known) const {
+  void CheckAttributes(const TProjectElement& element, const TKnownNames& known) const {
     for (const auto& attribute : element.Attributes)
       if (std::ranges::find(known, attribute.Name) == known.end())
         Refuse(element, u"Unknown attribute " + Quoted(attribute.Name) + u" of <" + element.Name + u">." +
@@ -67,7 +66,7 @@ private:
              u"Unexpected text in <" + element.Name + u">: " + Quoted(text.substr(0, text.find(u'\n'))));
   }
 
-  void CheckChildren(const TProjectElement& element, std::span<const std::u16string_view> known) const {
+  void CheckChildren(const TProjectElement& element, const TKnownNames& known) const {
     CheckNoText(element);
     for (const auto& child : element.Children)
       if (std::ranges::find(known, child.Name) == known.end())
@@ -97,9 +96,9 @@ private:
 
   void ReadVariables(const TProjectElement& list) {
     CheckAttributes(list, {});
-    CheckChildren(list, std::array<std::u16string_view, 1>{u"Variable"});
+    CheckChildren(list, {u"Variable"});
     for (const auto& element : list.Children) {
-      CheckAttributes(element, std::array<std::u16string_view, 1>{u"Name"});
+      CheckAttributes(element, {u"Name"});
       CheckIsText(element);
       const std::u16string name = RequireAttribute(element, u"Name");
       if (!IsVariableName(name))
@@ -113,9 +112,9 @@ private:
 
   void ReadRules(const TProjectElement& list) {
     CheckAttributes(list, {});
-    CheckChildren(list, std::array<std::u16string_view, 1>{u"Rule"});
+    CheckChildren(list, {u"Rule"});
     for (const auto& element : list.Children) {
-      CheckAttributes(element, std::array<std::u16string_view, 1>{u"Name"});
+      CheckAttributes(element, {u"Name"});
       CheckIsText(element);
       const std::u16string name = RequireAttribute(element, u"Name");
       if (project_.Rules.Find(name)) Refuse(element, u"The rule " + Quoted(name) + u" stands twice.");
@@ -128,7 +127,7 @@ private:
   }
 
   void ReadGates(const TProjectElement& element) {
-    CheckAttributes(element, std::array<std::u16string_view, 3>{u"Baseline", u"FailOn", u"MaxWarnings"});
+    CheckAttributes(element, {u"Baseline", u"FailOn", u"MaxWarnings"});
     CheckChildren(element, {});
     TGateSettings& gates = project_.Gates;
     if (const auto file = element.Attribute(u"Baseline"); file && !file->empty())
@@ -150,10 +149,10 @@ private:
 
   void ReadPropertySets(const TProjectElement& list) {
     CheckAttributes(list, {});
-    CheckChildren(list, std::array<std::u16string_view, 1>{u"PropertySet"});
+    CheckChildren(list, {u"PropertySet"});
     for (const auto& element : list.Children) {
-      CheckAttributes(element, std::array<std::u16string_view, 2>{u"Name", u"Kind"});
-      CheckChildren(element, std::array<std::u16string_view, 1>{u"Value"});
+      CheckAttributes(element, {u"Name", u"Kind"});
+      CheckChildren(element, {u"Value"});
       const std::u16string name = RequireAttribute(element, u"Name");
       auto set = std::make_shared<TProjectPropertySet>(name, ReadKind(element));
       for (const auto& value : element.Children)
@@ -164,7 +163,7 @@ private:
   }
 
   void ReadSetValue(const TProjectElement& element, TProjectPropertySet& set) const {
-    CheckAttributes(element, std::array<std::u16string_view, 1>{u"Name"});
+    CheckAttributes(element, {u"Name"});
     CheckIsText(element);
     const std::u16string name = RequireAttribute(element, u"Name");
     if (!set.Add(name, WithHostLineEnds(element.Text)))
@@ -174,11 +173,11 @@ private:
   void ReadActions(const TProjectElement& list, TActionNode* parent) {
     CheckAttributes(list, {});
     if (parent == nullptr) {
-      CheckChildren(list, std::array<std::u16string_view, 2>{ActionName, GroupName});
+      CheckChildren(list, {ActionName, GroupName});
     } else {
       const auto* group = list.Child(GroupName);
       if (group != nullptr) Refuse(*group, u"A <Group> stands in the outermost <Actions>, not in a loop.");
-      CheckChildren(list, std::array<std::u16string_view, 1>{ActionName});
+      CheckChildren(list, {ActionName});
     }
     for (const auto& element : list.Children) {
       if (IsGroup(element))
@@ -189,10 +188,10 @@ private:
   }
 
   void ReadGroup(const TProjectElement& element) {
-    CheckAttributes(element, std::array<std::u16string_view, 2>{u"Name", u"Needs"});
+    CheckAttributes(element, {u"Name", u"Needs"});
     const auto* inner = element.Child(GroupName);
     if (inner != nullptr) Refuse(*inner, u"A <Group> holds actions; another <Group> cannot stand in it.");
-    CheckChildren(element, std::array<std::u16string_view, 1>{ActionName});
+    CheckChildren(element, {ActionName});
     TActionGroup group{.Name = RequireAttribute(element, u"Name"), .Needs = {}, .Line = element.Line};
     if (const auto needs = element.Attribute(u"Needs")) group.Needs = ReadNeeds(*needs);
     const TActionGroup& added = project_.AddGroup(std::move(group));
@@ -230,9 +229,9 @@ private:
     return node;
   }
 
-  static const std::vector<std::u16string_view>& KnownAttributes() {
+  static const TKnownNames& KnownAttributes() {
     static const auto known = [] {
-      std::vector<std::u16string_view> names{u"Type", u"Name", u"ContinueOnError"};
+      TKnownNames names{u"Type", u"Name", u"ContinueOnError"};
       std::ranges::transform(TermAttributes(), std::back_inserter(names), &TTermAttribute::Name);
       return names;
     }();
@@ -301,7 +300,7 @@ private:
   // The ordinal counts; the name stands beside it for the reader, and alone when the ordinal is left out.
   TKxPropertyValue ReadEnumeration(const TProjectElement& element,
                                    const TKxPublishedProperty& property) const {
-    CheckAttributes(element, std::array<std::u16string_view, 1>{u"Name"});
+    CheckAttributes(element, {u"Name"});
     const auto name = element.Attribute(u"Name");
     if (!name) return PropertyFromText(property, element.Text);
     auto named = PropertyFromText(property, *name);
@@ -322,7 +321,7 @@ private:
         if (!text::Trim(line).empty()) lines.Add(text::Trim(line));
       return lines;
     }
-    CheckChildren(element, std::array<std::u16string_view, 1>{u"Line"});
+    CheckChildren(element, {u"Line"});
     for (const auto& line : element.Children) {
       CheckAttributes(line, {});
       CheckIsText(line);

@@ -50,6 +50,23 @@ TEST_F(ExpressionsTest, Expand) {
   EXPECT_EQ(Expand(u"%path%"), platform::EnvironmentVariable(u"PATH")) << "the environment comes last";
 }
 
+TEST_F(ExpressionsTest, AreBounded) {
+  for (int i = 0; i <= 100; ++i)
+    Host.Project().Variables.Set(
+        {u"D" + text::FromInteger(i), i == 0 ? u"end" : u"%D" + text::FromInteger(i - 1) + u"%"});
+  EXPECT_EQ(Expand(u"%D99%"), u"end");
+  EXPECT_EQ(FailureOf([&] { Expand(u"%D100%"); }), "The variables refer to each other too deeply.");
+  Host.Services.RegisterFunction(
+      TStepAction::Class(), u"Again", [](TCustomKxAction& action, std::u16string_view argument) {
+        return argument.size() == 16
+                   ? u"done"
+                   : action.ExpandExpression(u"$(Again(\"" + std::u16string(argument) + u"x\"))");
+      });
+  EXPECT_EQ(Expand(u"$(Again(\"x\"))"), u"done");
+  EXPECT_EQ(FailureOf([&] { Expand(u"$(Again(\"\"))"); }),
+            "The function \"Again\" calls itself without end.");
+}
+
 TEST_F(ExpressionsTest, SayWhatIsWrong) {
   const std::pair<std::u16string_view, const char*> cases[] = {
       {u"%Roto%", "Unknown name \"Roto\". Did you mean \"Root\"?"},

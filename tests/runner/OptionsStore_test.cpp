@@ -142,6 +142,7 @@ TEST_F(OptionsStoreTest, KnowsWhatIsReadAndWhatItTakes) {
       {u"Editor.OpenFile", u"http://{file}",
        "The address of an editor looks like scheme://file/{file}:{line}:{column}, with a scheme that a "
        "program on this machine has registered; not \"http://{file}\"."},
+      {u"Tools.Level", u"-5", "same"},
       {u"Tools.Level", u"x", "Tools.Level takes a number, not \"x\"."},
       {u"Tools.Colour", u"BLUE", "2 shown as Blue"},
       {u"Tools.Colour", u"0", "0 shown as Red"},
@@ -185,6 +186,8 @@ TEST(Names, OfOptionsAndVariablesAreRefusedWhereAPartIsMissing) {
   TOptionsStore store;
   EXPECT_EQ(FailureOf([&] { store.Override(u"A.B"); }),
             "\"A.B\" sets no option: expected SECTION.KEY=VALUE.");
+  EXPECT_EQ(FailureOf([] { TRuleSettings().Set(u"no-tests"); }),
+            "\"no-tests\" sets no rule: expected NAME=error, NAME=warning or NAME=off.");
   const std::string rest =
       " sets no variable: expected NAME=VALUE, the name of letters, digits, \"_\" and \".\".";
   for (const std::string name : {"A", "=x", "a b=x"})

@@ -98,6 +98,36 @@ TEST(ProjectFileSave, OnlyTheChangedActionIsWritten) {
     EXPECT_EQ(Changed(row.Before, row.Change), row.After) << row.Name;
 }
 
+TEST(ProjectFileSave, AddedActionsAreWrittenWithAllThatTheyMean) {
+  TSavedProject project("<BuildProject>\n</BuildProject>");
+  const auto text = [](const std::string& more) {
+    return "<BuildProject>\n  <Actions>\n    <Action Type=\"LOOP\" Name=\"Loop\" "
+           "ContinueOnError=\"ignore\">\n"
+           "      <LoopVariable>P</LoopVariable>\n      <Values>\n        <Line>a</Line>\n        "
+           "<Line>b&lt;</Line>\n"
+           "      </Values>\n      <Actions>\n        <Action Type=\"STEP\" ContinueOnError=\"true\">\n"
+           "          <Number>8</Number>\n          <Colour Name=\"Blue\">2</Colour>\n        </Action>\n" +
+           more +
+           "      </Actions>\n    </Action>\n    <Action Type=\"LOOP\" Name=\"Loop\">\n      "
+           "<LoopVariable>P</LoopVariable>\n";
+  };
+  TActionNode& loop = project.Host.AddLoop({u"a", u"b<"});
+  loop.SetOnFailure(TOnFailure::Ignore);
+  TStepAction& step = project.Host.AddStep(u"", u"", &loop);
+  loop.Children().front()->SetOnFailure(TOnFailure::Continue);
+  step.Number = 8;
+  step.Colour = TColour::Blue;
+  TActionNode& other = project.Host.AddLoop({});
+  const std::string end = "    </Action>\n  </Actions>\n</BuildProject>";
+  EXPECT_TRUE(project.File.Save());
+  EXPECT_EQ(project.OnDisk(), text("") + end);
+  for (TActionNode* parent : {&loop, &other})
+    project.Host.AddStep(u"t", u"", parent);
+  EXPECT_TRUE(project.File.Save());
+  const std::string added = "        <Action Type=\"STEP\">\n          <Text>t</Text>\n        </Action>\n";
+  EXPECT_EQ(project.OnDisk(), text(added) + "      <Actions>\n" + added + "      </Actions>\n" + end);
+}
+
 TEST(ProjectFileSave, AClearSecretIsReplacedByItsEncryptedForm) {
   TSavedProject project(
       Project("    <Action Type=\"STEP\">\n      <Password>hush</Password>\n    </Action>"));

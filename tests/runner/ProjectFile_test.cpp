@@ -30,6 +30,7 @@ TEST(ProjectFile, ReadsEverything) {
     <PropertySet Name="Rel" Kind="win32"><Value Name="Major">3</Value></PropertySet>
   </PropertySets>
   <Rules><Rule Name="nothing-built"> Warning </Rule></Rules>
+  <Gates Baseline="known.txt" FailOn="Error" MaxWarnings="3"/>
   <Actions>
     <Action Type="loop" Name="All"><LoopVariable>P</LoopVariable><Values>
         a
@@ -51,6 +52,10 @@ TEST(ProjectFile, ReadsEverything) {
   EXPECT_EQ(project.Variables[0].Value + project.Variables[1].Name, u"/src & xEmpty");
   EXPECT_EQ(project.PropertySets.Find(u"REL")->GetValue(u"major"), u"3");
   EXPECT_EQ(project.Rules.Find(u"NOTHING-BUILT"), TRuleSeverity::Warning);
+  EXPECT_EQ(project.Gates.Baseline, host.Path("known.txt"));
+  EXPECT_TRUE(project.Gates.FailOn == TFailOn::Error && project.Gates.MaxWarnings == 3);
+  EXPECT_EQ(project.PropertySets.GetNames(TPropertySetKind::Win32).Count(), 1U);
+  EXPECT_EQ(project.PropertySets.GetNames(TPropertySetKind::DotNet).Count(), 0U);
   std::string actions;
   const std::function<void(const TActionNode&)> describe = [&](const TActionNode& node) {
     actions += text::ToUtf8(node.DisplayName()) + ":" + std::to_string(static_cast<int>(node.OnFailure()));
@@ -70,13 +75,13 @@ TEST(ProjectFile, ReadsEverything) {
 // Each attribute as it is read, and as an action that is added is written with it.
 TEST(ProjectFile, ReadsAndWritesHowActionsAreRun) {
   TEmbeddedHost host;
-  const std::string terms = "Needs=\"A,B\" Condition=\"%x% &lt; 3\" Retries=\"2\" TimeLimit=\"30m\" "
+  const std::string terms = "Needs=\"A,B\" Condition=\"%x% &lt; 3\" Retries=\"100\" TimeLimit=\"8784h\" "
                             "IdleLimit=\"90s\" Parallel=\"true\"";
   TProjectFile(host.Project())
       .LoadBytes(In("Actions",
-                    "<Action Type=\"LOOP\" Needs=\" A , B,\" Condition=\"%x% &lt; 3\" Retries=\" 2\" "
-                    "TimeLimit=\"1800\" IdleLimit=\" 90s \" Parallel=\"yes\"/>\n"
-                    "<Group Name=\"G\" Needs=\"\"><Action Type=\"STEP\" Needs=\"\"/></Group>"),
+                    "<Action Type=\"LOOP\" Needs=\" A , B,\" Condition=\"%x% &lt; 3\" Retries=\" 100\" "
+                    "TimeLimit=\"31622400\" IdleLimit=\" 90s \" Parallel=\"yes\"/>\n"
+                    "<Group Name=\"G\" Needs=\"\"><Action Type=\"STEP\" Needs=\"\" Retries=\"0\"/></Group>"),
                  host.Path("a.kxproj"));
   const auto& actions = host.Project().Actions();
   ASSERT_EQ(actions.size(), 2U);
@@ -92,6 +97,17 @@ TEST(ProjectFile, ReadsAndWritesHowActionsAreRun) {
 TEST(ProjectFile, SaysWhatIsWrongAndWhere) {
   const std::pair<std::string, std::string> cases[] = {
       {"", "(1): The file is empty."},
+      {{"<a>\n\0", 5}, "(2): The file holds a null character."},
+      {"<Project/>", "(1): Not a build project: expected <BuildProject>, not <Project>."},
+      {"<BuildProject><Rules/>\n<Rules/></BuildProject>", "(2): <Rules> stands twice in <BuildProject>."},
+      {In("Variables", "<Variable Name=\"a\"/>\n<Variable Name=\"A\"/>"),
+       "(3): The variable \"A\" stands twice."},
+      {In("PropertySets",
+          "<PropertySet Name=\"S\" Kind=\"Win32\"><Value Name=\"a\"/>\n<Value Name=\"A\"/></PropertySet>"),
+       "(3): The value \"A\" stands twice."},
+      {"<BuildProject>\n<Gates FailOn=\"x\"/></BuildProject>",
+       "(2): A gate is never, error, warning or new-warning"},
+      {In("Actions", "<Action Type=\"STEP\" Retries=\"101\"/>"), "(2): Retries takes a number from 0 to 100"},
       {"<BuildProject>\n</Wrong>", "(2): Opening and ending tag mismatch"},
       {"<!DOCTYPE a [<!ENTITY x \"y\">]>\n<BuildProject/>",
        "(1): A document type declaration is not allowed."},
@@ -122,9 +138,9 @@ TEST(ProjectFile, SaysWhatIsWrongAndWhere) {
        "(2): Parallel is for loops, and the action STEP is none."},
       {In("Actions", "<Action Type=\"STEP\" Retries=\"-1\"/>"),
        "(2): Retries takes a number from 0 to 100, not \"-1\"."},
-      {In("Actions", "<Action Type=\"STEP\" IdleLimit=\"1.5h\"/>"),
-       "(2): IdleLimit takes a time of up to a year, such as 90s, 30m or 2h, not \"1.5h\"."},
-      {In("Actions", "<Action Type=\"STEP\" TimeLimit=\"9000h\"/>"),
+      {In("Actions", "<Action Type=\"STEP\" IdleLimit=\"-1h\"/>"),
+       "(2): IdleLimit takes a time of up to a year, such as 90s, 30m or 2h, not \"-1h\"."},
+      {In("Actions", "<Action Type=\"STEP\" TimeLimit=\"8785h\"/>"),
        "(2): TimeLimit takes a time of up to a year"},
       {In("Actions", "<Action Type=\"STEP\" Nam=\"x\"/>"),
        "(2): Unknown attribute \"Nam\" of <Action>. Did you mean \"Name\"?"},
@@ -150,6 +166,35 @@ TEST(ProjectFile, SaysWhatIsWrongAndWhere) {
     TEmbeddedHost host;
     EXPECT_THAT(FailureOf([&] { TProjectFile(host.Project()).LoadBytes(row.first, u"/p/bad.kxproj"); }),
                 testing::StartsWith("/p/bad.kxproj" + row.second));
+  }
+}
+
+TEST(ProjectFile, HoldsNothingThatItDoesNotKnow) {
+  const std::string whole =
+      "<BuildProject Name=''><Variables><Variable "
+      "Name='V'>x</Variable></Variables><PropertySets><PropertySet Name='S' "
+      "Kind='DotNet'><Value Name='N'>1</Value></PropertySet></PropertySets><Rules><Rule "
+      "Name='no-tests'>off</Rule></Rules>"
+      "<Gates></Gates><Actions><Group Name='G'><Action "
+      "Type='STEP'><Text>t</Text><Colour>Red</Colour><Lines><Line>l</Line>"
+      "</Lines></Action></Group><Action Type='LOOP'><Actions><Action "
+      "Type='STEP'></Action></Actions></Action></Actions>"
+      "</BuildProject>";
+  const auto failure = [&whole](std::size_t at, std::string_view inserted) {
+    TEmbeddedHost host;
+    return FailureOf(
+        [&] { TProjectFile(host.Project()).LoadBytes(std::string(whole).insert(at, inserted), u"p"); });
+  };
+  EXPECT_EQ(failure(0, ""), "");
+  for (std::size_t at = whole.find('<'); at != whole.npos; at = whole.find('<', at + 1)) {
+    if (whole[at + 1] == '/') continue;
+    const std::size_t end = whole.find('>', at), behind = whole.find_first_of(" >", at);
+    const std::string tag = whole.substr(at, behind - at) + ">";
+    EXPECT_THAT(failure(behind, " Odd=''"), testing::HasSubstr("Unknown attribute \"Odd\" of " + tag));
+    EXPECT_THAT(failure(end + 1, "<Odd/>"), testing::HasSubstr("Odd")) << tag;
+    if (whole[end + 1] == '<') {
+      EXPECT_THAT(failure(end + 1, "odd"), testing::HasSubstr("Unexpected text in " + tag));
+    }
   }
 }
 

@@ -105,6 +105,10 @@ TEST(ProjectText, ChangesWhatIsAskedForAndNothingElse) {
     edit(text);
     EXPECT_EQ(text.Bytes(), after) << name;
   }
+  TProjectText closed("<BuildProject><Variables><Variable Name='V' /></Variables></BuildProject>");
+  closed.SetVariable(u"v", u"<x");
+  EXPECT_EQ(closed.Bytes(),
+            "<BuildProject><Variables><Variable Name='V'>&lt;x</Variable></Variables></BuildProject>");
   const TEdit refused[] = {move({1}, {1, 0}),
                            move({9}, {0}),
                            move({0}, {0, 0, 1}),
@@ -237,9 +241,9 @@ std::string Using(const std::string& name, const std::string& inside) {
   return "<BuildProject>\n  <Variables>\n    <Variable Name='" + name + "'>1</Variable> <!-- %Root% -->\n" +
          "    <Variable Name=\"Other\">%" + inside + "%\\x</Variable>\n  </Variables>\n  <Actions>\n" +
          "    <Action Type=\"A\" Condition=\"%" + inside + "% == &quot;x&quot;\">\n      <Text><![CDATA[<$(" +
-         inside + ")>]]>&#37;" + inside + "%é日 %%Root% %RootX% Root $(F(\"%" + inside + "% $(G(\"\"%" +
-         inside + "%\"\"))\"))</Text>\n      <List><Line>%" + inside + "%</Line></List>\n    </Action>\n" +
-         "    <Action Type=\"L\"><LoopVariable> " +
+         inside + ")>]]>&#x1F511;&#37;" + inside + "%é日 %%Root% %RootX% Root $(F(\"%" + inside +
+         "% $(G(\"\"%" + inside + "%\"\"))\"))</Text>\n      <List><Line>%" + inside +
+         "%</Line></List>\n    </Action>\n" + "    <Action Type=\"L\"><LoopVariable> " +
          "</LoopVariable><Actions><Action Type=\"B\"><LoopVariable>" + inside +
          "</LoopVariable></Action></Actions></Action>\n  </Actions>\n</BuildProject>\n";
 }

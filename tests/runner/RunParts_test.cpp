@@ -288,7 +288,8 @@ TEST_F(RunParts, NumbersAreCountedUpOnce) {
   counted.NumbersAreCounted = true;
   EXPECT_EQ(numbers({}, "Retries='1'"), "8 8 ");
   EXPECT_EQ(numbers({}, "Needs='' Retries='1'"), "counted 8 8 ");
-  EXPECT_EQ(numbers({}, "Needs='' Condition='no'"), "");
+  for (const char* condition : {"no", "%Nothing%"})
+    EXPECT_EQ(numbers({}, "Needs='' Condition='" + std::string(condition) + "'"), "");
   EXPECT_EQ(numbers(counted, "Needs=''"), "7 ");
 }
 

@@ -37,6 +37,11 @@ TEST(SecretMask, KnowsHowToolsSpellASecret) {
        u"echo '***'"},
       {"XML by numbers", u"a<b>&'c\"", u"a&#60;b&#x3e;&amp;&#39;c&#x22; &none; &#xFFFFFFFF;",
        u"*** &none; &#xFFFFFFFF;"},
+      {"XML beyond the first plane", u"\U0001F511key", u"&#x1F511;key &#128273;key", u"*** ***"},
+      {"JSON by numbers", u"ab\u00F6cd", u"ab\\xf6cd \\u0061b\\u00f6cd", u"*** ***"},
+      {"backslashes that mean themselves", u"azAZ09", u"\\a\\z\\A\\Z\\0\\9", u"\\a\\z\\A\\Z\\0\\9"},
+      {"signs of a shell", u"a b~c", u"a\\ b\\~c", u"***"},
+      {"PowerShell", u"a&b|c", u"a`&b`|c", u"***"},
       {"JSON", u"a\"b\\c\u00F6/", u"{\"p\":\"a\\\"b\\\\c\\u00f6\\/\"}", u"{\"p\":\"***\"}"},
       {"JSON in XML", u"a\"b\\c", u"a\\&quot;b\\\\c", u"***"},
       {"an argument", u"a \"b\\\" c\\", text::QuoteArgument(u"a \"b\\\" c\\") + u" d", u"\"***\" d"},
@@ -51,6 +56,16 @@ TEST(SecretMask, KnowsHowToolsSpellASecret) {
   };
   for (const auto& [name, secret, text, shown] : cases)
     EXPECT_EQ(MaskedBy(secret, text), shown) << name;
+}
+
+TEST(Base64, ReadsBackOnlyWhatItWrites) {
+  for (const auto& [bytes, text] :
+       {std::pair("", u""), {"f", u"Zg=="}, {"fo", u"Zm8="}, {"foo", u"Zm9v"}, {"fo\xFF/", u"Zm//Lw=="}}) {
+    EXPECT_EQ(ToBase64(bytes), text);
+    EXPECT_EQ(FromBase64(text), bytes);
+  }
+  for (const auto* text : {u"Zg=", u"Zg", u"Zh==", u"Z===", u"Zg==Zg==", u"Zm9*", u"===="})
+    EXPECT_EQ(FromBase64(text), std::nullopt);
 }
 
 // The bits of a secret are spread over characters that it shares with what stands around it.

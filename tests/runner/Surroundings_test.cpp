@@ -36,6 +36,12 @@ TEST(Surroundings, ReadTheWorkingCopyFromTheFilesOfGit) {
       {"a packed one", packed, other, "b"},
       {"a commit by itself", TFiles{{"copy/.git/HEAD", one + "\n"}}, one, ""},
       {"a worktree", worktree, other, "b"},
+      {"a long one", TFiles{{"copy/.git/HEAD", std::string(64, '9') + "\n"}}, std::string(64, '9'), ""},
+      {"one of 39 digits", TFiles{{"copy/.git/HEAD", std::string(39, 'f') + "\n"}}, "", ""},
+      {"one with other letters", TFiles{{"copy/.git/HEAD", std::string(39, '0') + "g\n"}}, "", ""},
+      {"one that is no branch",
+       TFiles{{"copy/.git/HEAD", "ref: refs/tags/t\n"}, {"copy/.git/packed-refs", one + " refs/tags/t\n"}},
+       one, "refs/tags/t"},
       {"what is no commit", TFiles{{"copy/.git/HEAD", "../../etc/passwd\n"}}, "", ""},
   };
   for (const TCase& c : cases) {

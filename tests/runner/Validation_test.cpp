@@ -31,7 +31,33 @@ TEST_F(Validation, TellsWhatEachActionSaysAgainstItself) {
   Host.AddStep(u"", u"None", &loop);
   Host.AddStep(u"throws", u"Wild");
   Host.AddStep(u"good", u"Good");
-  EXPECT_THAT(Found(), ElementsAre("None/Text: A text has not been set", "Wild/: cannot validate"));
+  TStepAction::Deeds()[u"validate mute"] = [](TStepAction&) { return false; };
+  Host.AddStep(u"mute", u"Mute");
+  EXPECT_THAT(Found(), ElementsAre("None/Text: A text has not been set", "Wild/: cannot validate",
+                                   "Mute/: The settings are not valid."));
+}
+
+class TChangeAction : public TStepAction {
+public:
+  void GetFilesToChange(text::TStringList& files) override { files.Add(Text); }
+};
+
+TEST_F(Validation, TellsWhichFilesWillBeChangedAndWhichCannot) {
+  Host.Services.RegisterAction(u"CHANGE", u"Tests", ClassNamed<TChangeAction>(u"TChangeAction"));
+  const auto add = [this](std::u16string_view name, const std::u16string& file, TActionNode* loop) {
+    TActionNode& node = Host.Project().AddAction(u"CHANGE", loop);
+    node.SetName(name);
+    node.Set(u"Text", file);
+  };
+  add(u"good", Host.Write("a.txt", ""), nullptr);
+  add(u"hush!", Host.Path("hush!/b.txt"), &Host.AddLoop({}));
+  TStepAction& step = Host.AddStep(u"good");
+  step.Secret = step.EncryptString(u"hush!");
+  EXPECT_EQ(Host.Runner.FilesToChange(), (text::TStringList{Host.Path("a.txt"), Host.Path("hush!/b.txt")}));
+  const auto notes = Host.Runner.CheckFilesToChange();
+  ASSERT_EQ(notes.size(), 1U);
+  EXPECT_EQ(notes[0].Action, u"***");
+  EXPECT_THAT(text::ToUtf8(notes[0].Message), testing::HasSubstr("***"));
 }
 
 TEST_F(Validation, LooksAtEachReferenceByItself) {

@@ -91,6 +91,10 @@ TEST_F(Verdict, IsStrictUntilTheUserSaysOtherwise) {
       const std::string failure = row.Deed != nullptr ? "failed (" + rule : "failed";
       EXPECT_EQ(Run(), severity.empty() ? failure : "succeeded");
       EXPECT_EQ(IsSuccess(Host->Report.Result), !severity.empty());
+      if (row.Deed == nullptr) {
+        EXPECT_EQ(Host->Report.Counts,
+                  (TProblemCounts{severity.empty() ? 1 : 0, severity == u"warning" ? 1 : 0}));
+      }
       const bool isSaid = testing::Value(Host->Sink.Lines, Contains(EndsWith(mark + row.Message)));
       EXPECT_EQ(isSaid, !mark.empty());
       if (isSaid && row.Deed != nullptr) {

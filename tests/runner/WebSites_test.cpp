@@ -14,6 +14,7 @@ constexpr std::string_view Config = R"(<configuration><system.applicationHost><s
   <application path="/"><virtualDirectory path="/" physicalPath="%SystemDrive%\inetpub\%kx_unknown%"/></application>
   <application path="/MyWeb">
     <virtualDirectory path="/" physicalPath="D:\100%\web"/><virtualDirectory path="/img" physicalPath="E:\"/>
+    <virtualDirectory path="/w" physicalPath="%SystemRoot%\%windir%|%"/>
   </application>
 </site></sites></system.applicationHost></configuration>)";
 
@@ -31,7 +32,14 @@ TEST(WebSites, AreFoundInTheServersConfiguration) {
       {"IIS://h/W3SVC/3/root/myweb", "IIsWebVirtualDir D:\\100%\\web"},
       {"IIS://h/w3svc/3/ROOT/MyWeb/img", "IIsWebVirtualDir E:\\"},
       {"IIS://h/w3svc/3/ROOT/MyWebs/a", "IIsWebDirectory "},
+      {"IIS://h/w3svc/3/ROOT/MyWeb/w", "IIsWebVirtualDir C:\\Windows\\C:\\Windows|%"},
+      {"IIS://h/w3svc/3/ROOT/My", "IIsWebDirectory "},
       {"IIS://h/w3svc/2/ROOT/MyWeb", "nothing"},
+      {"IIX://h/w3svc/3/ROOT/MyWeb", "nothing"},
+      {"IIS://h/w4svc/3/ROOT/MyWeb", "nothing"},
+      {"IIS://h/w3svc/3/ROO/MyWeb", "nothing"},
+      {"IIS://h/w3svc/x/ROOT/MyWeb", "nothing"},
+      {"IIS://h/w3svc/3", "nothing"},
   };
   for (const auto& [name, object] : cases)
     EXPECT_EQ(find(name), object);
