@@ -112,6 +112,13 @@ TEST_F(TSolutionIteratorTest, TellsItsPassesAndWhichOfThemComeFirst) {
     }
     EXPECT_EQ(text, expected) << text::ToUtf8(solution);
   }
+  text::TStringList files;
+  for (const auto* solution : {u"%Loop%", u"", u"App/App.sln"}) {
+    loop_.Solution = solution;
+    loop_.GetFilesToRead(files);
+  }
+  EXPECT_EQ(files, text::TStringList{folder_.Path("App/App.sln")});
+  EXPECT_EQ(loop_.GetFormattedDescription(), u"VS.NET Solution Iterator [ App/App.sln ]");
   EXPECT_TRUE(host_.Log().empty());
 }
 

@@ -17,6 +17,7 @@ namespace {
 std::string Shown(const TKxArrayOfMSTestResult& results) {
   std::string text;
   for (const auto& result : results) {
+    if (!result.Executed) text += "not run: ";
     text +=
         (result.Passed ? "+" : "-") + text::ToUtf8(result.TestName) + " " + std::to_string(result.Duration);
     if (result.StartTime) text += " from " + text::ToUtf8(DateTimeText(*result.StartTime));
