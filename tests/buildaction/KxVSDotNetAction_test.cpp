@@ -65,6 +65,34 @@ TEST_F(BuildAction, KeepsThePasswordEncrypted) {
   EXPECT_TRUE(alone.GetWebDAVPassword().empty() && alone.IsWebDAVPasswordLost());
 }
 
+TEST_F(BuildAction, TellsHostsOfItselfAndItsVariables) {
+  const auto listed = [this](auto... how) {
+    text::TStringList names;
+    action_->CollectLocalVariables(names, how...);
+    return text::ToUtf8(names.GetCommaText());
+  };
+  EXPECT_EQ(listed(false, false), "CURRENTCONFIGNAME,CURRENTPLATFORMNAME");
+  EXPECT_EQ(listed(true, false), "CURRENTCONFIGNAME=btString,CURRENTPLATFORMNAME=btString");
+  EXPECT_EQ(listed(false, true), "\"CURRENTCONFIGNAME=The currently building configuration name\","
+                                 "\"CURRENTPLATFORMNAME=btString=The currently building platform name\"");
+  Execute();
+  std::u16string name, platform, other;
+  EXPECT_TRUE(action_->GetLocalVariableValue(u"currentConfigName", name));
+  EXPECT_TRUE(action_->GetLocalVariableValue(u"CURRENTPLATFORMNAME", platform));
+  EXPECT_FALSE(action_->GetLocalVariableValue(u"CURRENT", other));
+  EXPECT_EQ(name + u"|" + platform + other, u"Debug|Any CPU");
+  text::TStringList hidden, aliases, help, needs;
+  action_->GetHiddenProperties(hidden);
+  action_->GetPropertyAlias(aliases);
+  action_->GetPropertyHelp(help);
+  action_->GetRequirements(needs);
+  EXPECT_TRUE(hidden.IndexOf(u"BuildType") && !hidden.IndexOf(u"Solution"));
+  EXPECT_TRUE(aliases.Value(u"UseMSBuild") == u"Use MSBuild" &&
+              !help.Value(u"ExtraMSBuildProperties").empty());
+  EXPECT_EQ(needs, text::TStringList{u"vs2008"});
+  EXPECT_TRUE(action_->GetFormattedDescription().ends_with(u" [ App.sln ]"));
+}
+
 TEST_F(BuildAction, TellsWhatItsSettingsLack) {
   const std::string framework =
       ".NET Framework Settings: The selected version of the .NET Framework was not found.";
