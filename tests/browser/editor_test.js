@@ -932,11 +932,12 @@ test("numbers are stepped, choices go back to what they were, and folders are ch
     assert.equal(await number.inputValue(), "9");
     await save(page);
     holds(editor.read("p.kxproj"), "<WMIWebsiteNum>9<");
+    await answerSlowly(page, { pattern: "**/api/set" });
     await page.locator("[data-field=rbNetworkShare]").check();
     await page.locator("[data-field=edtShare]").fill("share");
     await page.locator("[data-field=rbNetworkShare]").press("Control+Delete");
     await hasValue(page, "edtShare", "wwwroot$");
-    assert.ok(await page.locator("[data-field=rbWMI]").isChecked());
+    await page.locator("[data-field=rbWMI]:checked").waitFor();
     await turnTo(page, "Paths");
     await page.locator(".with-buttons:has([data-field=OutputDirectory]) button[aria-label^=Browse]").click();
     const dialog = page.locator("dialog");

@@ -219,7 +219,7 @@ export class Form {
   onKey(event) {
     if (event.key !== "Delete" || !event.ctrlKey) return;
     const row = this.rows.find((one) => one.element.contains(event.target));
-    if (!row || row.reset.hidden) return;
+    if (!row || (row.reset.hidden && this.underWay === 0)) return; // what is on its way may change it
     event.preventDefault();
     this.reset(row);
   }
