@@ -253,6 +253,8 @@ test("groups stand in the tree around their actions, are renamed, entered and le
     await hasValue(page, "MemoAssemblies", "");
     await page.keyboard.press("Alt+ArrowRight");
     await page.locator("#tree [aria-level='2'][aria-selected=true]", { hasText: "Tests" }).waitFor();
+    await answerSlowly(page, { pattern: "**/api/validate", milliseconds: 1500 });
+    const isChecked = page.waitForResponse(/api.validate/);
     await page.getByLabel("Name of the action").fill("Prüfen");
     await save(page);
     holds(
@@ -260,7 +262,12 @@ test("groups stand in the tree around their actions, are renamed, entered and le
       `<Group Name="Werkzeuge é"> <!-- both -->\n    <Action Type="DEVENV"`,
       `<Action Type="MSTEST" Name="Prüfen" Needs="Werkzeuge é"/>\n    </Group>`,
     );
-    await row("Prüfen").dragTo(row("Werkzeuge é"), { targetPosition: { x: 40, y: 2 } });
+    await row("Prüfen").hover();
+    await page.mouse.down();
+    for (const y of [6, 2]) await row("Werkzeuge é").hover({ position: { x: 40, y } });
+    await isChecked; // its marks do not take the row away that is being dragged
+    await page.waitForTimeout(200);
+    await page.mouse.up();
     await page.locator("[aria-level='1']", { hasText: "Prüfen" }).waitFor();
     await command(page, "Put the action into a new group");
     await page.locator("dialog").getByLabel("Name of the group").fill("Zuerst");
@@ -867,6 +874,7 @@ test("the palette leads to what it names, keys go between the views, and the hel
     await page.waitForSelector("[data-field=MemoAssemblies]:focus");
     await pick("übers", "Übersetzen");
     await selected("Übersetzen");
+    await settled(page); // its pages are there
     await pick("@override comp", "Override Compiler");
     await page.waitForSelector("[data-field=OverrideCompiler]:focus");
     for (const state of ["hidden", "visible"]) {

@@ -10,7 +10,7 @@ import { ProblemsView } from "./problems.js";
 import { ProjectView } from "./project.js";
 import { RunView } from "./run.js";
 import { TestsView } from "./tests.js";
-import { attempt, inTurn } from "./turns.js";
+import { attempt, inTurn, whenLetGo } from "./turns.js";
 import { currentView, onView, showView, startViews, views } from "./views.js";
 
 let brief = {};
@@ -138,6 +138,7 @@ async function lookForProblems() {
       checkSoon();
       return undefined;
     }
+    await whenLetGo();
     problems = answer.entries;
     project.showProblems(problems);
     wrong.setSettings(problems);
@@ -288,7 +289,8 @@ function paletteGroups() {
     run: () => project.add(type.type),
   }));
   const { form, tree } = project;
-  const properties = (form.id === undefined ? [] : form.pages).flatMap((page, index) =>
+  const isShown = form.id !== undefined && form.id === tree.selected; // the pages may still be those of the action before
+  const properties = (isShown ? form.pages : []).flatMap((page, index) =>
     page.fields
       .filter((field) => field.name && field.label)
       .map((field) => ({ text: field.label, more: page.name, run: () => project.goTo(tree.selected, index, field.name) })),

@@ -15,6 +15,9 @@ export class Tree {
     this.selected = undefined;
     this.typed = undefined; // for the field that Enter leads to, while it is not there yet
     element.addEventListener("keydown", (event) => this.onKey(event));
+    element.addEventListener("pointerdown", () => {
+      this.dragged = undefined; // a row that went during its drag does not tell of its end
+    });
   }
 
   show(nodes, selected) {
@@ -28,10 +31,11 @@ export class Tree {
     if (hadFocus) this.focusSelected();
   }
 
-  // The ids of actions that something is wrong with.
+  // The ids of actions that something is wrong with. Rows stay where they are as long as the mouse drags one.
   mark(ids) {
+    if (ids.size === this.problems.size && [...ids].every((id) => this.problems.has(id))) return;
     this.problems = ids;
-    this.show(this.nodes, this.selected);
+    if (!this.dragged) this.show(this.nodes, this.selected);
   }
 
   collect(nodes, level, parent) {
@@ -99,6 +103,7 @@ export class Tree {
     });
     item.addEventListener("dragend", () => {
       this.dragged = undefined;
+      this.show(this.nodes, this.selected);
     });
     item.addEventListener("dragover", (event) => {
       if (!mayDrop()) return;
