@@ -339,9 +339,11 @@ TEST(AssemblyInfo, EndsLinesAsItsLanguageDoes) {
 TEST(AssemblyInfo, AFileThatIsNoSourceOrNotThereHasNoAttributes) {
   const tests::TTemporaryFolder folder;
   const std::string source = "[assembly: AssemblyTitle(\"a\")]\n";
+  const std::string wide = "\xFF\xFE" + text::ToUtf16LE(text::FromUtf8(source));
   TAssemblyInfoInventories inventories;
   for (const auto& [file, presence] :
        {std::pair(folder.Write("a.cs", source), TAssemblyInfoPresence::Certain),
+        std::pair(folder.Write("w.cs", wide), TAssemblyInfoPresence::Certain),
         std::pair(folder.Write("a.txt", source), TAssemblyInfoPresence::Absent),
         std::pair(folder.Path("b.cs"), TAssemblyInfoPresence::Absent)})
     EXPECT_EQ(inventories.Of(file).Find(u"AssemblyTitle"), presence) << text::ToUtf8(file);

@@ -499,6 +499,15 @@ test("what was not saved is offered again, a new file is not called saved, and m
     await again.locator("#message", { hasText: "cannot go further" }).waitFor();
     await again.click("#show-variables");
     await again.locator("#message:empty").waitFor({ state: "attached" });
+    const silence = again.locator("#message.error", { hasText: "does not answer" });
+    await again.context().setOffline(true);
+    await again.click("#undo");
+    await silence.waitFor();
+    await again.click("#show-project");
+    assert.ok(await silence.isVisible(), "only an answer takes that back");
+    await again.context().setOffline(false);
+    await again.click("#undo");
+    await again.locator("#message:empty").waitFor({ state: "attached" });
     editor.file = `${editor.folder}/new.kxproj`;
     const fresh = await startAgain(again, editor);
     await fresh.waitForSelector("#dirty:text-is('not saved yet')");

@@ -68,7 +68,8 @@ TEST(PartsLog, APartThatEndsOtherwiseThanItsLogSaysHasFailed) {
     const tests::TTemporaryFolder folder;
     TTold told;
     IRunEventSink* const sink = &told;
-    TPartsLog log({&sink, 1}, std::chrono::system_clock::now());
+    const auto began = std::chrono::system_clock::now() - std::chrono::hours(1);
+    TPartsLog log({&sink, 1}, began);
     TEndedPart part{.Place = {}, .Action = {u"A", u"STEP", u"A", u"", 0, {}}};
     part.Log = WriteLog(folder, row.Log);
     part.Outcome = row.Outcome;
@@ -76,6 +77,8 @@ TEST(PartsLog, APartThatEndsOtherwiseThanItsLogSaysHasFailed) {
     EXPECT_NE(text::ToUtf8(told.Text).find(row.Said), std::string::npos) << text::ToUtf8(told.Text);
     const TRunReport report = log.Take();
     EXPECT_EQ(report.Result, row.Kind);
+    EXPECT_EQ(report.Began, began);
+    EXPECT_GE(report.Elapsed, std::chrono::hours(1)) << "the time of the whole run";
     EXPECT_EQ(report.Actions.at(0).Name, u"A");
     EXPECT_EQ(report.Counts.Errors > 0, told.Text.find(u"error: ") != std::u16string::npos);
     EXPECT_EQ(report.Counts.Warnings, static_cast<int>(row.Outcome.Errors.size()));
