@@ -146,7 +146,7 @@ class TGitHubMatrices {
 public:
   explicit TGitHubMatrices(const TEnginePlan& plan) : plan_(plan), mayFail_(plan.MayFail()) {
     FindLevels();
-    while (CountCopies() > MostGitHubJobs)
+    while (CountCopies() + 1 > MostGitHubJobs) // the report is a job too
       if (++share_ > plan.Count())
         throw EKxException(
             u"A workflow holds at most 256 jobs, and the parts of this plan wait for each other in a "
