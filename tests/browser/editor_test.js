@@ -348,6 +348,7 @@ test("what is typed while the page is drawn anew stays", async () => {
       for (let i = 0; i < 5; i += 1) assert.ok(await box.isChecked(), "it stays ticked");
       await settled(page);
       assert.ok(await box.isChecked());
+      await page.locator(".changed", { has: box }).waitFor();
       await page.keyboard.press("Control+Delete"); // back to the default
       await page.locator("[data-field=OverrideCompiler]:not(:checked)").waitFor();
 

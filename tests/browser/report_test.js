@@ -42,6 +42,7 @@ test("a report filters, groups, leads to its log and is read by anybody", async 
     await page.reload();
     assert.deepEqual(await page.locator(".f:not([hidden]) code").allTextContents(), ["CS0168"]);
     await page.selectOption("#problem-group", "rule");
+    await page.reload(); // and it is still grouped
     await page.click("[data-severity='']");
     await page.fill("#problem-find", "nothing like it");
     await page.click("#clear");
