@@ -725,6 +725,7 @@ test("a stop in the middle leaves no process, and the program ends without losin
     async (page, editor) => {
       await page.click("#start");
       await page.locator("#log", { hasText: "Compiling" }).waitFor();
+      await page.locator("#run-title", { hasText: /^Running: Übersetzen$/ }).waitFor();
       assert.equal(await page.locator("#save").isDisabled(), true);
       const pidFile = `${editor.folder}/tool/pid`;
       while (!fs.existsSync(pidFile) || !editor.read("tool/pid").endsWith("\n")) await page.waitForTimeout(50);
