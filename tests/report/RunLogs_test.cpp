@@ -54,6 +54,7 @@ std::vector<TRunEvent> Events(milliseconds began, TResultKind kind, const std::u
   TRunReport report{.Result = kind, .Counts = {seed, 1}, .Tests = {1, 2, 3}, .Elapsed = milliseconds(100)};
   report.Began = Start + began;
   report.MoreFindings = 4;
+  report.IsPartial = kind != TResultKind::Failed;
   report.Root = root;
   report.File = u"f";
   report.Surroundings = {u"machine", u"system", u"commit", u"branch", u"line", {u"tool"}};
@@ -114,6 +115,7 @@ TEST_F(RunLogs, BecomeOneRun) {
   ASSERT_TRUE(Read(WriteLog("c.jsonl", Events(milliseconds(40), TResultKind::Ignored, u"/r", true))));
   const TRunReport report = Logs.Take();
   EXPECT_EQ(report.Result, TResultKind::Failed);
+  EXPECT_TRUE(report.IsPartial) << "as one of them is";
   EXPECT_EQ(report.Began, Start + milliseconds(10));
   EXPECT_EQ(report.Elapsed, milliseconds(160));
   EXPECT_EQ(std::pair(report.Root, report.File), std::pair(std::u16string(), std::u16string()));
