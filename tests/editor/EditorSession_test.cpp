@@ -558,7 +558,8 @@ TEST_F(EditorSession, ARunLogsShowsPlacesAndGivesItsNumbersBack) {
   const TJson run = Do("runs")["runs"][0];
   EXPECT_EQ(run["errors"], 1);
   EXPECT_EQ(run["stopped"], false);
-  EXPECT_EQ(run["metrics"][0]["value"], 2);
+  EXPECT_EQ(run["metrics"][0].dump(),
+            R"({"action":"Step","category":"Compiler","configuration":"","name":"Warnings","value":2})");
   RunToTheEnd({{"dryRun", true}});
   EXPECT_THAT(folder_.Read("p.kxproj"), HasSubstr("<Number>2</Number>"));
   TStepAction::Deeds()[u"count"] = [&](TStepAction& action) {

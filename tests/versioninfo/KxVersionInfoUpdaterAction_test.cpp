@@ -99,6 +99,11 @@ TEST_F(Updater, NamesAScriptThatItRefusesAndWhatItLoses) {
   folder_.Write("app.rc", "#include <winver.h>\n1 VERSIONINFO\nFILETYPE 0x2L\nBEGIN\nEND\n");
   EXPECT_TRUE(action_.Execute());
   EXPECT_THAT(host_.Log(), ElementsAre(HasSubstr("app.rc: stamping changes FILETYPE 0x2L to 0x1L")));
+  host_.ClearLog();
+  folder_.Write("app.rc",
+                "\xEF\xBB\xBF#include <winver.h>\n1 VERSIONINFO\nBEGIN\nEND\n// \xF0\x9F\x98\x80\n");
+  EXPECT_TRUE(action_.Execute());
+  EXPECT_THAT(host_.Log(), ElementsAre(StartsWith("2 Warning : 1 character of ")));
 }
 
 TEST_F(Updater, TellsBeforehandWhichFileItChanges) {
