@@ -83,10 +83,16 @@ TEST(BuildLog, SumsUpAWholeLog) {
     log.Feed(line);
   const auto verdict = log.Verdict();
   EXPECT_FALSE(verdict.Failed);
+  EXPECT_TRUE(verdict.HasMSBuildSummary && !verdict.HasDevEnvSummary);
   EXPECT_THAT(verdict.Statuses, testing::ElementsAre(2, 1, 1, 1));
   EXPECT_THAT(verdict.Metrics,
               testing::ElementsAre(std::pair(TBuildCount::Warnings, 1), std::pair(TBuildCount::Errors, 2)));
   EXPECT_EQ(std::pair(verdict.Errors, verdict.Warnings), std::pair(std::int64_t{2}, std::int64_t{1}));
+  TBuildLog other(false, TVSDotNetVersion::vs2003);
+  for (const auto line : {u"complete -- 0 errors, 0", u"Build: 0 succeeded, 1 failed, 0 skipped"})
+    other.Feed(line);
+  const auto failed = other.Verdict();
+  EXPECT_TRUE(failed.Failed && failed.HasDevEnvSummary && !failed.HasMSBuildSummary);
 }
 
 } // namespace

@@ -85,6 +85,10 @@ TEST_F(TTablePagesTest, TheGeneralFormLeavesOutWhatIsHiddenAndKeepsTheGroups) {
                    u"Extra MSBuild Properties|Other Properties|");
   EXPECT_THAT(NamesWhere(page, [](const auto& field) { return field.Kind == TKxFieldKind::Secret; }),
               ElementsAre("WebDAVPassword"));
+  page.SetValue(u"WebDAVPassword", u"geheim");
+  EXPECT_NE(page.Field(u"WebDAVPassword").Value, u"geheim");
+  page.WriteActionData();
+  EXPECT_EQ(action_.GetWebDAVPassword(), u"geheim");
   for (const auto* name : {"BuildType", "CompilerErrorCount"})
     EXPECT_THAT(NamesWhere(page, [](const auto&) { return true; }), testing::Not(testing::Contains(name)));
 }

@@ -40,6 +40,9 @@ TEST_F(Validation, TellsWhatEachActionSaysAgainstItself) {
 class TChangeAction : public TStepAction {
 public:
   void GetFilesToChange(text::TStringList& files) override { files.Add(Text); }
+  void LookAhead(IKxActionValidationError& /*errors*/) override {
+    if (Text.empty()) throw EKxException(u"no file to look at");
+  }
 };
 
 TEST_F(Validation, TellsWhichFilesWillBeChangedAndWhichCannot) {
@@ -49,7 +52,9 @@ TEST_F(Validation, TellsWhichFilesWillBeChangedAndWhichCannot) {
     node.SetName(name);
     node.Set(u"Text", file);
   };
-  add(u"good", Host.Write("a.txt", ""), nullptr);
+  add(u"none", u"", nullptr);
+  EXPECT_THAT(Found(), testing::Contains("none/: no file to look at"));
+  Host.Project().FindNamed(u"none")->Set(u"Text", Host.Write("a.txt", ""));
   add(u"hush!", Host.Path("hush!/b.txt"), &Host.AddLoop({}));
   TStepAction& step = Host.AddStep(u"good");
   step.Secret = step.EncryptString(u"hush!");
