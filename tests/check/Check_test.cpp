@@ -467,6 +467,8 @@ TEST(Check, SaysWhatTheUserHasMadeOfItsRules) {
   TChecker checker(levels);
   checker.CheckSolution(file);
   EXPECT_EQ(checker.TakeFindings().at(0).Severity, TFindingSeverity::Note);
+  checker.CheckSolution(folder.Path("none.sln"));
+  EXPECT_EQ(checker.TakeFindings().size(), 1U) << "it is not there";
   const TCheckRule& rule = RequireCheckRule(u"SOLUTION-CYCLE");
   for (const auto* name : {u"off", u"note", u"warning", u"error"}) {
     levels.Set(u"solution-cycle=" + std::u16string(name));

@@ -128,7 +128,9 @@ TEST_F(TSolutionIteratorTest, WhatFailsIsSaidAndNothingRuns) {
       {u"%Root%/no.sln", "3 Solution not found : DIR/no.sln"},
       {u"mutual.sln",
        "3 Failed to load solution file : Solution has invalid circular dependancies between : B and A"},
+      {u"torn.sln", "2 Warning : reading stopped in DIR/torn.sln, line 3."},
   };
+  folder_.Write("torn.sln", Solution("Project(\"x\") = \"A\"\n"));
   host_.Children = [](TKxBaseIterator&) -> bool { throw std::logic_error("a child ran"); };
   for (const auto& [solution, last] : cases) {
     loop_.Solution = solution;

@@ -64,6 +64,7 @@ TEST_F(TTablePagesTest, KindsItemsAndRulesComeFromTheTable) {
   editor_.Open(page, action_);
   Type(page, u"OverrideWarnings=True&SelectedWarningsAsErrors=True");
   EXPECT_TRUE(page.Field(u"WarningsAsErrors").Enabled && !page.Field(u"DisableWarnings").Enabled);
+  EXPECT_THAT(page.Field(u"TargetFramework").Items, testing::Contains(u".NET Framework 3.5"));
   Type(page, u"OverrideWarnings=False&LogLevel=Diagnostic&ExtraMSBuildProperties=A=1\nB=2&MaxCPUs=4x");
   EXPECT_FALSE(page.Field(u"WarningsAsErrors").Enabled);
   EXPECT_EQ(FailureOf([&] { page.WriteActionData(); }), "\"Max CPUs\" takes a whole number, not \"4x\".");
