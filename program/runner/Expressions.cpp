@@ -50,11 +50,12 @@ public:
     if (loopVariables_ != nullptr && loopVariables_->contains(name)) RefuseBeforeRun(name);
     auto value = variables_.Find(name);
     if (!value) return std::nullopt;
-    if (value->MayHoldReferences) {
-      Enter(name);
-      value->Text = Expand(value->Text);
-      under_.pop_back();
-    }
+    if (!value->MayHoldReferences) return std::move(value->Text);
+    Enter(name);
+    const bool isPlain = value->Text.find_first_of(u"%$") == value->Text.npos;
+    if (!isPlain) value->Text = Expand(value->Text);
+    under_.pop_back();
+    if (isPlain) return std::move(value->Text);
     return expanded_.emplace(name, std::move(value->Text)).first->second;
   }
 
@@ -149,7 +150,7 @@ private:
   TExpressionTally& tally_;
   const TVariableNames* loopVariables_;
   std::vector<std::u16string> under_; // the variables whose values are being expanded
-  TByName<std::u16string> expanded_;
+  TByName<std::u16string> expanded_; // the values that held references
 };
 
 } // namespace

@@ -10,6 +10,8 @@ namespace kx {
 
 namespace {
 
+constexpr std::size_t MostGoneThrough = 16; // values of a section
+
 bool IsQuoted(std::u16string_view value) {
   return value.size() >= 2 && value.front() == u'"' && value.back() == u'"';
 }
@@ -51,12 +53,33 @@ bool TIniText::TLine::IsOfSection() const {
   return !Key.empty() || text::TrimLeft(Text).starts_with(u'[');
 }
 
-bool TIniText::TValueName::operator==(const TValueName& other) const {
-  return Section == other.Section && text::EqualsIgnoreCase(Key, other.Key);
+std::optional<TIniText::TLines::iterator> TIniText::TSection::Find(std::u16string_view key) const {
+  if (Index != nullptr) {
+    const auto found = Index->find(key);
+    return found == Index->end() ? std::nullopt : std::optional(found->second);
+  }
+  const auto found = std::ranges::find_if(
+      Values, [key](const TLines::iterator line) { return text::EqualsIgnoreCase(line->Key, key); });
+  return found == Values.end() ? std::nullopt : std::optional(*found);
 }
 
-std::size_t TIniText::TValueNameHash::operator()(const TValueName& name) const {
-  return text::IgnoreCaseHash{}(name.Key) ^ std::hash<const void*>{}(name.Section);
+void TIniText::TSection::Add(TLines::iterator line) {
+  Values.push_back(line);
+  if (Index != nullptr) {
+    Index->try_emplace(line->Key, line);
+  } else if (Values.size() > MostGoneThrough) {
+    Index = std::make_unique<TIndex>();
+    for (const TLines::iterator value : Values)
+      Index->try_emplace(value->Key, value);
+  }
+}
+
+void TIniText::TSection::Remove(TLines::iterator line) {
+  std::erase(Values, line);
+  if (Index == nullptr) return;
+  Index->erase(line->Key);
+  for (const TLines::iterator other : Values)
+    if (text::EqualsIgnoreCase(other->Key, line->Key)) Index->try_emplace(other->Key, other);
 }
 
 // What is wrong with the line, or null.
@@ -85,7 +108,7 @@ const char16_t* TIniText::Read(TLine& line, TSection*& section) {
 
 void TIniText::Parse(std::u16string_view text, std::u16string_view fileName) {
   *this = {};
-  values_.reserve(static_cast<std::size_t>(std::ranges::count(text, u'\n')));
+  sections_.reserve(static_cast<std::size_t>(std::ranges::count(text, u'[')));
   TSection* section = nullptr;
   while (!text.empty()) {
     const std::size_t feed = text.find(u'\n');
@@ -126,18 +149,13 @@ TIniText::TSection* TIniText::AddSection(std::u16string_view name) {
 std::optional<TIniText::TLines::iterator> TIniText::Find(std::u16string_view section,
                                                          std::u16string_view key) const {
   const auto in = sections_.find(section);
-  if (in == sections_.end()) return std::nullopt;
-  const auto found = values_.find({&in->second, key});
-  if (found == values_.end()) return std::nullopt;
-  return found->second;
+  return in == sections_.end() ? std::nullopt : in->second.Find(key);
 }
 
 void TIniText::Note(TLines::iterator line, TSection& section) {
   if (!line->IsOfSection()) return;
   section.Last = line;
-  if (line->Key.empty()) return;
-  section.Values.push_back(line);
-  values_.try_emplace({&section, line->Key}, line);
+  if (!line->Key.empty()) section.Add(line);
 }
 
 std::optional<std::u16string> TIniText::Get(std::u16string_view section, std::u16string_view key) const {
@@ -187,10 +205,7 @@ void TIniText::Remove(std::u16string_view section, std::u16string_view key) {
   if (!found) return;
   const TLines::iterator line = *found;
   TSection& in = *FindSection(section);
-  values_.erase({&in, key});
-  std::erase(in.Values, line);
-  for (const TLines::iterator other : in.Values)
-    if (text::EqualsIgnoreCase(other->Key, key)) values_.try_emplace({&in, other->Key}, other);
+  in.Remove(line);
   // Its first header stands before all of its values.
   while (in.Last == line || !in.Last->IsOfSection() || in.Last->Section != &in)
     --in.Last;
@@ -202,7 +217,7 @@ std::vector<std::u16string> TIniText::Keys(std::u16string_view section) const {
   const auto in = sections_.find(section);
   if (in == sections_.end()) return keys;
   for (const TLines::iterator line : in->second.Values)
-    if (values_.find({&in->second, line->Key})->second == line) keys.push_back(line->Key);
+    if (in->second.Find(line->Key) == line) keys.push_back(line->Key);
   return keys;
 }
 

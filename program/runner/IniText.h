@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <list>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -50,30 +51,29 @@ private:
     bool IsOfSection() const; // its header or one of its values
   };
   using TLines = std::list<TLine>;
+  // The first line of each key. A file of many sections has few keys in each: a table for each of them, or
+  // one for all, would be several times as large as the file.
+  using TIndex =
+      std::unordered_map<std::u16string_view, TLines::iterator, text::IgnoreCaseHash, text::IgnoreCaseEqual>;
   struct TSection {
     TLines::iterator Last;                // its last value or header
     std::vector<TLines::iterator> Values; // in the order of the file
-  };
-  struct TValueName {
-    const TSection* Section = nullptr;
-    std::u16string_view Key; // of the line
-    bool operator==(const TValueName& other) const;
-  };
-  struct TValueNameHash {
-    std::size_t operator()(const TValueName& name) const;
+    std::unique_ptr<TIndex> Index;        // of a section that is too large to be gone through
+    std::optional<TLines::iterator> Find(std::u16string_view key) const;
+    void Add(TLines::iterator line);
+    void Remove(TLines::iterator line);
   };
 
   const char16_t* Read(TLine& line, TSection*& section);
   TSection* FindSection(std::u16string_view name);
   TSection* AddSection(std::u16string_view name);
   std::optional<TLines::iterator> Find(std::u16string_view section, std::u16string_view key) const;
-  void Note(TLines::iterator line, TSection& section);
+  static void Note(TLines::iterator line, TSection& section);
   TLines::iterator Insert(TLines::iterator before, TLine line);
   TSection& WriteHeader(std::u16string_view section);
 
   TLines lines_;
   std::unordered_map<std::u16string, TSection, text::IgnoreCaseHash, text::IgnoreCaseEqual> sections_;
-  std::unordered_map<TValueName, TLines::iterator, TValueNameHash> values_; // the first of each name
   std::vector<std::u16string_view> names_; // of the sections, in the order of the file
 };
 

@@ -66,6 +66,11 @@ TProjectVariables::TProjectVariables(std::initializer_list<TProjectVariable> var
     Set(variable);
 }
 
+void TProjectVariables::Reserve(std::size_t count) {
+  variables_.reserve(count);
+  places_.reserve(count);
+}
+
 void TProjectVariables::Set(TProjectVariable variable) {
   const auto [place, isNew] = places_.try_emplace(variable.Name, variables_.size());
   if (isNew) {

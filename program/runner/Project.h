@@ -36,6 +36,7 @@ public:
   TProjectVariables() = default;
   TProjectVariables(std::initializer_list<TProjectVariable> variables);
 
+  void Reserve(std::size_t count);
   void Set(TProjectVariable variable);                          // takes the place of one that has its name
   const TProjectVariable* Find(std::u16string_view name) const; // null when there is none
 

@@ -97,6 +97,7 @@ private:
   void ReadVariables(const TProjectElement& list) {
     CheckAttributes(list, {});
     CheckChildren(list, {u"Variable"});
+    project_.Variables.Reserve(list.Children.size());
     for (const auto& element : list.Children) {
       CheckAttributes(element, {u"Name"});
       CheckIsText(element);
