@@ -1,11 +1,10 @@
 #include "contract/Iterator.h"
-#include "contract/Pages.h"
+#include "contract/LookAhead.h"
 #include "contract/ProcessActions.h"
 #include "contract/Services.h"
 #include "tests/support/BareAction.h"
 #include "tests/support/Failure.h"
 #include "tests/support/RecordingHost.h"
-#include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -38,12 +37,12 @@ protected:
 
 class TLoop : public tests::TBareAction<TKxBaseIterator> {
 public:
-  int Passes = 0;
+  int Number = 0;
   bool Loaded = true;
 
 protected:
   bool BeforeFirstIteration() override {
-    SetIterationCount(Passes);
+    if (Number > 0) SetIterationCount(Number);
     return Loaded;
   }
   std::u16string GetCurrentValue() override { return u"v" + text::FromInteger(GetCurrentIteration()); }
@@ -141,7 +140,7 @@ TEST_F(Actions, ALoopSetsItsVariableForEachPassAndEndsAtTheFirstFailureOrAStop) 
     TLoop loop;
     loop.Attach(host_);
     loop.SetLoopVariable(u"Item");
-    loop.Passes = row.Passes;
+    loop.Number = row.Passes;
     loop.Loaded = row.Loaded;
     EXPECT_EQ(loop.Execute(), row.Succeeds);
     EXPECT_EQ(host_.Log(), row.Log);
@@ -151,8 +150,8 @@ TEST_F(Actions, ALoopSetsItsVariableForEachPassAndEndsAtTheFirstFailureOrAStop) 
 
 TEST_F(Actions, ALoopVariableThatNoTextCanReadIsFoundBeforehand) {
   const std::pair<std::u16string, std::size_t> cases[] = {
-      {u"Item", 0}, {u"", 0},    {u"a.b_1", 0}, {u"\u00C9l\u00E9ment", 0},
-      {u"a b", 1},  {u"a-b", 1}, {u"%a%", 1},   {u" a", 1},
+      {u"Item", 0}, {u"", 0},    {u"a.b_1", 0}, {u"\u00C9l\u00E9ment", 0}, {u"azAZ09\u00C0", 0}, {u"a b", 1},
+      {u"a-b", 1},  {u"%a%", 1}, {u" a", 1},    {u"a\u00BF", 1},
   };
   for (const auto& [name, entries] : cases) {
     TLoop loop;
@@ -161,16 +160,89 @@ TEST_F(Actions, ALoopVariableThatNoTextCanReadIsFoundBeforehand) {
     loop.LookAhead(errors);
     EXPECT_EQ(errors.Entries.size(), entries) << text::ToUtf8(name);
   }
+  EXPECT_FALSE(IsVariableName(u""));
 }
 
-TEST(Pages, AChosenFileGetsItsExtensionAndIsNoFolder) {
-  const tests::TTemporaryFolder folder;
-  folder.Write("there");
-  const std::pair<const char*, const char*> rows[] = {{"a", "a.sln"}, {"a.b", "a.b"}, {"there", "there"}};
-  for (const auto& [chosen, file] : rows)
-    EXPECT_EQ(KxChosenFile(folder.Path(chosen), u".sln"), folder.Path(file));
-  EXPECT_EQ(folder.Plain(tests::FailureOf([&] { KxChosenFile(folder.Path(), u".sln"); })),
-            "\"DIR\" is a folder. Choose a file.");
+TEST_F(Actions, ALoopMakesOnePassAloneAndCountsAnewEachTime) {
+  const struct {
+    int Number, OnlyPass;
+    bool Succeeds;
+    std::vector<std::string> Log;
+  } cases[] = {
+      {3, 2, true, {"= Item v2"}},
+      {3, 3, true, {"= Item v3"}},
+      {3, 4, false, {"3 There is no pass 4 any more: the loop has 3."}},
+      {1, 1, true, {"= Item v1"}},
+      {0, 0, true, {"! empty-loop The loop has no pass: there is nothing to go through."}},
+  };
+  TLoop loop;
+  loop.Attach(host_);
+  loop.SetLoopVariable(u"Item");
+  for (const auto& row : cases) {
+    host_.ClearLog();
+    loop.Number = row.Number;
+    loop.SetOnlyPass(row.OnlyPass);
+    EXPECT_EQ(loop.Execute(), row.Succeeds);
+    EXPECT_EQ(host_.Log(), row.Log);
+  }
+}
+
+TEST_F(Actions, ValuesStandInQuotesWhereTheyMust) {
+  const std::tuple<TCommandLineOption, std::u16string_view, std::u16string_view> cases[] = {
+      {TCommandLineOption::Plain, u"a b\\", u"/x /s:a b\\"},
+      {TCommandLineOption::QuoteValue, u"a", u"/x /s:a"},
+      {TCommandLineOption::QuoteValue, u"a b", u"/x /s:\"a b\""},
+      {TCommandLineOption::QuoteValue, u"a\\", u"/x /s:\"a\\\\\""},
+      {TCommandLineOption::QuoteValue, u"", u"/x /s:"},
+  };
+  TKxCommandLineBuilder builder;
+  for (const auto& [option, value, text] : cases) {
+    builder.Reset(0);
+    builder.Add(u"/x", u"", TCommandLineOption::QuoteValue);
+    builder.Add(u"/s:", value, option);
+    EXPECT_EQ(builder.Text(), text);
+  }
+}
+
+TEST_F(Actions, TellTheirHostWhatTheyDo) {
+  TTool tool;
+  EXPECT_EQ(tool.GetDescription(), u"Bare");
+  tool.Attach(host_);
+  tool.SendMetricInt(u"Tests", u"Passed", 3);
+  tool.SendMetricString(u"Tests", u"Name", u"x");
+  tool.StartConfiguration(u"Release");
+  tool.EndConfiguration(TKxOutcome::koSucceeded);
+  tool.StartProject(u"a.csproj");
+  tool.EndProject(u"a.csproj", false);
+  host_.Play({.StdOut = {u"out"}, .ExitCode = 1, .StdErr = {u"err"}});
+  EXPECT_FALSE(tool.Execute());
+  EXPECT_THAT(host_.Log(),
+              ElementsAre("# Tests Passed 3", "# Tests Name x", "[ Release", "] 0",
+                          "0 Running C:\\bin\\tool.exe with parameters : /nologo /in:\"a b.dll\" "
+                          "/dir:\"C:\\x\\\\\"",
+                          "$ tool.exe", "0 out", "0 err", "3 C:\\bin\\tool.exe returned Error code : 1"));
+  EXPECT_THAT(host_.Projects, ElementsAre("> a.csproj", "! a.csproj"));
+  EXPECT_EQ(tool.DecryptString(tool.EncryptString(u"s")), u"s");
+  EXPECT_EQ(tool.FullProjectPath(u"C:\\a"), u"C:\\a");
+}
+
+TEST(AskingScope, GivesWhatWasReadLastForTheSameKey) {
+  int reads = 0;
+  const auto read = [&reads](const std::u16string& key) {
+    return *std::static_pointer_cast<int>(
+        TKxAskingScope::Read(key, [&reads] { return std::make_shared<int>(++reads); }));
+  };
+  EXPECT_EQ(read(u"a") * 10 + read(u"a"), 12) << "without a scope each is read";
+  const TKxAskingScope outer;
+  EXPECT_EQ(read(u"a") * 10 + read(u"a"), 33);
+  {
+    const TKxAskingScope inner;
+    EXPECT_EQ(read(u"a") * 100 + read(u"b") * 10 + read(u"a"), 456);
+    EXPECT_THROW(TKxAskingScope::Read(u"c", []() -> std::shared_ptr<void> { throw EKxException(u"no"); }),
+                 EKxException);
+    EXPECT_EQ(read(u"a"), 7) << "what raised is no answer to anything";
+  }
+  EXPECT_EQ(read(u"a"), 3);
 }
 
 TEST(Services, AMissingOneIsNamed) {
