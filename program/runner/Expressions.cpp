@@ -150,7 +150,7 @@ private:
   TExpressionTally& tally_;
   const TVariableNames* loopVariables_;
   std::vector<std::u16string> under_; // the variables whose values are being expanded
-  TByName<std::u16string> expanded_; // the values that held references
+  TByName<std::u16string> expanded_;  // the values that held references
 };
 
 } // namespace
