@@ -143,8 +143,8 @@ private:
     for (;;) {
       const std::size_t open = text.find(u"$(");
       const std::size_t close = text.find(u')', std::min(open, text.size()));
+      if (close == std::u16string_view::npos) return out.append(text);
       out += text.substr(0, open);
-      if (open == std::u16string_view::npos || close == std::u16string_view::npos) return out;
       const std::u16string_view name = text.substr(open + 2, close - open - 2);
       out +=
           name == u"MSBuildThisFileDirectory" ? text::ExtractFilePath(file) : std::u16string(Property(name));

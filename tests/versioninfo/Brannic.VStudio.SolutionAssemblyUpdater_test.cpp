@@ -249,7 +249,7 @@ TEST(ReadProjectSources, ListsWhatIsCompiledAndWhatTheBuildWrites) {
       {"p.csproj", Compiling("*.cs;?.vb"), "a.cs b.vb|"},
       {"p.csproj", "<Compile Include='**\\*.cs' Exclude='bin/**;o*\\*;sub\\x\\*'/>", "a.cs sub/c.cs|"},
       {"p.csproj", Compiling("s?b\\*;*\\x\\*.c*"), "sub/c.cs sub/x/y.cs|"},
-      {"p.csproj", Compiling("a.cs;A.cs; ;$(No)b.vb"), "a.cs b.vb|"},
+      {"p.csproj", Compiling("a.cs;A.cs; ;$(No)b.vb;x$(D.cs"), "a.cs b.vb x$(D.cs|"},
       {"p.csproj", Compiling("%61.cs;%6z.cs;%z1.cs;100%2"), "a.cs %6z.cs %z1.cs 100%2|"},
       {"p.csproj",
        "<Project><PropertyGroup><D>sub</D><D Condition='x'>no</D><E Condition='x'>c</E></PropertyGroup>" +
