@@ -232,7 +232,6 @@ void TEditedProject::Replace(std::string text) {
   std::string before = text_;
   Show(std::move(text));
   Remember(before, {});
-  lastEdit_.clear();
 }
 
 TActionNode& TEditedProject::AddAction(std::u16string_view type, const TRowPath& at) {
@@ -338,7 +337,6 @@ void TEditedProject::Reload(std::string present) {
   disk_ = std::move(present);
   saved_ = *disk_;
   Remember(before, {});
-  lastEdit_.clear();
 }
 
 } // namespace kx::editor
