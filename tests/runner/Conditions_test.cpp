@@ -32,13 +32,28 @@ TEST(Conditions, HoldOrDoNot) {
              u"1.9.0 > 1.10.0; %Empty%a%Ten% == a10; Main == \"main\"; \"a \"\"b\"\"\" == 'a \"b\"'; "
              u"'100%' == \"100%%\"; %Text% == 'two words) and \"'; $(F(\"a b\")) == called; "
              u"true or true and false; not (false and false); not not yes AND NOT no; "
-             u"'and' == and1 or 'or' == \"OR\""},
-      {false, u"No; 0; %Empty%; 9007199254740993 == 9007199254740992; %Ten% < 9; %Ten%>10; %Ten% != \"10\"; "
-              u"'' == ''''; 1.9 < 1.10; 1.9.0 < 1.10.0; "
-              u"(true or true) and false; not false and false"}};
+             u"'and' == and1 or 'or' == \"OR\"; ' 10 ' == 10; '' < 5; 00 == 0.0; 10 < 9a; 5 < x; "
+             u"true\nor\rfalse; \"a\"%Empty%\"b\" == ab; \"a\"b\"c\" == abc; \"a\"'b' == ab; a\"\" == a"},
+      {false,
+       u"No; 0; %Empty%; 9007199254740993 == 9007199254740992; %Ten% < 9; %Ten%>10; %Ten% != \"10\"; "
+       u"'' == ''''; 1.9 < 1.10; 1.9.0 < 1.10.0; "
+       u"(true or true) and false; not false and false; false and true; 5- < 10; x < 5; 5 < ''; 10 > 010; "
+       u"-1 > .5; %Empty%=='0'"}};
   for (const auto& [holds, list] : lists)
     for (const auto condition : text::Split(list, u';'))
       EXPECT_EQ(Holds(condition), holds) << text::ToUtf8(condition);
+}
+
+TEST(Conditions, AreAsLongAndNestedAsAnybodyWritesThem) {
+  const auto nested = [](std::size_t levels) {
+    return std::u16string(levels, u'(') + u"true" + std::u16string(levels, u')');
+  };
+  EXPECT_TRUE(Holds(nested(99)));
+  EXPECT_EQ(FailureOf([&] { static_cast<void>(Holds(nested(100))); }), "The condition is nested too deeply.");
+  std::u16string many = u"true";
+  for (int i = 0; i < 150; ++i)
+    many += u" and true";
+  EXPECT_TRUE(Holds(many));
 }
 
 TEST(Conditions, SayWhereTheyAreWrong) {
@@ -54,6 +69,11 @@ TEST(Conditions, SayWhereTheyAreWrong) {
       {u"true and or false", "Behind \"true and\" a value is expected, not \"or\"."},
       {u"1 < 2 < 3", "Behind \"1 < 2\" an operator, \"and\" or \"or\" is expected, not \"<\"."},
       {u"a == \"b", "The quote \" is not closed."},
+      {u"\"a\" \"b\"", "Behind \"a\" an operator, \"and\" or \"or\" is expected, not \"b\"."},
+      {u"(a == b c", "Behind \"a == b\" \")\" is expected, not \"c\"."},
+      {u"a === b", "Behind \"a ==\" a value is expected, not \"=\"."},
+      {u"(=1)", "Behind \"(\" a value is expected, not \"=\"."},
+      {u"1.2.3", "\"1.2.3\" is neither true nor false. Compare it: %Name% == \"1.2.3\"."},
       {u"maybe", "\"maybe\" is neither true nor false. Compare it: %Name% == \"maybe\"."},
       {u"true or %Nothing%", "Unknown name."},
       {deep, "The condition is nested too deeply."},

@@ -44,6 +44,11 @@ TEST(IniText, ChangesOnlyWhatIsSet) {
           {"a section in pieces grows at its last one", u"[S]\nK=1\n[T]\nL=2\n[s]\n;c\n[T]\n", u"L", u"3",
            u"[S]\nK=1\n[T]\nL=2\n[s]\nL=3\n;c\n[T]\n"},
           {"blanks at the ends need quotes", u"[S]\nK=1\n", u"K", u" a ", u"[S]\nK=\" a \"\n"},
+          {"a quote alone is one", u"[S]\n", u"K", u"\"", u"[S]\nK=\"\n"},
+          {"a quote at the beginning", u"[S]\n", u"K", u"\"a", u"[S]\nK=\"a\n"},
+          {"a quote at the end", u"[S]\n", u"K", u"a\"", u"[S]\nK=a\"\n"},
+          {"a comment ends the text", u"; a", u"K", u"1", u"; a\n\n[S]\nK=1\n"},
+          {"a blank line ends it", u"[T]\n\n", u"K", u"1", u"[T]\n\n[S]\nK=1\n"},
           {"quotes in quotes", u"[S]\n", u"K", u"\"a\"", u"[S]\nK=\"\"a\"\"\n"},
       };
   for (const auto& [name, before, key, value, after] : cases) {
@@ -61,6 +66,10 @@ TEST(IniText, RefusesWhatItCouldNotReadBack) {
       {u"", u"K", u"v", "The section name \"\"" + end},
       {u" S", u"K", u"v", "The section name \" S\"" + end},
       {u"S\n", u"K", u"v", "The section name \"S\n\"" + end},
+      {u"S\r", u"K", u"v", "The section name \"S\r\"" + end},
+      {u"S", u"K\nL", u"v", "The key \"K\nL\"" + end},
+      {u"S", u"#K", u"v", "The key \"#K\"" + end},
+      {u"S", u"[K", u"v", "The key \"[K\"" + end},
       {u"S", u"", u"v", "The key \"\"" + end},
       {u"S", u"a=b", u"v", "The key \"a=b\"" + end},
       {u"S", u";K", u"v", "The key \";K\"" + end},
@@ -70,6 +79,30 @@ TEST(IniText, RefusesWhatItCouldNotReadBack) {
   };
   for (const auto& [section, key, value, message] : cases)
     EXPECT_EQ(FailureOf([&] { TIniText().Set(section, key, value); }), message);
+}
+
+TEST(IniText, KnowsSectionsOfManyKeys) {
+  std::u16string text = u"[S]\n";
+  for (int i = 0; i < 40; ++i)
+    text += u"K" + text::FromInteger(i) + u"=" + text::FromInteger(i) + u"\n";
+  auto ini = Parsed(text + u"k3=again\nk3=third\n[T]\nK3=other\n");
+  const auto values = [&ini] {
+    std::string found;
+    for (const auto* key : {u"k0", u"K3", u"K16", u"K17", u"K39", u"K40", u"New"})
+      found += text::ToUtf8(ini.Get(u"s", key).value_or(u"-")) + " ";
+    return found;
+  };
+  EXPECT_EQ(values(), "0 3 16 17 39 - - ");
+  ini.Set(u"S", u"k17", u"x");
+  ini.Set(u"S", u"New", u"y");
+  ini.Remove(u"S", u"K3");
+  EXPECT_EQ(values(), "0 again 16 x 39 - y ");
+  ini.Remove(u"S", u"K3");
+  ini.Remove(u"S", u"new");
+  ini.Remove(u"S", u"K16");
+  EXPECT_EQ(values(), "0 third - x 39 - - ");
+  ini.Parse(u"[S]\nK0=1\n", u"options.ini");
+  EXPECT_EQ(values(), "1 - - - - - - ") << "nothing is left of another text";
 }
 
 TEST(IniText, KnowsWhereItsSectionsEndWhenValuesGo) {

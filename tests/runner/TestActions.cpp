@@ -11,7 +11,8 @@ TRunSettings SettingsIn(const TTemporaryFolder& folder, bool dryRun, TRuleSettin
   return {{{u"FromCommandLine", u"set"}, {u"Both", u"command line"}, {u"Nested", u"<%FromCommandLine%>"}},
           folder.Path("keys"),
           dryRun,
-          std::move(rules)};
+          std::move(rules),
+          u"kxhost run p.kxproj"};
 }
 
 } // namespace

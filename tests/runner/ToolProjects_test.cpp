@@ -58,6 +58,26 @@ TEST(ToolProjects, AreToldByWhatToolsPrint) {
       {u"Project \"/x/App.sln\" (default target(s)):\n\tProject \"/x/App.csproj\" (default "
        u"target(s)):\nMain.cs(3,4): error CS0103: no\nDone building project \"App.csproj\".-- FAILED\n",
        "App  failed 1e 0w 2+2\n"},
+      {u"     1>Project \"/x/App.sln\" on node 1 (Build target(s)).\n   1:2>Project \"/x/A.csproj\" (2) on "
+       u"node 1 "
+       u"(default targets)\n2>a.cs(1): error CS1: x [/x/A.csproj]\n2>Project \"/x/A.csproj\" on node 1 "
+       u"(Clean "
+       u"target):\n2>Done Building Project \"/x/A.csproj\" (Clean target) -- FAILED.\n2>Done Building "
+       u"Project "
+       u"\"/x/A.csproj\" (default targets).\n2>Done Building Project \"/x/A.csproj\" (default "
+       u"targets).\nProject \"/x/S.metaproj\" on node 1 (default targets).\nProject \"/x/B.csproj\" (7) on "
+       u"node 1\nDone \"\nDone B.csproj\"\n\n \n1>",
+       "A  failed 1e 0w 2+4\n"},
+      {u"Projet \"C:\\x\\A.csproj\" (2) sur le noud 1 (cibles par defaut).\nG\u00E9n\u00E9ration du projet "
+       u"\"C:\\x\\a.CSPROJ\" termin\u00E9e (cibles par d\u00E9faut) -- \u00C9CHEC.\nProjet "
+       u"\"C:\\x\\A.csproj\" "
+       u"(cibles).\n\nx\ny\nG\u00E9n\u00E9ration du projet \"A.csproj\" termin\u00E9e.\n",
+       "A  failed 0e 0w 3+4\n"},
+      {u"------ Build started: Project: A, Configuration: Debug ------\na\n------ Skipped Build: Project: A, "
+       u"Configuration: Debug ------\nb\n------ Ignor\u00E9 : Projet : B, Configuration : Debug "
+       u"------\nc\n2>------ "
+       u"Build started: Project: C, Configuration: Debug ------\n2>x\ny\n-- end\n2>late.cs(1): error CS1: z",
+       "A Debug succeeded 0e 0w 1+1\nB Debug nothing to do 0e 0w 5+0\nC Debug succeeded 0e 0w 7+1\n"},
       {u"Project \"x\" was saved.\n------ no heading ------\n=====\nDone \"with\" it", ""},
   };
   for (const auto& [output, told] : cases)
