@@ -221,6 +221,110 @@ const TCase Escapes[] = {
      {{u"AssemblyTitle", u""}}},
 };
 
+const TAssemblyInfoValues Version{{u"AssemblyVersion", u"2.0"}};
+const TAssemblyInfoValues Both{{u"AssemblyTitle", u"T"}, {u"AssemblyVersion", u"2.0"}};
+const TAssemblyInfoValues Strange{{u"AssemblyTitle", u"a\"b\\c\x01{}"}, {u"Own", u"x"}};
+
+// What compilers of one language take for blank, for a comment or for code, and those of another do not.
+const TCase Oddities[] = {
+    {"F# that is a comment alone", FSharp,
+     "(* c *)~~\r^[<assembly: System.Reflection.AssemblyTitle(\"a\\\"b\\\\c\\u0001{}\")>]\r^do ()\r^~",
+     Strange},
+    {"a line of F# ends at any line separator", FSharp,
+     "  [<Own(\"a\" + \"b\") >]\r^namespace global~~\r^[<assembly: "
+     "System.Reflection.AssemblyTitle(\"a\\\"b\\\\c\\u0001{}\")>]~\u2028let f' = 1 ",
+     Strange},
+    {"a tag without a value, and code behind it", JSharp,
+     "  /** @assembly Assembly\\u0054itle(~~\"T\") */\r^  /** @assembly "
+     "System.Reflection.AssemblyVersion(\"2.0\"~) */;\302\205import System.*; ",
+     Both},
+    {"J# reads no conditions, and an open bracket takes all tags", JSharp,
+     "import System.Reflection.*;#if A^/** @assembly AssemblyTitle(typeof(X)^ * @assembly  new int[]{1}^ * "
+     "@assembly  \"a{0}\")^ * @assembly Assembly\\u0054itle */\032~~^/** @assembly AssemblyVersion(\"2.0\") "
+     "*/~",
+     Version},
+    {"a comment of Basic that is a word alone, a constant without value", VisualBasic,
+     R"(REM^#Const X=^~~<Assembly: System.Reflection.AssemblyVersion("2.0")>^~)", Version},
+    {"an import behind code that goes on", JSharp,
+     "#!x^import java.io.*;~~^import System.Reflection.*;^/** @assembly AssemblyVersion(\"2.0\") */~\\^// "
+     "c^/** @assembly AssemblyTitle(\"~a\\x41\" @assembly  R\"(x)~T~\") @assembly  AssemblyTitle(@\"a\"\"b\" "
+     "*/\032",
+     Both},
+    {"C++: lines that go on, and a comment of two lines", Cpp,
+     "[assembly:: AssemblyTitle(\"a{0}\"), AssemblyTitle(version: $@\"a{b}c\"), "
+     "global::System.Reflection.AssemblyVersion(typeof(X), new int[]{1}, $\"{{}}\")]^using namespace "
+     "System::Reflection;\\^#include <x>\t~~^[assembly:AssemblyVersionAttribute(\"2.0\")];~/* a^ b "
+     "*/\302\205namespace R = System::Reflection;^",
+     Version},
+    {"a tag whose bracket is not closed is none", JSharp,
+     R"(~~/** @assembly System.Reflection.AssemblyTitle("a\"b\\c\001{}") */^~/** @assembly ``AssemblyTitle``(X = 1^ * @assembly  nameof(X)) */)",
+     Strange},
+    {"F# has an operator that looks like a comment", FSharp,
+     "\uFEFF~~[<assembly: System.Reflection.AssemblyVersion(\"2.0\")>]\r^~(*) x", Version},
+    {"C++: blank lines of CR, and an argument that is an expression", Cpp,
+     "#!x^// c \\\r\r/* a^ b "
+     "*/~~\r[assembly:System::Reflection::AssemblyTitleAttribute(\"a\\\"b\\\\c\\001{}\")];~\r[assembly : "
+     "global::System.Reflection.AssemblyVersion(\"a\"\"b\"), Own(~typeof(X)~\"x\"~, new int[]{1}, \"1.0\"), "
+     "``AssemblyTitle``(L\"w\")] ",
+     Strange},
+    {"a comment of Basic directly behind its word", VisualBasic,
+     "REM' c _ ~~\r^<Assembly: System.Reflection.AssemblyVersion(\"2.0\")>\r^~", Version},
+    {"C++: a guard, an #include and the end of file mark", Cpp,
+     "~~[assembly:System::Reflection::AssemblyTitleAttribute(\"a\\\"b\\\\c\\001{}\")];^~[Assembly: "
+     "AssemblyTitle(version: 'c')]^#ifndef G^#include <x>\032",
+     Strange},
+    {"F#: conditions that are never closed", FSharp,
+     "~~[<assembly: System.Reflection.AssemblyTitle(\"a\\\"b\\\\c\\u0001{}\")>]^do ()^~#else\\^#if A\032",
+     Strange},
+    {"F#: names of another letter case are others", FSharp,
+     "[<assembly:assemblytitle;global::System.Reflection.AssemblyVersion(~version: "
+     "X~\"2.0\"~)>]\r^~~[<assembly:global::System.Reflection.AssemblyTitle(\"T\")>]\r^~",
+     Both},
+    {"Basic: the next line, and a statement on a line of its own", VisualBasic,
+     "REM\302\205~~<Assembly: System.Reflection.AssemblyTitle(\"T\")>^<Assembly: "
+     "System.Reflection.AssemblyVersion(\"2.0\")>^~#Else^: <Assembly: Own(\"x\")>^",
+     Both},
+    {"C++: a dot is no scope", Cpp,
+     R"([assembly: R.AssemblyVersion()];^~~[assembly: System::Reflection::AssemblyVersionAttribute("2.0")];^~)",
+     Version},
+    {"J#: no line behind the last comment", JSharp,
+     "\r^/** @module AssemblyTitle(version: \"a\\x41\") */ ~~\r^/** @assembly "
+     "System.Reflection.AssemblyTitle(\"T\") */\r^/** @assembly System.Reflection.AssemblyVersion(\"2.0\") "
+     "*/\r^~",
+     Both},
+    {"Basic: an alias that is not conditional", VisualBasic,
+     "\uFEFF#If X Or True Then^^\302\205Imports R=System.Reflection~~^<Assembly: "
+     "System.Reflection.AssemblyVersion(\"2.0\")>~ : Imports B",
+     Version},
+    {"Basic: a character without a spelling", VisualBasic,
+     "Imports System~~\rImports System.Reflection\r<Assembly: AssemblyTitle(\"a\"\"b\\c\" & "
+     "Microsoft.VisualBasic.ChrW(1) & \"{}\")>~\r<module: AssemblyTitle(\"a\\^b\") >\r<assembly: "
+     "Own(~$~~\"~{{}}~x~\")\r",
+     Strange},
+    {"C#: an alias behind the last section", CSharp,
+     "#!x^namespace N;^[module: Own(@\"a\\\") ]^^/* c */^using @R=System.Reflection;\032~~^[assembly: "
+     "System.Reflection.AssemblyVersion(\"2.0\")]~",
+     Version},
+    {"J#: a package alone", JSharp,
+     "package p;~~\r^/** @assembly System.Reflection.AssemblyVersion(\"2.0\") */~", Version},
+    {"F#: a module without a body", FSharp,
+     "~~[<assembly: System.Reflection.AssemblyVersion(\"2.0\")>]\r~module M =\r", Version},
+    {"Basic: a condition without Then", VisualBasic,
+     R"(#!x^#If True^Imports System^~~Imports System.Reflection^<Assembly: AssemblyTitle("a""b\c" & Microsoft.VisualBasic.ChrW(1) & "{}")>^~)",
+     Strange},
+    {"C++: behind an #include with its comment", Cpp,
+     "#include \"y.h\"\t// c^~~[assembly:System::Reflection::AssemblyVersionAttribute(\"2.0\")];^~^/* a^ b "
+     "*/",
+     Version},
+    {"C++: an alias of the namespace from the root", Cpp,
+     "namespace "
+     "R=::System::Reflection;~~\r^[assembly:System::Reflection::AssemblyTitleAttribute(\"a\\\"b\\\\c\\001{}"
+     "\")];~",
+     Strange},
+    {"Basic knows no strings of another kind", VisualBasic,
+     "<assembly: AssemblyTitle(~@~~\"a\"\"b~~\\c\" & Microsoft.VisualBasic.ChrW(1) & \"{}~\")>\032", Strange},
+};
+
 TEST(AssemblyInfo, ChangesEverySpellingAndNothingThatLooksLikeOne) {
   std::ranges::for_each(Spellings, Check);
   std::ranges::for_each(Escapes, Check);
@@ -228,6 +332,11 @@ TEST(AssemblyInfo, ChangesEverySpellingAndNothingThatLooksLikeOne) {
 
 TEST(AssemblyInfo, AddsWhatIsMissing) {
   std::ranges::for_each(Additions, Check);
+}
+
+TEST(AssemblyInfo, FindsItsPlaceInOddSources) {
+  for (const auto& row : Oddities)
+    Check(row);
 }
 
 TEST(AssemblyInfo, KeepsEncodingAndStrayBytes) {
