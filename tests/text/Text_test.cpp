@@ -23,11 +23,14 @@ TEST(FoldCase, PairsCapitalAndSmallLettersAndIsStable) {
     EXPECT_EQ(FoldCase(capitals[i]), smalls[i]) << std::hex << unsigned{smalls[i]};
   for (const char16_t c : std::u16string_view(u"@[`{0 ×÷ßµſİı€‰日"))
     EXPECT_EQ(FoldCase(c), c);
+  int letters = 0;
   for (unsigned c = 0; c < 0x10000; ++c) {
     const char16_t folded = FoldCase(static_cast<char16_t>(c));
+    letters += folded != c ? 1 : 0;
     ASSERT_EQ(FoldCase(folded), folded) << std::hex << c;
     ASSERT_EQ(c < 0x80, folded < 0x80) << std::hex << c;
   }
+  EXPECT_EQ(letters, 565) << "no more and no fewer, whatever stands between the first and the last of a range";
 }
 
 TEST(Comparisons, IgnoreLetterCase) {
