@@ -309,6 +309,105 @@ AssemblyVersion : 1.2.3.4
 )");
 }
 
+TEST_F(HtmlPages, ShowARunWithoutTestsAndProjectsWhole) {
+  Send(0, TActionEnded{}); // of nothing
+  const auto finding = [](const char16_t* file, TFindingSeverity severity, const char16_t* print,
+                          int line = 0) {
+    return TFinding{.Rule = u"r",
+                    .Severity = severity,
+                    .Message = print,
+                    .Place = {file, line},
+                    .Fingerprint = print,
+                    .Steps = {{{file, 0}, u"here"}}};
+  };
+  using enum TFindingSeverity;
+  TRunReport report{
+      .Result = Succeeded,
+      .Counts = {0, 4},
+      .Elapsed = milliseconds(500),
+      .Actions =
+          {{.Name = u"Build",
+            .Result = Succeeded,
+            .Counts = {0, 4},
+            .Elapsed = milliseconds(900),
+            .Configurations = {ConfigurationResult(u"Debug", Succeeded, {0, 4}, 0, 400),
+                               ConfigurationResult(u"Release", NothingToDo, {}, 400, 200),
+                               ConfigurationResult(u"Ship", Ignored, {}, 700, 190)}},
+           {.Name = u"Odd", .Result = Ignored, .Began = milliseconds(650), .Elapsed = milliseconds(20)}},
+      .Findings = {finding(u"a.cs", Warning, u"known of a"), finding(u"b.cs", Note, u"new of b", 9999),
+                   finding(u"b.cs", Warning, u"known of b"), finding(u"c.cs", Warning, u"other of c"),
+                   finding(u"a.cs", Warning, u"known too", 1)}};
+  TPast past{
+      .KnownSince = {{u"known of a", 0}, {u"known of b", 13}, {u"known too", 20}, {u"other of c", 12}}};
+  for (int i = 0; i < 14; ++i)
+    past.Runs.push_back(Past(i, i == 3 ? Failed : Succeeded, {i == 3 ? 1 : 0, i}, {}, i % 3));
+  for (int i = 0; i < 9; ++i)
+    past.Fixed.push_back(
+        {.Rule = i % 7 == 0 ? u"test-failed" : u"r", .Message = u"f" + text::FromInteger(i)});
+  report.Past = std::make_shared<TPast>(past);
+  const std::string page = Page(report);
+  EXPECT_EQ(Section(page, {}), R"(<div class=page>
+<nav class=contents aria-label=Contents tabindex=-1><a href=#problems>Problems <span>5</span></a><a href=#timeline>Timeline</a><a href=#results>Results</a><a href=#trends>Trends</a><a href=#log>Log</a><a href=#facts>Facts</a></nav>
+<main>
+<div class=head><div class=result><i class="i done" role=img aria-label="succeeded"></i><div><h1>Built 1 configuration in 0.50 s</h1><p class=lead>4 warnings. 1 action failed, which the project says not to mind.</p></div></div>
+<dl class=figures><div><dt><i class="i done"></i>Errors</dt><dd class=value>0</dd></div><div><dt><i class="i warning"></i>Warnings</dt><dd class=value>4</dd><dd>4 known, 7 fixed</div><div><dt><i class="i error"></i>Configurations</dt><dd class=value>1 <small>of 3 built</small></dd><dd>1 failed, 1 not built</dd></div><div><dt><i class="i clock"></i>Time</dt><dd class=value>0.50 s</dd><dd>0.50 s below the usual 1.00 s</dd></div></dl>
+</div>
+)");
+  EXPECT_EQ(Section(page, "problems"), R"(<section id=problems><h2>Problems</h2>
+<p>What several projects or configurations say is counted once. Compared with the run of 17 Oct 2024, 00:00:00 UTC.</p>
+<div class=tools hidden><input type=search id=problem-find placeholder="Search text, file or code" aria-label="Search problems"><div class=choice role=group aria-label=Severity><button data-severity="" aria-pressed=true>All</button><button data-severity="error" aria-pressed=false>Errors</button><button data-severity="warning" aria-pressed=false>Warnings</button></div><div class=choice role=group aria-label="Against the run before"><button data-novelty="" aria-pressed=true>All</button><button data-novelty="new" aria-pressed=false>New</button><button data-novelty="known" aria-pressed=false>Known</button><button data-novelty="fixed" aria-pressed=false>Fixed</button></div><label>Group by <select id=problem-group><option value=file>File<option value=rule>Rule<option value=project>Project</select></label><output id=problem-count></output></div>
+<div id=groups>
+<details class=group data-f="b.cs" data-p=""><summary><h3>b.cs</h3><span class=counts><span class=new>1 new</span><span><i class="i warning" role=img aria-label="warnings"></i>1</span><span><i class="i note" role=img aria-label="notes"></i>1</span></span></summary>
+<div class="f warning known"><span></span><code>r</code><details><summary>known of b</summary><ol><li>b.cs here</ol><p class=origin>since 17 Oct 2024, 1 run ago</details></div>
+<div class="f note new"><span>line 9999</span><code>r</code><details><summary>new of b</summary><ol><li>b.cs here</ol><p class=origin></details><b>new</b></div>
+</details>
+<details class=group data-f="a.cs" data-p=""><summary><h3>a.cs</h3><span class=counts><span><i class="i warning" role=img aria-label="warnings"></i>2</span></span></summary>
+<div class="f warning known"><span></span><code>r</code><details><summary>known of a</summary><ol><li>a.cs here</ol><p class=origin>since 4 Oct 2024, 14 runs ago</details></div>
+<div class="f warning known"><span>line 1</span><code>r</code><details><summary>known too</summary><ol><li>a.cs here</ol><p class=origin></details></div>
+</details>
+<details class=group data-f="c.cs" data-p=""><summary><h3>c.cs</h3><span class=counts><span><i class="i warning" role=img aria-label="warnings"></i>1</span></span></summary>
+<div class="f warning known"><span></span><code>r</code><details><summary>other of c</summary><ol><li>c.cs here</ol><p class=origin>since 16 Oct 2024, 2 runs ago</details></div>
+</details>
+<details class="group fixed"><summary><h3>Fixed since the run before</h3><span class=counts><span><i class="i done" role=img aria-label="fixed"></i>7</span></span></summary>
+<div class="f warning fixed"><span></span><code>r</code><span>f1</span></div>
+<div class="f warning fixed"><span></span><code>r</code><span>f2</span></div>
+<div class="f warning fixed"><span></span><code>r</code><span>f3</span></div>
+<div class="f warning fixed"><span></span><code>r</code><span>f4</span></div>
+<div class="f warning fixed"><span></span><code>r</code><span>f5</span></div>
+<div class="f warning fixed"><span></span><code>r</code><span>f6</span></div>
+<div class="f warning fixed"><span></span><code>r</code><span>f8</span></div>
+</details>
+</div>
+<p class=none id=no-problem hidden>No problem matches. <button id=clear>Clear</button></p>
+)");
+  EXPECT_EQ(Section(page, "timeline"), R"(<section id=timeline><h2>Timeline</h2>
+<div class=timeline><ol><li title="Actions">Actions<li title="Debug">Debug<li title="Release">Release<li title="Ship">Ship</ol>
+<svg height=8.00rem role=img aria-label="Timeline of the run; the table of results has the times">
+<line x1=0.00% x2=0.00% y1=1.25rem y2=8.00rem /><text x=0.00% y=.75rem>0.0 s</text>
+<line x1=22.22% x2=22.22% y1=1.25rem y2=8.00rem /><text class=odd x=22.22% y=.75rem text-anchor=middle>0.2 s</text>
+<line x1=44.44% x2=44.44% y1=1.25rem y2=8.00rem /><text x=44.44% y=.75rem text-anchor=middle>0.4 s</text>
+<line x1=66.67% x2=66.67% y1=1.25rem y2=8.00rem /><text class=odd x=66.67% y=.75rem text-anchor=middle>0.6 s</text>
+<line x1=88.89% x2=88.89% y1=1.25rem y2=8.00rem /><text x=88.89% y=.75rem text-anchor=middle>0.8 s</text>
+<g><title>Build: 0.90 s from 0.00 s, succeeded</title><rect class="bar outer" x=0.00% width=100.00% y=1.75rem height=1.06rem rx=3 /><text class="label" x=0.00% dx=.4375rem y=2.56rem>Build</text></g>
+<g><title>Build, Debug: 0.40 s from 0.00 s, succeeded</title><rect class="bar" x=0.00% width=44.44% y=3.38rem height=1.06rem rx=3 /><text class="label" x=0.00% dx=.4375rem y=4.19rem>0.40 s</text></g>
+<g><title>Build, Release: 0.20 s from 0.40 s, nothing to do</title><rect class="bar" x=44.44% width=22.22% y=5.00rem height=1.06rem rx=3 /><text class="label" x=44.44% dx=.4375rem y=5.81rem>0.20 s</text></g>
+<g><title>Build, Ship: 0.19 s from 0.70 s, ignored</title><rect class="bar failed" x=77.78% width=21.11% y=6.62rem height=1.06rem rx=3 /><text class="label failed" x=77.78% dx=.4375rem y=7.44rem>× 0.19 s</text></g>
+<g><title>Odd: 0.02 s from 0.65 s, ignored</title><rect class="bar failed" x=72.22% width=2.22% y=1.75rem height=1.06rem rx=3 /></g>
+</svg></div>
+<p class=key><span><i></i>ended well</span><span><i class=error></i>failed ×</span></p>
+)");
+  const std::string trends = Section(page, "trends");
+  EXPECT_EQ(trends.substr(0, trends.find("<details")), R"(<section id=trends><h2>Trends</h2>
+<p>The last 15 runs, this one at the end.</p>
+<div class=charts>
+<figure class=chart tabindex=0 role=group aria-label="Errors of the last 15 runs, 0 in this one; Left and Right read the others" data-column=2><figcaption><b>Errors</b> <output>0</output></figcaption><p class=y><span style=bottom:100.00%>2</span><span style=bottom:50.00%>1</span><span style=bottom:0.00%>0</span></p><div><svg viewBox="0 0 15 100" preserveAspectRatio=none aria-hidden=true><path class=grid d="M0 0h15M0 50h15"/><path class="error" d="M3.15 100h.7V50.00h-.7z"/><path class=here d=""/></svg></div><p class=x><span>4 Oct 2024</span><span>11 Oct 2024</span><span>this run</span></p></figure>
+<figure class=chart tabindex=0 role=group aria-label="Warnings of the last 15 runs, 4 in this one; Left and Right read the others" data-column=3><figcaption><b>Warnings</b> <output>4</output></figcaption><p class=y><span style=bottom:100.00%>20</span><span style=bottom:50.00%>10</span><span style=bottom:0.00%>0</span></p><div><svg viewBox="0 0 15 100" preserveAspectRatio=none aria-hidden=true><path class=grid d="M0 0h15M0 50h15"/><path class="plain" d="M1.15 100h.7V95.00h-.7z"/><path class="plain" d="M2.15 100h.7V90.00h-.7z"/><path class="plain" d="M3.15 100h.7V85.00h-.7z"/><path class="plain" d="M4.15 100h.7V80.00h-.7z"/><path class="plain" d="M5.15 100h.7V75.00h-.7z"/><path class="plain" d="M6.15 100h.7V70.00h-.7z"/><path class="plain" d="M7.15 100h.7V65.00h-.7z"/><path class="plain" d="M8.15 100h.7V60.00h-.7z"/><path class="plain" d="M9.15 100h.7V55.00h-.7z"/><path class="plain" d="M10.15 100h.7V50.00h-.7z"/><path class="plain" d="M11.15 100h.7V45.00h-.7z"/><path class="plain" d="M12.15 100h.7V40.00h-.7z"/><path class="plain" d="M13.15 100h.7V35.00h-.7z"/><path class="plain this" d="M14.15 100h.7V80.00h-.7z"/><path class=here d=""/></svg></div><p class=x><span>4 Oct 2024</span><span>11 Oct 2024</span><span>this run</span></p></figure>
+<figure class=chart tabindex=0 role=group aria-label="Time of the last 15 runs, 0.50 s in this one; Left and Right read the others" data-column=5><figcaption><b>Time</b> <output>0.50 s</output></figcaption><p class=y><span style=bottom:100.00%>2.00 s</span><span style=bottom:50.00%>1.00 s</span><span style=bottom:0.00%>0.00 s</span></p><div><svg viewBox="0 0 15 100" preserveAspectRatio=none aria-hidden=true><path class=grid d="M0 0h15M0 50h15"/><path class=line d="M0.50 100.00L1.50 50.00L2.50 0.00L3.50 100.00L4.50 50.00L5.50 0.00L6.50 100.00L7.50 50.00L8.50 0.00L9.50 100.00L10.50 50.00L11.50 0.00L12.50 100.00L13.50 50.00L14.50 75.00"/><path class=point d="M0.50 100.00h0M1.50 50.00h0M2.50 0.00h0M4.50 50.00h0M5.50 0.00h0M6.50 100.00h0M7.50 50.00h0M8.50 0.00h0M9.50 100.00h0M10.50 50.00h0M11.50 0.00h0M12.50 100.00h0M13.50 50.00h0M14.50 75.00h0"/><path class="point failed" d="M3.50 100.00h0"/><path class=here d=""/></svg></div><p class=x><span>4 Oct 2024</span><span>11 Oct 2024</span><span>this run</span></p></figure>
+</div>
+)");
+  EXPECT_EQ(Section(page, "tests"), "none");
+}
+
 TEST_F(HtmlPages, ShowADryRunAndOneThatDidNothingWhole) {
   Send(0, TMessageSent{u"would do"});
   EXPECT_EQ(Page({.Result = WouldRun, .Actions = {{.Name = u"A", .Result = WouldRun}}}), R"(<div class=page>
