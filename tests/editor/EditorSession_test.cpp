@@ -3,6 +3,7 @@
 #include "tests/editor/SessionFixture.h"
 
 #include <filesystem>
+#include <regex>
 #include <set>
 #include <thread>
 
@@ -273,6 +274,65 @@ TEST_F(EditorSession, WhatWasNotSavedIsOfferedAgainUntilItIsSaved) {
   EXPECT_EQ(folder_.Read("p.unsaved.kxproj"), "");
   EXPECT_EQ(Do("unsaved", {{"file", files[1]}})["unsaved"].size(), 0U);
   EXPECT_NE(Refusal("unsaved", {{"file", text::ToUtf8(folder_.Path("p.kxproj"))}}), "");
+}
+
+TEST_F(EditorSession, TellsItsPageWhatTheProjectHolds) {
+  // An object a line.
+  const auto plain = [this](const TJson& answer) {
+    static const std::regex starts(R"re(\},\{)re");
+    return folder_.Plain(std::regex_replace(answer.dump(), starts, "},\n{"));
+  };
+  folder_.Write("p.kxproj",
+                "<BuildProject><Variables><Variable Name='V'>1</Variable></Variables><PropertySets>"
+                "<PropertySet Name='R' Kind='Win32'><Value Name='MajorVersion'>3</Value></PropertySet>"
+                "</PropertySets><Actions><Action Type='STEP' Name='a' Condition='1 == 1' Needs=''/>"
+                "<Group Name='G' Needs='a'><Action Type='LOOP' Retries='2' TimeLimit='5m' Parallel='true'>"
+                "<LoopVariable>P</LoopVariable><Actions><Action Type='STEP' IdleLimit='9s'>"
+                "<Text>x</Text></Action></Actions></Action></Group><Group Name='H'/>"
+                "<Action Type='STEP' ContinueOnError='true'/></Actions></BuildProject>");
+  Open();
+  EXPECT_EQ(
+      plain(Do("state")),
+      R"({"answer":1,"canRedo":false,"canUndo":false,"dirty":false,"file":"DIR/p.kxproj","generation":1,"hasFile":true,"messages":[],"name":"","propertySets":[{"kind":"Win32","name":"R","values":[{"name":"MajorVersion","value":"3"}]}],"running":false,"tree":[{"id":"0","isLoop":false,"name":"a","type":"STEP","typeName":"Step"},
+{"children":[{"children":[{"id":"1/0","isLoop":false,"name":"","type":"STEP","typeName":"Step"}],"id":"1","isLoop":true,"name":"","type":"LOOP","typeName":"Loop"}],"id":"g0","isGroup":true,"name":"G","needs":"a","typeName":"Group"},
+{"children":[],"id":"g1","isGroup":true,"name":"H","needs":"","typeName":"Group"},
+{"id":"2","isLoop":false,"name":"","type":"STEP","typeName":"Step"}],"types":[{"category":"Tests","image":false,"isLoop":false,"name":"Step","type":"STEP"},
+{"category":"Tests","image":false,"isLoop":true,"name":"Loop","type":"LOOP"},
+{"category":"Compilers","image":true,"isLoop":false,"name":"Build VS.Net Solution","type":"DEVENV"},
+{"category":"Testing Tools","image":true,"isLoop":false,"name":"Run MSTest","type":"MSTEST"},
+{"category":"Compilers","image":true,"isLoop":false,"name":"Win32 Version Info Updater","type":"VERSIONINFO"},
+{"category":"Compilers","image":true,"isLoop":true,"name":"VS.NET Solution Iterator","type":"SOLUTIONITERATOR"}],"unsaved":[],"variables":[{"name":"V","value":"1"}]})");
+  EXPECT_EQ(
+      plain(Do("action", {{"id", "0"}})),
+      R"({"answer":2,"canRedo":false,"canUndo":false,"continueOnError":"","dirty":false,"generation":1,"hasFile":true,"id":"0","messages":[],"name":"a","pages":[{"fields":[{"buttons":[],"default":"","enabled":true,"error":"","filter":"","group":"","hint":"What is sent.","isSet":false,"items":[],"kind":"text","label":"Text","name":"Text","needs":"","offers":"","property":"Text","takesNewItems":false,"title":"","value":""},
+{"buttons":[],"default":"7","enabled":true,"error":"","filter":"","group":"","hint":"A number.","isSet":false,"items":[],"kind":"integer","label":"Number","name":"Number","needs":"","offers":"","property":"Number","takesNewItems":false,"title":"","value":"7"},
+{"buttons":[],"default":"False","enabled":true,"error":"","filter":"","group":"","hint":"A flag.","isSet":false,"items":[],"kind":"check","label":"Flag","name":"Flag","needs":"","offers":"","property":"Flag","takesNewItems":false,"title":"","value":"False"},
+{"buttons":[],"default":"Green","enabled":true,"error":"","filter":"","group":"","hint":"A colour.","isSet":false,"items":["Red","Green","Blue"],"kind":"dropdown","label":"Colour","name":"Colour","needs":"","offers":"","property":"Colour","takesNewItems":false,"title":"","value":"Green"},
+{"buttons":[],"default":"","enabled":true,"error":"","filter":"","group":"","hint":"Lines.","isSet":false,"items":[],"kind":"list","label":"Lines","name":"Lines","needs":"","offers":"","property":"Lines","takesNewItems":false,"title":"","value":""},
+{"buttons":[],"default":"","enabled":true,"error":"","filter":"","group":"","hint":"Clear text.","isSet":false,"items":[],"kind":"secret","label":"Password","name":"Password","needs":"","offers":"","property":"Password","takesNewItems":false,"title":"","value":""},
+{"buttons":[],"default":"","enabled":true,"error":"","filter":"","group":"","hint":"Encrypted.","isSet":false,"items":[],"kind":"secret","label":"_ Password","name":"_Password","needs":"","offers":"","property":"_Password","takesNewItems":false,"title":"","value":""}],"name":"All Properties"}],"running":false,"terms":[{"applies":true,"help":"The actions and groups, with commas between them, that must have succeeded before; empty: none. Without it the action needs the one before it.","name":"Needs","value":","},
+{"applies":true,"help":"The action is passed over unless this holds, such as %Branch% == \"main\" and not %Quick%.","name":"Condition","value":"1 == 1"},
+{"applies":true,"help":"How often a failed action is tried again.","name":"Retries","value":""},
+{"applies":true,"help":"An attempt that takes longer is ended and has failed: 90s, 30m, 2h.","name":"TimeLimit","value":""},
+{"applies":true,"help":"An attempt that says nothing for so long is ended and has failed: 90s, 30m, 2h.","name":"IdleLimit","value":""},
+{"applies":false,"help":"The passes of this loop may run at the same time, as far as they do not depend on each other.","name":"Parallel","value":""}],"typeName":"Step"})");
+  EXPECT_EQ(
+      plain(Do("action", {{"id", "1"}})),
+      R"({"answer":3,"canRedo":false,"canUndo":false,"continueOnError":"","dirty":false,"generation":1,"hasFile":true,"id":"1","loopVariable":"P","messages":[],"name":"","pages":[{"fields":[{"buttons":[],"default":"","enabled":true,"error":"","filter":"","group":"","hint":"One a pass.","isSet":false,"items":[],"kind":"list","label":"Values","name":"Values","needs":"","offers":"","property":"Values","takesNewItems":false,"title":"","value":""}],"name":"All Properties"}],"running":false,"terms":[{"applies":true,"help":"The actions and groups, with commas between them, that must have succeeded before; empty: none. Without it the action needs the one before it.","name":"Needs","value":""},
+{"applies":true,"help":"The action is passed over unless this holds, such as %Branch% == \"main\" and not %Quick%.","name":"Condition","value":""},
+{"applies":true,"help":"How often a failed action is tried again.","name":"Retries","value":"2"},
+{"applies":true,"help":"An attempt that takes longer is ended and has failed: 90s, 30m, 2h.","name":"TimeLimit","value":"5m"},
+{"applies":true,"help":"An attempt that says nothing for so long is ended and has failed: 90s, 30m, 2h.","name":"IdleLimit","value":""},
+{"applies":true,"help":"The passes of this loop may run at the same time, as far as they do not depend on each other.","name":"Parallel","value":"true"}],"typeName":"Loop"})");
+  const TJson inner = Do("action", {{"id", "1/0"}});
+  EXPECT_EQ(
+      plain(Field(inner, 0, "Text")) + plain(inner["terms"]),
+      R"({"buttons":[],"default":"","enabled":true,"error":"","filter":"","group":"","hint":"What is sent.","isSet":false,"items":[],"kind":"text","label":"Text","name":"Text","needs":"","offers":"","property":"Text","takesNewItems":false,"title":"","value":"x"}[{"applies":false,"help":"The actions and groups, with commas between them, that must have succeeded before; empty: none. Without it the action needs the one before it.","name":"Needs","value":""},
+{"applies":true,"help":"The action is passed over unless this holds, such as %Branch% == \"main\" and not %Quick%.","name":"Condition","value":""},
+{"applies":true,"help":"How often a failed action is tried again.","name":"Retries","value":""},
+{"applies":true,"help":"An attempt that takes longer is ended and has failed: 90s, 30m, 2h.","name":"TimeLimit","value":""},
+{"applies":true,"help":"An attempt that says nothing for so long is ended and has failed: 90s, 30m, 2h.","name":"IdleLimit","value":"9s"},
+{"applies":false,"help":"The passes of this loop may run at the same time, as far as they do not depend on each other.","name":"Parallel","value":""}])");
 }
 
 TEST_F(EditorSession, ANewProjectHasNoFileUntilItIsSaved) {
