@@ -17,6 +17,14 @@ using slnsyntax::Trim;
 
 constexpr std::u16string_view WebSiteType = u"{E24C65DC-7377-472B-9ABA-BC803B73C61A}";
 
+// Lines end at CR LF, LF or CR.
+int LineAt(std::string_view bytes, std::size_t at) {
+  int line = 1;
+  for (std::size_t i = 0; i < at; ++i)
+    line += bytes[i] == '\n' || (bytes[i] == '\r' && bytes[i + 1] != '\n') ? 1 : 0; // `at` is in the text
+  return line;
+}
+
 std::string ToUtf8Text(std::string_view bytes, TSolutionFacts& facts) {
   facts.Mark = text::DetectByteOrderMark(bytes);
   if (facts.Mark != text::ByteOrderMark::Utf8 && facts.Mark != text::ByteOrderMark::None)
@@ -24,7 +32,7 @@ std::string ToUtf8Text(std::string_view bytes, TSolutionFacts& facts) {
   bytes.remove_prefix(text::LengthOf(facts.Mark));
   const auto doubt = [&](TTextDoubt what, std::size_t at) {
     facts.Doubt = what;
-    facts.DoubtLine = 1 + static_cast<int>(std::ranges::count(bytes.substr(0, at), '\n'));
+    facts.DoubtLine = LineAt(bytes, at);
   };
   const auto beyondAscii =
       std::ranges::find_if(bytes, [](char c) { return static_cast<unsigned char>(c) > 0x7F; });
