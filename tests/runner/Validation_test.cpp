@@ -1,5 +1,6 @@
 #include "program/runner/Validation.h"
 
+#include "contract/LookAhead.h"
 #include "tests/runner/TestActions.h"
 
 #include <gmock/gmock.h>
@@ -63,6 +64,32 @@ TEST_F(Validation, TellsWhichFilesWillBeChangedAndWhichCannot) {
   ASSERT_EQ(notes.size(), 1U);
   EXPECT_EQ(notes[0].Action, u"***");
   EXPECT_THAT(text::ToUtf8(notes[0].Message), testing::HasSubstr("***"));
+}
+
+class TLookingAction : public TStepAction {
+public:
+  void LookAhead(IKxActionValidationError& errors) override {
+    const auto* run = dynamic_cast<const IKxForeseenRun*>(&errors);
+    errors.Add(u"", run != nullptr && run->MayMakeFilesBefore() ? u"may be made" : u"is not there", nullptr);
+  }
+};
+
+TEST_F(Validation, TellsWhetherActionsOfOtherKindsRunBefore) {
+  Host.Services.RegisterAction(u"LOOK", u"Tests", ClassNamed<TLookingAction>(u"TLookingAction"));
+  const auto add = [this](std::u16string_view name, TActionNode* loop = nullptr) {
+    TActionNode& node = Host.Project().AddAction(u"LOOK", loop);
+    node.SetName(name);
+    node.Set(u"Text", u"x");
+  };
+  add(u"first");
+  add(u"of its own kind");
+  TActionNode& loop = Host.AddLoop({u"1"});
+  add(u"in a loop", &loop);
+  Host.AddStep(u"make", u"make", &loop);
+  add(u"behind", &loop);
+  add(u"last");
+  EXPECT_THAT(Found(), ElementsAre("first/: is not there", "of its own kind/: is not there",
+                                   "in a loop/: is not there", "behind/: may be made", "last/: may be made"));
 }
 
 TEST_F(Validation, LooksAtEachReferenceByItself) {
