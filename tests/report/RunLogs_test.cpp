@@ -109,6 +109,54 @@ TEST_F(RunLogs, GiveBackWhatWasWritten) {
   EXPECT_EQ(report.Findings[0].Place, (TFindingPlace{u"a.c", 3, 4}));
 }
 
+TEST_F(RunLogs, HoldALineForEachEventAndWhatACutOneLeavesOpenHasFailed) {
+  auto events = Events(milliseconds(0), TResultKind::Failed, u"/r");
+  TRunReport& report = std::get<TRunEnded>(events.back().What).Report;
+  report.NothingExecuted = true;
+  report.Part = TPartOfRun{.Place = 2, .Pass = 3};
+  std::string lines;
+  for (const auto& event : events)
+    lines += ToJsonLine(event) + "\n";
+  EXPECT_EQ(
+      lines,
+      R"~({"time":"2010-04-01T10:20:30.000Z","depth":0,"event":"action","name":"L","type":"LOOP","description":"d","pass":"","nesting":0}
+{"time":"2010-04-01T10:20:30.001Z","depth":1,"event":"action","name":"A","type":"STEP","description":"e","pass":"p","nesting":1,"iteration":2,"iterations":3}
+{"time":"2010-04-01T10:20:30.002Z","depth":2,"event":"group","status":2,"title":"g"}
+{"time":"2010-04-01T10:20:30.003Z","depth":3,"event":"message","status":3,"text":"m é","dryRun":true}
+{"time":"2010-04-01T10:20:30.004Z","depth":2,"event":"groupEnd","status":3,"title":"g","elapsedMs":9}
+{"time":"2010-04-01T10:20:30.005Z","depth":2,"event":"groupEnd","status":null,"title":"h","elapsedMs":0}
+{"time":"2010-04-01T10:20:30.006Z","depth":2,"event":"metric","category":"C","name":"N","configuration":"Debug","value":17}
+{"time":"2010-04-01T10:20:30.007Z","depth":2,"event":"metric","category":"C","name":"N","configuration":"","value":"text"}
+{"time":"2010-04-01T10:20:30.008Z","depth":1,"event":"actionEnd","name":"A0","type":"STEP","pass":"p","nesting":0,"isLoop":true,"succeeded":false,"result":"failed","reason":"r","errors":0,"warnings":1,"elapsedMs":6,"beganMs":5,"tests":{"passed":2,"failed":3,"notRun":4},"configurations":[{"configuration":"Debug","succeeded":false,"result":"failed","reason":"s","errors":0,"warnings":0,"elapsedMs":0,"beganMs":7,"projects":[{"project":"App","configuration":"D","succeeded":false,"result":"failed","errors":0,"warnings":0,"elapsedMs":0,"beganMs":8}]}]}
+{"time":"2010-04-01T10:20:30.009Z","depth":1,"event":"message","status":2,"text":"again","takesBack":9}
+{"time":"2010-04-01T10:20:30.010Z","depth":1,"event":"action","name":"A","type":"STEP","description":"e","pass":"p","nesting":1,"iteration":2,"iterations":3}
+{"time":"2010-04-01T10:20:30.011Z","depth":1,"event":"actionEnd","name":"A0","type":"STEP","pass":"p","nesting":0,"isLoop":true,"succeeded":false,"result":"failed","reason":"r","errors":0,"warnings":1,"elapsedMs":6,"beganMs":5,"tests":{"passed":2,"failed":3,"notRun":4},"configurations":[{"configuration":"Debug","succeeded":false,"result":"failed","reason":"s","errors":0,"warnings":0,"elapsedMs":0,"beganMs":7,"projects":[{"project":"App","configuration":"D","succeeded":false,"result":"failed","errors":0,"warnings":0,"elapsedMs":0,"beganMs":8}]}]}
+{"time":"2010-04-01T10:20:30.012Z","depth":1,"event":"metric","category":"C","name":"N","configuration":"","value":18,"action":"A (p)","passes":["","p"]}
+{"time":"2010-04-01T10:20:30.013Z","depth":0,"event":"actionEnd","name":"A20","type":"STEP","pass":"p","nesting":0,"isLoop":true,"succeeded":false,"result":"failed","reason":"r","errors":20,"warnings":21,"elapsedMs":26,"beganMs":25,"tests":{"passed":22,"failed":23,"notRun":24},"configurations":[{"configuration":"Debug","succeeded":false,"result":"failed","reason":"s","errors":20,"warnings":0,"elapsedMs":0,"beganMs":27,"projects":[{"project":"App","configuration":"D","succeeded":false,"result":"failed","errors":0,"warnings":0,"elapsedMs":0,"beganMs":28}]}]}
+{"time":"2010-04-01T10:20:30.014Z","depth":0,"event":"runEnd","succeeded":false,"result":"failed","totals":"0 errors, 1 warning; 6 tests, 2 failed, 3 not run","errors":0,"warnings":1,"elapsedMs":100,"tests":{"passed":1,"failed":2,"notRun":3},"moreFindings":4,"nothingExecuted":true,"part":{"place":2,"pass":3},"file":"f","root":"/r","machine":"machine","system":"system","commit":"commit","branch":"branch","commandLine":"line","began":"2010-04-01T10:20:30.000Z"}
+)~");
+  ASSERT_TRUE(Read(WriteLog("whole.jsonl", events)));
+  const TRunReport whole = Logs.Take();
+  EXPECT_TRUE(whole.NothingExecuted);
+  EXPECT_EQ(Messages, 2);
+
+  Told.clear();
+  TRunMerge cut;
+  auto run = ReadRunLog(WriteLog("cut.jsonl", {events.begin(), events.begin() + 4}), Messages,
+                        [this](const TRunEvent& event) { Told.push_back(ToJsonLine(event)); });
+  ASSERT_TRUE(run);
+  lines.clear();
+  for (std::size_t i = 4; i < Told.size(); ++i)
+    lines += Told[i] + "\n";
+  EXPECT_EQ(
+      Folder.Plain(lines + ToJsonLine({Start, 0, TRunEnded{*run}})),
+      R"({"time":"2010-04-01T10:20:30.003Z","depth":2,"event":"groupEnd","status":3,"title":"g","elapsedMs":0}
+{"time":"2010-04-01T10:20:30.003Z","depth":1,"event":"actionEnd","name":"A","type":"STEP","pass":"p","nesting":1,"isLoop":false,"succeeded":false,"result":"failed","reason":"","errors":0,"warnings":0,"elapsedMs":0,"beganMs":0,"tests":{"passed":0,"failed":0,"notRun":0},"configurations":[]}
+{"time":"2010-04-01T10:20:30.003Z","depth":0,"event":"actionEnd","name":"L","type":"LOOP","pass":"","nesting":0,"isLoop":false,"succeeded":false,"result":"failed","reason":"","errors":0,"warnings":0,"elapsedMs":0,"beganMs":0,"tests":{"passed":0,"failed":0,"notRun":0},"configurations":[]}
+{"time":"2010-04-01T10:20:30.000Z","depth":0,"event":"runEnd","succeeded":false,"result":"failed","totals":"2 failed; 0 errors, 0 warnings","errors":0,"warnings":0,"elapsedMs":3,"tests":{"passed":0,"failed":0,"notRun":0},"began":"2010-04-01T10:20:30.000Z"})");
+  EXPECT_EQ(Messages, 3);
+}
+
 TEST_F(RunLogs, BecomeOneRun) {
   ASSERT_TRUE(Read(WriteLog("a.jsonl", Events(milliseconds(70), TResultKind::Succeeded, u"/r"))));
   ASSERT_TRUE(Read(WriteLog("b.jsonl", Events(milliseconds(10), TResultKind::Failed, u"/s"))));
