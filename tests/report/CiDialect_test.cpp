@@ -1,6 +1,7 @@
 #include "program/report/CiDialect.h"
 
 #include "foundation/text/Text.h"
+#include "tests/support/Written.h"
 
 #include <gmock/gmock.h>
 
@@ -48,6 +49,71 @@ TEST(CiDialect, TellsTestsOneByOneWhereTheSystemReadsThemFromTheLog) {
             "testFinished name='a' duration='1250']\ntestStarted name='b']\n"
             "testFailed name='b' message='no||' details='at B()']\n"
             "testFinished name='b' duration='7']\ntestIgnored name='c']\ntestSuiteFinished name='S|'']\n");
+}
+
+TEST(CiDialect, TellsAsMuchOfAPlaceAsIsKnown) {
+  const auto finding = [](TFindingPlace place, TFindingSeverity severity = TFindingSeverity::Warning) {
+    return TFinding{.Rule = u"r",
+                    .Severity = severity,
+                    .Message = u"m",
+                    .Place = std::move(place),
+                    .Fingerprint = u"1-2"};
+  };
+  const std::vector<TFinding> findings{finding({u"/w/a.c", 3}), finding({u"a.c"}), finding({}),
+                                       finding({}, TFindingSeverity::Error),
+                                       finding({u"b.c", 1, 1}, TFindingSeverity::Error)};
+  std::string told;
+  for (const char* dialect : {"github", "azure"})
+    for (const auto& one : findings)
+      told += std::string(FindCiDialect(dialect)->Problem(one, u"/w").Line()) + "\n";
+  for (const auto& command : FindCiDialect("teamcity")->Findings(findings, u"/w"))
+    told += std::string(command.Line()) + "\n";
+  EXPECT_EQ(told, R"(::warning file=a.c,line=3::m
+::warning file=a.c::m
+::warning::m
+::error::m
+::error file=b.c,line=1,col=1::m
+##vso[task.logissue type=warning;sourcepath=a.c;linenumber=3;]m
+##vso[task.logissue type=warning;sourcepath=a.c;]m
+##vso[task.logissue type=warning;]m
+##vso[task.logissue type=error;]m
+##vso[task.logissue type=error;sourcepath=b.c;linenumber=1;columnnumber=1;]m
+##teamcity[inspectionType id='r' name='r' category='kxhost' description='r']
+##teamcity[inspection typeId='r' file='a.c' line='3' message='m' SEVERITY='WARNING']
+##teamcity[inspection typeId='r' file='a.c' line='0' message='m' SEVERITY='WARNING']
+##teamcity[buildProblem description='r: m' identity='kx_1_2']
+##teamcity[inspection typeId='r' file='b.c' line='1' message='m' SEVERITY='ERROR']
+)");
+}
+
+TEST(CiDialect, SumsUpARunOnAPage) {
+  TRunReport report{.Result = TResultKind::Failed, .Counts = {2, 1}, .Root = u"/w"};
+  EXPECT_EQ(CiSummary(report), R"(### kxhost: failed
+
+2 errors, 1 warning
+
+)");
+  report.Findings = {
+      {.Rule = u"a_b", .Message = u"<x> | `y`\n[z] * & w", .Place = {u"/w/a.c", 3}},
+      {.Rule = u"e", .Severity = TFindingSeverity::Error, .Message = u"worse", .Place = {u"b.c"}},
+      {.Rule = u"n", .Severity = TFindingSeverity::Note, .Message = u"note"}};
+  report.MoreFindings = 2;
+  EXPECT_EQ(CiSummary(report), R"(### kxhost: failed
+
+2 errors, 1 warning
+
+| | Place | |
+|---|---|---|
+| error e | b.c | worse |
+| warning a\_b | a.c:3 | &lt;x&gt; \| \`y\` \[z] \* &amp; w |
+
+and 2 more
+)");
+  report.Findings.assign(501, {.Rule = u"w", .Message = std::u16string(600, u'm')});
+  report.MoreFindings = 0;
+  const std::string page = CiSummary(report);
+  EXPECT_EQ(tests::CountOf("| warning w |  | " + std::string(500, 'm') + " |\n", page), 500U);
+  EXPECT_TRUE(page.ends_with("\nand 1 more\n"));
 }
 
 TEST(CiDialect, CutsWhatTeamCityWouldRefuse) {
