@@ -1,10 +1,8 @@
-// The last lines of a terminal while a tool runs: what is being done, for how long, how long it usually
-// takes, and what it has found so far. On a narrow terminal it is one line.
+// The last lines of a terminal while a tool runs (StatusDrawing.h), below all else that is printed.
 #pragma once
 
-#include "program/cli/Output.h"
 #include "program/cli/Palette.h"
-#include "program/runner/Results.h"
+#include "program/cli/StatusDrawing.h"
 
 #include <chrono>
 #include <condition_variable>
@@ -16,14 +14,6 @@
 #include <vector>
 
 namespace kx::cli {
-
-// What is under way: an action, or a group of messages within it.
-struct TUnderWay {
-  std::string Title;
-  std::string Progress = {}; // how far the loop around it has come
-  bool IsAction = false;
-  std::optional<std::chrono::milliseconds> Usual = {}; // from earlier runs
-};
 
 // Draws itself several times a second from a thread of its own; without a terminal it does nothing at all.
 // Everything else that goes to the terminal goes through Print, so that the lines never mix with it.
@@ -50,20 +40,9 @@ private:
     TClock::time_point Since;
     std::size_t Key;
   };
-  // As it stands on the terminal; what is painted takes no columns.
-  struct TLine {
-    std::string Text;
-    std::size_t Columns = 0;
-  };
-
   std::string Erasure();
   std::string Drawing();
   void Work();
-  std::vector<TLine> Lines(std::size_t columns, std::size_t rows) const;
-  TLine ShortLine(std::size_t columns) const;
-  TLine EntryLine(const TEntry& entry, std::size_t indent, std::size_t columns) const;
-  TLine SumLine(std::size_t columns) const;
-  std::string Counts(const TPalette& palette) const;
 
   const bool enabled_;
   const TPalette palette_;

@@ -1,5 +1,6 @@
 #include "program/cli/ConsoleSink.h"
 
+#include "program/cli/Output.h"
 #include "tests/support/Results.h"
 
 #include <gmock/gmock.h>
