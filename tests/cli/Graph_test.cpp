@@ -108,6 +108,70 @@ TEST(Graph, IsDrawnAsAPictureThatIsWellFormedAndSaysItsCirclesInWords) {
     EXPECT_EQ(tests::CountOf(piece, svg), count) << piece << "\n" << svg;
 }
 
+TEST(Graph, IsDrawnInColumnsFromLeftToRight) {
+  const auto drawn = [](const TGraph& graph) {
+    static const std::regex head("<title id=[^]*</defs>\n");
+    return std::regex_replace(Drawn(graph, WriteSvg), head, "");
+  };
+  EXPECT_EQ(
+      drawn(Sample()),
+      R"~(<svg xmlns="http://www.w3.org/2000/svg" role="img" aria-labelledby="title text" width="1168" height="232" viewBox="0 0 1168 232">
+<rect class="paper" width="100%" height="100%"/>
+<text class="head" x="24" y="34">A &quot;b&quot;.sln: build order and dependencies</text>
+<text class="legend" x="24" y="56">Arrows lead to what a project needs; what is built first stands on the left. Dashed boxes: not on disk or not in the solution. Red: circles.</text>
+<path class="circle" marker-end="url(#circle)" d="M372 112C317 112 317 94 262 94"/>
+<path class="circle" marker-end="url(#circle)" d="M174 94C119 94 119 94 64 94"/>
+<path class="plain" marker-end="url(#plain)" d="M174 94C119 94 119 130 64 130"/>
+<path class="circle" marker-end="url(#circle)" d="M24 94C-49 70 541 88 468 112"/>
+<path class="plain" marker-end="url(#plain)" d="M174 130C119 130 119 94 64 94"/>
+<path class="plain" marker-end="url(#plain)" d="M174 130C101 106 335 106 262 130"/>
+<g class="circular"><title>A&quot; \N &lt;&amp;&gt;
+
+a\b.csproj</title><rect class="box" rx="6" x="372" y="99" width="96" height="26"/><text x="380" y="117">A&quot; \N &lt;&amp;&gt;
+</text></g>
+<g class="missing circular"><title>7. 1. `é` (not on disk)
+b</title><rect class="box" rx="6" x="174" y="81" width="88" height="26"/><text x="182" y="99">7. 1. `é`</text></g>
+<g class="circular"><title>C
+c</title><rect class="box" rx="6" x="24" y="81" width="40" height="26"/><text x="32" y="99">C</text></g>
+<g class=""><title>D
+d</title><rect class="box" rx="6" x="174" y="117" width="88" height="26"/><text x="182" y="135">D</text></g>
+<g class="missing "><title>{E} (no project of this solution)
+</title><rect class="box" rx="6" x="24" y="117" width="40" height="26"/><text x="32" y="135">{E}</text></g>
+<g class=""><title>F
+f</title><rect class="box" rx="6" x="24" y="177" width="24" height="26"/><text x="32" y="195">F</text></g>
+</svg>
+)~");
+  TGraph loose{.Solution = u"x.sln", .Nodes = {}};
+  for (const char16_t* name : {u"A", u"BB", u"\u4E00", u"C", u"D", u"E", u"F", u"G", u"H"})
+    loose.Nodes.push_back({.Name = name, .Id = name});
+  EXPECT_EQ(
+      drawn(loose),
+      R"(<svg xmlns="http://www.w3.org/2000/svg" role="img" aria-labelledby="title text" width="1168" height="304" viewBox="0 0 1168 304">
+<rect class="paper" width="100%" height="100%"/>
+<text class="head" x="24" y="34">x.sln: build order and dependencies</text>
+<text class="legend" x="24" y="56">Arrows lead to what a project needs; what is built first stands on the left. Dashed boxes: not on disk or not in the solution. Red: circles.</text>
+<g class=""><title>A
+</title><rect class="box" rx="6" x="24" y="105" width="32" height="26"/><text x="32" y="123">A</text></g>
+<g class=""><title>BB
+</title><rect class="box" rx="6" x="80" y="105" width="32" height="26"/><text x="88" y="123">BB</text></g>
+<g class=""><title>一
+</title><rect class="box" rx="6" x="24" y="141" width="32" height="26"/><text x="32" y="159">一</text></g>
+<g class=""><title>C
+</title><rect class="box" rx="6" x="80" y="141" width="32" height="26"/><text x="88" y="159">C</text></g>
+<g class=""><title>D
+</title><rect class="box" rx="6" x="24" y="177" width="32" height="26"/><text x="32" y="195">D</text></g>
+<g class=""><title>E
+</title><rect class="box" rx="6" x="80" y="177" width="32" height="26"/><text x="88" y="195">E</text></g>
+<g class=""><title>F
+</title><rect class="box" rx="6" x="24" y="213" width="32" height="26"/><text x="32" y="231">F</text></g>
+<g class=""><title>G
+</title><rect class="box" rx="6" x="80" y="213" width="32" height="26"/><text x="88" y="231">G</text></g>
+<g class=""><title>H
+</title><rect class="box" rx="6" x="24" y="249" width="32" height="26"/><text x="32" y="267">H</text></g>
+</svg>
+)");
+}
+
 // The numbers of the attributes x, y, width and height of each box, in the order of the nodes.
 std::vector<std::array<int, 4>> BoxesOf(const TGraph& graph) {
   const std::string svg = Drawn(graph, WriteSvg);

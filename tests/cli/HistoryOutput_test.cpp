@@ -35,9 +35,10 @@ TEST(HistoryOutput, HasALineForEachRun) {
 
 TEST(HistoryOutput, TellsOneRunWithItsPartsAndWhatWasWrong) {
   history::TRememberedDetails details{.Run = Remembered(7, Failed),
-                                      .Surroundings = {u"box", u"", u"abc", u"main", u"kxhost run"}};
+                                      .Surroundings = {u"box", u"Debian", u"abc", u"main", u"kxhost run"}};
   EXPECT_EQ(Shown(DetailLines(details, Plain)),
-            "Run 7: failed, TIME, 1.50 s|Machine  box|Commit   abc|Branch   main|Command  kxhost run||Part  "
+            "Run 7: failed, TIME, 1.50 s|Machine  box|System   Debian|Commit   abc|Branch   main|Command  "
+            "kxhost run||Part  "
             "Result  Errors  Warnings  Time|");
   details.Parts = {{{u"B"}, 0, Failed, {1, 2}, {}, milliseconds(10)},
                    {{u"B", u"Debug", u"App"}, 1, Succeeded, {0, 0}, {}, milliseconds(2000)}};

@@ -1,5 +1,6 @@
 #include "program/cli/LogReader.h"
 
+#include "foundation/text/Encoding.h"
 #include "foundation/text/Exceptions.h"
 #include "tests/support/Failure.h"
 #include "tests/support/TemporaryFolder.h"
@@ -39,6 +40,12 @@ TEST_F(LogReader, FindsTheEncodingOfConsolesAndRedirectionsUnlessOneIsNamed) {
       {"a console page by its name", u"cp850", "\x82\n", u"é|"},
       {"another", u"Windows-1252", "\x82\n", u"\u201A|"},
       {"by its number", u"1250", "\xE8\n", u"č|"},
+      {"by its maker's name", u"IBM850", "\x82\n", u"é|"},
+      {"UTF-8 by its names", u"utf8", "\xC3\xA9", u"é|"},
+      {"whatever is in it", u"UTF-8", "\xE9\xC3\xA9", u"\uFFFDé|"},
+      {"UTF-16 by its names", u"utf-16", ".\0\n\0"s, u".|"},
+      {"and its order", u"UTF-16LE", "\xE9\0"s, u"é|"},
+      {"the other order", u"utf-16be", "\0\xE9\0\n"s, u"é|"},
   };
   for (const auto& [name, encoding, bytes, expected] : cases) {
     std::u16string lines;
@@ -46,14 +53,31 @@ TEST_F(LogReader, FindsTheEncodingOfConsolesAndRedirectionsUnlessOneIsNamed) {
       lines += line + u"|";
     EXPECT_EQ(lines, expected) << name;
   }
-  EXPECT_THROW(Read("a", u"klingon"), EKxException);
-  EXPECT_THROW(Read("a", u"cp99999"), EKxException);
+  for (const auto* name : {u"klingon", u"cp99999", u"0", u"cp-1", u"cp", u"windows-x"})
+    EXPECT_THROW(Read("a", name), EKxException) << text::ToUtf8(name);
+  EXPECT_EQ(
+      tests::FailureOf([] { RequireEncoding(u"x"); }),
+      "Unknown encoding x: say utf-8, utf-16le, utf-16be, or a code page such as windows-1252 or cp850.");
 }
 
 TEST_F(LogReader, ReadsLinesThatSpanManyBlocks) {
   const std::u16string long1(3'000'000, u'x'), long2(2'500'001, u'y');
   EXPECT_EQ(Read("a\n" + text::ToUtf8(long1) + "\n" + text::ToUtf8(long2) + "\nb\n"),
             (TLines{u"a", long1, long2, u"b"}));
+}
+
+// Bytes of two letters that are those of a line end.
+TEST_F(LogReader, TakesNoLettersOfUtf16ForLineEnds) {
+  std::u16string letters;
+  for (int i = 0; i < 600'000; ++i)
+    letters += u"\u0A41\u4100";
+  const std::u16string text = u"first\n" + letters + u"\nlast";
+  std::string swapped = text::ToUtf16LE(text);
+  for (std::size_t i = 0; i < swapped.size(); i += 2)
+    std::swap(swapped[i], swapped[i + 1]);
+  const TLines lines{u"first", letters, u"last"};
+  EXPECT_TRUE(Read("\xFF\xFE" + text::ToUtf16LE(text)) == lines);
+  EXPECT_TRUE(Read("\xFE\xFF" + swapped) == lines);
 }
 
 TEST_F(LogReader, AMissingFileIsNamed) {
