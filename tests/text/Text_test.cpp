@@ -30,7 +30,8 @@ TEST(FoldCase, PairsCapitalAndSmallLettersAndIsStable) {
     ASSERT_EQ(FoldCase(folded), folded) << std::hex << c;
     ASSERT_EQ(c < 0x80, folded < 0x80) << std::hex << c;
   }
-  EXPECT_EQ(letters, 565) << "no more and no fewer, whatever stands between the first and the last of a range";
+  EXPECT_EQ(letters, 565)
+      << "no more and no fewer, whatever stands between the first and the last of a range";
 }
 
 TEST(Comparisons, IgnoreLetterCase) {
