@@ -963,10 +963,17 @@ test("numbers are stepped, choices go back to what they were, and folders are ch
     await hasValue(page, "edtShare", "wwwroot$");
     await page.locator("[data-field=rbWMI]:checked").waitFor();
     await turnTo(page, "Paths");
+    await answerSlowly(page, { pattern: "**/api/list", times: 2 }); // what is done meanwhile is not lost
     await page.locator(".with-buttons:has([data-field=OutputDirectory]) button[aria-label^=Browse]").click();
     const dialog = page.locator("dialog");
-    await dialog.getByLabel("Folder", { exact: true }).press("ArrowDown");
+    const path = dialog.getByLabel("Folder", { exact: true });
+    await path.press("ArrowDown");
     await page.waitForSelector("dialog .chooser li:first-child button:focus");
+    await dialog.getByLabel("Folder Greeter", { exact: true }).click();
+    await path.fill("typed");
+    await dialog.getByLabel("Folder Greeter.Core").waitFor();
+    assert.equal(await path.inputValue(), "typed");
+    await dialog.getByRole("button", { name: "up" }).click();
     await dialog.getByLabel("Folder Greeter", { exact: true }).click();
     await dialog.getByLabel("Folder Greeter.Core").waitFor();
     assert.equal(await dialog.getByRole("button", { name: "Greeter.sln" }).count(), 0, "a file is no folder");

@@ -84,6 +84,8 @@ export async function choosePath({ title, start, filter, folders }) {
   );
   let folder = {};
   let wanted = start; // where the newest step leads to, shown or not yet
+  let isTyped = false; // since that step: what comes late leaves it alone
+  let goesDown = false; // into the list, once there is one
 
   const join = (name) => {
     if (!folder.path) return name; // a drive
@@ -98,6 +100,7 @@ export async function choosePath({ title, start, filter, folders }) {
   };
   const go = async (where) => {
     wanted = where;
+    isTyped = false;
     try {
       const listed = await listAt(where);
       if (listed) showFolder(listed);
@@ -108,7 +111,7 @@ export async function choosePath({ title, start, filter, folders }) {
   const showFolder = (listed) => {
     folder = listed;
     problem.textContent = folder.error;
-    path.value = folder.path;
+    if (!isTyped) path.value = folder.path;
     const rows = [];
     if (folder.parent) rows.push(button([icon("up"), "up"], () => go(folder.parent)));
     for (const name of folder.folders)
@@ -126,6 +129,12 @@ export async function choosePath({ title, start, filter, folders }) {
       folder.more ? el("li", { class: "note" }, `and ${counted(folder.more, "name")} more: type the path`) : "",
     );
     list.scrollTop = 0;
+    if (goesDown) enterList();
+  };
+  const enterList = () => {
+    const first = list.querySelector("button");
+    goesDown = !first;
+    first?.focus();
   };
   // A folder is no file: to choose one leads into it.
   const choose = async () => {
@@ -136,6 +145,7 @@ export async function choosePath({ title, start, filter, folders }) {
       const listed = await listAt(chosen);
       if (!listed) return stay;
       if (!listed.isThere) return chosen;
+      isTyped = false;
       showFolder(listed);
     } catch (error) {
       problem.textContent = error.message;
@@ -155,12 +165,16 @@ export async function choosePath({ title, start, filter, folders }) {
     { text: "Cancel", value: undefined },
   ]);
   path.addEventListener("keydown", (event) => {
-    if (event.key === "ArrowDown") list.querySelector("button")?.focus();
+    if (event.key === "ArrowDown") enterList();
+  });
+  path.addEventListener("input", () => {
+    isTyped = true;
+    goesDown = false;
   });
   result.then(() => listing.abort());
   await go(start);
-  if (start && !folders) path.value = start;
-  path.focus();
+  if (start && !folders && !isTyped) path.value = start;
+  if (!list.contains(document.activeElement)) path.focus();
   return result;
 }
 
