@@ -14,9 +14,8 @@ Spool::Spool(std::u16string folder) : folder_(std::move(folder)) {}
 Spool::~Spool() = default;
 
 void Spool::Append(std::string_view bytes) {
-  if (!state_) return;
-  buffer_ += bytes;
-  if (buffer_.size() >= BlockSize) Flush();
+  if (state_ && buffer_.size() >= BlockSize) Flush(); // before: bytes are taken, or nothing has changed
+  if (state_) buffer_ += bytes;
 }
 
 void Spool::Flush() {

@@ -24,7 +24,7 @@ public:
   Spool(const Spool&) = delete;
   Spool& operator=(const Spool&) = delete;
 
-  void Append(std::string_view bytes);
+  void Append(std::string_view bytes); // all of them or, where there is no memory, none
   std::uint64_t Size() const { return written_ + buffer_.size(); }
   const Status& State() const { return state_; } // the failure to write, if there was one
   // As much of a range as there is, even behind a failure to write.

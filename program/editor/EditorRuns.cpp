@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <new>
 #include <system_error>
 
 namespace kx::editor {
@@ -74,6 +75,7 @@ struct TEditorRuns::TRun {
   std::atomic<bool> Running = true;
   std::atomic<bool> StopAsked = false;
   std::vector<TNumber> Metrics = {};
+  nlohmann::json Summary = {};
   std::string Timeline = {}; // once it does not run any more
   std::u16string HistoryTrouble = {};
   std::mutex Mutex; // guards what follows; a disk may hold it
@@ -98,8 +100,10 @@ struct TEditorRuns::TRun {
   }
   std::string FindingsOf(std::size_t from, std::size_t next) const {
     std::string findings;
-    for (const auto& found : Findings)
+    for (const auto& found : Findings) {
+      if (found.Text.empty()) continue; // there was no memory for it
       if (found.Event >= from && found.Event < next) findings += (findings.empty() ? "" : ",") + found.Text;
+    }
     return findings;
   }
 };
@@ -184,6 +188,8 @@ void TEditorRuns::Start(std::string text, std::u16string fileName, std::optional
   run->FileName = std::move(fileName);
   run->Stored = std::move(stored);
   run->DryRun = dryRun;
+  run->Summary = nlohmann::json::parse(SummaryOf(*run, {}, MessageOf(std::bad_alloc())));
+  summaries_.reserve(summaries_.size() + 1); // its end needs no memory
   stop_.Clear();
   try {
     thread_ = std::thread([this, run] { Execute(*run); });
@@ -220,33 +226,42 @@ std::string TEditorRuns::SummaryOf(const TRun& run, const TRunReport& report, co
   });
 }
 
+// The project's text behind the run. `report` is there even if what follows the run fails.
+std::string TEditorRuns::RunProject(TRun& run, TRunReport& report) {
+  TRunSettings settings = settings_;
+  settings.DryRun = run.DryRun;
+  TProjectRunner runner(services_, stop_, std::move(settings));
+  TProjectFile file(runner.Project());
+  file.LoadBytes(run.Text, run.FileName, run.Stored);
+  runner.StoreIn(file);
+  TSink sink(*this, run);
+  runner.AddSink(sink);
+  runner.WhenFound([&run](std::size_t place, TFinding finding) { run.Keep(place, std::move(finding)); });
+  const history::TPlace place = run.DryRun ? history::TPlace{.Off = true} : history_;
+  history::TRunRecorder history(place, run.FileName);
+  runner.AddSink(history);
+  report = runner.Run();
+  run.HistoryTrouble = history.Finish(report);
+  return file.Text();
+}
+
+// Nothing that goes wrong here may end the editor, in which there may be unsaved work.
 void TEditorRuns::Execute(TRun& run) {
-  TRunReport report;
   std::string text;
-  std::u16string error;
   try {
-    TRunSettings settings = settings_;
-    settings.DryRun = run.DryRun;
-    TProjectRunner runner(services_, stop_, std::move(settings));
-    TProjectFile file(runner.Project());
-    file.LoadBytes(run.Text, run.FileName, run.Stored);
-    runner.StoreIn(file);
-    TSink sink(*this, run);
-    runner.AddSink(sink);
-    runner.WhenFound([&run](std::size_t place, TFinding finding) { run.Keep(place, std::move(finding)); });
-    const history::TPlace place = run.DryRun ? history::TPlace{.Off = true} : history_;
-    history::TRunRecorder history(place, run.FileName);
-    runner.AddSink(history);
-    report = runner.Run();
-    run.HistoryTrouble = history.Finish(report);
-    text = file.Text();
-  } catch (const std::exception& failure) {
-    error = MessageOf(failure);
+    TRunReport report;
+    std::u16string error;
+    try {
+      text = RunProject(run, report);
+    } catch (const std::exception& failure) {
+      error = MessageOf(failure);
+    }
+    run.Timeline = TimelineMarkup(report);
+    run.Summary = nlohmann::json::parse(SummaryOf(run, report, error));
+  } catch (const std::bad_alloc&) { // the summary from before the run says so
   }
-  auto summary = nlohmann::json::parse(SummaryOf(run, report, error));
-  run.Timeline = TimelineMarkup(report);
   const std::lock_guard lock(mutex_);
-  summaries_.push_back(std::move(summary));
+  summaries_.push_back(std::move(run.Summary));
   if (!run.DryRun && !text.empty() && text != run.Text) result_ = std::move(text);
   run.Running = false;
   changed_.notify_all();

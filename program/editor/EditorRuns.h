@@ -70,6 +70,7 @@ private:
   class TSink;
   struct TRun;
   static std::string SummaryOf(const TRun& run, const TRunReport& report, const std::u16string& error);
+  std::string RunProject(TRun& run, TRunReport& report);
   void Execute(TRun& run);
   void Append(TRun& run, std::string_view line, const TProblemCounts& soFar);
   std::shared_ptr<TRun> Newest() const;

@@ -5,11 +5,13 @@
 namespace kx::editor {
 
 void TEventSpool::Append(std::string_view line) {
-  lines_.Append(line);
-  // What the disk has not taken is lost, with lines before this one; their numbers stay.
-  for (auto end = ends_.rbegin(); end != ends_.rend() && *end > lines_.Size(); ++end)
-    *end = lines_.Size();
+  // First: without an end, for want of memory, it would be part of the next line.
   ends_.push_back(lines_.Size());
+  lines_.Append(line);
+  ends_.back() = lines_.Size();
+  // What the disk has not taken is lost, with lines before this one; their numbers stay.
+  for (auto end = ends_.rbegin() + 1; end != ends_.rend() && *end > lines_.Size(); ++end)
+    *end = lines_.Size();
 }
 
 std::string TEventSpool::Bytes(std::uint64_t begin, std::uint64_t end) const {

@@ -5,8 +5,10 @@
 namespace kx {
 
 void TSuiteSpool::Append(std::u16string_view suite) {
-  xml_.Append(text::ToUtf8(suite));
+  // First: without an end, for want of memory, it would spoil the next suite.
   ends_.push_back(xml_.Size());
+  xml_.Append(text::ToUtf8(suite));
+  ends_.back() = xml_.Size();
 }
 
 platform::Status TSuiteSpool::ForEach(const std::function<void(const TReportedSuite&)>& visit) const {

@@ -1,6 +1,10 @@
 #include "program/editor/EventSpool.h"
 
+#include "tests/support/FailingMemory.h"
+
 #include <gtest/gtest.h>
+
+#include <new>
 
 namespace kx::editor {
 namespace {
@@ -49,6 +53,37 @@ TEST(EventSpool, ALineIsReadWhileOthersAreAdded) {
     }
   }
   EXPECT_EQ(spool.Lines(19999, 1, next), NumberedLine(19999));
+}
+
+// How many of these lines there was memory for, when one allocation failed.
+int AppendWithFailingMemory(TEventSpool& spool, const std::string& line, long allocation) {
+  const tests::TFailingMemory failing(allocation);
+  int taken = 0;
+  for (int i = 0; i < 6; ++i) {
+    try {
+      spool.Append(line);
+      ++taken;
+    } catch (const std::bad_alloc&) {
+      continue;
+    }
+  }
+  return taken;
+}
+
+TEST(EventSpool, LosesTheLineThatThereIsNoMemoryForAndNoOther) {
+  const std::string line(std::size_t{100} * 1024, 'x'); // some are on disk
+  long allocation = 0;
+  for (int taken = 0; taken < 6;) {
+    TEventSpool spool;
+    taken = AppendWithFailingMemory(spool, line, ++allocation);
+    std::string expected = line;
+    for (int i = 1; i < taken; ++i)
+      expected += "," + line;
+    std::size_t next = 0;
+    EXPECT_TRUE(spool.Lines(0, std::size_t{1} << 30, next) == expected) << allocation;
+    EXPECT_TRUE(spool.State());
+  }
+  EXPECT_GT(allocation, 4) << "some have failed";
 }
 
 TEST(EventSpool, CountsOnWhenTheDiskTakesNoMore) {
