@@ -88,7 +88,7 @@ void ServeToTheEnd(editor::TEditorSession& session, const editor::TEditorServer&
 void KeepBeforehand(editor::TEditorSession& session) {
   try {
     session.KeepUnsaved();
-  } catch (const EKxException&) { // said when it fails at the end, too
+  } catch (const std::exception&) { // said when it fails at the end, too
   }
 }
 

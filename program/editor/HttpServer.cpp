@@ -18,7 +18,9 @@
 #include <condition_variable>
 #include <list>
 #include <mutex>
+#include <new>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace kx::editor {
@@ -30,15 +32,16 @@ using asio::ip::tcp;
 using TError = boost::system::error_code;
 
 constexpr std::string_view EndOfHead = "\r\n\r\n";
-constexpr auto AfterRefusedAccept = std::chrono::milliseconds(100);
+constexpr auto AfterRefusal = std::chrono::milliseconds(100); // by the system, of handles or memory
 
-// What a step raises that no connection takes, for want of memory, ends that step.
-void RunToTheEnd(asio::io_context& io) {
+// Until it ends without an exception: memory that is missing now may be there soon.
+template <typename TDo>
+void Persist(const TDo& what) {
   for (;;) {
     try {
-      io.run();
-      return;
+      return what();
     } catch (const std::exception&) {
+      std::this_thread::sleep_for(AfterRefusal);
     }
   }
 }
@@ -50,7 +53,7 @@ public:
   explicit TWorkers(std::size_t count) {
     threads_.reserve(count);
     for (std::size_t i = 0; i < count; ++i)
-      threads_.emplace_back([this] { RunToTheEnd(Io); });
+      threads_.emplace_back([this] { Persist([this] { Io.run(); }); });
   }
 
   asio::io_context Io;
@@ -68,13 +71,17 @@ struct THttpServer::TState {
       : Service(service), Limits(limits), Acceptor(Io), Pause(Io), Workers(limits.Guests) {}
 
   void Listen();
+  void Serve();
   void Accept();
   void Welcome(tcp::socket socket);
+  void CloseConnections();
   void CloseAll();
   bool IsFull();
+  THttpAnswer AnswerOf(const THttpRequest& request, TKxEvent& gone) const;
 
   IHttpService& Service;
   const THttpLimits Limits;
+  int Accepting = 0; // steps that end with somebody let in, or in the next such step
   asio::io_context Io{1};
   tcp::acceptor Acceptor;
   asio::steady_timer Pause;
@@ -85,6 +92,22 @@ struct THttpServer::TState {
   std::size_t Busy = 0; // workers
   TWorkers Workers;
   std::thread Thread;
+};
+
+// Of a step, which the system may drop for want of memory without a word.
+class THttpServer::TAccepting {
+public:
+  explicit TAccepting(TState& server) : server_(&server) { ++server.Accepting; }
+  TAccepting(TAccepting&& other) noexcept : server_(std::exchange(other.server_, nullptr)) {}
+  TAccepting(const TAccepting&) = delete;
+  TAccepting& operator=(const TAccepting&) = delete;
+  TAccepting& operator=(TAccepting&&) = delete;
+  ~TAccepting() {
+    if (server_ != nullptr) --server_->Accepting;
+  }
+
+private:
+  TState* server_;
 };
 
 // One worker is busy while there is one of these.
@@ -123,11 +146,12 @@ struct THttpServer::TConnection : std::enable_shared_from_this<TConnection> {
   void SetTime(std::chrono::milliseconds time);
   void Close();
 
-  // What follows a step: the connection lives until then. What it raises, for want of memory, ends the
-  // connection.
+  // What follows a step: the connection lives until then. A step that ended before the connection was closed
+  // is told of afterwards, and nothing follows. What is raised, for want of memory, ends the connection.
   template <typename TNext>
   auto Then(TNext next) {
     return [self = shared_from_this(), next = std::move(next)](const auto&... results) {
+      if (!self->Socket.is_open()) return;
       try {
         next(results...);
       } catch (const std::exception&) {
@@ -156,9 +180,7 @@ void THttpServer::TConnection::Begin() {
   ReadHead();
 }
 
-// Steps that ended before the connection was closed are told of afterwards.
 void THttpServer::TConnection::SetTime(std::chrono::milliseconds time) {
-  if (!Socket.is_open()) return;
   Deadline.expires_after(time);
   Deadline.async_wait(Then([this](const TError& error) {
     if (!error) Close();
@@ -211,21 +233,19 @@ void THttpServer::TConnection::Work() {
   Deadline.cancel();
   Gone = std::make_unique<TKxEvent>();
   Watch();
-  asio::post(Server.Workers.Io, [self = shared_from_this(), busy = std::make_shared<TBusy>(Server)] {
-    THttpAnswer answer;
+  // Nobody else would end a connection for which no answer can be made or passed on.
+  const auto answer = std::make_shared<THttpAnswer>(Refusal(500, text::ToUtf8(MessageOf(std::bad_alloc()))));
+  asio::post(Server.Workers.Io, [self = shared_from_this(), busy = std::make_shared<TBusy>(Server), answer] {
     try {
-      answer = self->Server.Service.Answer(self->Request, *self->Gone);
-    } catch (const std::exception& error) {
-      answer = Refusal(500, text::ToUtf8(MessageOf(error)));
+      *answer = self->Server.AnswerOf(self->Request, *self->Gone);
+    } catch (const std::bad_alloc&) { // which is the answer
     }
-    asio::post(self->Server.Io, self->Then([connection = self.get(), answer = std::move(answer)] {
-      connection->Send(answer);
-    }));
+    const auto send = self->Then([connection = self.get(), answer] { connection->Send(*answer); });
+    Persist([&] { asio::post(self->Server.Io, send); });
   });
 }
 
 void THttpServer::TConnection::Send(const THttpAnswer& answer) {
-  if (!Socket.is_open()) return;
   Received = {};
   Answer = ToBytes(answer, Request.Method != "HEAD");
   SetTime(Server.Limits.AnswerTime);
@@ -271,24 +291,37 @@ void THttpServer::TState::Listen() {
     throw EKxException(u"No port of the loopback address is free: " + text::FromUtf8(error.message()));
 }
 
-void THttpServer::TState::Accept() {
-  Acceptor.async_accept([this](const TError& error, tcp::socket socket) {
-    if (!Acceptor.is_open()) return;
-    if (!error) {
-      try {
-        Welcome(std::move(socket));
-      } catch (const std::exception&) {
-        // There is no memory for this one; for the next there may be.
-      }
-      return Accept();
-    }
-    // The system has no handle left: one of those who hold them gives way.
-    if (!Strangers.empty()) Strangers.front()->Close();
-    Pause.expires_after(AfterRefusedAccept);
-    Pause.async_wait([this](const TError& ended) {
-      if (!ended) Accept();
-    });
+// What a step raises that no connection takes, for want of memory, may have been that of any of them: whoever
+// waits for an answer learns that none comes, and the next ones are let in.
+void THttpServer::TState::Serve() {
+  bool goesOn = false;
+  Persist([&] {
+    if (std::exchange(goesOn, true)) CloseConnections();
+    Io.restart(); // it has stopped when nothing else was left to do
+    if (Accepting == 0 && Acceptor.is_open()) Accept();
+    Io.run();
   });
+}
+
+void THttpServer::TState::Accept() {
+  Acceptor.async_accept(
+      [this, accepting = TAccepting(*this)](const TError& error, tcp::socket socket) mutable {
+        if (!Acceptor.is_open()) return;
+        if (!error) {
+          try {
+            Welcome(std::move(socket));
+          } catch (const std::exception&) {
+            // There is no memory for this one; for the next there may be.
+          }
+          return Accept();
+        }
+        // The system has no handle left: one of those who hold them gives way.
+        if (!Strangers.empty()) Strangers.front()->Close();
+        Pause.expires_after(AfterRefusal);
+        Pause.async_wait([this, waiting = std::move(accepting)](const TError& ended) {
+          if (!ended) Accept();
+        });
+      });
 }
 
 void THttpServer::TState::Welcome(tcp::socket socket) {
@@ -296,13 +329,17 @@ void THttpServer::TState::Welcome(tcp::socket socket) {
   if (Strangers.size() >= Limits.Strangers) Strangers.front()->Close();
   auto connection = std::make_shared<TConnection>(*this, std::move(socket));
   connection->Place = Strangers.insert(Strangers.end(), connection);
-  connection->Begin();
+  connection->Then([&] { connection->Begin(); })();
 }
 
 void THttpServer::TState::CloseAll() {
   TError ignored;
   Acceptor.close(ignored);
   Pause.cancel();
+  CloseConnections();
+}
+
+void THttpServer::TState::CloseConnections() {
   for (auto* list : {&Strangers, &Guests})
     while (!list->empty())
       list->front()->Close();
@@ -312,6 +349,14 @@ void THttpServer::TState::CloseAll() {
 bool THttpServer::TState::IsFull() {
   const std::lock_guard lock(Mutex);
   return std::max(Guests.size(), Busy) >= Limits.Guests;
+}
+
+THttpAnswer THttpServer::TState::AnswerOf(const THttpRequest& request, TKxEvent& gone) const {
+  try {
+    return Service.Answer(request, gone);
+  } catch (const std::exception& error) {
+    return Refusal(500, text::ToUtf8(MessageOf(error)));
+  }
 }
 
 THttpServer::THttpServer(IHttpService& service, const THttpLimits& limits)
@@ -325,7 +370,7 @@ int THttpServer::Port() const {
 
 void THttpServer::Start() {
   state_->Accept();
-  state_->Thread = std::thread([this] { RunToTheEnd(state_->Io); });
+  state_->Thread = std::thread([this] { state_->Serve(); });
 }
 
 bool THttpServer::Close(std::chrono::milliseconds wait) {

@@ -55,6 +55,7 @@ public:
 private:
   struct TState;
   struct TConnection;
+  class TAccepting;
   class TBusy;
   std::unique_ptr<TState> state_;
 };

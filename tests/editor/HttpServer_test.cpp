@@ -1,6 +1,7 @@
 #include "program/editor/HttpServer.h"
 
 #include "tests/editor/HttpClient.h"
+#include "tests/support/FailingMemory.h"
 
 #include <gtest/gtest.h>
 
@@ -130,6 +131,25 @@ TEST_F(HttpServer, OnlySoMuchIsAskedAtOnce) {
   goOn_.Raise();
   EXPECT_EQ(second.Receive().Status, 200);
   EXPECT_TRUE(server_->Close(Long)); // nobody waits for what ends with this test
+}
+
+TEST_F(HttpServer, NobodyWaitsForWhatThereIsNoMemoryFor) {
+  const std::string large(std::size_t{8} << 20, 'a'); // more than a connection holds
+  service_.Do = [&](const THttpRequest& request, TKxEvent&) {
+    return THttpAnswer{.Body = request.Body.size() > 1 ? large : request.Body};
+  };
+  Start();
+  bool hasFailed = true;
+  for (long allocation = 1; hasFailed; ++allocation) {
+    {
+      const tests::TFailingMemory failing(allocation, tests::TFailingMemory::TOf::OtherThreads);
+      const auto reply = Client().Ask(Request(large.substr(0, 100'000)));
+      hasFailed = failing.HasFailed();
+      EXPECT_TRUE(hasFailed || reply.Body.size() == large.size()) << allocation;
+    }
+    EXPECT_EQ(Client().Ask(Request("b")).Body, "b") << "after " << allocation;
+    ASSERT_LT(allocation, 1000);
+  }
 }
 
 TEST_F(HttpServer, WorkLearnsThatNobodyWaitsForIt) {

@@ -1,5 +1,6 @@
 #include "tests/support/FailingMemory.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <new>
 
@@ -7,23 +8,35 @@ namespace kx::tests {
 
 namespace {
 
-thread_local long left = 0; // until one fails; 0: none does
+thread_local bool isTester = false;
+std::atomic<bool> ofTester = false;
+std::atomic<long> left = 0; // until one fails, which makes it 0; below, none does
+
+bool IsToFail() {
+  return left > 0 && isTester == ofTester && --left == 0;
+}
 
 } // namespace
 
-TFailingMemory::TFailingMemory(long number) {
+TFailingMemory::TFailingMemory(long number, TOf of) {
+  isTester = true;
+  ofTester = of == TOf::ThisThread;
   left = number;
 }
 
 TFailingMemory::~TFailingMemory() {
-  left = 0;
+  left = -1;
+  isTester = false;
+}
+
+bool TFailingMemory::HasFailed() const {
+  return left <= 0;
 }
 
 } // namespace kx::tests
 
 void* operator new(std::size_t size) {
-  using kx::tests::left;
-  void* memory = left > 0 && --left == 0 ? nullptr : std::malloc(size > 0 ? size : 1);
+  void* memory = kx::tests::IsToFail() ? nullptr : std::malloc(size > 0 ? size : 1);
   if (memory == nullptr) throw std::bad_alloc();
   return memory;
 }

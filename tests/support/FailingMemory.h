@@ -3,13 +3,17 @@
 
 namespace kx::tests {
 
-// While there is one, the allocation of this number, from 1, raises std::bad_alloc on this thread.
+// While there is one, the allocation of this number, from 1, raises std::bad_alloc.
 class TFailingMemory {
 public:
-  explicit TFailingMemory(long number);
+  enum class TOf { ThisThread, OtherThreads };
+
+  explicit TFailingMemory(long number, TOf of = TOf::ThisThread);
   ~TFailingMemory();
   TFailingMemory(const TFailingMemory&) = delete;
   TFailingMemory& operator=(const TFailingMemory&) = delete;
+
+  bool HasFailed() const;
 };
 
 } // namespace kx::tests
