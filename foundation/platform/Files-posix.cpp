@@ -187,8 +187,9 @@ std::u16string Replace(const std::string& target, const WriteContent& content) {
   if (auto refusal = exists ? RefusalToReplace(target, old) : std::u16string(); !refusal.empty())
     return refusal;
 
-  if (content) RemoveAbandonedFiles(FolderOf(target));
-  TemporaryFile temporary(FolderOf(target), exists ? 0600 : 0666);
+  const std::string folder = FolderOf(target); // what has been placed is told of, even without memory
+  if (content) RemoveAbandonedFiles(folder);
+  TemporaryFile temporary(folder, exists ? 0600 : 0666);
   int error = temporary.Error();
   if (error != 0) return Reason(error);
   if (content)
@@ -199,7 +200,7 @@ std::u16string Replace(const std::string& target, const WriteContent& content) {
   error = temporary.Finish();
   if (error == 0) error = temporary.RenameTo(target);
   if (error != 0) return Reason(error);
-  SyncFolder(FolderOf(target));
+  SyncFolder(folder);
   return {};
 }
 
@@ -207,7 +208,8 @@ std::u16string Replace(const std::string& target, const WriteContent& content) {
 int MakeNew(const std::string& target, std::string_view bytes, const std::string& like, bool withTimes) {
   struct stat info {};
   const bool isLike = !like.empty() && stat(like.c_str(), &info) == 0;
-  TemporaryFile temporary(FolderOf(target), isLike ? 0600 : 0666);
+  const std::string folder = FolderOf(target);
+  TemporaryFile temporary(folder, isLike ? 0600 : 0666);
   int error = temporary.Error();
   if (error == 0) error = temporary.Write(bytes);
   if (error != 0) return error;
@@ -216,7 +218,7 @@ int MakeNew(const std::string& target, std::string_view bytes, const std::string
   if (withTimes && isLike && futimens(temporary.Handle(), times.data()) != 0) return errno;
   error = temporary.Finish();
   if (error == 0) error = temporary.PlaceAsNew(target);
-  if (error == 0) SyncFolder(FolderOf(target));
+  if (error == 0) SyncFolder(folder);
   return error;
 }
 

@@ -11,6 +11,7 @@
 #include "package/web/WebDav.h"
 
 #include <map>
+#include <new>
 #include <optional>
 #include <set>
 #include <unordered_set>
@@ -26,7 +27,10 @@ class TDownloadedFile {
 public:
   explicit TDownloadedFile(std::u16string path) : path_(std::move(path)) {}
   ~TDownloadedFile() {
-    if (!path_.empty()) static_cast<void>(platform::RemoveFile(path_));
+    try {
+      if (!path_.empty()) static_cast<void>(platform::RemoveFile(path_));
+    } catch (const std::bad_alloc&) { // it goes with its folder
+    }
   }
   TDownloadedFile(const TDownloadedFile&) = delete;
   TDownloadedFile& operator=(const TDownloadedFile&) = delete;

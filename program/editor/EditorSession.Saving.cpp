@@ -123,8 +123,9 @@ std::u16string TEditorSession::KeepUnsaved() {
   project_.Accept();
   if (!project_.IsDirty() || discarded_) return {};
   if (!keptFile_.empty() && keptText_ == project_.Text()) return keptFile_;
-  keptFile_ = KeepUnsavedCopy(project_.FileName(), project_.Text());
-  keptText_ = project_.Text();
+  std::string text = project_.Text(); // what is kept is known to be, whatever there is no memory for then
+  keptFile_ = KeepUnsavedCopy(project_.FileName(), text);
+  keptText_ = std::move(text);
   for (const auto& taken : takenCopies_) // the new copy holds what they held
     static_cast<void>(platform::RemoveFile(taken));
   takenCopies_ = {keptFile_};

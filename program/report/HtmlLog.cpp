@@ -28,8 +28,9 @@ std::string ClockText(std::chrono::sys_seconds time) {
 
 void THtmlLog::OpenGroup(std::u16string_view title) {
   EndLines();
-  open_.push_back({.Header = headers_.size(), .Title = std::u16string(title)});
-  headers_.push_back({markup_.Size()});
+  TOpen group{.Header = headers_.size(), .Title = std::u16string(title)};
+  headers_.push_back({markup_.Size()}); // first: no group is open without one
+  open_.push_back(std::move(group));
 }
 
 // What failed stands open, everything else is folded away.

@@ -2,6 +2,8 @@
 #include "program/report/HtmlPage.h"
 
 #include "foundation/text/Encoding.h"
+#include "tests/support/FailingMemory.h"
+#include "tests/support/Failure.h"
 #include "tests/support/Findings.h"
 #include "tests/support/Results.h"
 #include "tests/support/TemporaryFolder.h"
@@ -263,6 +265,23 @@ f
 )x");
   EXPECT_EQ(markup.substr(markup.find("</pre>", many)),
             "</pre>\n<pre data-n=207 data-t=00:00:05>\ng\n</pre>\n");
+}
+
+TEST(HtmlLog, AGroupThatThereIsNoMemoryForIsNone) {
+  bool hasFailed = true;
+  for (long allocation = 1; hasFailed; ++allocation) {
+    THtmlLog log(u"");
+    {
+      const tests::TFailingMemory failing(allocation);
+      const std::string failure = tests::FailureOf([&] { log.OpenGroup(u"a title that needs memory"); });
+      hasFailed = !failure.empty();
+    }
+    log.CloseGroup(TStatusTag::stNormal, "done", milliseconds(0));
+    const std::string markup = Written([&](THtmlWriter& out) { log.Write(out); });
+    EXPECT_EQ(tests::CountOf("<summary>", markup), hasFailed ? 0U : 1U) << allocation;
+    EXPECT_EQ(tests::CountOf("</details>", markup), hasFailed ? 0U : 1U) << allocation;
+    EXPECT_TRUE(hasFailed || allocation > 3) << "some have failed";
+  }
 }
 
 TEST(HtmlLog, MarksOnlySoManyLines) {
