@@ -163,10 +163,27 @@ private:
         TPlace{"run", &TCompleter::OfferNames},       TPlace{"plan", &TCompleter::OfferNames}};
     const auto place = std::ranges::find(places, command_->get_name(), &TPlace::Command);
     if (place == places.end()) {
-      found_.TakesFiles = true;
+      OfferPlace();
     } else {
       (this->*place->Offer)();
     }
+  }
+
+  void OfferWords() {
+    for (const CLI::App* word : command_->get_subcommands({}))
+      Offer({Wide(word->get_name()), Wide(word->get_description())});
+  }
+
+  // Files, unless the command takes nothing but certain words here.
+  void OfferPlace() {
+    if (places_.empty()) OfferWords();
+    const auto positional =
+        command_->get_options([](const CLI::Option* option) { return option->get_positional(); });
+    std::vector<std::u16string> choices;
+    if (places_.size() < positional.size()) choices = ChoicesOf(*positional[places_.size()]);
+    for (const auto& choice : choices)
+      Offer({choice});
+    found_.TakesFiles = choices.empty();
   }
 
   // The project's file stands first, or is the only one of the folder.
@@ -205,8 +222,7 @@ private:
 
   void OfferOptionsStore() {
     if (places_.empty()) {
-      for (const CLI::App* word : command_->get_subcommands({}))
-        Offer({Wide(word->get_name()), Wide(word->get_description())});
+      OfferWords();
     } else if (places_.size() == 1) {
       OfferKeys(u"", u"");
     } else {

@@ -79,6 +79,7 @@ class CommandsTest(e2e.EndToEndTest):
             ("run p.kxproj --option x", "expected SECTION.KEY=VALUE."),
             ("check App.sln --fail-on x", "A gate is never, error, warning or new-warning, not x."),
             ("check App.sln --max-warnings x", "--max-warnings: The most warnings are a number from 0, not x."),
+            ("run p.kxproj --baseline no/x.txt --write-baseline", "--baseline: there is no folder "),
             ("check App.sln --fail-on new-warning", "compares with the file that --baseline names"),
             ("plan p.kxproj --secret A", "Name the variable in which each machine has it: A=VARIABLE."),
             ("inspect App.sln --tool devenv --lines --json", "give one of them."),
@@ -118,10 +119,12 @@ class CommandsTest(e2e.EndToEndTest):
                 ("bash", "inspect a.log --vs 8", []),
                 ("bash", "inspect a.log --vs=vs200", ["vs2002 ", "vs2003 ", "vs2005 ", "vs2008 "]),
                 ("bash", "do DEVE", ["DEVENV "]),
+                ("bash", "completion ", ["bash ", "zsh ", "fish ", "powershell "]),
+                ("bash", "history ti", ["times ", ":files"]),
                 ("bash", "do DEVENV UseMSB", ["UseMSBuild="]),
                 ("bash", "do DEVENV UseMSBuild=", ["True ", "False "]),
                 ("bash", "do DEVENV VStudioVersion=vs201", ["vs2010 "]),
-                ("bash", "do DEVENV Solution=A--B.sln SolutionConfiguration=Debug\\|A", ["Debug\\|Any\\ CPU "]),
+                ("bash", "do DEVENV Solution=A--B.sln SolutionConfiguration=Debug\\|Any\\ C", ["Debug\\|Any\\ CPU "]),
                 ("powershell", "check A--B.sln --configuration Debug`|A", ["'Debug|Any CPU'"]),
                 ("fish", "run --log ", [":files"])]:
             with self.subTest(line):

@@ -201,7 +201,8 @@ std::string Written(std::u16string_view format, const TPlan& plan) {
 }
 
 TPlan Small() {
-  return TPlanOf(Make("A", "ContinueOnError='true'") + Make("B") + Make("C", "Needs='A'"),
+  return TPlanOf("<Group Name='G'>" + Make("A", "ContinueOnError='true'") + "</Group>" + Make("B") +
+                     Make("C", "Needs='A'"),
                  {.Actions = {{u"A", milliseconds(1'500)}, {u"B", milliseconds(61'000)}}})
       .Plan;
 }
@@ -219,7 +220,7 @@ TEST(PlanFormats, AreAsTheirReadersWantThem) {
        "flowchart LR\n  p1(\"A #45; 1#46;50 s\"):::critical\n  p2(\"B #45; 1 min 01 s\"):::critical\n  "
        "p3(\"C\")\n  p1 ==> p2\n  p1 --> p3\n  classDef critical stroke:red\n"},
       {u"buildbot",
-       "{\"name\":\"night\",\"parts\":[{\"id\":\"A\",\"action\":\"A\",\"type\":\"MAKE\",\"group\":\"\","
+       "{\"name\":\"night\",\"parts\":[{\"id\":\"A\",\"action\":\"A\",\"type\":\"MAKE\",\"group\":\"G\","
        "\"pass\":\"\",\"needs\":[],\"after\":[],\"capabilities\":[\"vs2008\"],\"expectedMs\":1500,"
        "\"command\":[\"kxhost\",\"run\",\"n.kxproj\",\"--part\",\"A\",\"--set\",\"A=${{ b "
        "}}\",\"--log\",\"part-1-A.jsonl\"],\"log\":\"part-1-A.jsonl\"},{\"id\":\"B\",\"action\":\"B\","
