@@ -158,7 +158,7 @@ const TCase Additions[] = {
      R"(#if X^[assembly: B]^#endif^)"},
     {"into an empty file", VisualBasic, "~~<Assembly: System.Reflection.AssemblyTitle(\"N\")>\r^~"},
     {"behind the options", VisualBasic,
-     R"(Option Strict On^~~<Assembly: System.Reflection.AssemblyTitle("N")>^~Module M^End Module^)"},
+     R"(Option Strict On^Imports System.Reflection^~~<Assembly: AssemblyTitle("N")>^~Module M^End Module^)"},
     {"behind the includes", Cpp,
      R"(#include "stdafx.h"^~~[assembly:System::Reflection::AssemblyTitleAttribute("N")];^~int i;^)"},
     {"with something to stand before", FSharp,

@@ -32,7 +32,7 @@ TEST_F(Validation, TellsWhatEachActionSaysAgainstItself) {
   Host.AddStep(u"", u"None", &loop);
   Host.AddStep(u"throws", u"Wild");
   Host.AddStep(u"good", u"Good");
-  TStepAction::Deeds()[u"validate mute"] = [](TStepAction&) { return false; };
+  TStepAction::Deeds()[u"validate mute"] = [](TStepAction& mute) { return !mute.IsValidating(); };
   Host.AddStep(u"mute", u"Mute");
   EXPECT_THAT(Found(), ElementsAre("None/Text: A text has not been set", "Wild/: cannot validate",
                                    "Mute/: The settings are not valid."));
