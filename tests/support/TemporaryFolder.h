@@ -48,14 +48,15 @@ public:
     return (path_ / text::FromUtf8(name)).make_preferred();
   }
 
-  // The text with DIR for the folder, and in the path that follows it "/" on every system.
+  // The text, which may be JSON, with DIR for the folder, and in the path that follows it "/" on every
+  // system.
   std::string Plain(std::string_view text) const {
-    std::string plain = text::ToUtf8(text::ReplaceAll(text::FromUtf8(text), Path(), u"DIR"));
-    for (std::size_t at = plain.find("DIR"); at != std::string::npos; at = plain.find("DIR", at)) {
-      const std::size_t end = std::min(plain.find_first_of("\" \n", at), plain.size());
-      for (; at < end; ++at)
-        if (plain[at] == '\\') plain[at] = '/';
-    }
+    const std::u16string escaped = text::ReplaceAll(Path(), u"\\", u"\\\\");
+    const std::u16string wide = text::ReplaceAll(text::FromUtf8(text), escaped, u"DIR");
+    std::string plain = text::ToUtf8(text::ReplaceAll(wide, Path(), u"DIR"));
+    for (std::size_t at = plain.find("DIR"); at != std::string::npos; at = plain.find("DIR", at))
+      for (; at < plain.size() && std::string_view("\" \n").find(plain[at]) == std::string_view::npos; ++at)
+        if (plain[at] == '\\') plain.replace(at, plain.compare(at, 2, "\\\\") == 0 ? 2 : 1, "/");
     return plain;
   }
 
