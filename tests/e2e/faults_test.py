@@ -3,7 +3,7 @@
 The calls are counted and refused by tests/faults/Faults.cpp. Every fault is followed by the same questions: is each file
 the old one or the new one, is nothing left behind, was it said what failed, does the exit code say so, does the next run
 work. Without KX_FAULTS only the first call of its kind on each file is tried; KX_FAULTS=5 tries every fifth call, too,
-KX_FAULTS=all each, and lets each allocation fail, which takes half an hour."""
+KX_FAULTS=all each, and lets each allocation fail, which takes a quarter of an hour."""
 import collections
 import contextlib
 import http.client
