@@ -47,8 +47,7 @@ public:
     } else if (valued_ != nullptr) {
       CompleteValue(*valued_, u"");
     } else if (command_ == nullptr) {
-      for (const CLI::App* command : app_.get_subcommands({}))
-        Offer({Wide(command->get_name()), Wide(command->get_description())});
+      OfferWords(app_);
     } else {
       CompletePlace();
     }
@@ -116,8 +115,7 @@ private:
   // `front` is what of the last word stands in front of the value.
   void CompleteValue(CLI::Option& option, const std::u16string& front) {
     const std::string name = option.get_name();
-    for (const auto& choice : ChoicesOf(option))
-      Offer({front + choice});
+    OfferChoicesOf(option, front);
     if (name == "--rule") {
       OfferRules(front);
     } else if (name == "--configuration" || name == "--around") {
@@ -169,21 +167,26 @@ private:
     }
   }
 
-  void OfferWords() {
-    for (const CLI::App* word : command_->get_subcommands({}))
+  void OfferWords(const CLI::App& app) {
+    for (const CLI::App* word : app.get_subcommands({}))
       Offer({Wide(word->get_name()), Wide(word->get_description())});
   }
 
   // Files, unless the command takes nothing but certain words here.
   void OfferPlace() {
-    if (places_.empty()) OfferWords();
+    if (places_.empty()) OfferWords(*command_);
     const auto positional =
         command_->get_options([](const CLI::Option* option) { return option->get_positional(); });
-    std::vector<std::u16string> choices;
-    if (places_.size() < positional.size()) choices = ChoicesOf(*positional[places_.size()]);
+    found_.TakesFiles =
+        places_.size() >= positional.size() || !OfferChoicesOf(*positional[places_.size()], u"");
+  }
+
+  // Whether there are any.
+  bool OfferChoicesOf(CLI::Option& option, const std::u16string& front) {
+    const auto choices = ChoicesOf(option);
     for (const auto& choice : choices)
-      Offer({choice});
-    found_.TakesFiles = choices.empty();
+      Offer({front + choice});
+    return !choices.empty();
   }
 
   // The project's file stands first, or is the only one of the folder.
@@ -222,7 +225,7 @@ private:
 
   void OfferOptionsStore() {
     if (places_.empty()) {
-      OfferWords();
+      OfferWords(*command_);
     } else if (places_.size() == 1) {
       OfferKeys(u"", u"");
     } else {

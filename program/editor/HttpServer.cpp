@@ -20,7 +20,6 @@
 #include <mutex>
 #include <new>
 #include <thread>
-#include <utility>
 #include <vector>
 
 namespace kx::editor {
@@ -81,10 +80,10 @@ struct THttpServer::TState {
 
   IHttpService& Service;
   const THttpLimits Limits;
-  int Accepting = 0; // steps that end with somebody let in, or in the next such step
   asio::io_context Io{1};
   tcp::acceptor Acceptor;
   asio::steady_timer Pause;
+  std::weak_ptr<void> Accepting; // held by the step that lets the next one in: for want of memory it may go
   std::list<std::shared_ptr<TConnection>> Strangers; // the oldest first
   std::list<std::shared_ptr<TConnection>> Guests;
   std::mutex Mutex; // guards what follows
@@ -92,22 +91,6 @@ struct THttpServer::TState {
   std::size_t Busy = 0; // workers
   TWorkers Workers;
   std::thread Thread;
-};
-
-// Of a step, which the system may drop for want of memory without a word.
-class THttpServer::TAccepting {
-public:
-  explicit TAccepting(TState& server) : server_(&server) { ++server.Accepting; }
-  TAccepting(TAccepting&& other) noexcept : server_(std::exchange(other.server_, nullptr)) {}
-  TAccepting(const TAccepting&) = delete;
-  TAccepting& operator=(const TAccepting&) = delete;
-  TAccepting& operator=(TAccepting&&) = delete;
-  ~TAccepting() {
-    if (server_ != nullptr) --server_->Accepting;
-  }
-
-private:
-  TState* server_;
 };
 
 // One worker is busy while there is one of these.
@@ -294,34 +277,34 @@ void THttpServer::TState::Listen() {
 // What a step raises that no connection takes, for want of memory, may have been that of any of them: whoever
 // waits for an answer learns that none comes, and the next ones are let in.
 void THttpServer::TState::Serve() {
-  bool goesOn = false;
-  Persist([&] {
-    if (std::exchange(goesOn, true)) CloseConnections();
+  Persist([this] {
+    CloseConnections();
     Io.restart(); // it has stopped when nothing else was left to do
-    if (Accepting == 0 && Acceptor.is_open()) Accept();
+    if (Accepting.expired() && Acceptor.is_open()) Accept();
     Io.run();
   });
 }
 
 void THttpServer::TState::Accept() {
-  Acceptor.async_accept(
-      [this, accepting = TAccepting(*this)](const TError& error, tcp::socket socket) mutable {
-        if (!Acceptor.is_open()) return;
-        if (!error) {
-          try {
-            Welcome(std::move(socket));
-          } catch (const std::exception&) {
-            // There is no memory for this one; for the next there may be.
-          }
-          return Accept();
-        }
-        // The system has no handle left: one of those who hold them gives way.
-        if (!Strangers.empty()) Strangers.front()->Close();
-        Pause.expires_after(AfterRefusal);
-        Pause.async_wait([this, waiting = std::move(accepting)](const TError& ended) {
-          if (!ended) Accept();
-        });
-      });
+  const auto step = std::make_shared<char>();
+  Accepting = step;
+  Acceptor.async_accept([this, step](const TError& error, tcp::socket socket) {
+    if (!Acceptor.is_open()) return;
+    if (!error) {
+      try {
+        Welcome(std::move(socket));
+      } catch (const std::exception&) {
+        // There is no memory for this one; for the next there may be.
+      }
+      return Accept();
+    }
+    // The system has no handle left: one of those who hold them gives way.
+    if (!Strangers.empty()) Strangers.front()->Close();
+    Pause.expires_after(AfterRefusal);
+    Pause.async_wait([this, step](const TError& ended) {
+      if (!ended) Accept();
+    });
+  });
 }
 
 void THttpServer::TState::Welcome(tcp::socket socket) {

@@ -55,7 +55,6 @@ public:
 private:
   struct TState;
   struct TConnection;
-  class TAccepting;
   class TBusy;
   std::unique_ptr<TState> state_;
 };

@@ -310,11 +310,9 @@ def killed_after(seconds, process):
     clock.start()
     try:
         yield
-    except BaseException:
-        process.kill()
-        raise
     finally:
         clock.cancel()
+        process.kill()
 
 
 def ask_editor(process, asked):

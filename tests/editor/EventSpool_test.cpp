@@ -1,10 +1,9 @@
 #include "program/editor/EventSpool.h"
 
 #include "tests/support/FailingMemory.h"
+#include "tests/support/Failure.h"
 
 #include <gtest/gtest.h>
-
-#include <new>
 
 namespace kx::editor {
 namespace {
@@ -55,27 +54,17 @@ TEST(EventSpool, ALineIsReadWhileOthersAreAdded) {
   EXPECT_EQ(spool.Lines(19999, 1, next), NumberedLine(19999));
 }
 
-// How many of these lines there was memory for, when one allocation failed.
-int AppendWithFailingMemory(TEventSpool& spool, const std::string& line, long allocation) {
-  const tests::TFailingMemory failing(allocation);
-  int taken = 0;
-  for (int i = 0; i < 6; ++i) {
-    try {
-      spool.Append(line);
-      ++taken;
-    } catch (const std::bad_alloc&) {
-      continue;
-    }
-  }
-  return taken;
-}
-
 TEST(EventSpool, LosesTheLineThatThereIsNoMemoryForAndNoOther) {
   const std::string line(std::size_t{100} * 1024, 'x'); // some are on disk
   long allocation = 0;
   for (int taken = 0; taken < 6;) {
     TEventSpool spool;
-    taken = AppendWithFailingMemory(spool, line, ++allocation);
+    taken = 0;
+    {
+      const tests::TFailingMemory failing(++allocation);
+      for (int i = 0; i < 6; ++i)
+        if (tests::FailureOf([&] { spool.Append(line); }).empty()) ++taken;
+    }
     std::string expected = line;
     for (int i = 1; i < taken; ++i)
       expected += "," + line;
