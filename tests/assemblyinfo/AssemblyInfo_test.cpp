@@ -366,18 +366,6 @@ TEST(AssemblyInfo, KeepsEncodingAndStrayBytes) {
                 utf16(u"\u00A9", swapped) + halfACharacter);
 }
 
-TEST(AssemblyInfo, NamesTheLineOfEachExpression) {
-  for (const std::string end : {"\n", "\r\n", "\r"}) {
-    const std::string source = "//" + end + "[assembly: AssemblyProduct(A + B)]" + end + end +
-                               "[assembly: AssemblyTitle(A + B)]" + end + "[assembly: AssemblyTitle(A + B)]";
-    std::u16string lines;
-    for (const auto& message :
-         RewriteAssemblyInfo(source, CSharp, {{u"AssemblyTitle", u"N"}, {u"AssemblyProduct", u"N"}}).Messages)
-      lines += message.substr(message.find(u"line "), 6) + u" ";
-    EXPECT_EQ(lines, u"line 4 line 5 line 2 ") << end.size();
-  }
-}
-
 TEST(AssemblyInfo, SaysWhatItDidNotDoAsAsked) {
   const std::string longName(61, 'x');
   const std::tuple<std::string, TAssemblyInfoValues, std::string> cases[] = {
@@ -435,27 +423,6 @@ TEST(AssemblyInfo, WritesVersionsThatCompilersTake) {
     EXPECT_TRUE(text::ToUtf8(refused.value_or(TrimAssemblyVersion(version))).ends_with(expected))
         << text::ToUtf8(version);
   }
-}
-
-TEST(AssemblyInfo, EndsLinesAsItsLanguageDoes) {
-  const std::pair<TAssemblyInfoLanguage, bool> rows[] = {
-      {CSharp, true}, {VisualBasic, true}, {Cpp, false}, {FSharp, false}, {JSharp, false}};
-  for (const auto& [language, more] : rows)
-    for (const char16_t c : {u'\x85', u'\u2028', u'\u2029', u'\n', u'\r', u'\f'})
-      EXPECT_EQ(IsSourceLineEnd(c, language), c == u'\n' || c == u'\r' || (more && c > 0x80));
-}
-
-TEST(AssemblyInfo, AFileThatIsNoSourceOrNotThereHasNoAttributes) {
-  const tests::TTemporaryFolder folder;
-  const std::string source = "[assembly: AssemblyTitle(\"a\")]\n";
-  const std::string wide = "\xFF\xFE" + text::ToUtf16LE(text::FromUtf8(source));
-  TAssemblyInfoInventories inventories;
-  for (const auto& [file, presence] :
-       {std::pair(folder.Write("a.cs", source), TAssemblyInfoPresence::Certain),
-        std::pair(folder.Write("w.cs", wide), TAssemblyInfoPresence::Certain),
-        std::pair(folder.Write("a.txt", source), TAssemblyInfoPresence::Absent),
-        std::pair(folder.Path("b.cs"), TAssemblyInfoPresence::Absent)})
-    EXPECT_EQ(inventories.Of(file).Find(u"AssemblyTitle"), presence) << text::ToUtf8(file);
 }
 
 // Sets what it is made with, and notes what it is told.

@@ -59,26 +59,5 @@ TEST_F(ConfigurationNames, AreToldFromExpressions) {
             "write it as ^Release\\|Any CPU$ or set UseRegExOnConfigName to False.");
 }
 
-TEST_F(ConfigurationNames, AreOfferedWithTheNearestFirst) {
-  Offer({"Debug|Any CPU", "Debug|x64", "Release|Any CPU"});
-  const std::string all = "Debug|Any CPU, Debug|x64, Release|Any CPU.";
-  const std::pair<std::u16string, std::string> cases[] = {
-      {u"Debug|x46", "Did you mean \"Debug|x64\"? It has Debug|x64, Debug|Any CPU, Release|Any CPU."},
-      {u"Nightly", "\"Nightly\". It has " + all},
-      {std::u16string(100'000, u'x'), "x\". It has " + all},
-  };
-  for (const auto& [wanted, offer] : cases)
-    EXPECT_THAT(text::ToUtf8(MissingConfiguration(*solution_, wanted)), testing::EndsWith(offer));
-  Offer({"A", "B", "C", "D", "E", "F", "G", "H", "I", "J", "K", "L", "M"});
-  EXPECT_THAT(text::ToUtf8(MissingConfiguration(*solution_, u"none")),
-              testing::EndsWith("J, K, L and 1 more."));
-  Offer({"Debug|Any CPU", "Release|Any CPU"});
-  EXPECT_TRUE(MayToolKnowConfiguration(*solution_, u"release"));
-  EXPECT_FALSE(MayToolKnowConfiguration(*solution_, u"rel"));
-  Offer({});
-  EXPECT_TRUE(MayToolKnowConfiguration(*solution_, u"rel"));
-  EXPECT_THAT(text::ToUtf8(MissingConfiguration(*solution_, u"x")), testing::EndsWith("it has none at all."));
-}
-
 } // namespace
 } // namespace kx::tests

@@ -7,21 +7,6 @@ namespace {
 
 class BuildAction : public TBuildActionTest {};
 
-TEST_F(BuildAction, KeepsVersionsAsTextAndInParts) {
-  const std::pair<std::u16string, std::string> cases[] = {
-      {u"1|2|3|4", "1,2,3,4"}, {u"1.0", "1.0,,,"}, {u"1|2|3|4|5", "1,2,3,4"}, {u"", ",,,"}};
-  for (const std::u16string name : {u"AssemblyVersion", u"AssemblyFileVersion"})
-    for (const auto& [text, parts] : cases) {
-      Set(name + u"=" + text);
-      EXPECT_EQ(Get(name + u"Major") + "," + Get(name + u"Minor") + "," + Get(name + u"Build") + "," +
-                    Get(name + u"Revision"),
-                parts);
-      EXPECT_EQ(Get(name), text::ToUtf8(text)) << "the text stays as it was given";
-    }
-  Set(u"AssemblyVersion=1|2|3|4|5&AssemblyVersionBuild=9");
-  EXPECT_EQ(Get(u"AssemblyVersion") + Get(u"AssemblyFileVersion"), "1|2|9|4");
-}
-
 TEST_F(BuildAction, RegistersWhatAnExecutionChanges) {
   const std::pair<std::u16string, std::u16string> steps[] = {
       {u"AutoIncAssemblyRevisionNo=True", u"AssemblyVersion "},

@@ -74,52 +74,5 @@ TEST(VSDotNetOptions, LoadsAllThatItSaves) {
   EXPECT_TRUE(options.IsModified()) << "letter case counts";
 }
 
-TEST(VSDotNetOptions, TellWhatTheyHold) {
-  TVSDotNetOptions options(EmptyRegistry);
-  std::u16string told;
-  for (const auto& option : options.DescribeOptions()) {
-    told += std::u16string(option.Key) + (option.IsFolder ? u" folder" : u"");
-    if (option.Enumeration != nullptr) told += u" " + std::u16string(option.Enumeration->Name);
-    told += u"; ";
-  }
-  EXPECT_EQ(text::ToUtf8(told),
-            "MSDevPath folder; MSDevPath2003 folder; MSDevPath2005 folder; MSDevPath2008 folder; "
-            "MSDevPath2010 folder; DefVSVersion TVSDotNetVersion; StandaloneMSTestDir folder; ");
-  text::TStringList aliases;
-  options.GetPropertyAlias(aliases);
-  std::u16string shown;
-  for (std::size_t i = 0; i < aliases.Count(); ++i)
-    shown += aliases[i] + u"; ";
-  EXPECT_EQ(text::ToUtf8(shown), "DevEnvLocation=Visual Studio 2002; DevEnv2003Location=Visual Studio.NET "
-                                 "2003; DevEnv2005Location=Visual Studio.NET 2005; DevEnv2008Location=Visual "
-                                 "Studio.NET 2008; DevEnv2010Location=Visual Studio.NET 2010; "
-                                 "DefaultVSVersion=Default Version; StandaloneMSTestDir=Standalone MSTest; ");
-  std::u16string names;
-  for (int version = 0; version < 7; ++version)
-    names += GetVSName(static_cast<TVSDotNetVersion>(version)) + u" " +
-             TVSDotNetOptions::GetLocationOption(static_cast<TVSDotNetVersion>(version)) + u"; ";
-  EXPECT_EQ(text::ToUtf8(names),
-            "Visual Studio 2002 VisualStudioDotNet.MSDevPath; Visual Studio.NET 2003 "
-            "VisualStudioDotNet.MSDevPath2003; Visual Studio.NET 2005 VisualStudioDotNet.MSDevPath2005; "
-            "Visual Studio.NET 2008 VisualStudioDotNet.MSDevPath2008; Visual Studio.NET 2010 "
-            "VisualStudioDotNet.MSDevPath2010; Visual Studio ; Visual Studio ; ");
-}
-
-TEST(VSDotNetOptions, KnowWhenTheyWereModified) {
-  TVSDotNetOptions options(Only2008);
-  options.SetDefaultVSVersion(vs2002);
-  EXPECT_FALSE(options.IsModified());
-  options.SetDefaultVSVersion(vs2005);
-  EXPECT_TRUE(options.IsModified());
-  EXPECT_EQ(options.GetDefaultVSVersion(), vs2005);
-  TFakeOptionsStore store;
-  options.SaveOptions(store);
-  EXPECT_FALSE(options.IsModified());
-  options.SetStandaloneMSTestDir(u"x");
-  store.Values.emplace(u"MSDevPath2008", u"d");
-  options.LoadOptions(store);
-  EXPECT_FALSE(options.IsModified());
-}
-
 } // namespace
 } // namespace kx::tests

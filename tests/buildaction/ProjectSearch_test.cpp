@@ -25,26 +25,6 @@ TEST_F(ProjectSearch, FindsAProjectByEachOfItsNames) {
     EXPECT_EQ(TKxVSDotNetAction::GetProjectNameFunction(*action_, text), u"Installer") << text::ToUtf8(text);
 }
 
-TEST_F(ProjectSearch, AnswersNothingForASolutionThatCannotBeOpened) {
-  for (const std::u16string solution : {u"", u"No.sln", u"%Nowhere%", u"MSBuild.exe"}) {
-    Set(u"Solution=" + solution);
-    EXPECT_EQ(action_->GetProjectID(u"Lib"), u"") << text::ToUtf8(solution);
-    EXPECT_EQ(Get(u"AllSolutionConfigurations"), "") << text::ToUtf8(solution);
-  }
-  EXPECT_EQ(TKxVSDotNetAction().GetProjectPath(u"Lib"), u"") << "without a host";
-}
-
-TEST_F(ProjectSearch, TurnsSelectedEntriesIntoIdsWhereItCan) {
-  host_.Variables[u"Which"] = u"App";
-  Set(u"SelectedProjects=Lib\\Lib.csproj\n%Which%\n{unknown}\n%Nowhere%");
-  EXPECT_EQ(
-      action_->GetSelectedProjects(),
-      text::TStringList({LibId, u"{11111111-1111-1111-1111-111111111111}", u"{unknown}", u"%Nowhere%"}));
-  Set(u"AssemblySelectedProjects=Lib\n{1}&ResourceSelectedProjects={2}\nLib");
-  EXPECT_EQ(action_->GetAssemblySelectedProjects(), text::TStringList({LibId, u"{1}"}));
-  EXPECT_EQ(action_->GetResourceSelectedProjects(), text::TStringList({u"{2}", LibId}));
-}
-
 // The host evaluates script functions while it expands; the solution's own name may hold one.
 TEST_F(ProjectSearch, IsNotCaughtInASolutionNameThatAsksForAProject) {
   struct TScriptingHost : TRecordingHost {

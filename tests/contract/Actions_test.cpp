@@ -163,30 +163,6 @@ TEST_F(Actions, ALoopVariableThatNoTextCanReadIsFoundBeforehand) {
   EXPECT_FALSE(IsVariableName(u""));
 }
 
-TEST_F(Actions, ALoopMakesOnePassAloneAndCountsAnewEachTime) {
-  const struct {
-    int Number, OnlyPass;
-    bool Succeeds;
-    std::vector<std::string> Log;
-  } cases[] = {
-      {3, 2, true, {"= Item v2"}},
-      {3, 3, true, {"= Item v3"}},
-      {3, 4, false, {"3 There is no pass 4 any more: the loop has 3."}},
-      {1, 1, true, {"= Item v1"}},
-      {0, 0, true, {"! empty-loop The loop has no pass: there is nothing to go through."}},
-  };
-  TLoop loop;
-  loop.Attach(host_);
-  loop.SetLoopVariable(u"Item");
-  for (const auto& row : cases) {
-    host_.ClearLog();
-    loop.Number = row.Number;
-    loop.SetOnlyPass(row.OnlyPass);
-    EXPECT_EQ(loop.Execute(), row.Succeeds);
-    EXPECT_EQ(host_.Log(), row.Log);
-  }
-}
-
 TEST_F(Actions, ValuesStandInQuotesWhereTheyMust) {
   const std::tuple<TCommandLineOption, std::u16string_view, std::u16string_view> cases[] = {
       {TCommandLineOption::Plain, u"a b\\", u"/x /s:a b\\"},

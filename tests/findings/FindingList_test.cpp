@@ -61,27 +61,6 @@ TEST(FindingList, TellsWhichFindingHasChangedAndBoundsEach) {
   EXPECT_EQ(list.Kept()[3].Steps.size(), 50U);
 }
 
-TEST(ToolFindings, TakeFromAHeadingWhatALineDoesNotSay) {
-  for (const auto* line : {u" ------ A : B: C , D: E ------ ", u"12345678------ A: B: C, D: E ------"}) {
-    const auto heading = ReadToolHeading(line);
-    ASSERT_TRUE(heading);
-    EXPECT_EQ(heading->What + u"|" + heading->Project + u"|" + heading->Configuration, u"A|C|E");
-  }
-  for (const auto* line :
-       {u"123456789------ A: B: C, D: E ------", u"------ A: B: C, D: E -----", u"------ A: B: , D: E ------",
-        u"------ A: B: C, D ------", u"------ A: B: C: D ------", u"------ A: B, C ------",
-        u"------ A, B ------", u"-----------"})
-    EXPECT_FALSE(ReadToolHeading(line)) << text::ToUtf8(line);
-  TFindingList list;
-  TToolFindings tool(list);
-  const auto complete = [](TFinding& finding) { finding.Action = u"Build"; };
-  EXPECT_FALSE(tool.Read(u"1>------ A: B: App, D: Debug ------", complete));
-  EXPECT_FALSE(tool.Read(u"nothing", complete));
-  EXPECT_EQ(tool.Read(u"1>a.c(1): warning C1: t [/s/Own.csproj]", complete), TFindingSeverity::Warning);
-  const TFinding& found = list.Kept().at(0);
-  EXPECT_EQ(found.Project + u" " + found.Configuration + u" " + found.Action, u"/s/Own.csproj Debug Build");
-}
-
 std::u16string FingerprintsOf(const std::u16string& root, std::vector<TFinding> findings) {
   std::u16string all;
   SetFingerprints(findings, root);

@@ -36,27 +36,6 @@ TEST(Xml, ReadsTheEncodingsOfOldProjectFiles) {
   }
 }
 
-// For those who look for words in a project file.
-TEST(Xml, ReadsProjectFilesAsText) {
-  const tests::TTemporaryFolder folder;
-  const std::pair<std::string, std::u16string_view> cases[] = {
-      {"<?xml version='1.0' encoding='Windows-1250'?><a>\xE8", u"č"},
-      {"<?xml version='1.0' encoding=\"shift_jis\"?><a>\x93\xFA", u"日"},
-      {"<?xml version='1.0' encoding='utf-8'?><a>\xC3\xA9", u"é"},
-      {"<?xml version='1.0' encoding='utf-8'?><a>\xE9", u"é"}, // not what it declares
-      {"<VisualStudioProject><a>\xC3\xA9", u"é"},
-      {"<VisualStudioProject><a>\xE9", u"é"},
-      {"\xEF\xBB\xBF<a>\xC3\xA9", u"é"},
-  };
-  for (const auto& [bytes, text] : cases) {
-    folder.Write("a.csproj", bytes);
-    const auto read = ReadProjectText(folder.Path("a.csproj"));
-    ASSERT_TRUE(read) << bytes;
-    EXPECT_EQ(read->substr(read->find(u"<a>") + 3), text) << bytes;
-  }
-  EXPECT_FALSE(ReadProjectText(folder.Path("missing.csproj")));
-}
-
 TEST(Xml, SelectsInDocumentOrderWithinABoundNamespace) {
   TXmlDocument document =
       Loaded("<p:Project xmlns:p='urn:x'><p:Group><p:Item Include='1'/></p:Group>"

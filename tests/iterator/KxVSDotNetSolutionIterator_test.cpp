@@ -66,24 +66,6 @@ TEST_F(TSolutionIteratorTest, TheWholeLogOfALoopInDependencyOrder) {
   EXPECT_EQ(Run(false).back(), "= P DIR/App/App.csproj") << "set, its children do not start";
 }
 
-TEST_F(TSolutionIteratorTest, TheLoopVariableHoldsTheChosenValueInEitherOrder) {
-  const std::tuple<bool, std::u16string, std::string> cases[] = {
-      {true, u"svName", "Lib|App|Web|"},
-      {false, u"svName", "App|Lib|Web|Gone|"},
-      {false, u"svRelativePath", "App.csproj|..\\Lib\\Lib.csproj|http://h/Web|Gone.csproj|"},
-      {false, u"svProjectId", "{App}|{Lib}|{Web}|{Gone}|"},
-  };
-  for (const auto& [sorted, value, expected] : cases) {
-    loop_.SortByDependency = sorted;
-    loop_.IncludeProjectsNotFound = !sorted;
-    TPropertyTexts(loop_).Set(u"IterateValue=" + value);
-    std::string values;
-    for (const auto& line : Run(true))
-      if (line.starts_with("= P ")) values += line.substr(4) + "|";
-    EXPECT_EQ(values, expected);
-  }
-}
-
 // C needs B, which is not on disk and needs A; D needs A and C.
 TEST_F(TSolutionIteratorTest, TellsItsPassesAndWhichOfThemComeFirst) {
   folder_.Write("App/Chain.sln",

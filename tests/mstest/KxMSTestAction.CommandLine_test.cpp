@@ -87,15 +87,6 @@ TEST_F(MSTestCommandLine, StopsAtTheFirstFieldThatCannotBeExpanded) {
   Check(cases);
 }
 
-TEST_F(MSTestCommandLine, EveryItemArrivesAsOneArgument) {
-  for (const std::u16string name :
-       {u"a\" /publish:evil \"b", u"end\\", u"two\\\\\" x", u"\ttab", u"%PATH%&x|y"}) {
-    TKxCommandLineBuilder builder;
-    builder.Add(u"/test:", name, TCommandLineOption::QuoteValue);
-    EXPECT_THAT(text::SplitCommandLine(builder.Text()), testing::ElementsAre(u"/test:" + name));
-  }
-}
-
 TEST_F(MSTestCommandLine, EveryRunHasATemporaryFileOfItsOwnThatDoesNotExistYet) {
   Set(u"AssemblyFileName=a.dll");
   std::set<std::u16string> names;

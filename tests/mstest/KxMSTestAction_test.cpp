@@ -20,18 +20,6 @@ TEST_F(TMSTestActionTest, ANewActionTakesAVersionThatHasMSTest) {
   }
 }
 
-TEST(MSTestAction, WithoutOptionsItIsMadeAndRefused) {
-  const TKxMSTestAction made;
-  TRecordingHost host;
-  TKxMSTestAction action;
-  action.Attach(host);
-  action.Input().AssemblyFileName = u"a.dll";
-  TRecordingValidation errors;
-  EXPECT_FALSE(action.Validate(errors));
-  EXPECT_THAT(errors.Entries,
-              ElementsAre("VisualStudio.NET Options: Path to Visual Studio.NET 2005 not set"));
-}
-
 TEST_F(TMSTestActionTest, DescribesItselfByWhatItTests) {
   action_.SetDescription(u"Nightly tests");
   Set(u"AssemblyFileName=%Root%\\Tests.dll~MetadataFile=All.vsmdi");
@@ -59,22 +47,6 @@ TEST_F(TMSTestActionTest, ValidatesTheTextsAsTheyAreWritten) {
     TRecordingValidation errors;
     EXPECT_EQ(action_.Validate(errors), expected.empty()) << what;
     EXPECT_EQ(errors.Entries, expected) << what;
-  }
-}
-
-TEST_F(TMSTestActionTest, RunsTheMSTestOfTheVersionOrTheStandaloneOne) {
-  VSDotNetOptions()->SetDevEnv2010Location(u" D:\\VS10\\ ");
-  VSDotNetOptions()->SetStandaloneMSTestDir(u"E:\\MSTest");
-  const std::pair<std::u16string, std::string> cases[] = {
-      {u"AssemblyFileName=a.dll", "C:\\VS9\\IDE\\MSTest.exe"},
-      {u"VisualStudioVer=vs2010", "D:\\VS10\\MSTest.exe"},
-      {u"VisualStudioVer=vs2005", ""},
-      {u"UseStandaloneMSTest=True", "E:\\MSTest\\MSTest.exe"},
-  };
-  for (const auto& [settings, executable] : cases) {
-    Set(settings);
-    action_.Execute();
-    EXPECT_EQ(host_.Runs().back().Executable, executable);
   }
 }
 

@@ -121,23 +121,6 @@ TEST(TestResultsFile, IsReadWholeOrNotAtAll) {
   }
 }
 
-TEST(TestResultsFile, ParsesDurations) {
-  const std::pair<const char16_t*, std::int64_t> cases[] = {{u"00:00:01.2345678", 1234},
-                                                            {u"00:01:02.5", 62005},
-                                                            {u"00:00:00.05", 5},
-                                                            {u"99:99:99.999", 362439999},
-                                                            {u"1.10:00:00.5 days", 36000005},
-                                                            {u"x00:00:00:01.7y", 1007},
-                                                            {u"-00:00:02.250", 2250},
-                                                            {u"1:02:03.000", 0},
-                                                            {u"11:02:03", 0},
-                                                            {u"00:00:01.", 0},
-                                                            {u"", 0},
-                                                            {u"٠٠:00:02.250", 0}};
-  for (const auto& [text, milliseconds] : cases)
-    EXPECT_EQ(ParseUTCTime(text), milliseconds) << text::ToUtf8(text);
-}
-
 TEST(TestResultsFile, ParsesTimes) {
   const std::pair<const char16_t*, const char*> cases[] = {
       {u"2010-04-01T10:20:30.1234567+10:00", "2010-04-01T10:20:30.123"},

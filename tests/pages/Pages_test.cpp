@@ -157,17 +157,6 @@ TEST_F(TPagesTest, TheVersionOfMSTestAndTheStandaloneOne) {
   EXPECT_TRUE(run.ShowBanner);
 }
 
-TEST_F(TPagesTest, PublishingTextsAreKeptWhenNothingIsPublished) {
-  TMSTestPublishFrame page;
-  editor_.Open(page, test_);
-  EXPECT_EQ(Disabled(page).size(), 5U);
-  page.SetValue(u"rbPublishSpecific", u"True");
-  EXPECT_TRUE(Disabled(page).empty());
-  Type(page, u"txtTeamServer=http://tfs&rbNoPublish=True");
-  page.WriteActionData();
-  EXPECT_EQ(test_.Team().Server, u"http://tfs");
-}
-
 TEST_F(TPagesTest, TheLoopOverASolution) {
   TKxVSSolutionIterator loop;
   TSolutionIteratorFrame page;

@@ -47,53 +47,6 @@ TEST_F(TTablePagesTest, EveryPropertyOfTheBuildActionIsOnOnePageAndCanBeChangedT
         << text::ToUtf8(property.Name);
 }
 
-TEST_F(TTablePagesTest, OnlyWhatChangedIsWrittenAndChangedBackToo) {
-  action_.AssemblyInfo().Version.SetText(u"1|2|3|4|5");
-  TVSDotNetAssemblyFrame page;
-  editor_.Open(page, action_);
-  Type(page, u"UpdateAssemblyTitle=True&AssemblyTitle=Café");
-  page.WriteActionData();
-  EXPECT_EQ(action_.AssemblyInfo().Version.Text() + action_.AssemblyInfo().Title, u"1|2|3|4|5Café");
-  page.SetValue(u"AssemblyTitle", u"");
-  page.WriteActionData();
-  EXPECT_EQ(action_.AssemblyInfo().Title, u"");
-}
-
-TEST_F(TTablePagesTest, KindsItemsAndRulesComeFromTheTable) {
-  TVSDotNetBuildFrame page;
-  editor_.Open(page, action_);
-  Type(page, u"OverrideWarnings=True&SelectedWarningsAsErrors=True");
-  EXPECT_TRUE(page.Field(u"WarningsAsErrors").Enabled && !page.Field(u"DisableWarnings").Enabled);
-  EXPECT_THAT(page.Field(u"TargetFramework").Items, testing::Contains(u".NET Framework 3.5"));
-  Type(page, u"OverrideWarnings=False&LogLevel=Diagnostic&ExtraMSBuildProperties=A=1\nB=2&MaxCPUs=4x");
-  EXPECT_FALSE(page.Field(u"WarningsAsErrors").Enabled);
-  EXPECT_EQ(FailureOf([&] { page.WriteActionData(); }), "\"Max CPUs\" takes a whole number, not \"4x\".");
-  Type(page, u"MaxCPUs=4");
-  page.WriteActionData();
-  EXPECT_EQ(action_.MSBuild().LogLevel, TMSLogLevel::llDiagnostic);
-  EXPECT_EQ(action_.MSBuild().ExtraMSBuildProperties, (text::TStringList{u"A=1", u"B=2"}));
-  EXPECT_EQ(action_.MSBuild().MaxCPUs, 4);
-  EXPECT_EQ(page.Field(u"ExtraCmdLineParams").Label, u"Extra Command Line Parameters");
-}
-
-TEST_F(TTablePagesTest, TheGeneralFormLeavesOutWhatIsHiddenAndKeepsTheGroups) {
-  TKxTablePage page(u"Properties");
-  editor_.Open(page, action_);
-  std::u16string first;
-  for (const auto& field : page.Fields().first(8))
-    first += field.Label + u"|";
-  EXPECT_EQ(first, u"Solution|Solution|Solution Configuration|Visual Studio Version|Use MSBuild|MSBuild|"
-                   u"Extra MSBuild Properties|Other Properties|");
-  EXPECT_THAT(NamesWhere(page, [](const auto& field) { return field.Kind == TKxFieldKind::Secret; }),
-              ElementsAre("WebDAVPassword"));
-  page.SetValue(u"WebDAVPassword", u"geheim");
-  EXPECT_NE(page.Field(u"WebDAVPassword").Value, u"geheim");
-  page.WriteActionData();
-  EXPECT_EQ(action_.GetWebDAVPassword(), u"geheim");
-  for (const auto* name : {"BuildType", "CompilerErrorCount"})
-    EXPECT_THAT(NamesWhere(page, [](const auto&) { return true; }), testing::Not(testing::Contains(name)));
-}
-
 TEST_F(TTablePagesTest, TheSolutionOffersWhatItHolds) {
   const TTemporaryFolder folder;
   const auto project = [](const std::string& name, const std::string& needs) {

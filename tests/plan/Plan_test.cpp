@@ -129,20 +129,6 @@ TEST(Plan, KnowsWhatPartsReadWriteAndTake) {
   EXPECT_EQ(planned.Find(u"each"), std::pair(std::size_t{99}, 0));
 }
 
-TEST(Plan, FindsTheWayThatTakesLongest) {
-  const std::string diamond = Make("A") + Make("B", "Needs='A'") + Make("C", "Needs='A'") +
-                              Make("D", "Needs='B,C'") + Make("E", "Needs=''");
-  using TPath = std::vector<std::size_t>;
-  const std::tuple<const char*, history::TUsualTimes, TPath> cases[] = {
-      {"by the times", {.Actions = {{u"C", milliseconds(9)}, {u"B", milliseconds(8)}}}, TPath{0, 2, 3}},
-      {"one long part", {.Actions = {{u"C", milliseconds(9)}, {u"E", milliseconds(90)}}}, TPath{4}},
-      {"by the number of parts where no time is known", {}, TPath{0, 1, 3}},
-  };
-  for (const auto& [name, usual, path] : cases)
-    EXPECT_EQ(CriticalPath(TPlanOf(diamond, usual).Plan), path) << name;
-  EXPECT_EQ(CriticalPath(TPlan()), TPath());
-}
-
 TEST(Plan, RefusesToLeaveAFileToChance) {
   const std::tuple<const char*, std::string, std::string> cases[] = {
       {"one behind the other", Make("A") + Make("B"), ""},

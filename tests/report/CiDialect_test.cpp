@@ -8,33 +8,6 @@
 namespace kx {
 namespace {
 
-TEST(CiDialect, EscapesWhatItPutsIntoCommands) {
-  const TFinding problem{.Severity = TFindingSeverity::Error,
-                         .Message = u"50% of [it];\nmore 'now'|",
-                         .Place = {u"/w/a,b.cs", 3, 4},
-                         .Code = u"X1"};
-  const std::tuple<const char*, const char*, const char*, const char*> cases[] = {
-      {"github", "::group::100%25 [a'b]",
-       "::endgroup::", "::error file=a%2Cb.cs,line=3,col=4,title=X1::50%25 of [it];%0Amore 'now'|"},
-      {"azure", "##[group]100% [a'b]", "##[endgroup]",
-       "##vso[task.logissue type=error;sourcepath=a,b.cs;linenumber=3;columnnumber=4;code=X1;]"
-       "50%AZP25 of [it];%0Amore 'now'|"},
-      {"teamcity", "##teamcity[blockOpened name='100% |[a|'b|]']",
-       "##teamcity[blockClosed name='100% |[a|'b|]']",
-       "##teamcity[message text='a,b.cs(3,4): error X1: 50% of |[it|];|nmore |'now|'||' status='ERROR']"},
-      {"gitlab", "\x1b[0Ksection_start:9:kxhost_2\r\x1b[0K100% [a'b]",
-       "\x1b[0Ksection_end:9:kxhost_2\r\x1b[0K", ""},
-  };
-  for (const auto& [name, start, end, error] : cases) {
-    const TCiDialect* dialect = FindCiDialect(name);
-    ASSERT_NE(dialect, nullptr) << name;
-    EXPECT_EQ(dialect->GroupStart(u"100% [a'b]", 2, 9).Line(), start);
-    EXPECT_EQ(dialect->GroupEnd(u"100% [a'b]", 2, 9).Line(), end);
-    EXPECT_EQ(dialect->Problem(problem, u"/w").Line(), error);
-  }
-  EXPECT_EQ(FindCiDialect("jenkins"), nullptr);
-}
-
 TEST(CiDialect, TellsTestsOneByOneWhereTheSystemReadsThemFromTheLog) {
   const TReportedSuite suite{.Name = u"S'",
                              .Seconds = {},

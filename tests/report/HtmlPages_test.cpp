@@ -408,41 +408,5 @@ TEST_F(HtmlPages, ShowARunWithoutTestsAndProjectsWhole) {
   EXPECT_EQ(Section(page, "tests"), "none");
 }
 
-TEST_F(HtmlPages, ShowADryRunAndOneThatDidNothingWhole) {
-  Send(0, TMessageSent{u"would do"});
-  EXPECT_EQ(Page({.Result = WouldRun, .Actions = {{.Name = u"A", .Result = WouldRun}}}), R"(<div class=page>
-<nav class=contents aria-label=Contents tabindex=-1><a href=#problems>Problems</a><a href=#results>Results</a><a href=#log>Log <span>1</span></a><a href=#facts>Facts</a></nav>
-<main>
-<div class=head><div class=result><i class="i done" role=img aria-label="would run"></i><div><h1>Dry run: nothing was changed</h1><p class=lead>No warnings.</p></div></div>
-<dl class=figures><div><dt><i class="i done"></i>Errors</dt><dd class=value>0</dd></div><div><dt><i class="i done"></i>Warnings</dt><dd class=value>0</dd></div><div><dt><i class="i clock"></i>Time</dt><dd class=value>0.00 s</dd></div></dl>
-<p class=remark>No earlier run of this project is known: nothing is marked as new, and there are no trends.</p>
-</div>
-<section id=problems><h2>Problems</h2>
-<p>No tool and no action said that anything is wrong.</p>
-</section>
-<section id=results><h2>Results</h2>
-<p>1 would run; 0 errors, 0 warnings</p>
-<div class=wide tabindex=0 role=region aria-label=Results><table class=actions><thead><tr><th scope=col>Action<th scope=col>Configuration<th scope=col>Result<th scope=col class=number>Errors<th scope=col class=number>Warnings<th scope=col class=number>Time</thead><tbody>
-<tr><td style=--d:0>A<td><td><i class="i skipped"></i>would run<td class=number><td class=number><td class=number>0.00 s
-</tbody></table></div>
-</section>
-<section id=log><h2>Log</h2>
-<p>What failed is open. Times are those of UTC.</p>
-<div class=tools hidden><input type=search id=log-find placeholder="Search the log" aria-label="Search the log"><output id=log-found></output><div class=choice role=group aria-label=Match><button id=log-previous>Previous</button><button id=log-next>Next</button></div><div class=choice role=group aria-label=Lines><button id=log-all aria-pressed=true>All lines</button><button id=log-problems aria-pressed=false>Problems</button></div><div class=choice role=group aria-label=Groups><button id=log-fold>Fold all</button><button id=log-unfold>Unfold all</button></div></div>
-<div class=log>
-<pre data-n=1 data-t=14:13:20>
-would do
-</pre>
-</div></section>
-<section id=facts><h2>Facts</h2>
-<dl class=facts>
-<dt>Result<dd>would run
-</dl>
-</section>
-<footer>Written by kxhost. This page loads nothing from anywhere.</footer>
-</main></div>
-)");
-}
-
 } // namespace
 } // namespace kx

@@ -10,7 +10,6 @@
 
 #include <gmock/gmock.h>
 
-#include <regex>
 #include <sstream>
 
 namespace kx {
@@ -59,50 +58,6 @@ protected:
 };
 
 using std::chrono::milliseconds;
-
-TEST_F(Reports, FoldWhatWentWellAndLeaveOpenWhatDidNot) {
-  Send(TActionStarted{.Name = u"Build", .Description = u"Build it"});
-  Send(TGroupStarted{u"Solution <A>"});
-  Send(TMessageSent{u"fine"});
-  Send(TMessageSent{u"careful", TStatusTag::stWarning});
-  Send(TGroupEnded{u"", TStatusTag::stSuccess});
-  Send(TGroupStarted{u"Solution B"});
-  Send(TMessageSent{u"<script>\x1b[2J", TStatusTag::stError});
-  Send(TGroupEnded{u"", std::nullopt});
-  Send(TActionEnded{{.Result = Succeeded}});
-  const TActionResult whole{
-      .Name = u"All", .Result = Succeeded, .Counts = {7, 3}, .Elapsed = milliseconds(1500)};
-  TActionResult build = whole;
-  build.Configurations = {{u"Debug", Succeeded, u"", {7, 3}, {}, milliseconds(500)}};
-  const std::string page = Page({.Result = Succeeded, .Actions = {whole, build}});
-  for (const char* part :
-       {"<title>Night&lt;ly&gt;: succeeded</title>",
-        "<details class=bad><summary><i class=\"i done\" role=img "
-        "aria-label=\"succeeded\"></i><span>Solution &lt;A&gt;<",
-        "<details class=bad open><summary><i class=\"i plain\" role=img "
-        "aria-label=\"done\"></i><span>Solution B<",
-        "<details class=bad open><summary><i class=\"i done\" role=img "
-        "aria-label=\"succeeded\"></i><span>Build it<",
-        "<pre class=error data-n=3 data-t=00:00:00>\n<b id=L3>&lt;script&gt;\u241b[2J</b>\n</pre>",
-        "All<td><td><i class=\"i done\"></i>succeeded<td class=number><i class=\"i error\"></i>7<",
-        "1.50 s\n"})
-    EXPECT_THAT(page, HasSubstr(part));
-  EXPECT_THAT(page, Not(HasSubstr("(the rest)")));
-}
-
-// A run that ends in the middle, or that sends outside of every group, is a page all the same.
-TEST_F(Reports, CloseTheirElementsWhateverComes) {
-  for (int i = 0; i < 500; ++i)
-    Send(TMessageSent{u"line"});
-  Send(TGroupEnded{u"", std::nullopt});
-  Send(TActionEnded{});
-  const std::string page = Page({});
-  const std::regex tags("<pre|</pre>|</details>");
-  std::string found;
-  for (std::sregex_iterator tag(page.begin(), page.end(), tags), end; tag != end; ++tag)
-    found += tag->str();
-  EXPECT_EQ(found, "<pre</pre><pre</pre><pre</pre>");
-}
 
 // More than stays in memory, in groups that are known to be bad only when they end.
 TEST_F(Reports, KeepLinesAndGroupsInTheirOrderHoweverManyTheyAre) {
@@ -200,26 +155,6 @@ TEST_F(Reports, SayInTheirHeadlineWhatBecameOfTheRunAndWhy) {
   EXPECT_THAT(Page(wordy), HasSubstr(">Failed: " + std::string(140, 'm') + "<"));
   wordy.Findings[0].Message += u'm';
   EXPECT_THAT(Page(wordy), HasSubstr(">Failed: " + std::string(139, 'm') + "\u2026<"));
-}
-
-// What of a problem leads elsewhere, and what could be taken for markup.
-TEST_F(Reports, LinkProblemsToTheLogAndEscapeTheirTexts) {
-  const tests::TTemporaryFolder folder;
-  TRunReport report{.Findings = {{.Rule = u"E1",
-                                  .Severity = TFindingSeverity::Error,
-                                  .Message = u"Bad \"x\"",
-                                  .Place = {folder.Write("src/b.cs", "one\ntwo <T>\nthree\n"), 2},
-                                  .Said = 12}},
-                    .Root = folder.Path()};
-  EXPECT_THAT(Page(report),
-              AllOf(HasSubstr("No earlier run"), Not(HasSubstr(">new<")), Not(HasSubstr("id=trends"))));
-  report.Past = std::make_shared<TPast>(TPast{.Runs = std::vector<TPastRun>(2)});
-  const std::string page = Page(report);
-  for (const char* part :
-       {"<div class=\"f error new\" id=first><a href=#L12>line 2</a><code>E1</code><details open>",
-        "<details open><summary>Bad &quot;x&quot;<", "<mark><u>2</u>two &lt;T&gt;</mark>\n",
-        "data-f=\"src/b.cs\"", "</details><b>new</b></div>\n", "<h2>Trends</h2>"})
-    EXPECT_THAT(page, HasSubstr(part));
 }
 
 TEST_F(Reports, ShowFailedTestsOpenAndThoseThatComeAndGo) {

@@ -70,12 +70,5 @@ TEST(TotalsText, CountsOutcomesProblemsAndTests) {
   EXPECT_EQ(TotalsText(report), "1 succeeded, 2 failed; 1 error, 2 warnings; 6 tests, 2 failed, 3 not run");
 }
 
-TEST(FormatElapsed, IsAsPeopleSayIt) {
-  for (const auto& [time, text] :
-       {std::pair(0, "0.00 s"), std::pair(1'059, "1.05 s"), std::pair(59'999, "59.99 s"),
-        std::pair(60'000, "1 min 00 s"), std::pair(754'999, "12 min 34 s")})
-    EXPECT_EQ(FormatElapsed(milliseconds(time)), text);
-}
-
 } // namespace
 } // namespace kx

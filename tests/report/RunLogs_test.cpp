@@ -264,27 +264,6 @@ TEST(RunMerge, KeepsLoopsOfOneProjectTogetherWhateverTheirPassesHaveTold) {
   EXPECT_EQ(rowsOf({other, pass(1, {Row(u"Loop")}), elsewhere}), "Loop succeeded ; Other loop failed ; ");
 }
 
-TEST_F(RunLogs, MayHoldAnyNumbers) {
-  const std::string number = "9223372036854775807";
-  const std::string numbers = "\"nesting\":2147483647,\"occurrences\":2147483647,\"errors\":" + number +
-                              ",\"warnings\":-1,\"elapsedMs\":" + number + ",\"beganMs\":" + number +
-                              ",\"moreFindings\":" + number + ",\"said\":" + number +
-                              ",\"tests\":{\"failed\":" + number + "}}\n";
-  std::string log;
-  for (const std::string event : {"action", "actionEnd", "finding", "runEnd"})
-    log += R"({"time":"2010-04-01T10:20:30.007Z","event":")" + event + "\"," + numbers;
-  for (const char* name : {"a.jsonl", "b.jsonl"})
-    ASSERT_TRUE(Read(Folder.Write(name, log)));
-  const TRunReport report = Logs.Take();
-  const std::int64_t most = 100'000'000'000;
-  EXPECT_EQ(
-      std::tuple(report.Counts.Errors, report.Counts.Warnings, report.Tests.Failed, report.MoreFindings),
-      std::tuple(2 * most, 0, 2 * most, 2 * most));
-  EXPECT_EQ(report.Elapsed, milliseconds(most));
-  EXPECT_EQ(report.Actions.at(0).Nesting, 1'000);
-  EXPECT_EQ(report.Findings.at(0).Occurrences, 2'000'000);
-}
-
 TEST_F(RunLogs, AreToldFromWhatIsNone) {
   const std::string line = ToJsonLine({Start, 0, TMessageSent{u"m"}});
   const std::tuple<const char*, std::string, std::string> rows[] = {

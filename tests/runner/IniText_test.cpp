@@ -81,30 +81,6 @@ TEST(IniText, RefusesWhatItCouldNotReadBack) {
     EXPECT_EQ(FailureOf([&] { TIniText().Set(section, key, value); }), message);
 }
 
-TEST(IniText, KnowsSectionsOfManyKeys) {
-  std::u16string text = u"[S]\n";
-  for (int i = 0; i < 40; ++i)
-    text += u"K" + text::FromInteger(i) + u"=" + text::FromInteger(i) + u"\n";
-  auto ini = Parsed(text + u"k3=again\nk3=third\n[T]\nK3=other\n");
-  const auto values = [&ini] {
-    std::string found;
-    for (const auto* key : {u"k0", u"K3", u"K16", u"K17", u"K39", u"K40", u"New"})
-      found += text::ToUtf8(ini.Get(u"s", key).value_or(u"-")) + " ";
-    return found;
-  };
-  EXPECT_EQ(values(), "0 3 16 17 39 - - ");
-  ini.Set(u"S", u"k17", u"x");
-  ini.Set(u"S", u"New", u"y");
-  ini.Remove(u"S", u"K3");
-  EXPECT_EQ(values(), "0 again 16 x 39 - y ");
-  ini.Remove(u"S", u"K3");
-  ini.Remove(u"S", u"new");
-  ini.Remove(u"S", u"K16");
-  EXPECT_EQ(values(), "0 third - x 39 - - ");
-  ini.Parse(u"[S]\nK0=1\n", u"options.ini");
-  EXPECT_EQ(values(), "1 - - - - - - ") << "nothing is left of another text";
-}
-
 TEST(IniText, KnowsWhereItsSectionsEndWhenValuesGo) {
   auto ini = Parsed(u"[S]\nK=1\nL=2\nk=3\n[T]\n[S]\nM=4\n");
   ini.Remove(u"s", u"m");

@@ -136,104 +136,24 @@ std::string Edited(const std::string& before, const std::function<void(TProjectT
 }
 
 TEST(ProjectText, KeepsTheLayoutThatATextHas) {
-  using TText = TProjectText;
-  const auto variable = [](TText& text) { text.SetVariable(u"V", u"\"a\nb\r\nc\rd"); };
-  const auto group = [](TText& text) { text.AddGroup(u"G", {0}); };
-  const auto first = [](TText& text) { text.RemoveRow({0}); };
-  const auto last = [](TText& text) { text.MoveRow({0}, {9}); };
-  const auto front = [](TText& text) { text.MoveRow({1}, {0}); };
-  const auto without = [](TText& text) { text.SetVariable(u"V", std::nullopt); };
-  const std::string wide =
-      "<BuildProject>\r\n\t<Actions>\r\n\t\t<Action Type='A'/>\r\n\t\t<Action Type='B'>\r\n\t\t\t<T>\r\n"
-      "x</T></Action>\r\n\t</Actions>\r\n</BuildProject>";
-  const std::string line =
-      "<BuildProject><Actions><Action Type='A'/> <Action Type='B'/></Actions></BuildProject>";
-  const auto actions = [](const std::string& rows) {
-    return "<BuildProject><Actions>" + rows + "</Actions>\n</BuildProject>";
+  const auto variable = [](TProjectText& text) { text.SetVariable(u"V", u"\"a\nb\r\nc\rd"); };
+  const auto front = [](TProjectText& text) { text.MoveRow({1}, {0}); };
+  const std::tuple<std::string, std::function<void(TProjectText&)>, std::string> cases[] = {
+      {"<BuildProject>\r\n\t<Actions/>\r\n</BuildProject>", variable,
+       R"(<BuildProject>\r\n	<Variables>\r\n		<Variable Name="V">"a\r\nb\r\nc&#13;d</Variable>\r\n	</Variables>\r\n	<Actions/>\r\n</BuildProject>)"},
+      {"<BuildProject  />", variable,
+       R"(<BuildProject>\n  <Variables>\n    <Variable Name="V">"a\nb\nc&#13;d</Variable>\n  </Variables>\n</BuildProject>)"},
+      {"<BuildProject><Variables><Variable Name='V'><![CDATA[x]]></Variable> <!-- v "
+       "--></Variables></BuildProject>",
+       variable,
+       R"(<BuildProject><Variables><Variable Name='V'>"a\nb\nc&#13;d</Variable> <!-- v --></Variables></BuildProject>)"},
+      {"<BuildProject><Actions>\n<!-- a -->\n<Action Type='A'/>\n x <!-- b -->\n<Action Type='B'\n  "
+       "Name='x>\"y'><T>\n y</T>\n</Action>\n</Actions></BuildProject>",
+       front,
+       R"(<BuildProject><Actions>\n<Action Type='B'\n  Name='x>"y'><T>\n y</T>\n</Action>\n<!-- a -->\n<Action Type='A'/>\n x <!-- b -->\n</Actions></BuildProject>)"},
   };
-  const auto variables = [](const std::string& rows) {
-    return "<BuildProject>\n  <Variables>" + rows + "</Variables>\n</BuildProject>";
-  };
-  EXPECT_EQ(
-      Edited(wide, variable),
-      R"(<BuildProject>\r\n	<Variables>\r\n		<Variable Name="V">"a\r\nb\r\nc&#13;d</Variable>\r\n	</Variables>\r\n	<Actions>\r\n		<Action Type='A'/>\r\n		<Action Type='B'>\r\n			<T>\r\nx</T></Action>\r\n	</Actions>\r\n</BuildProject>)");
-  EXPECT_EQ(
-      Edited(wide, group),
-      R"(<BuildProject>\r\n	<Actions>\r\n		<Group Name="G">\r\n		</Group>\r\n		<Action Type='A'/>\r\n		<Action Type='B'>\r\n			<T>\r\nx</T></Action>\r\n	</Actions>\r\n</BuildProject>)");
-  EXPECT_EQ(
-      Edited(wide, first),
-      R"(<BuildProject>\r\n	<Actions>\r\n		<Action Type='B'>\r\n			<T>\r\nx</T></Action>\r\n	</Actions>\r\n</BuildProject>)");
-  EXPECT_EQ(
-      Edited(wide, last),
-      R"(<BuildProject>\r\n	<Actions>\r\n		<Action Type='B'>\r\n			<T>\r\nx</T></Action>\r\n		<Action Type='A'/>\r\n	</Actions>\r\n</BuildProject>)");
-  EXPECT_EQ(
-      Edited(wide, front),
-      R"(<BuildProject>\r\n	<Actions>\r\n		<Action Type='B'>\r\n			<T>\r\nx</T></Action>\r\n		<Action Type='A'/>\r\n	</Actions>\r\n</BuildProject>)");
-  EXPECT_EQ(
-      Edited(line, variable),
-      R"(<BuildProject>\n  <Variables>\n    <Variable Name="V">"a\nb\nc&#13;d</Variable>\n  </Variables>\n<Actions><Action Type='A'/> <Action Type='B'/></Actions></BuildProject>)");
-  EXPECT_EQ(
-      Edited(line, group),
-      R"(<BuildProject><Actions><Group Name="G">\n</Group><Action Type='A'/> <Action Type='B'/></Actions></BuildProject>)");
-  EXPECT_EQ(Edited(line, last),
-            R"(<BuildProject><Actions> <Action Type='B'/>\n  <Action Type='A'/>\n</Actions></BuildProject>)");
-  EXPECT_EQ(
-      Edited("<BuildProject/>", group),
-      R"(<BuildProject>\n  <Actions>\n    <Group Name="G">\n    </Group>\n  </Actions>\n</BuildProject>)");
-  EXPECT_EQ(
-      Edited("<BuildProject  />", variable),
-      R"(<BuildProject>\n  <Variables>\n    <Variable Name="V">"a\nb\nc&#13;d</Variable>\n  </Variables>\n</BuildProject>)");
-  EXPECT_EQ(
-      Edited("<BuildProject><Variables/></BuildProject>", group),
-      R"(<BuildProject><Variables/>\n  <Actions>\n    <Group Name="G">\n    </Group>\n  </Actions>\n</BuildProject>)");
-  EXPECT_EQ(
-      Edited("<BuildProject\n/>", [](TText& text) { text.AddPropertySet(u"S", u"Win32"); }),
-      R"(<BuildProject>\n  <PropertySets>\n    <PropertySet Name="S" Kind="Win32"/>\n  </PropertySets>\n</BuildProject>)");
-  EXPECT_EQ(Edited(variables("<Variable Name='V'>1</Variable>"), without),
-            R"(<BuildProject>\n  <Variables></Variables>\n</BuildProject>)");
-  EXPECT_EQ(Edited(variables("\n<Variable Name='V'>1</Variable>\r\n"), without),
-            R"(<BuildProject>\n  <Variables>\r\n</Variables>\n</BuildProject>)");
-  EXPECT_EQ(Edited(variables("\r\n\t<Variable Name='V'>1</Variable> \n"), without),
-            R"(<BuildProject>\n  <Variables> \n</Variables>\n</BuildProject>)");
-  EXPECT_EQ(Edited(variables("\n  <Variable Name='V'>1</Variable> <!-- of V -->\n"), without),
-            R"(<BuildProject>\n  <Variables>\n   <!-- of V -->\n</Variables>\n</BuildProject>)");
-  EXPECT_EQ(
-      Edited(variables("\n<Variable Name='V' \n/>"), variable),
-      R"(<BuildProject>\n  <Variables>\n<Variable Name='V'>"a\nb\nc&#13;d</Variable></Variables>\n</BuildProject>)");
-  EXPECT_EQ(
-      Edited(variables("\n<Variable Name='V'><![CDATA[x]]></Variable>"), variable),
-      R"(<BuildProject>\n  <Variables>\n<Variable Name='V'>"a\nb\nc&#13;d</Variable></Variables>\n</BuildProject>)");
-  EXPECT_EQ(
-      Edited(variables("\n    <Variable Name='W'/> <!-- of W -->\n  "), variable),
-      R"(<BuildProject>\n  <Variables>\n    <Variable Name='W'/> <!-- of W -->\n    <Variable Name="V">"a\nb\nc&#13;d</Variable>\n  </Variables>\n</BuildProject>)");
-  EXPECT_EQ(
-      Edited(variables("\n    <Variable Name='W'/> <!-- of\n W -->\n  "), variable),
-      R"(<BuildProject>\n  <Variables>\n    <Variable Name='W'/>\n    <Variable Name="V">"a\nb\nc&#13;d</Variable>\n   <!-- of\n W -->\n  </Variables>\n</BuildProject>)");
-  EXPECT_EQ(
-      Edited(variables("\n    <Variable Name='W'/> <!-- a --> <!-- b -->\n  "), variable),
-      R"(<BuildProject>\n  <Variables>\n    <Variable Name='W'/>\n    <Variable Name="V">"a\nb\nc&#13;d</Variable>\n   <!-- a --> <!-- b -->\n  </Variables>\n</BuildProject>)");
-  EXPECT_EQ(
-      Edited(variables("<Variable Name='W'/> <!-- a -->"), variable),
-      R"(<BuildProject>\n  <Variables><Variable Name='W'/>\n    <Variable Name="V">"a\nb\nc&#13;d</Variable>\n   <!-- a --></Variables>\n</BuildProject>)");
-  EXPECT_EQ(
-      Edited(actions("\n<!-- a --><Action Type='A'/>\n<!-- b -->\n\n <!-- c -->  \n<Action Type='B'/>\n"),
-             front),
-      R"(<BuildProject><Actions>\n<!-- a --><!-- c -->  \n<Action Type='B'/><Action Type='A'/>\n<!-- b -->\n\n</Actions>\n</BuildProject>)");
-  EXPECT_EQ(
-      Edited(actions("<!-- a -->\n<Action Type='A'/>\n x <!-- b -->\n<Action Type='B'/>\n"), front),
-      R"(<BuildProject><Actions><!-- a -->\n<Action Type='B'/>\n<Action Type='A'/>\n x <!-- b -->\n</Actions>\n</BuildProject>)");
-  EXPECT_EQ(
-      Edited(actions("\n  <Action Type='A'/>\n<!-- b\n-->\n<Action Type='B'\n  Name='x>\"y'><T/>\n</Action>"),
-             front),
-      R"(<BuildProject><Actions>\n  <Action Type='B'\n  Name='x>"y'><T/>\n  </Action>\n  <Action Type='A'/>\n<!-- b\n-->\n</Actions>\n</BuildProject>)");
-  EXPECT_EQ(
-      Edited(actions("\n  <!-- a --> <!-- b -->\n<Action Type='B'/>\n  <Action Type='A'/>\n"), last),
-      R"(<BuildProject><Actions>\n  <!-- a --> <!-- b -->\n  <Action Type='A'/>\n  <Action Type='B'/>\n</Actions>\n</BuildProject>)");
-  EXPECT_EQ(
-      Edited(actions("<Action Type='A'/>\n  <Group Name='G'>\n<Action Type='B'>\n <T>\n y</T>\n "
-                     "</Action>\n</Group>\n"),
-             [](TText& text) { text.DissolveGroup({1}); }),
-      R"(<BuildProject><Actions><Action Type='A'/>\n  <Action Type='B'>\n   <T>\n y</T>\n   </Action>\n</Actions>\n</BuildProject>)");
+  for (const auto& [before, edit, after] : cases)
+    EXPECT_EQ(Edited(before, edit), after);
 }
 
 TEST(ProjectText, TellsItsPropertySets) {

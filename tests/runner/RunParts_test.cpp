@@ -106,17 +106,6 @@ TEST_F(RunParts, RunInTheOrderOfTheirNeedsAndSayWhatWasPassedOver) {
             "A:skipped/condition B:failed = failed");
 }
 
-TEST_F(RunParts, WhatIsSkippedSaysWhy) {
-  Add(u"a", {}, [](TStepAction&) { return false; });
-  Host.Project().FindNamed(u"a")->SetOnFailure(TOnFailure::Continue);
-  Add(u"b", {.Needs = {{u"A"}}}, WaitForStop);
-  Add(u"c", {.Needs = TNeededNames(), .Condition = u"%Both% == x"}, WaitForStop);
-  EXPECT_THAT(Host.Run(),
-              ElementsAre("a {", "  3 The action failed without a message.", "} False", "c {",
-                          "  0 Skipped: its condition does not hold: %Both% == x", "} True", "b {",
-                          "  0 Skipped: \"a\", which it needs, has not succeeded.", "} True"));
-}
-
 TEST_F(RunParts, AFailedAttemptIsAWarningAndTheLastOneCounts) {
   int attempts = 0;
   Add(u"a", Terms(2), [&attempts](TStepAction& a) {
@@ -149,30 +138,6 @@ TEST_F(RunParts, AnAttemptThatCountsCountsTheFindingsThatAreNotKept) {
   Host.Run();
   EXPECT_EQ(Host.Report.Findings.size(), TFindingList::MostKept);
   EXPECT_EQ(Host.Report.MoreFindings, 7);
-}
-
-TEST_F(RunParts, ALoopThatIsTriedAgainHasTheRowsOfItsLastAttempt) {
-  TActionNode& loop = Host.AddLoop({u"1", u"2"});
-  loop.SetTerms(Terms(2));
-  int runs = 0;
-  const auto run = [&runs](TStepAction& a) {
-    a.SendMetricString(UnitTestCategory, TestResultsMetric,
-                       u"<testsuite name='S'><testcase name='T'/></testsuite>");
-    a.SendMetricString(u"C", u"N", text::FromInteger(++runs));
-    return runs != 2;
-  };
-  Add(u"a", {}, run, &loop);
-  std::string told; // without the tests
-  for (const auto& line : Host.Run())
-    if (line.find("# C") != line.npos || line.find("another") != line.npos) told += line + "\n";
-  EXPECT_EQ(told, "  2 Warning : Attempt 1 of 3 failed, and another one follows: The action failed without a "
-                  "message. <- 2\n"
-                  "  # C N 3  of a (1)\n  # C N 4  of a (2)\n");
-  EXPECT_EQ(Host.Report.Result, TResultKind::Succeeded);
-  EXPECT_EQ(runs, 4);
-  EXPECT_EQ(Host.Report.Tests.Passed, 2);
-  EXPECT_EQ(Host.Report.Actions.size(), 3U);
-  EXPECT_EQ(Host.Report.Counts, (TProblemCounts{0, 1}));
 }
 
 TEST_F(RunParts, ALimitEndsTheActionAndIsSaid) {

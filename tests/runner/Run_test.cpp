@@ -24,30 +24,6 @@ protected:
   TEmbeddedHost Host;
 };
 
-TEST_F(RunTest, TheFirstFailureEndsTheRunUnlessTheProjectSaysOtherwise) {
-  using enum TOnFailure;
-  const std::tuple<TOnFailure, TOnFailure, std::string> cases[] = {
-      {Stop, Stop, "b failed: failed"},
-      {Continue, Stop, "bc failed: failed"},
-      {Continue, Ignore, "bcd finished with failures: failed"},
-      {Ignore, Continue, "bcd finished with failures: ignored"},
-      {Ignore, Ignore, "bcd succeeded: ignored"},
-  };
-  std::string ran;
-  for (const char16_t name : {u'b', u'c', u'd'})
-    Add(std::u16string(1, name), nullptr, [&ran, name](TStepAction&) {
-      ran += static_cast<char>(name);
-      return name == u'd';
-    });
-  for (const auto& [first, second, outcome] : cases) {
-    ran.clear();
-    Host.Project().FindNamed(u"b")->SetOnFailure(first);
-    Host.Project().FindNamed(u"c")->SetOnFailure(second);
-    Host.Run();
-    EXPECT_EQ(ran + " " + WordOf(Host.Report.Result) + ": " + WordOf(Host.Report.Actions[0].Result), outcome);
-  }
-}
-
 TEST_F(RunTest, ExceptionsFailTheActionWithTheirMessage) {
   const std::pair<const char*, TDeed> cases[] = {
       {"  3 own", Throw},
@@ -97,17 +73,6 @@ TEST_F(RunTest, ASecretIsMaskedWhereverATextRepeatsIt) {
                                       "      0 <******>", "    <", "  } True", "} True"));
   const TActionResult& row = Host.Report.Actions.at(1);
   EXPECT_EQ(row.Name + row.Pass + row.Configurations.at(0).Configuration, u"*********");
-}
-
-TEST_F(RunTest, LoopsRunTheirChildrenWithTheLoopVariable) {
-  TActionNode& inner = Host.AddLoop({u"x", u"y"}, &Host.AddLoop({u"1", u"%P%"}), u"Q");
-  Host.AddStep(u"%P%-$(q)", u"", &inner);
-  Add(u"after", nullptr, Succeed);
-  EXPECT_THAT(Host.Run(),
-              ElementsAre("Loop {", "  Loop [1] {", "    Step [x] {", "      0 1-x", "    } True",
-                          "    Step [y] {", "      0 1-y", "    } True", "  } True", "  Loop [%P%] {",
-                          "    Step [x] {", "      0 %P%-x", "    } True", "    Step [y] {", "      0 %P%-y",
-                          "    } True", "  } True", "} True", "after {", "} True"));
 }
 
 TEST_F(RunTest, ALoopVariableLivesAsLongAsItsLoop) {

@@ -84,20 +84,5 @@ TEST(ToolProjects, AreToldByWhatToolsPrint) {
     EXPECT_EQ(ProjectsOf(output), told);
 }
 
-TEST(ToolProjects, TakeTheCountsThatComeBeforeTheirEndsWhereBeginningsAreNotTold) {
-  TToolProjects projects;
-  TFinding finding;
-  finding.Project = u"Lib/Lib.csproj";
-  projects.Count(u"", finding);
-  projects.End(finding.Project, true, {});
-  projects.Count(u"", finding);
-  projects.Start(u"Site/.metaproj", {});
-  const auto results = projects.Take({}, TResultKind::Succeeded);
-  ASSERT_EQ(results.size(), 2U);
-  EXPECT_EQ(results[0].Counts.Warnings, 2);
-  EXPECT_EQ(results[1].Project, u"Site");
-  EXPECT_EQ(results[1].Result, TResultKind::Failed);
-}
-
 } // namespace
 } // namespace kx

@@ -115,85 +115,6 @@ TEST_F(Verdict, TakesTheCommandLineBeforeTheProject) {
   EXPECT_EQ(Run(), "succeeded");
 }
 
-TEST_F(Verdict, BooksEverythingWhereItBelongs) {
-  Step(
-      [](TStepAction& a) {
-        a.SendMessage(u"Warning : stamped elsewhere", TStatusTag::stWarning);
-        a.StartConfiguration(u"Debug");
-        a.StartMessageGroup(u"inside");
-        a.EndMessageGroup(TStatusTag::stError); // a group inside says nothing about the whole
-        Count(a, u"Warnings", 2);
-        a.EndConfiguration(TKxOutcome::koSucceeded);
-        Configuration(a, u"Release", TKxOutcome::koNothingToDo);
-        a.StartConfiguration(u"Ship");
-        a.SendMessage(u"a.cs(1,1): error", TStatusTag::stError);
-        a.SendMessage(u"tool returned Error code : 1", TStatusTag::stError);
-        Count(a, u"Errors", 1);
-        a.EndConfiguration(TKxOutcome::koFailed);
-        return false;
-      },
-      &Host->AddLoop({u"x"}));
-  Run();
-  ASSERT_EQ(Host->Report.Actions.size(), 2U);
-  EXPECT_TRUE(Host->Report.Actions[0].IsLoop) << "above what it ran";
-  EXPECT_EQ(Host->Report.Actions[0].Counts, (TProblemCounts{1, 3}));
-  EXPECT_EQ(Host->Report.Counts, (TProblemCounts{1, 3}));
-  std::string rows;
-  for (const auto& row : Host->Report.Actions[1].Configurations)
-    rows += std::string(WordOf(row.Result)) + " " + std::to_string(row.Counts.Errors) + "/" +
-            std::to_string(row.Counts.Warnings) + "|";
-  EXPECT_EQ(rows, "succeeded 0/2|nothing to do 0/0|failed 1/0|") << "the tool's end is the same failure";
-}
-
-TEST_F(Verdict, NamesFailedTests) {
-  Step([](TStepAction& a) {
-    TKxUnitTestRun run({{.Passed = true, .Executed = true, .TestName = u"Good"},
-                        {.Executed = true, .TestName = u"Bad", .ErrorMessage = u"1 < 2"},
-                        {.TestName = u"Later"}});
-    a.SendMetricString(UnitTestCategory, TestResultsMetric, run.AsXmlString());
-    a.SendMetricString(u"Other", TestResultsMetric, run.AsXmlString());
-    a.SendMetricString(UnitTestCategory, u"Other", run.AsXmlString());
-    return false;
-  });
-  EXPECT_EQ(Run(), "failed");
-  EXPECT_THAT(Host->Sink.Lines, Contains("  3 Test failed : Bad : 1 < 2"));
-  const TTestCounts& tests = Host->Report.Tests;
-  EXPECT_THAT((std::array{tests.Passed, tests.Failed, tests.NotRun}), ElementsAre(1, 1, 1));
-  EXPECT_EQ(Host->Report.Counts.Errors, 1);
-}
-
-TEST_F(Verdict, RefusesSettingsBeforeAnythingIsDoneAndCallsNothingFinishedThen) {
-  Host->AddStep(u"", u"refused");
-  Host->Project().FindNamed(u"refused")->SetOnFailure(TOnFailure::Continue);
-  Run();
-  EXPECT_TRUE(Host->Report.NothingExecuted);
-  EXPECT_EQ(Host->Report.Result, TResultKind::Failed);
-  Host->Project().FindNamed(u"refused")->SetOnFailure(TOnFailure::Stop);
-  bool ran = false;
-  Step([&ran](TStepAction&) { return ran = true; });
-  EXPECT_EQ(Run(), "failed (settings)");
-  EXPECT_THAT(Host->Sink.Lines, ElementsAre("refused {", "  3 Text : A text has not been set", "} False"));
-  EXPECT_TRUE(Host->Report.NothingExecuted && !ran);
-  Host->Project().FindNamed(u"refused")->SetOnFailure(TOnFailure::Continue);
-  Run();
-  EXPECT_TRUE(ran && !Host->Report.NothingExecuted);
-  EXPECT_EQ(Host->Report.Result, TResultKind::FinishedWithFailures);
-}
-
-TEST_F(Verdict, TellsWhatAnActionSaysOfItsSettingsOnlyWhereTheyAreWrong) {
-  for (const std::u16string& text : {std::u16string(u"right"), std::u16string(u"wrong")}) {
-    TStepAction::Deeds()[u"validate " + text] = [text](TStepAction& a) -> bool {
-      a.SendMessage(u"looking");
-      if (text == u"wrong") throw EKxException(u"no");
-      return true;
-    };
-    Host->AddStep(text, text);
-    Run();
-  }
-  EXPECT_THAT(Host->Sink.Lines, ElementsAre("right {", "  0 right", "} True", //
-                                            "wrong {", "  0 looking", "  3 no", "} False"));
-}
-
 TEST_F(Verdict, TellsConfigurationsFromTheirAction) {
   Step([](TStepAction& a) {
     Configuration(a, u"Debug", TKxOutcome::koSucceeded, 1);
@@ -205,27 +126,6 @@ TEST_F(Verdict, TellsConfigurationsFromTheirAction) {
   Host->Project().FindNamed(u"step")->SetOnFailure(TOnFailure::Ignore);
   EXPECT_EQ(Run(), "ignored (nothing-built)");
   EXPECT_EQ(Host->Report.Actions[0].Configurations[0].Result, TResultKind::Ignored);
-}
-
-TEST_F(Verdict, SaysOfALoopThatItHadNothingToDo) {
-  Host->Project().Rules.Set(u"empty-loop", u"off");
-  Host->AddLoop({});
-  EXPECT_EQ(Run(), "nothing to do");
-  Again();
-  Step([](TStepAction& a) { return Configuration(a, u"Debug", TKxOutcome::koNothingToDo), true; },
-       &Host->AddLoop({u"x"}));
-  EXPECT_EQ(Run(), "nothing to do");
-}
-
-// A child is asked when it is reached: before, its texts have no value.
-TEST_F(Verdict, AsksTheActionsOfALoopOnEachPass) {
-  TActionNode& loop = Host->AddLoop({u"1", u"2"});
-  int passes = 0;
-  Step([&passes](TStepAction&) { return ++passes > 0; }, &loop);
-  Host->AddStep(u"", u"refused", &loop);
-  Run();
-  EXPECT_EQ(passes, 1);
-  EXPECT_FALSE(Host->Report.NothingExecuted);
 }
 
 // What an action counted stands for what its tool said; its own warnings come on top.

@@ -64,13 +64,6 @@ TEST_F(OpenedSolution, HasTheProjectsOfItsLines) {
   }
 }
 
-TEST_F(OpenedSolution, KnowsProjectsOfCppByTheirFiles) {
-  for (const auto& [file, isCpp] :
-       {std::pair("a.VCPROJ", true), {"a.vcxproj", true}, {"a.csproj", false}, {"vcproj", false}})
-    EXPECT_EQ(OpenText(Solution(Project('A', "", file)))->GetProjects()->GetItem(0)->IsVCProject(), isCpp)
-        << file;
-}
-
 TEST_F(OpenedSolution, LeavesOutProjectsThatAreNotOnDisk) {
   Write("src/Here.csproj");
   platform::MapDrive(u'Q', Path("src")); // where drives are not the system's own
@@ -88,25 +81,6 @@ TEST_F(OpenedSolution, LeavesOutProjectsThatAreNotOnDisk) {
     for (const auto& project : solution->GetProjectsNotFound())
       notFound += text::ToUtf8(project->GetName() + u" " + project->GetFileName() + u"\n");
     EXPECT_EQ(notFound, "B missing.csproj\nE HTTP://e\nF ..\\src\n");
-  }
-}
-
-TEST_F(OpenedSolution, IsInOrderOfTheDependenciesOfProjectBlocks) {
-  const std::string web = "\tProjectSection(WebsiteProperties) = preProject\n\tEndProjectSection\n";
-  const std::tuple<const char*, std::string, Strings, Strings> cases[] = {
-      {"before its library", Project('A', Needs("B")) + Project('B'), {"B", "A"}, {Id('B')}},
-      {"behind another section they are lost", Project('A', web + Needs("B")) + Project('B'), {"A", "B"}, {}},
-      {"a section without an end swallows what follows",
-       Project('A', "ProjectSection(ProjectDependencies)\n=x\nEndProject\n a = b = c \n") + Project('B') +
-           "EndProjectSection\n",
-       {"A"},
-       {"x", "b = c", "\"B\", \"a.csproj\", \"" + Id('B') + "\""}},
-  };
-  for (const auto& [what, projects, expected, needsOfFirst] : cases) {
-    const auto solution = OpenText(Solution(projects));
-    EXPECT_EQ(NamesOf(solution->GetProjects()), expected) << what;
-    const auto first = solution->GetProjects()->GetItemInFileOrder(0);
-    EXPECT_EQ(Lines(first->GetDependancies()->GetList()), needsOfFirst) << what;
   }
 }
 

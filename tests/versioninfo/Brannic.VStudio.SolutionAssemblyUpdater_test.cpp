@@ -96,18 +96,6 @@ TEST_F(SolutionAssemblyUpdater, StampsWhatEachProjectNames) {
   EXPECT_EQ(folder_.Read("a/Properties/AssemblyInfo.cs"), New);
 }
 
-TEST_F(SolutionAssemblyUpdater, FiltersIdentifiersInTheirOrder) {
-  AddProject('A', "a.csproj", "");
-  const text::TStringList none;
-  const std::u16string a = text::FromAscii(Id('A'));
-  const text::TStringList some{a, u"{X}"};
-  const auto updater = Updater();
-  updater->UpdateProjects({u"{X}", a, u"{B}"}, &some);
-  updater->UpdateProjects({a}, &none);
-  EXPECT_THAT(Log(), ElementsAre("0 2 projects to process.", "0 ProjectID : {X} - not found in solution",
-                                 "0 Processing Project File : DIR/a.csproj", "0 0 projects to process."));
-}
-
 TEST_F(SolutionAssemblyUpdater, AMissingProjectFileEndsTheRun) {
   AddProject('A', "missing.csproj");
   AddProject('B', "b.csproj", "");
@@ -167,28 +155,6 @@ TEST_F(SolutionAssemblyUpdater, ChangesAnAttributeWhereItStands) {
     const bool isWarned = stamped != "a/AssemblyInfo.cs" || std::string_view(name) == "not on disk yet";
     EXPECT_EQ(Messages().empty(), !isWarned);
   }
-}
-
-TEST_F(SolutionAssemblyUpdater, TellsOfSharedSourcesOnce) {
-  TAssemblyInfoHistory history;
-  AddProject('A', "a.csproj", Compiling("AssemblyInfo.cs;Common.cs"));
-  AddProject('B', "b.csproj", Compiling("b/AssemblyInfo.cs;Common.cs"));
-  folder_.Write("AssemblyInfo.cs");
-  folder_.Write("b/AssemblyInfo.cs");
-  folder_.Write("Common.cs", Old);
-  Updater({}, &history)->UpdateAllProjects();
-  EXPECT_THAT(
-      Messages(),
-      ElementsAre("Warning : DIR/Common.cs: is changed for A, whose AssemblyInfo file lacks AssemblyVersion. "
-                  "It is also part of B; to stamp A alone, move the attributes into its own file"));
-  action_.Version = u"2.0";
-  Updater({}, &history)->UpdateProjects({text::FromAscii(Id('A'))}, nullptr);
-  EXPECT_EQ(folder_.Read("Common.cs"), "[assembly: AssemblyVersion(\"2.0\")]");
-  EXPECT_THAT(
-      Messages(),
-      ElementsAre(testing::HasSubstr("is changed for A"),
-                  "Warning : DIR/Common.cs: AssemblyVersion was \"1.2.3.4\" for B earlier in this run and is "
-                  "\"2.0\" for A now; give each project its own, or all the same"));
 }
 
 // Whoever is stamped first: what one project adds must not keep the other from it.

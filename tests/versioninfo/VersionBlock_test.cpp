@@ -82,21 +82,5 @@ TEST(VersionBlockContent, IsWhatAResourceCompilerMakesOfIt) {
   EXPECT_EQ(Content(halves), "[040904e4] A=\xC3\xA9\" ^b ");
 }
 
-TEST(VersionBlockContent, KnowsItsLinesAndTheCodePageBeforeThem) {
-  const std::tuple<const char*, std::size_t, std::size_t, std::optional<unsigned>> rows[] = {
-      {"a\n1 VERSIONINFO\nBEGIN\nEND\nb", 1, 4, std::nullopt},
-      {"# pragma  code_page ( 932 )\n#pragma code_page(1250)\n1 VERSIONINFO\n#pragma code_page(1)", 2, 3,
-       1250},
-      {"#pragma code_page(DEFAULT)\n#pragma once", 2, 0, std::nullopt},
-      {"1 VERSIONINFO", 0, 1, std::nullopt},
-  };
-  for (const auto& [script, begin, end, page] : rows) {
-    const TVersionBlockContent content = ReadVersionBlockContent(Lines(script), false);
-    EXPECT_EQ(std::tuple(content.Begin, content.End, CodePageOfVersionBlock(Lines(script))),
-              std::tuple(begin, end, page))
-        << script;
-  }
-}
-
 } // namespace
 } // namespace kx

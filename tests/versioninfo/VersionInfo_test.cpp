@@ -19,54 +19,6 @@ std::string Lines(const TVersionInfoContainer& info, std::initializer_list<std::
   return out;
 }
 
-TEST(VersionInfo, UpdatesVersionTextsAndProductNumbers) {
-  const std::tuple<const char*, std::u16string, std::u16string, std::string> cases[] = {
-      {"the product's numbers follow its text", u"ProductVersion=5, 6\r\nFileVersion=x", u"",
-       "5,6,0,0\nVALUE \"ProductVersion\", \"5, 6\"\nVALUE \"FileVersion\", \"x\"\n"},
-      {"no numbers", u"ProductVersion=2010 R2", u"", "1,2,0,0\nVALUE \"ProductVersion\", \"2010 R2\"\n"},
-      {"both automatic", u"ProductVersion=5.6", u"AutoUpdateFileVersionString AutoUpdateProductVersionString",
-       "1,2,0,0\nVALUE \"ProductVersion\", \"1.2.0.0\"\nVALUE \"FileVersion\", \"1.2.0.0\"\n"},
-      {"linked", u"FileVersion=1.2 beta\r\nProductVersion=5.6", u"LinkProductVersion",
-       "1,2,0,0\nVALUE \"FileVersion\", \"1.2 beta\"\nVALUE \"ProductVersion\", \"1.2 beta\"\n"},
-  };
-  for (const auto& [name, strings, flags, expected] : cases) {
-    TVersionInfoContainer info;
-    info.SetMajorVersion(1);
-    info.SetMinorVersion(2);
-    info.SetStringValues(strings);
-    for (const auto& property : Win32VersionProperties())
-      if (flags.find(property.Name) != flags.npos) property.Set(info.Values(), u"True");
-    EXPECT_EQ(Lines(info, {u"PRODUCTVERSION", u"Version\""}), "PRODUCTVERSION " + expected) << name;
-  }
-}
-
-// Whoever lists the properties can read and write each.
-TEST(VersionInfo, PropertiesKeepWhatTheyAreGiven) {
-  TVersionInfoValues values;
-  for (const auto& property : Win32VersionProperties()) {
-    const bool isFlag = property.Get(values) == u"False";
-    const std::u16string_view given = isFlag ? u"True" : u"7";
-    property.Set(values, given);
-    const bool isRule = property.Name.starts_with(u"AutoUpdate") || property.Name.starts_with(u"Link");
-    EXPECT_EQ(property.Selectable, !isRule) << text::ToUtf8(property.Name);
-    EXPECT_EQ(property.Get(values), given) << text::ToUtf8(property.Name);
-    if (!isFlag) continue;
-    property.Set(values, u"no");
-    EXPECT_EQ(property.Get(values), u"False") << text::ToUtf8(property.Name);
-  }
-}
-
-TEST(VersionInfo, AsksForEachTextThatItMayUpdate) {
-  constexpr std::array<std::u16string_view, 1> names{u"Comments"};
-  const TVersionInfoContainer info(names, [](std::u16string_view name, std::u16string_view oldValue,
-                                             std::u16string& newValue, bool selectable) {
-    newValue = std::u16string(name) + u"=" + std::u16string(oldValue) + (selectable ? u"?" : u"!");
-  });
-  EXPECT_TRUE(info.HasName(u"comments") && !info.HasName(u"Comment"));
-  EXPECT_EQ(info.NewValue(u"A", u"b", true) + info.NewValue(u"A", u"b", false), u"A=b?A=b!");
-  EXPECT_EQ(TVersionInfoContainer().NewValue(u"A", u"b", true), u"b");
-}
-
 TEST(VersionInfo, NamesNumbersThatAResourceCannotHold) {
   TVersionInfoContainer info;
   info.SetMajorVersion(65535);

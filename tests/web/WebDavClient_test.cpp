@@ -156,34 +156,5 @@ TEST(WebDavClient, AsksAndSaysWhatItGot) {
   EXPECT_EQ(*platform::ReadFile(got), "abc");
 }
 
-TEST(WebDavClient, SaysInWordsWhatAServerRefuses) {
-  const tests::TTemporaryFolder folder;
-  const std::pair<const char*, const char*> rows[] = {
-      {"400", ", the server does not understand the request"},
-      {"403", ", access is denied"},
-      {"404", ", there is no such file or folder"},
-      {"405", ", the server does not allow this here; is WebDAV enabled for the folder?"},
-      {"407", ", the proxy asks for a user name and password"},
-      {"409", ", the folder does not exist on the server"},
-      {"413", ", the server refuses a file of this size"},
-      {"423", ", the file is locked"},
-      {"500", ", the server failed"},
-      {"501", ", the server cannot do this; is WebDAV enabled?"},
-      {"502", ", a server behind the server failed"},
-      {"503", ", the server is not available"},
-      {"418", ""},
-  };
-  for (const auto& [status, words] : rows) {
-    TServer server({Answer(std::string(status) + " No")});
-    const auto client = TKxWebDavClient::Create();
-    client->ServerName = u"127.0.0.1";
-    client->ServerPort = server.Port();
-    EXPECT_FALSE(client->DownloadFile(u"/a", folder.Path("a")));
-    EXPECT_TRUE(text::ToUtf8(client->LastErrorText())
-                    .ends_with(std::string(" failed: HTTP status ") + status + words + "."))
-        << text::ToUtf8(client->LastErrorText());
-  }
-}
-
 } // namespace
 } // namespace kx
