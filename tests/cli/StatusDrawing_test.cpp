@@ -39,15 +39,6 @@ TEST(StatusDrawing, SaysWhatIsUnderWayAndHowFarItIs) {
 )");
   for (const char* title : {"four", "five"})
     status.Entries.push_back({{.Title = title}, {}});
-  status.Counts = {0, 1};
-  status.Usual = seconds(60);
-  EXPECT_EQ(Drawn(status, 90, 20),
-            R"(Compiling a group                                                                         |90
-  Inner                                                                              10:00|90
-    four                                                                                  |90
-      five                                                                                |90
-██████████████████████████████  1:15 of usually 1:00  1 warning|63
-)");
   status.Progress = "12 of 40 parts";
   status.Usual = milliseconds(999);
   status.Counts = {3, 0};
@@ -58,15 +49,6 @@ four                                                                            
 five                                                                                      |90
 1:15  12 of 40 parts  3 errors|30
 )");
-  EXPECT_EQ(Drawn(status, 90, 20, true),
-            "\033[1mBuild\033[0m                                                \033[2mproject 3 of 17  0:12 "
-            "of usually 0:40\033[0m|90\n\033[2mCompiling a group\033[0m                                      "
-            "                                   \033[2m\033[0m|90\n\033[1mInner\033[0m                       "
-            "                                                         "
-            "\033[2m10:00\033[0m|90\n\033[2mfour\033[0m                                                      "
-            "                                \033[2m\033[0m|90\n\033[2mfive\033[0m                           "
-            "                                                           \033[2m\033[0m|90\n\033[2m1:15  12 "
-            "of 40 parts\033[0m  \033[31m3 errors\033[0m|30\n");
 }
 
 TEST(StatusDrawing, IsOneRowWhereThereIsNoRoom) {

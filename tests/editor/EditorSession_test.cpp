@@ -335,8 +335,7 @@ TEST_F(EditorSession, TellsItsPageWhatTheProjectHolds) {
 {"applies":false,"help":"The passes of this loop may run at the same time, as far as they do not depend on each other.","name":"Parallel","value":""}])");
 }
 
-TEST_F(EditorSession, TellsItsOptionsAndTheVariablesThatAreThere) {
-
+TEST_F(EditorSession, OffersTheVariablesThatAreThere) {
   Open("    <Action Type=\"SOLUTIONITERATOR\"><LoopVariable>Item</LoopVariable><Actions>"
        "<Action Type=\"LOOP\"><LoopVariable>Inner</LoopVariable></Action></Actions></Action>\n"
        "    <Action Type=\"STEP\"><Text>%V% $(v)</Text></Action>\n");
@@ -351,35 +350,6 @@ TEST_F(EditorSession, TellsItsOptionsAndTheVariablesThatAreThere) {
   EXPECT_EQ(items, R"(cmbVariable["V","Inner","Item"]
 )");
   EXPECT_EQ(Do("renameVariable", {{"name", "V"}, {"to", "W"}})["followed"], 2);
-  std::string options;
-  const TJson all = Do("action", {{"id", "options"}});
-  for (const auto& page : all["pages"]) {
-    options += page["name"].get<std::string>() + "\n";
-    for (const auto& field : page["fields"])
-      options += "  " + field["kind"].get<std::string>() + " " + field["name"].get<std::string>() + " " +
-                 field["label"].get<std::string>() + " " + field["buttons"].dump() + field["value"].dump() +
-                 "\n";
-  }
-  EXPECT_EQ(folder_.Plain(options), R"(Visual Studio.Net
-  heading  Folders []""
-  folder DevEnvLocation Visual Studio 2002 [{"hint":"Select Directory","kind":"browse"}]""
-  folder DevEnv2003Location Visual Studio.NET 2003 [{"hint":"Select Directory","kind":"browse"}]""
-  folder DevEnv2005Location Visual Studio.NET 2005 [{"hint":"Select Directory","kind":"browse"}]""
-  folder DevEnv2008Location Visual Studio.NET 2008 [{"hint":"Select Directory","kind":"browse"}]""
-  folder DevEnv2010Location Visual Studio.NET 2010 [{"hint":"Select Directory","kind":"browse"}]""
-  folder StandaloneMSTestDir Standalone MSTest [{"hint":"Select Directory","kind":"browse"}]""
-  heading  Version []""
-  dropdown DefaultVSVersion Default Version []"Visual Studio.NET 2005"
-kxhost
-  heading  DotNetFramework []""
-  folder DotNetFramework.v2.0 v2.0 [{"hint":"Select Directory","kind":"browse"}]""
-  folder DotNetFramework.v3.5 v3.5 [{"hint":"Select Directory","kind":"browse"}]""
-  folder DotNetFramework.v4.0 v4.0 [{"hint":"Select Directory","kind":"browse"}]""
-  heading  WebSites []""
-  file WebSites.ApplicationHostConfig ApplicationHostConfig [{"hint":"Select File","kind":"browse"}]""
-  heading  Editor []""
-  text Editor.OpenFile OpenFile []""
-)");
 }
 
 TEST_F(EditorSession, ANewProjectHasNoFileUntilItIsSaved) {

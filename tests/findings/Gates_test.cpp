@@ -95,20 +95,5 @@ TEST(Gates, AreReadFromWordsAndTheNearestCounts) {
               std::tuple(expected.Baseline, expected.FailOn, expected.MaxWarnings));
 }
 
-TEST(Findings, AreChosenByTheirSeverity) {
-  using enum TFindingSeverity;
-  const std::vector<TFinding> findings{Found(Warning, u"a"), Found(Note, u"b"),  Found(Error, u"c"),
-                                       Found(Warning, u"d"), Found(Error, u"e"), Found(Note, u"f")};
-  const TFindingCounts counts = CountOf(findings);
-  EXPECT_EQ(std::tuple(counts.Errors, counts.Warnings, counts.Notes), std::tuple(2, 2, 2));
-  const auto chosen = [&](std::size_t most) {
-    std::u16string all;
-    for (const auto* finding : MostSevere(findings, most))
-      all += finding->Message;
-    return text::ToUtf8(all);
-  };
-  EXPECT_EQ(chosen(9) + " " + chosen(3), "cead cea");
-}
-
 } // namespace
 } // namespace kx

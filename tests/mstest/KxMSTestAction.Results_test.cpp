@@ -127,6 +127,33 @@ TEST_F(MSTestResults, ADryRunInterpretsNothing) {
   EXPECT_THAT(Outcome(), ElementsAre());
 }
 
+// The file that the property names, as MSTest is told of it in its own folder, and where its results are
+// read.
+TEST_F(MSTestResults, RelativePathsMeanTheProjectsFolder) {
+  host_.Variables[u"ProjectDir"] = folder_.Path();
+  folder_.Write("bin/a.dll", "");
+  folder_.Write("a.testrunconfig", "");
+  const std::tuple<const char*, std::u16string, std::string, std::string> cases[] = {
+      {"in the project's folder", u"AssemblyFileName=a.dll", "DIR",
+       "/testcontainer:a.dll /resultsfile:out.trx"},
+      {"a container below it", u"AssemblyFileName=bin/a.dll", "DIR/bin/",
+       "/testcontainer:DIR/bin/a.dll /resultsfile:DIR/out.trx"},
+      {"a folder of the user's, from which the container is seen",
+       u"AssemblyFileName=a.dll~StartingDirectory=bin", "DIR/bin",
+       "/testcontainer:a.dll /resultsfile:DIR/out.trx"},
+      {"a run configuration", u"ConfigFileName=a.testrunconfig", "DIR/bin",
+       "/testcontainer:a.dll /resultsfile:DIR/out.trx /runconfig:DIR/a.testrunconfig"},
+  };
+  for (const auto& [what, settings, directory, parameters] : cases) { // each goes on from the one before
+    Set(u"OutputFileName=out.trx");
+    Set(settings);
+    Run(ThreeResults, 1);
+    EXPECT_EQ(Outcome(), Metrics("1", "2", "1239")) << what;
+    EXPECT_EQ(folder_.Plain(host_.Runs().back().Directory), directory) << what;
+    EXPECT_EQ(folder_.Plain(host_.Runs().back().Parameters), parameters + " /nologo") << what;
+  }
+}
+
 class MSTestTemporaryResults : public MSTestResults {
 protected:
   MSTestTemporaryResults() { Set(u"OutputFileName="); }

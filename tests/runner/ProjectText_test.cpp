@@ -156,21 +156,6 @@ TEST(ProjectText, KeepsTheLayoutThatATextHas) {
     EXPECT_EQ(Edited(before, edit), after);
 }
 
-TEST(ProjectText, TellsItsPropertySets) {
-  EXPECT_TRUE(TProjectText(std::string(Project)).PropertySets().empty());
-  const TProjectText text(
-      "<BuildProject><PropertySets><PropertySet Name=\"S\" Kind=\"Win32\"><Value Name=\"a\">1"
-      "</Value><Value>2</Value></PropertySet><PropertySet/></PropertySets></BuildProject>");
-  std::u16string sets;
-  for (const auto& set : text.PropertySets()) {
-    sets += set.Name + u":" + set.Kind;
-    for (const auto& [name, value] : set.Values)
-      sets += u" " + name + u"=" + value;
-    sets += u";";
-  }
-  EXPECT_EQ(sets, u"S:Win32 a=1 =2;:;");
-}
-
 // "AB[CD]E" is four rows, one of them a group with two.
 std::string Written(std::string_view shape) {
   std::string text = "<BuildProject>\n  <Actions>\n";

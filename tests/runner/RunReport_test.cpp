@@ -256,20 +256,6 @@ L loop LOOP succeeded 0/1 0+0+0
 1. warning: of b (action-warning) of b (y)
 part 1 2
 )");
-  EXPECT_EQ(part({.Only = {{1}}}), R"(succeeded 0/2 0 tests in part
-L loop LOOP succeeded 0/2 0+0+0
-  b (x) STEP succeeded 0/1 0+0+0
-  b (y) STEP succeeded 0/1 0+0+0
-1. warning: of b (action-warning) of b (x) x2
-)");
-  EXPECT_EQ(part({.Only = {{0, 1}}, .WithoutNeeds = true}), R"(succeeded 0/3 0 tests
-a STEP succeeded 0/1 0+0+0
-L loop LOOP succeeded 0/2 0+0+0
-  b (x) STEP succeeded 0/1 0+0+0
-  b (y) STEP succeeded 0/1 0+0+0
-1. warning: said (action-warning) of a
-2. warning: of b (action-warning) of b (x) x2
-)");
   EXPECT_EQ(part({.WithoutNeeds = true}).substr(0, 20), "succeeded 0/3 0 test");
   EXPECT_EQ(progress.Told, std::string());
 }

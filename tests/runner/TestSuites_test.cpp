@@ -40,22 +40,6 @@ TEST(TestSuites, AreReadAsTheyAreReported) {
   }
 }
 
-TEST(TestSuites, TellHowLongEachTestTookAndWhatBecameOfIt) {
-  for (const auto& [seconds, elapsed] : {std::pair(u"1.5", 1'500LL),
-                                         {u"0.0004", 0LL},
-                                         {u"-1", 0LL},
-                                         {u"x", 0LL},
-                                         {u"inf", 0LL},
-                                         {u"1e10", 1'000'000'000'000LL}})
-    EXPECT_EQ(ElapsedOf(seconds).count(), elapsed);
-  TReportedTest test;
-  EXPECT_EQ(OutcomeOf(test), TPastTest::Passed);
-  test.Skipped = true;
-  EXPECT_EQ(OutcomeOf(test), TPastTest::NotRun);
-  test.Failed = true;
-  EXPECT_EQ(OutcomeOf(test), TPastTest::Failed);
-}
-
 TEST(TestSuites, HaveNamesOfTheirOwn) {
   TSuiteNames names;
   const auto start = [&names](std::u16string pass) {
