@@ -154,5 +154,23 @@ TEST(IteratorProperties, AreEachTheirOwn) {
   EXPECT_EQ(tests::SideEffects<TKxVSSolutionIterator>(), "");
 }
 
+TEST_F(TSolutionIteratorTest, TheLoopVariableHoldsTheChosenValueInEitherOrder) {
+  const std::tuple<bool, std::u16string, std::string> cases[] = {
+      {true, u"svName", "Lib|App|Web|"},
+      {false, u"svName", "App|Lib|Web|Gone|"},
+      {false, u"svRelativePath", "App.csproj|..\\Lib\\Lib.csproj|http://h/Web|Gone.csproj|"},
+      {false, u"svProjectId", "{App}|{Lib}|{Web}|{Gone}|"},
+  };
+  for (const auto& [sorted, value, expected] : cases) {
+    loop_.SortByDependency = sorted;
+    loop_.IncludeProjectsNotFound = !sorted;
+    TPropertyTexts(loop_).Set(u"IterateValue=" + value);
+    std::string values;
+    for (const auto& line : Run(true))
+      if (line.starts_with("= P ")) values += line.substr(4) + "|";
+    EXPECT_EQ(values, expected);
+  }
+}
+
 } // namespace
 } // namespace kx::tests

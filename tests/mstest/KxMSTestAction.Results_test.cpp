@@ -200,5 +200,16 @@ TEST_F(MSTestTemporaryResults, StayWhenTheyCannotBeInterpreted) {
   EXPECT_TRUE(platform::RemoveFile(file));
 }
 
+TEST_F(MSTestResults, CountsArePublishedInOnePlace) {
+  for (const auto* name :
+       {u"_envTeamServer", u"_envTeamProject", u"_envTeamBuildId", u"_envBuildPlatform", u"_envBuildFlavor"})
+    host_.Variables[name] = u"x";
+  Run(ThreeResults, 1);
+  EXPECT_THAT(Outcome(), ElementsAre("# Unit_Tests Test_Results ", "# Unit_Tests Test_Run_Name Run MSTest"));
+  Set(u"PublishMode=pbSpecify~TeamServer=s~TeamProject=p~BuildId=b");
+  Run(ThreeResults, 1);
+  EXPECT_EQ(Outcome(), Metrics("1", "2", "1239"));
+}
+
 } // namespace
 } // namespace kx::tests
