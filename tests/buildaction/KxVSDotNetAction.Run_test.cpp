@@ -46,33 +46,6 @@ std::string DevEnvProjects(const std::string& verb) {
          Project("App", "Debug|Any CPU") + DevEnv(parameters + "\"App\\App.csproj\"");
 }
 
-TEST_F(BuildRun, OfTheWholeSolutionLogsExactly) {
-  const std::string debug = Debug + Solution + DevEnv("/build \"Debug|Any CPU\"");
-  EXPECT_EQ(Outcome(u"", {{{u"TandemorLogger|warning|file=|line=0|column=0|code=|project=|text=old", u"x"}}}),
-            Debug + Solution +
-                MSBuild("\"Any CPU\"", "\"DIR/App.sln\"",
-                        "/logger:TandemorLogger,\"BIN/TandemorLogger.dll\" /noconlog ") +
-                "2 warning: old\n0 x\n< 1\n# Compiler Errors 0\n# Compiler Warnings 1\n" + Succeeded);
-  // The printed output of MSBuild, counted by its summary.
-  EXPECT_EQ(Outcome(u"StructuredOutput=False",
-                    {{{u"a.cs(1,1): error CS1: x", u"  2 Error(s)"}, 1, {u"an error = here"}}}),
-            Debug + Solution + MSBuild("\"Any CPU\"", "\"DIR/App.sln\"") +
-                "3 a.cs(1,1): error CS1: x\n# Compiler Errors 2\n0   2 Error(s)\n0 an error = here\n"
-                "3 DIR/MSBuild.exe returned Error code : 1\n< 3\n" +
-                Failed);
-  EXPECT_EQ(Plain(host_.Runs().back().Directory), "DIR");
-  // Two configurations that match, of which the first fails.
-  EXPECT_EQ(Outcome(u"UseMSBuild=False&SolutionConfiguration=Debug.*|Rel",
-                    {{{}, 2}, {{u"complete -- 0 errors, 1"}}}),
-            debug + "3 DIR/devenv.com returned Error code : 2\n< 3\n] 1\n[ Release|Any CPU\n" + Solution +
-                DevEnv("/build \"Release|Any CPU\"") +
-                "# Compiler Errors 0\n# Compiler Warnings 1\n0 complete -- 0 errors, 1\n< 1\n" + Succeeded);
-  EXPECT_EQ(Outcome(u"UseMSBuild=False", {{{u"..."}, ExitCodeTerminated}}),
-            debug + "0 ...\n3 Action Terminated by User.\n< 3\n" + Failed);
-  EXPECT_EQ(Outcome(u"UseMSBuild=False", {{{}, 0, {}, u"no program"}}),
-            debug + "3 Error Running DIR/devenv.com : no program\n< 3\nno program");
-}
-
 TEST_F(BuildRun, OfProjectsLogsExactly) {
   const std::string cleaning = "> Cleaning Projects\n" + DevEnvProjects("/clean");
   EXPECT_EQ(Outcome(Selection + u"&BuildAction=baRebuild"),

@@ -77,14 +77,5 @@ TEST_F(CommandLine, TakesNothingButNumbersInAListOfWarnings) {
     EXPECT_TRUE(IsWarningList(list)) << text::ToUtf8(list);
 }
 
-TEST_F(CommandLine, OfDevEnvFollowsTheProperties) {
-  Expect(u"UseMSBuild=False&BuildAction=baRebuild", "/rebuild \"Debug|Any CPU\"");
-  Expect(u"UseMSBuild=False&UseEnv=True&BuildAction=baDeploy", "/useenv /deploy \"Debug|Any CPU\"");
-  Expect(u"UseMSBuild=False&BuildAction=baClean&SolutionConfiguration=Nightly", "/clean \"Nightly\"");
-  Expect(u"UseMSBuild=False&SolutionConfiguration=Rel&ExtraCmdLineParams=/out "
-         u"$(currentconfigname)-%CurrentPlatformName%",
-         "/out Release-Any CPU /build \"Release|Any CPU\"");
-}
-
 } // namespace
 } // namespace kx::tests

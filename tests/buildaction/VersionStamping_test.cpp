@@ -6,7 +6,6 @@ namespace {
 using testing::AllOf;
 using testing::EndsWith;
 using testing::HasSubstr;
-using testing::Not;
 
 constexpr const char* Script = "#include <winver.h>\r\n1 VERSIONINFO\r\nFILEVERSION 1,2,3,4\r\nBEGIN\r\n"
                                "BLOCK \"StringFileInfo\"\r\nBEGIN\r\nBLOCK \"040904b0\"\r\nBEGIN\r\n"
@@ -58,21 +57,6 @@ protected:
     return found;
   }
 };
-
-TEST_F(VersionStamping, WritesAttributesThatAreAskedForInEveryProject) {
-  host_.Variables[u"Label"] = u"a \"b\"";
-  EXPECT_THAT(Stamp(Version + u"2|3|4|5&UpdateAssemblyFileVersion=True&LinkAssemblyFileVersionInfo=True&"
-                              u"UpdateAssemblyTitle=True&AssemblyTitle=%Label%&AssemblyCompany=unwanted"),
-              AllOf(testing::StartsWith("> Updating AssemblyInfo\n0 4 projects to process.\n"),
-                    HasSubstr("0 Processing Assembly info in File : DIR/Lib/Properties/AssemblyInfo.cs\n")));
-  EXPECT_EQ(Versions(), "2.3.4.5 F2.3.4.5 2.3.4.5 F2.3.4.5 ");
-  EXPECT_THAT(folder_.Read("App/Properties/AssemblyInfo.cs"),
-              AllOf(HasSubstr("AssemblyTitle(\"a \\\"b\\\"\")"), Not(HasSubstr("unwanted"))));
-  folder_.Write("App/Properties/AssemblyInfo.cs", "\n[assembly: AssemblyTitle(A + B)]\n");
-  EXPECT_THAT(Stamp(Assemblies + u"UpdateAssemblyTitle=True&AssemblyTitle=a"),
-              HasSubstr("2 Warning : DIR/App/Properties/AssemblyInfo.cs: the expression A + B in line 2 is "
-                        "replaced by the value\n"));
-}
 
 TEST_F(VersionStamping, IncrementsEachNumberOnceAnExecutionUnlessAPropertySetGivesThem) {
   const std::u16string all = u"UpdateAssemblyFileVersion=True&AutoIncAssemblyBuildNumber=True&"

@@ -4,7 +4,7 @@
 #include "foundation/text/Exceptions.h"
 #include "tests/support/TemporaryFolder.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <set>
 
@@ -373,26 +373,6 @@ TEST(Check, LooksForFilesInAFolderAndBelow) {
   EXPECT_THROW(found("gone"), EKxException);
 }
 
-TEST(Check, TellsWhichConfigurationsOfASolutionAreMeant) {
-  tests::TTemporaryFolder folder;
-  const auto file = folder.Write("App.sln", Title + "10.00\n" + Global({"Debug|x86", "Debug|x64"}, {}));
-  TChecker checker{TCheckLevels()};
-  EXPECT_EQ(checker.CheckConfiguration(file, u"debug|X64"), std::vector<std::u16string>{u"Debug|x64"});
-  EXPECT_EQ(checker.CheckConfiguration(file, u"Debug").size(), 2U);
-  EXPECT_EQ(checker.TakeFindings().size(), 0U);
-  std::set<std::string> said;
-  for (const auto& [wanted, path] :
-       {std::pair(u"Rel", file), {u"(", file}, {u"Debug", folder.Write("No.sln", "x")}}) {
-    EXPECT_TRUE(checker.CheckConfiguration(path, wanted).empty());
-    EXPECT_EQ(Found(checker, said), "0 configuration-none");
-  }
-  EXPECT_EQ(said,
-            (std::set<std::string>{
-                "configuration-none, : App.sln has no configuration \"Rel\". It has Debug|x86, Debug|x64.",
-                "configuration-none, : Invalid Visual Studio Solution Header : x",
-                "configuration-none, : missing closing parenthesis at position 2 of \"(\""}));
-}
-
 TEST(Check, FindsWhatDoesNotFitBetweenASolutionAndItsProjects) {
   tests::TTemporaryFolder folder;
   const auto project = [](const std::string& items) {
@@ -456,28 +436,6 @@ TEST(Check, ComparesTheVersionsOfNativeFilesAndAssemblies) {
     std::erase_if(said, [](const std::string& line) { return !line.starts_with("versions-differ"); });
     EXPECT_EQ(said.empty() ? "" : *said.begin(), found);
   }
-}
-
-TEST(Check, SaysWhatTheUserHasMadeOfItsRules) {
-  tests::TTemporaryFolder folder;
-  const auto file = folder.Write("App.sln", "x");
-  TCheckLevels levels;
-  levels.Set(u"solution-unreadable=off");
-  levels.Set(u" Solution-Unreadable = NOTE ");
-  TChecker checker(levels);
-  checker.CheckSolution(file);
-  EXPECT_EQ(checker.TakeFindings().at(0).Severity, TFindingSeverity::Note);
-  checker.CheckSolution(folder.Path("none.sln"));
-  EXPECT_EQ(checker.TakeFindings().size(), 1U) << "it is not there";
-  const TCheckRule& rule = RequireCheckRule(u"SOLUTION-CYCLE");
-  for (const auto* name : {u"off", u"note", u"warning", u"error"}) {
-    levels.Set(u"solution-cycle=" + std::u16string(name));
-    EXPECT_EQ(LevelName(levels.Of(rule)), name);
-    EXPECT_EQ(levels.Of(rule).has_value(), name != std::u16string_view(u"off"));
-  }
-  EXPECT_THROW(levels.Set(u"solution-cycle"), EKxException);
-  EXPECT_THROW(levels.Set(u"solution-cycel=off"), EKxException);
-  EXPECT_THROW(levels.Set(u"solution-cycle=fatal"), EKxException);
 }
 
 } // namespace

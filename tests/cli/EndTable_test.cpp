@@ -3,13 +3,12 @@
 #include "program/cli/Output.h"
 #include "tests/support/Results.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 namespace kx::cli {
 namespace {
 
 using std::chrono::milliseconds;
-using testing::HasSubstr;
 using tests::ConfigurationResult;
 
 TActionResult Result(std::u16string name, TResultKind kind, TProblemCounts counts = {}) {
@@ -47,14 +46,6 @@ TEST(EndTable, HasARowForEachConfigurationThatWasBuiltAndAddsUp) {
             "  Étiqueter (Lib)                   failed                  1         0      1.23 s\n"
             "\n"
             "Failed: 2 succeeded, 3 failed; 3 errors, 2 warnings; 5 tests, 1 failed; 1 min 06 s\n");
-}
-
-TEST(EndTable, KeepsItsShapeWhateverComes) {
-  EXPECT_EQ(Table({}), "\nFailed: 0 errors, 0 warnings; 1 min 06 s\n") << "nothing ran: the last line alone";
-  EXPECT_THAT(Table({Result(u"a\r\n::b", TResultKind::Failed)}), HasSubstr("\na\u240D\u240A::b  "));
-  EXPECT_THAT(Table({Result(u"Build", TResultKind::Ignored)}, {}, true),
-              testing::AllOf(HasSubstr("\x1b[0mBuild  "), HasSubstr("\x1b[33mignored\x1b[0m"),
-                             HasSubstr("\x1b[31mFailed\x1b[0m: 1 ignored;")));
 }
 
 TEST(Terminal, ToolOutputCannotSteerItNorFloodIt) {

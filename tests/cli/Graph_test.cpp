@@ -7,7 +7,6 @@
 
 #include <gmock/gmock.h>
 
-#include <array>
 #include <regex>
 
 namespace kx::cli {
@@ -91,23 +90,6 @@ TEST(Graph, IsWrittenForOthersToDrawWhateverProjectsAreCalled) {
 )");
 }
 
-TEST(Graph, IsDrawnAsAPictureThatIsWellFormedAndSaysItsCirclesInWords) {
-  const std::string svg = Drawn(Sample(), WriteSvg);
-  const auto document = NewXMLDocument();
-  EXPECT_TRUE(document->LoadBytes(svg)) << text::ToUtf8(document->ParseError());
-  const std::pair<const char*, std::size_t> pieces[] = {
-      {"<title id=\"title\">A &quot;b&quot;.sln: build order", 1},
-      {"needs 1. `é` (line 4), 1. `é` needs C (line 9), C needs A&quot; \\N &lt;&amp;&gt;", 1},
-      {"<g class=\"circular\">", 2},
-      {"<g class=\"missing circular\"><title>7. 1. `é` (not on disk)\nb</title>", 1},
-      {"<g class=\"missing \"><title>{E} (no project", 1},
-      {"<path class=\"circle\"", 3},
-      {"<path class=\"plain\"", 3},
-  };
-  for (const auto& [piece, count] : pieces)
-    EXPECT_EQ(tests::CountOf(piece, svg), count) << piece << "\n" << svg;
-}
-
 TEST(Graph, IsDrawnInColumnsFromLeftToRight) {
   static const std::regex head("<title id=[^]*</defs>\n");
   EXPECT_EQ(
@@ -138,38 +120,6 @@ d</title><rect class="box" rx="6" x="174" y="117" width="88" height="26"/><text 
 f</title><rect class="box" rx="6" x="24" y="177" width="24" height="26"/><text x="32" y="195">F</text></g>
 </svg>
 )~");
-}
-
-// The numbers of the attributes x, y, width and height of each box, in the order of the nodes.
-std::vector<std::array<int, 4>> BoxesOf(const TGraph& graph) {
-  const std::string svg = Drawn(graph, WriteSvg);
-  static const std::regex box(R"re(class="box" rx="6" x="(\d+)" y="(\d+)" width="(\d+)" height="(\d+)")re");
-  std::vector<std::array<int, 4>> boxes;
-  for (auto at = std::sregex_iterator(svg.begin(), svg.end(), box); at != std::sregex_iterator(); ++at)
-    boxes.push_back({std::stoi((*at)[1]), std::stoi((*at)[2]), std::stoi((*at)[3]), std::stoi((*at)[4])});
-  return boxes;
-}
-
-TEST(Graph, HasABoxOfItsOwnForEachProjectWideEnoughForItsName) {
-  TGraph graph = Sample();
-  for (const char16_t* name : {u"AB", u"ABCD", u"\u4E00\u4E8C", u"G", u"H", u"I"})
-    graph.Nodes.push_back({.Name = name, .Id = name});
-  const auto boxes = BoxesOf(graph);
-  ASSERT_EQ(boxes.size(), graph.Nodes.size());
-  for (std::size_t a = 0; a < boxes.size(); ++a)
-    for (std::size_t b = a + 1; b < boxes.size(); ++b) {
-      const bool areBeside =
-          boxes[a][0] + boxes[a][2] <= boxes[b][0] || boxes[b][0] + boxes[b][2] <= boxes[a][0];
-      const bool areAbove =
-          boxes[a][1] + boxes[a][3] <= boxes[b][1] || boxes[b][1] + boxes[b][3] <= boxes[a][1];
-      EXPECT_TRUE(areBeside || areAbove) << a << " and " << b;
-    }
-  EXPECT_GT(boxes[3][0], boxes[2][0]); // D needs C, which stands to its left
-  const auto widthOf = [](const char16_t* name) {
-    return BoxesOf({.Solution = u"", .Nodes = {{.Name = name}}}).at(0)[2];
-  };
-  EXPECT_LT(widthOf(u"AB"), widthOf(u"ABCD"));
-  EXPECT_EQ(widthOf(u"\u4E00\u4E8C"), widthOf(u"ABCD")); // letters as wide as they are high
 }
 
 TEST(Graph, HasLayersAlongItsLongestWaysAndIsCutToWhatIsReached) {

@@ -23,16 +23,6 @@ history::TRememberedRun Remembered(history::TNumber number, TResultKind result) 
   return {number, {{}, result, milliseconds(1500), {3, 0}, {5, 2}, u"0123456789"}, u"main", 4, 0};
 }
 
-TEST(HistoryOutput, HasALineForEachRun) {
-  history::TRememberedRun good = Remembered(12, Succeeded);
-  good.Run.Tests = {};
-  good.Run.Counts = {};
-  EXPECT_EQ(Shown(RunLines(std::vector{Remembered(2, Failed), good}, Plain)),
-            "Run  Began             Result     Errors  Warnings  New  Fixed        Tests    Time  Commit    "
-            "Branch|  2  TIME  failed          3         -    4      -  7, 2 failed  1.50 s  01234567  main| "
-            "12  TIME  succeeded       -         -    4      -            -  1.50 s  01234567  main|");
-}
-
 TEST(HistoryOutput, TellsOneRunWithItsPartsAndWhatWasWrong) {
   history::TRememberedDetails details{.Run = Remembered(7, Failed),
                                       .Surroundings = {u"box", u"Debian", u"abc", u"main", u"kxhost run"}};

@@ -68,41 +68,6 @@ public:
   void ShowMessage(std::u16string_view text) override { Asked = text::ToUtf8(text); }
 };
 
-TEST(Pages, AFieldTakesWhatItsKindAllows) {
-  const struct {
-    std::u16string_view Field, Typed;
-    std::string Value, Refused = {}, Error = {};
-  } rows[] = {
-      {u"box", u"true", "True"},
-      {u"box", u"maybe", "True", "\"Box\" is either True or False."},
-      {u"number", u" 12 ", " 12 "},
-      {u"same", u"1x", "1x", "", "\"Number\" takes a whole number, not \"1x\"."},
-      {u"same", u"7", "7"},
-      {u"lines", u"a\nb", "a\r\nb\r\n"},
-      {u"fixed", u"b", "b"},
-      {u"fixed", u"", ""},
-      {u"fixed", u"c", "", "\"Items\" has no item \"c\"."},
-      {u"free", u"c", "c"},
-      {u"file", u"x", "x"},
-      {u"off", u"x", "", "The field \"Off\" is disabled."},
-      {u"none", u"x", "", "The page \"Page\" has no field \"none\"."},
-      {u"", u"x", "", "The page \"Page\" has no field \"\"."},
-  };
-  TPage page;
-  int taken = 0;
-  for (const auto& row : rows) {
-    EXPECT_EQ(tests::FailureOf([&] { page.SetValue(row.Field, row.Typed); }), row.Refused);
-    taken += row.Refused.empty() ? 1 : 0;
-    EXPECT_EQ(page.Rules, taken) << "rules run after each doing of the user";
-    if (row.Refused.starts_with("The page")) continue;
-    EXPECT_EQ(text::ToUtf8(page.Field(row.Field).Value), row.Value);
-    EXPECT_EQ(text::ToUtf8(page.Field(row.Field).Error), row.Error);
-    EXPECT_EQ(tests::FailureOf([&] { page.WriteActionData(); }), row.Error);
-  }
-  EXPECT_EQ(std::pair(page.Number(u"number"), page.Number(u"same")), std::pair(12, 7));
-  EXPECT_EQ(page.Field(u"free").Items, (std::vector<std::u16string>{u"a", u"b", u"c"}));
-}
-
 TEST(Pages, OneChoiceOfAGroupIsChecked) {
   TPage page;
   std::string seen;

@@ -82,16 +82,6 @@ TEST(PublishedProperties, ReadsTextIntoTheActionAndBackOrSaysWhatIsAValue) {
   }
 }
 
-TEST(PublishedProperties, ComputedOnesAreNeitherStoredNorWritable) {
-  TPainter painter;
-  const TKxPublishedProperty* litres = painter.PublishedProperties().Find(u"Litres");
-  ASSERT_NE(litres, nullptr);
-  EXPECT_TRUE(litres->ReadOnly && !litres->Stored);
-  litres->Set(painter, TKxPropertyValue(std::int32_t{99}));
-  EXPECT_EQ(PropertyToText(*litres, litres->Get(painter)), u"2");
-  EXPECT_EQ(painter.PublishedProperties().Find(u"Litre"), nullptr);
-}
-
 // "Label kind (items) value | hint | what it needs", one field a line; "-" where it is disabled.
 std::string Fields(const TKxTablePage& page) {
   std::u16string all;

@@ -2,7 +2,6 @@
 
 #include "contract/UnitTests.h"
 #include "tests/editor/SessionWorld.h"
-#include "tests/support/Failure.h"
 
 #include <gtest/gtest.h>
 

@@ -52,17 +52,6 @@ TEST_F(EditorSession, RemembersWhatFitsIntoItsMemory) {
   EXPECT_EQ(Do("redo")["variables"][0]["value"], value('c'));
 }
 
-TEST_F(EditorSession, AnEntryThatWasTypedAndNotAcceptedIsNotLost) {
-  Open(Tests);
-  TJson typed = Set("0", 0, "txtAssemblyFilename", "b.dll");
-  EXPECT_EQ(typed["dirty"], false) << "it awaits its button";
-  EXPECT_EQ(Field(typed, 0, "MemoAssemblies")["value"], "a.dll\r\n");
-  EXPECT_THAT(Saved(), HasSubstr("\"a.dll\"|\"b.dll\""));
-  Set("0", 0, "txtAssemblyFilename", "c.dll");
-  EXPECT_EQ(Field(Click(0, "txtAssemblyFilename", "accept"), 0, "MemoAssemblies")["value"],
-            "a.dll\r\nb.dll\r\nc.dll\r\n");
-}
-
 TEST_F(EditorSession, ThePasswordNeverLeavesAndStaysWhereItIsNotTouched) {
   constexpr int page = 5;
   const auto secretOf = [](const std::string& text) {
@@ -389,31 +378,6 @@ TEST_F(EditorSession, ProblemsStandBesideTheirFields) {
   }
 }
 
-// A text that no run can expand is named by its property: all of them have a field to go to.
-TEST_F(EditorSession, EveryPropertyThatCanBeWrongHasItsField) {
-  for (const auto& type : world_.Services.Actions()) {
-    const auto action = type.Class->Create();
-    std::string elements;
-    int wrong = 0;
-    for (const auto& property : action->PublishedProperties().Rows()) {
-      const bool isList = property.Kind == TKxPropertyKind::StringList;
-      if (!property.Stored || property.Secret || (!isList && property.Kind != TKxPropertyKind::String))
-        continue;
-      const std::string name = text::ToUtf8(property.Name);
-      elements += "<" + name + (isList ? "><Line>%No.where%</Line></" : ">%No.where%</") + name + ">";
-      ++wrong;
-    }
-    Open("    <Action Type=\"" + text::ToUtf8(type.Identifier) + "\">" + elements + "</Action>\n");
-    const TJson entries = Do("validate")["entries"];
-    for (const auto& entry : entries)
-      if (entry.dump().find("No.where") != std::string::npos) {
-        EXPECT_TRUE(entry.contains("field")) << entry;
-        --wrong;
-      }
-    EXPECT_LE(wrong, 0) << entries;
-  }
-}
-
 TEST_F(EditorSession, PagesOfOneNameAreToldApart) {
   Open(Tests);
   std::vector<std::string> names;
@@ -422,38 +386,6 @@ TEST_F(EditorSession, PagesOfOneNameAreToldApart) {
     names.push_back(page["name"]);
   EXPECT_THAT(names, ElementsAre("Settings: Test Source", "Settings: MSTest Options", "Publish Results",
                                  "All Properties"));
-}
-
-// A project can be moved with what lies around it; what is far away keeps its full path.
-TEST_F(EditorSession, ChosenFilesAreSeenFromTheProject) {
-  for (const char* file : {"Sub/App.sln", "Near/50%off%.sln", "Sub/out/x"})
-    folder_.Write(file, "");
-  const std::string folder = text::ToUtf8(folder_.Path(""));
-  const std::string parent = std::filesystem::path(folder).parent_path().parent_path().string();
-  const struct {
-    const char* Type;
-    int Page;
-    const char* Field;
-    std::string Chosen, Written;
-  } rows[] = {
-      {"DEVENV", 0, "Solution", folder + "Sub/App.sln", "Sub/App.sln"},
-      {"DEVENV", 0, "Solution", "Sub/App.sln", "Sub/App.sln"}, // typed
-      {"DEVENV", 0, "Solution", "%Root%/App.sln", "%Root%/App.sln"},
-      {"DEVENV", 0, "Solution", folder + "Near/50%off%.sln", "Near/50%%off%.sln"},
-      {"DEVENV", 0, "Solution", parent + "/Near/App.sln", "../Near/App.sln"},
-      {"DEVENV", 0, "Solution", "/far/away/App.sln", "/far/away/App.sln"},
-      // The tool sees a relative folder from each project that it builds.
-      {"DEVENV", 1, "OutputDirectory", folder + "Sub/out", "%ProjectDir%/Sub/out"},
-      {"SOLUTIONITERATOR", 0, "txtSolution", folder + "Sub/New", "Sub/New.sln"},
-      {"MSTEST", 1, "RzButtonEditStartingDirectory", folder, "."},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.Chosen);
-    Open(std::string("    <Action Type=\"") + row.Type + "\"/>\n");
-    const TJson value = Field(Click(row.Page, row.Field, "browse", row.Chosen), row.Page, row.Field)["value"];
-    EXPECT_EQ(tests::Generic(value.get<std::string>()), row.Written);
-  }
-  EXPECT_THAT(Refusal([&] { Click(1, "txtConfigFileName", "browse", "Sub"); }), HasSubstr("is a folder"));
 }
 
 TEST_F(EditorSession, ACircleOfProjectsIsNamedAndHoldsNobodyUp) {
@@ -473,54 +405,6 @@ TEST_F(EditorSession, ACircleOfProjectsIsNamedAndHoldsNobodyUp) {
   Do("validate");
   EXPECT_EQ(Do("quit", {{"discard", true}})["ended"], true);
   EXPECT_TRUE(session_->HasEnded());
-}
-
-// One after the other on one project: what the page asks for, and what it is answered, as far as it is named.
-TEST_F(EditorSession, WhatIsAskedIsAnswered) {
-  Open("    <Action Type=\"STEP\" Name=\"a\"/>\n");
-  const struct {
-    const char *Operation, *Arguments, *Answer;
-  } rows[] = {
-      {"ping", "{}", R"({"dirty":false,"running":false,"canUndo":false,"hasFile":true})"},
-      {"variable", R"({"name":"R","value":"x"})",
-       R"({"canUndo":true,"variables":[{"name":"R","value":"x"}]})"},
-      {"variable", R"({"name":"R","value":null})", R"({"variables":[]})"},
-      {"undo", "{}", R"({"variables":[{"name":"R","value":"x"}],"canRedo":true})"},
-      {"redo", "{}", R"({"variables":[],"canRedo":false})"},
-      {"redo", "{}", R"({"variables":[]})"},
-      {"propertySet", R"({"name":"P","kind":"DotNet"})",
-       R"({"propertySets":[{"name":"P","kind":"DotNet","values":[]}]})"},
-      {"propertySetValue", R"({"set":"P","name":"Title","value":"é"})",
-       R"({"propertySets":[{"name":"P","kind":"DotNet","values":[{"name":"Title","value":"é"}]}]})"},
-      {"propertySetValue", R"({"set":"P","name":"Title","value":null})",
-       R"({"propertySets":[{"name":"P","kind":"DotNet","values":[]}]})"},
-      {"propertySet", R"({"name":"P","kind":null})", R"({"propertySets":[]})"},
-      {"copy", R"({"id":"0","to":"1"})", R"({"id":"1"})"},
-      {"attribute", R"({"id":"1","name":"Name","value":"b"})", R"({"dirty":true})"},
-      {"action", R"({"id":"1"})", R"({"id":"1","name":"b","typeName":"Step","continueOnError":""})"},
-      {"set", R"({"id":"1","page":0,"field":"Number","value":"none"})", R"({"id":"1"})"}, // with its error
-      {"offers", R"({"id":"1","page":0,"field":"Text"})", R"({"items":[],"error":""})"},
-      {"offers", R"({"id":"options","page":0,"field":"x"})", R"({"items":[]})"},
-      {"list", R"({"path":"missing/x"})", R"({"isThere":false,"more":0,"error":"","files":["p.kxproj"]})"},
-      {"runs", "{}", R"({"runs":[]})"},
-      {"history", "{}", R"({"remembered":[]})"},
-      {"stop", "{}", R"({"running":false})"},
-      {"quit", "{}", R"({"ended":false,"dirty":true})"},
-      {"save", "{}", R"({"saved":true,"dirty":false})"},
-      {"remove", R"({"id":"1"})", R"({"dirty":true})"},
-      {"reload", "{}", R"({"dirty":false,"canUndo":true})"},
-      {"quit", "{}", R"({"ended":true})"},
-  };
-  std::uint64_t newest = 0;
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.Operation + std::string(row.Arguments));
-    const TJson answer = Do(row.Operation, TJson::parse(row.Arguments));
-    const TJson expected = TJson::parse(row.Answer);
-    for (const auto& [name, value] : expected.items())
-      EXPECT_EQ(answer.value(name, TJson()), value) << name;
-    EXPECT_GT(answer["answer"].get<std::uint64_t>(), newest) << "answers may overtake one another";
-    newest = answer["answer"].get<std::uint64_t>();
-  }
 }
 
 TEST_F(EditorSession, WhatTakesItsTimeHoldsNobodyUp) {

@@ -79,21 +79,5 @@ TEST(Gates, StopWhatIsNewOrTooMuch) {
   EXPECT_TRUE(TBaseline::Load(u"") && TBaseline::Load(text::JoinPath(folder.Path(), u"no/known.txt")));
 }
 
-TEST(Gates, AreReadFromWordsAndTheNearestCounts) {
-  for (const auto& [word, failOn] :
-       {std::pair(u"never", TFailOn::Never), std::pair(u"Error", TFailOn::Error),
-        std::pair(u"WARNING", TFailOn::Warning), std::pair(u"new-warning", TFailOn::NewWarning)})
-    EXPECT_EQ(ReadFailOn(word), failOn);
-  EXPECT_THROW(ReadFailOn(u"new"), EKxException);
-  EXPECT_EQ(ReadMaxWarnings(u" 0 ") + ReadMaxWarnings(u"12"), 12);
-  for (const auto* text : {u"-1", u"", u"x", u"1x"})
-    EXPECT_THROW(ReadMaxWarnings(text), EKxException);
-  const TGateSettings far{u"far", TFailOn::Error, 1}, near{u"near", TFailOn::Never, 0};
-  for (const auto& [settings, expected] :
-       {std::pair(near.Or(far), near), std::pair(TGateSettings{}.Or(far), far)})
-    EXPECT_EQ(std::tuple(settings.Baseline, settings.FailOn, settings.MaxWarnings),
-              std::tuple(expected.Baseline, expected.FailOn, expected.MaxWarnings));
-}
-
 } // namespace
 } // namespace kx

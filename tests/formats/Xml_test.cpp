@@ -1,7 +1,7 @@
 #include "foundation/formats/Xml.h"
 
+#include "foundation/text/Encoding.h"
 #include "foundation/text/Exceptions.h"
-#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 

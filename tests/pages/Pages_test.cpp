@@ -45,58 +45,6 @@ TEST_F(TPagesTest, ContainersAreLinesOnThePageAndQuotedItemsInTheAction) {
   }
 }
 
-TEST_F(TPagesTest, EachFieldShowsAndWritesThePropertyThatItNames) {
-  TKxVSSolutionIterator loop;
-  TKxVSDotNetAction build;
-  build.Attach(editor_.Host);
-  const std::tuple<const TKxPageClass*, TKxPersistent*, std::u16string_view> pages[] = {
-      {&TMSTestFrame::Class(), &test_, u"Test Source:|Tests To Run:|"},
-      {&TMSTestSettingsFrame::Class(), &test_, u"MSTest Options|Version|"},
-      {&TMSTestPublishFrame::Class(), &test_, u"Publish Results to Team System:|"},
-      {&TSolutionIteratorFrame::Class(), &loop,
-       u"Project Property to Iterate|Variable To Set|Order|Options|"},
-      {&TVSDotNetWebProjectLocationFrame::Class(), &build, u"Web Project Location Detection|"}};
-  using enum TKxFieldKind; // drop-downs, lists and secrets have tests of their own
-  const std::map<TKxFieldKind, std::vector<std::u16string>> values{{CheckBox, {u"True", u"False"}},
-                                                                   {Text, {u"42"}},
-                                                                   {FilePath, {u"42"}},
-                                                                   {FolderPath, {u"42"}},
-                                                                   {Integer, {u"42"}}};
-  for (const auto& [pageClass, edited, headings] : pages) {
-    const auto page = pageClass->Create();
-    editor_.Open(*page, *edited);
-    std::set<std::u16string> written;
-    std::u16string seen;
-    for (const TKxPageField& field : page->Fields()) {
-      if (field.Kind == Heading) seen += field.Label + u"|";
-      if (field.Property.empty() || (field.Kind != Choice && !values.contains(field.Kind))) continue;
-      SCOPED_TRACE(text::ToUtf8(field.Name));
-      const auto* property = edited->PublishedProperties().Find(field.Property);
-      ASSERT_NE(property, nullptr) << text::ToUtf8(field.Property);
-      const auto get = [&] { return PropertyToText(*property, property->Get(*edited)); };
-      const auto set = [&](std::u16string_view text) {
-        property->Set(*edited, PropertyFromText(*property, text));
-      };
-      if (field.Kind == Choice) { // each stands for a value of its own
-        page->SetValue(field.Name, u"True");
-        page->WriteActionData();
-        EXPECT_TRUE(written.insert(field.Property + get()).second) << text::ToUtf8(get());
-        page->ReadActionData();
-        EXPECT_TRUE(field.IsChecked());
-        continue;
-      }
-      for (const auto& value : values.at(field.Kind)) {
-        set(value);
-        page->ReadActionData();
-        set(field.Kind == CheckBox ? u"False" : u"0");
-        page->WriteActionData();
-        EXPECT_EQ(get(), value);
-      }
-    }
-    EXPECT_EQ(seen, headings);
-  }
-}
-
 TEST_F(TPagesTest, WhatCanBeEditedFollowsTheTestSource) {
   TMSTestFrame page;
   editor_.Open(page, test_);
@@ -114,22 +62,6 @@ TEST_F(TPagesTest, WhatCanBeEditedFollowsTheTestSource) {
   page.ReadActionData();
   EXPECT_THAT(Checked(page), ElementsAre("rbUseTestMetadata", "chkSpecifyTestList"));
   EXPECT_EQ(page.Field(u"txtTestList").Value, u"Nightly");
-}
-
-TEST_F(TPagesTest, AContainerThatWasChosenIsTakenIntoTheListAndCanBeRemoved) {
-  TMSTestFrame page;
-  editor_.Open(page, test_);
-  editor_.Chosen = u"C:\\t\\x.dll";
-  page.Click(u"txtAssemblyFilename", TKxButtonKind::Browse);
-  page.Click(u"txtAssemblyFilename", TKxButtonKind::Accept);
-  EXPECT_EQ(editor_.Asked, "Select File from : Assemblies (*.dll, *.exe)|*.dll;*.exe|All Files (*.*)|*.*");
-  EXPECT_EQ(page.Field(u"MemoAssemblies").Value + page.Field(u"txtAssemblyFilename").Value,
-            u"C:\\t\\x.dll\r\n");
-  page.SetValue(u"txtAssemblyFilename", u"y.dll");
-  page.WriteActionData();
-  page.SetValue(u"MemoAssemblies", u"C:\\t\\x.dll\r\n");
-  page.WriteActionData();
-  EXPECT_EQ(test_.Input().AssemblyFileName, u"\"C:\\t\\x.dll\"");
 }
 
 TEST_F(TPagesTest, TheVersionOfMSTestAndTheStandaloneOne) {

@@ -28,25 +28,6 @@ std::vector<std::string> Labels(const TKxFieldOffers& offers) {
   return labels;
 }
 
-TEST_F(TTablePagesTest, EveryPropertyOfTheBuildActionIsOnOnePageAndCanBeChangedThere) {
-  std::map<std::u16string, std::set<const TKxPageClass*>> pages;
-  for (const auto* pageClass : {&TVSDotNetProjectFrame::Class(), &TVSDotNetPathsFrame::Class(),
-                                &TVSDotNetBuildFrame::Class(), &TVSDotNetAssemblyFrame::Class(),
-                                &TVC7VersionInfoFrame::Class(), &TVSDotNetWebProjectLocationFrame::Class()}) {
-    const auto page = pageClass->Create();
-    editor_.Open(*page, action_);
-    for (const auto& field : page->Fields())
-      pages[field.Property].insert(pageClass);
-  }
-  // A label; two texts that are edited by their parts; what the host makes of the password.
-  const std::set<std::u16string_view> onNone{u"AssemblyInfo", u"AssemblyVersion", u"AssemblyFileVersion",
-                                             u"_WebDAVPassword"};
-  for (const auto& property : action_.PublishedProperties().Rows())
-    EXPECT_EQ(pages[std::u16string(property.Name)].size(),
-              property.ReadOnly || onNone.contains(property.Name) ? 0U : 1U)
-        << text::ToUtf8(property.Name);
-}
-
 TEST_F(TTablePagesTest, TheSolutionOffersWhatItHolds) {
   const TTemporaryFolder folder;
   const auto project = [](const std::string& name, const std::string& needs) {
@@ -127,31 +108,6 @@ TEST_F(TTablePagesTest, ProjectsAreSelectedByTheirNamesWhereThoseMeanJustOne) {
     ASSERT_NE(offer, offers.Items.end()) << name;
     EXPECT_EQ(offer->Lines, lines[value]) << name;
   }
-}
-
-TEST_F(TTablePagesTest, TheOptionsAndTheUpdater) {
-  TVSDotNetOptions& options = *VSDotNetOptions();
-  editor_.Edit<TVSDotNetOptionsFrame>(options, {}, u"DevEnvLocation");
-  EXPECT_FALSE(options.IsModified());
-  editor_.Edit<TVSDotNetOptionsFrame>(
-      options, {{u"DevEnvLocation", u"C:\\VS7"}, {u"DefaultVSVersion", u"Visual Studio.NET 2010"}},
-      u"DevEnvLocation");
-  EXPECT_TRUE(options.IsModified());
-  EXPECT_EQ(options.GetDevEnv2002Location(), u"C:\\VS7");
-  EXPECT_EQ(options.GetDefaultVSVersion(), TVSDotNetVersion::vs2010);
-
-  TKxVersionInfoUpdaterAction updater;
-  updater.Attach(editor_.Host);
-  TKxVersionInfoUpdaterFrame page;
-  editor_.Open(page, updater);
-  page.SetValue(u"PropertiesToUpdate", u"majorversion=1\nComments=False\n");
-  const auto offers = Labels(page.Offers(u"PropertiesToUpdate"));
-  EXPECT_EQ(offers.size(), 24U); // fourteen of the block, eleven texts, one of them both
-  EXPECT_THAT(offers, testing::Contains("* MajorVersion"));
-  EXPECT_THAT(offers, testing::Contains("Comments"));
-  EXPECT_THAT(Labels(page.Offers(u"PropertySetName")),
-              ElementsAre("! The project has no property sets of this kind."));
-  EXPECT_THAT(Labels(page.Offers(u"ResourceFile")), ElementsAre());
 }
 
 } // namespace

@@ -5,7 +5,6 @@
 #include "foundation/text/Text.h"
 #include "program/report/JUnitSink.h"
 #include "tests/support/Results.h"
-#include "tests/support/TemporaryFolder.h"
 #include "tests/support/Written.h"
 
 #include <gmock/gmock.h>
@@ -157,29 +156,6 @@ TEST_F(Reports, SayInTheirHeadlineWhatBecameOfTheRunAndWhy) {
   EXPECT_THAT(Page(wordy), HasSubstr(">Failed: " + std::string(139, 'm') + "\u2026<"));
 }
 
-TEST_F(Reports, ShowFailedTestsOpenAndThoseThatComeAndGo) {
-  SendTests();
-  Send(TActionStarted{.Name = u"Tests", .Pass = u"A<1>"});
-  SendTests();
-  using enum TPastTest;
-  const TPast past{.Runs = std::vector<TPastRun>(3),
-                   .Tests = {{u"All & more/Good", {Passed, Failed, Absent}},
-                             {u"All & more/Bad", {Passed, NotRun, Passed}}}};
-  const std::string page = Page({.Past = std::make_shared<TPast>(past)});
-  for (const char* part : {"<h3>Bad <b class=new>new</b> <span>All &amp; more</span></h3><svg class=strip "
-                           "viewBox=\"0 0 24 16\" role=img "
-                           "aria-label=\"Failed in 1 of the last 4 runs\"><path class=passed d=\"M2 11v5M14 "
-                           "11v5\"/><path class=failed d=\"M20 0v16\"/>",
-                           "<pre class=error>1 &lt; 2\n</pre><pre class=stack tabindex=0 role=region "
-                           "aria-label=\"Stack trace of Bad\">at &lt;x&gt;</pre>",
-                           "<h3>Good <b class=flaky>flaky: failed in 1 of 3 runs</b>",
-                           "<li class=skipped>Later<", "<td>All &amp; more (A&lt;1&gt;)<td class=number>1<"})
-    EXPECT_THAT(page, HasSubstr(part));
-  const TPast longer{.Runs = std::vector<TPastRun>(40),
-                     .Tests = {{u"All & more/Bad", std::vector<TPastTest>(40, Failed)}}};
-  EXPECT_THAT(Page({.Past = std::make_shared<TPast>(longer)}), HasSubstr("Failed in 30 of the last 30 runs"));
-}
-
 // Two projects at once, then one that waited for the longer of them.
 TEST_F(Reports, UnderlineTheLongestChain) {
   TActionResult build{.Name = u"Build", .Elapsed = milliseconds(10000)};
@@ -193,24 +169,6 @@ TEST_F(Reports, UnderlineTheLongestChain) {
        {"A, D: 4.00 s from 0.00 s, succeeded, on the longest chain<", "B, D: 3.00 s from 0.00 s, succeeded<",
         "C, D: 6.00 s from 4.00 s, succeeded, on the longest chain<", "<line class=chain x1=40.00%"})
     EXPECT_THAT(page, HasSubstr(part));
-}
-
-TEST_F(Reports, ListWhatWasStampedAndFiguresOfOtherActions) {
-  for (const char16_t* line : {u"AssemblyTitle : too early", u"Processing Assembly info in File : /x/a<b>.cs",
-                               u"AssemblyVersion : 1.2.3.4", u"AssemblyCompany : C & Co",
-                               u"Assembly of parts : no", u"Updating Version info in file : /x/v.rc"})
-    Send(TMessageSent{line});
-  for (const char16_t* category : {u"Compiler", u"Coverage"})
-    Send(TMetricSent{{category, u"Lines", std::int64_t{1234}}, u"Debug"});
-  const std::string page = Page({.Surroundings = {.Machine = u"M<1>", .Tools = {u"xbuild 14.0", u"mono 6"}}});
-  for (const char* part :
-       {"<h2>Versions</h2>", "<tr><td>/x/a&lt;b&gt;.cs<td>AssemblyVersion<td><code>1.2.3.4</code>\n",
-        "<tr><td>/x/a&lt;b&gt;.cs<td>AssemblyCompany<td><code>C &amp; Co",
-        "<tr><td>/x/v.rc<td>version resource", "<td>Coverage: Lines<td><td>Debug<td class=number>1,234",
-        "<dt>Machine<dd>M&lt;1&gt;", "<dd>xbuild 14.0, mono 6"})
-    EXPECT_THAT(page, HasSubstr(part));
-  for (const char* part : {"<td>Compiler: Lines", "<code>too early", "<td>Assembly of", "<dt>Branch"})
-    EXPECT_THAT(page, Not(HasSubstr(part)));
 }
 
 TEST_F(Reports, CollectAllRunsOfTestsForJUnit) {

@@ -60,15 +60,5 @@ TEST(ResultRows, AreThoseOfConfigurationsAndOfWhatTheyDoNotSay) {
     EXPECT_EQ(Shown({action}), shown);
 }
 
-TEST(TotalsText, CountsOutcomesProblemsAndTests) {
-  TRunReport report{.Counts = {1, 2}};
-  EXPECT_EQ(TotalsText(report), "1 error, 2 warnings");
-  report.Actions = {Action(Failed), Action(Succeeded), Action(Failed), Action(Succeeded, {}, true)};
-  report.Tests = {1, 0, 0};
-  EXPECT_EQ(TotalsText(report), "1 succeeded, 2 failed; 1 error, 2 warnings; 1 test");
-  report.Tests = {1, 2, 3};
-  EXPECT_EQ(TotalsText(report), "1 succeeded, 2 failed; 1 error, 2 warnings; 6 tests, 2 failed, 3 not run");
-}
-
 } // namespace
 } // namespace kx

@@ -14,21 +14,6 @@ TIniText Parsed(std::u16string_view text) {
   return ini;
 }
 
-TEST(IniText, ReadsValuesWhateverTheirDress) {
-  const auto ini = Parsed(u"; head\n[VisualStudioDotNet]\r\n  MSDevPath2008 =  C:\\VS 9\\ ;x  \n# c\nEmpty=\n"
-                          u"Quoted=\"  a \"\nPath=a=b;c\ndup=1\nDUP=2\n\n[ Other ]\nv4.0=x");
-  const std::tuple<std::u16string_view, std::u16string_view, std::u16string_view> cases[] = {
-      {u"visualstudiodotnet", u"msdevpath2008", u"C:\\VS 9\\ ;x"},
-      {u"VisualStudioDotNet", u"Empty", u""},
-      {u"VisualStudioDotNet", u"Quoted", u"  a "},
-      {u"VisualStudioDotNet", u"Dup", u"1"},
-      {u"Other", u"v4.0", u"x"},
-  };
-  for (const auto& [section, key, value] : cases)
-    EXPECT_EQ(ini.Get(section, key), value) << text::ToUtf8(key);
-  EXPECT_EQ(ini.Get(u"Other", u"Path"), std::nullopt);
-}
-
 TEST(IniText, ChangesOnlyWhatIsSet) {
   const std::tuple<const char*, std::u16string, std::u16string_view, std::u16string_view, std::u16string>
       cases[] = {

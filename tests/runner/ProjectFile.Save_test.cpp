@@ -4,7 +4,7 @@
 #include "tests/runner/TestActions.h"
 
 #include <array>
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 namespace kx::tests {
 namespace {

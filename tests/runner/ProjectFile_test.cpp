@@ -21,57 +21,6 @@ std::string InLoop(std::string_view content) {
   return In("Actions", "<Action Type=\"LOOP\"><Actions>\n" + std::string(content) + "</Actions></Action>");
 }
 
-TEST(ProjectFile, ReadsEverything) {
-  TEmbeddedHost host;
-  const auto file = host.Write("nightly.kxproj", R"(<?xml version="1.0" encoding="utf-8"?>
-<!-- head --><BuildProject Name="Nightly">
-  <Variables><Variable Name="Root">/src &amp; x</Variable><Variable Name="Empty"/></Variables>
-  <PropertySets>
-    <PropertySet Name="Rel" Kind="win32"><Value Name="Major">3</Value></PropertySet>
-  </PropertySets>
-  <Rules><Rule Name="nothing-built"> Warning </Rule></Rules>
-  <Gates Baseline="known.txt" FailOn="Error" MaxWarnings="3"/>
-  <Actions>
-    <Action Type="loop" Name="All"><LoopVariable>P</LoopVariable><Values>
-        a
-        b c
-      </Values>
-      <Actions><Action Type="STEP" ContinueOnError="yes"/><Action Type="STEP" ContinueOnError="Ignore"/></Actions>
-    </Action>
-    <Action Type="STEP" Name="One">
-      <Text><![CDATA[a<b]]> &quot;
- two</Text><Number> 12 </Number><flag>TRUE</flag><Colour Name="Blue">2</Colour>
-      <Lines><Line> a </Line><!-- c --><Line/></Lines>
-    </Action>
-    <Action Type="STEP"><Colour>red</Colour></Action><Action Type="STEP"><Colour Name="Blue"/></Action>
-  </Actions>
-</BuildProject>)");
-  TProject& project = host.Project();
-  TProjectFile(project).Load(file);
-  ASSERT_EQ(project.Variables.size(), 2U);
-  EXPECT_EQ(project.Variables[0].Value + project.Variables[1].Name, u"/src & xEmpty");
-  EXPECT_EQ(project.PropertySets.Find(u"REL")->GetValue(u"major"), u"3");
-  EXPECT_EQ(project.Rules.Find(u"NOTHING-BUILT"), TRuleSeverity::Warning);
-  EXPECT_EQ(project.Gates.Baseline, host.Path("known.txt"));
-  EXPECT_TRUE(project.Gates.FailOn == TFailOn::Error && project.Gates.MaxWarnings == 3);
-  EXPECT_EQ(project.PropertySets.GetNames(TPropertySetKind::Win32).Count(), 1U);
-  EXPECT_EQ(project.PropertySets.GetNames(TPropertySetKind::DotNet).Count(), 0U);
-  std::string actions;
-  const std::function<void(const TActionNode&)> describe = [&](const TActionNode& node) {
-    actions += text::ToUtf8(node.DisplayName()) + ":" + std::to_string(static_cast<int>(node.OnFailure()));
-    for (const auto& property : node.Action().PublishedProperties().Rows())
-      if (const auto text = PropertyToText(property, property.Get(node.Action())); !text.empty())
-        actions += " " + text::ToUtf8(text);
-    actions += "\n";
-    std::ranges::for_each(node.Children(), [&](const auto& child) { describe(*child); });
-  };
-  std::ranges::for_each(project.Actions(), [&](const auto& node) { describe(*node); });
-  EXPECT_EQ(actions, "All:0 a\r\nb c\r\n\nStep:1 7 False Green\nStep:2 7 False Green\n"
-                     "One:0 a<b \"\r\n two 12 True Blue  a \r\n\r\n\n"
-                     "Step:0 7 False Red\nStep:0 7 False Blue\n");
-  EXPECT_EQ(project.FindNamed(u"All")->Iterator()->GetLoopVariable(), u"P");
-}
-
 // Each attribute as it is read, and as an action that is added is written with it.
 TEST(ProjectFile, ReadsAndWritesHowActionsAreRun) {
   TEmbeddedHost host;

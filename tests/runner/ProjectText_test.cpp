@@ -172,54 +172,6 @@ std::string Written(std::string_view shape) {
   return text + "  </Actions>\n</BuildProject>\n";
 }
 
-TEST(ProjectText, MovesActionsAndGroupsAmongEachOther) {
-  const std::tuple<const char*, std::string, TRowPath, TRowPath, std::string> cases[] = {
-      {"into a group, between two", "A[BC]D", {0}, {1, 1}, "[BAC]D"},
-      {"to its front", "A[BC]D", {2}, {1, 0}, "A[DBC]"},
-      {"to its end", "A[BC]D", {0}, {1, 9}, "[BCA]D"},
-      {"into one without actions", "A[]", {0}, {1, 0}, "[A]"},
-      {"behind it", "A[BC]D", {0}, {2}, "[BC]AD"},
-      {"to the end behind it", "A[BC]", {0}, {2}, "[BC]A"},
-      {"within it", "A[BC]D", {1, 0}, {1, 2}, "A[CB]D"},
-      {"out of it, to the front", "A[BC]D", {1, 1}, {0}, "CA[B]D"},
-      {"the last out of it", "A[B]C", {1, 0}, {2}, "A[]BC"},
-      {"from one to another", "[AB][CD]", {0, 0}, {1, 1}, "[B][CAD]"},
-      {"a group with its actions", "A[BC]D[E]", {1}, {0}, "[BC]AD[E]"},
-      {"a group past another", "A[BC]D[E]", {1}, {4}, "AD[E][BC]"},
-  };
-  for (const auto& [name, before, from, to, after] : cases) {
-    TProjectText text(Written(before));
-    text.MoveRow(from, to);
-    EXPECT_EQ(text.Bytes(), Written(after)) << name;
-  }
-  TProjectText text(Written("A[BC]D"));
-  EXPECT_THROW(text.MoveRow({1}, {1, 0}), EKxException);
-  text.CopyRow({1, 1}, {1, 2});
-  text.RemoveRow({1, 0});
-  text.SetAttribute({1, 1}, u"Needs", u"");
-  text.SetAttribute({1, 1}, u"Needs", std::nullopt);
-  EXPECT_EQ(text.Bytes(), Written("A[CC]D"));
-  text.RemoveRow({1});
-  EXPECT_EQ(text.Bytes(), With("    <Group Name=\"G\">\n    </Group>\n", "", Written("A[]D")));
-}
-
-TEST(ProjectText, MakesGroupsAndDissolvesThem) {
-  TProjectText text(Written("AB"));
-  text.AddGroup(u"G", {1});
-  text.MoveRow({2}, {1, 0});
-  EXPECT_EQ(text.Bytes(), With("    <!-- g -->\n", "", Written("A[B]")));
-  text.DissolveGroup({1});
-  EXPECT_EQ(text.Bytes(), Written("AB"));
-  TProjectText line(
-      "<BuildProject><Actions><Group Name='G'><Action Type='A'/><Action Type='B'/></Group></Actions>"
-      "</BuildProject>");
-  line.DissolveGroup({0});
-  EXPECT_EQ(line.Bytes(),
-            "<BuildProject><Actions><Action Type='A'/><Action Type='B'/></Actions></BuildProject>");
-  EXPECT_THROW(line.DissolveGroup({0}), EKxException);
-  EXPECT_THROW(line.AddGroup(u" ", {0}), EKxException);
-}
-
 TEST(ProjectText, RowsAreActionsAndGroups) {
   const TProjectText text(Written("A[BC]D[][E]"));
   const std::pair<std::size_t, TRowPath> rows[] = {{0, {0}}, {1, {1, 0}}, {2, {1, 1}}, {3, {2}}, {4, {4, 0}}};

@@ -3,7 +3,7 @@
 #include "foundation/text/Encoding.h"
 #include "foundation/text/Text.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 namespace kx::tests {
 namespace {

@@ -104,22 +104,6 @@ TEST_F(Validation, LooksAtEachReferenceByItself) {
                                    "Behind/Text: Unknown name \"P\"."));
 }
 
-TEST_F(Validation, LooksAtConditionsAndNeeds) {
-  const auto add = [this](std::u16string_view name, TActionTerms terms, TActionNode* loop = nullptr) {
-    Host.AddStep(u"x", name, loop);
-    Host.Project().FindNamed(name)->SetTerms(std::move(terms));
-  };
-  add(u"A", {.Condition = u"%Both% =="});
-  add(u"B", {.Condition = u"%Nothing% == 1 and %Both%"});
-  add(u"C", {.Condition = u"%P% == 1"}, &Host.AddLoop({}));
-  add(u"D", {.Needs = {{u"E"}}});
-  EXPECT_THAT(
-      Found(),
-      ElementsAre(testing::HasSubstr("Project/Needs: : No action outside loops and no group is named \"E\"."),
-                  "A/Condition: Behind \"%Both% ==\" a value is expected.",
-                  "B/Condition: Unknown name \"Nothing\"."));
-}
-
 TEST_F(Validation, NamesEachCircleOfVariablesOnce) {
   // A loop's variable hides one of the project's.
   Host.Project().Variables = {{u"Lead", u"%A%"},  {u"A", u"%B%"},        {u"B", u"%A%"},

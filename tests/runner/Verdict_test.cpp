@@ -1,7 +1,6 @@
 #include "program/runner/ProblemTally.h"
 #include "program/runner/Run.h"
 
-#include "contract/UnitTests.h"
 #include "tests/runner/TestActions.h"
 
 #include <gmock/gmock.h>
@@ -10,7 +9,6 @@ namespace kx::tests {
 namespace {
 
 using testing::Contains;
-using testing::ElementsAre;
 using testing::EndsWith;
 
 class Verdict : public testing::Test {

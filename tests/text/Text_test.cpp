@@ -51,11 +51,6 @@ TEST(FindIgnoreCase, StaysInsideTheText) {
   EXPECT_EQ(FindIgnoreCase(u"abc", u"", 4), none);
 }
 
-TEST(ReplaceAll, ReplacesEveryOccurrenceOnce) {
-  EXPECT_EQ(ReplaceAll(u"aaa", u"aa", u"b") + ReplaceAll(u"abc", u"", u"-"), u"baabc");
-  EXPECT_EQ(ReplaceAll(u"Ab aB ab", u"AB", u"-", Case::Ignore), u"- - -");
-}
-
 TEST(Trim, TakesControlCharactersButNotTheNoBreakSpace) {
   EXPECT_EQ(Trim(u"\x01\t \u00A0a b \r\n"), u"\u00A0a b");
 }

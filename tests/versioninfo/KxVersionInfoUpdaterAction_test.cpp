@@ -106,15 +106,6 @@ TEST_F(Updater, NamesAScriptThatItRefusesAndWhatItLoses) {
   EXPECT_THAT(host_.Log(), ElementsAre(StartsWith("2 Warning : 1 character of ")));
 }
 
-TEST_F(Updater, TellsBeforehandWhichFileItChanges) {
-  text::TStringList files;
-  for (const std::u16string_view file : {u"%Folder%/app.rc", u"", u"%Nobody%/app.rc"}) {
-    action_.ResourceFile = file;
-    action_.GetFilesToChange(files);
-  }
-  EXPECT_EQ(folder_.Plain(text::ToUtf8(files.GetText())), "DIR/app.rc\r\n");
-}
-
 TEST_F(Updater, ForeseesWhatItWouldRefuse) {
   folder_.Write("bad.rc", "1 VERSIONINFO\nEND\n");
   const std::tuple<std::u16string, std::u16string, std::vector<std::string>> cases[] = {
